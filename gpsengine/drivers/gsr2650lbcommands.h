@@ -1,0 +1,89 @@
+#pragma once
+
+#include "gpsengine/receiver/command.h"
+
+// What the GSR2650 LB is told, in the order of its driver.
+//
+// A log without a port name, where two blanks follow, goes to the port on which the command comes in. COM2 is
+// the receiver's own port name, whichever port the host uses.
+
+namespace gsr2650lb {
+
+inline constexpr Command kDefaultNmea[] = {
+    {"LOG  GPGGA ONTIME 1 0 NOHOLD\r\n", 200},
+    {"UNLOG  GPGGALONG\r\n", 200},
+    {"UNLOG  GPGGARTK\r\n", 200},
+    {"UNLOG  GPGLL\r\n", 200},
+    {"UNLOG  GPGRS\r\n", 200},
+    {"LOG  GPGSA ONTIME 1 0 NOHOLD\r\n", 200},
+    {"UNLOG  GPGST\r\n", 200},
+    {"LOG  GPGSV ONTIME 1 0 NOHOLD\r\n", 200},
+    {"UNLOG  GPRMB\r\n", 200},
+    {"UNLOG  GPRMC\r\n", 200},
+    {"LOG  GPVTG ONTIME 1 0 NOHOLD\r\n", 200},
+    {"UNLOG  GPZDA\r\n", 200},
+    {"UNLOG  GPALM\r\n", 200},
+};
+inline constexpr Command kGgaOnlyNmea[] = {
+    {"UNLOG  GPALM\r\n", 200},     {"LOG  GPGGA ONTIME 1 0 NOHOLD\r\n", 200},
+    {"UNLOG  GPGGALONG\r\n", 200}, {"UNLOG  GPGGARTK\r\n", 200},
+    {"UNLOG  GPGLL\r\n", 200},     {"UNLOG  GPGRS\r\n", 200},
+    {"UNLOG  GPGSA\r\n", 200},     {"UNLOG  GPGST\r\n", 200},
+    {"UNLOG  GPGSV\r\n", 200},     {"UNLOG  GPRMB\r\n", 200},
+    {"UNLOG  GPRMC\r\n", 200},     {"UNLOG  GPVTG\r\n", 200},
+    {"UNLOG  GPZDA\r\n", 200},
+};
+
+inline constexpr Command kQueryElevMask[] = {{"LOG COM2 ECUTOFFA ONCE\r\n", 100}};
+inline constexpr Command kQueryNmea[] = {{"LOG LOGLISTA ONCE\r\n", 200}};
+inline constexpr Command kQueryBeacon[] = {{"LOG COM2 RXCONFIGA ONCE\r\n", 100}};
+inline constexpr Command kQuerySource[] = {
+    {"LOG COM2 RTKSOURCEA ONCE\r\n", 100},
+    {"LOG COM2 SBASCONTROLA ONCE\r\n", 100},
+    {"LOG COM2 PSRDIFFSOURCEA ONCE\r\n", 100},
+};
+inline constexpr Command kQueryWaas[] = {{"LOG WAAS1A ONCE\r\n", 200}};
+inline constexpr Command kQueryOmniStar[] = {
+    {"LOG OMNIINFOA ONCE\r\n", 200},
+    {"LOG OMNISTATA ONCE\r\n", 200},
+    {"LOG OMNIHPPOSA ONCE\r\n", 200},
+};
+
+inline constexpr Command kDatum[] = {{"UNDULATION TABLE\r\n", 100}, {"DATUM WGS84\r\n", 100}};
+// By DgpsMode.
+inline constexpr Command kSources[][3] = {
+    {{"RTKSOURCE NONE\r\n", 100}, {"PSRDIFFSOURCE NONE\r\n", 100}, {"SBASCONTROL DISABLE AUTO\r\n", 100}},
+    {{"RTKSOURCE AUTO ANY\r\n", 100},
+     {"PSRDIFFSOURCE AUTO ANY\r\n", 100},
+     {"SBASCONTROL ENABLE AUTO\r\n", 100}},
+    {{"RTKSOURCE OMNISTAR\r\n", 100}, {"PSRDIFFSOURCE NONE\r\n", 100}, {"SBASCONTROL DISABLE AUTO\r\n", 100}},
+    {{"RTKSOURCE NONE\r\n", 100}, {"PSRDIFFSOURCE NONE\r\n", 100}, {"SBASCONTROL ENABLE AUTO\r\n", 100}},
+    {{"PSRDIFFSOURCE CDGPS\r\n", 100}, {"RTKSOURCE NONE\r\n", 100}, {"SBASCONTROL DISABLE AUTO\r\n", 100}},
+    {{"PSRDIFFSOURCE OMNISTAR\r\n", 100}, {"RTKSOURCE NONE\r\n", 100}, {"SBASCONTROL DISABLE AUTO\r\n", 100}},
+};
+
+inline constexpr Command kUserDatum[] = {
+    {"USERDATUM 6378137 298.257222101 -.9910 1.9072 .5129 .000000125033 .0000000467845 .0000000565292 0 \r\n",
+     100},
+    {"datum user\r\n", 100},
+    {"UNDULATION USER -1.09\r\n", 100},
+    {"SAVECONFIG\r\n", 1000},
+};
+inline constexpr Command kLbandAuto[] = {{"RTKSOURCE OMNISTAR ANY\r\n", 800}};
+inline constexpr int kLbandModeAuto = 1, kLbandModeFixed = 2;
+
+// Behind the range log, whose period varies.
+inline constexpr Command kRawOn[] = {{"LOG RAWEPHEMB ONCHANGED\r\n", 100},
+                                     {"LOG ALMANACB ONCHANGED\r\n", 100}};
+inline constexpr Command kRawOff[] = {
+    {"UNLOG RANGEB\r\n", 100}, {"UNLOG RAWEPHEMB\r\n", 100}, {"UNLOG ALMANACB\r\n", 100}};
+
+inline constexpr Command kReset = {"RESET 0\r\n", 10000};
+inline constexpr DWORD kRestartTime = 3000;
+
+// The time to save depends on how much has changed.
+inline constexpr Command kSaveMask[] = {{"SAVECONFIG\r\n", 500}};
+inline constexpr Command kSave[] = {{"SAVECONFIG\r\n", 1000}};
+inline constexpr Command kSaveSource[] = {{"SAVECONFIG\r\n", 2000}};
+
+}  // namespace gsr2650lb

@@ -1,0 +1,119 @@
+#include "gpsengine/drivers/sirf.h"
+
+#include <numeric>
+
+#include "gpsengine/platform/clock.h"
+
+namespace {
+
+// The NMEA messages by the chip's numbers, in the order in which they are set.
+struct NmeaMessage {
+  int nNumber;
+  bool bDefault, bGgaOnly;
+};
+constexpr NmeaMessage kNmeaMessages[] = {
+    {0, true, true},    // GGA
+    {2, true, false},   // GSA
+    {5, true, false},   // VTG
+    {3, true, false},   // GSV
+    {4, false, false},  // RMC
+    {1, false, false},  // GLL
+};
+constexpr int kNmeaPeriod = 2;  // seconds between two sentences of a kind
+
+constexpr DWORD kNmeaWait = 400;
+constexpr DWORD kBinaryWait = 3000;  // the chip restarts its serial protocol
+
+constexpr int kLongestPayload = 16384;
+
+BYTE LowByte(int n) {
+  return static_cast<BYTE>(n & 0xFF);
+}
+BYTE HighByte(int n) {
+  return static_cast<BYTE>(n >> 8 & 0xFF);
+}
+
+}  // namespace
+
+bool AppendNmeaChecksum(CString& strSentence) {
+  const int nDollar = strSentence.Find(u'$');
+  if (nDollar < 0) return false;
+  int nSum = 0;
+  for (const WCHAR c : strSentence.View().substr(static_cast<std::size_t>(nDollar) + 1)) nSum ^= c;
+  CString strSum;
+  strSum.Format("*%02X", nSum & 0xFF);
+  strSentence += strSum;
+  return true;
+}
+
+void CSirf::SetDefaultNMEA() {
+  if (!m_Port.IsOpen()) return;
+  for (const NmeaMessage& message : kNmeaMessages) SetNmeaMsg(message.nNumber, message.bDefault);
+}
+
+void CSirf::SetGgaOnlyNMEA() {
+  if (!m_Port.IsOpen()) return;
+  for (const NmeaMessage& message : kNmeaMessages) SetNmeaMsg(message.nNumber, message.bGgaOnly);
+}
+
+void CSirf::SetNmeaMsg(int nMessage, bool bOn) {
+  CString strLine;
+  strLine.Format("$PSRF103,%02d,00,%02d,01", nMessage, bOn ? kNmeaPeriod : 0);
+  AppendNmeaChecksum(strLine);
+  m_Port.Write(strLine + "\r\n");
+  Sleep(kNmeaWait);
+}
+
+unsigned short CSirf::CheckSum(const unsigned char* pPayload, unsigned short nLength) {
+  return static_cast<unsigned short>(std::accumulate(pPayload, pPayload + nLength, 0u) & 0x7FFF);
+}
+
+// A0 A2, length, payload, checksum, B0 B3; numbers with their high byte first.
+bool CSirf::SendBinaryMsg(const unsigned char* pPayload, unsigned short nLength) {
+  if (nLength > kLongestPayload) return false;
+  const int nSum = CheckSum(pPayload, nLength);
+  std::vector<BYTE> frame = {0xA0, 0xA2, HighByte(nLength), LowByte(nLength)};
+  frame.insert(frame.end(), pPayload, pPayload + nLength);
+  frame.insert(frame.end(), {HighByte(nSum), LowByte(nSum), 0xB0, 0xB3});
+  return m_Port.Write(frame.data(), static_cast<int>(frame.size()));
+}
+
+// Protocol 0 at the present rate, 8 data bits, 1 stop bit, no parity.
+void CSirf::SwitchToBinary() {
+  CString strLine;
+  strLine.Format("$PSRF100,0,%0d,8,1,0", m_nBaudrate.Get());
+  AppendNmeaChecksum(strLine);
+  m_Port.Write(strLine + "\r\n");
+  Sleep(kBinaryWait);
+}
+
+void CSirf::SendDgpsSourceMsg(DgpsMode mode) {
+  const BYTE payload[7] = {0x85, BYTE{mode == DGPS_MODE_WAAS}};
+  SendBinaryMsg(payload, sizeof payload);
+  Sleep(kBinaryWait);
+}
+
+// Message 0x81 sets the rate of every sentence as well: all to 0 here, so that the caller has to set the ones
+// it wants.
+void CSirf::SwitchToNmea() {
+  BYTE payload[24] = {0x81, 2};
+  payload[22] = HighByte(m_nBaudrate);
+  payload[23] = LowByte(m_nBaudrate);
+  SendBinaryMsg(payload, sizeof payload);
+  Sleep(kBinaryWait);
+}
+
+void CSirf::SetDgpsMode(DgpsMode mode) {
+  if (!m_Port.IsOpen()) return;
+  SwitchToBinary();
+  SendDgpsSourceMsg(mode);
+  SwitchToNmea();
+  SetDefaultNMEA();
+}
+
+bool CSirf::ResetAll(bool) {
+  if (!Initialize() || !m_Port.IsOpen()) return false;
+  SwitchToNmea();
+  SetDefaultNMEA();
+  return true;
+}

@@ -1,0 +1,49 @@
+#pragma once
+
+#include "gpsengine/receiver/gpsreceiver.h"
+
+/// Appends "*" and the checksum of what stands behind the "$", which must be there: false without one.
+bool AppendNmeaChecksum(CString& strSentence);
+
+/// Receivers with a SiRF chip set. They run in NMEA mode; only the differential source needs the chip's
+/// binary protocol, so that setting it takes the receiver out of NMEA mode and back.
+class CSirf : public CGPSReceiver {
+  DECLARE_DYNAMIC(CSirf)
+
+ public:
+  CString GetName() override { return "SiRF"; }
+  int GetDefaultBaudrate() override { return 4800; }
+  bool ImplementsSetNmea() override { return true; }
+  void SetDefaultNMEA() override;
+  void SetGgaOnlyNMEA() override;
+  bool ImplementsResetAll() override { return true; }
+  /// The receiver acknowledges nothing, so the flag has no effect.
+  bool ResetAll(bool bWaitForAck) override;
+  bool HasDGPSSupport() const override { return true; }
+  /// WAAS; any other mode switches the source off.
+  void SetDgpsMode(DgpsMode mode) override;
+
+ protected:
+  void SetNmeaMsg(int nMessage, bool bOn);
+  unsigned short CheckSum(const unsigned char* pPayload, unsigned short nLength);
+  bool SendBinaryMsg(const unsigned char* pPayload, unsigned short nLength);
+  void SwitchToBinary();
+  void SendDgpsSourceMsg(DgpsMode mode);
+  void SwitchToNmea();
+};
+
+class CHolux : public CSirf {
+  DECLARE_DYNAMIC(CHolux)
+
+ public:
+  CString GetName() override { return "Holux"; }
+  int GetDefaultBaudrate() override { return 4800; }
+};
+
+class CToughbookGPS01 : public CSirf {
+  DECLARE_DYNAMIC(CToughbookGPS01)
+
+ public:
+  CString GetName() override { return "Toughbook GPS01"; }
+  int GetDefaultBaudrate() override { return 4800; }
+};

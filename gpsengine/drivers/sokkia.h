@@ -1,0 +1,21 @@
+#pragma once
+
+#include "gpsengine/receiver/gpsreceiver.h"
+
+/// Sokkia Axis receivers, commanded by "$PMCAG," sentences.
+class CSokkia : public CGPSReceiver {
+  DECLARE_DYNAMIC(CSokkia)
+
+ public:
+  CString GetName() override { return "Sokkia Axis"; }
+  bool Initialize() override;
+  bool ImplementsBeacon() override { return true; }
+  void QueryBeacon() override;
+  void SetBeacon(BEACON_MODE_TYPE mode, CString strFrequency, CString strBitRate) override;
+  bool ImplementsSetElevMask() override { return true; }
+  void QuerySatElevMask() override;
+  void SetSatElevMask(int nDegrees) override;
+  bool ImplementsSetNmea() override { return true; }
+  void SetDefaultNMEA() override;
+  void SetGgaOnlyNMEA() override;
+};

@@ -1,0 +1,14 @@
+#include "gpsengine/engine/combuffer.h"
+
+namespace {
+
+constexpr int kCaptureLimit = 100000;
+
+}  // namespace
+
+void CComBuffer::OnRawData(const CString* pText) {
+  if (m_bPaused || pText == nullptr) return;
+  const bool full = m_strData.GetLength() > kCaptureLimit;
+  m_strData += *pText;
+  if (full) m_bPaused = m_bOverflow = true;
+}

@@ -1,0 +1,17 @@
+#pragma once
+
+#include "gpsengine/platform/cstring.h"
+#include "gpsengine/platform/shared.h"
+
+/// Collects the text of the messages for a host that wants to see them. The host clears m_bPaused to start;
+/// it reads m_strData only while the capture is paused.
+class CComBuffer {
+ public:
+  CString m_strData;   ///< All messages captured, joined.
+  CString m_strOther;  ///< The host's own.
+  CShared<bool> m_bPaused = true;
+  CShared<bool> m_bOverflow = false;  ///< The capture has stopped itself, since m_strData grew too long.
+
+  /// Adds a message, on the reader thread. Behind 100,000 characters it is the last one.
+  void OnRawData(const CString* pText);
+};

@@ -1,0 +1,100 @@
+#pragma once
+
+#include <memory>
+#include <mutex>
+#include <vector>
+
+#include "gpsengine/engine/combuffer.h"
+#include "gpsengine/link/binbuffer.h"
+#include "gpsengine/platform/event.h"
+#include "gpsengine/platform/thread.h"
+#include "gpsengine/receiver/gpsreceiver.h"
+
+class CEngineLease;
+class CRun;
+
+enum GPS_ENGINE_ERROR : int {
+  GPS_ENGINE_OK = 0,
+  GPS_ENGINE_NO_RECEIVER = 1,
+  GPS_ENGINE_INIT_FAILED = 2,
+  GPS_ENGINE_THREAD_FAILED = 3,
+};
+
+/// What a host creates first and keeps as long as it wants GPS data. It owns one receiver of every model and,
+/// from Start to Stop, the thread that reads the selected one.
+///
+/// Use: FindReceiver, SetupReceiver on the result, SetReceiver, set the public fields as wanted, Start.
+/// Records arrive as messages in the application's main window (receiver/messages.h). All operations belong
+/// to one host thread; the public flags may be set while the engine runs.
+class CGPSEngine {
+ public:
+  CGPSEngine();
+  /// Stops, and deletes the receivers. Waits for the reader thread if that is inside a callback of the host.
+  ~CGPSEngine();
+  CGPSEngine(const CGPSEngine&) = delete;
+  CGPSEngine& operator=(const CGPSEngine&) = delete;
+
+  /// Adds a receiver of the host's own, ahead of the last one, and takes ownership. False, with the caller
+  /// keeping it, if the name is taken.
+  bool AddReceiver(CGPSReceiver* pReceiver);
+  /// The receiver of exactly this name, or else the last one, which is "Other".
+  CGPSReceiver* FindReceiver(CString name);
+  const std::vector<std::unique_ptr<CGPSReceiver>>& GetReceivers() const { return m_Receivers; }
+  /// Gives every receiver its baud rate; the first Start does it otherwise.
+  void InitReceivers();
+  /// Stops, and selects a receiver of this engine, or none.
+  void SetReceiver(CGPSReceiver* pReceiver);
+  CGPSReceiver* GetReceiver() const { return m_pReceiver; }
+
+  /// Stops what runs, sets the receiver up and starts reading. False leaves the reason in GetLastError.
+  bool Start();
+  /// Ends the run, within a second, and suspends the receiver, even if nothing runs.
+  void Stop();
+  void Pause() { Stop(); }
+  bool Resume() { return Start(); }
+  bool IsActive() const { return m_hStopEvent != nullptr; }
+  GPS_ENGINE_ERROR GetLastError() const { return m_nLastError; }
+  CString GetLastErrorString() const;
+
+  /// Takes bytes of the selected receiver in and decodes every message that they complete. True if a record
+  /// went to the host. The reader thread calls it, and so may a host that moves the bytes itself, from any
+  /// one thread, but not from within a callback.
+  bool UpdateGPSBuffer(CBinBuffer& data);
+  /// Messages framed by UpdateGPSBuffer since the engine was made.
+  long long GetMessages() const { return m_nMessages; }
+  /// How often the stream was thrown away for being too long without a whole message.
+  int GetDroppedBuffers() const { return m_nDroppedBuffers; }
+
+  CComBuffer m_ComBuffer;
+  CShared<bool> m_bEmulation =
+      false;  ///< Play a recording instead of reading the port; holds from the next Start.
+  CShared<bool> m_bGotData = true;         ///< Set when a read led to a record; the host may clear it.
+  CShared<bool> m_bAttachRawData = false;  ///< Keep each message's bytes, which raw data need.
+  CShared<bool> m_bRecordRaw =
+      false;  ///< Write the port's bytes to m_strRecordFile. Goes back if that fails.
+  CString m_strRecordFile = "Emulation.log";  ///< Set before m_bRecordRaw.
+  CString m_strEmulationDir;   ///< Folder, with its separator, of the "Emulation.log" that is played for want
+                               ///< of a file.
+  CString m_strEmulationFile;  ///< The recording to play.
+
+ private:
+  friend class CReaderThread;
+
+  std::shared_ptr<CRun> TakeRun();
+  void EndRun();
+  bool UpdateGPSBuffer(const char* pData, int nLength);
+  bool TakeMessage();
+
+  const std::shared_ptr<CEngineLease> m_pLease;
+  std::mutex m_RunMutex;
+  std::shared_ptr<CRun> m_pRun;  // the run under way; null while idle
+  bool m_bUpdating = false;
+  CShared<HANDLE> m_hStopEvent = nullptr;  // of the run under way; null while idle
+  CGPSReceiver* m_pReceiver = nullptr;     // one of m_Receivers
+  CBinBuffer m_Buffer;                     // the stream
+  CShared<int> m_nDroppedBuffers = 0;
+  CShared<long long> m_nMessages = 0;
+  std::vector<std::unique_ptr<CGPSReceiver>> m_Receivers;
+  bool m_bReceiversInitialized = false;
+  GPS_ENGINE_ERROR m_nLastError = GPS_ENGINE_OK;
+};

@@ -1,0 +1,71 @@
+#include "gpsengine/engine/readerthread.h"
+#include "gpsengine/platform/messagebox.h"
+#include "gpsengine/platform/resource.h"
+#include "gpsengine/text/parser.h"
+#include "gpsengine/text/textfile.h"
+
+namespace {
+
+constexpr DWORD kLinePace = 500;  // a recording holds no times
+constexpr UINT kCannotPlayText = 12;
+constexpr char kPauseWord[] = "QRV PAUSE";
+
+bool IsFile(const CString& path) {
+  const DWORD attributes = GetFileAttributesW(path.GetString());
+  return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) == 0;
+}
+
+CString CannotPlay(const CString& path) {
+  WCHAR format[128];
+  CString text;
+  text.Format(CString(format, LoadStringW(kCannotPlayText, format, 128)), path);
+  return text;
+}
+
+}  // namespace
+
+void CReaderThread::PlayRecording() {
+  const CString path = FindRecording();
+  CTextFile file;
+  if (file.Open(path.GetString(), CFile::typeText, nullptr) == 0) {
+    AfxMessageBox(CannotPlay(path));
+    WithEngine([](CGPSEngine& engine) { engine.Stop(); });
+    return;
+  }
+  CString line;
+  while (Pause(kLinePace) && ReadLine(file, line)) {
+    if (line.StartsWith(kPauseWord)) {
+      if (!ShowPause(line)) continue;
+    } else {
+      line += "\r\n";
+    }
+    CBinBuffer bytes(line);
+    WithEngine([&bytes](CGPSEngine& engine) { engine.UpdateGPSBuffer(bytes); });
+  }
+}
+
+CString CReaderThread::FindRecording() {
+  CString path;
+  CString fallback;
+  WithEngine([&](CGPSEngine& engine) {
+    path = engine.m_strEmulationFile;
+    fallback = engine.m_strEmulationDir + "Emulation.log";
+  });
+  return IsFile(path) ? path : fallback;
+}
+
+// The next line; at the end of the file the first one again. False for a file without lines.
+bool CReaderThread::ReadLine(CTextFile& file, CString& line) {
+  if (file.ReadString(line)) return true;
+  file.SeekToBegin();
+  return file.ReadString(line);
+}
+
+// Shows what stands behind the word of a pause line, until the user goes on. False if the line is of no use.
+bool CReaderThread::ShowPause(const CString& line) {
+  CParser parser(line, ",*", false);
+  CString word;
+  if (!parser.GetNextString(word)) return false;
+  AfxMessageBox(parser.GetRemainingBuffer(), BoxKind::pause);
+  return true;
+}

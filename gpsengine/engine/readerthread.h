@@ -1,0 +1,53 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+
+#include "gpsengine/engine/gpsengine.h"
+#include "gpsengine/engine/run.h"
+#include "gpsengine/platform/ctime.h"
+#include "gpsengine/platform/file.h"
+
+class CTextFile;
+
+/// The thread of one run: moves bytes from the port, or lines of a recording, into the engine.
+class CReaderThread {
+ public:
+  /// Starts the thread; null if there is none to be had.
+  static std::unique_ptr<CWinThread> Begin(std::shared_ptr<CEngineLease> lease, std::shared_ptr<CRun> run,
+                                           bool bEmulation);
+
+ private:
+  CReaderThread(std::shared_ptr<CEngineLease> lease, std::shared_ptr<CRun> run, bool bEmulation);
+
+  static unsigned ThreadMain(void* pParam);
+  void Run();
+
+  /// One step on the engine, which lasts as long as the step does. False if the run is over for this thread.
+  bool WithEngine(const std::function<void(CGPSEngine&)>& step);
+  /// Waits on the stop event; false if the run is to end.
+  bool Pause(DWORD ms);
+
+  // The live loop.
+  void ReadPort();
+  bool ReadPass(HANDLE hPort);
+  void ResetAfterSilence();
+  void Take(const char* pData, int nLength);
+
+  // Recording.
+  void Record(const char* pData, int nLength);
+  void OpenRecording();
+
+  // Playback.
+  void PlayRecording();
+  CString FindRecording();
+  bool ReadLine(CTextFile& file, CString& line);
+  bool ShowPause(const CString& line);
+
+  const std::shared_ptr<CEngineLease> m_pLease;
+  const std::shared_ptr<CRun> m_pRun;
+  const bool m_bEmulation;
+  CTime m_LastData;
+  CFile m_Recording;
+  bool m_bRecording = false;
+};

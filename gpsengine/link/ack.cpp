@@ -1,0 +1,94 @@
+#include "gpsengine/link/ack.h"
+
+#include "gpsengine/link/ticks.h"
+#include "gpsengine/platform/application.h"
+#include "gpsengine/platform/event.h"
+#include "gpsengine/platform/trace.h"
+
+namespace {
+
+constexpr UINT kWaitTemplate = 129;
+
+// Wakes the wait. Of automatic reset: one that comes late from before the wait was armed wakes it once and no
+// more.
+HANDLE AckEvent() {
+  static const HANDLE hEvent = CreateEventW(false, false);
+  return hEvent;
+}
+
+// Handles what is in the queue. False if the host's message loop is to end.
+bool PumpMessages() {
+  bool bGoOn = true;
+  for (MSG message; PeekMessageW(&message, PM_NOREMOVE);) {
+    if (CWinApp* pApp = AfxGetApp()) {
+      bGoOn &= pApp->PumpMessage();
+    } else if (PeekMessageW(&message, PM_REMOVE)) {
+      if (message.message == WM_QUIT)
+        bGoOn = false;
+      else
+        DispatchMessageW(message);
+    }
+  }
+  return bGoOn;
+}
+
+}  // namespace
+
+CShared<bool> CAck::m_bGotAck = false;
+
+CAck::CAck(CWnd* pParent) : CDialog(kWaitTemplate, pParent) {
+  m_bGotAck = false;
+  ResetEvent(AckEvent());
+}
+
+CAck::~CAck() = default;
+
+bool CAck::Wait(int nTimeout) {
+  Trace("CAck::Wait, Entering \n");
+  const CWaitCursor cursor;
+  const int nTimer = m_Timer.Start(this, nTimeout);
+  Trace("CAck::Wait, m_Timer.Start() = %d \n", nTimer);
+
+  CTicks ticks;
+  const DWORD nBegin = ticks.GetTicks();
+  const HANDLE hAck = AckEvent();
+  bool bQuit = false;
+  while (!m_bGotAck && !m_bTimedOut) {
+    DWORD nLeft = INFINITE;
+    if (nTimeout > 0) {
+      const DWORD nLimit = static_cast<DWORD>(nTimeout), nPassed = ticks.GetTicks() - nBegin;
+      nLeft = nPassed < nLimit ? nLimit - nPassed : 0;
+    }
+    // The timer ends the wait; this does so as well, should the platform have no thread for the timer.
+    if (MsgWaitForMultipleObjects(1, &hAck, nLeft) == WAIT_TIMEOUT) m_bTimedOut = true;
+    if (!PumpMessages()) bQuit = true;
+  }
+  if (bQuit) PostQuitMessage();  // the host's own loop has yet to see it
+
+  const bool bGotAck = m_bGotAck;
+  if (bGotAck) {
+    Trace("CAck::Wait, got ACK \n");
+  } else {
+    Trace("CAck::Wait, got TimedOut \n");
+  }
+  return bGotAck;
+}
+
+void CAck::OnNewGPSData(const CGPSData* pData) {
+  if (!pData->m_Status.m_bAck) return;
+  Trace("CAck::OnUpdateEverything, got ACK \n");
+  m_bGotAck = true;
+  SetEvent(AckEvent());
+}
+
+long CAck::OnPreciseTimer(unsigned int, long) {
+  Trace("CAck::OnPreciseTimer, got Timed Out \n");
+  m_bTimedOut = true;
+  return 0;
+}
+
+LRESULT CAck::WindowProc(UINT message, WPARAM wParam, LPARAM lParam) {
+  if (message == WM_PRECISE_TIMER)
+    return OnPreciseTimer(static_cast<unsigned int>(wParam), static_cast<long>(lParam));
+  return CDialog::WindowProc(message, wParam, lParam);
+}

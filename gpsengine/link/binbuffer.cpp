@@ -1,0 +1,240 @@
+#include "gpsengine/link/binbuffer.h"
+
+#include <algorithm>
+#include <cstring>
+
+#include "gpsengine/platform/trace.h"
+
+namespace {
+
+constexpr char kTextEnd = '\r';
+constexpr char kOemSync[] = {'\xAA', '\x44', '\x12'};
+constexpr int kOemSyncLength = 3;
+// From here on the lengths in an OEM header can be read.
+constexpr int kOemLeast = 29;
+constexpr int kOemCrc = 4;
+constexpr std::string_view kOemTag = "Axis4OEMBinaryTagPlaceHolder";
+
+// Messages of a fixed length, which may hold any byte.
+struct FixedLength {
+  std::string_view name;
+  int nLength;
+};
+constexpr FixedLength kAshtechKinds[] = {{"MBN", 54}, {"MCA", 49}, {"PBN", 68}, {"SAL", 82}, {"SNV", 144}};
+
+struct BlockLength {
+  char number;
+  int nLength;
+};
+constexpr BlockLength kBinBlocks[] = {{95, 140}, {96, 312}};
+
+char Upper(char c) {
+  return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
+}
+
+bool EqualNoCase(std::string_view a, std::string_view b) {
+  return std::equal(a.begin(), a.end(), b.begin(), b.end(),
+                    [](char x, char y) { return Upper(x) == Upper(y); });
+}
+
+CString ToText(std::string_view bytes) {
+  return CString(bytes.data(), static_cast<int>(bytes.size()));
+}
+
+}  // namespace
+
+CBinBuffer::CBinBuffer(const CString& text) {
+  const auto characters = text.View();
+  m_Bytes.resize(characters.size());
+  std::transform(characters.begin(), characters.end(), m_Bytes.begin(),
+                 [](WCHAR c) { return static_cast<char>(c); });
+  m_nLength = text.GetLength();
+}
+
+bool CBinBuffer::Set(const char* pData, int nLength, int nMessageLength) {
+  if (pData == nullptr || nLength < 1) {
+    Clear();
+    return false;
+  }
+  m_Bytes.assign(pData, pData + nLength);
+  if (m_Bytes.data() == nullptr) Trace("Can't set\n");
+  m_nCurrent = 0;
+  m_nMessageLength = nMessageLength;
+  m_nLength = static_cast<int>(m_Bytes.size());
+  return true;
+}
+
+const CBinBuffer& CBinBuffer::operator+=(const CBinBuffer& other) {
+  if (&other == this) {
+    const CBinBuffer copy(other);
+    return *this += copy;
+  }
+  Append(other.m_Bytes.data(), other.m_nLength);
+  return *this;
+}
+
+void CBinBuffer::Append(const char* pData, int nLength) {
+  if (pData == nullptr || nLength < 1) return;
+  m_Bytes.insert(m_Bytes.end(), pData, pData + nLength);
+  m_nLength = static_cast<int>(m_Bytes.size());
+}
+
+void CBinBuffer::Clear() {
+  m_Bytes.clear();
+  m_nCurrent = m_nMessageLength = m_nLength = 0;
+}
+
+bool CBinBuffer::First() {
+  m_nCurrent = m_nMessageLength = 0;
+  return GetCurrentMessage();
+}
+
+bool CBinBuffer::Next() {
+  if (m_nCurrent < m_nLength) {
+    // Behind everything but "#" logs and OEM messages stands the line feed of a line end, or a byte that
+    // takes its place.
+    const bool alone = *GetPtr(m_nCurrent) == '#' || IsOemSync(m_nCurrent);
+    m_nCurrent += alone ? m_nMessageLength : m_nMessageLength + 1;
+  }
+  return GetCurrentMessage();
+}
+
+bool CBinBuffer::GetCurrentMessage() {
+  m_nMessageLength = 0;
+  Head head;
+  if (!FindHead(head)) {
+    m_nMessageLength = 0;
+    return false;
+  }
+  const int binary = head.bOem ? m_nMessageLength : BinaryLength(head);
+  m_nMessageLength = 0;
+  const int length = binary > 0 ? binary : TextLength();
+  if (length > BytesLeft()) return false;
+  m_nMessageLength = length;
+  return length > 0;
+}
+
+void CBinBuffer::Resize() {
+  if (m_nLength == 0 || m_nCurrent <= 0) return;
+  if (BytesLeft() <= 0) {
+    Clear();
+    return;
+  }
+  m_Bytes.erase(m_Bytes.begin(), m_Bytes.begin() + m_nCurrent);
+  m_nCurrent = m_nMessageLength = 0;
+  m_nLength = static_cast<int>(m_Bytes.size());
+}
+
+bool CBinBuffer::GetTag(CString& tag, CString& subTag) {
+  Head head;
+  if (!FindHead(head)) return false;
+  tag = ToText(head.tag);
+  if (!head.bOem) subTag = ToText(head.subTag);
+  return true;
+}
+
+// Moves on to the next byte that can start a message. False at the end of the buffer.
+bool CBinBuffer::SkipNoise() {
+  for (; m_nCurrent < m_nLength; ++m_nCurrent) {
+    const char c = *GetPtr(m_nCurrent);
+    if (c == '$' || c == '#' || IsOemSync(m_nCurrent)) return true;
+  }
+  return false;
+}
+
+bool CBinBuffer::IsOemSync(int nIndex) const {
+  return nIndex + kOemSyncLength <= m_nLength && std::memcmp(GetPtr(nIndex), kOemSync, kOemSyncLength) == 0;
+}
+
+// Works out the length of an OEM message from its header. False until all of the message is there.
+bool CBinBuffer::FindOem() {
+  if (BytesLeft() < kOemLeast) return false;
+  const auto* header = reinterpret_cast<const unsigned char*>(GetPtr(m_nCurrent));
+  const int length = header[3] + (header[8] | header[9] << 8) + kOemCrc;
+  if (length > BytesLeft()) return false;
+  m_nMessageLength = length;
+  return true;
+}
+
+bool CBinBuffer::FindHead(Head& head) {
+  if (!SkipNoise()) return false;
+  if (IsOemSync(m_nCurrent)) {
+    head.bOem = true;
+    head.tag = kOemTag;
+    return FindOem();
+  }
+  const std::string_view rest(GetPtr(m_nCurrent), static_cast<std::size_t>(BytesLeft()));
+  const auto first = rest.find(',');
+  if (first == std::string_view::npos || rest.substr(1, 3) == "BIN") {
+    head.tag = rest.substr(0, 4);
+    return rest.size() > 4;
+  }
+  // A sentence with a single comma waits for the next one, be it that of a later sentence: only then can it
+  // be told from a binary record, whose kind is its second field.
+  const auto second = rest.find(',', first + 1);
+  if (second == std::string_view::npos) return false;
+  head.tag = rest.substr(0, first);
+  head.subTag = rest.substr(first + 1, second - first - 1);
+  return true;
+}
+
+// The length of a message of fixed length, or 0 if it is a text.
+int CBinBuffer::BinaryLength(const Head& head) const {
+  for (const FixedLength& kind : kAshtechKinds) {
+    if (EqualNoCase(head.subTag, kind.name)) return kind.nLength;
+  }
+  if (!head.tag.starts_with("$BIN")) return 0;
+  for (const BlockLength& block : kBinBlocks) {
+    if (*GetPtr(m_nCurrent + 4) == block.number) return block.nLength;
+  }
+  return 0;
+}
+
+// The length of the text message at hand, or 0 if its end has not come.
+int CBinBuffer::TextLength() const {
+  int end = Find(kTextEnd, m_nCurrent);
+  if (*GetPtr(m_nCurrent) == '#') {
+    const int next = Find('#', m_nCurrent + 1);
+    if (next >= 0 && (end < 0 || next < end)) end = next - 1;
+  }
+  return end < 0 ? 0 : end - m_nCurrent + 1;
+}
+
+CString CBinBuffer::GetMessageW() const {
+  return HasMessage() ? Mid(m_nCurrent, m_nMessageLength) : CString();
+}
+
+CString* CBinBuffer::GetMessageAsPtr() const {
+  return new CString(GetMessageW());
+}
+
+const char* CBinBuffer::GetMessageBin(int& nLength) const {
+  if (!HasMessage() || m_nCurrent >= m_nLength) return nullptr;
+  nLength = m_nMessageLength;
+  return GetPtr(m_nCurrent);
+}
+
+CString CBinBuffer::Mid(int nStart, int nCount) const {
+  CString text;
+  if (nStart < 0 || nStart >= m_nLength) return text;
+  const int left = m_nLength - nStart;
+  int count = nCount < 1 || nCount >= left ? left : nCount;
+  const char* from = GetPtr(nStart);
+  if (const void* zero = std::memchr(from, 0, static_cast<std::size_t>(count)))
+    count = static_cast<int>(static_cast<const char*>(zero) - from);
+  WCHAR* to = text.GetBuffer(count + 1);
+  for (int i = 0; i < count; ++i) to[i] = static_cast<unsigned char>(from[i]);
+  to[count] = u'\n';
+  text.ReleaseBuffer(count + 1);
+  return text;
+}
+
+CString* CBinBuffer::Mid2(int nStart, int nCount) const {
+  return new CString(Mid(nStart, nCount));
+}
+
+int CBinBuffer::Find(char c, int nStart) const {
+  if (nStart < 0 || nStart >= m_nLength) return -1;
+  const void* found = std::memchr(GetPtr(nStart), c, static_cast<std::size_t>(m_nLength - nStart));
+  return found == nullptr ? -1 : static_cast<int>(static_cast<const char*>(found) - m_Bytes.data());
+}

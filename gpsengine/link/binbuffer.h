@@ -1,0 +1,81 @@
+#pragma once
+
+#include <string_view>
+#include <vector>
+
+#include "gpsengine/platform/cstring.h"
+
+/// Finds whole messages in a receiver's byte stream, and keeps an unfinished one for the next read. A stream
+/// may mix text sentences ("$…", "#…"), Ashtech and $BIN records and OEM binary messages (AA 44 12); bytes
+/// that belong to none of them are passed over.
+///
+/// A consumer appends with +=, calls GetCurrentMessage, takes a message and calls Next as long as there is
+/// one, and then calls Resize once. No operation reports more than its bool; false from the walk means that
+/// more bytes are needed. One object belongs to one thread at a time.
+class CBinBuffer {
+ public:
+  CBinBuffer() = default;
+  CBinBuffer(const char* pData, int nLength) { Set(pData, nLength, 0); }
+  /// One byte per character of `text`, the low byte of each.
+  explicit CBinBuffer(const CString& text);
+
+  /// Replaces the content; `nMessageLength` bytes from its start are the current message. False, with the
+  /// buffer cleared, if there are no bytes.
+  bool Set(const char* pData, int nLength, int nMessageLength);
+  /// Appends, and leaves the walk where it is.
+  const CBinBuffer& operator+=(const CBinBuffer& other);
+  void Append(const char* pData, int nLength);
+  void Clear();
+
+  bool First();  ///< To the first message of the buffer.
+  bool Next();   ///< Over the current message, to the one behind it.
+  /// Finds the message at or behind the current place.
+  bool GetCurrentMessage();
+  bool HasMessage() const { return m_nMessageLength > 0; }
+  /// Drops everything before the current place.
+  void Resize();
+  /// What the message at or behind the current place begins with: its first field and, where there is one,
+  /// its second. An OEM binary message, which has no text, gives "Axis4OEMBinaryTagPlaceHolder". Moves on
+  /// over noise. False if more bytes are needed.
+  bool GetTag(CString& tag, CString& subTag);
+
+  /// The current message as text, as Mid gives it; empty if there is none.
+  CString GetMessageW() const;
+  /// The same in a new object that the caller deletes.
+  CString* GetMessageAsPtr() const;
+  /// The current message's bytes, good until the buffer changes. Null, with `nLength` untouched, if there is
+  /// none.
+  const char* GetMessageBin(int& nLength) const;
+  /// Text from `nCount` bytes at `nStart` up to the first zero byte, with "\n" appended. All the rest if
+  /// `nCount` is below 1 or reaches the end; empty if `nStart` is out of range.
+  CString Mid(int nStart, int nCount) const;
+  CString* Mid2(int nStart, int nCount) const;  ///< The same in a new object that the caller deletes.
+  /// Index of the first `c` at or behind `nStart`, or -1.
+  int Find(char c, int nStart) const;
+  int GetLength() const { return m_nLength; }
+  int GetSize() const { return m_nLength; }
+  const char* GetData() const { return m_Bytes.data(); }
+  char GetAt(int nIndex) const { return m_Bytes.at(static_cast<std::size_t>(nIndex)); }
+
+ private:
+  // What the message at hand begins with, as it lies in the buffer.
+  struct Head {
+    bool bOem = false;
+    std::string_view tag;
+    std::string_view subTag;
+  };
+
+  bool FindHead(Head& head);
+  bool SkipNoise();
+  bool FindOem();
+  int BinaryLength(const Head& head) const;
+  int TextLength() const;
+  const char* GetPtr(int nIndex) const { return m_Bytes.data() + nIndex; }
+  bool IsOemSync(int nIndex) const;
+  int BytesLeft() const { return m_nLength - m_nCurrent; }
+
+  std::vector<char> m_Bytes;
+  int m_nCurrent = 0;        // first byte of the current message; how far the scan has got
+  int m_nMessageLength = 0;  // 0: no current message
+  int m_nLength = 0;         // bytes in the buffer
+};

@@ -1,0 +1,15 @@
+#pragma once
+
+#include "gpsengine/platform/types.h"
+
+/// A millisecond count that hides a wrap of the platform's tick at 0x7FFFFFFF or at its full 32 bits, by remembering the
+/// last value. One object serves one thread.
+class CTicks {
+ public:
+  DWORD GetTicks();
+  /// The same for a tick that the caller has read.
+  DWORD Continue(DWORD nTick);
+
+ private:
+  DWORD m_nLast = 0;
+};

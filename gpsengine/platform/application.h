@@ -1,0 +1,55 @@
+#pragma once
+
+#include <string>
+
+#include "gpsengine/platform/cstring.h"
+#include "gpsengine/platform/window.h"
+
+/// The host application: its main window, which gets the library's messages, and its profile. A host makes
+/// one, ahead of everything else, and keeps it to its end. All operations may be called from any thread
+/// unless they say otherwise.
+class CWinApp {
+ public:
+  /// `name` names the profile: the file <name>.ini in the user's configuration folder.
+  explicit CWinApp(const CString& name);
+  virtual ~CWinApp();
+  CWinApp(const CWinApp&) = delete;
+  CWinApp& operator=(const CWinApp&) = delete;
+
+  /// The window that gets the library's messages; null for none. A window that is destroyed ceases to be it.
+  void SetMainWnd(const CWnd* pWnd);
+  HWND GetMainWnd() const;
+
+  /// A whole number of the profile, or `nDefault` if there is none or the file cannot be read.
+  int GetProfileInt(const CString& section, const CString& entry, int nDefault);
+  /// False if the profile cannot be written. The file is written whole and renamed into place.
+  bool WriteProfileInt(const CString& section, const CString& entry, int nValue);
+  /// Another file for the profile.
+  void SetProfilePath(const CString& path);
+
+  /// Takes the next message out of the calling thread's queue, waiting for it, and dispatches it. False on
+  /// WM_QUIT.
+  virtual bool PumpMessage();
+  /// Pumps messages until WM_QUIT.
+  void Run();
+  /// Shows (1) or takes back (-1) the wait cursor; calls nest. The default only counts.
+  virtual void DoWaitCursor(int nCode);
+
+ private:
+  struct Profile;
+  CString m_strProfilePath;
+};
+
+/// The application, or null.
+CWinApp* AfxGetApp();
+/// The window that gets the library's messages, or null.
+HWND AfxGetMainWnd();
+
+/// Shows the wait cursor for as long as it lives.
+class CWaitCursor {
+ public:
+  CWaitCursor();
+  ~CWaitCursor();
+  CWaitCursor(const CWaitCursor&) = delete;
+  CWaitCursor& operator=(const CWaitCursor&) = delete;
+};

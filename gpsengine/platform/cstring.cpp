@@ -1,0 +1,408 @@
+#include "gpsengine/platform/cstring.h"
+
+#include <algorithm>
+#include <atomic>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <new>
+
+namespace {
+
+WCHAR Upper(WCHAR c) {
+  return c >= u'a' && c <= u'z' ? static_cast<WCHAR>(c - u'a' + u'A') : c;
+}
+
+int Length(const WCHAR* psz) {
+  return psz == nullptr ? 0 : static_cast<int>(std::u16string_view(psz).size());
+}
+
+void CopyText(WCHAR* pTo, const WCHAR* pFrom, int nLength) {
+  if (nLength > 0) std::memcpy(pTo, pFrom, static_cast<std::size_t>(nLength) * sizeof(WCHAR));
+}
+
+}  // namespace
+
+// Head of a block on the heap; the text stands right behind it.
+struct CString::Shared {
+  std::atomic<int> nUsers{1};
+  int nCapacity;
+
+  explicit Shared(int capacity) : nCapacity(capacity) {}
+  WCHAR* Text() { return reinterpret_cast<WCHAR*>(this + 1); }
+
+  static Shared* Make(int nCapacity) {
+    const std::size_t bytes = sizeof(Shared) + (static_cast<std::size_t>(nCapacity) + 1) * sizeof(WCHAR);
+    return new (::operator new(bytes)) Shared(nCapacity);
+  }
+};
+
+CString::CString(const char* psz) : CString(psz, psz == nullptr ? 0 : static_cast<int>(std::strlen(psz))) {}
+
+CString::CString(const WCHAR* psz) : CString(psz, Length(psz)) {}
+
+CString::CString(const char* p, int nLength) : CString() {
+  if (p == nullptr || nLength <= 0) return;
+  WCHAR* text = GetBuffer(nLength);
+  for (int i = 0; i < nLength; ++i) text[i] = static_cast<unsigned char>(p[i]);
+  ReleaseBuffer(nLength);
+}
+
+CString::CString(const WCHAR* p, int nLength) : CString() {
+  Append(p, nLength);
+}
+
+CString::CString(WCHAR c, int nRepeat) : CString() {
+  if (nRepeat <= 0) return;
+  std::fill_n(GetBuffer(nRepeat), nRepeat, c);
+  ReleaseBuffer(nRepeat);
+}
+
+const WCHAR* CString::SharedText() const noexcept {
+  return m_Store.pShared->Text();
+}
+
+void CString::CopyFrom(const CString& other) noexcept {
+  m_nLength = other.m_nLength;
+  m_bShared = other.m_bShared;
+  if (m_bShared) {
+    m_Store.pShared = other.m_Store.pShared;
+    m_Store.pShared->nUsers.fetch_add(1, std::memory_order_relaxed);
+  } else {
+    CopyText(m_Store.szInPlace, other.m_Store.szInPlace, m_nLength + 1);
+  }
+}
+
+void CString::TakeFrom(CString& other) noexcept {
+  m_nLength = other.m_nLength;
+  m_bShared = other.m_bShared;
+  if (m_bShared) {
+    m_Store.pShared = other.m_Store.pShared;
+  } else {
+    CopyText(m_Store.szInPlace, other.m_Store.szInPlace, m_nLength + 1);
+  }
+  other.m_bShared = false;
+  other.m_nLength = 0;
+  other.m_Store.szInPlace[0] = 0;
+}
+
+void CString::ReleaseShared() noexcept {
+  Shared* block = m_Store.pShared;
+  m_bShared = false;
+  if (block->nUsers.fetch_sub(1, std::memory_order_acq_rel) != 1) return;
+  block->~Shared();
+  ::operator delete(block);
+}
+
+void CString::Empty() noexcept {
+  Release();
+  m_nLength = 0;
+  m_Store.szInPlace[0] = 0;
+}
+
+void CString::SetAt(int nIndex, WCHAR c) {
+  if (nIndex < 0 || nIndex >= m_nLength) return;
+  const int length = m_nLength;
+  GetBuffer(length)[nIndex] = c;
+  ReleaseBuffer(length);
+}
+
+WCHAR* CString::GetBuffer(int nMinLength) {
+  const int needed = std::max(nMinLength, m_nLength);
+  if (!m_bShared && needed <= kInPlace) return m_Store.szInPlace;
+  if (m_bShared && needed <= m_Store.pShared->nCapacity &&
+      m_Store.pShared->nUsers.load(std::memory_order_acquire) == 1)
+    return m_Store.pShared->Text();
+  // Half as much again, so that a text that grows by appending is copied a few times only.
+  Shared* block = Shared::Make(needed + needed / 2);
+  CopyText(block->Text(), GetString(), m_nLength + 1);
+  Release();
+  m_Store.pShared = block;
+  m_bShared = true;
+  return block->Text();
+}
+
+void CString::ReleaseBuffer(int nNewLength) {
+  WCHAR* text = m_bShared ? m_Store.pShared->Text() : m_Store.szInPlace;
+  const int capacity = m_bShared ? m_Store.pShared->nCapacity : kInPlace;
+  text[capacity] = 0;
+  m_nLength = nNewLength < 0 ? Length(text) : std::min(nNewLength, capacity);
+  text[m_nLength] = 0;
+}
+
+CString& CString::Append(const WCHAR* p, int nLength) {
+  if (p == nullptr || nLength <= 0) return *this;
+  const int oldLength = m_nLength;
+  if (p >= GetString() && p <= GetString() + oldLength) {
+    const CString own(*this);  // keeps the text that is appended to itself
+    const auto offset = p - GetString();
+    CopyText(GetBuffer(oldLength + nLength) + oldLength, own.GetString() + offset, nLength);
+  } else {
+    CopyText(GetBuffer(oldLength + nLength) + oldLength, p, nLength);
+  }
+  ReleaseBuffer(oldLength + nLength);
+  return *this;
+}
+
+CString CString::Left(int nCount) const {
+  return Mid(0, nCount);
+}
+
+CString CString::Right(int nCount) const {
+  const int count = std::clamp(nCount, 0, m_nLength);
+  return Mid(m_nLength - count, count);
+}
+
+CString CString::Mid(int nFirst, int nCount) const {
+  const int first = std::clamp(nFirst, 0, m_nLength);
+  const int count = std::clamp(nCount, 0, m_nLength - first);
+  if (count == m_nLength) return *this;
+  return CString(GetString() + first, count);
+}
+
+int CString::Find(WCHAR c, int nStart) const noexcept {
+  if (nStart < 0) return -1;
+  const auto index = View().find(c, static_cast<std::size_t>(nStart));
+  return index == std::u16string_view::npos ? -1 : static_cast<int>(index);
+}
+
+int CString::Find(const CString& text, int nStart) const noexcept {
+  if (nStart < 0) return -1;
+  const auto index = View().find(text.View(), static_cast<std::size_t>(nStart));
+  return index == std::u16string_view::npos ? -1 : static_cast<int>(index);
+}
+
+int CString::FindOneOf(const CString& characters) const noexcept {
+  const auto index = View().find_first_of(characters.View());
+  return index == std::u16string_view::npos ? -1 : static_cast<int>(index);
+}
+
+bool CString::StartsWith(std::string_view text) const noexcept {
+  if (text.size() > static_cast<std::size_t>(m_nLength)) return false;
+  const WCHAR* own = GetString();
+  return std::equal(text.begin(), text.end(), own,
+                    [](char a, WCHAR b) { return static_cast<unsigned char>(a) == b; });
+}
+
+void CString::MakeUpper() {
+  const int length = m_nLength;
+  WCHAR* text = GetBuffer(length);
+  std::transform(text, text + length, text, Upper);
+  ReleaseBuffer(length);
+}
+
+int CString::Insert(int nIndex, const CString& text) {
+  const int index = std::clamp(nIndex, 0, m_nLength);
+  *this = Left(index) + text + Mid(index);
+  return m_nLength;
+}
+
+int CString::Remove(WCHAR c) {
+  const int length = m_nLength;
+  WCHAR* text = GetBuffer(length);
+  const int kept = static_cast<int>(std::remove(text, text + length, c) - text);
+  ReleaseBuffer(kept);
+  return length - kept;
+}
+
+int CString::Replace(const CString& oldText, const CString& newText) {
+  if (oldText.IsEmpty()) return 0;
+  int count = 0;
+  int from = 0;
+  CString result;
+  for (int at = Find(oldText); at >= 0; at = Find(oldText, from)) {
+    result.Append(GetString() + from, at - from);
+    result += newText;
+    from = at + oldText.m_nLength;
+    ++count;
+  }
+  if (count == 0) return 0;
+  result.Append(GetString() + from, m_nLength - from);
+  *this = std::move(result);
+  return count;
+}
+
+int CString::CompareNoCase(const CString& other) const noexcept {
+  const auto a = View();
+  const auto b = other.View();
+  const auto difference = std::lexicographical_compare_three_way(
+      a.begin(), a.end(), b.begin(), b.end(), [](WCHAR x, WCHAR y) { return Upper(x) <=> Upper(y); });
+  return difference < 0 ? -1 : difference > 0 ? 1 : 0;
+}
+
+bool CString::ToBytes(std::string& bytes) const {
+  const auto text = View();
+  if (std::any_of(text.begin(), text.end(), [](WCHAR c) { return c > 0xFF; })) return false;
+  bytes.resize(text.size());
+  std::transform(text.begin(), text.end(), bytes.begin(), [](WCHAR c) { return static_cast<char>(c); });
+  return true;
+}
+
+namespace {
+
+constexpr char32_t kReplacement = 0xFFFD;
+
+void AppendUtf8(std::string& out, char32_t c) {
+  const auto byte = [&](char32_t value) { out += static_cast<char>(value); };
+  if (c < 0x80) {
+    byte(c);
+  } else if (c < 0x800) {
+    byte(0xC0 | c >> 6);
+    byte(0x80 | (c & 0x3F));
+  } else if (c < 0x10000) {
+    byte(0xE0 | c >> 12);
+    byte(0x80 | (c >> 6 & 0x3F));
+    byte(0x80 | (c & 0x3F));
+  } else {
+    byte(0xF0 | c >> 18);
+    byte(0x80 | (c >> 12 & 0x3F));
+    byte(0x80 | (c >> 6 & 0x3F));
+    byte(0x80 | (c & 0x3F));
+  }
+}
+
+// Takes one character off the head of `text`.
+char32_t TakeUtf8(std::string_view& text) {
+  const auto first = static_cast<unsigned char>(text.front());
+  text.remove_prefix(1);
+  if (first < 0x80) return first;
+  const int following = first >= 0xF0 && first < 0xF5 ? 3 : first >= 0xE0 ? 2 : first >= 0xC2 ? 1 : 0;
+  if (following == 0 || first >= 0xF5) return kReplacement;
+  char32_t c = first & (0x3Fu >> following);
+  for (int i = 0; i < following; ++i) {
+    if (text.empty() || (static_cast<unsigned char>(text.front()) & 0xC0) != 0x80) return kReplacement;
+    c = c << 6 | (static_cast<unsigned char>(text.front()) & 0x3F);
+    text.remove_prefix(1);
+  }
+  constexpr char32_t kLeast[] = {0, 0x80, 0x800, 0x10000};
+  const bool surrogate = c >= 0xD800 && c < 0xE000;
+  return c < kLeast[following] || c > 0x10FFFF || surrogate ? kReplacement : c;
+}
+
+}  // namespace
+
+std::string CString::ToUtf8() const {
+  std::string out;
+  out.reserve(static_cast<std::size_t>(m_nLength));
+  const auto text = View();
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    char32_t c = text[i];
+    const bool high = c >= 0xD800 && c < 0xDC00;
+    if (high && i + 1 < text.size() && text[i + 1] >= 0xDC00 && text[i + 1] < 0xE000) {
+      c = 0x10000 + ((c - 0xD800) << 10) + (text[++i] - 0xDC00u);
+    } else if (c >= 0xD800 && c < 0xE000) {
+      c = kReplacement;
+    }
+    AppendUtf8(out, c);
+  }
+  return out;
+}
+
+CString CString::FromUtf8(std::string_view text) {
+  CString out;
+  while (!text.empty()) {
+    const char32_t c = TakeUtf8(text);
+    if (c < 0x10000) {
+      out += static_cast<WCHAR>(c);
+    } else {
+      out += static_cast<WCHAR>(0xD800 + ((c - 0x10000) >> 10));
+      out += static_cast<WCHAR>(0xDC00 + ((c - 0x10000) & 0x3FF));
+    }
+  }
+  return out;
+}
+
+namespace {
+
+using textformat::Argument;
+using textformat::Kind;
+
+// One conversion of a format: "%-5.2f" has the flags and numbers "-5.2" and the letter 'f'.
+struct Conversion {
+  std::string_view options;
+  char letter;
+};
+
+// Takes a conversion, ahead of which the "%" was taken, off the head of `format`.
+Conversion TakeConversion(std::string_view& format) {
+  const auto end = std::min(format.find_first_not_of("-+ #0123456789."), format.size());
+  const Conversion conversion{format.substr(0, end), end < format.size() ? format[end] : '\0'};
+  format.remove_prefix(std::min(end + 1, format.size()));
+  return conversion;
+}
+
+std::string Print(const Conversion& conversion, const char* pszLength, auto value) {
+  const std::string format = '%' + std::string(conversion.options) + pszLength + conversion.letter;
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wformat-nonliteral"
+  const int length = std::snprintf(nullptr, 0, format.c_str(), value);
+  if (length < 0) return {};
+  std::string text(static_cast<std::size_t>(length) + 1, '\0');
+  std::snprintf(text.data(), text.size(), format.c_str(), value);
+#pragma GCC diagnostic pop
+  text.pop_back();
+  return text;
+}
+
+CString PadText(const Conversion& conversion, CString text) {
+  const auto dot = conversion.options.find('.');
+  if (dot != std::string_view::npos)
+    text = text.Left(std::atoi(std::string(conversion.options.substr(dot + 1)).c_str()));
+  std::string_view width = conversion.options.substr(0, dot);
+  const bool left = width.find('-') != std::string_view::npos;
+  width.remove_prefix(std::min(width.find_first_not_of("-+ #0"), width.size()));
+  const int missing = std::atoi(std::string(width).c_str()) - text.GetLength();
+  const CString blanks(u' ', missing);
+  return left ? text + blanks : blanks + text;
+}
+
+// A decimal point is a point whatever the host has made of the locale.
+std::string WithPoint(std::string text) {
+  std::replace(text.begin(), text.end(), ',', '.');
+  return text;
+}
+
+CString Render(Conversion conversion, const Argument& argument) {
+  constexpr char kPlain[] = {'\0', 'd', 'f', 's'};
+  if (textformat::KindOfConversion(conversion.letter) != argument.kind)
+    conversion = {"", kPlain[static_cast<int>(argument.kind)]};
+  switch (argument.kind) {
+    case Kind::integer:
+      if (conversion.letter == 'c') return CString(static_cast<WCHAR>(argument.integer));
+      // As wide as the callers' whole numbers, so that a negative one prints its 32-bit pattern in
+      // hexadecimal.
+      if (conversion.letter != 'd' && conversion.letter != 'i' && argument.integer < 0)
+        return CString(Print(conversion, "", static_cast<unsigned>(argument.integer)).c_str());
+      return CString(Print(conversion, "ll", argument.integer).c_str());
+    case Kind::real:
+      return CString(WithPoint(Print(conversion, "", argument.real)).c_str());
+    case Kind::text:
+      return PadText(conversion, argument.narrow.empty() ? CString(argument.wide)
+                                                         : CString(argument.narrow.data(),
+                                                                   static_cast<int>(argument.narrow.size())));
+    case Kind::none:
+      break;
+  }
+  return {};
+}
+
+}  // namespace
+
+void CString::FormatArguments(std::string_view format, std::span<const Argument> arguments) {
+  CString result;
+  std::size_t used = 0;
+  while (!format.empty()) {
+    const auto percent = std::min(format.find('%'), format.size());
+    result += CString(format.data(), static_cast<int>(percent));
+    format.remove_prefix(percent);
+    if (format.empty()) break;
+    format.remove_prefix(1);
+    const Conversion conversion = TakeConversion(format);
+    if (conversion.letter == '%') {
+      result += u'%';
+    } else if (used < arguments.size()) {
+      result += Render(conversion, arguments[used++]);
+    }
+  }
+  *this = std::move(result);
+}

@@ -1,0 +1,172 @@
+#include "gpsengine/platform/application.h"
+
+#include <algorithm>
+#include <atomic>
+#include <charconv>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <mutex>
+#include <optional>
+#include <vector>
+
+#include "gpsengine/platform/event.h"
+
+namespace {
+
+std::atomic<CWinApp*> g_pApp{nullptr};
+std::atomic<HWND> g_hMainWnd{nullptr};
+std::mutex g_ProfileMutex;
+
+std::string ConfigurationFolder() {
+  const char* configured = std::getenv("XDG_CONFIG_HOME");
+  if (configured != nullptr && *configured != '\0') return configured;
+  const char* home = std::getenv("HOME");
+  return std::string(home == nullptr ? "." : home) + "/.config";
+}
+
+std::string_view Trimmed(std::string_view text) {
+  const auto from = text.find_first_not_of(" \t\r");
+  if (from == std::string_view::npos) return {};
+  return text.substr(from, text.find_last_not_of(" \t\r") - from + 1);
+}
+
+}  // namespace
+
+// An INI file as its lines, so that what others wrote into it survives.
+struct CWinApp::Profile {
+  explicit Profile(const CString& path) : strPath(path.ToUtf8()) {
+    std::ifstream file(strPath);
+    for (std::string line; std::getline(file, line);) lines.push_back(line);
+  }
+
+  std::optional<int> Get(const std::string& section, const std::string& entry) const {
+    const auto at = Find(section, entry);
+    if (at == lines.size()) return std::nullopt;
+    const std::string_view text = Trimmed(std::string_view(lines[at]).substr(lines[at].find('=') + 1));
+    int value = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+    if (error != std::errc() || end != text.data() + text.size()) return std::nullopt;
+    return value;
+  }
+
+  void Put(const std::string& section, const std::string& entry, int value) {
+    const std::string line = entry + '=' + std::to_string(value);
+    const auto at = Find(section, entry);
+    if (at != lines.size()) {
+      lines[at] = line;
+    } else if (const auto head = FindSection(section); head != lines.size()) {
+      lines.insert(lines.begin() + static_cast<std::ptrdiff_t>(head) + 1, line);
+    } else {
+      lines.push_back('[' + section + ']');
+      lines.push_back(line);
+    }
+  }
+
+  bool Save() const {
+    namespace fs = std::filesystem;
+    std::error_code error;
+    if (const auto folder = fs::path(strPath).parent_path(); !folder.empty())
+      fs::create_directories(folder, error);
+    const std::string draft = strPath + ".new";
+    {
+      std::ofstream file(draft, std::ios::trunc);
+      for (const std::string& line : lines) file << line << '\n';
+      file.close();
+      if (!file) {
+        fs::remove(draft, error);
+        return false;
+      }
+    }
+    fs::rename(draft, strPath, error);
+    return !error;
+  }
+
+  std::size_t FindSection(const std::string& section) const {
+    const auto found = std::find_if(lines.begin(), lines.end(), [&](const std::string& line) {
+      return Trimmed(line) == '[' + section + ']';
+    });
+    return static_cast<std::size_t>(found - lines.begin());
+  }
+
+  std::size_t Find(const std::string& section, const std::string& entry) const {
+    for (std::size_t i = FindSection(section) + 1; i < lines.size(); ++i) {
+      const std::string_view line = Trimmed(lines[i]);
+      if (line.starts_with('[')) break;
+      const auto equals = line.find('=');
+      if (equals != std::string_view::npos && Trimmed(line.substr(0, equals)) == entry) return i;
+    }
+    return lines.size();
+  }
+
+  std::string strPath;
+  std::vector<std::string> lines;
+};
+
+CWinApp::CWinApp(const CString& name)
+    : m_strProfilePath(
+          CString::FromUtf8(ConfigurationFolder() + '/' + name.ToUtf8() + '/' + name.ToUtf8() + ".ini")) {
+  g_pApp = this;
+}
+
+CWinApp::~CWinApp() {
+  g_hMainWnd = nullptr;
+  CWinApp* self = this;
+  g_pApp.compare_exchange_strong(self, nullptr);
+}
+
+void CWinApp::SetMainWnd(const CWnd* pWnd) {
+  g_hMainWnd = pWnd == nullptr ? nullptr : pWnd->GetSafeHwnd();
+}
+
+HWND CWinApp::GetMainWnd() const {
+  return g_hMainWnd;
+}
+
+void CWinApp::SetProfilePath(const CString& path) {
+  const std::lock_guard lock(g_ProfileMutex);
+  m_strProfilePath = path;
+}
+
+int CWinApp::GetProfileInt(const CString& section, const CString& entry, int nDefault) {
+  const std::lock_guard lock(g_ProfileMutex);
+  return Profile(m_strProfilePath).Get(section.ToUtf8(), entry.ToUtf8()).value_or(nDefault);
+}
+
+bool CWinApp::WriteProfileInt(const CString& section, const CString& entry, int nValue) {
+  const std::lock_guard lock(g_ProfileMutex);
+  Profile profile(m_strProfilePath);
+  profile.Put(section.ToUtf8(), entry.ToUtf8(), nValue);
+  return profile.Save();
+}
+
+bool CWinApp::PumpMessage() {
+  MSG message;
+  while (!PeekMessageW(&message, PM_REMOVE)) MsgWaitForMultipleObjects(0, nullptr, INFINITE);
+  if (message.message == WM_QUIT) return false;
+  DispatchMessageW(message);
+  return true;
+}
+
+void CWinApp::Run() {
+  while (PumpMessage()) {
+  }
+}
+
+void CWinApp::DoWaitCursor(int) {}
+
+CWinApp* AfxGetApp() {
+  return g_pApp;
+}
+
+HWND AfxGetMainWnd() {
+  return g_hMainWnd;
+}
+
+CWaitCursor::CWaitCursor() {
+  if (CWinApp* app = AfxGetApp()) app->DoWaitCursor(1);
+}
+
+CWaitCursor::~CWaitCursor() {
+  if (CWinApp* app = AfxGetApp()) app->DoWaitCursor(-1);
+}

@@ -1,0 +1,61 @@
+#include "gpsengine/platform/clock.h"
+
+#include <chrono>
+#include <thread>
+
+#include "gpsengine/platform/ctime.h"
+
+namespace {
+
+thread_local Clock* t_pClock = nullptr;
+
+}  // namespace
+
+std::uint64_t Clock::Milliseconds() {
+  using namespace std::chrono;
+  return static_cast<std::uint64_t>(
+      duration_cast<milliseconds>(steady_clock::now().time_since_epoch()).count());
+}
+
+std::int64_t Clock::UnixSeconds() {
+  return std::time(nullptr);
+}
+
+void Clock::Sleep(DWORD ms) {
+  if (ms == 0) {
+    std::this_thread::yield();
+  } else {
+    std::this_thread::sleep_for(std::chrono::milliseconds(ms));
+  }
+}
+
+bool Clock::Wait(WaitKind, DWORD ms, const std::function<bool(DWORD)>& block) {
+  return block(ms);
+}
+
+Clock& CurrentClock() {
+  // Never destroyed: a thread may still be waiting while the process takes its statics down.
+  static auto* const pReal = new Clock;
+  return t_pClock == nullptr ? *pReal : *t_pClock;
+}
+
+void SetClock(Clock* pClock) {
+  t_pClock = pClock;
+}
+
+void Sleep(DWORD ms) {
+  CurrentClock().Sleep(ms);
+}
+
+DWORD GetTickCount() {
+  return static_cast<DWORD>(CurrentClock().Milliseconds());
+}
+
+CTime CTime::GetCurrentTime() {
+  return CTime(CurrentClock().UnixSeconds());
+}
+
+std::tm* CTime::GetLocalTm(std::tm* pTm) const {
+  const std::time_t seconds = m_nSeconds;
+  return localtime_r(&seconds, pTm);
+}

@@ -1,0 +1,108 @@
+#include "gpsengine/platform/file.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+
+namespace {
+
+thread_local DWORD t_nLastError = 0;
+
+bool IsFolder(int nFile) {
+  struct stat status;
+  return fstat(nFile, &status) == 0 && S_ISDIR(status.st_mode);
+}
+
+// Copies a text with its terminator, cut to the buffer; gives the length copied.
+DWORD Copy(const CString& text, WCHAR* pBuffer, DWORD nBuffer) {
+  if (pBuffer == nullptr || nBuffer == 0) return 0;
+  const DWORD length = std::min(static_cast<DWORD>(text.GetLength()), nBuffer - 1);
+  std::copy_n(text.GetString(), length, pBuffer);
+  pBuffer[length] = 0;
+  return length;
+}
+
+}  // namespace
+
+DWORD GetLastError() {
+  return t_nLastError;
+}
+
+void SetLastError(DWORD nError) {
+  t_nLastError = nError;
+}
+
+DWORD FormatMessageW(DWORD nError, WCHAR* pBuffer, DWORD nBuffer) {
+  char text[256];
+  // The GNU form, which may give a text of its own instead of filling the buffer.
+  return Copy(CString::FromUtf8(strerror_r(static_cast<int>(nError), text, sizeof text)), pBuffer, nBuffer);
+}
+
+CFile::~CFile() {
+  Close();
+}
+
+int CFile::Open(const WCHAR* pszPath, UINT nFlags, CFileException* pError) {
+  Close();
+  const bool create = (nFlags & modeCreate) != 0;
+  const int access = (nFlags & modeWrite) != 0 ? O_WRONLY : O_RDONLY;
+  m_nFile =
+      open(CString(pszPath).ToUtf8().c_str(), access | O_CLOEXEC | (create ? O_CREAT | O_TRUNC : 0), 0666);
+  if (m_nFile >= 0 && IsFolder(m_nFile)) {
+    Close();
+    errno = EISDIR;
+  }
+  if (m_nFile >= 0) return 1;
+  SetLastError(static_cast<DWORD>(errno));
+  if (pError != nullptr) pError->m_strReason = CString::FromUtf8(std::strerror(errno));
+  return 0;
+}
+
+void CFile::Close() {
+  if (m_nFile >= 0) close(m_nFile);
+  m_nFile = -1;
+}
+
+UINT CFile::Read(void* pBuffer, UINT nCount) {
+  ssize_t count = 0;
+  do {
+    count = read(m_nFile, pBuffer, nCount);
+  } while (count < 0 && errno == EINTR);
+  return count < 0 ? 0 : static_cast<UINT>(count);
+}
+
+bool CFile::Write(const void* pBuffer, UINT nCount) {
+  const char* from = static_cast<const char*>(pBuffer);
+  while (nCount > 0) {
+    const ssize_t count = write(m_nFile, from, nCount);
+    if (count < 0 && errno == EINTR) continue;
+    if (count <= 0) {
+      SetLastError(static_cast<DWORD>(count < 0 ? errno : EIO));
+      return false;
+    }
+    from += count;
+    nCount -= static_cast<UINT>(count);
+  }
+  return true;
+}
+
+void CFile::SeekToBegin() {
+  if (m_nFile >= 0) lseek(m_nFile, 0, SEEK_SET);
+}
+
+DWORD GetFileAttributesW(const WCHAR* pszPath) {
+  struct stat status;
+  if (stat(CString(pszPath).ToUtf8().c_str(), &status) != 0) return INVALID_FILE_ATTRIBUTES;
+  return S_ISDIR(status.st_mode) ? FILE_ATTRIBUTE_DIRECTORY : FILE_ATTRIBUTE_NORMAL;
+}
+
+DWORD GetModuleFileNameW(WCHAR* pBuffer, DWORD nBuffer) {
+  char path[4096];
+  const ssize_t length = readlink("/proc/self/exe", path, sizeof path);
+  if (length <= 0) return 0;
+  return Copy(CString::FromUtf8(std::string_view(path, static_cast<std::size_t>(length))), pBuffer, nBuffer);
+}

@@ -1,0 +1,42 @@
+#include "gpsengine/platform/thread.h"
+
+#include <sys/resource.h>
+
+#include <system_error>
+#include <thread>
+
+namespace {
+
+class Thread : public CWinThread {
+ public:
+  explicit Thread(std::thread thread) : m_Thread(std::move(thread)) {}
+  ~Thread() override {
+    if (m_Thread.joinable()) m_Thread.detach();
+  }
+  void Join() override {
+    if (m_Thread.joinable()) m_Thread.join();
+  }
+  bool IsCurrent() const override { return m_Thread.get_id() == std::this_thread::get_id(); }
+
+ private:
+  std::thread m_Thread;
+};
+
+void TakePriority(int nPriority) {
+  // Of the calling thread alone. An ordinary user may not raise it, and the thread then runs at the normal
+  // one.
+  if (nPriority > THREAD_PRIORITY_NORMAL) setpriority(PRIO_PROCESS, 0, -5 * nPriority);
+}
+
+}  // namespace
+
+std::unique_ptr<CWinThread> AfxBeginThread(AFX_THREADPROC pfn, void* pParam, int nPriority) {
+  try {
+    return std::make_unique<Thread>(std::thread([=] {
+      TakePriority(nPriority);
+      pfn(pParam);
+    }));
+  } catch (const std::system_error&) {
+    return nullptr;
+  }
+}

@@ -1,0 +1,256 @@
+#include "gpsengine/platform/posix/ttyline.h"
+
+// The kernel's own termios, for baud rates that are not among the standard ones. <termios.h> cannot stand
+// beside it.
+#include <asm/termbits.h>
+#include <fcntl.h>
+#include <linux/serial.h>
+#include <poll.h>
+#include <sys/eventfd.h>
+#include <sys/file.h>
+#include <sys/ioctl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <grp.h>
+#include <pwd.h>
+
+#include <atomic>
+#include <cerrno>
+#include <cstring>
+
+#include "gpsengine/platform/clock.h"
+#include "gpsengine/platform/file.h"
+
+namespace {
+
+constexpr tcflag_t kSizes[] = {CS5, CS6, CS7, CS8};
+
+void SetRaw(termios2& state) {
+  state.c_iflag = IGNBRK;
+  state.c_oflag = 0;
+  state.c_lflag = 0;
+  state.c_cflag |= CREAD | CLOCAL;
+  std::memset(state.c_cc, 0, sizeof state.c_cc);
+}
+
+void SetSpeed(termios2& state, DWORD nBaudRate) {
+  state.c_cflag &= ~static_cast<tcflag_t>(CBAUD | CBAUD << IBSHIFT);
+  state.c_cflag |= BOTHER | BOTHER << IBSHIFT;
+  state.c_ispeed = state.c_ospeed = nBaudRate;
+}
+
+void SetFraming(termios2& state, const DCB& dcb) {
+  state.c_cflag &= ~static_cast<tcflag_t>(CSIZE | PARENB | PARODD | CMSPAR | CSTOPB | CRTSCTS);
+  if (dcb.ByteSize >= 5 && dcb.ByteSize <= 8) state.c_cflag |= kSizes[dcb.ByteSize - 5];
+  if (dcb.Parity != 0) state.c_cflag |= PARENB;
+  if (dcb.Parity == 1 || dcb.Parity == 3) state.c_cflag |= PARODD;
+  if (dcb.Parity >= 3) state.c_cflag |= CMSPAR;
+  if (dcb.StopBits != 0) state.c_cflag |= CSTOPB;
+  if (dcb.fOutxCtsFlow != 0 || dcb.fRtsControl == 2) state.c_cflag |= CRTSCTS;
+  if (dcb.fOutX != 0) state.c_iflag |= IXON;
+  if (dcb.fInX != 0) state.c_iflag |= IXOFF;
+  state.c_cc[VSTART] = static_cast<cc_t>(dcb.XonChar);
+  state.c_cc[VSTOP] = static_cast<cc_t>(dcb.XoffChar);
+}
+
+class TtyLine : public SerialLine {
+ public:
+  explicit TtyLine(int nFile) : m_nFile(nFile), m_nWakeReader(MakeEvent()), m_nWakeWriter(MakeEvent()) {
+    TakeErrors();
+  }
+  ~TtyLine() override {
+    // Frees the device for the next one who opens it, even if a child of the host still holds the descriptor.
+    ioctl(m_nFile, TIOCNXCL);
+    flock(m_nFile, LOCK_UN);
+    close(m_nFile);
+    close(m_nWakeReader);
+    close(m_nWakeWriter);
+  }
+  TtyLine(const TtyLine&) = delete;
+  TtyLine& operator=(const TtyLine&) = delete;
+
+  bool GetState(DCB& dcb) override {
+    termios2 state;
+    if (ioctl(m_nFile, TCGETS2, &state) != 0) return false;
+    dcb.BaudRate = state.c_ospeed;
+    const tcflag_t size = state.c_cflag & CSIZE;
+    for (BYTE i = 0; i < 4; ++i) {
+      if (kSizes[i] == size) dcb.ByteSize = static_cast<BYTE>(5 + i);
+    }
+    dcb.StopBits = (state.c_cflag & CSTOPB) != 0 ? 2 : 0;
+    return true;
+  }
+
+  bool SetState(const DCB& dcb) override {
+    termios2 state;
+    if (ioctl(m_nFile, TCGETS2, &state) != 0) return false;
+    SetRaw(state);
+    SetSpeed(state, dcb.BaudRate);
+    SetFraming(state, dcb);
+    // A pseudo-terminal refuses parity and has no modem lines; it then works without.
+    if (ioctl(m_nFile, TCSETS2, &state) != 0) {
+      state.c_cflag &= ~static_cast<tcflag_t>(PARENB | PARODD | CMSPAR);
+      if (ioctl(m_nFile, TCSETS2, &state) != 0) return false;
+    }
+    SetModemLine(TIOCM_DTR, dcb.fDtrControl != 0);
+    if (dcb.fRtsControl != 2) SetModemLine(TIOCM_RTS, dcb.fRtsControl != 0);
+    return true;
+  }
+
+  int Read(void* pData, int nMax, DWORD ms) override {
+    if (nMax <= 0 || !WaitUntil(POLLIN, m_nWakeReader, ms)) return 0;
+    const ssize_t count = read(m_nFile, pData, static_cast<std::size_t>(nMax));
+    return count < 0 ? 0 : static_cast<int>(count);
+  }
+
+  int Write(const void* pData, int nLength, DWORD ms) override {
+    const std::uint64_t start = CurrentClock().Milliseconds();
+    int written = 0;
+    while (written < nLength) {
+      const std::uint64_t passed = CurrentClock().Milliseconds() - start;
+      if (passed >= ms || !WaitUntil(POLLOUT, m_nWakeWriter, static_cast<DWORD>(ms - passed))) break;
+      const ssize_t count = write(m_nFile, static_cast<const char*>(pData) + written,
+                                  static_cast<std::size_t>(nLength - written));
+      if (count < 0 && (errno == EAGAIN || errno == EINTR)) continue;
+      if (count <= 0) break;
+      written += static_cast<int>(count);
+    }
+    return written;
+  }
+
+  void Cancel() override {
+    m_bCancelled = true;
+    WakeReader();
+    eventfd_write(m_nWakeWriter, 1);
+  }
+
+  void WakeReader() override { eventfd_write(m_nWakeReader, 1); }
+
+  bool PurgeInput() override { return ioctl(m_nFile, TCFLSH, TCIFLUSH) == 0; }
+
+  int BytesWaiting(DWORD& errors) override {
+    errors = TakeErrors();
+    int count = 0;
+    return ioctl(m_nFile, FIONREAD, &count) == 0 ? count : 0;
+  }
+
+  bool SetBreak(bool bOn) override { return ioctl(m_nFile, bOn ? TIOCSBRK : TIOCCBRK) == 0; }
+
+ private:
+  static int MakeEvent() { return eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK); }
+
+  // False when the time has passed, or when the line is cancelled or woken with nothing there. A line that
+  // has failed is true: the call that follows then finds out.
+  bool WaitUntil(short events, int nWake, DWORD ms) {
+    return CurrentClock().Wait(WaitKind::line, ms, [&](DWORD limit) {
+      const std::uint64_t start = CurrentClock().Milliseconds();
+      for (;;) {
+        if (m_bCancelled) return false;
+        pollfd sources[] = {{m_nFile, events, 0}, {nWake, POLLIN, 0}};
+        const std::uint64_t passed = CurrentClock().Milliseconds() - start;
+        const int left = limit == INFINITE ? -1 : static_cast<int>(passed >= limit ? 0 : limit - passed);
+        const int ready = poll(sources, 2, left);
+        if (ready < 0 && errno == EINTR) continue;
+        eventfd_t woken = 0;
+        if (sources[1].revents != 0) eventfd_read(nWake, &woken);
+        return ready > 0 && !m_bCancelled && sources[0].revents != 0;
+      }
+    });
+  }
+
+  void SetModemLine(int nLine, bool bOn) { ioctl(m_nFile, bOn ? TIOCMBIS : TIOCMBIC, &nLine); }
+
+  // Line errors since the last call. The kernel counts them; a line without hardware has no counts.
+  DWORD TakeErrors() {
+    serial_icounter_struct counts{};
+    if (ioctl(m_nFile, TIOCGICOUNT, &counts) != 0) return 0;
+    const int sum = counts.frame + counts.overrun + counts.parity + counts.buf_overrun;
+    return m_nErrors.exchange(sum) == sum ? 0 : 1;
+  }
+
+  const int m_nFile;
+  const int m_nWakeReader;
+  const int m_nWakeWriter;
+  std::atomic<bool> m_bCancelled{false};
+  std::atomic<int> m_nErrors{0};
+};
+
+// Opens the device as the line does; the descriptor, or -1 with errno.
+int OpenExclusive(const std::string& strDevice) {
+  const int file = open(strDevice.c_str(), O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC);
+  if (file < 0) return -1;
+  termios2 state;
+  int reason = 0;
+  if (ioctl(file, TCGETS2, &state) != 0) {
+    reason = ENOTTY;
+  } else if (flock(file, LOCK_EX | LOCK_NB) != 0 || ioctl(file, TIOCEXCL) != 0) {
+    // The system's own exclusion does not bind the superuser, and a lock binds only those who ask: so both.
+    reason = EBUSY;
+  }
+  if (reason == 0) return file;
+  close(file);
+  errno = reason;
+  return -1;
+}
+
+// The group that may use the device, and whose member the user should become.
+std::string GroupOf(const std::string& strDevice) {
+  struct stat status;
+  if (stat(strDevice.c_str(), &status) != 0) return "dialout";
+  group entry;
+  group* found = nullptr;
+  char text[4096];
+  const bool known = getgrgid_r(status.st_gid, &entry, text, sizeof text, &found) == 0 && found != nullptr;
+  return known ? found->gr_name : std::to_string(status.st_gid);
+}
+
+std::string UserName() {
+  passwd entry;
+  passwd* found = nullptr;
+  char text[4096];
+  const bool known = getpwuid_r(geteuid(), &entry, text, sizeof text, &found) == 0 && found != nullptr;
+  return known ? found->pw_name : "$USER";
+}
+
+std::string Explain(const std::string& strDevice, int nError) {
+  const std::string port = "The port " + strDevice;
+  switch (nError) {
+    case ENOENT:
+    case ENODEV:
+    case ENXIO:
+      return port + " does not exist. Is the receiver plugged in, and is this its name?";
+    case EACCES: {
+      const std::string group = GroupOf(strDevice);
+      return port + " may not be opened by this user. It belongs to the group " + group +
+             ": sudo usermod -aG " + group + ' ' + UserName() + ", then log in again.";
+    }
+    case EBUSY:
+      return port + " is in use by another program. Close that program first (fuser -v " + strDevice + ").";
+    case ENOTTY:
+    case EISDIR:
+      return port + " is not a serial port. Serial ports have names such as /dev/ttyUSB0 and /dev/ttyS0.";
+    default:
+      return port + " cannot be opened: " + std::strerror(nError) + '.';
+  }
+}
+
+}  // namespace
+
+std::unique_ptr<SerialLine> OpenTtyLine(const std::string& strDevice) {
+  const int file = OpenExclusive(strDevice);
+  if (file < 0) {
+    SetLastError(static_cast<DWORD>(errno));
+    return nullptr;
+  }
+  return std::make_unique<TtyLine>(file);
+}
+
+CString ExplainPort(const CString& device) {
+  const std::string path = device.ToUtf8();
+  const int file = OpenExclusive(path);
+  if (file < 0) return CString::FromUtf8(Explain(path, errno));
+  ioctl(file, TIOCNXCL);
+  close(file);
+  return {};
+}

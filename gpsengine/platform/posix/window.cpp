@@ -1,0 +1,279 @@
+#include <sys/eventfd.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <map>
+#include <string>
+#include <unordered_map>
+#include <utility>
+
+#include "gpsengine/platform/posix/messagequeue.h"
+#include "gpsengine/platform/posix/waitable.h"
+#include "gpsengine/platform/window.h"
+
+namespace {
+
+struct WindowEntry {
+  CWnd* pWindow;
+  std::shared_ptr<MessageQueue> pQueue;
+};
+
+struct WindowTable {
+  std::mutex mutex;
+  std::uintptr_t nNext = 1;
+  std::unordered_map<HWND, WindowEntry> windows;
+  UINT nNextMessage = 0xC000;
+  std::map<std::u16string, UINT> messages;
+};
+
+// Never destroyed, like the table of handles.
+WindowTable& Windows() {
+  static auto* const table = new WindowTable;
+  return *table;
+}
+
+WindowEntry FindWindow(HWND hWnd) {
+  WindowTable& table = Windows();
+  const std::lock_guard lock(table.mutex);
+  const auto entry = table.windows.find(hWnd);
+  return entry == table.windows.end() ? WindowEntry{} : entry->second;
+}
+
+void Dispose(const MSG& message) {
+  if (message.pfnDispose != nullptr) message.pfnDispose(message.wParam);
+}
+
+// Hands a message to its window, on the window's thread.
+LRESULT Deliver(const MSG& message) {
+  const WindowEntry entry = FindWindow(message.hwnd);
+  if (entry.pWindow == nullptr) {
+    Dispose(message);
+    return 0;
+  }
+  return entry.pWindow->WindowProc(message.message, message.wParam, message.lParam);
+}
+
+}  // namespace
+
+// Closes the queue when its thread ends, so that nobody waits for it.
+struct QueueOfThread {
+  std::shared_ptr<MessageQueue> pQueue = std::make_shared<MessageQueue>();
+  ~QueueOfThread() { pQueue->Close(); }
+};
+
+std::shared_ptr<MessageQueue> MessageQueue::OfThisThread() {
+  static thread_local QueueOfThread queue;
+  return queue.pQueue;
+}
+
+MessageQueue::~MessageQueue() {
+  if (m_nDescriptor >= 0) close(m_nDescriptor);
+}
+
+void MessageQueue::Close() {
+  std::deque<MSG> left;
+  {
+    const std::lock_guard lock(m_Mutex);
+    m_bClosed = true;
+    left.swap(m_Posted);
+    for (SentMessage* sent : std::exchange(m_Sent, {})) {
+      sent->bDone = true;
+      sent->done.notify_one();
+    }
+  }
+  for (const MSG& message : left) Dispose(message);
+}
+
+bool MessageQueue::HasAny() {
+  const std::lock_guard lock(m_Mutex);
+  return !m_Posted.empty() || !m_Sent.empty() || m_bQuit;
+}
+
+void MessageQueue::SetWaiter(Waiter* pWaiter) {
+  const std::lock_guard lock(m_Mutex);
+  m_pWaiter = pWaiter;
+}
+
+// Wakes the queue's thread after something was put in, and gives the lock up.
+void MessageQueue::Announce(bool wasEmpty, std::unique_lock<std::mutex>& lock) {
+  // The descriptor is written only as the queue ceases to be empty: one system call for a burst, not one a
+  // message.
+  if (wasEmpty && m_nDescriptor >= 0) eventfd_write(m_nDescriptor, 1);
+  const bool wake = m_pWaiter != nullptr;
+  lock.unlock();
+  if (!wake) return;
+  const std::lock_guard waiting(g_WaitMutex);
+  const std::lock_guard again(m_Mutex);
+  if (m_pWaiter != nullptr) m_pWaiter->condition.notify_one();
+}
+
+bool MessageQueue::Post(const MSG& message) {
+  std::unique_lock lock(m_Mutex);
+  if (m_bClosed || m_Posted.size() >= kMaxPostedMessages) {
+    m_nLost.fetch_add(1, std::memory_order_relaxed);
+    return false;
+  }
+  const bool wasEmpty = m_Posted.empty() && m_Sent.empty();
+  m_Posted.push_back(message);
+  Announce(wasEmpty, lock);
+  return true;
+}
+
+LRESULT MessageQueue::SendAndWait(const MSG& message) {
+  SentMessage sent{message, 0, false, {}};
+  std::unique_lock lock(m_Mutex);
+  if (m_bClosed) return 0;
+  const bool wasEmpty = m_Posted.empty() && m_Sent.empty();
+  m_Sent.push_back(&sent);
+  Announce(wasEmpty, lock);
+  lock.lock();
+  sent.done.wait(lock, [&sent] { return sent.bDone; });
+  return sent.result;
+}
+
+void MessageQueue::HandleSent() {
+  for (;;) {
+    SentMessage* sent = nullptr;
+    {
+      const std::lock_guard lock(m_Mutex);
+      if (m_Sent.empty()) return;
+      sent = m_Sent.front();
+      m_Sent.pop_front();
+    }
+    const LRESULT result = Deliver(sent->message);
+    const std::lock_guard lock(m_Mutex);
+    sent->result = result;
+    sent->bDone = true;
+    sent->done.notify_one();
+  }
+}
+
+bool MessageQueue::Take(MSG& message, bool remove) {
+  HandleSent();
+  const std::lock_guard lock(m_Mutex);
+  if (m_Posted.empty()) {
+    if (m_bQuit) {
+      message = MSG{nullptr, WM_QUIT, 0, 0, nullptr};
+      if (remove) m_bQuit = false;
+      return true;
+    }
+    eventfd_t drained = 0;
+    if (m_nDescriptor >= 0 && m_Sent.empty()) eventfd_read(m_nDescriptor, &drained);
+    return false;
+  }
+  message = m_Posted.front();
+  if (remove) m_Posted.pop_front();
+  return true;
+}
+
+void MessageQueue::Forget(HWND hWnd) {
+  std::deque<MSG> forgotten;
+  {
+    const std::lock_guard lock(m_Mutex);
+    const auto kept = std::stable_partition(m_Posted.begin(), m_Posted.end(),
+                                            [hWnd](const MSG& message) { return message.hwnd != hWnd; });
+    forgotten.assign(kept, m_Posted.end());
+    m_Posted.erase(kept, m_Posted.end());
+    std::erase_if(m_Sent, [hWnd](SentMessage* sent) {
+      if (sent->message.hwnd != hWnd) return false;
+      sent->bDone = true;
+      sent->done.notify_one();
+      return true;
+    });
+  }
+  for (const MSG& message : forgotten) Dispose(message);
+}
+
+void MessageQueue::PostQuit() {
+  std::unique_lock lock(m_Mutex);
+  m_bQuit = true;
+  Announce(m_Posted.empty() && m_Sent.empty(), lock);
+}
+
+int MessageQueue::Descriptor() {
+  const std::lock_guard lock(m_Mutex);
+  if (m_nDescriptor < 0) {
+    const bool waiting = !m_Posted.empty() || !m_Sent.empty() || m_bQuit;
+    m_nDescriptor = eventfd(waiting ? 1 : 0, EFD_CLOEXEC | EFD_NONBLOCK);
+  }
+  return m_nDescriptor;
+}
+
+CWnd::~CWnd() {
+  DestroyWindow();
+}
+
+bool CWnd::Create() {
+  if (m_hWnd != nullptr) return false;
+  WindowTable& table = Windows();
+  const std::lock_guard lock(table.mutex);
+  m_hWnd = reinterpret_cast<HWND>(table.nNext++);
+  table.windows.emplace(m_hWnd, WindowEntry{this, MessageQueue::OfThisThread()});
+  return true;
+}
+
+bool CWnd::DestroyWindow() {
+  if (m_hWnd == nullptr) return false;
+  WindowEntry entry;
+  {
+    WindowTable& table = Windows();
+    const std::lock_guard lock(table.mutex);
+    entry = table.windows.extract(m_hWnd).mapped();
+  }
+  // A post that found the window just now may still arrive; Deliver disposes of it.
+  entry.pQueue->Forget(m_hWnd);
+  m_hWnd = nullptr;
+  return true;
+}
+
+LRESULT CWnd::WindowProc(UINT, WPARAM, LPARAM) {
+  return 0;
+}
+
+bool IsWindow(HWND hWnd) {
+  return FindWindow(hWnd).pWindow != nullptr;
+}
+
+bool PostMessageW(HWND hWnd, UINT message, WPARAM wParam, LPARAM lParam, MessageDisposer pfnDispose) {
+  const MSG posted{hWnd, message, wParam, lParam, pfnDispose};
+  const WindowEntry entry = FindWindow(hWnd);
+  if (entry.pQueue != nullptr && entry.pQueue->Post(posted)) return true;
+  Dispose(posted);
+  return false;
+}
+
+LRESULT SendMessageW(HWND hWnd, UINT message, WPARAM wParam, LPARAM lParam) {
+  const MSG sent{hWnd, message, wParam, lParam, nullptr};
+  const WindowEntry entry = FindWindow(hWnd);
+  if (entry.pQueue == nullptr) return 0;
+  if (entry.pQueue == MessageQueue::OfThisThread()) return Deliver(sent);
+  return entry.pQueue->SendAndWait(sent);
+}
+
+bool PeekMessageW(MSG* pMsg, UINT nRemove) {
+  return MessageQueue::OfThisThread()->Take(*pMsg, (nRemove & PM_REMOVE) != 0);
+}
+
+LRESULT DispatchMessageW(const MSG& msg) {
+  return msg.hwnd == nullptr ? 0 : Deliver(msg);
+}
+
+void PostQuitMessage() {
+  MessageQueue::OfThisThread()->PostQuit();
+}
+
+UINT RegisterWindowMessageW(const WCHAR* pszName) {
+  WindowTable& table = Windows();
+  const std::lock_guard lock(table.mutex);
+  const auto [entry, added] = table.messages.try_emplace(pszName, table.nNextMessage);
+  if (added) ++table.nNextMessage;
+  return entry->second;
+}
+
+int GetQueueDescriptor() {
+  return MessageQueue::OfThisThread()->Descriptor();
+}
+
+unsigned long long GetLostMessages() {
+  return MessageQueue::OfThisThread()->Lost();
+}

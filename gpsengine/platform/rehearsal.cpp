@@ -1,0 +1,256 @@
+#include "gpsengine/platform/rehearsal.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <mutex>
+
+#include "gpsengine/platform/file.h"
+#include "gpsengine/platform/serial.h"
+
+struct CRehearsal::State {
+  struct Arrival {
+    std::uint64_t nTime;
+    std::string bytes;
+  };
+
+  std::mutex mutex;
+  std::vector<Step> steps;
+  std::function<void(const Step&)> handler;
+  std::uint64_t nNow = 1'000'000;
+  std::int64_t nUnixStart = 1'700'000'000;
+  std::vector<Arrival> arrivals;  // in the order of their times
+  std::string input;
+  DWORD nErrors = 0;
+  int nWriteLimit = -1;
+  DCB dcb;
+
+  // Takes in what has arrived by now.
+  void Arrive() {
+    while (!arrivals.empty() && arrivals.front().nTime <= nNow) {
+      input += arrivals.front().bytes;
+      arrivals.erase(arrivals.begin());
+    }
+  }
+};
+
+// The line that the port number stands for. It may outlive the rehearsal, in an open port, and is then quiet.
+class CRehearsal::Line : public SerialLine {
+ public:
+  explicit Line(std::shared_ptr<State> state) : m_pState(std::move(state)) {}
+
+  bool GetState(DCB& dcb) override {
+    const std::lock_guard lock(m_pState->mutex);
+    const DWORD length = dcb.DCBlength;
+    dcb = m_pState->dcb;
+    dcb.DCBlength = length;
+    return true;
+  }
+  bool SetState(const DCB& dcb) override {
+    const std::lock_guard lock(m_pState->mutex);
+    m_pState->dcb = dcb;
+    return true;
+  }
+  int Read(void* pData, int nMax, DWORD ms) override {
+    CurrentClock().Wait(WaitKind::line, ms, [this](DWORD) {
+      const std::lock_guard lock(m_pState->mutex);
+      m_pState->Arrive();
+      return !m_pState->input.empty();
+    });
+    const std::lock_guard lock(m_pState->mutex);
+    std::string& input = m_pState->input;
+    const auto count = std::min(static_cast<std::size_t>(std::max(nMax, 0)), input.size());
+    std::copy_n(input.begin(), count, static_cast<char*>(pData));
+    input.erase(0, count);
+    return static_cast<int>(count);
+  }
+  int Write(const void* pData, int nLength, DWORD) override {
+    std::unique_lock lock(m_pState->mutex);
+    const int count = m_pState->nWriteLimit < 0 ? nLength : std::min(nLength, m_pState->nWriteLimit);
+    const Step step{StepKind::write,
+                    std::string(static_cast<const char*>(pData), static_cast<std::size_t>(count)), 0};
+    m_pState->steps.push_back(step);
+    const auto handler = m_pState->handler;
+    lock.unlock();
+    if (handler) handler(step);
+    return count;
+  }
+  void Cancel() override {}
+  void WakeReader() override {}
+  bool PurgeInput() override {
+    const std::lock_guard lock(m_pState->mutex);
+    m_pState->Arrive();
+    m_pState->input.clear();
+    return true;
+  }
+  int BytesWaiting(DWORD& errors) override {
+    const std::lock_guard lock(m_pState->mutex);
+    m_pState->Arrive();
+    errors = m_pState->nErrors;
+    m_pState->nErrors = 0;
+    return static_cast<int>(m_pState->input.size());
+  }
+  bool SetBreak(bool) override { return true; }
+
+ private:
+  std::shared_ptr<State> m_pState;
+};
+
+CRehearsal::CRehearsal(int nPort, bool bPortOpens) : m_nPort(nPort), m_pState(std::make_shared<State>()) {
+  MapComPort(nPort, [state = m_pState, bPortOpens]() -> std::unique_ptr<SerialLine> {
+    if (bPortOpens) return std::make_unique<Line>(state);
+    SetLastError(ENODEV);
+    return nullptr;
+  });
+  SetClock(this);
+}
+
+CRehearsal::~CRehearsal() {
+  SetClock(nullptr);
+  MapComPort(m_nPort, SerialLineFactory());
+}
+
+void CRehearsal::SetStepHandler(std::function<void(const Step&)> handler) {
+  const std::lock_guard lock(m_pState->mutex);
+  m_pState->handler = std::move(handler);
+}
+
+const std::vector<CRehearsal::Step>& CRehearsal::GetSteps() const {
+  return m_pState->steps;
+}
+
+void CRehearsal::ForgetSteps() {
+  m_pState->steps.clear();
+}
+
+std::string CRehearsal::Transcript() const {
+  std::string text;
+  for (const Step& step : m_pState->steps) text += (text.empty() ? "" : "; ") + Describe(step);
+  return text;
+}
+
+namespace {
+
+bool IsText(std::string_view bytes) {
+  return std::all_of(bytes.begin(), bytes.end(),
+                     [](char c) { return (c >= ' ' && c <= '~') || c == '\r' || c == '\n' || c == '\t'; });
+}
+
+std::string Escaped(std::string_view bytes) {
+  std::string text;
+  for (const char c : bytes) {
+    switch (c) {
+      case '\r':
+        text += "\\r";
+        break;
+      case '\n':
+        text += "\\n";
+        break;
+      case '\t':
+        text += "\\t";
+        break;
+      case '"':
+      case '\\':
+        text += '\\';
+        [[fallthrough]];
+      default:
+        text += c;
+    }
+  }
+  return text;
+}
+
+std::string Hexadecimal(std::string_view bytes) {
+  constexpr char kDigits[] = "0123456789ABCDEF";
+  std::string text;
+  for (const char c : bytes) {
+    text += kDigits[static_cast<unsigned char>(c) >> 4];
+    text += kDigits[static_cast<unsigned char>(c) & 15];
+  }
+  return text;
+}
+
+}  // namespace
+
+std::string CRehearsal::Describe(const Step& step) {
+  switch (step.kind) {
+    case StepKind::write:
+      return IsText(step.bytes) ? "write \"" + Escaped(step.bytes) + '"'
+                                : "write-hex " + Hexadecimal(step.bytes);
+    case StepKind::sleep:
+      return "wait " + std::to_string(step.ms);
+    case StepKind::waitForMessage:
+      return "wait-ack " + std::to_string(step.ms);
+  }
+  return {};
+}
+
+void CRehearsal::Feed(std::string_view bytes, DWORD msFromNow) {
+  const std::lock_guard lock(m_pState->mutex);
+  auto& arrivals = m_pState->arrivals;
+  const std::uint64_t time = m_pState->nNow + msFromNow;
+  const auto behind = std::find_if(arrivals.begin(), arrivals.end(),
+                                   [time](const State::Arrival& arrival) { return arrival.nTime > time; });
+  arrivals.insert(behind, {time, std::string(bytes)});
+}
+
+void CRehearsal::SetLineErrors(DWORD nErrors) {
+  m_pState->nErrors = nErrors;
+}
+
+void CRehearsal::LimitWrites(int nBytes) {
+  m_pState->nWriteLimit = nBytes;
+}
+
+void CRehearsal::Advance(DWORD ms) {
+  const std::lock_guard lock(m_pState->mutex);
+  m_pState->nNow += ms;
+}
+
+void CRehearsal::SetUnixSeconds(std::int64_t seconds) {
+  const std::lock_guard lock(m_pState->mutex);
+  m_pState->nUnixStart = seconds - static_cast<std::int64_t>(m_pState->nNow / 1000);
+}
+
+std::uint64_t CRehearsal::Milliseconds() {
+  const std::lock_guard lock(m_pState->mutex);
+  return m_pState->nNow;
+}
+
+std::int64_t CRehearsal::UnixSeconds() {
+  const std::lock_guard lock(m_pState->mutex);
+  return m_pState->nUnixStart + static_cast<std::int64_t>(m_pState->nNow / 1000);
+}
+
+void CRehearsal::AddStep(Step step) {
+  std::function<void(const Step&)> handler;
+  {
+    const std::lock_guard lock(m_pState->mutex);
+    m_pState->steps.push_back(step);
+    handler = m_pState->handler;
+  }
+  if (handler) handler(step);
+}
+
+void CRehearsal::Sleep(DWORD ms) {
+  if (ms > 0) AddStep({StepKind::sleep, {}, ms});
+  Advance(ms);
+}
+
+// What is waited for has come already, or comes with time, or never: nobody else is there to bring it.
+bool CRehearsal::Wait(WaitKind kind, DWORD ms, const std::function<bool(DWORD)>& block) {
+  if (kind == WaitKind::message) AddStep({StepKind::waitForMessage, {}, ms});
+  if (block(0)) return true;
+  if (kind == WaitKind::event) AddStep({StepKind::sleep, {}, ms});
+  if (kind == WaitKind::line) {
+    const std::lock_guard lock(m_pState->mutex);
+    const std::uint64_t end = m_pState->nNow + ms;
+    if (!m_pState->arrivals.empty() && m_pState->arrivals.front().nTime <= end) {
+      m_pState->nNow = m_pState->arrivals.front().nTime;
+    } else {
+      m_pState->nNow = end;
+    }
+  } else {
+    Advance(ms);
+  }
+  return block(0);
+}

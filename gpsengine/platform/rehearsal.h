@@ -1,0 +1,63 @@
+#pragma once
+
+#include <deque>
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "gpsengine/platform/clock.h"
+
+/// Runs code that talks to a serial line with no line and in no time: what would be written and waited for
+/// becomes a list of steps. While the object lives, the port number stands for a line of its own, and for the
+/// thread that made it a sleep or a wait is recorded and time moves on at once. Other threads keep the real
+/// clock. One at a time.
+class CRehearsal : public Clock {
+ public:
+  enum class StepKind { write, sleep, waitForMessage };
+  struct Step {
+    StepKind kind;
+    std::string bytes;  ///< What was written.
+    DWORD ms = 0;       ///< How long was waited.
+  };
+
+  /// `bPortOpens` false: the port is one that does not open.
+  explicit CRehearsal(int nPort = 1, bool bPortOpens = true);
+  ~CRehearsal() override;
+  CRehearsal(const CRehearsal&) = delete;
+  CRehearsal& operator=(const CRehearsal&) = delete;
+
+  /// Called with each step as it happens, a wait for a message ahead of the wait.
+  void SetStepHandler(std::function<void(const Step&)> handler);
+  const std::vector<Step>& GetSteps() const;
+  /// The steps so far, as Describe puts them, joined by "; ".
+  std::string Transcript() const;
+  void ForgetSteps();
+  /// A step as text: write "$JOFF\r\n", with control characters escaped; write-hex A0A2…, if the bytes are no
+  /// text; wait 1000; wait-ack 10000.
+  static std::string Describe(const Step& step);
+
+  /// Bytes that arrive on the line now, or in `msFromNow` milliseconds of rehearsed time.
+  void Feed(std::string_view bytes, DWORD msFromNow = 0);
+  /// The line reports these error flags at the next question.
+  void SetLineErrors(DWORD nErrors);
+  /// From now on a write takes at most this many bytes.
+  void LimitWrites(int nBytes);
+  /// Moves time on without a step.
+  void Advance(DWORD ms);
+  void SetUnixSeconds(std::int64_t seconds);
+
+  std::uint64_t Milliseconds() override;
+  std::int64_t UnixSeconds() override;
+  void Sleep(DWORD ms) override;
+  bool Wait(WaitKind kind, DWORD ms, const std::function<bool(DWORD)>& block) override;
+
+ private:
+  class Line;
+  struct State;
+
+  void AddStep(Step step);
+
+  int m_nPort;
+  std::shared_ptr<State> m_pState;  // shared with the line, which the port may keep for longer
+};

@@ -1,0 +1,112 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+
+#include "gpsengine/platform/cstring.h"
+
+// The serial calls. A port is opened under its number's name, "COM1:", and a table says which device that is.
+
+/// State of a line, with the fields that the callers set.
+struct DCB {
+  DWORD DCBlength = 0;
+  DWORD BaudRate = 9600;
+  DWORD fBinary = 1;
+  DWORD fParity = 0;
+  DWORD fOutxCtsFlow = 0;
+  DWORD fOutxDsrFlow = 0;
+  DWORD fDtrControl = 1;  ///< 0 off, 1 on, 2 handshake.
+  DWORD fDsrSensitivity = 0;
+  DWORD fOutX = 0;
+  DWORD fInX = 0;
+  DWORD fErrorChar = 0;
+  DWORD fNull = 0;
+  DWORD fRtsControl = 1;  ///< 0 off, 1 on, 2 handshake.
+  DWORD fAbortOnError = 0;
+  WORD XonLim = 0;
+  WORD XoffLim = 0;
+  BYTE ByteSize = 8;
+  BYTE Parity = 0;    ///< 0 none, 1 odd, 2 even, 3 mark, 4 space.
+  BYTE StopBits = 0;  ///< 0 one, 1 one and a half, 2 two.
+  char XonChar = 0x11;
+  char XoffChar = 0x13;
+};
+
+/// Times in milliseconds. An interval and a multiplier of MAXDWORD make a read return at once with what has
+/// arrived, or else wait up to the constant for a first byte. Otherwise a read ends when it is full, when the
+/// line has been quiet for the interval, or when constant + multiplier × bytes have passed.
+struct COMMTIMEOUTS {
+  DWORD ReadIntervalTimeout = 0;
+  DWORD ReadTotalTimeoutMultiplier = 0;
+  DWORD ReadTotalTimeoutConstant = 0;
+  DWORD WriteTotalTimeoutMultiplier = 0;
+  DWORD WriteTotalTimeoutConstant = 0;  ///< Both write times 0: kWriteLimit holds.
+};
+
+struct COMSTAT {
+  DWORD cbInQue = 0;  ///< Bytes that have arrived and are not read.
+};
+
+constexpr DWORD GENERIC_READ_WRITE = 0xC0000000;
+constexpr DWORD OPEN_EXISTING = 3;
+constexpr DWORD PURGE_RXCLEAR = 8;
+constexpr DWORD EV_RXCHAR_TXEMPTY = 5;
+
+/// A write to a peer that takes nothing gives up after this time, in milliseconds: longer than the longest
+/// command takes at 1200 baud, and short enough for a host's user.
+constexpr DWORD kWriteLimit = 2000;
+
+/// An open line, whatever lies behind it. The serial devices of the system are one kind; a host may supply
+/// another, such as a network connection. Reads and writes may run at the same time, on different threads.
+class SerialLine {
+ public:
+  virtual ~SerialLine() = default;
+  virtual bool GetState(DCB& dcb) = 0;
+  virtual bool SetState(const DCB& dcb) = 0;
+  /// Waits up to `ms` for a first byte, then gives what is there, at most `nMax` bytes. 0 when none came,
+  /// when the line failed, and soon after Cancel.
+  virtual int Read(void* pData, int nMax, DWORD ms) = 0;
+  /// Writes within `ms`; gives the count of bytes written.
+  virtual int Write(const void* pData, int nLength, DWORD ms) = 0;
+  /// Releases who is blocked in Read or Write, and makes further ones return at once. From any thread.
+  virtual void Cancel() = 0;
+  /// Makes the read that is blocked now, or else the next one, return what is there. From any thread.
+  virtual void WakeReader() = 0;
+  virtual bool PurgeInput() = 0;
+  /// Bytes waiting; sets `errors` to the line errors since the last call.
+  virtual int BytesWaiting(DWORD& errors) = 0;
+  virtual bool SetBreak(bool bOn) = 0;
+};
+
+/// Opens a line; null on failure, with the reason left for GetLastError.
+using SerialLineFactory = std::function<std::unique_ptr<SerialLine>()>;
+
+/// What port number `nPort` stands for from now on: a device of the system, or a line of the host's own.
+/// Without an entry COM1 is /dev/ttyS0, COM2 /dev/ttyS1 and so on. An open port keeps its line.
+void MapComPort(int nPort, const CString& device);
+void MapComPort(int nPort, SerialLineFactory factory);
+/// The device behind a port number, as text; empty for a line of the host's own.
+CString GetComPortDevice(int nPort);
+/// Why a device cannot be opened and what to do about it, as a sentence for the user; empty if it can be
+/// opened now.
+CString ExplainPort(const CString& device);
+
+/// Opens "COM<n>:" for this program alone. INVALID_HANDLE_VALUE on failure, with the reason in GetLastError.
+/// The other arguments are those of a serial line: read and write, no sharing, existing, normal.
+HANDLE CreateFileW(const WCHAR* pszName, DWORD nAccess, DWORD nShare, DWORD nDisposition, DWORD nAttributes);
+bool GetCommState(HANDLE hPort, DCB* pDcb);
+bool SetCommState(HANDLE hPort, const DCB* pDcb);
+bool SetCommMask(HANDLE hPort, DWORD nMask);  ///< Nothing here waits on line events; true if open.
+bool SetupComm(HANDLE hPort, DWORD nInQueue,
+               DWORD nOutQueue);  ///< The system sizes its queues; true if open.
+bool PurgeComm(HANDLE hPort, DWORD nFlags);
+bool SetCommTimeouts(HANDLE hPort, const COMMTIMEOUTS* pTimeouts);
+bool ClearCommError(HANDLE hPort, DWORD* pErrors, COMSTAT* pStat);
+bool SetCommBreak(HANDLE hPort);
+bool ClearCommBreak(HANDLE hPort);
+/// Reads under the timeouts last set. `*pRead` is the count, 0 on a timeout, a failure or a handle that gets
+/// closed.
+bool ReadFile(HANDLE hPort, void* pData, DWORD nCount, DWORD* pRead);
+/// Ends the read that is blocked on the handle, if there is one, or else cuts the next one short.
+bool CancelRead(HANDLE hPort);
+bool WriteFile(HANDLE hPort, const void* pData, DWORD nCount, DWORD* pWritten);

@@ -1,0 +1,26 @@
+#pragma once
+
+#include <cstdint>
+
+// The plain types and constants of the platform's calls, with the widths that their callers rely on.
+
+using BYTE = std::uint8_t;
+using WORD = std::uint16_t;
+using DWORD = std::uint32_t;
+using UINT = std::uint32_t;
+using WCHAR = char16_t;  ///< One unit of text: 16 bits on every platform.
+using WPARAM = std::uintptr_t;
+using LPARAM = std::intptr_t;
+using LRESULT = std::intptr_t;
+
+/// Names a kernel object of the platform layer: an event or an open serial line. A handle is a number that is
+/// never given out twice, so that a late call on a closed handle fails instead of reaching another object.
+using HANDLE = void*;
+
+/// Names a window. Like a HANDLE it is never given out twice.
+using HWND = struct WindowName*;
+
+inline const HANDLE INVALID_HANDLE_VALUE = reinterpret_cast<HANDLE>(~std::uintptr_t{0});
+
+constexpr DWORD MAXDWORD = 0xFFFFFFFF;
+constexpr DWORD INFINITE = 0xFFFFFFFF;  ///< A wait without limit.

@@ -1,0 +1,75 @@
+#pragma once
+
+#include "gpsengine/platform/types.h"
+
+// Windows and messages. A window belongs to the thread that created it; that thread has a queue, takes its
+// messages out with PeekMessageW or CWinApp::PumpMessage and hands them to the windows with DispatchMessageW.
+
+constexpr UINT WM_QUIT = 0x0012;
+constexpr UINT WM_APP = 0x8000;
+constexpr UINT PM_NOREMOVE = 0;
+constexpr UINT PM_REMOVE = 1;
+
+/// Frees what a message carries when nobody takes it.
+using MessageDisposer = void (*)(WPARAM wParam);
+
+struct MSG {
+  HWND hwnd = nullptr;
+  UINT message = 0;
+  WPARAM wParam = 0;
+  LPARAM lParam = 0;
+  MessageDisposer pfnDispose = nullptr;
+};
+
+/// A window without a picture: an address for messages, with a procedure that handles them.
+class CWnd {
+ public:
+  CWnd() = default;
+  virtual ~CWnd();  ///< Destroys the window. Runs on the window's thread.
+  CWnd(const CWnd&) = delete;
+  CWnd& operator=(const CWnd&) = delete;
+
+  /// Makes the window, on the calling thread. False if it exists already.
+  bool Create();
+  /// Posted messages that nobody will handle now are disposed of, senders that wait are released with 0.
+  bool DestroyWindow();
+  HWND GetSafeHwnd() const { return m_hWnd; }
+
+  /// Handles one message, on the window's thread. The default knows no message and gives 0.
+  virtual LRESULT WindowProc(UINT message, WPARAM wParam, LPARAM lParam);
+
+ private:
+  HWND m_hWnd = nullptr;
+};
+
+bool IsWindow(HWND hWnd);
+
+/// The messages that a queue holds at most. A thread that does not drain its queue loses the newest ones, so
+/// that memory stays bounded.
+constexpr int kMaxPostedMessages = 10000;
+
+/// Puts a message into the queue of the window's thread and returns at once; from any thread. If there is no
+/// such window, if its queue is full, or if the window goes away before the message is handled, `pfnDispose`
+/// is called with wParam. False in the first two cases.
+bool PostMessageW(HWND hWnd, UINT message, WPARAM wParam, LPARAM lParam,
+                  MessageDisposer pfnDispose = nullptr);
+/// Blocks until the window's procedure has handled the message, and gives its result. 0 if the window is not
+/// there or goes away. From any thread; a window's thread handles what others send while it takes or waits
+/// for messages.
+LRESULT SendMessageW(HWND hWnd, UINT message, WPARAM wParam, LPARAM lParam);
+/// Handles what other threads have sent, then gives the next posted message of the calling thread, if there
+/// is one.
+bool PeekMessageW(MSG* pMsg, UINT nRemove);
+/// Hands a message that was taken out of the queue to its window, which owns from then on what it carries.
+LRESULT DispatchMessageW(const MSG& msg);
+/// Ends the message loop of the calling thread: PumpMessage gives false.
+void PostQuitMessage();
+/// A message number of its own for this text, the same in the whole process, from 0xC000 up.
+UINT RegisterWindowMessageW(const WCHAR* pszName);
+
+/// A descriptor that is readable while messages wait for the calling thread, for a foreign event loop. It
+/// belongs to the queue. Drain with PeekMessageW until it gives false, which makes the descriptor unreadable
+/// again.
+int GetQueueDescriptor();
+/// Messages that were thrown away because the queue of the calling thread was full.
+unsigned long long GetLostMessages();

@@ -1,0 +1,66 @@
+#include <algorithm>
+#include <iterator>
+
+#include "gpsengine/receiver/gpsreceiver.h"
+#include "gpsengine/text/number.h"
+#include "gpsengine/text/textfile.h"
+
+// The file with which a user redefines what a receiver's quality indicators mean:
+//   4,"UDF_SIGNAL_RTK_CODE"
+
+namespace {
+
+struct SignalName {
+  const char* pszName;
+  SignalType nType;
+};
+constexpr SignalName kSignalNames[] = {
+    {"UDF_SIGNAL_NONE", UDF_SIGNAL_NONE},
+    {"UDF_SIGNAL_GPS", UDF_SIGNAL_GPS},
+    {"UDF_SIGNAL_CORRECTED_GPS", UDF_SIGNAL_CORRECTED_GPS},
+    {"UDF_SIGNAL_CALCULATED", UDF_SIGNAL_CALCULATED},
+    {"UDF_SIGNAL_MANUAL", UDF_SIGNAL_MANUAL},
+    {"UDF_SIGNAL_RTK_CODE", UDF_SIGNAL_RTK_CODE},
+    {"UDF_SIGNAL_RTK_FIXED", UDF_SIGNAL_RTK_FIXED},
+    {"UDF_SIGNAL_RTK_FLOAT", UDF_SIGNAL_RTK_FLOAT},
+    {"UDF_SIGNAL_POSTPROCESSED", UDF_SIGNAL_POSTPROCESSED},
+    {"UDF_SIGNAL_WAAS", UDF_SIGNAL_WAAS},
+    {"UDF_SIGNAL_UNKNOWN", UDF_SIGNAL_UNKNOWN},
+};
+
+CString StatusFile() {
+  WCHAR szPath[260];
+  const auto nLength = static_cast<int>(GetModuleFileNameW(szPath, static_cast<DWORD>(std::size(szPath))));
+  const CString executable(szPath, nLength);
+  const auto separator = executable.View().rfind(kPathSeparator);
+  const bool bHasFolder = separator != std::u16string_view::npos;
+  return (bHasFolder ? executable.Left(static_cast<int>(separator) + 1) : executable) + "GPSStatus";
+}
+
+}  // namespace
+
+void CGPSReceiver::LoadAlternatGPSStatusStrings() {
+  CTextFile file(false, false);
+  if (file.Open(StatusFile().GetString(), CFile::modeRead, nullptr) == 0) return;
+
+  CString line;
+  while (file.ReadString(line)) {
+    const int nComma = line.Find(u',');
+    const CString key = line.Left(nComma);
+    CString value = line.Mid(nComma + 1);
+    for (const WCHAR c : {u'"', u' ', u'\t'}) value.Remove(c);
+
+    int nQuality = 0;
+    const bool bNumber = ParseInt(key.View(), &nQuality);
+    if (!bNumber && key.CompareNoCase("default") != 0) continue;
+    m_bAlternateSignalTable = true;
+    const auto name = std::find_if(
+        std::begin(kSignalNames), std::end(kSignalNames),
+        [&](const SignalName& candidate) { return value.CompareNoCase(candidate.pszName) == 0; });
+    // A default has no number to stand under, and what the file does not name keeps its built-in meaning
+    // anyway.
+    if (!bNumber || name == std::end(kSignalNames)) continue;
+    const RecordLock lock = LockRecord();
+    m_AlternateSignalTable[nQuality] = name->nType;
+  }
+}

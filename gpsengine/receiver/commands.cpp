@@ -1,0 +1,101 @@
+#include "gpsengine/link/ack.h"
+#include "gpsengine/platform/application.h"
+#include "gpsengine/platform/clock.h"
+#include "gpsengine/receiver/gpsreceiver.h"
+
+// Raw output is commanded in the Ashtech language; a make with another language overrides both operations.
+
+namespace {
+
+constexpr Command kRawOn[] = {
+    {"$PASHS,RAW,MBN,A,ON\r\n", 200},
+    {"$PASHS,RAW,PBN,A,ON\r\n", 200},
+    {"$PASHS,RAW,SNV,A,ON\r\n", 200},
+};
+constexpr Command kRawOff[] = {
+    {"$PASHS,RAW,MBN,A,OFF\r\n", 200},
+    {"$PASHS,RAW,PBN,A,OFF\r\n", 200},
+    {"$PASHS,RAW,SNV,A,OFF\r\n", 200},
+};
+constexpr Command kAutoBeacon[] = {{"$GPMSK,,A,,A,0\r\n", 200}};
+constexpr Command kQueryBeacon[] = {{"$GPCRQ,MSS\r\n", 200}, {"$GPCRQ,MSK\r\n", 200}};
+
+constexpr double kShortestRawInterval = 0.25;
+
+}  // namespace
+
+bool CGPSReceiver::EnablePostProcessing(bool bOn) {
+  if (!m_Port.IsOpen()) return false;
+  if (!HasRawData()) return true;
+  // Half a set of raw messages is of no use, so that here a failed write ends the sequence.
+  for (const Command& command : bOn ? kRawOn : kRawOff) {
+    if (!m_Port.Write(command.pszLine)) return false;
+    Sleep(command.nWait);
+  }
+  return true;
+}
+
+bool CGPSReceiver::SetRawDataOutputInterval(double dInterval) {
+  m_dRawDataInterval = dInterval;
+  if (!HasRawData() || IsRtkReceiver() || dInterval < kShortestRawInterval) return false;
+  CString strLine;
+  strLine.Format("$PASHS,RCI,%-f\r\n", dInterval);
+  Write(strLine, 200);
+  return true;
+}
+
+void CGPSReceiver::Send(const CString& strCommand) {
+  if (!m_Port.IsOpen()) return;
+  m_Port.Write(strCommand + "\r\n");
+}
+
+bool CGPSReceiver::SendBinary(const unsigned char* pData, unsigned short nLength) {
+  if (pData == nullptr || nLength == 0) return false;
+  return m_Port.Write(pData, nLength);
+}
+
+bool CGPSReceiver::WriteAck(const CString& strCommand, bool bWait, int nTime) {
+  const CWaitCursor cursor;
+  if (!bWait) {
+    if (!m_Port.Write(strCommand)) return false;
+    Sleep(static_cast<DWORD>(nTime));
+    return true;
+  }
+  CAck ack;  // ahead of the write, so that the quickest answer finds the wait armed
+  return m_Port.Write(strCommand) && ack.Create() && ack.Wait(nTime);
+}
+
+bool CGPSReceiver::Write(std::span<const Command> commands) {
+  if (!m_Port.IsOpen()) return false;
+  WriteRegardless(commands);
+  return true;
+}
+
+bool CGPSReceiver::Write(const CString& strLine, DWORD nWait) {
+  if (!m_Port.IsOpen()) return false;
+  m_Port.Write(strLine);
+  if (nWait > 0) Sleep(nWait);
+  return true;
+}
+
+void CGPSReceiver::WriteRegardless(std::span<const Command> commands) {
+  for (const Command& command : commands) {
+    m_Port.Write(command.pszLine);
+    if (command.nWait > 0) Sleep(command.nWait);
+  }
+}
+
+void CGPSReceiver::WriteBeacon(BEACON_MODE_TYPE mode, const CString& strFrequency,
+                               const CString& strBitRate) {
+  if (mode == BEACON_MODE_AUTO) {
+    Write(kAutoBeacon);
+    return;
+  }
+  CString strLine;
+  strLine.Format("$GPMSK,%s,M,%s,%s,0\r\n", strFrequency, strBitRate, strBitRate.IsEmpty() ? "A" : "M");
+  Write(strLine, 200);
+}
+
+void CGPSReceiver::WriteBeaconQuery() {
+  Write(kQueryBeacon);
+}

@@ -1,0 +1,36 @@
+#pragma once
+
+#include "gpsengine/platform/window.h"
+#include "gpsengine/records/gpsdata.h"
+#include "gpsengine/records/gpsdataraw.h"
+
+// What reaches the host: window messages, posted to the application's main window from the reader thread, and
+// callbacks. The object that a message carries belongs to the host from the moment it is posted; the host
+// deletes it.
+
+constexpr UINT WM_GPS_NEW_DATA = WM_APP + 10;       ///< wParam: a new CGPSData.
+constexpr UINT WM_GPS_NEW_STRING = WM_APP + 11;     ///< wParam: a new CString, the text of one message.
+constexpr UINT WM_GPS_NEW_RAW_DATA = WM_APP + 12;   ///< wParam: a new CGPSDataRaw.
+constexpr UINT WM_GPS_NEW_EPHEMERIS = WM_APP + 13;  ///< wParam: a new CGPSDataEphemeris.
+constexpr UINT WM_GPS_NEW_BIN = WM_APP + 14;        ///< wParam 0: CGPSReceiver::GetBinWords has the block.
+
+enum GPSNotificationType : int {
+  GPS_NOTIFY_EPHEMERIS = 3,  ///< An ephemeris has been decoded.
+};
+
+/// The payload of a notification, which remains the library's.
+struct CGPSNotification {
+  CGPSData m_LastPosition;
+  CGPSData m_LastProprietary;
+  CGPSDataRaw m_LastRaw;
+  CGPSDataEphemeris m_LastEphemeris;
+};
+
+/// Runs on the reader thread, which decodes nothing meanwhile. It must not block for long.
+using GPSNotificationCallback = void (*)(GPSNotificationType type, CGPSNotification* pData, void* pUser);
+
+struct GPSNotificationEntry {
+  GPSNotificationType type;
+  GPSNotificationCallback pfn;
+  void* pUser;
+};

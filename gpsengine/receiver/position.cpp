@@ -1,0 +1,167 @@
+#include <cmath>
+#include <numbers>
+
+#include "gpsengine/platform/object.h"
+#include "gpsengine/platform/trace.h"
+#include "gpsengine/receiver/gpsreceiver.h"
+#include "gpsengine/text/parser.h"
+
+namespace {
+
+constexpr int kLeastSatellites = 4;
+
+// GGA quality indicators, by their number.
+constexpr SignalType kGgaQuality[] = {
+    UDF_SIGNAL_NONE,           // 0 no fix
+    UDF_SIGNAL_GPS,            // 1 autonomous
+    UDF_SIGNAL_CORRECTED_GPS,  // 2 differential
+    UDF_SIGNAL_GPS,            // 3 precise positioning service
+    UDF_SIGNAL_RTK_FIXED,      // 4
+    UDF_SIGNAL_RTK_FLOAT,      // 5
+    UDF_SIGNAL_CALCULATED,     // 6 dead reckoning
+    UDF_SIGNAL_MANUAL,         // 7
+    UDF_SIGNAL_GPS,            // 8 simulator
+    UDF_SIGNAL_WAAS,           // 9
+};
+
+int GgaSignalType(int nQuality) {
+  const bool known = nQuality >= 0 && nQuality < static_cast<int>(std::size(kGgaQuality));
+  return known ? kGgaQuality[nQuality] : UDF_SIGNAL_GPS;
+}
+
+// An inertial system calculates its position, whatever kind of fix stands behind it.
+int InggaSignalType(int nQuality) {
+  return nQuality == 0 ? UDF_SIGNAL_NONE : UDF_SIGNAL_CALCULATED;
+}
+
+// hhmmss.ss, as one number, to seconds of the day.
+double SecondsOfDay(double dTime) {
+  const double hours = std::trunc(dTime / 10000.0);
+  dTime -= hours * 10000.0;
+  const double minutes = std::trunc(dTime / 100.0);
+  return minutes * 60.0 + hours * 3600.0 + (dTime - minutes * 100.0);
+}
+
+bool IsMetres(const CString& unit) {
+  return unit.CompareNoCase("M") == 0;
+}
+
+}  // namespace
+
+double CGPSReceiver::GPSPosToRadians(double dPos) {
+  const double value = dPos / 100.0;
+  const double degrees = std::trunc(value);
+  const double minutes = (value - degrees) * 100.0;
+  return (minutes / 60.0 + degrees) * std::numbers::pi / 180.0;
+}
+
+// A coordinate and its hemisphere, whose letter `positive` is the positive one.
+double CGPSReceiver::ReadCoordinate(CParser& parser, const char* pszPositive) {
+  double value = 0.0;
+  CString hemisphere;
+  parser.GetDouble(value);
+  parser.GetNextString(hemisphere);
+  return GPSPosToRadians(hemisphere == pszPositive ? value : -value);
+}
+
+// The signal type of a quality indicator, if the host's own table has one for it.
+bool CGPSReceiver::MapQuality(int nQuality, int& nSignalType) const {
+  if (!m_bAlternateSignalTable) return false;
+  const auto entry = m_AlternateSignalTable.find(nQuality);
+  if (entry == m_AlternateSignalTable.end()) return false;
+  nSignalType = entry->second;
+  return true;
+}
+
+// Applies the geoid separation as it was set up. A sentence that has none, or not in metres, leaves the
+// height.
+void CGPSReceiver::ApplySeparation(CParser& parser, const char* pszName) {
+  const int mode = m_nGeoidMode;
+  double separation = 0.0;
+  CString unit;
+  if (mode == 0 || !parser.GetDouble(separation) || !parser.GetNextString(unit)) return;
+  if (!IsMetres(unit)) {
+    Trace("%s Geoidal Separation is not in meters!\n", pszName);
+    return;
+  }
+  m_GPSData.m_dAltitude += mode == 1 ? separation : -separation;
+}
+
+// $GPGGA,123519,4807.038,N,01131.000,E,1,08,0.9,545.4,M,46.9,M,,*47
+bool CGPSReceiver::ProcessGGA(CString& strMessage) {
+  const RecordLock lock = LockRecord();
+  CGPSData& data = m_GPSData;
+  data.m_nSignalType = UDF_SIGNAL_NONE;
+  data.m_bPositionValid = true;
+  try {
+    CParser parser(strMessage, ",*", true);
+    parser.SkipField();
+    double time = 0.0;
+    parser.GetDouble(time);
+    data.m_dTimeOfDay = SecondsOfDay(time);
+    data.m_dLatitude = ReadCoordinate(parser, "N");
+    data.m_dLongitude = ReadCoordinate(parser, "E");
+    int quality = 0;
+    parser.GetInt(quality);
+    if (!MapQuality(quality, data.m_nSignalType)) data.m_nSignalType = GgaSignalType(quality);
+    parser.GetInt(data.m_nSatellitesUsed);
+    if (data.m_nSatellitesUsed < kLeastSatellites) data.m_nSignalType = UDF_SIGNAL_NONE;
+    parser.GetDouble(data.m_dHDOP);
+    data.m_bDOPValid = true;
+    parser.GetDouble(data.m_dAltitude);
+    CString unit;
+    parser.GetNextString(unit);
+    if (!IsMetres(unit)) {
+      Trace("GGA Ellipsoid Height is not in meters!\n");
+      AfxThrowUserException();
+    }
+    data.m_dAltitude -= m_dAntennaHeight;
+    parser.SetExceptionThrowing(false);
+    ApplySeparation(parser, "GGA");
+    return true;
+  } catch (const CException&) {
+    Trace("Invalid GGA string.\n");
+    return false;
+  }
+}
+
+// $INGGA,123519,4807.038,N,01131.000,E,1,08,0.9,545.4,M,46.9,M,,*50
+// The sentence of an inertial system, which has a position while its receiver has none: time, satellites,
+// dilution and height may be missing, and then keep their values.
+bool CGPSReceiver::ProcessINGGA(CString& strMessage) {
+  const RecordLock lock = LockRecord();
+  CGPSData& data = m_GPSData;
+  data.m_nSignalType = UDF_SIGNAL_NONE;
+  data.m_bPositionValid = true;
+  try {
+    CParser parser(strMessage, ",*", true);
+    parser.SkipField();
+    parser.SetExceptionThrowing(false);
+    double time = 0.0;
+    if (parser.GetDouble(time)) data.m_dTimeOfDay = SecondsOfDay(time);
+    parser.SetExceptionThrowing(true);
+    data.m_dLatitude = ReadCoordinate(parser, "N");
+    data.m_dLongitude = ReadCoordinate(parser, "E");
+    int quality = 0;
+    parser.GetInt(quality);
+    if (!MapQuality(quality, data.m_nSignalType)) data.m_nSignalType = InggaSignalType(quality);
+    parser.SetExceptionThrowing(false);
+    parser.GetInt(data.m_nSatellitesUsed);
+    data.m_bDOPValid = parser.GetDouble(data.m_dHDOP);
+    const bool height = parser.GetDouble(data.m_dAltitude);
+    CString unit;
+    parser.GetNextString(unit);
+    if (!IsMetres(unit)) {
+      Trace("INGGA Ellipsoid Height is not in meters!\n");
+      AfxThrowUserException();
+    }
+    // A height that was kept has had its corrections already.
+    if (!height) return true;
+    data.m_dAltitude -= m_dAntennaHeight;
+    ApplySeparation(parser, "INGGA");
+    return true;
+  } catch (const CException&) {
+    Trace("Invalid INGGA string.\n");
+    return false;
+  }
+}

@@ -1,0 +1,68 @@
+#include <algorithm>
+#include <memory>
+#include <new>
+
+#include "gpsengine/link/ack.h"
+#include "gpsengine/receiver/gpsreceiver.h"
+#include "gpsengine/receiver/post.h"
+
+namespace {
+
+// Below this speed, in metres per second, a receiver at rest seems to wander about.
+constexpr double kStandstill = 0.3;
+
+}  // namespace
+
+bool CGPSReceiver::IsWorthPosting(bool bForce) {
+  return bForce || m_GPSData.m_bPositionValid || m_GPSData.m_Status.m_bStatusUpdated ||
+         m_GPSData.m_bProprietaryValid;
+}
+
+// Copies the working record for the host and clears the flags of what it carries; null if there is nothing to
+// tell.
+std::unique_ptr<CGPSData> CGPSReceiver::TakeRecord(bool bForce) {
+  const RecordLock lock = LockRecord();
+  if (!IsWorthPosting(bForce)) return nullptr;
+  std::unique_ptr<CGPSData> copy(new (std::nothrow) CGPSData(m_GPSData));
+  if (copy == nullptr) return nullptr;
+  copy->m_Time = CTime::GetCurrentTime();
+  copy->m_nSatellitesInView = std::max(copy->m_nSatellitesInView, copy->m_nSatellitesUsed);
+  if (m_GPSData.m_bPositionValid) {
+    if (copy->m_dSpeed < kStandstill) copy->m_dSpeed = copy->m_dHeading = 0.0;
+    m_GPSData.Invalidate(false);
+  }
+  if (m_GPSData.m_Status.m_bStatusUpdated) m_GPSData.m_Status.Invalidate();
+  return copy;
+}
+
+bool CGPSReceiver::PostNewData(bool bForce) {
+  std::unique_ptr<CGPSData> record = TakeRecord(bForce);
+  if (record == nullptr) return false;
+  // While the copy is still ours: a host's thread that waits for an acknowledgement is released by it.
+  CAck::OnNewGPSData(record.get());
+  PostObject(WM_GPS_NEW_DATA, std::move(record));
+  return true;
+}
+
+void CGPSReceiver::AddNotificationCallback(GPSNotificationType type, GPSNotificationCallback pfn,
+                                           void* pUser) {
+  const std::lock_guard lock(m_NotificationMutex);
+  m_Notifications[type] = {type, pfn, pUser};
+}
+
+bool CGPSReceiver::HasNotificationCallback(GPSNotificationType type) const {
+  const std::lock_guard lock(m_NotificationMutex);
+  const auto entry = m_Notifications.find(type);
+  return entry != m_Notifications.end() && entry->second.pfn != nullptr;
+}
+
+void CGPSReceiver::BroadcastNotification(GPSNotificationType type, CGPSNotification* pData) {
+  GPSNotificationEntry registered{type, nullptr, nullptr};
+  {
+    const std::lock_guard lock(m_NotificationMutex);
+    if (const auto entry = m_Notifications.find(type); entry != m_Notifications.end())
+      registered = entry->second;
+  }
+  // Without the lock: the callback may register another.
+  if (registered.pfn != nullptr) registered.pfn(registered.type, pData, registered.pUser);
+}

@@ -1,0 +1,180 @@
+#include <algorithm>
+#include <cmath>
+#include <iterator>
+#include <numbers>
+
+#include "gpsengine/platform/object.h"
+#include "gpsengine/platform/trace.h"
+#include "gpsengine/receiver/gpsreceiver.h"
+#include "gpsengine/text/parser.h"
+
+namespace {
+
+constexpr double kTwoPi = 2.0 * std::numbers::pi;
+constexpr int kGroupsInGsv = 4;
+constexpr double kKmhPerMetreASecond = 3.6;
+
+double Radians(int nDegrees) {
+  return nDegrees * std::numbers::pi / 180.0;
+}
+
+// A course over ground in degrees to a mathematical angle from 0 to 2π.
+double HeadingOfCourse(double dCourse) {
+  const double angle = std::fmod((450.0 - dCourse) * std::numbers::pi / 180.0, kTwoPi);
+  return angle < 0.0 ? angle + kTwoPi : angle;
+}
+
+template <class Condition>
+bool FirstSlot(const CGPSSatelliteData (&slots)[kSatelliteSlots], int& nSlot, Condition condition) {
+  const auto* slot = std::find_if(std::begin(slots), std::end(slots), condition);
+  if (slot == std::end(slots)) return false;
+  nSlot = static_cast<int>(slot - std::begin(slots));
+  return true;
+}
+
+// A number, the elevation and azimuth in whole degrees, the signal, which may be empty.
+bool ReadSatellite(CParser& parser, CGPSSatelliteData& satellite) {
+  int elevation = 0;
+  int azimuth = 0;
+  if (!parser.GetInt(satellite.m_nPRN) || !parser.GetInt(elevation)) return false;
+  satellite.m_dElevation = Radians(elevation);
+  if (!parser.GetInt(azimuth)) return false;
+  satellite.m_dAzimuth = Radians(azimuth);
+  if (!parser.GetInt(satellite.m_nSNR)) satellite.m_nSNR = 0;
+  return true;
+}
+
+}  // namespace
+
+bool CGPSReceiver::GetSatellite(int nPRN, int& nSlot) {
+  return FirstSlot(m_GPSData.m_Satellites, nSlot, [nPRN](const auto& slot) { return slot.m_nPRN == nPRN; });
+}
+
+bool CGPSReceiver::GetEmptySatellite(int& nSlot) {
+  return FirstSlot(m_GPSData.m_Satellites, nSlot, [](const auto& slot) { return slot.m_nPRN == 0; });
+}
+
+bool CGPSReceiver::GetUnusedSatellite(int& nSlot) {
+  return FirstSlot(m_GPSData.m_Satellites, nSlot, [](const auto& slot) { return !slot.m_bUsed; });
+}
+
+bool CGPSReceiver::FindSlot(int nPRN, int& nSlot) {
+  return GetSatellite(nPRN, nSlot) || GetEmptySatellite(nSlot) || GetUnusedSatellite(nSlot);
+}
+
+void CGPSReceiver::ComputeAverageSNR() {
+  int sum = 0;
+  int count = 0;
+  for (const CGPSSatelliteData& slot : m_GPSData.m_Satellites) {
+    if (!slot.m_bUsed) continue;
+    // A receiver's number may be anything, and its sum must not overflow.
+    sum += std::clamp(slot.m_nSNR, -1000000, 1000000);
+    ++count;
+  }
+  m_GPSData.m_dAverageSNR = count == 0 ? 0.0 : static_cast<double>(sum) / count;
+}
+
+// $GPGSA,A,3,04,05,,09,12,,,24,,,,,2.5,1.3,2.1*39
+bool CGPSReceiver::ProcessGSA(CString& strMessage) {
+  const RecordLock lock = LockRecord();
+  CGPSData& data = m_GPSData;
+  try {
+    CParser parser(strMessage, ",*", false);
+    parser.SkipField();
+    parser.SkipField();
+    parser.SkipField();
+    for (CGPSSatelliteData& slot : data.m_Satellites) slot.m_bUsed = false;
+    for (int field = 0; field < kSatelliteSlots; ++field) {
+      int number = 0;
+      int slot = 0;
+      if (!parser.GetInt(number) || !FindSlot(number, slot)) continue;
+      CGPSSatelliteData& satellite = data.m_Satellites[slot];
+      satellite.m_nPRN = number;
+      satellite.m_bUsed = satellite.m_bInView = true;
+      data.m_bSatellitesChanged = true;
+    }
+    parser.GetDouble(data.m_dPDOP);
+    parser.GetDouble(data.m_dHDOP);
+    data.m_bDOPValid = true;
+    parser.GetDouble(data.m_dVDOP);
+    return true;
+  } catch (const CException&) {
+    Trace("Invalid GSA string.\n");
+    return false;
+  }
+}
+
+// $GPGSV,2,1,08,01,40,083,46,02,17,308,41,12,07,344,39,14,22,228,45*75
+bool CGPSReceiver::ProcessGSV(CString& strMessage) {
+  const RecordLock lock = LockRecord();
+  CGPSData& data = m_GPSData;
+  data.m_bSatellitesComplete = false;
+  try {
+    CParser parser(strMessage, ",*", true);
+    parser.SkipField();
+    int total = m_nTotalGSV;
+    int number = 0;
+    parser.GetInt(total);
+    m_nTotalGSV = total;
+    parser.GetInt(number);
+    // Sentence 1 is good at any time: it restarts the group.
+    if (number != m_nNextGSV && number != 1) {
+      m_nNextGSV = 1;
+      return false;
+    }
+    if (number == 1) {
+      for (CGPSSatelliteData& slot : data.m_Satellites) slot.m_bInView = false;
+    }
+    const bool last = number == total;
+    m_nNextGSV = number < total ? number + 1 : 1;
+    parser.GetInt(data.m_nSatellitesInView);
+    parser.SetExceptionThrowing(false);
+
+    CGPSSatelliteData satellite;
+    for (int group = 0; group < kGroupsInGsv && ReadSatellite(parser, satellite); ++group) {
+      int slot = 0;
+      const bool known = GetSatellite(satellite.m_nPRN, slot);
+      if (!known && !GetEmptySatellite(slot) && !GetUnusedSatellite(slot)) break;
+      satellite.m_bUsed = known && data.m_Satellites[slot].m_bUsed;
+      satellite.m_bInView = true;
+      data.m_Satellites[slot] = satellite;
+      data.m_bSatellitesChanged = true;
+    }
+    ComputeAverageSNR();
+    if (last) data.m_bSatellitesComplete = true;
+    return last;
+  } catch (const CException&) {
+    Trace("Invalid GSV string.\n");
+    return false;
+  }
+}
+
+// $GPVTG,054.7,T,034.4,M,005.5,N,010.2,K*48
+bool CGPSReceiver::ProcessVTG(CString& strMessage) {
+  const RecordLock lock = LockRecord();
+  CGPSData& data = m_GPSData;
+  try {
+    CParser parser(strMessage, ",*", true);
+    double course = 0.0;
+    double speed = 0.0;
+    CString letter;
+    parser.SkipField();
+    parser.GetDouble(course);
+    parser.GetNextString(letter);
+    if (letter.CompareNoCase("T") != 0) return false;
+    data.m_dHeading = HeadingOfCourse(course);
+    for (int field = 0; field < 4; ++field)
+      parser.SkipField();  // magnetic course and knots, with their letters
+    parser.GetDouble(speed);
+    parser.GetNextString(letter);
+    if (letter.CompareNoCase("K") != 0) return false;
+    data.m_dSpeed = speed / kKmhPerMetreASecond;
+    // A receiver that reports its motion is believed: the estimator stays out from now on.
+    m_bComputeMotion = false;
+    data.m_bVelocityValid = true;
+    return true;
+  } catch (const CException&) {
+    Trace("Invalid VTG string.\n");
+    return false;
+  }
+}

@@ -1,0 +1,153 @@
+#include <algorithm>
+#include <array>
+#include <cstring>
+
+#include "gpsengine/platform/clock.h"
+#include "gpsengine/platform/trace.h"
+#include "gpsengine/receiver/gpsreceiver.h"
+#include "gpsengine/receiver/post.h"
+#include "gpsengine/reports/fields.h"
+#include "gpsengine/text/number.h"
+#include "gpsengine/text/parser.h"
+
+// What a receiver of the "$J" language answers and sends, and the binary blocks that are handed on unread.
+
+namespace {
+
+// The settings of a $>JSHOW line. Each gives false for a value that it cannot take.
+
+bool ShowSource(CGPSStatusData& status, const CString& value) {
+  status.m_bDgpsModeValid = true;
+  status.m_nDgpsMode = value.StartsWith("BEACON")  ? DGPS_MODE_BEACON
+                       : value.StartsWith("LBAND") ? DGPS_MODE_LBAND
+                       : value.StartsWith("WAAS")  ? DGPS_MODE_WAAS
+                                                   : DGPS_MODE_NONE;
+  return true;
+}
+
+bool ShowSentence(CGPSStatusData& status, const CString& value) {
+  const CString name = value.Left(5);
+  const auto field = std::find_if(std::begin(kNmeaFields), std::end(kNmeaFields),
+                                  [&](const NmeaField& candidate) { return name == candidate.pszName; });
+  status.m_bNmeaStatusValid = field != std::end(kNmeaFields);
+  if (status.m_bNmeaStatusValid) status.*field->pStatus = NMEA_MSG_ON;
+  return status.m_bNmeaStatusValid;
+}
+
+bool ShowMask(CGPSStatusData& status, const CString& value) {
+  if (!ParseInt(value.View(), &status.m_nElevationMask)) return false;
+  status.m_bElevationMaskValid = true;
+  return true;
+}
+
+bool ShowLband(CGPSStatusData& status, const CString& value) {
+  double frequency = 0.0;
+  int nRemaining = 0;
+  if (!ParseDouble(value.View(), frequency, nRemaining)) return false;
+  status.m_nLbandMode = frequency == 0.0 ? 1 : 2;
+  return true;
+}
+
+struct ShownSetting {
+  const char* pszKeyword;
+  bool (*pfnShow)(CGPSStatusData& status, const CString& value);
+};
+constexpr ShownSetting kShownSettings[] = {
+    {"DIFF", ShowSource}, {"ASC", ShowSentence}, {"MASK", ShowMask}, {"FREQ", ShowLband}};
+
+// A $BIN block has this many bytes about its data: tag, number, length, checksum, carriage return, line feed.
+constexpr int kBinFrame = 12;
+
+// The receiver forgets its block output on some saves, so it is asked for anew after this many seconds of
+// blocks.
+constexpr double kBinRenewal = 3.0;
+
+int BinDataLength(const char* pBlock, int nLength) {
+  std::array<unsigned char, 8> head{};
+  std::memcpy(head.data(), pBlock, std::min(head.size(), static_cast<std::size_t>(nLength)));
+  return head[6] | head[7] << 8;
+}
+
+void StoreWords(CWordArray& words, const char* pBytes, int nWords) {
+  words.SetSize(nWords);
+  const auto byte = [&](int nIndex) { return static_cast<BYTE>(pBytes[nIndex]); };
+  for (int i = 0; i < nWords; ++i) words.GetData()[i] = static_cast<WORD>(byte(2 * i) | byte(2 * i + 1) << 8);
+}
+
+}  // namespace
+
+// One setting a line, and a line for each sentence that is on:
+//   $>JSHOW,DIFF,WAAS
+//   $>JSHOW,ASC,GPGGA,1.0,OTHER
+//   $>JSHOW,MASK,5
+//   $>JSHOW,FREQ,1557.8450
+bool CGPSReceiver::ProcessJSHOW(CString& strMessage) try {
+  const RecordLock lock = LockRecord();
+  CGPSStatusData& status = m_GPSData.m_Status;
+  CParser parser(strMessage, ",", true);
+  CString keyword, value;
+  parser.SkipField();
+  parser.GetNextString(keyword);
+  const auto setting =
+      std::find_if(std::begin(kShownSettings), std::end(kShownSettings),
+                   [&](const ShownSetting& candidate) { return keyword == candidate.pszKeyword; });
+  if (setting == std::end(kShownSettings)) return false;
+  parser.GetNextString(value);
+  if (!setting->pfnShow(status, value)) return false;
+  status.m_bStatusUpdated = true;
+  return true;
+} catch (const CException&) {
+  Trace("Invalid JSHOW string.\n");
+  return false;
+}
+
+// Lines for a person to read go to the host as they are:
+//   $>JI,412345,1,7,14032004,01/06/2004,31/12/2009,3.5,43
+//   $>JGEO,SENT=1575.4200,USED=1575.4200,PRN=122,LON=-54,EL=21,AZ=115
+//   $RD1,314200,1450,1557.8450,1,2,3,0,4,0,1,0
+bool CGPSReceiver::ProcessJiOrJgeoOrRd1(CString& strMessage) {
+  const RecordLock lock = LockRecord();
+  StoreText(m_GPSData.m_Status, strMessage);
+  return true;
+}
+
+// Bytes of a block with four bytes of data: "$BIN", number 95, length 4, data, checksum, line end:
+//   24 42 49 4E  5F 00  04 00  11 22 33 44  AA 00  0D 0A
+bool CGPSReceiver::ProcessBIN() {
+  int nLength = 0;
+  const char* const pBlock = m_GPSMessageRaw.GetMessageBin(nLength);
+  Trace("BIN length %d\n", nLength);
+  if (pBlock == nullptr) return false;
+
+  const int nWords = (BinDataLength(pBlock, nLength) + kBinFrame) / 2;
+  const bool bWhole = 2 * nWords <= nLength;
+  {
+    const RecordLock lock = LockRecord();
+    StoreWords(m_BinWords, pBlock, bWhole ? nWords : 0);
+  }
+  if (!bWhole) return false;
+  PostBare(WM_GPS_NEW_BIN);
+
+  const double interval = s_dBinInterval;
+  const bool bRenewalDue = ++m_nBinaryMessages % static_cast<int>(kBinRenewal / interval) == 0;
+  if (bRenewalDue && m_Port.IsOpen()) {  // with no receiver on the line there is none to ask, nor to wait for
+    m_Port.Write(CString(interval == 0.2 ? "$JBIN,95,0.2\r\n" : "$JBIN,95,1\r\n"));
+    Sleep(200);
+  }
+  return true;
+}
+
+// Any OEM binary message, from its sync bytes to its CRC:
+//   AA 44 12 1C 2A 00 …
+bool CGPSReceiver::ProcessAxis4BIN() {
+  int nLength = 0;
+  const char* const pMessage = m_GPSMessageRaw.GetMessageBin(nLength);
+  Trace("BIN length %d\n", nLength);
+  if (pMessage == nullptr) return false;
+  {
+    const RecordLock lock = LockRecord();
+    StoreWords(m_BinWords, pMessage, nLength / 2);
+  }
+  PostBare(WM_GPS_NEW_BIN);
+  return true;
+}

@@ -1,0 +1,52 @@
+#include "gpsengine/platform/trace.h"
+#include "gpsengine/receiver/gpsreceiver.h"
+#include "gpsengine/text/parser.h"
+
+// What a beacon receiver says of itself.
+
+namespace {
+
+// A checksum such as 4A reads as a number, and must not stand in for a last field that is missing.
+CString WithoutChecksum(const CString& sentence) {
+  const int nAsterisk = sentence.Find(u'*');
+  return nAsterisk < 0 ? sentence : sentence.Left(nAsterisk);
+}
+
+}  // namespace
+
+// Signal strength, signal to noise ratio, frequency and bit rate:
+//   $CRMSS,52,21,310.0,100*45
+bool CGPSReceiver::ProcessCRMSS(CString& strMessage) try {
+  const RecordLock lock = LockRecord();
+  CGPSStatusData& status = m_GPSData.m_Status;
+  CParser parser(WithoutChecksum(strMessage), ",", true);
+  parser.SkipField();
+  parser.GetInt(status.m_nBeaconSignalStrength);
+  parser.GetInt(status.m_nBeaconSNR);
+  parser.GetDouble(status.m_dBeaconFrequency);
+  parser.GetInt(status.m_nBeaconBitRate);
+  status.m_bBeaconStatusValid = status.m_bStatusUpdated = true;
+  return true;
+} catch (const CException&) {
+  Trace("Invalid CRMSS string.\n");
+  return false;
+}
+
+// Frequency and whether the receiver tunes by itself:
+//   $CRMSK,310.0,A,100,A,5*40
+bool CGPSReceiver::ProcessCRMSK(CString& strMessage) try {
+  const RecordLock lock = LockRecord();
+  CGPSStatusData& status = m_GPSData.m_Status;
+  CParser parser(WithoutChecksum(strMessage), ",", true);
+  CString mode;
+  parser.SkipField();
+  parser.SkipField();
+  parser.GetNextString(mode);
+  if (mode == "A") status.m_bBeaconAutoTune = true;
+  if (mode == "M") status.m_bBeaconAutoTune = false;
+  status.m_bBeaconTuneValid = status.m_bStatusUpdated = true;
+  return true;
+} catch (const CException&) {
+  Trace("Invalid CRMSK string.\n");
+  return false;
+}

@@ -1,0 +1,135 @@
+#include "gpsengine/receiver/gpsreceiver.h"
+#include "gpsengine/reports/fields.h"
+#include "gpsengine/text/number.h"
+
+// The "#" logs of a GSR2650. Each has a head, of which only the name counts, a ";", the data, and "*" with a
+// checksum.
+
+namespace {
+
+/// What stands behind the head; nothing if there is no head's end.
+std::u16string_view Data(const CString& log) {
+  const auto head = log.View().find(u';');
+  return head == std::u16string_view::npos ? std::u16string_view() : log.View().substr(head + 1);
+}
+
+/// The data through the `nCount`-th `delimiter`, which stays; nothing if there are fewer.
+std::u16string_view DataThrough(const CString& log, WCHAR delimiter, int nCount = 1) {
+  const auto data = Data(log);
+  std::size_t end = 0;
+  for (int i = 0; i < nCount; ++i) {
+    const auto next = data.find(delimiter, end);
+    if (next == data.npos) return {};
+    end = next + 1;
+  }
+  return data.substr(0, end);
+}
+
+/// Hands data on to the host, behind a short name in place of the log's head.
+void StoreLog(CGPSStatusData& status, const char* pszName, std::u16string_view data) {
+  StoreText(status, CString(pszName) + CString(data));
+}
+
+struct Source {
+  std::u16string_view data;  // what the data begin with, whole fields
+  DgpsMode nMode;
+};
+constexpr Source kRtkSources[] = {{u"OMNISTAR,", DGPS_MODE_LBAND}, {u"AUTO,", DGPS_MODE_BEACON}};
+constexpr Source kSbasSources[] = {{u"ENABLE,AUTO,", DGPS_MODE_WAAS}};
+constexpr Source kDifferentialSources[] = {{u"OMNISTAR,", DGPS_MODE_OMNISTAR}, {u"CDGPS,", DGPS_MODE_CDGPS}};
+
+/// A source that is not listed says nothing: three logs answer the one query, and the source in use is in one
+/// of them.
+void StoreSource(CGPSStatusData& status, std::u16string_view data, std::span<const Source> sources) {
+  for (const Source& source : sources) {
+    if (!data.starts_with(source.data)) continue;
+    status.m_nDgpsMode = source.nMode;
+    status.m_bDgpsModeValid = status.m_bStatusUpdated = true;
+  }
+}
+
+}  // namespace
+
+// The logs that are on. One that is not named is off:
+//   #LOGLISTA,COM1,0,71.5,FINESTEERING,1450,314159.265,00000000,0000,1234;2,COM1,GPGGA,ONTIME,1.0,…*1f2e3d4c
+bool CGPSReceiver::ProcessLOGLIST(CString& strMessage) {
+  const auto state = [&](const char* pszName) {
+    return strMessage.Find(pszName) >= 0 ? NMEA_MSG_ON : NMEA_MSG_OFF;
+  };
+  const RecordLock lock = LockRecord();
+  CGPSStatusData& status = m_GPSData.m_Status;
+  for (const NmeaField& field : kNmeaFields) status.*field.pStatus = state(field.pszName);
+  status.m_nNmeaSAT = state("GPSAT");
+  status.m_bNmeaStatusValid = status.m_bStatusUpdated = true;
+  return true;
+}
+
+// The receiver's configuration, of which nothing is kept.
+bool CGPSReceiver::ProcessRXCONFIG(CString&) {
+  return true;
+}
+
+// Elevation mask in degrees:
+//   #ECUTOFFA,COM1,0,71.5,FINESTEERING,1450,314159.265,00000000,0000,1234;7.5*1f2e3d4c
+bool CGPSReceiver::ProcessECUTOFF(CString& strMessage) {
+  const auto data = DataThrough(strMessage, u'*');
+  double mask = 0.0;
+  int nRemaining = 0;
+  if (data.empty() || !ParseDouble(data, mask, nRemaining)) return false;
+  const RecordLock lock = LockRecord();
+  CGPSStatusData& status = m_GPSData.m_Status;
+  if (!Truncate(mask, status.m_nElevationMask)) return false;
+  status.m_bElevationMaskValid = status.m_bStatusUpdated = true;
+  return true;
+}
+
+// The L-band subscription and signal, for a person to read:
+//   #OMNIINFOA,COM1,0,71.5,FINESTEERING,1450,314159.265,00000000,0000,1234;ENABLED,00000007,"NASAT"*1f2e3d4c
+bool CGPSReceiver::ProcessOMNIINFO(CString& strMessage) {
+  const RecordLock lock = LockRecord();
+  StoreLog(m_GPSData.m_Status, "$OMNII,", DataThrough(strMessage, u'*'));
+  return true;
+}
+
+//   #OMNISTATA,COM1,0,71.5,FINESTEERING,1450,314159.265,00000000,0000,1234;FREQUENCY,SIGNAL,0.00*1f2e3d4c
+bool CGPSReceiver::ProcessOMNISTAT(CString& strMessage) {
+  const RecordLock lock = LockRecord();
+  StoreLog(m_GPSData.m_Status, "$OMNIS,", DataThrough(strMessage, u'*'));
+  return true;
+}
+
+// The high precision position; its head, down to the height, is what tells how good the solution is:
+//   #OMNIHPPOSA,COM1,0,71.5,FINESTEERING,1450,314159.265,00000000,0000,1234;SOL_COMPUTED,OMNISTAR_HP,51.1,-114.0,1063.2,…
+bool CGPSReceiver::ProcessOMNIHPPOS(CString& strMessage) {
+  const RecordLock lock = LockRecord();
+  StoreLog(m_GPSData.m_Status, "$OMNIP,", DataThrough(strMessage, u',', 5));
+  return true;
+}
+
+//   #WAAS1A,COM1,0,71.5,FINESTEERING,1450,314159.265,00000000,0000,1234;122,ffffffff,2*1f2e3d4c
+bool CGPSReceiver::ProcessWAAS1(CString& strMessage) {
+  const RecordLock lock = LockRecord();
+  StoreLog(m_GPSData.m_Status, "$WAAS1,", DataThrough(strMessage, u'*'));
+  return true;
+}
+
+//   #RTKSOURCEA,COM1,0,71.5,FINESTEERING,1450,314159.265,00000000,0000,1234;OMNISTAR,"ANY"*1f2e3d4c
+bool CGPSReceiver::ProcessRTKSOURCE(CString& strMessage) {
+  const RecordLock lock = LockRecord();
+  StoreSource(m_GPSData.m_Status, Data(strMessage), kRtkSources);
+  return true;
+}
+
+//   #SBASCONTROLA,COM1,0,71.5,FINESTEERING,1450,314159.265,00000000,0000,1234;ENABLE,AUTO,0,NONE*1f2e3d4c
+bool CGPSReceiver::ProcessSBASCONTROL(CString& strMessage) {
+  const RecordLock lock = LockRecord();
+  StoreSource(m_GPSData.m_Status, Data(strMessage), kSbasSources);
+  return true;
+}
+
+//   #PSRDIFFSOURCEA,COM1,0,71.5,FINESTEERING,1450,314159.265,00000000,0000,1234;CDGPS,"ANY"*1f2e3d4c
+bool CGPSReceiver::ProcessPSRDIFFSOURCE(CString& strMessage) {
+  const RecordLock lock = LockRecord();
+  StoreSource(m_GPSData.m_Status, Data(strMessage), kDifferentialSources);
+  return true;
+}

@@ -1,0 +1,38 @@
+#pragma once
+
+#include "gpsengine/platform/cstring.h"
+
+/// Takes a sentence apart, field by field. Any one of the delimiters ends a field, so that two in a row have
+/// an empty field between them; an empty text has no field at all.
+///
+/// Every read moves on by one field, good or bad. A read that cannot give a value throws a CUserException if
+/// throwing is on, else it gives false; either way its output keeps its value. An empty field is a text, but
+/// no number.
+class CParser {
+ public:
+  CParser(CString strText, CString strDelimiters, bool bThrow);
+
+  bool GetNextString(CString& out);
+  /// The next field as ParseInt reads it: text behind the number is passed over.
+  bool GetInt(int& out);
+  /// The next field as ParseDouble reads it.
+  bool GetDouble(double& out);
+  void SetExceptionThrowing(bool bThrow) { m_bThrow = bThrow; }
+  /// Starts over on a new text with the same delimiters.
+  void SetString(CString strText);
+  /// The text behind the delimiter that ended the last field read.
+  CString GetRemainingBuffer() const;
+
+  /// Passes over the next field. False, or an exception, if there is none.
+  bool SkipField();
+
+ private:
+  bool NextField(std::u16string_view& field);
+  bool Fail() const;
+  bool IsDelimiter(WCHAR c) const;
+
+  CString m_strText;
+  CString m_strDelimiters;
+  int m_nNext = 0;  // start of the next field; behind the end when there is none
+  bool m_bThrow;
+};

@@ -1,0 +1,26 @@
+#pragma once
+
+#include "gpsengine/platform/messagebox.h"
+#include "host/descriptor.h"
+
+namespace host {
+
+/// The library's message boxes on a terminal: a text on standard error. A box that is meant to pause waits for Enter, if
+/// standard input is a terminal, but never longer than the run.
+class Boxes {
+ public:
+  Boxes();
+  ~Boxes();
+  Boxes(const Boxes&) = delete;
+  Boxes& operator=(const Boxes&) = delete;
+
+  /// From now on no box waits, and one that does goes on.
+  void Release();
+
+ private:
+  void Show(const CString& text, BoxKind kind) const;
+
+  UniqueDescriptor released_;
+};
+
+}  // namespace host

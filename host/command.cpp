@@ -1,0 +1,163 @@
+#include "host/command.h"
+
+#include "gpsengine/engine/gpsengine.h"
+#include "host/boxes.h"
+#include "host/hostwindow.h"
+#include "host/models.h"
+#include "host/pacing.h"
+#include "host/rehearse.h"
+#include "host/source.h"
+#include "host/textsink.h"
+#include "host/waiter.h"
+
+namespace host {
+
+namespace {
+
+// How long an answer may take, and how long a silence ends an answer of several reports.
+constexpr double kAnswerTime = 5.0;
+constexpr double kAnswerGap = 1.0;
+
+/// One operation on a live receiver.
+class LiveCommand {
+ public:
+  LiveCommand(const CommandOptions& options, const Operation& operation, const Interrupt& interrupt, Output& output)
+      : options_(options),
+        operation_(operation),
+        interrupt_(interrupt),
+        output_(output),
+        receiver_(SelectModel(engine_, options.model)),
+        sink_(output.Text(), TextSink::Shows::reports),
+        window_(sink_) {}
+  ~LiveCommand() { boxes_.Release(); }
+
+  /// `time` is how long the operation and the start of the run take, in milliseconds.
+  ExitCode Go(const Action& action, long long time);
+
+ private:
+  void SetUp();
+  bool Perform(const Action& action, long long time);
+  ExitCode Listen();
+  void FailIfItDidNotWork() const;
+
+  const CommandOptions& options_;
+  const Operation& operation_;
+  const Interrupt& interrupt_;
+  Output& output_;
+  // What the reader thread meets outlives the engine.
+  Boxes boxes_;
+  std::optional<Source> source_;
+  CGPSEngine engine_;
+  CGPSReceiver& receiver_;
+  TextSink sink_;
+  HostWindow window_;
+  std::optional<PortWatch> watch_;
+  Result result_ = Result::none;
+};
+
+ExitCode LiveCommand::Go(const Action& action, long long time) {
+  SetUp();
+  if (!Perform(action, time)) {
+    Complain("interrupted: what was left of " + std::string(operation_.name) + " has not been sent");
+    return ExitCode::interrupted;
+  }
+  const ExitCode code = Listen();
+  engine_.Stop();
+  if (code == ExitCode::done) FailIfItDidNotWork();
+  return code;
+}
+
+void LiveCommand::SetUp() {
+  engine_.InitReceivers();
+  if (options_.baud > 0) receiver_.SaveDifferentSettings(options_.baud);
+  receiver_.SetupReceiver(kPort, 0, 0.0, "", false);
+  engine_.SetReceiver(&receiver_);
+  engine_.m_bAttachRawData = receiver_.HasRawData();
+  source_.emplace(options_.port, receiver_);
+  watch_.emplace(source_->Device());
+}
+
+bool LiveCommand::Perform(const Action& action, long long time) {
+  const PacingClock::Sequence sequence(interrupt_, operation_.name, time);
+  try {
+    StartEngine(engine_, *source_, *watch_);
+    if (operation_.kind != Operation::Kind::starts) result_ = action(receiver_);
+  } catch (const PacingClock::Interrupted&) {
+    return false;
+  }
+  return true;
+}
+
+ExitCode LiveCommand::Listen() {
+  const bool asks = operation_.kind == Operation::Kind::asks;
+  Deadline end;
+  end.Set(options_.listen.value_or(asks ? kAnswerTime : 0.0));
+  Waiter waiter(interrupt_, output_, *watch_);
+  for (long long shown = 0;;) {
+    window_.Drain();
+    if (!output_.Flush() || waiter.IsReaderGone()) return ExitCode::done;
+    if (interrupt_.HasCome()) return ExitCode::interrupted;
+    if (watch_->IsLost()) throw PortLost(source_->Device());
+    if (asks && !options_.listen && window_.Shown() > shown) {
+      shown = window_.Shown();
+      end.Set(kAnswerGap);
+    }
+    if (end.HasPassed()) return ExitCode::done;
+    waiter.Wait(end.Earlier(Deadline::Clock::time_point::max()));
+  }
+}
+
+void LiveCommand::FailIfItDidNotWork() const {
+  const std::string name = operation_.name;
+  if (result_ == Result::no) {
+    throw Failure(ExitCode::refused, options_.arguments.wait
+                                         ? name + " was not acknowledged in time"
+                                         : name + " did not work: the receiver's port did not take it, or the model "
+                                                  "does not take these arguments");
+  }
+  if (operation_.kind == Operation::Kind::asks && window_.Shown() == 0) {
+    throw Failure(ExitCode::refused, "no report answered " + name + "; is it a " + options_.model + " at " +
+                                         std::to_string(receiver_.GetCurrentBaudrate()) + " baud?");
+  }
+}
+
+ExitCode PrintTranscript(const Transcript& transcript, Output& output) {
+  output.Text() += transcript.Text() + "result " + NameOf(transcript.result) + '\n';
+  output.Flush();
+  return ExitCode::done;
+}
+
+/// Refuses what the model's capability answers do not open.
+void CheckOffer(const CommandOptions& options, const Operation& operation) {
+  CGPSEngine engine;
+  CGPSReceiver& receiver = SelectModel(engine, options.model);
+  if (options.force || IsOffered(operation, receiver)) return;
+  std::string names;
+  for (const Operation* offered : OperationsOf(receiver)) names += std::string(names.empty() ? "" : ", ") + offered->name;
+  throw Failure(ExitCode::refused, "the model " + options.model + " does not offer " + operation.name + " (" +
+                                       operation.answer + " is false); it offers " + names +
+                                       ". --force sends it all the same");
+}
+
+}  // namespace
+
+ExitCode Command(const CommandOptions& options, const Interrupt& interrupt, Output& output) {
+  const Operation& operation = FindOperation(options.operation);
+  const Action action = Prepare(operation, options.arguments);
+  if (options.port.empty() && !options.dry_run) throw Failure(ExitCode::usage, "--port or --dry-run is needed");
+  CheckOffer(options, operation);
+  const Transcript transcript = Rehearse(options.model, operation, action, !options.closed);
+  if (options.dry_run) return PrintTranscript(transcript, output);
+  if (HasNoEffect(operation, transcript)) {
+    throw Failure(ExitCode::refused,
+                  "the model " + options.model + " has no " + CallText(operation, options.arguments) + ": nothing was sent");
+  }
+  long long time = transcript.Time();
+  if (operation.kind != Operation::Kind::starts) {
+    const Operation& start = FindOperation("start");
+    time += Rehearse(options.model, start, Prepare(start, {})).Time();
+  }
+  return LiveCommand(options, operation, interrupt, output).Go(action, time);
+}
+
+}  // namespace host

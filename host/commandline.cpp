@@ -1,0 +1,233 @@
+#include "host/commandline.h"
+
+#include <unistd.h>
+
+#include <CLI/CLI.hpp>
+#include <chrono>
+#include <functional>
+#include <map>
+
+#include "gpsengine/platform/application.h"
+#include "host/command.h"
+#include "host/decode.h"
+#include "host/failure.h"
+#include "host/interrupt.h"
+#include "host/models.h"
+#include "host/monitor.h"
+#include "host/output.h"
+#include "host/receiversdoc.h"
+#include "host/simulate.h"
+
+namespace host {
+
+namespace {
+
+const std::map<std::string, Geoid> kGeoids = {
+    {"none", Geoid::none}, {"add", Geoid::add}, {"subtract", Geoid::subtract}};
+const std::map<std::string, Format> kFormats = {
+    {"text", Format::text}, {"json", Format::json}, {"record", Format::record}, {"none", Format::none}};
+
+std::map<std::string, Format> FormatsWithout(const std::string& name) {
+  auto formats = kFormats;
+  formats.erase(name);
+  return formats;
+}
+
+/// What a command does once the command line is understood.
+using Job = std::function<ExitCode(const Interrupt&, Output&)>;
+
+template <class Options>
+void AddReceiverOptions(CLI::App& command, Options& options) {
+  command.add_option("--model", options.model, "Receiver model, as \"gpsengine models\" lists them")
+      ->capture_default_str();
+  command.add_option("--antenna-height", options.antenna_height, "Metres to take off every height")->type_name("M");
+  command.add_option("--geoid", options.geoid, "What to do with the geoid separation: none, add or subtract")
+      ->transform(CLI::CheckedTransformer(kGeoids))
+      ->type_name("MODE");
+}
+
+void AddModels(CLI::App& app, Job& job) {
+  struct Options {
+    std::string name;
+    std::string format = "table";
+  };
+  auto* command = app.add_subcommand("models", "List the receiver models, their baud rates and what each can do");
+  auto options = std::make_shared<Options>();
+  command->add_option("name", options->name, "One model, to list its operations")->type_name("NAME");
+  command->add_option("--format", options->format, "table or json")
+      ->check(CLI::IsMember({"table", "json"}))
+      ->type_name("FORMAT")
+      ->capture_default_str();
+  command->callback([&job, options] {
+    job = [options](const Interrupt&, Output& output) {
+      CGPSEngine engine;
+      const bool json = options->format == "json";
+      if (options->name.empty()) {
+        output.Text() += json ? ModelsAsJson(engine) : ModelsAsTable(engine);
+      } else {
+        CGPSReceiver& receiver = SelectModel(engine, options->name);
+        output.Text() += json ? ModelAsJson(receiver) : ModelAsText(receiver);
+      }
+      output.Flush();
+      return ExitCode::done;
+    };
+  });
+}
+
+void AddMonitor(CLI::App& app, Job& job) {
+  auto* command = app.add_subcommand("monitor", "Show what a receiver sends, live");
+  command->footer(
+      "Examples:\n"
+      "  gpsengine monitor                                     a simulated receiver\n"
+      "  gpsengine monitor --port /dev/ttyUSB0 --model Trimble --baud 9600\n"
+      "  gpsengine monitor --play drive.log --format json --count 20");
+  auto options = std::make_shared<MonitorOptions>();
+  auto* port = command->add_option("--port", options->port, "Serial device; without one, a simulated receiver")
+                   ->type_name("DEVICE");
+  command->add_option("--baud", options->baud, "Baud rate, which is kept for the model")
+      ->check(CLI::PositiveNumber)
+      ->type_name("N")
+      ->needs(port);
+  command->add_option("--play", options->play, "Play a recording, a line every half second, over and over")
+      ->type_name("FILE")
+      ->excludes(port);
+  AddReceiverOptions(*command, *options);
+  command->add_option("--format", options->format, "text, json or record")
+      ->transform(CLI::CheckedTransformer(FormatsWithout("none")))
+      ->type_name("FORMAT");
+  command->add_option("--record", options->record, "Record the port's bytes")
+      ->type_name("FILE")
+      ->excludes("--play");
+  command->add_option("--count", options->count, "End after so many records were shown")
+      ->check(CLI::PositiveNumber)
+      ->type_name("N");
+  command->add_option("--duration", options->duration, "End after so many seconds")
+      ->check(CLI::PositiveNumber)
+      ->type_name("S");
+  command->add_option("--timeout", options->timeout, "Seconds to wait for a first message, 0 for ever")
+      ->check(CLI::NonNegativeNumber)
+      ->type_name("S")
+      ->capture_default_str();
+  command->callback([&job, options] {
+    job = [options](const Interrupt& interrupt, Output& output) { return Monitor(*options, interrupt, output); };
+  });
+}
+
+void AddDecode(CLI::App& app, Job& job) {
+  auto* command = app.add_subcommand("decode", "Decode a recording, as fast as it goes");
+  command->footer("Example:\n  gpsengine decode drive.log --format json > drive.json");
+  auto options = std::make_shared<DecodeOptions>();
+  command->add_option("file", options->file, "The recording; - for standard input")->required()->type_name("FILE");
+  AddReceiverOptions(*command, *options);
+  command->add_option("--format", options->format, "text, json, record, or none for the summary alone")
+      ->transform(CLI::CheckedTransformer(kFormats))
+      ->type_name("FORMAT");
+  command->add_option("--chunk", options->chunk, "Bytes to take in at a time")
+      ->check(CLI::Range(1, 1 << 24))
+      ->type_name("BYTES")
+      ->capture_default_str();
+  command->callback([&job, options] {
+    job = [options](const Interrupt& interrupt, Output& output) { return Decode(*options, interrupt, output); };
+  });
+}
+
+void AddCommand(CLI::App& app, Job& job) {
+  auto* command = app.add_subcommand("command", "Command a receiver, and show the reports that answer");
+  command->footer(
+      "\"gpsengine models NAME\" lists the operations of a model.\n"
+      "Examples:\n"
+      "  gpsengine command --port /dev/ttyUSB0 --model CSI gga-only\n"
+      "  gpsengine command --port /dev/ttyUSB0 --model \"Sokkia Axis3\" query-dgps --listen 3\n"
+      "  gpsengine command --dry-run --model SiRF set-dgps waas");
+  auto options = std::make_shared<CommandOptions>();
+  auto* port = command->add_option("--port", options->port, "Serial device")->type_name("DEVICE");
+  command->add_option("--baud", options->baud, "Baud rate, which is kept for the model")
+      ->check(CLI::PositiveNumber)
+      ->type_name("N")
+      ->needs(port);
+  command->add_option("--model", options->model, "Receiver model, as \"gpsengine models\" lists them")
+      ->capture_default_str();
+  command->add_option("operation", options->operation, "What to do")->required()->type_name("OPERATION");
+  command->add_option("arguments", options->arguments.words, "What the operation takes")->type_name("ARGUMENT");
+  command->add_flag("--wait", options->arguments.wait, "With reset: wait for the acknowledgement");
+  command->add_option("--listen", options->listen, "Seconds to show reports for; without it, until a query is answered")
+      ->check(CLI::NonNegativeNumber)
+      ->type_name("SECONDS");
+  command->add_flag("--force", options->force, "Even if the model does not offer the operation");
+  auto* dry_run = command->add_flag("--dry-run", options->dry_run, "Print the steps and take none");
+  command->add_flag("--closed", options->closed, "With --dry-run: the port is closed and does not open")->needs(dry_run);
+  command->callback([&job, options] {
+    job = [options](const Interrupt& interrupt, Output& output) { return Command(*options, interrupt, output); };
+  });
+}
+
+void AddSimulate(CLI::App& app, Job& job) {
+  auto* command = app.add_subcommand("simulate", "Run a simulated receiver on a pseudo-terminal, and print its name");
+  command->footer("Example:\n  gpsengine simulate --model CSI");
+  auto options = std::make_shared<SimulateOptions>();
+  simulator::Options& receiver = options->receiver;
+  command->add_option("--model", receiver.model, "Receiver model, as \"gpsengine models\" lists them")
+      ->capture_default_str();
+  command->add_flag("--quiet", options->quiet, "Do not tell of lines that the receiver does not know");
+  command->add_flag("--silent", receiver.silent, "Send nothing at all, as a receiver that is broken");
+  command->add_flag("--gga-only", receiver.gga_only, "Begin with positions alone");
+  command->add_flag("!--still", receiver.moving, "Stay at one place");
+  command->add_option("--rate", receiver.rate_hz, "Epochs a second")->type_name("HZ")->capture_default_str();
+  command->add_option("--duration", options->duration, "End after so many seconds")
+      ->check(CLI::PositiveNumber)
+      ->type_name("S");
+  command->callback([&job, options] {
+    job = [options](const Interrupt& interrupt, Output& output) {
+      options->receiver.start_utc = std::chrono::floor<std::chrono::seconds>(std::chrono::system_clock::now());
+      return Simulate(*options, interrupt, output);
+    };
+  });
+}
+
+void AddReceiversDoc(CLI::App& app, Job& job) {
+  auto* command = app.add_subcommand("receivers-doc", "Print docs/receivers.md");
+  command->callback([&job] {
+    job = [](const Interrupt&, Output& output) {
+      const CGPSEngine engine;
+      output.Text() += ReceiversDoc(engine);
+      output.Flush();
+      return ExitCode::done;
+    };
+  });
+}
+
+ExitCode Perform(const Job& job) {
+  CWinApp app("gpsengine");
+  const Interrupt interrupt;
+  Output output(STDOUT_FILENO);
+  return job(interrupt, output);
+}
+
+}  // namespace
+
+int RunCommandLine(int argc, char** argv) {
+  CLI::App app("One interface to nineteen models of GPS receiver", "gpsengine");
+  app.set_version_flag("--version", GPSENGINE_VERSION);
+  app.require_subcommand(1);
+  Job job;
+  AddModels(app, job);
+  AddMonitor(app, job);
+  AddDecode(app, job);
+  AddCommand(app, job);
+  AddSimulate(app, job);
+  AddReceiversDoc(app, job);
+  try {
+    app.parse(argc, argv);
+    return static_cast<int>(Perform(job));
+  } catch (const CLI::ParseError& error) {
+    return app.exit(error) == 0 ? 0 : static_cast<int>(ExitCode::usage);
+  } catch (const Failure& failure) {
+    Complain(failure.what());
+    return static_cast<int>(failure.Code());
+  } catch (const std::exception& error) {
+    Complain(error.what());
+    return static_cast<int>(ExitCode::failed);
+  }
+}
+
+}  // namespace host

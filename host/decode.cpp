@@ -1,0 +1,102 @@
+#include "host/decode.h"
+
+#include "gpsengine/engine/gpsengine.h"
+#include "gpsengine/platform/clock.h"
+#include "host/gpsdsink.h"
+#include "host/hostwindow.h"
+#include "host/jsonwriter.h"
+#include "host/models.h"
+#include "host/moment.h"
+#include "host/progress.h"
+#include "host/recording.h"
+
+namespace host {
+
+namespace {
+
+// From this size on a file takes long enough for someone to wonder.
+constexpr std::int64_t kLargeFile = 8 << 20;
+
+/// Time without pauses. The decoders pace a receiver here and there, and behind a recording there is none.
+class UnpacedClock : public Clock {
+ public:
+  UnpacedClock() { SetClock(this); }
+  ~UnpacedClock() override { SetClock(nullptr); }
+  void Sleep(DWORD) override {}
+};
+
+/// Tells the sink of the format "json" when the recording was made, as far as it says so itself.
+class Dating {
+ public:
+  Dating(Sink& sink, std::string_view head) : sink_(dynamic_cast<GpsdSink*>(&sink)) { Feed(head); }
+  void Feed(std::string_view bytes) {
+    if (sink_ == nullptr) return;
+    scan_.Feed(bytes);
+    sink_->SetReference(scan_.Latest());
+  }
+
+ private:
+  GpsdSink* sink_;
+  DateScan scan_;
+};
+
+void WriteSummary(std::string& out, const CGPSEngine& engine, const CGPSReceiver& receiver,
+                  const Published& published) {
+  JsonWriter json(out);
+  json.BeginObject();
+  json.Key("summary");
+  json.BeginObject();
+  json.Member("messages", engine.GetMessages());
+  json.Member("sentencesRecognised", receiver.GetSentencesRecognised());
+  json.Member("checksumErrors", receiver.GetChecksumErrors());
+  json.Member("binaryMessages", receiver.GetBinaryMessages());
+  json.Member("badBinaryMessages", receiver.GetBadBinaryMessages());
+  json.Member("droppedBuffers", engine.GetDroppedBuffers());
+  json.Key("published");
+  json.BeginObject();
+  json.Member("WM_GPS_NEW_DATA", published.data);
+  json.Member("WM_GPS_NEW_RAW_DATA", published.raw_data);
+  json.Member("WM_GPS_NEW_EPHEMERIS", published.ephemeris);
+  json.Member("WM_GPS_NEW_BIN", published.bin);
+  json.EndObject();
+  json.EndObject();
+  json.EndObject();
+  out += '\n';
+}
+
+}  // namespace
+
+ExitCode Decode(const DecodeOptions& options, const Interrupt& interrupt, Output& output) {
+  const UnpacedClock clock;
+  CGPSEngine engine;
+  CGPSReceiver& receiver = SelectModel(engine, options.model);
+  Recording recording(options.file);
+  receiver.SetupReceiver(1, static_cast<int>(options.geoid), options.antenna_height, "", true);
+  engine.SetReceiver(&receiver);
+  receiver.Initialize();
+  engine.m_bAttachRawData = true;
+
+  const auto sink = MakeSink(options.format, output.Text(), options.file, options.geoid);
+  HostWindow window(*sink);
+  Dating dating(*sink, recording.Head());
+  Progress progress("decoding", static_cast<double>(recording.Size()),
+                    recording.Size() >= kLargeFile && CanShowProgress(options.format != Format::none));
+  while (true) {
+    const auto bytes = recording.Next(static_cast<std::size_t>(options.chunk));
+    if (bytes.empty()) break;
+    if (interrupt.HasCome()) return ExitCode::interrupted;
+    dating.Feed(bytes);
+    CBinBuffer chunk(bytes.data(), static_cast<int>(bytes.size()));
+    engine.UpdateGPSBuffer(chunk);
+    window.Drain();
+    if (!output.Flush()) return ExitCode::done;
+    progress.Update(static_cast<double>(recording.Done()));
+  }
+  if (options.format == Format::record || options.format == Format::none) {
+    WriteSummary(output.Text(), engine, receiver, window.GetPublished());
+    output.Flush();
+  }
+  return ExitCode::done;
+}
+
+}  // namespace host

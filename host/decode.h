@@ -1,0 +1,24 @@
+#pragma once
+
+#include <string>
+
+#include "host/failure.h"
+#include "host/format.h"
+#include "host/interrupt.h"
+#include "host/output.h"
+
+namespace host {
+
+struct DecodeOptions {
+  std::string file;  ///< "-" for standard input.
+  std::string model = "Other";
+  Format format = Format::text;
+  int chunk = 4096;  ///< Bytes handed to the engine at a time.
+  Geoid geoid = Geoid::none;
+  double antenna_height = 0.0;  ///< Metres.
+};
+
+/// Decodes every byte of a recording, as fast as it goes. Throws a Failure for an unknown model or an unreadable file.
+ExitCode Decode(const DecodeOptions& options, const Interrupt& interrupt, Output& output);
+
+}  // namespace host

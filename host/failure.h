@@ -1,0 +1,33 @@
+#pragma once
+
+#include <stdexcept>
+#include <string>
+
+namespace host {
+
+/// How the program ends. Every command uses the same codes.
+enum class ExitCode : int {
+  done = 0,
+  failed = 1,
+  usage = 2,               ///< Wrong arguments.
+  port_closed = 3,         ///< The port cannot be opened.
+  nothing_understood = 4,  ///< No data, or no message understood, in the time given.
+  port_lost = 5,           ///< The port went away during the run.
+  refused = 6,             ///< A command was refused or timed out.
+  interrupted = 130,
+};
+
+/// What ends the program early: a text for the user that names the thing and says what to do, and the exit code.
+class Failure : public std::runtime_error {
+ public:
+  Failure(ExitCode code, const std::string& text) : std::runtime_error(text), code_(code) {}
+  ExitCode Code() const { return code_; }
+
+ private:
+  ExitCode code_;
+};
+
+/// Writes "gpsengine: <text>" and a line end to standard error.
+void Complain(const std::string& text);
+
+}  // namespace host

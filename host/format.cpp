@@ -1,0 +1,19 @@
+#include "host/format.h"
+
+#include "host/gpsdsink.h"
+#include "host/recordsink.h"
+#include "host/textsink.h"
+
+namespace host {
+
+std::unique_ptr<Sink> MakeSink(Format format, std::string& out, const std::string& device, Geoid geoid) {
+  switch (format) {
+    case Format::text: return std::make_unique<TextSink>(out);
+    case Format::json: return std::make_unique<GpsdSink>(out, device, geoid);
+    case Format::record: return std::make_unique<RecordSink>(out);
+    case Format::none: break;
+  }
+  return std::make_unique<NoSink>();
+}
+
+}  // namespace host

@@ -1,0 +1,165 @@
+#include "host/gpsdsink.h"
+
+#include <cmath>
+#include <numbers>
+#include <utility>
+
+namespace host {
+
+namespace {
+
+constexpr double kDegrees = 180.0 / std::numbers::pi;
+
+// gpsd's numbers for the kind of fix, by SignalType; 0 where it has none.
+constexpr std::array kStatus = {0, 1, 2, 5, 7, 2, 3, 4, 0, 2, 0};
+
+// The height that a position sentence states is one above mean sea level. With the separation added it is one above the
+// ellipsoid. Subtracting is for makes that state the ellipsoidal height there, and leaves one above mean sea level.
+constexpr std::string_view HeightKey(Geoid geoid) { return geoid == Geoid::add ? "altHAE" : "altMSL"; }
+
+/// The satellite system and the number in it behind a number of an NMEA sentence; nothing where makes differ.
+struct Vehicle {
+  int system;
+  int number;
+};
+std::optional<Vehicle> VehicleOf(int prn) {
+  constexpr int kGps = 0, kSbas = 1, kGlonass = 6;
+  if (prn >= 1 && prn <= 32) return Vehicle{kGps, prn};
+  if (prn >= 33 && prn <= 64) return Vehicle{kSbas, prn + 87};
+  if (prn >= 65 && prn <= 96) return Vehicle{kGlonass, prn - 64};
+  return std::nullopt;
+}
+
+bool SameSatellite(const CGPSSatelliteData& a, const CGPSSatelliteData& b) {
+  return a.m_nPRN == b.m_nPRN && a.m_bUsed == b.m_bUsed && a.m_bInView == b.m_bInView && a.m_nSNR == b.m_nSNR &&
+         a.m_dElevation == b.m_dElevation && a.m_dAzimuth == b.m_dAzimuth;
+}
+
+void WriteSatellite(JsonWriter& json, const CGPSSatelliteData& satellite) {
+  json.BeginObject();
+  json.Member("PRN", satellite.m_nPRN);
+  if (const auto vehicle = VehicleOf(satellite.m_nPRN)) {
+    json.Member("gnssid", vehicle->system);
+    json.Member("svid", vehicle->number);
+  }
+  json.MemberFixed("el", satellite.m_dElevation * kDegrees, 1);
+  json.MemberFixed("az", satellite.m_dAzimuth * kDegrees, 1);
+  json.Member("ss", satellite.m_nSNR);
+  json.Member("used", satellite.m_bUsed);
+  json.EndObject();
+}
+
+void WriteDilution(JsonWriter& json, std::string_view key, double value) {
+  if (value > 0.0) json.MemberFixed(key, value, 2);
+}
+
+}  // namespace
+
+GpsdSink::GpsdSink(std::string& out, std::string device, Geoid geoid)
+    : out_(out), device_(std::move(device)), height_key_(HeightKey(geoid)) {}
+
+void GpsdSink::Begin(JsonWriter& json, std::string_view name) {
+  json.BeginObject();
+  json.Member("class", name);
+  if (device_.empty()) return;
+  json.Key("device");
+  json.Text(device_);
+}
+
+void GpsdSink::End(JsonWriter& json) {
+  json.EndObject();
+  out_ += '\n';
+}
+
+bool GpsdSink::OnData(const CGPSData& data) {
+  if (data.m_bPositionValid) WritePosition(data);
+  const bool satellites = WriteSatellites(data);
+  const bool reports = WriteReports(data);
+  return data.m_bPositionValid || satellites || reports;
+}
+
+void GpsdSink::WriteTime(JsonWriter& json, const CGPSData& data) {
+  if (!HasTimeOfDay(data)) return;
+  iso_.clear();
+  AppendIso(iso_, DateTimeOfDay(data.m_dTimeOfDay, reference_.value_or(data.m_Time.GetTime() * 1000)));
+  json.Member("time", std::string_view(iso_));
+}
+
+void GpsdSink::WritePosition(const CGPSData& data) {
+  JsonWriter json(out_);
+  Begin(json, "TPV");
+  const bool fix = data.m_nSignalType != UDF_SIGNAL_NONE;
+  json.Member("mode", fix ? 3 : 1);
+  WriteTime(json, data);
+  if (fix) {
+    const auto signal = static_cast<std::size_t>(data.m_nSignalType);
+    if (signal < kStatus.size() && kStatus[signal] != 0) json.Member("status", kStatus[signal]);
+    json.MemberFixed("lat", data.m_dLatitude * kDegrees, 9);
+    json.MemberFixed("lon", data.m_dLongitude * kDegrees, 9);
+    json.MemberFixed(height_key_, data.m_dAltitude, 4);
+    if (data.m_bVelocityValid) {
+      // A speed of 0 stands for one too small to have a direction.
+      if (data.m_dSpeed > 0.0) {
+        json.MemberFixed("track", std::fmod(450.0 - data.m_dHeading * kDegrees, 360.0), 4);
+      }
+      json.MemberFixed("speed", data.m_dSpeed, 3);
+    }
+  }
+  End(json);
+}
+
+bool GpsdSink::WriteSatellites(const CGPSData& data) {
+  const bool whole = data.m_bSatellitesComplete && data.m_bSatellitesChanged;
+  if (whole) {
+    // The record of a position repeats the satellites of the one before it.
+    Table table;
+    std::copy(std::begin(data.m_Satellites), std::end(data.m_Satellites), table.begin());
+    const bool seen = table_ && std::equal(table.begin(), table.end(), table_->begin(), SameSatellite);
+    if (seen && data.m_bPositionValid) return false;
+    table_ = table;
+  } else {
+    // A receiver that sends no satellites with its positions still has its dilution and its count shown.
+    if (!data.m_bPositionValid || !data.m_bDOPValid || table_) return false;
+    if (!std::exchange(had_position_, true)) return false;
+  }
+  JsonWriter json(out_);
+  Begin(json, "SKY");
+  WriteTime(json, data);
+  WriteDilution(json, "hdop", data.m_dHDOP);
+  WriteDilution(json, "pdop", data.m_dPDOP);
+  WriteDilution(json, "vdop", data.m_dVDOP);
+  if (whole) json.Member("nSat", data.m_nSatellitesInView);
+  json.Member("uSat", data.m_nSatellitesUsed);
+  if (whole) {
+    json.Key("satellites");
+    json.BeginArray();
+    for (const auto& satellite : data.m_Satellites) {
+      if (satellite.m_nPRN != 0 && satellite.m_bInView) WriteSatellite(json, satellite);
+    }
+    json.EndArray();
+  }
+  End(json);
+  return true;
+}
+
+bool GpsdSink::WriteReports(const CGPSData& data) {
+  const auto start = out_.size();
+  JsonWriter json(out_);
+  Begin(json, "STATUS");
+  const bool any = reports_.Visit(data, [&](std::string_view key, std::string_view, auto value, std::string_view) {
+    json.Key(key);
+    json.Value(value);
+  });
+  if (any) {
+    End(json);
+  } else {
+    out_.resize(start);
+  }
+  return any;
+}
+
+bool GpsdSink::OnRawData(const CGPSDataRaw&) { return false; }
+
+bool GpsdSink::OnEphemeris(const CGPSDataEphemeris&) { return false; }
+
+}  // namespace host

@@ -1,0 +1,37 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace host {
+
+/// A moment of UTC in milliseconds since 1970.
+using Moment = std::int64_t;
+
+constexpr Moment kDay = 86'400'000;
+
+/// A position sentence has a time of day alone. Gives it the date that puts it within half a day of `near`.
+Moment DateTimeOfDay(double seconds_of_day, Moment near);
+
+/// Appends "2024-05-14T08:00:01.000Z".
+void AppendIso(std::string& out, Moment moment);
+
+/// Looks for the date in the bytes of a receiver, which is in sentences that the library recognises but does not decode:
+/// RMC and ZDA, of any talker. A recording played years later so keeps its own date.
+class DateScan {
+ public:
+  /// The next bytes of the stream, in pieces of any size.
+  void Feed(std::string_view bytes);
+  /// The moment that the last good RMC or ZDA stated.
+  std::optional<Moment> Latest() const { return latest_; }
+
+ private:
+  void FeedSentence(std::string_view sentence);
+
+  std::string head_;  // a sentence that the end of the piece has cut
+  std::optional<Moment> latest_;
+};
+
+}  // namespace host

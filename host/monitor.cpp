@@ -1,0 +1,172 @@
+#include "host/monitor.h"
+
+#include <fcntl.h>
+
+#include <cerrno>
+#include <chrono>
+#include <cstring>
+#include <optional>
+
+#include "gpsengine/engine/gpsengine.h"
+#include "host/boxes.h"
+#include "host/hostwindow.h"
+#include "host/models.h"
+#include "host/portwatch.h"
+#include "host/source.h"
+#include "host/waiter.h"
+
+namespace host {
+
+namespace {
+
+/// What the reader has in hand when its port goes away still reaches the host within this time.
+constexpr std::chrono::milliseconds kLastRecords{400};
+
+std::string Seconds(double seconds) {
+  CString text;
+  text.Format("%g s", seconds);
+  return text.ToUtf8();
+}
+
+class Run {
+ public:
+  Run(const MonitorOptions& options, const Interrupt& interrupt, Output& output);
+  ~Run() { boxes_.Release(); }
+
+  ExitCode Go();
+
+ private:
+  bool IsPlayback() const { return !options_.play.empty(); }
+  void StartPlayback();
+  void StartLive();
+  Deadline::Clock::time_point NextDeadline() const;
+  std::optional<ExitCode> Ending();
+  bool HasUnderstood() const;
+  void FailIfNothingUnderstood(double seconds) const;
+
+  const MonitorOptions& options_;
+  const Interrupt& interrupt_;
+  Output& output_;
+  // What the reader thread meets outlives the engine.
+  Boxes boxes_;
+  std::optional<Source> source_;
+  CGPSEngine engine_;
+  CGPSReceiver& receiver_;
+  std::unique_ptr<Sink> sink_;
+  std::optional<HostWindow> window_;
+  std::optional<PortWatch> watch_;
+  Deadline end_, first_message_, last_record_;
+};
+
+Run::Run(const MonitorOptions& options, const Interrupt& interrupt, Output& output)
+    : options_(options), interrupt_(interrupt), output_(output), receiver_(SelectModel(engine_, options.model)) {}
+
+ExitCode Run::Go() {
+  engine_.InitReceivers();
+  if (options_.baud > 0) receiver_.SaveDifferentSettings(options_.baud);
+  receiver_.SetupReceiver(kPort, static_cast<int>(options_.geoid), options_.antenna_height, "", false);
+  engine_.SetReceiver(&receiver_);
+  if (!IsPlayback()) source_.emplace(options_.port, receiver_);
+  sink_ = MakeSink(options_.format, output_.Text(), IsPlayback() ? options_.play : source_->Device(), options_.geoid);
+  window_.emplace(*sink_, options_.count);
+  watch_.emplace(source_ && !source_->IsSimulated() ? source_->Device() : "");
+  IsPlayback() ? StartPlayback() : StartLive();
+
+  if (options_.duration > 0.0) end_.Set(options_.duration);
+  if (options_.timeout > 0.0 && !IsPlayback()) first_message_.Set(options_.timeout);
+  Waiter waiter(interrupt_, output_, *watch_);
+  std::optional<ExitCode> ending;
+  while (!ending) {
+    waiter.Wait(NextDeadline());
+    window_->Drain();
+    ending = !output_.Flush() || waiter.IsReaderGone() ? ExitCode::done : Ending();
+  }
+  boxes_.Release();
+  engine_.Stop();
+  window_->Drain();
+  output_.Flush();
+  return *ending;
+}
+
+void Run::StartPlayback() {
+  // The engine would look for another recording in its place.
+  errno = 0;
+  const UniqueDescriptor file(open(options_.play.c_str(), O_RDONLY | O_CLOEXEC));
+  char first = 0;
+  if (!file || read(file.Get(), &first, 1) != 1) {
+    throw Failure(ExitCode::failed, "cannot play " + options_.play + ": " +
+                                        (errno != 0 ? std::strerror(errno) : "the file is empty"));
+  }
+  engine_.m_bEmulation = true;
+  engine_.m_strEmulationFile = CString::FromUtf8(options_.play);
+  receiver_.LoadAlternatGPSStatusStrings();
+  if (!engine_.Start()) throw Failure(ExitCode::failed, engine_.GetLastErrorString().ToUtf8());
+}
+
+void Run::StartLive() {
+  if (!options_.record.empty()) {
+    const UniqueDescriptor file(open(options_.record.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0666));
+    if (!file) {
+      throw Failure(ExitCode::failed, "cannot record to " + options_.record + ": " + std::strerror(errno));
+    }
+    engine_.m_strRecordFile = CString::FromUtf8(options_.record);
+    engine_.m_bRecordRaw = true;
+  }
+  if (source_->IsSimulated()) {
+    Complain("a simulated receiver \"" + options_.model + "\" on " + source_->Device() +
+             "; --port DEVICE reads a real one, Ctrl-C ends");
+  }
+  source_->Start();
+  StartEngine(engine_, *source_, *watch_);
+}
+
+Deadline::Clock::time_point Run::NextDeadline() const {
+  auto next = Deadline::Clock::time_point::max();
+  for (const auto* deadline : {&end_, &first_message_, &last_record_}) next = deadline->Earlier(next);
+  return next;
+}
+
+std::optional<ExitCode> Run::Ending() {
+  if (window_->IsFull()) return ExitCode::done;
+  if (interrupt_.HasCome()) return ExitCode::interrupted;
+  if (!options_.record.empty() && !engine_.m_bRecordRaw) {
+    throw Failure(ExitCode::failed, "recording to " + options_.record + " has failed");
+  }
+  if (watch_->IsLost() && !last_record_.IsSet()) last_record_.Set(kLastRecords);
+  if (last_record_.HasPassed()) {
+    throw PortLost(source_->Device());
+  }
+  if (first_message_.HasPassed()) {
+    FailIfNothingUnderstood(options_.timeout);
+    first_message_.Clear();
+  }
+  if (!end_.HasPassed()) return std::nullopt;
+  if (!IsPlayback()) FailIfNothingUnderstood(options_.duration);
+  return ExitCode::done;
+}
+
+bool Run::HasUnderstood() const {
+  const int sentences = receiver_.GetSentencesRecognised() - receiver_.GetChecksumErrors();
+  return sentences + receiver_.GetBinaryMessages() > 0 || window_->GetPublished().All() > 0;
+}
+
+void Run::FailIfNothingUnderstood(double seconds) const {
+  if (HasUnderstood()) return;
+  const std::string& device = source_->Device();
+  if (watch_->HasHeard() || engine_.GetMessages() > 0) {
+    throw Failure(ExitCode::nothing_understood,
+                  "bytes came from " + device + " in " + Seconds(seconds) + ", but no message was understood at " +
+                      std::to_string(receiver_.GetCurrentBaudrate()) +
+                      " baud: set the receiver's baud rate with --baud, or let it send NMEA");
+  }
+  throw Failure(ExitCode::nothing_understood, "no data came from " + device + " in " + Seconds(seconds) +
+                                                  ": check that the receiver is on, and its cable");
+}
+
+}  // namespace
+
+ExitCode Monitor(const MonitorOptions& options, const Interrupt& interrupt, Output& output) {
+  return Run(options, interrupt, output).Go();
+}
+
+}  // namespace host

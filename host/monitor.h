@@ -1,0 +1,30 @@
+#pragma once
+
+#include <string>
+
+#include "host/failure.h"
+#include "host/format.h"
+#include "host/interrupt.h"
+#include "host/output.h"
+
+namespace host {
+
+struct MonitorOptions {
+  std::string port;  ///< Device to read; empty for none.
+  std::string play;  ///< Recording to play instead; empty for none. With neither, a simulated receiver.
+  int baud = 0;      ///< Bits a second; 0 for what is set for the model.
+  std::string model = "Other";
+  Format format = Format::text;
+  Geoid geoid = Geoid::none;
+  double antenna_height = 0.0;  ///< Metres.
+  std::string record;           ///< File for the port's bytes; empty for none.
+  long long count = 0;          ///< Records to show; 0 for no limit.
+  double duration = 0.0;        ///< Seconds to run; 0 for no limit.
+  double timeout = 10.0;        ///< Seconds to wait for a first message that is understood; 0 for no limit.
+};
+
+/// Shows what a receiver sends until enough was shown, the time is over, the user ends it or nobody reads the output any
+/// more. Throws a Failure if the run cannot begin or comes to nothing.
+ExitCode Monitor(const MonitorOptions& options, const Interrupt& interrupt, Output& output);
+
+}  // namespace host

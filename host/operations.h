@@ -1,0 +1,52 @@
+#pragma once
+
+#include <functional>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "gpsengine/receiver/gpsreceiver.h"
+
+namespace host {
+
+/// What an operation gives back.
+enum class Result { none, yes, no };
+
+using Action = std::function<Result(CGPSReceiver&)>;
+
+/// What the user gives to an operation.
+struct Arguments {
+  std::vector<std::string> words;
+  bool wait = false;  ///< For the acknowledgement; the reset alone knows it.
+};
+
+/// One operation of the interface to receivers, under the same name for every make.
+struct Operation {
+  enum class Kind {
+    sets,   ///< Writes commands.
+    asks,   ///< Writes a request, which a report answers.
+    starts  ///< What the start of a run does by itself.
+  };
+
+  const char* name;
+  const char* arguments;  ///< For the user; empty for none.
+  const char* summary;
+  Kind kind;
+  const char* answer;               ///< The capability answer that opens it; null: every model has it.
+  bool (*is_open)(CGPSReceiver&);   ///< That answer; null likewise.
+  Action (*prepare)(const Arguments&);
+  std::vector<Arguments> examples;  ///< Arguments to show it with.
+};
+
+/// All operations, in the order in which they are listed.
+std::span<const Operation> Operations();
+/// Throws a Failure that lists the names there are.
+const Operation& FindOperation(const std::string& name);
+/// Whether the model's capability answers open it.
+bool IsOffered(const Operation& operation, CGPSReceiver& receiver);
+/// The operation on its arguments, ready to be called. Throws a Failure if they are not what it takes.
+Action Prepare(const Operation& operation, const Arguments& arguments);
+/// The operation and its arguments as a user writes them.
+std::string CallText(const Operation& operation, const Arguments& arguments);
+
+}  // namespace host

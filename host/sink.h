@@ -1,0 +1,28 @@
+#pragma once
+
+#include "gpsengine/records/gpsdata.h"
+#include "gpsengine/records/gpsdataraw.h"
+
+namespace host {
+
+/// Takes what the library publishes, in the order in which it was posted. Each operation says whether it showed the
+/// record to the user, since --count counts what was shown.
+class Sink {
+ public:
+  virtual ~Sink() = default;
+  virtual bool OnData(const CGPSData& data) = 0;
+  virtual bool OnRawData(const CGPSDataRaw& epoch) = 0;
+  virtual bool OnEphemeris(const CGPSDataEphemeris& ephemeris) = 0;
+  virtual bool OnBin() = 0;
+};
+
+/// Shows nothing.
+class NoSink : public Sink {
+ public:
+  bool OnData(const CGPSData&) override { return false; }
+  bool OnRawData(const CGPSDataRaw&) override { return false; }
+  bool OnEphemeris(const CGPSDataEphemeris&) override { return false; }
+  bool OnBin() override { return false; }
+};
+
+}  // namespace host

@@ -1,0 +1,48 @@
+#include "host/source.h"
+
+#include <chrono>
+
+#include "gpsengine/platform/serial.h"
+
+namespace host {
+
+namespace {
+
+std::unique_ptr<simulator::PtyRunner> Simulate(CGPSReceiver& receiver) {
+  simulator::Options options;
+  options.model = receiver.GetName().ToUtf8();
+  options.start_utc = std::chrono::floor<std::chrono::seconds>(std::chrono::system_clock::now());
+  simulator::PtyRunner::Settings settings;
+  // A rate that the user has saved for a real receiver of this model is not the simulated one's.
+  settings.garble_at_wrong_rate = false;
+  return std::make_unique<simulator::PtyRunner>(simulator::MakeReceiver(options), settings);
+}
+
+}  // namespace
+
+Source::Source(const std::string& device, CGPSReceiver& receiver)
+    : runner_(device.empty() ? Simulate(receiver) : nullptr), device_(runner_ ? runner_->PortName() : device) {
+  MapComPort(kPort, CString::FromUtf8(device_));
+}
+
+void Source::Start() {
+  if (runner_) runner_->Start();
+}
+
+void StartEngine(CGPSEngine& engine, const Source& source, PortWatch& watch) {
+  if (engine.Start()) return;
+  watch.Release();  // or it would be one more program that has the port open
+  if (engine.GetLastError() != GPS_ENGINE_INIT_FAILED) {
+    throw Failure(ExitCode::failed, engine.GetLastErrorString().ToUtf8());
+  }
+  const CString reason = ExplainPort(CString::FromUtf8(source.Device()));
+  throw Failure(ExitCode::port_closed, reason.IsEmpty() ? "cannot open " + source.Device() : reason.ToUtf8());
+}
+
+Failure PortLost(const std::string& device) {
+  return Failure(ExitCode::port_lost, "the port " + device +
+                                          " was lost: it was unplugged, or the other side hung up. Plug it in again "
+                                          "and start once more");
+}
+
+}  // namespace host

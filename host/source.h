@@ -1,0 +1,39 @@
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "gpsengine/engine/gpsengine.h"
+#include "host/failure.h"
+#include "host/portwatch.h"
+#include "simulator/simulator.h"
+
+namespace host {
+
+/// The number under which the library opens the port of a run.
+constexpr int kPort = 1;
+
+/// The far end of a run's serial line: a device, or a simulated receiver of the same model on a pseudo-terminal. Makes
+/// COM1 that device. Outlives the engine, whose end still writes to the line.
+class Source {
+ public:
+  /// `device` empty asks for the simulated receiver.
+  Source(const std::string& device, CGPSReceiver& receiver);
+
+  const std::string& Device() const { return device_; }
+  bool IsSimulated() const { return runner_ != nullptr; }
+  /// Sets a simulated receiver going.
+  void Start();
+
+ private:
+  std::unique_ptr<simulator::PtyRunner> runner_;
+  std::string device_;
+};
+
+/// Starts the engine on the source's port. Throws a Failure that says why the port does not open.
+void StartEngine(CGPSEngine& engine, const Source& source, PortWatch& watch);
+
+/// The failure of a run whose port went away.
+Failure PortLost(const std::string& device);
+
+}  // namespace host

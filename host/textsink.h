@@ -1,0 +1,34 @@
+#pragma once
+
+#include <string>
+
+#include "host/reports.h"
+#include "host/sink.h"
+
+namespace host {
+
+/// The format "text": a line a fix, for people, and a line for what else the receiver reports.
+class TextSink : public Sink {
+ public:
+  enum class Shows {
+    fixes,    ///< Fixes and what is reported of settings.
+    reports,  ///< All reports, those in a make's own language too, and no fixes.
+  };
+
+  explicit TextSink(std::string& out, Shows shows = Shows::fixes) : out_(out), shows_(shows) {}
+
+  bool OnData(const CGPSData& data) override;
+  bool OnRawData(const CGPSDataRaw& epoch) override;
+  bool OnEphemeris(const CGPSDataEphemeris& ephemeris) override;
+  bool OnBin() override { return false; }
+
+ private:
+  void WriteFix(const CGPSData& data);
+  bool WriteReports(const CGPSData& data);
+
+  std::string& out_;
+  const Shows shows_;
+  ReportReader reports_;
+};
+
+}  // namespace host

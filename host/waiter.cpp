@@ -1,0 +1,38 @@
+#include "host/waiter.h"
+
+#include <poll.h>
+
+#include <algorithm>
+
+#include "gpsengine/platform/window.h"
+
+namespace host {
+
+namespace {
+
+constexpr std::chrono::seconds kLookInterval{1};
+
+int MillisecondsUntil(Deadline::Clock::time_point moment) {
+  if (moment == Deadline::Clock::time_point::max()) return -1;
+  const auto rest = std::chrono::ceil<std::chrono::milliseconds>(moment - Deadline::Clock::now()).count();
+  return static_cast<int>(std::clamp<long long>(rest, 0, 1 << 30));
+}
+
+}  // namespace
+
+void Waiter::Wait(Deadline::Clock::time_point until) {
+  if (watch_.NeedsLooking()) until = std::min(until, Deadline::Clock::now() + kLookInterval);
+  // No event is asked for on the output: that its reader has gone is told all the same.
+  enum { kQueue, kSignal, kOutput, kWatch, kCount };
+  pollfd waits[kCount] = {{GetQueueDescriptor(), POLLIN, 0},
+                          {interrupt_.Descriptor(), POLLIN, 0},
+                          {output_.Descriptor(), 0, 0},
+                          {watch_.Descriptor(), watch_.Events(), 0}};
+  const int events = poll(waits, kCount, MillisecondsUntil(until));
+  if (watch_.NeedsLooking()) watch_.Look();
+  if (events <= 0) return;
+  reader_gone_ = (waits[kOutput].revents & (POLLERR | POLLHUP)) != 0;
+  watch_.OnEvents(waits[kWatch].revents);
+}
+
+}  // namespace host

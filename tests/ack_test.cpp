@@ -1,0 +1,117 @@
+#include "gpsengine/link/ack.h"
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <ctime>
+#include <thread>
+
+#include "gpsengine/platform/clock.h"
+#include "tests/support/hostwindow.h"
+
+using namespace std::chrono_literals;
+
+namespace {
+
+CGPSData Record(bool bAck) {
+  CGPSData record;
+  record.m_Status.m_bAck = bAck;
+  return record;
+}
+void Publish(bool bAck) {
+  const CGPSData record = Record(bAck);
+  CAck::OnNewGPSData(&record);
+}
+
+// Milliseconds that a call takes.
+template <class Call>
+DWORD Took(Call call) {
+  const DWORD nBegin = GetTickCount();
+  call();
+  return GetTickCount() - nBegin;
+}
+
+constexpr int kLong = 20000, kShort = 30;  // milliseconds
+constexpr DWORD kSoon = 5000;              // with a slow machine in mind
+
+}  // namespace
+
+TEST(Ack, CountsFromTheConstructionOn) {
+  Publish(true);
+  CAck late;
+  ASSERT_TRUE(late.Create());
+  EXPECT_FALSE(late.Wait(kShort)) << "the acknowledgement came before";
+
+  CAck ack;
+  Publish(true);
+  ASSERT_TRUE(ack.Create());
+  EXPECT_LT(Took([&] { EXPECT_TRUE(ack.Wait(kLong)); }), kSoon);
+}
+
+TEST(Ack, TimesOutInTheTimeGiven) {
+  CAck ack;
+  ASSERT_TRUE(ack.Create());
+  Publish(false);
+  const DWORD nTook = Took([&] { EXPECT_FALSE(ack.Wait(kShort)); });
+  EXPECT_GE(nTook + 1, static_cast<DWORD>(kShort));
+  EXPECT_LT(nTook, kSoon);
+}
+
+TEST(Ack, TimesOutWithoutAWindowForTheTick) {
+  CAck ack;
+  EXPECT_LT(Took([&] { EXPECT_FALSE(ack.Wait(kShort)); }), kSoon);
+}
+
+TEST(Ack, WinsOverATimeout) {
+  CAck ack;
+  ack.OnPreciseTimer(1, 0);
+  Publish(true);
+  EXPECT_TRUE(ack.Wait(kLong));
+}
+
+TEST(Ack, SleepsUntilAnotherThreadPublishesOne) {
+  for (const int nTimeout : {kLong, 0}) {  // 0: for as long as it takes
+    CAck ack;
+    ASSERT_TRUE(ack.Create());
+    std::jthread reader([] {
+      Publish(false);
+      std::this_thread::sleep_for(100ms);
+      Publish(true);
+    });
+    const std::clock_t begin = std::clock();
+    EXPECT_LT(Took([&] { EXPECT_TRUE(ack.Wait(nTimeout)); }), kSoon);
+    EXPECT_LT(std::clock() - begin, CLOCKS_PER_SEC / 20) << "processor time of a wait of 100 ms";
+  }
+}
+
+TEST(Ack, LetsTheHostHandleItsMessages) {
+  for (const bool bWithApplication : {true, false}) {
+    std::unique_ptr<CWinApp> pApp;
+    if (bWithApplication) pApp = std::make_unique<CWinApp>("gpsengine-test");
+    HostWindow window;
+    CAck ack;
+    ASSERT_TRUE(ack.Create());
+    std::jthread reader([hWnd = window.GetSafeHwnd()] {
+      for (int i = 0; i < 3; ++i) {
+        PostMessageW(hWnd, WM_GPS_NEW_DATA, reinterpret_cast<WPARAM>(new CGPSData), 0);
+        std::this_thread::sleep_for(10ms);
+      }
+      SendMessageW(hWnd, WM_GPS_NEW_BIN, 0, 0);  // returns when the window has handled it, and all before
+      Publish(true);
+    });
+    EXPECT_TRUE(ack.Wait(kLong));
+    EXPECT_EQ(window.records.size(), 3u);
+    EXPECT_EQ(window.blocks, 1);
+  }
+}
+
+TEST(Ack, LeavesTheEndOfTheHostsLoopToTheHost) {
+  CWinApp app("gpsengine-test");
+  PostQuitMessage();
+  CAck ack;
+  ASSERT_TRUE(ack.Create());
+  EXPECT_FALSE(ack.Wait(kShort));
+  MSG message;
+  ASSERT_TRUE(PeekMessageW(&message, PM_REMOVE));
+  EXPECT_EQ(message.message, WM_QUIT);
+}

@@ -1,0 +1,200 @@
+#include "gpsengine/link/binbuffer.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace {
+
+using namespace std::string_literals;
+
+const std::string kGga = "$GPGGA,123519,4807.038,N,01131.000,E,1,08,0.9,545.4,M,46.9,M,,*47\r\n";
+const std::string kVtg = "$GPVTG,054.7,T,034.4,M,005.5,N,010.2,K*48\r\n";
+
+// A frame of the Ashtech kinds, with bytes in its body that start or end messages elsewhere.
+std::string Ashtech(const char* kind, std::size_t length) {
+  std::string frame = "$PASHR,"s + kind + ",";
+  while (frame.size() < length - 1) frame += "$#\r\n\0*"s[frame.size() % 6];
+  return frame + '\r';
+}
+
+std::string Block(char number, std::size_t length) {
+  std::string block = "$BIN"s + number + '\0';
+  block.resize(length, '$');
+  return block;
+}
+
+std::string Oem(std::size_t header, std::size_t body) {
+  std::string message = "\xAA\x44\x12"s;
+  message.resize(header + body + 4, '#');
+  message[3] = static_cast<char>(header);
+  message[8] = static_cast<char>(body & 0xFF);
+  message[9] = static_cast<char>(body >> 8);
+  return message;
+}
+
+// A consumer of the stream, as the engine is one.
+class Stream {
+ public:
+  void Feed(std::string_view bytes) {
+    CBinBuffer chunk(bytes.data(), static_cast<int>(bytes.size()));
+    buffer += chunk;
+    for (bool more = buffer.GetCurrentMessage(); more && buffer.HasMessage(); more = buffer.Next()) {
+      int length = 0;
+      const char* message = buffer.GetMessageBin(length);
+      messages.emplace_back(message, static_cast<std::size_t>(length));
+      texts.push_back(buffer.GetMessageW().ToUtf8());
+    }
+    buffer.Resize();
+  }
+  CBinBuffer buffer;
+  std::vector<std::string> messages;
+  std::vector<std::string> texts;
+};
+
+std::string WithoutLineFeed(std::string sentence) {
+  sentence.pop_back();
+  return sentence;
+}
+
+TEST(BinBuffer, TakesSentencesOutOfNoiseAndKeepsAnUnfinishedOne) {
+  Stream stream;
+  stream.Feed("\x01\xFFgarbage" + kGga + kVtg + "$GPGS");
+  EXPECT_EQ(stream.texts, (std::vector{kGga, kVtg}));
+  EXPECT_EQ(stream.messages[0], WithoutLineFeed(kGga));
+  EXPECT_EQ(stream.buffer.GetLength(), 5);
+  EXPECT_EQ(stream.buffer.GetAt(0), '$');
+  stream.Feed("V,1,1,00*79\r\n");
+  EXPECT_EQ(stream.texts.back(), "$GPGSV,1,1,00*79\r\n");
+  EXPECT_EQ(stream.buffer.GetLength(), 0);
+}
+
+TEST(BinBuffer, HoldsBackABinaryMessageUntilItsLastByte) {
+  const std::string rows[] = {Ashtech("MBN", 54), Ashtech("mca", 49),  Ashtech("PBN", 68),
+                              Ashtech("SAL", 82), Ashtech("SNV", 144), Block(95, 140),
+                              Block(96, 312),     Oem(28, 0),          Oem(28, 1000)};
+  for (const std::string& message : rows) {
+    Stream stream;
+    for (std::size_t i = 0; i + 1 < message.size(); ++i) {
+      // The three sync bytes have to come together.
+      if (i == 0 && message[0] == '\xAA') {
+        stream.Feed(message.substr(0, 3));
+        i = 2;
+      } else {
+        stream.Feed(message.substr(i, 1));
+      }
+      ASSERT_TRUE(stream.messages.empty()) << message.size() << " at " << i;
+    }
+    stream.Feed(message.substr(message.size() - 1));
+    ASSERT_EQ(stream.messages, std::vector{message});
+  }
+}
+
+TEST(BinBuffer, LosesNoSentenceBehindABinaryMessage) {
+  Stream stream;
+  stream.Feed(kGga + Ashtech("PBN", 68) + "\n" + kVtg + Block(95, 140) + "\n" + kGga + Oem(28, 17) + kVtg);
+  ASSERT_EQ(stream.messages.size(), 7u);
+  EXPECT_EQ(stream.texts[2], kVtg);
+  EXPECT_EQ(stream.texts[4], kGga);
+  EXPECT_EQ(stream.texts[6], kVtg);
+  EXPECT_EQ(stream.texts[1], "$PASHR,PBN,*$#\r\n\n") << "up to its first zero byte";
+}
+
+TEST(BinBuffer, HoldsBackASentenceWithOneCommaUntilAnotherComes) {
+  Stream stream;
+  stream.Feed("$PASHR,ACK*3D\r\n");
+  EXPECT_TRUE(stream.texts.empty());
+  stream.Feed(kGga);
+  EXPECT_EQ(stream.texts, (std::vector{"$PASHR,ACK*3D\r\n"s, kGga}));
+}
+
+TEST(BinBuffer, PassesASentenceWithoutAnyComma) {
+  Stream stream;
+  stream.Feed("$PMD\r");
+  EXPECT_EQ(stream.texts, std::vector{"$PMD\r\n"s});
+  stream.Feed("\n$BINx\r\n");  // no number of a block: a text
+  EXPECT_EQ(stream.texts.back(), "$BINx\r\n");
+}
+
+TEST(BinBuffer, SplitsLogsAtTheNextOneEvenWithoutALineEnd) {
+  Stream stream;
+  stream.Feed("#ECUTOFFA,COM1,0;5.0*AB#WAAS1A,COM1,0;X*12\r\n" + kGga);
+  EXPECT_EQ(stream.texts, (std::vector{"#ECUTOFFA,COM1,0;5.0*AB\n"s, "#WAAS1A,COM1,0;X*12\r\n"s, kGga}));
+}
+
+TEST(BinBuffer, LosesAnOemMessageWhoseSyncIsCutAndNothingElse) {
+  Stream stream;
+  std::string message = Oem(28, 8);
+  std::replace(message.begin(), message.end(), '#', 'x');  // a "#" would start a log
+  stream.Feed(kGga + message.substr(0, 2));
+  stream.Feed(message.substr(2) + kVtg);
+  EXPECT_EQ(stream.texts, (std::vector{kGga, kVtg}));
+}
+
+TEST(BinBuffer, GivesTheSameMessagesHoweverTheStreamIsCut) {
+  const std::string input = "noise" + kGga + Ashtech("MBN", 54) + "\n" + kVtg + Block(96, 312) + "\n" +
+                            "#LOGLISTA,COM1;2,GPGGA*12\r\n" + kGga;
+  Stream whole;
+  whole.Feed(input);
+  ASSERT_EQ(whole.messages.size(), 6u);
+  for (std::size_t cut = 1; cut < input.size(); ++cut) {
+    Stream stream;
+    stream.Feed(input.substr(0, cut));
+    stream.Feed(input.substr(cut));
+    ASSERT_EQ(stream.messages, whole.messages) << cut;
+  }
+  Stream bytewise;
+  for (const char c : input) bytewise.Feed({&c, 1});
+  EXPECT_EQ(bytewise.messages, whole.messages);
+}
+
+TEST(BinBuffer, EndsItsTextAtAZeroByteAndAppendsALineFeed) {
+  CBinBuffer buffer("abc\0def", 7);
+  EXPECT_EQ(buffer.Mid(0, 7), "abc\n");
+  EXPECT_EQ(buffer.Mid(4, 0), "def\n");
+  EXPECT_EQ(buffer.Mid(4, 2), "de\n");
+  EXPECT_EQ(buffer.Mid(-1, 2), "");
+  EXPECT_EQ(buffer.Mid(8, 2), "");
+  const std::unique_ptr<CString> owned(buffer.Mid2(4, 1));
+  EXPECT_EQ(*owned, "d\n");
+  EXPECT_EQ(buffer.Find('d', 0), 4);
+  EXPECT_EQ(buffer.Find('d', 5), -1);
+  EXPECT_EQ(buffer.GetMessageW(), "");
+}
+
+TEST(BinBuffer, MakesBytesTheCurrentMessageAndRefusesNone) {
+  CBinBuffer buffer;
+  EXPECT_TRUE(buffer.Set("xyz", 3, 3));
+  int length = 0;
+  ASSERT_NE(buffer.GetMessageBin(length), nullptr);
+  EXPECT_EQ(length, 3);
+  EXPECT_FALSE(buffer.Set(nullptr, 3, 3));
+  EXPECT_EQ(buffer.GetLength(), 0);
+  EXPECT_FALSE(buffer.HasMessage());
+  buffer.Set("xyz", 3, 3);
+  EXPECT_FALSE(buffer.Set("xyz", 0, 0));
+  length = -1;
+  EXPECT_EQ(buffer.GetMessageBin(length), nullptr);
+  EXPECT_EQ(length, -1);
+}
+
+TEST(BinBuffer, TellsTheTagOfTheMessageAtHand) {
+  CString tag;
+  CString subTag;
+  CBinBuffer text("..$PASHR,MBN,x", 14);
+  EXPECT_TRUE(text.GetTag(tag, subTag));
+  EXPECT_EQ(tag, "$PASHR");
+  EXPECT_EQ(subTag, "MBN");
+  const std::string message = Oem(28, 0);
+  CBinBuffer oem(message.data(), static_cast<int>(message.size()));
+  EXPECT_TRUE(oem.GetTag(tag, subTag));
+  EXPECT_EQ(tag, "Axis4OEMBinaryTagPlaceHolder");
+  CBinBuffer unfinished("$PASHR,MB", 9);
+  EXPECT_FALSE(unfinished.GetTag(tag, subTag));
+}
+
+}  // namespace

@@ -1,0 +1,324 @@
+// The engine with its reader thread on a live line, in real time of tens of milliseconds, and with bytes fed
+// by hand.
+#include "gpsengine/engine/gpsengine.h"
+
+#include <gtest/gtest.h>
+
+#include <unistd.h>
+
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <iterator>
+#include <string>
+
+#include "gpsengine/drivers/plain.h"
+#include "gpsengine/platform/clock.h"
+#include "gpsengine/platform/messagebox.h"
+#include "tests/support/hostwindow.h"
+#include "tests/support/pseudoterminal.h"
+
+namespace {
+
+constexpr int kPort = 9;
+const std::string kGga = "$GPGGA,123519,4807.038,N,01131.000,E,1,08,0.9,545.4,M,46.9,M,,*47\r\n";
+const std::string kRmc = "$GPRMC,123519,A,4807.038,N,01131.000,E,022.4,084.4,230394,003.1,W*6A\r\n";
+
+class EngineTest : public testing::Test {
+ protected:
+  EngineTest() {
+    app.SetMainWnd(&window);
+    SetMessageBoxHandler([this](const CString& text, BoxKind) { boxes.push_back(text.ToUtf8()); });
+    Select("Other");
+  }
+  ~EngineTest() override {
+    engine.Stop();
+    SetMessageBoxHandler(nullptr);
+  }
+
+  void Select(const char* name) {
+    CGPSReceiver* receiver = engine.FindReceiver(name);
+    receiver->SetupReceiver(kPort, 0, 0.0, "", false);
+    engine.SetReceiver(receiver);
+  }
+  bool Feed(std::string_view bytes) {
+    CBinBuffer chunk(bytes.data(), static_cast<int>(bytes.size()));
+    const bool published = engine.UpdateGPSBuffer(chunk);
+    window.Drain();
+    return published;
+  }
+  // Handles messages until the condition holds.
+  bool Until(const std::function<bool()>& condition, DWORD limit = 5000) {
+    const auto end = CurrentClock().Milliseconds() + limit;
+    while (!condition() && CurrentClock().Milliseconds() < end) {
+      MsgWaitForMultipleObjects(0, nullptr, 10);
+      window.Drain();
+    }
+    return condition();
+  }
+  bool UntilRecords(std::size_t count) {
+    return Until([&] { return window.records.size() >= count; });
+  }
+
+  CWinApp app{"gpsengine-test"};
+  HostWindow window;
+  std::vector<std::string> boxes;
+  CGPSEngine engine;
+};
+
+class LiveEngineTest : public EngineTest {
+ protected:
+  LiveEngineTest() { MapComPort(kPort, CString::FromUtf8(terminal.Name())); }
+  PseudoTerminal terminal;
+};
+
+class Extra : public COtherGps {
+ public:
+  explicit Extra(const char* name) : m_strName(name) {}
+  CString GetName() override { return m_strName; }
+
+ private:
+  CString m_strName;
+};
+
+TEST_F(EngineTest, FindsAReceiverByItsExactNameOrTheLastOne) {
+  EXPECT_EQ(engine.GetReceivers().size(), 19u);
+  EXPECT_EQ(engine.FindReceiver("CSI - MAX")->GetName(), "CSI - MAX");
+  EXPECT_EQ(engine.FindReceiver("csi - max")->GetName(), "Other");
+  EXPECT_EQ(engine.FindReceiver("")->GetName(), "Other");
+  auto* extra = new Extra("Mine");
+  EXPECT_TRUE(engine.AddReceiver(extra));
+  EXPECT_EQ(engine.FindReceiver("Mine"), extra);
+  EXPECT_EQ(engine.GetReceivers().back()->GetName(), "Other");
+  EXPECT_EQ(engine.GetReceivers()[18].get(), extra);
+  Extra second("Mine");
+  EXPECT_FALSE(engine.AddReceiver(&second));
+}
+
+TEST_F(EngineTest, ReportsWhyItDoesNotStart) {
+  EXPECT_EQ(engine.GetLastErrorString(), "No Error.");
+  engine.SetReceiver(nullptr);
+  EXPECT_FALSE(engine.Start());
+  EXPECT_EQ(engine.GetLastError(), GPS_ENGINE_NO_RECEIVER);
+  EXPECT_EQ(engine.GetLastErrorString(), "No GPS Receiver Is Assigned.");
+  MapComPort(kPort, "/dev/no-such-port");
+  Select("Other");
+  EXPECT_FALSE(engine.Start());
+  EXPECT_EQ(engine.GetLastErrorString(), "Can't Initialize a Receiver.");
+  EXPECT_FALSE(engine.IsActive());
+  engine.Stop();
+  EXPECT_EQ(engine.GetLastError(), GPS_ENGINE_INIT_FAILED);
+}
+
+TEST_F(EngineTest, ThrowsAStreamAwayThatGrowsWithoutAMessage) {
+  EXPECT_FALSE(Feed("$,," + std::string(16391 - 3, 'x')));
+  EXPECT_EQ(engine.GetDroppedBuffers(), 0);
+  EXPECT_FALSE(Feed("x"));
+  EXPECT_EQ(engine.GetDroppedBuffers(), 1);
+  EXPECT_TRUE(Feed(kGga));
+  std::string many;
+  while (many.size() < 16392) many += kGga;
+  EXPECT_FALSE(Feed(many)) << "whole messages go too";
+  EXPECT_EQ(engine.GetDroppedBuffers(), 2);
+}
+
+TEST_F(EngineTest, ForwardsTheTextOfMessagesWhileTheHostCaptures) {
+  Feed(kGga);
+  EXPECT_TRUE(window.strings.empty());
+  engine.m_ComBuffer.m_bPaused = false;
+  Feed(kRmc + "x[COM1]" + "$PMD\r\n");
+  ASSERT_EQ(window.strings.size(), 2u);
+  EXPECT_EQ(window.strings[0].ToUtf8(), kRmc);
+  EXPECT_EQ(engine.m_ComBuffer.m_strData.ToUtf8(), kRmc + "$PMD\r\n");
+  engine.m_ComBuffer.m_strData = CString(u'x', 100001);
+  Feed(kRmc + kRmc);
+  EXPECT_EQ(window.strings.size(), 3u) << "one more, then the capture has stopped itself";
+  EXPECT_TRUE(engine.m_ComBuffer.m_bOverflow);
+  EXPECT_TRUE(engine.m_ComBuffer.m_bPaused);
+  EXPECT_EQ(engine.m_ComBuffer.m_strData.GetLength(), 100001 + static_cast<int>(kRmc.size()));
+}
+
+TEST_F(LiveEngineTest, BringsALiveReceiversRecordsToTheWindow) {
+  ASSERT_TRUE(engine.Start());
+  EXPECT_TRUE(engine.IsActive());
+  engine.m_bGotData = false;
+  terminal.Send(kGga.substr(0, 20));
+  terminal.Send(kGga.substr(20) + kGga);
+  ASSERT_TRUE(UntilRecords(2));
+  EXPECT_DOUBLE_EQ(window.records[0].m_dLatitude, 0.8398053121698675);
+  EXPECT_TRUE(Until([this] { return engine.m_bGotData.Get(); }));
+  engine.Stop();
+  EXPECT_FALSE(engine.IsActive());
+  terminal.Send(kGga);
+  ASSERT_TRUE(engine.Resume());
+  terminal.Send(kGga);
+  EXPECT_TRUE(UntilRecords(3)) << "what came while the port was closed is purged";
+}
+
+TEST_F(LiveEngineTest, StopsAtOnceOnASilentLineAndOnALostOne) {
+  ASSERT_TRUE(engine.Start());
+  Sleep(30);
+  auto start = CurrentClock().Milliseconds();
+  engine.Stop();
+  EXPECT_LT(CurrentClock().Milliseconds() - start, 500u);
+  ASSERT_TRUE(engine.Start());
+  terminal.Send(kGga);
+  ASSERT_TRUE(UntilRecords(1));
+  terminal.HangUp();
+  Sleep(250);
+  EXPECT_TRUE(engine.IsActive()) << "a lost port is a silent line";
+  start = CurrentClock().Milliseconds();
+  engine.Stop();
+  EXPECT_LT(CurrentClock().Milliseconds() - start, 500u);
+}
+
+TEST_F(LiveEngineTest, StartsAndStopsAThousandTimesWhileDataFlow) {
+  for (int round = 0; round < 1000; ++round) {
+    ASSERT_TRUE(engine.Start()) << round;
+    terminal.Send(kGga);
+    if (round % 100 == 0) {
+      ASSERT_TRUE(UntilRecords(1));
+    }
+    engine.m_bAttachRawData = round % 2 == 0;
+    window.Drain();
+    window.records.clear();
+  }
+  engine.Stop();
+}
+
+TEST_F(LiveEngineTest, RecordsTheBytesOfThePort) {
+  namespace fs = std::filesystem;
+  const fs::path path = fs::temp_directory_path() / ("gpsengine-record-" + std::to_string(getpid()));
+  engine.m_strRecordFile = CString::FromUtf8(path.string());
+  engine.m_bRecordRaw = true;
+  ASSERT_TRUE(engine.Start());
+  terminal.Send(kGga + "\x01\xFF" + kRmc);
+  ASSERT_TRUE(UntilRecords(1));
+  engine.m_bRecordRaw = false;
+  terminal.Send(kGga);
+  ASSERT_TRUE(UntilRecords(2));
+  engine.Stop();
+  std::ifstream file(path, std::ios::binary);
+  EXPECT_EQ(std::string(std::istreambuf_iterator<char>(file), {}), kGga + "\x01\xFF" + kRmc);
+  fs::remove(path);
+  EXPECT_TRUE(boxes.empty());
+}
+
+TEST_F(LiveEngineTest, TellsThatItCannotRecordAndReadsOn) {
+  engine.m_strRecordFile = "/nowhere/at/all";
+  engine.m_bRecordRaw = true;
+  ASSERT_TRUE(engine.Start());
+  terminal.Send(kGga);
+  ASSERT_TRUE(UntilRecords(1));
+  EXPECT_FALSE(engine.m_bRecordRaw);
+  engine.Stop();
+  EXPECT_EQ(boxes, std::vector<std::string>{"Could not open file to log raw data!"});
+}
+
+TEST_F(LiveEngineTest, MayBeStoppedAndCommandedFromACallback) {
+  static CGPSEngine* running = nullptr;
+  class Stopper : public COtherGps {
+   public:
+    CString GetName() override { return "Stopper"; }
+    bool Parse(CString& strMessage) override {
+      const bool published = COtherGps::Parse(strMessage);
+      running->Stop();
+      return published;
+    }
+    using COtherGps::Parse;
+  };
+  running = &engine;
+  engine.AddReceiver(new Stopper);
+  Select("Stopper");
+  ASSERT_TRUE(engine.Start());
+  terminal.Send(kGga);
+  ASSERT_TRUE(UntilRecords(1));
+  EXPECT_TRUE(Until([this] { return !engine.IsActive(); }));
+}
+
+TEST_F(LiveEngineTest, OutlivesAThreadThatIsHeldUpInABox) {
+  const HANDLE shown = CreateEventW(true, false);
+  const HANDLE closed = CreateEventW(true, false);
+  SetMessageBoxHandler([=](const CString&, BoxKind) {
+    SetEvent(shown);
+    WaitForSingleObject(closed, INFINITE);
+  });
+  {
+    CGPSEngine shortLived;
+    shortLived.SetReceiver(shortLived.FindReceiver("Other"));
+    shortLived.GetReceiver()->SetupReceiver(kPort, 0, 0.0, "", false);
+    shortLived.m_strRecordFile = "/nowhere/at/all";
+    shortLived.m_bRecordRaw = true;
+    ASSERT_TRUE(shortLived.Start());
+    terminal.Send(kGga);
+    WaitForSingleObject(shown, INFINITE);
+    const auto start = CurrentClock().Milliseconds();
+    shortLived.Stop();
+    EXPECT_LT(CurrentClock().Milliseconds() - start, 1500u);
+    ASSERT_TRUE(engine.Start()) << "the next run does not mind";
+    engine.Stop();
+  }
+  SetEvent(closed);
+  Sleep(50);  // the late thread ends, and touches nothing
+  CloseHandle(shown);
+  CloseHandle(closed);
+}
+
+class PlaybackTest : public EngineTest {
+ protected:
+  PlaybackTest() {
+    std::filesystem::create_directories(folder);
+    engine.m_bEmulation = true;
+    engine.m_strEmulationDir = CString::FromUtf8(folder.string() + "/");
+  }
+  ~PlaybackTest() override {
+    engine.Stop();
+    std::filesystem::remove_all(folder);
+  }
+  void Write(const char* name, const std::string& text) {
+    std::ofstream(folder / name, std::ios::binary) << text;
+  }
+
+  const std::filesystem::path folder =
+      std::filesystem::temp_directory_path() / ("gpsengine-playback-" + std::to_string(getpid()));
+};
+
+TEST_F(PlaybackTest, PlaysALineAtATimeInALoop) {
+  Write("Emulation.log", kGga.substr(0, kGga.size() - 2));         // without a line end
+  engine.m_strEmulationFile = CString::FromUtf8(folder.string());  // a folder, which is no recording
+  const auto start = CurrentClock().Milliseconds();
+  ASSERT_TRUE(engine.Start());
+  ASSERT_TRUE(UntilRecords(2));
+  EXPECT_GE(CurrentClock().Milliseconds() - start, 1000u);
+  const auto stop = CurrentClock().Milliseconds();
+  engine.Stop();
+  EXPECT_LT(CurrentClock().Milliseconds() - stop, 400u);
+}
+
+TEST_F(PlaybackTest, ShowsAPauseLineAndGoesOn) {
+  Write("drive.log", "QRV PAUSE,Turn the key, now\n" + kGga);
+  engine.m_strEmulationFile = CString::FromUtf8((folder / "drive.log").string());
+  ASSERT_TRUE(engine.Start());
+  ASSERT_TRUE(UntilRecords(1));
+  engine.Stop();
+  EXPECT_EQ(boxes, std::vector<std::string>{"Turn the key, now"});
+}
+
+TEST_F(PlaybackTest, NamesTheFileThatItCannotPlayAndStops) {
+  ASSERT_TRUE(engine.Start());
+  EXPECT_TRUE(Until([this] { return !engine.IsActive(); }));
+  engine.Stop();
+  EXPECT_EQ(boxes, std::vector<std::string>{"Unable to open the emulation file: '" + folder.string() +
+                                            "/Emulation.log'."});
+}
+
+TEST_F(PlaybackTest, OfAnEmptyFileEndsWithTheEngineStillActive) {
+  Write("Emulation.log", "");
+  ASSERT_TRUE(engine.Start());
+  Sleep(700);
+  EXPECT_TRUE(engine.IsActive());
+  engine.Stop();
+  EXPECT_FALSE(engine.IsActive());
+}
+
+}  // namespace

@@ -1,0 +1,285 @@
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstring>
+#include <limits>
+#include <numbers>
+
+#include "host/format.h"
+#include "host/gpsdsink.h"
+#include "host/jsonwriter.h"
+#include "host/moment.h"
+#include "host/progress.h"
+#include "host/recordsink.h"
+#include "host/textsink.h"
+#include "tests/support/receivertest.h"
+
+using namespace host;
+
+namespace {
+
+constexpr double kRadians = std::numbers::pi / 180.0;
+constexpr Moment kMidday = 1715688000000;  // 2024-05-14 12:00 UTC
+
+/// A fix at 12:35:19 that moves south-west.
+CGPSData Fix() {
+  CGPSData data;
+  data.m_Time = CTime(kMidday / 1000);
+  data.m_dTimeOfDay = 45319.25;
+  data.m_dLatitude = 48.1173 * kRadians;
+  data.m_dLongitude = -11.5 * kRadians;
+  data.m_dAltitude = 545.4;
+  data.m_dHDOP = 0.9;
+  data.m_nSatellitesUsed = 8;
+  data.m_nSatellitesInView = 11;
+  data.m_nSignalType = UDF_SIGNAL_WAAS;
+  data.m_dHeading = 225.0 * kRadians;
+  data.m_dSpeed = 5.0;
+  data.m_bPositionValid = data.m_bVelocityValid = data.m_bDOPValid = true;
+  return data;
+}
+
+/// The same with a table of two satellites, as the last sentence of a group leaves it.
+CGPSData Group() {
+  CGPSData data = Fix();
+  data.m_bPositionValid = false;
+  data.m_bSatellitesComplete = data.m_bSatellitesChanged = true;
+  data.m_Satellites[0] = {45.0 * kRadians, 180.0 * kRadians, 7, true, true, 41};
+  data.m_Satellites[3] = {5.0 * kRadians, 359.0 * kRadians, 40, false, true, 0};
+  data.m_Satellites[5] = {5.0 * kRadians, 0.0, 9, false, false, 0};  // left over from an earlier group
+  return data;
+}
+
+/// What a format makes of records.
+class Lines {
+ public:
+  explicit Lines(Format format, Geoid geoid = Geoid::none) : sink_(MakeSink(format, out_, "dev", geoid)) {}
+  std::string Of(const CGPSData& data) {
+    out_.clear();
+    shown = sink_->OnData(data);
+    return out_;
+  }
+  bool shown = false;
+
+ private:
+  std::string out_;
+  std::unique_ptr<Sink> sink_;
+};
+
+}  // namespace
+
+TEST(HostJsonWriter, WritesNumbersThatReadBackAndTextThatIsUtf8) {
+  std::string out;
+  JsonWriter json(out);
+  json.BeginArray();
+  for (const double value : {0.1, -0.0, 1e300, 20.0, std::nan(""), std::numeric_limits<double>::infinity()}) {
+    json.Value(value);
+  }
+  json.Value(std::int16_t{-7});
+  json.Value(true);
+  json.Text(std::string_view("a\"\\\r\n\t\x01\x7F\xE9\0z", 11));
+  json.EndArray();
+  EXPECT_EQ(out, R"([0.1,-0,1e+300,20,null,null,-7,true,"a\"\\\r\n\t\u0001\u007f)"
+                 "\xC3\xA9"
+                 R"(\u0000z"])");
+}
+
+TEST(HostJsonWriter, RoundsFixedDecimals) {
+  const struct {
+    double value;
+    int decimals;
+    const char* text;
+  } cases[] = {{1.0049, 2, "1.00"},   {-1.005, 1, "-1.0"}, {-0.0004, 3, "0.000"}, {0.05, 1, "0.1"},
+               {-0.96, 1, "-1.0"},    {7.0, 0, "7"},       {1e20, 1, "100000000000000000000.0"},
+               {-87.06808, 9, "-87.068080000"}};
+  for (const auto& [value, decimals, text] : cases) {
+    std::string out;
+    AppendFixed(out, value, decimals);
+    EXPECT_EQ(out, text);
+  }
+}
+
+TEST(HostMoment, GivesATimeOfDayTheNearestDate) {
+  const Moment midnight = kMidday + kDay / 2;
+  std::string out;
+  for (const auto& [seconds, near] : {std::pair{86399.5, midnight + 1000}, {0.25, midnight - 1000}, {43200.0, kMidday}}) {
+    AppendIso(out, DateTimeOfDay(seconds, near));
+  }
+  EXPECT_EQ(out, "2024-05-14T23:59:59.500Z2024-05-15T00:00:00.250Z2024-05-14T12:00:00.000Z");
+}
+
+TEST(HostMoment, FindsTheDateOfARecordingHoweverItIsCut) {
+  const std::string stream = "noise$" + WithChecksum("$GNRMC,120000.00,A,4807,N,01131,E,0,0,140524,,") +
+                             WithChecksum("$GPRMC,120001,V,,,,,,,010199,,") +  // no fix: the date may be anything
+                             "$GPZDA,120000,15,05,2031,00,00*00\r\n";          // broken
+  for (const std::size_t cut : {std::size_t{1}, std::size_t{13}, stream.size()}) {
+    DateScan scan;
+    for (std::size_t i = 0; i < stream.size(); i += cut) scan.Feed(std::string_view(stream).substr(i, cut));
+    EXPECT_FALSE(scan.Latest()) << "the first sentence stands behind a stray dollar sign";
+    scan.Feed(WithChecksum("$GNRMC,120000.00,A,4807,N,01131,E,0,0,140524,,"));
+    EXPECT_EQ(scan.Latest(), kMidday);
+    scan.Feed(WithChecksum("$GPZDA,000001.00,15,05,1999,00,00"));
+    EXPECT_EQ(scan.Latest(), 926726401000);
+  }
+}
+
+TEST(HostRecordFormat, WritesEveryFieldOfAPosition) {
+  CGPSData data;
+  data.m_dLatitude = 0.5;
+  data.m_dHDOP = std::nan("");
+  data.m_Time = CTime(4000000000);
+  data.m_nSignalType = UDF_SIGNAL_RTK_FIXED;
+  data.m_bPositionValid = true;
+  data.m_Satellites[11].m_nPRN = 31;
+  std::memset(data.m_szProprietary, 'x', sizeof data.m_szProprietary);
+  data.m_Status.m_nNmeaGGA = NMEA_MSG_ON;
+  data.m_Status.SetText("JI", 2);
+  std::string satellites;
+  for (int i = 0; i < 12; ++i) {
+    satellites += R"({"m_dElevation":0,"m_dAzimuth":0,"m_nPRN":)" + std::string(i == 11 ? "31" : "0") +
+                  R"(,"m_bUsed":false,"m_bInView":false,"m_nSNR":0})" + (i == 11 ? "" : ",");
+  }
+  EXPECT_EQ(
+      Lines(Format::record).Of(data),
+      R"({"message":"WM_GPS_NEW_DATA","m_dLatitude":0.5,"m_dLongitude":0,"m_dAltitude":0,"m_dHDOP":null,"m_dPDOP":0,)"
+      R"("m_dVDOP":0,"m_dAverageSNR":0,"m_Time":4000000000,"m_Satellites":[)" +
+          satellites +
+          R"(],"m_nSatellitesUsed":0,"m_nSatellitesInView":0,"m_nSignalType":6,"m_dHeading":0,"m_dSpeed":0,)"
+          R"("m_bPositionValid":true,"m_bVelocityValid":false,"m_bDOPValid":false,"m_bSatellitesComplete":false,)"
+          R"("m_bSatellitesChanged":false,"m_bProprietaryValid":false,"m_dTimeOfDay":0,"m_dLocalNorth":0,)"
+          R"("m_dLocalEast":0,"m_szProprietary":")" +
+          std::string(79, 'x') +
+          R"(","m_Status":{"m_bStatusUpdated":true,"m_bBeaconStatusValid":false,"m_nBeaconSignalStrength":0,)"
+          R"("m_nBeaconSNR":0,"m_dBeaconFrequency":0,"m_nBeaconBitRate":0,"m_bBeaconTuneValid":false,)"
+          R"("m_bBeaconAutoTune":false,"m_bMaskSaveValid":true,"m_bElevationMaskValid":false,"m_nElevationMask":0,)"
+          R"("m_bMaskSaved":false,"m_bNmeaStatusValid":false,"m_nNmeaGGA":0,"m_nNmeaGSA":2,"m_nNmeaZDA":2,)"
+          R"("m_nNmeaGLL":2,"m_nNmeaVTG":2,"m_nNmeaSAT":2,"m_nNmeaGSV":2,"m_bPositionModeValid":false,)"
+          R"("m_dFixedAltitude":0,"m_nPositionMode":0,"m_nPDOPMask":0,"m_nHDOPMask":0,"m_nVDOPMask":0,)"
+          R"("m_dOutputInterval":-1,"m_bAck":false,"m_bDgpsModeValid":false,"m_nDgpsMode":0,"m_nLbandMode":0,)"
+          R"("m_bTextValid":true,"m_szText":"JI"}})"
+          "\n");
+}
+
+TEST(HostRecordFormat, WritesTheUsedSlotsOfARawEpoch) {
+  CGPSDataRaw epoch;
+  epoch.m_Time = CTime(7);
+  epoch.m_nGPSWeek = 2314;
+  epoch.m_dReceiverTime = 345600.5;
+  epoch.AddSatelliteData(DataRecord_G12_MBN{1, 0, 5, 0, 1499, 0, 24, {}, 0.07, 10000, -12.5, 0, 0});
+  std::string out;
+  RecordSink sink(out);
+  EXPECT_TRUE(sink.OnRawData(epoch));
+  EXPECT_EQ(out,
+            R"({"message":"WM_GPS_NEW_RAW_DATA","m_Time":7,"m_dLatitude":0,"m_dLongitude":0,"m_dHeight":0,"m_dSpare":0,)"
+            R"("m_bPositionValid":false,"m_bSpare":false,"m_bEpochComplete":false,"m_dReceiverTime":345600.5,)"
+            R"("m_dCorrectedTime":0,"m_dClockOffset":0,"m_dClockDrift":0,"m_nGPSWeek":2314,"m_Satellites":[)"
+            R"({"m_nPRN":5,"m_nSignalCount":2,"m_dPseudorange":20985472.060000002,"m_dCarrierPhase":12.5,)"
+            R"("m_dDoppler":-1,"m_dSpare1":0,"m_dSpare2":0,"m_bValid":true}],"m_nSatellites":1})"
+            "\n");
+}
+
+TEST(HostRecordFormat, WritesEphemeridesAndBlocks) {
+  std::string out;
+  RecordSink sink(out);
+  CGPSDataEphemeris ephemeris;
+  ephemeris.m_nPRN = 9;
+  ephemeris.m_dIDot = -1e-10;
+  sink.OnEphemeris(ephemeris);
+  sink.OnBin();
+  EXPECT_TRUE(out.starts_with(R"({"message":"WM_GPS_NEW_EPHEMERIS","m_nPRN":9,"m_nWeek":0,"m_lTow":0,"m_dTgd":0,)"));
+  EXPECT_TRUE(out.ends_with("\"m_dOmegaDot\":0,\"m_dIDot\":-1e-10}\n{\"message\":\"WM_GPS_NEW_BIN\"}\n"));
+}
+
+TEST(HostJsonFormat, WritesAPositionAsTpv) {
+  Lines json(Format::json);
+  EXPECT_EQ(json.Of(Fix()),
+            R"({"class":"TPV","device":"dev","mode":3,"time":"2024-05-14T12:35:19.250Z","status":2,"lat":48.117300000,)"
+            R"("lon":-11.500000000,"altMSL":545.4000,"track":225.0000,"speed":5.000})"
+            "\n");
+  CGPSData still = Fix();
+  still.m_dSpeed = still.m_dHeading = 0.0;
+  EXPECT_EQ(json.Of(still).find("track"), std::string::npos) << "the direction east of a receiver at rest is none";
+  CGPSData none = Fix();
+  none.m_nSignalType = UDF_SIGNAL_NONE;
+  none.m_dTimeOfDay = 0.0;
+  none.m_bDOPValid = false;
+  EXPECT_EQ(json.Of(none), "{\"class\":\"TPV\",\"device\":\"dev\",\"mode\":1}\n");
+}
+
+TEST(HostJsonFormat, NamesTheHeightForWhatItIs) {
+  for (const auto& [geoid, key] :
+       {std::pair{Geoid::none, "\"altMSL\":"}, {Geoid::add, "\"altHAE\":"}, {Geoid::subtract, "\"altMSL\":"}}) {
+    EXPECT_NE(Lines(Format::json, geoid).Of(Fix()).find(key), std::string::npos);
+  }
+}
+
+TEST(HostJsonFormat, WritesEachGroupOfSatellitesOnce) {
+  Lines json(Format::json);
+  const std::string sky =
+      R"({"class":"SKY","device":"dev","time":"2024-05-14T12:35:19.250Z","hdop":0.90,"nSat":11,"uSat":8,"satellites":[)"
+      R"({"PRN":7,"gnssid":0,"svid":7,"el":45.0,"az":180.0,"ss":41,"used":true},)"
+      R"({"PRN":40,"gnssid":1,"svid":127,"el":5.0,"az":359.0,"ss":0,"used":false}]})"
+      "\n";
+  EXPECT_EQ(json.Of(Group()), sky);
+  CGPSData next = Group();
+  next.m_bPositionValid = true;
+  EXPECT_EQ(json.Of(next).find("SKY"), std::string::npos);
+  EXPECT_EQ(json.Of(Group()), sky) << "the next group, though nothing has changed";
+}
+
+TEST(HostJsonFormat, WritesTheDilutionOfAReceiverThatSendsNoSatellites) {
+  Lines json(Format::json);
+  EXPECT_EQ(json.Of(Fix()).find("SKY"), std::string::npos) << "satellites may follow";
+  EXPECT_TRUE(json.Of(Fix()).ends_with("\"time\":\"2024-05-14T12:35:19.250Z\",\"hdop\":0.90,\"uSat\":8}\n"));
+}
+
+TEST(HostFormats, ShowWhatReportsHaveNewsOf) {
+  CGPSData data;
+  data.m_Status.m_bStatusUpdated = true;
+  data.m_Status.m_bBeaconStatusValid = data.m_Status.m_bElevationMaskValid = data.m_Status.m_bNmeaStatusValid = true;
+  data.m_Status.m_dBeaconFrequency = 304.5;
+  data.m_Status.m_nElevationMask = 5;
+  data.m_Status.m_nNmeaGGA = NMEA_MSG_ON;
+  data.m_Status.m_nNmeaGSV = NMEA_MSG_OFF;
+  data.m_Status.m_bDgpsModeValid = true;
+  data.m_Status.m_nDgpsMode = DGPS_MODE_WAAS;
+  data.m_Status.SetText("$>JI,1\x1B\r\n", 9);
+  EXPECT_EQ(Lines(Format::json).Of(data),
+            R"({"class":"STATUS","device":"dev","text":"$>JI,1\u001b","beaconSignalStrength":0,"beaconSNR":0,)"
+            R"("beaconFrequency":304.5,"beaconBitRate":0,"elevationMask":5,"nmeaGGA":"on","nmeaGSV":"off",)"
+            R"("dgpsMode":"waas"})"
+            "\n");
+  EXPECT_EQ(Lines(Format::text).Of(data),
+            "report: text $>JI,1?, beacon signal strength 0, beacon SNR 0, beacon frequency 304.5 kHz, beacon bit rate "
+            "0, elevation mask 5 deg, GGA on, GSV off, differential source waas\n");
+}
+
+TEST(HostFormats, TellARepeatedPositionModeOnce) {
+  CGPSData data;
+  data.m_Status.m_bStatusUpdated = data.m_Status.m_bPositionModeValid = true;
+  Lines text(Format::text);
+  EXPECT_EQ(text.Of(data), "report: position mode 0, fixed altitude 0 m, PDOP mask 0, HDOP mask 0, VDOP mask 0\n");
+  EXPECT_EQ(text.Of(data), "");
+  EXPECT_FALSE(text.shown);
+  data.m_Status.m_nHDOPMask = 4;
+  EXPECT_NE(text.Of(data).find("HDOP mask 4"), std::string::npos);
+}
+
+TEST(HostTextFormat, WritesALineAFix) {
+  Lines text(Format::text);
+  EXPECT_EQ(text.Of(Fix()),
+            "12:35:19.25  SBAS       48.1173000N   11.5000000W    545.4 m    8/11 satellites  HDOP 0.9   18.0 km/h  225 "
+            "deg\n");
+  CGPSData none = Fix();
+  none.m_nSignalType = UDF_SIGNAL_NONE;
+  none.m_dTimeOfDay = 0.0;
+  none.m_bDOPValid = false;
+  EXPECT_EQ(text.Of(none), "--:--:--.--  no fix       8/11 satellites\n");
+  EXPECT_EQ(text.Of(Group()), "");
+  EXPECT_FALSE(text.shown);
+}
+
+TEST(HostProgress, FitsTheTerminal) {
+  EXPECT_EQ(Progress::Render("decoding", 0.5, 30), "decoding [######......]  50 %");
+  EXPECT_EQ(Progress::Render("decoding", 2.0, 10), "decoding 100 %");
+}

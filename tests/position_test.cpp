@@ -1,0 +1,113 @@
+#include "tests/support/receivertest.h"
+
+namespace {
+
+struct PositionTest : ReceiverTest<> {
+  void SetUpHeights(double antenna, int geoidMode) {
+    receiver.SetupReceiver(1, geoidMode, antenna, "", false);
+  }
+  // A GGA with these fields 6 and 7.
+  int SignalType(const char* quality, const char* satellites, const char* tag = "$GPGGA") {
+    EXPECT_TRUE(FeedSentence(std::string(tag) + ",123519,4807.038,N,01131.000,E," + quality + "," +
+                             satellites + ",0.9,545.4,M,46.9,M,,"));
+    return Last().m_nSignalType;
+  }
+  double Altitude(const char* tail) {
+    EXPECT_TRUE(FeedSentence(std::string("$GPGGA,123519,4807.038,N,01131.000,E,1,08,0.9,") + tail));
+    return Last().m_dAltitude;
+  }
+};
+
+TEST_F(PositionTest, DecodesAGga) {
+  EXPECT_TRUE(FeedSentence("$GPGGA,123519.25,4807.038,N,01131.000,W,2,08,0.9,545.4,M,46.9,M,,"));
+  EXPECT_DOUBLE_EQ(Last().m_dLatitude, 0.8398053121698675);
+  EXPECT_DOUBLE_EQ(Last().m_dLongitude, -(11.0 + 31.0 / 60.0) * 3.141592653589793 / 180.0);
+  EXPECT_DOUBLE_EQ(Last().m_dTimeOfDay, 45319.25);
+  EXPECT_EQ(Last().m_nSignalType, UDF_SIGNAL_CORRECTED_GPS);
+  EXPECT_EQ(Last().m_nSatellitesUsed, 8);
+  EXPECT_EQ(Last().m_dHDOP, 0.9);
+  EXPECT_EQ(Last().m_dAltitude, 545.4);
+  EXPECT_TRUE(Last().m_bPositionValid);
+  EXPECT_TRUE(Last().m_bDOPValid);
+  EXPECT_TRUE(FeedSentence("$GNGGA,000000,4807.038,S,01131.000,E,2,08,0.9,545.4,M,46.9,M,,"));
+  EXPECT_DOUBLE_EQ(Last().m_dLatitude, -0.8398053121698675);
+  EXPECT_TRUE(FeedSentence("$GPGGA,000000,4807.038,n,01131.000,e,2,08,0.9,545.4,m,46.9,M,,"));
+  EXPECT_LT(Last().m_dLatitude, 0.0) << "a lower-case letter is the other hemisphere";
+  EXPECT_LT(Last().m_dLongitude, 0.0);
+}
+
+TEST_F(PositionTest, MapsTheQualityIndicator) {
+  struct Row {
+    const char* quality;
+    int type;
+  };
+  constexpr Row rows[] = {{"0", 0}, {"1", 1}, {"2", 2}, {"3", 1}, {"4", 6},  {"5", 7},
+                          {"6", 3}, {"7", 4}, {"8", 1}, {"9", 9}, {"12", 1}, {"-1", 1}};
+  for (const Row& row : rows) EXPECT_EQ(SignalType(row.quality, "04"), row.type) << row.quality;
+  EXPECT_EQ(SignalType("4", "3"), UDF_SIGNAL_NONE);
+}
+
+TEST_F(PositionTest, TakesAntennaHeightAndSeparationIntoAccount) {
+  struct Row {
+    int mode;
+    const char* tail;
+    double altitude;
+  };
+  constexpr Row rows[] = {
+      {0, "100.0,M,30.0,M,,", 98.0},  {1, "100.0,M,30.0,M,,", 128.0}, {2, "100.0,M,30.0,M,,", 68.0},
+      {1, "100.0,m,30.0,m,,", 128.0}, {1, "100.0,M", 98.0},           {1, "100.0,M,30.0,F,,", 98.0},
+      {1, "100.0,M,,M,,", 98.0},      {0, "100.0,M", 98.0},
+  };
+  for (const Row& row : rows) {
+    SetUpHeights(2.0, row.mode);
+    EXPECT_EQ(Altitude(row.tail), row.altitude) << row.mode << " " << row.tail;
+  }
+}
+
+TEST_F(PositionTest, LeavesAFailedGgaForTheNextPublication) {
+  FeedSentence("$GPGGA,000001,1000.000,N,01000.000,E,2,08,0.9,50.0,M,,,,");
+  window.records.clear();
+  SetUpHeights(2.0, 0);
+  EXPECT_FALSE(FeedSentence("$GPGGA,000002,2000.000,N,01000.000,E,2,08,0.9,300.0,F,,,,"));
+  EXPECT_FALSE(FeedSentence("$GPGGA,000003,3000.000,N,,E,2,08,0.9,60.0,M,,,,"));
+  EXPECT_EQ(Published(), 0u);
+  EXPECT_TRUE(FeedSentence("$GPGSA,A,3,04,05,,09,12,,,24,,,,,2.5,1.3,2.1"));
+  EXPECT_TRUE(Last().m_bPositionValid);
+  EXPECT_EQ(Last().m_nSignalType, UDF_SIGNAL_NONE);
+  EXPECT_DOUBLE_EQ(Last().m_dTimeOfDay, 3.0);
+  EXPECT_DOUBLE_EQ(Last().m_dLatitude, 30.0 * 3.141592653589793 / 180.0);
+  EXPECT_EQ(Last().m_dAltitude, 300.0) << "as it stood in the sentence, feet and all";
+}
+
+TEST_F(PositionTest, WantsTheMandatoryFieldsOfAGga) {
+  const char* const broken[] = {
+      "$GPGGA",
+      "$GPGGA,,4807.038,N,01131.000,E,1,08,0.9,545.4,M,46.9,M,,",
+      "$GPGGA,123519,,N,01131.000,E,1,08,0.9,545.4,M,46.9,M,,",
+      "$GPGGA,123519,4807.038,N,01131.000,E,,08,0.9,545.4,M,46.9,M,,",
+      "$GPGGA,123519,4807.038,N,01131.000,E,1,,0.9,545.4,M,46.9,M,,",
+      "$GPGGA,123519,4807.038,N,01131.000,E,1,08,,545.4,M,46.9,M,,",
+      "$GPGGA,123519,4807.038,N,01131.000,E,1,08,0.9,,M,46.9,M,,",
+      "$GPGGA,123519,4807.038,N,01131.000,E,1,08,0.9,545.4",
+  };
+  for (const char* sentence : broken) EXPECT_FALSE(FeedSentence(sentence)) << sentence;
+}
+
+TEST_F(PositionTest, DecodesAnInggaWithGaps) {
+  EXPECT_TRUE(FeedSentence("$INGGA,123519,4807.038,N,01131.000,E,1,01,0.9,545.4,M,46.9,M,,"));
+  EXPECT_EQ(Last().m_nSignalType, UDF_SIGNAL_CALCULATED);
+  EXPECT_TRUE(FeedSentence("$INGGA,,4900.000,N,01131.000,E,0,,,,M,,,,"));
+  EXPECT_EQ(Last().m_nSignalType, UDF_SIGNAL_NONE);
+  EXPECT_DOUBLE_EQ(Last().m_dTimeOfDay, 45319.0);
+  EXPECT_DOUBLE_EQ(Last().m_dLatitude, 49.0 * 3.141592653589793 / 180.0);
+  EXPECT_EQ(Last().m_nSatellitesUsed, 1);
+  EXPECT_EQ(Last().m_dAltitude, 545.4);
+  EXPECT_FALSE(Last().m_bDOPValid);
+  EXPECT_FALSE(FeedSentence("$INGGA,123519,,N,01131.000,E,1,01,0.9,545.4,M,46.9,M,,"));
+  EXPECT_FALSE(FeedSentence("$INGGA,123519,4807.038,N,01131.000,E,1,01,0.9,545.4"));
+  SetUpHeights(1.0, 2);
+  EXPECT_TRUE(FeedSentence("$INGGA,123519,4807.038,N,01131.000,E,1,01,0.9,545.4,M,46.9,M,,"));
+  EXPECT_DOUBLE_EQ(Last().m_dAltitude, 545.4 - 1.0 - 46.9);
+}
+
+}  // namespace

@@ -1,0 +1,148 @@
+#include "gpsengine/link/precisetimer.h"
+
+#include <gtest/gtest.h>
+
+#include <vector>
+
+#include "gpsengine/link/ticks.h"
+#include "gpsengine/platform/clock.h"
+#include "gpsengine/platform/event.h"
+
+namespace {
+
+// A window that notes when its ticks come, and may be slow to handle them.
+class Clockface : public CWnd {
+ public:
+  struct Tick {
+    DWORD nBegin, nEnd;
+    WPARAM wParam;
+  };
+
+  explicit Clockface(DWORD nSlowness = 0) : m_nSlowness(nSlowness) { Create(); }
+
+  LRESULT WindowProc(UINT message, WPARAM wParam, LPARAM) override {
+    if (message != WM_PRECISE_TIMER) return 0;
+    const DWORD nBegin = GetTickCount();
+    if (m_nSlowness > 0) Sleep(m_nSlowness);
+    ticks.push_back({nBegin, GetTickCount(), wParam});
+    return 0;
+  }
+
+  /// Handles messages until there are `nTicks` or the time is over.
+  std::size_t Run(std::size_t nTicks, DWORD ms) {
+    for (const DWORD nBegin = GetTickCount(); ticks.size() < nTicks && GetTickCount() - nBegin < ms;) {
+      MsgWaitForMultipleObjects(0, nullptr, 10);
+      for (MSG message; PeekMessageW(&message, PM_REMOVE);) DispatchMessageW(message);
+    }
+    return ticks.size();
+  }
+
+  std::vector<Tick> ticks;
+
+ private:
+  DWORD m_nSlowness;
+};
+
+constexpr DWORD kLong = 10000;  // more than any tick here takes, on a slow machine too
+
+}  // namespace
+
+TEST(PreciseTimer, RefusesToTickForNobodyOrAtNoInterval) {
+  Clockface window;
+  CPreciseTimer timer;
+  EXPECT_EQ(timer.Start(nullptr, 10), 0);
+  EXPECT_EQ(timer.Start(&window, 0), 0);
+  EXPECT_EQ(timer.Start(&window, -5), 0);
+  EXPECT_EQ(window.Run(1, 30), 0u);
+}
+
+TEST(PreciseTimer, TicksUnderItsNumberUntilItIsStopped) {
+  Clockface window;
+  CPreciseTimer first, second;
+  const int nFirst = first.Start(&window, 10);
+  EXPECT_GT(nFirst, 0);
+  EXPECT_EQ(first.Start(&window, 60000), nFirst) << "a running timer goes on as it was";
+  EXPECT_EQ(window.Run(3, kLong), 3u);
+  first.Stop();
+  EXPECT_EQ(second.Start(&window, 10), nFirst + 1);
+  window.ticks.clear();
+  EXPECT_EQ(window.Run(3, kLong), 3u);
+  for (const Clockface::Tick& tick : window.ticks) EXPECT_EQ(tick.wParam, static_cast<WPARAM>(nFirst) + 1);
+  EXPECT_EQ(first.Start(&window, 10), nFirst) << "a stopped timer starts again";
+  second.Stop();
+  window.ticks.clear();
+  EXPECT_EQ(window.Run(1, kLong), 1u);
+}
+
+// Behind a tick that takes longer than the period there is a pause of 10 ms and a wait of 1 ms, and no tick
+// is made up for.
+TEST(PreciseTimer, DoesNotPileTicksUpOnASlowWindow) {
+  Clockface window(30);
+  CPreciseTimer timer;
+  timer.Start(&window, 10);
+  ASSERT_EQ(window.Run(3, kLong), 3u);
+  timer.Stop();
+  for (std::size_t i = 1; i < window.ticks.size(); ++i)
+    EXPECT_GE(window.ticks[i].nBegin - window.ticks[i - 1].nEnd, 10u);
+}
+
+// The waits stand for the time of the window, so that a period holds from tick to tick.
+TEST(PreciseTimer, MakesUpForTheTimeThatTheWindowTakes) {
+  Clockface window(40);
+  CPreciseTimer timer;
+  timer.Start(&window, 60);
+  ASSERT_EQ(window.Run(4, kLong), 4u);
+  timer.Stop();
+  DWORD nShortest = kLong;
+  for (std::size_t i = 1; i < window.ticks.size(); ++i)
+    nShortest = std::min(nShortest, window.ticks[i].nBegin - window.ticks[i - 1].nBegin);
+  EXPECT_GE(nShortest + 2, 60u);
+  EXPECT_LT(nShortest, 90u) << "40 ms of the window and 60 of the period would be 100";
+}
+
+TEST(PreciseTimer, LetsGoOfAWindowThatGoesAway) {
+  CPreciseTimer timer;
+  {
+    Clockface window;
+    timer.Start(&window, 1);
+    Sleep(20);  // the timer is inside its send by now, and nobody takes the message
+  }
+  Clockface other;
+  EXPECT_GT(timer.Start(&other, 1), 0);
+  EXPECT_EQ(other.Run(1, 30), 0u) << "it still belongs to the first window";
+  timer.Stop();
+  timer.Start(&other, 1);
+  EXPECT_EQ(other.Run(2, kLong), 2u);
+}
+
+TEST(PreciseTimer, TakesUpANewStartRightBehindAStop) {
+  Clockface first, second;
+  CPreciseTimer timer;
+  timer.Start(&first, 1);
+  first.Run(1, kLong);
+  for (int i = 0; i < 50; ++i) {
+    timer.Stop();
+    timer.Start(i % 2 == 0 ? &second : &first, 1);
+  }
+  timer.Stop();
+  timer.Start(&second, 1);
+  second.Run(1, kLong);
+  first.ticks.clear();
+  second.ticks.clear();
+  EXPECT_EQ(second.Run(5, kLong), 5u);
+  EXPECT_EQ(first.ticks.size(), 0u);
+}
+
+TEST(Ticks, GoOnOverAWrapOfThePlatformsTick) {
+  struct Step {
+    DWORD nFrom, nTo, nPassed;
+  };
+  for (const Step& step :
+       {Step{1000, 1010, 10}, Step{0x7FFFFFF0, 5, 0x14},                   // a tick of 31 bits
+        Step{0x7FFFFFF0, 0x80000005, 0x15}, Step{0xFFFFFFF0, 5, 0x13}}) {  // of 32, 2 ms short
+    CTicks ticks;
+    ticks.Continue(step.nFrom);
+    const DWORD nBegin = ticks.Continue(step.nFrom);
+    EXPECT_EQ(ticks.Continue(step.nTo) - nBegin, step.nPassed) << step.nFrom << " to " << step.nTo;
+  }
+}

@@ -1,0 +1,76 @@
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <string>
+
+#include "gpsengine/drivers/sirf.h"
+#include "gpsengine/platform/application.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+class ProfileTest : public testing::Test {
+ protected:
+  ProfileTest() { app.SetProfilePath(CString::FromUtf8(path.string())); }
+  ~ProfileTest() override { fs::remove_all(folder); }
+
+  void Write(const std::string& text) {
+    fs::create_directories(folder);
+    std::ofstream(path) << text;
+  }
+  std::string Text() {
+    std::ifstream file(path);
+    return {std::istreambuf_iterator<char>(file), {}};
+  }
+
+  const fs::path folder = fs::temp_directory_path() / ("gpsengine-profile-" + std::to_string(getpid()));
+  const fs::path path = folder / "host.ini";
+  CWinApp app{"gpsengine-test"};
+};
+
+TEST_F(ProfileTest, KeepsNumbersAndWhatOthersWrote) {
+  Write("; mine\n[Window]\nWidth=800\n\n[SiRF]\nBaud=4800\n");
+  EXPECT_EQ(app.GetProfileInt("SiRF", "Baud", 1), 4800);
+  EXPECT_TRUE(app.WriteProfileInt("SiRF", "Baud", 38400));
+  EXPECT_TRUE(app.WriteProfileInt("Window", "Height", 600));
+  EXPECT_TRUE(app.WriteProfileInt("CSI - MAX", "Baud", 19200));
+  EXPECT_EQ(Text(),
+            "; mine\n[Window]\nHeight=600\nWidth=800\n\n[SiRF]\nBaud=38400\n[CSI - MAX]\nBaud=19200\n");
+}
+
+TEST_F(ProfileTest, GivesTheDefaultForWhatItCannotRead) {
+  EXPECT_EQ(app.GetProfileInt("SiRF", "Baud", 7), 7);
+  Write("[SiRF]\nBaud=fast\n[Half");
+  EXPECT_EQ(app.GetProfileInt("SiRF", "Baud", 7), 7);
+  EXPECT_EQ(app.GetProfileInt("SiRF", "Speed", 7), 7);
+  Write(std::string(100, '\0') + "\xFF\xFE[=\n==\n");
+  EXPECT_EQ(app.GetProfileInt("SiRF", "Baud", 7), 7);
+}
+
+TEST_F(ProfileTest, ReportsThatItCannotBeWritten) {
+  app.SetProfilePath("/proc/nowhere/host.ini");
+  EXPECT_FALSE(app.WriteProfileInt("SiRF", "Baud", 1));
+}
+
+TEST_F(ProfileTest, HoldsTheBaudRateOfAModelUnderItsName) {
+  CSirf receiver;
+  EXPECT_EQ(receiver.GetCurrentBaudrate(), 9600);
+  receiver.SetProperties();
+  EXPECT_EQ(receiver.GetCurrentBaudrate(), 4800);
+  EXPECT_FALSE(receiver.SaveDifferentSettings(4800));
+  EXPECT_FALSE(fs::exists(path));
+  EXPECT_TRUE(receiver.SaveDifferentSettings(57600));
+  EXPECT_EQ(Text(), "[SiRF]\nBaud=57600\n");
+  CSirf second;
+  second.SetProperties();
+  EXPECT_EQ(second.GetCurrentBaudrate(), 57600);
+  CHolux other;
+  other.SetProperties();
+  EXPECT_EQ(other.GetCurrentBaudrate(), 4800);
+}
+
+}  // namespace

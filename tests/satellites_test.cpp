@@ -1,0 +1,207 @@
+// GSA, GSV and VTG, whichever comes first.
+#include <numbers>
+#include <numeric>
+
+#include "gpsengine/receiver/speedengine.h"
+#include "tests/support/receivertest.h"
+
+namespace {
+
+constexpr double kDegree = std::numbers::pi / 180.0;
+
+struct SatelliteTest : ReceiverTest<> {
+  SatelliteTest() {
+    // The table outlives a receiver. Twice twelve new numbers leave 101 to 112 in its slots, in order, none
+    // of them used.
+    std::vector<int> numbers(12);
+    for (const int first : {201, 101}) {
+      std::iota(numbers.begin(), numbers.end(), first);
+      Gsa(numbers);
+    }
+    Gsa({});
+    // A slot shows the signal of its last satellite until the new one reports its own.
+    FeedSentence("$GPGSV,3,1,12,101,0,0,,102,0,0,,103,0,0,,104,0,0,");
+    FeedSentence("$GPGSV,3,2,12,105,0,0,,106,0,0,,107,0,0,,108,0,0,");
+    FeedSentence("$GPGSV,3,3,12,109,0,0,,110,0,0,,111,0,0,,112,0,0,");
+  }
+  bool Gsa(std::vector<int> numbers, const char* dilutions = "2.5,1.3,2.1") {
+    std::string sentence = "$GPGSA,A,3";
+    for (std::size_t i = 0; i < 12; ++i) {
+      sentence += ',';
+      if (i < numbers.size()) sentence += std::to_string(numbers[i]);
+    }
+    return FeedSentence(sentence + ',' + dilutions);
+  }
+  // The table as a GGA publishes it.
+  const CGPSData& Table() {
+    EXPECT_TRUE(FeedSentence("$GPGGA,123519,4807.038,N,01131.000,E,1,08,0.9,545.4,M,46.9,M,,"));
+    return Last();
+  }
+  const CGPSSatelliteData* Find(const CGPSData& data, int number) {
+    for (const CGPSSatelliteData& slot : data.m_Satellites) {
+      if (slot.m_nPRN == number) return &slot;
+    }
+    return nullptr;
+  }
+};
+
+TEST_F(SatelliteTest, KeepsWhatGsaSaidOfAnUsedSatelliteThroughGsv) {
+  EXPECT_FALSE(Gsa({103, 17}));
+  EXPECT_TRUE(FeedSentence("$GPGSV,1,1,02,103,40,083,40,20,17,308,30"));
+  const CGPSData& data = Table();
+  const auto* third = Find(data, 103);
+  ASSERT_NE(third, nullptr);
+  EXPECT_TRUE(third->m_bUsed);
+  EXPECT_TRUE(third->m_bInView);
+  EXPECT_EQ(third->m_nSNR, 40);
+  EXPECT_DOUBLE_EQ(third->m_dElevation, 40 * kDegree);
+  EXPECT_DOUBLE_EQ(third->m_dAzimuth, 83 * kDegree);
+  EXPECT_FALSE(Find(data, 20)->m_bUsed);
+  EXPECT_FALSE(Find(data, 17)->m_bInView) << "listed by GSA ahead of the group, not by the group";
+  EXPECT_TRUE(Find(data, 17)->m_bUsed);
+  EXPECT_EQ(data.m_dAverageSNR, 20.0) << "the mean of 40 and of the 0 of a slot that has no signal yet";
+  EXPECT_EQ(data.m_dPDOP, 2.5);
+  EXPECT_EQ(data.m_dHDOP, 0.9) << "the last writer counts";
+  EXPECT_EQ(data.m_dVDOP, 2.1);
+  EXPECT_EQ(data.m_nSatellitesInView, 8) << "at least the used ones";
+  EXPECT_TRUE(data.m_bSatellitesChanged);
+}
+
+TEST_F(SatelliteTest, GivesAnUnusedSlotToANewSatelliteAndNoneWhenAllAreUsed) {
+  Gsa({101, 102, 103, 104, 106, 107, 108, 109, 110, 111, 112});
+  FeedSentence("$GPGSV,1,1,01,33,40,083,40");
+  const CGPSData data = Table();
+  EXPECT_EQ(data.m_Satellites[4].m_nPRN, 33);
+  Gsa({101, 102, 103, 104, 33, 106, 107, 108, 109, 110, 111, 112});
+  EXPECT_TRUE(FeedSentence("$GPGSV,1,1,02,44,40,083,40,101,45,090,41"));
+  EXPECT_EQ(Find(Table(), 44), nullptr);
+  EXPECT_EQ(Find(Table(), 101)->m_nSNR, 0) << "the groups behind a satellite without a place are dropped";
+}
+
+TEST_F(SatelliteTest, WantsTheSentencesOfAGroupInOrder) {
+  EXPECT_FALSE(FeedSentence("$GPGSV,3,1,09,101,41,083,46"));
+  EXPECT_FALSE(FeedSentence("$GPGSV,3,3,09,102,42,083,46"));
+  EXPECT_FALSE(FeedSentence("$GPGSV,3,2,09,103,43,083,46"));
+  EXPECT_TRUE(Find(Table(), 101)->m_bInView);
+  EXPECT_FALSE(Find(Table(), 102)->m_bInView);
+  EXPECT_FALSE(Find(Table(), 103)->m_bInView);
+  EXPECT_FALSE(FeedSentence("$GPGSV,2,1,09,104,44,083,46"));
+  EXPECT_FALSE(Table().m_bSatellitesComplete);
+  EXPECT_TRUE(FeedSentence("$GPGSV,2,2,09,105,45,083,46"));
+  EXPECT_TRUE(Last().m_bSatellitesComplete);
+  EXPECT_TRUE(Find(Last(), 104)->m_bInView);
+  EXPECT_FALSE(Find(Last(), 101)->m_bInView) << "in view in a group that was broken off";
+}
+
+TEST_F(SatelliteTest, TakesNothingOnTrustInAGsv) {
+  for (const char* sentence : {"$GPGSV,200,1,99,01,40,083,46", "$GPGSV,3,11,12,01,40,083,46", "$GPGSV,0,0,0",
+                               "$GPGSV,-1,-1,-5,1,1,1,1", "$GPGSV,2147483646,1,12,01,40,083,46", "$GPGSV",
+                               "$GPGSV,,,,", "$GPGSV,1,1"})
+    FeedSentence(sentence);
+  EXPECT_TRUE(FeedSentence("$GPGSV,1,1,03,41,40,083,,42,,090,45,43,45,090,45"));
+  EXPECT_EQ(Find(Last(), 41)->m_nSNR, 0);
+  EXPECT_EQ(Find(Last(), 42), nullptr) << "an empty elevation ends the sentence";
+  EXPECT_EQ(Find(Last(), 43), nullptr);
+  EXPECT_FALSE(FeedSentence("$GPGSA,A,1,,,,")) << "short but valid";
+}
+
+TEST_F(SatelliteTest, KeepsDilutionsThatAGsaLacks) {
+  Gsa({101}, "4.0,3.0,2.0");
+  EXPECT_FALSE(FeedSentence("$GPGSA,A,3,101"));
+  FeedSentence("$GPGSV,1,1,01,101,40,083,40");
+  EXPECT_EQ(Last().m_dPDOP, 4.0);
+  EXPECT_EQ(Last().m_dHDOP, 3.0);
+  EXPECT_TRUE(Last().m_bDOPValid);
+}
+
+TEST_F(SatelliteTest, DeclaresTheTableIncompleteWhenTheHostAsks) {
+  FeedSentence("$GPGSV,1,1,01,101,40,083,40");
+  EXPECT_TRUE(Last().m_bSatellitesComplete);
+  receiver.InvalidateSVInfo();
+  EXPECT_FALSE(Table().m_bSatellitesComplete);
+  EXPECT_NE(Find(Last(), 101), nullptr);
+}
+
+TEST_F(SatelliteTest, TurnsACourseIntoAMathematicalAngle) {
+  struct Row {
+    const char* course;
+    double heading;
+  };
+  constexpr Row rows[] = {{"0", std::numbers::pi / 2},
+                          {"90", 0.0},
+                          {"180", 3 * std::numbers::pi / 2},
+                          {"270", std::numbers::pi},
+                          {"360", std::numbers::pi / 2}};
+  for (const Row& row : rows) {
+    EXPECT_FALSE(FeedSentence(std::string("$GPVTG,") + row.course + ",T,,M,019.4,N,36.0,K"));
+    EXPECT_NEAR(Table().m_dHeading, row.heading, 1e-12) << row.course;
+    EXPECT_EQ(Last().m_dSpeed, 10.0);
+    EXPECT_TRUE(Last().m_bVelocityValid);
+    EXPECT_FALSE(Table().m_bVelocityValid) << "until the next VTG";
+  }
+}
+
+TEST_F(SatelliteTest, LeavesMotionToTheEstimatorUntilAGoodVtgComes) {
+  const auto at = [this](const char* time, const char* latitude) {
+    EXPECT_TRUE(
+        FeedSentence(std::string("$GPGGA,") + time + ',' + latitude + ",N,01131.000,E,1,08,0.9,545.4,M,,,,"));
+    return Last().m_bVelocityValid;
+  };
+  receiver.ResetSpeedEngine();
+  EXPECT_FALSE(at("120000", "4800.000"));
+  EXPECT_TRUE(at("120001", "4800.010"));
+  EXPECT_GT(Last().m_dSpeed, 5.0);
+  EXPECT_FALSE(FeedSentence("$GPVTG,0,T,,M,019.4,N,36.0,X"));
+  EXPECT_FALSE(FeedSentence("$GPVTG,0,X,,M,019.4,N,36.0,K"));
+  EXPECT_FALSE(FeedSentence("$GPVTG,,T,,M,,N,,K"));
+  EXPECT_TRUE(at("120002", "4800.020"));
+  EXPECT_FALSE(FeedSentence("$GPVTG,0,t,,M,019.4,N,36.0,k"));
+  EXPECT_TRUE(at("120003", "4800.030"));
+  EXPECT_EQ(Last().m_dSpeed, 10.0);
+  EXPECT_FALSE(at("120004", "4800.040"));
+}
+
+TEST(SpeedEngine, ReadsTheTrueSpeedFromTheFourthFixOn) {
+  constexpr double kMetre = 1.0 / 6378000.0;
+  CSpeedEngine engine;
+  CGPSData fix;
+  fix.m_nSignalType = UDF_SIGNAL_GPS;
+  fix.m_dLatitude = 0.5;
+  const auto move = [&](double metres, double seconds) {
+    fix.m_dLatitude = 0.5 + metres * kMetre;
+    fix.m_dTimeOfDay = seconds;
+    return engine.ComputeMotion(fix);
+  };
+  EXPECT_FALSE(move(0, 86397));
+  EXPECT_EQ(fix.m_dLocalNorth, 0.0);
+  const double speeds[] = {1.5, 1.5, 3.0, 3.0};
+  for (int i = 0; i < 4; ++i) {
+    EXPECT_TRUE(move(3.0 * (i + 1), (86398 + i) % 86400)) << "across midnight";
+    EXPECT_NEAR(fix.m_dSpeed, speeds[i], 1e-6);
+    EXPECT_NEAR(fix.m_dHeading, std::numbers::pi / 2, 1e-9);
+  }
+  EXPECT_FALSE(move(15, 1)) << "no time has passed";
+  fix.m_nSignalType = UDF_SIGNAL_NONE;
+  EXPECT_FALSE(move(99, 2)) << "no fix";
+  fix.m_nSignalType = UDF_SIGNAL_GPS;
+  engine.Reset();
+  EXPECT_FALSE(move(50, 3));
+  EXPECT_EQ(fix.m_dLocalNorth, 0.0) << "a new reference point";
+  EXPECT_TRUE(move(50, 4));
+  EXPECT_EQ(fix.m_dSpeed, 0.0);
+  EXPECT_EQ(fix.m_dHeading, 0.0);
+}
+
+TEST(SpeedEngine, TellsDirectionsOfTheCompass) {
+  EXPECT_EQ(Direction(0, 0), 0.0);
+  EXPECT_EQ(Direction(1, 0), std::numbers::pi / 2);
+  EXPECT_EQ(Direction(-1, 0), -std::numbers::pi / 2);
+  EXPECT_EQ(Direction(0, 1), 0.0);
+  EXPECT_EQ(Direction(0, -1), -std::numbers::pi);
+  EXPECT_NEAR(Direction(1, -1), 3 * std::numbers::pi / 4, 1e-12);
+  EXPECT_NEAR(Direction(-1, -1), -3 * std::numbers::pi / 4, 1e-12);
+  EXPECT_NEAR(Direction(-1, 1), -std::numbers::pi / 4, 1e-12);
+  EXPECT_EQ(Distance(1, 2, 4, 6), 5.0);
+}
+
+}  // namespace

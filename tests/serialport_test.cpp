@@ -1,0 +1,293 @@
+#include "gpsengine/link/serialport.h"
+
+#include <gtest/gtest.h>
+#include <termios.h>
+
+#include <cerrno>
+
+#include "gpsengine/platform/clock.h"
+#include "gpsengine/platform/event.h"
+#include "gpsengine/platform/file.h"
+#include "gpsengine/platform/rehearsal.h"
+#include "gpsengine/platform/thread.h"
+#include "tests/support/pseudoterminal.h"
+
+namespace {
+
+class RehearsedPort : public testing::Test {
+ protected:
+  ~RehearsedPort() override { port.Close(); }
+  void Open() {
+    ASSERT_TRUE(port.Open());
+    line.ForgetSteps();
+  }
+  DCB LineState() {
+    DCB state;
+    GetCommState(port.GetHandle(), &state);
+    return state;
+  }
+  CRehearsal line;
+  CSerialPort port;
+  bool cancel = false;
+};
+
+TEST_F(RehearsedPort, OpensOnceAndClosesOnce) {
+  EXPECT_FALSE(port.IsOpen());
+  EXPECT_FALSE(port.Close());
+  EXPECT_TRUE(port.Open());
+  EXPECT_EQ(port.GetPortName(), "COM1:");
+  const HANDLE handle = port.GetHandle();
+  EXPECT_TRUE(port.Open());
+  EXPECT_EQ(port.GetHandle(), handle);
+  EXPECT_EQ(line.Transcript(), "wait 10");
+  EXPECT_TRUE(port.Close());
+  EXPECT_EQ(port.GetPortName(), "");
+  EXPECT_FALSE(port.IsOpen());
+}
+
+TEST_F(RehearsedPort, AppliesAChangeOfSettingsAtOnce) {
+  port.SetBaudRate(9600);
+  Open();
+  EXPECT_EQ(LineState().BaudRate, 9600u);
+  EXPECT_EQ(LineState().ByteSize, 8);
+  EXPECT_EQ(LineState().fDtrControl, 1u);
+  EXPECT_EQ(LineState().fRtsControl, 1u);
+  port.SetBaudRate(0);
+  EXPECT_EQ(LineState().BaudRate, 9600u);
+  port.SetBaudRate(57600);
+  port.SetParity(2);
+  port.SetFlowControl(1 | 4);
+  EXPECT_EQ(LineState().BaudRate, 57600u);
+  EXPECT_EQ(LineState().ByteSize, 7);
+  EXPECT_EQ(LineState().fParity, 1u);
+  EXPECT_EQ(LineState().fDtrControl, 2u);
+  EXPECT_EQ(LineState().fOutxDsrFlow, 1u);
+  EXPECT_EQ(LineState().fRtsControl, 1u);
+  EXPECT_EQ(LineState().fOutX, 1u);
+  port.SetDataBits(8);
+  EXPECT_EQ(LineState().ByteSize, 8);
+  EXPECT_EQ(port.GetDataBits(), 8);
+}
+
+TEST_F(RehearsedPort, WritesTextOfTwoHundredCharactersAndNoMore) {
+  EXPECT_FALSE(port.Write("$JOFF\r\n"));
+  Open();
+  EXPECT_TRUE(port.Write(CString(u'a', 200)));
+  EXPECT_FALSE(port.Write(CString(u'a', 201)));
+  EXPECT_FALSE(port.Write(CString(u"\u20AC")));
+  EXPECT_TRUE(port.Write(std::vector<BYTE>(200, 'b')));
+  EXPECT_FALSE(port.Write(std::vector<BYTE>(201, 'b')));
+  EXPECT_TRUE(port.Write('c'));
+  EXPECT_TRUE(port.Write(std::string(300, 'd').data(), 300));
+  EXPECT_EQ(line.Transcript(), "write \"" + std::string(200, 'a') + "\"; write \"" + std::string(200, 'b') +
+                                   "\"; write \"c\"; write \"" + std::string(300, 'd') + "\"");
+  line.LimitWrites(3);
+  EXPECT_FALSE(port.Write("$JOFF\r\n"));
+}
+
+TEST_F(RehearsedPort, CountsNoBytesWhileTheLineHasAnError) {
+  EXPECT_EQ(port.GetBytesAvailable(), 0);
+  Open();
+  line.Feed("12345");
+  line.SetLineErrors(8);
+  EXPECT_EQ(port.GetBytesAvailable(), 0);
+  EXPECT_EQ(port.GetBytesAvailable(), 5);
+  EXPECT_TRUE(port.PurgeInput());
+  EXPECT_EQ(port.GetBytesAvailable(), 0);
+}
+
+TEST_F(RehearsedPort, RaisesAShortTimeout) {
+  port.SetTimeout(3);
+  EXPECT_EQ(port.GetTimeout(), 10);
+  port.SetTimeout(500);
+  EXPECT_EQ(port.GetTimeout(), 500);
+}
+
+TEST_F(RehearsedPort, ReadsWhatHasComeWithinTheTimeout) {
+  Open();
+  CString text;
+  const auto start = CurrentClock().Milliseconds();
+  EXPECT_FALSE(port.Read(text, cancel));
+  EXPECT_EQ(CurrentClock().Milliseconds() - start, 1000u);
+  line.Feed("late", 900);
+  EXPECT_TRUE(port.Read(text, cancel));
+  EXPECT_EQ(text, "late");
+  std::vector<BYTE> bytes{1, 2};
+  EXPECT_FALSE(port.ReadBytes(bytes, cancel));
+  EXPECT_TRUE(bytes.empty());
+  cancel = true;
+  line.Feed("x");
+  EXPECT_FALSE(port.Read(text, cancel));
+}
+
+TEST_F(RehearsedPort, ReadsABlock) {
+  Open();
+  char data[8] = {};
+  int count = -1;
+  EXPECT_TRUE(port.ReadBlock(data, 0, &count, cancel));
+  EXPECT_EQ(count, 0);
+  line.Feed("abc");
+  line.Feed("defghijk", 400);
+  EXPECT_TRUE(port.ReadBlock(data, 8, &count, cancel));
+  EXPECT_EQ(count, 8);
+  EXPECT_EQ(std::string(data, 8), "abcdefgh");
+}
+
+TEST_F(RehearsedPort, WaitsForAByteAndDiscardsWhatComesBefore) {
+  Open();
+  line.Feed("abc>d", 50);
+  EXPECT_TRUE(port.WaitForByte('>', 100));
+  EXPECT_FALSE(port.WaitForByte('>', 100));
+}
+
+TEST_F(RehearsedPort, GivesTheFirstByteOfALineThatKeepsTalking) {
+  Open();
+  EXPECT_EQ(port.ReadFirstByte(0, 50), 0);
+  line.Feed("\xFFrest");
+  EXPECT_EQ(port.ReadFirstByte(0, 50), -1);
+  port.PurgeInput();
+  // A byte every 40 ms extends a wait of 50 ms, but not for ever.
+  for (DWORD ms = 0; ms < 20000; ms += 40) line.Feed("k", ms);
+  const auto start = CurrentClock().Milliseconds();
+  EXPECT_EQ(port.ReadFirstByte('!', 50), 'k');
+  EXPECT_NEAR(static_cast<double>(CurrentClock().Milliseconds() - start), 10000.0, 100.0);
+}
+
+TEST_F(RehearsedPort, ReadsUntilATerminator) {
+  Open();
+  CString text;
+  line.Feed("OK", 500);
+  line.Feed("!\r", 540);
+  EXPECT_TRUE(port.ReadUntilAny(text, cancel, "\r\n"));
+  EXPECT_EQ(text, "OK!\r");
+  line.Feed("never ends");
+  EXPECT_FALSE(port.ReadUntilAny(text, cancel, "\r\n"));
+  EXPECT_EQ(text, "never ends");
+  EXPECT_FALSE(port.ReadUntilAny(text, cancel, "\r\n"));
+  EXPECT_EQ(text, "");
+}
+
+TEST_F(RehearsedPort, FindsAReplyAmongOtherSentences) {
+  Open();
+  CString text;
+  line.Feed("$GPGGA,1\r\n$>JI,", 20);
+  line.Feed("12,3\r\n", 200);
+  EXPECT_TRUE(port.ReadReply(text, cancel, "\r\n", "$>JI", ""));
+  EXPECT_EQ(text, "$GPGGA,1\r\n$>JI,12,3\r\n");
+  line.Feed("$>JE,no end");
+  EXPECT_TRUE(port.ReadReply(text, cancel, "\r\n", "$>JI", "$>JE"));
+  EXPECT_EQ(text, "$>JE,no end");
+  line.Feed("$GPGGA,1\r\n");
+  EXPECT_FALSE(port.ReadReply(text, cancel, "\r\n", "$>JI", "$>JE"));
+  line.Feed("x\r");
+  EXPECT_TRUE(port.ReadReply(text, cancel, "\r\n", "", ""));
+}
+
+// The same class on a terminal device of the kernel.
+class TerminalPort : public testing::Test {
+ protected:
+  TerminalPort() {
+    MapComPort(7, CString::FromUtf8(terminal.Name()));
+    port.SetPortNumber(7);
+  }
+  ~TerminalPort() override { port.Close(); }
+  PseudoTerminal terminal;
+  CSerialPort port;
+  bool cancel = false;
+};
+
+TEST_F(TerminalPort, TalksBothWaysByteForByte) {
+  ASSERT_TRUE(port.Open());
+  std::string all(256, '\0');
+  for (int i = 0; i < 256; ++i) all[static_cast<std::size_t>(i)] = static_cast<char>(i);
+  EXPECT_TRUE(port.Write(all.data(), 256));
+  EXPECT_EQ(terminal.Receive(256), all);
+  terminal.Send(all);
+  char got[256] = {};
+  int count = 0;
+  EXPECT_TRUE(port.ReadBlock(got, 256, &count, cancel));
+  EXPECT_EQ(std::string(got, static_cast<std::size_t>(count)), all);
+}
+
+TEST_F(TerminalPort, SetsAnyBaudRateTheLineTakes) {
+  port.SetBaudRate(4800);
+  ASSERT_TRUE(port.Open());
+  DCB state;
+  ASSERT_TRUE(GetCommState(port.GetHandle(), &state));
+  EXPECT_EQ(state.BaudRate, 4800u);
+  EXPECT_EQ(state.ByteSize, 8);
+  port.SetBaudRate(123456);
+  GetCommState(port.GetHandle(), &state);
+  EXPECT_EQ(state.BaudRate, 123456u);
+  port.SetParity(2);  // which a pseudo-terminal refuses: the speed holds all the same
+  port.SetBaudRate(38400);
+  GetCommState(port.GetHandle(), &state);
+  EXPECT_EQ(state.BaudRate, 38400u);
+}
+
+TEST_F(TerminalPort, IsForOneProgramAlone) {
+  ASSERT_TRUE(port.Open());
+  CSerialPort second;
+  second.SetPortNumber(7);
+  EXPECT_FALSE(second.Open());
+  EXPECT_EQ(GetLastError(), static_cast<DWORD>(EBUSY));
+  EXPECT_EQ(second.GetPortName(), "COM7:");
+  EXPECT_NE(ExplainPort(CString::FromUtf8(terminal.Name())).Find("in use by another program"), -1);
+  port.Close();
+  EXPECT_TRUE(second.Open());
+  second.Close();
+  EXPECT_EQ(ExplainPort(CString::FromUtf8(terminal.Name())), "");
+}
+
+TEST_F(TerminalPort, ReadsNothingFromALineThatHangsUpAndWritesNothing) {
+  ASSERT_TRUE(port.Open());
+  terminal.HangUp();
+  CString text;
+  EXPECT_FALSE(port.Read(text, cancel));
+  EXPECT_FALSE(port.Write("$JOFF\r\n"));
+  EXPECT_TRUE(port.Close());
+}
+
+TEST_F(TerminalPort, GivesUpAWriteThatNobodyTakes) {
+  ASSERT_TRUE(port.Open());
+  const std::string much(100000, 'x');
+  const auto start = CurrentClock().Milliseconds();
+  EXPECT_FALSE(port.Write(much.data(), static_cast<int>(much.size())));
+  const auto passed = CurrentClock().Milliseconds() - start;
+  EXPECT_GE(passed, kWriteLimit);
+  EXPECT_LT(passed, kWriteLimit + 1500);
+}
+
+TEST_F(TerminalPort, ReleasesABlockedReadWhenItIsClosed) {
+  ASSERT_TRUE(port.Open());
+  port.SetTimeout(10000);
+  auto closer = AfxBeginThread(
+      [](void* param) {
+        Sleep(30);
+        static_cast<CSerialPort*>(param)->Close();
+        return 0u;
+      },
+      &port);
+  CString text;
+  const auto start = CurrentClock().Milliseconds();
+  EXPECT_FALSE(port.Read(text, cancel));
+  EXPECT_LT(CurrentClock().Milliseconds() - start, 5000u);
+  closer->Join();
+}
+
+TEST(MissingPort, IsExplained) {
+  EXPECT_NE(ExplainPort("/dev/no-such-port").Find("does not exist"), -1);
+  EXPECT_NE(ExplainPort("/dev/null").Find("is not a serial port"), -1);
+  CSerialPort port;
+  port.SetPortNumber(0);
+  EXPECT_FALSE(port.Open());
+}
+
+TEST(ComPort, StandsForADeviceOfTheSystemUntilItIsMapped) {
+  EXPECT_EQ(GetComPortDevice(41), "/dev/ttyS40");
+  MapComPort(41, "/dev/ttyUSB0");
+  EXPECT_EQ(GetComPortDevice(41), "/dev/ttyUSB0");
+  EXPECT_EQ(GetComPortDevice(0), "");
+}
+
+}  // namespace

@@ -1,0 +1,54 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <string_view>
+
+#include "gpsengine/drivers/plain.h"
+#include "gpsengine/platform/rehearsal.h"
+#include "tests/support/hostwindow.h"
+
+/// The sentence with the checksum of what stands behind its "$", and its line end.
+inline std::string WithChecksum(std::string_view sentence) {
+  unsigned sum = 0;
+  for (const char c : sentence.substr(1)) sum ^= static_cast<unsigned char>(c);
+  constexpr char kHex[] = "0123456789ABCDEF";
+  return std::string(sentence) + '*' + kHex[sum >> 4 & 15] + kHex[sum & 15] + "\r\n";
+}
+
+/// A receiver on one thread with rehearsed time: sentences go in at Parse, records come out at the host's
+/// window.
+template <class Receiver = COtherGps>
+class ReceiverTest : public testing::Test {
+ protected:
+  ReceiverTest() {
+    app.SetMainWnd(&window);
+    receiver.SetupReceiver(1, 0, 0.0, "", false);
+    receiver.Initialize();
+    line.ForgetSteps();
+  }
+
+  /// Hands a message to the receiver, and what it published to the window. Gives the result of Parse.
+  bool Feed(std::string_view message) {
+    CString text(message.data(), static_cast<int>(message.size()));
+    const bool published = receiver.Parse(text);
+    window.Drain();
+    return published;
+  }
+  /// The same for a sentence that still lacks its checksum.
+  bool FeedSentence(std::string_view sentence) { return Feed(WithChecksum(sentence)); }
+  /// Attaches the bytes, as the engine does with raw data on, then parses their text as the framing gives it.
+  bool FeedBinary(std::string_view bytes) {
+    receiver.AttachRawData(bytes.data(), static_cast<int>(bytes.size()));
+    return Feed(std::string(bytes.substr(0, bytes.find('\0'))) + "\n");
+  }
+  /// The last record that was published.
+  const CGPSData& Last() const { return window.records.back(); }
+  std::size_t Published() const { return window.records.size(); }
+
+  CRehearsal line;
+  CWinApp app{"gpsengine-test"};
+  HostWindow window;
+  Receiver receiver;
+};

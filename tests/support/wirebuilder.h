@@ -1,0 +1,106 @@
+#pragma once
+
+#include <bit>
+#include <concepts>
+#include <cstdint>
+#include <string>
+
+/// Puts the payload of a binary message together, big-endian.
+class WireBuilder {
+ public:
+  template <class T>
+  WireBuilder& Put(T value) {
+    std::uint64_t bits;
+    if constexpr (std::same_as<T, double>)
+      bits = std::bit_cast<std::uint64_t>(value);
+    else if constexpr (std::same_as<T, float>)
+      bits = std::bit_cast<std::uint32_t>(value);
+    else
+      bits = static_cast<std::uint64_t>(value);
+    for (int shift = 8 * static_cast<int>(sizeof(T)); shift > 0;)
+      m_Bytes.push_back(static_cast<char>(bits >> (shift -= 8)));
+    return *this;
+  }
+  WireBuilder& Float(double value) { return Put(static_cast<float>(value)); }
+  /// Bytes that nobody reads, not zero, so that the checksum has to take them in.
+  WireBuilder& Fill(int count) {
+    m_Bytes.append(static_cast<std::size_t>(count), '\x5A');
+    return *this;
+  }
+  /// The whole $PASHR message of this kind, with its checksum, right but for `error`.
+  std::string Pashr(const std::string& kind, int error = 0) {
+    int sum = error;
+    for (std::size_t i = 0; i + 1 < m_Bytes.size(); i += 2)
+      sum += static_cast<unsigned char>(m_Bytes[i]) << 8 | static_cast<unsigned char>(m_Bytes[i + 1]);
+    Put(static_cast<std::uint16_t>(sum));
+    return "$PASHR," + kind + "," + m_Bytes + "\r";
+  }
+
+ private:
+  std::string m_Bytes;
+};
+
+/// One satellite's measurement.
+struct Mbn {
+  int prn = 1;
+  int toFollow = 0;
+  int count = 0;
+  double range = 0.93;
+  int doppler = 0;
+  double phase = 0.0;
+  int dataType = 1;
+  int goodBad = 24;
+  int checksumError = 0;
+
+  std::string Message() const {
+    WireBuilder payload;
+    payload.Put(static_cast<std::uint8_t>(dataType)).Put(static_cast<std::uint8_t>(toFollow));
+    payload.Put(static_cast<std::int8_t>(prn))
+        .Fill(1)
+        .Put(count)
+        .Fill(1)
+        .Put(static_cast<std::uint8_t>(goodBad))
+        .Fill(2);
+    payload.Put(range).Put(doppler).Put(phase).Fill(8);
+    return payload.Pashr("MBN", checksumError);
+  }
+};
+
+/// A position and clock.
+struct Pbn {
+  double x = 6378137.0, y = 0.0, z = 0.0;
+  int milliseconds = 0;
+  float clockOffset = 0.0F;
+  float clockDrift = 0.0F;
+  int checksumError = 0;
+
+  std::string Message() const {
+    WireBuilder payload;
+    payload.Put(milliseconds).Fill(4).Put(x).Put(y).Put(z).Put(clockOffset).Fill(12).Put(clockDrift).Fill(2);
+    return payload.Pashr("PBN", checksumError);
+  }
+};
+
+/// An ephemeris, of which a test chooses little; each other field counts on from the last.
+struct Snv {
+  int week = 1450;
+  int prnLessOne = 8;
+  int checksumError = 0;
+
+  std::string Message() const {
+    WireBuilder payload;
+    payload.Put(static_cast<std::int16_t>(week))
+        .Put(1)
+        .Float(2.5)
+        .Put(3)
+        .Put(4)
+        .Float(5.5)
+        .Float(6.5)
+        .Float(7.5);
+    payload.Put(8).Float(9.5).Put(10.25).Put(11.25).Put(12.25).Put(13);
+    payload.Float(14.5).Float(15.5).Float(16.5).Float(17.5).Float(18.5).Float(19.5);
+    payload.Put(20.25).Put(21.25).Put(-22.25).Float(23.5).Float(-24.5).Fill(6);
+    payload.Put(static_cast<std::int8_t>(prnLessOne)).Fill(1);
+    return payload.Pashr("SNV", checksumError);
+  }
+};

@@ -1,0 +1,191 @@
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <cmath>
+#include <filesystem>
+#include <fstream>
+#include <string>
+
+#include "gpsengine/platform/object.h"
+#include "gpsengine/text/number.h"
+#include "gpsengine/text/parser.h"
+#include "gpsengine/text/textfile.h"
+
+namespace {
+
+TEST(ParseInt, ReadsFromTheStartAndStopsAtWhatDoesNotFit) {
+  struct Row {
+    const char* text;
+    bool good;
+    int value;
+  };
+  constexpr Row rows[] = {
+      {"12abc", true, 12},
+      {" \t+7", true, 7},
+      {"-40", true, -40},
+      {"0", true, 0},
+      {"007", true, 7},
+      {"2147483646", true, 2147483646},
+      {"-2147483646", true, -2147483646},
+      {"2147483647", false, 0},
+      {"-2147483648", false, 0},
+      {"99999999999999999999999", false, 0},
+      {"abc", false, 0},
+      {"", false, 0},
+      {"-", false, 0},
+      {"- 4", false, 0},
+      {".5", false, 0},
+  };
+  for (const Row& row : rows) {
+    int value = 12345;
+    EXPECT_EQ(ParseInt(CString(row.text), &value), row.good) << row.text;
+    EXPECT_EQ(value, row.good ? row.value : 12345) << row.text;
+  }
+}
+
+TEST(ParseDouble, ReadsDecimalsAndCountsWhatIsLeft) {
+  struct Row {
+    const char* text;
+    double value;
+    int left;
+  };
+  constexpr Row rows[] = {
+      {"1.5*", 1.5, 1},
+      {"4807.038", 4807.038, 0},
+      {"-0.0133", -0.0133, 0},
+      {"+123.45", 123.45, 0},
+      {"0", 0.0, 0},
+      {"5.", 5.0, 0},
+      {".5", 0.5, 0},
+      {"1e3x", 1000.0, 1},
+      {"1e", 1.0, 1},
+      {"2E-2", 0.02, 0},
+      {"9345.03431408", 9345.03431408, 0},
+      {"0x10", 0.0, 3},
+      {"1.2.3", 1.2, 2},
+      {"123456789012345678901234567890", 1.2345678901234568e29, 0},
+      {"0.1234567890123456789", 0.12345678901234568, 0},
+      {"1e-400", 0.0, 0},
+      {"4.9e-324", 4.9e-324, 0},
+      {"1.7976931348623157e308", 1.7976931348623157e308, 0},
+  };
+  for (const Row& row : rows) {
+    double value = 77.0;
+    int left = -1;
+    EXPECT_TRUE(ParseDouble(CString(row.text), value, left)) << row.text;
+    EXPECT_EQ(value, row.value) << row.text;
+    EXPECT_EQ(left, row.left) << row.text;
+  }
+}
+
+TEST(ParseDouble, RefusesWhatIsNoNumberOrTooLarge) {
+  for (const char* text : {"", "abc", "-", ".", "e5", "nan", "inf", "  "}) {
+    double value = 77.0;
+    int left = -1;
+    EXPECT_FALSE(ParseDouble(CString(text), value, left)) << text;
+    EXPECT_EQ(value, 0.0) << text;
+    EXPECT_EQ(left, -1) << text;
+  }
+  double value = 0.0;
+  int left = -1;
+  EXPECT_FALSE(ParseDouble("-1e999", value, left));
+  EXPECT_EQ(value, -HUGE_VAL);
+}
+
+TEST(Parser, SplitsAtAnyDelimiterAndKeepsEmptyFields) {
+  CParser parser("$PEM:05 SAV,,*7F", ": ,*", true);
+  CString field;
+  for (const char* expected : {"$PEM", "05", "SAV", "", "", "7F"}) {
+    EXPECT_TRUE(parser.GetNextString(field));
+    EXPECT_EQ(field, expected);
+  }
+  EXPECT_THROW(parser.GetNextString(field), CUserException);
+}
+
+TEST(Parser, HasAnEmptyFieldBehindATrailingDelimiterAndNoneInAnEmptyText) {
+  CString field;
+  CParser parser("a,", ",", false);
+  EXPECT_TRUE(parser.GetNextString(field));
+  EXPECT_TRUE(parser.GetNextString(field));
+  EXPECT_EQ(field, "");
+  EXPECT_FALSE(parser.GetNextString(field));
+  parser.SetString("");
+  EXPECT_FALSE(parser.GetNextString(field));
+  parser.SetString("b");
+  EXPECT_TRUE(parser.GetNextString(field));
+  EXPECT_EQ(field, "b");
+}
+
+TEST(Parser, MovesOnByOneFieldGoodOrBad) {
+  CParser parser("x,,7,1.5,9z", ",", false);
+  int number = -1;
+  double decimal = -1.0;
+  EXPECT_FALSE(parser.GetInt(number));
+  EXPECT_FALSE(parser.GetDouble(decimal));
+  EXPECT_EQ(number, -1);
+  EXPECT_EQ(decimal, -1.0);
+  EXPECT_TRUE(parser.GetInt(number));
+  EXPECT_EQ(number, 7);
+  EXPECT_TRUE(parser.GetDouble(decimal));
+  EXPECT_EQ(decimal, 1.5);
+  EXPECT_TRUE(parser.GetInt(number));
+  EXPECT_EQ(number, 9);
+  EXPECT_FALSE(parser.GetInt(number));
+  parser.SetString("x,8");
+  parser.SetExceptionThrowing(true);
+  EXPECT_THROW(parser.GetInt(number), CUserException);
+  EXPECT_TRUE(parser.GetInt(number));
+  EXPECT_EQ(number, 8);
+}
+
+TEST(Parser, GivesWhatStandsBehindTheLastField) {
+  CParser parser("QRV PAUSE,Turn the key, then go on*", ",*", false);
+  EXPECT_TRUE(parser.SkipField());
+  EXPECT_EQ(parser.GetRemainingBuffer(), "Turn the key, then go on*");
+  for (int i = 0; i < 5; ++i) parser.SkipField();
+  EXPECT_EQ(parser.GetRemainingBuffer(), "");
+}
+
+class TextFileTest : public testing::Test {
+ protected:
+  ~TextFileTest() override { std::filesystem::remove(path); }
+  std::vector<CString> Lines(const std::string& content) {
+    std::ofstream(path, std::ios::binary) << content;
+    EXPECT_NE(file.Open(CString::FromUtf8(path).GetString(), CFile::typeText, nullptr), 0);
+    std::vector<CString> lines;
+    for (CString line; file.ReadString(line);) lines.push_back(line);
+    return lines;
+  }
+  const std::string path =
+      (std::filesystem::temp_directory_path() / ("gpsengine-text-" + std::to_string(getpid()))).string();
+  CTextFile file;
+};
+
+TEST_F(TextFileTest, TakesEveryKindOfLineEndAndTheLastLineWithoutOne) {
+  EXPECT_EQ(Lines("one\ntwo\r\n\nfour\xE9"), (std::vector<CString>{"one", "two", "", "four\xE9"}));
+  file.SeekToBegin();
+  CString line;
+  EXPECT_TRUE(file.ReadString(line));
+  EXPECT_EQ(line, "one");
+}
+
+TEST_F(TextFileTest, ReadsAcrossItsBufferAndCutsALineThatDoesNotEnd) {
+  const std::string longLine(100000, 'x');
+  const auto lines = Lines(longLine + '\n' + longLine + '\n');
+  ASSERT_EQ(lines.size(), 2u);
+  EXPECT_EQ(lines[1].GetLength(), 100000);
+  std::size_t total = 0;
+  for (const CString& piece : Lines(std::string(3 << 20, 'y')))
+    total += static_cast<std::size_t>(piece.GetLength());
+  EXPECT_EQ(total, 3u << 20);
+}
+
+TEST_F(TextFileTest, DoesNotOpenAFolderOrWhatIsNotThere) {
+  EXPECT_EQ(file.Open(u"/tmp", 0, nullptr), 0);
+  CFileException reason;
+  EXPECT_EQ(file.Open(u"/nowhere/at/all", 0, &reason), 0);
+  EXPECT_FALSE(reason.m_strReason.IsEmpty());
+  EXPECT_TRUE(Lines("").empty());
+}
+
+}  // namespace
