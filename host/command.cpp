@@ -9,6 +9,7 @@
 #include "host/source.h"
 #include "host/textsink.h"
 #include "host/waiter.h"
+#include "host/wiretap.h"
 
 namespace host {
 
@@ -17,6 +18,8 @@ namespace {
 // How long an answer may take, and how long a silence ends an answer of several reports.
 constexpr double kAnswerTime = 5.0;
 constexpr double kAnswerGap = 1.0;
+// How often the bytes are looked at for answers that are no messages.
+constexpr std::chrono::milliseconds kTapInterval{100};
 
 /// One operation on a live receiver.
 class LiveCommand {
@@ -37,7 +40,10 @@ class LiveCommand {
  private:
   void SetUp();
   bool Perform(const Action& action, long long time);
+  bool ShowsReports() const { return IsRequest() || options_.listen; }
+  bool IsRequest() const { return operation_.kind == Operation::Kind::asks; }
   ExitCode Listen();
+  void DecodeParameterLines();
   void FailIfItDidNotWork() const;
 
   const CommandOptions& options_;
@@ -52,6 +58,8 @@ class LiveCommand {
   TextSink sink_;
   HostWindow window_;
   std::optional<PortWatch> watch_;
+  std::optional<WireTap> tap_;
+  ParameterLines parameters_;
   Result result_ = Result::none;
 };
 
@@ -63,6 +71,7 @@ ExitCode LiveCommand::Go(const Action& action, long long time) {
   }
   const ExitCode code = Listen();
   engine_.Stop();
+  DecodeParameterLines();
   if (code == ExitCode::done) FailIfItDidNotWork();
   return code;
 }
@@ -73,6 +82,10 @@ void LiveCommand::SetUp() {
   receiver_.SetupReceiver(kPort, 0, 0.0, "", false);
   engine_.SetReceiver(&receiver_);
   engine_.m_bAttachRawData = receiver_.HasRawData();
+  if (ShowsReports()) {
+    tap_.emplace(engine_);
+    engine_.m_ComBuffer.m_bPaused = false;
+  }
   source_.emplace(options_.port, receiver_);
   watch_.emplace(source_->Device());
 }
@@ -89,22 +102,31 @@ bool LiveCommand::Perform(const Action& action, long long time) {
 }
 
 ExitCode LiveCommand::Listen() {
-  const bool asks = operation_.kind == Operation::Kind::asks;
   Deadline end;
-  end.Set(options_.listen.value_or(asks ? kAnswerTime : 0.0));
+  end.Set(options_.listen.value_or(IsRequest() ? kAnswerTime : 0.0));
   Waiter waiter(interrupt_, output_, *watch_);
-  for (long long shown = 0;;) {
+  for (std::size_t answers = 0;;) {
     window_.Drain();
+    if (tap_) parameters_.Feed(tap_->Take());
     if (!output_.Flush() || waiter.IsReaderGone()) return ExitCode::done;
     if (interrupt_.HasCome()) return ExitCode::interrupted;
     if (watch_->IsLost()) throw PortLost(source_->Device());
-    if (asks && !options_.listen && window_.Shown() > shown) {
-      shown = window_.Shown();
-      end.Set(kAnswerGap);
-    }
+    const auto so_far = static_cast<std::size_t>(window_.Shown()) + parameters_.Lines().size();
+    if (!options_.listen && so_far > answers) end.Set(kAnswerGap);
+    answers = so_far;
     if (end.HasPassed()) return ExitCode::done;
-    waiter.Wait(end.Earlier(Deadline::Clock::time_point::max()));
+    waiter.Wait(end.Earlier(Deadline::Clock::now() + kTapInterval));
   }
+}
+
+void LiveCommand::DecodeParameterLines() {
+  // Parse belongs to the reader thread as long as there is one.
+  for (const std::string& line : parameters_.Lines()) {
+    CString text(line.data(), static_cast<int>(line.size()));
+    receiver_.Parse(text);
+  }
+  window_.Drain();
+  output_.Flush();
 }
 
 void LiveCommand::FailIfItDidNotWork() const {
@@ -115,7 +137,7 @@ void LiveCommand::FailIfItDidNotWork() const {
                                          : name + " did not work: the receiver's port did not take it, or the model "
                                                   "does not take these arguments");
   }
-  if (operation_.kind == Operation::Kind::asks && window_.Shown() == 0) {
+  if (IsRequest() && window_.Shown() == 0) {
     throw Failure(ExitCode::refused, "no report answered " + name + "; is it a " + options_.model + " at " +
                                          std::to_string(receiver_.GetCurrentBaudrate()) + " baud?");
   }

@@ -50,9 +50,11 @@ LRESULT HostWindow::WindowProc(UINT message, WPARAM wParam, LPARAM lParam) {
       ++published_.bin;
       if (!IsFull()) Show(sink_.OnBin());
       return 0;
-    case WM_GPS_NEW_STRING:  // comes only while a capture runs
-      Take<CString>(wParam);
+    case WM_GPS_NEW_STRING: {
+      const auto text = Take<CString>(wParam);
+      if (!IsFull()) Show(sink_.OnString(*text));
       return 0;
+    }
     default: return CWnd::WindowProc(message, wParam, lParam);
   }
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "gpsengine/platform/cstring.h"
 #include "gpsengine/records/gpsdata.h"
 #include "gpsengine/records/gpsdataraw.h"
 
@@ -14,6 +15,8 @@ class Sink {
   virtual bool OnRawData(const CGPSDataRaw& epoch) = 0;
   virtual bool OnEphemeris(const CGPSDataEphemeris& ephemeris) = 0;
   virtual bool OnBin() = 0;
+  /// The text of a message, while a capture runs. It comes behind the record that the message gave, if any.
+  virtual bool OnString(const CString& /*text*/) { return false; }
 };
 
 /// Shows nothing.

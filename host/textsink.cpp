@@ -2,7 +2,9 @@
 
 #include <cmath>
 #include <numbers>
+#include <string_view>
 #include <type_traits>
+#include <utility>
 
 #include "host/jsonwriter.h"
 
@@ -63,7 +65,20 @@ void AppendValue(std::string& out, T value) {
 bool TextSink::OnData(const CGPSData& data) {
   const bool fix = shows_ == Shows::fixes && data.m_bPositionValid;
   if (fix) WriteFix(data);
-  return WriteReports(data) || fix;
+  told_ = WriteReports(data);
+  return told_ || fix;
+}
+
+bool TextSink::OnString(const CString& text) {
+  const bool told = std::exchange(told_, false);
+  const bool is_answer = text.StartsWith("$>") || text.StartsWith("#") || text.StartsWith("$RD");
+  std::string bytes;
+  if (shows_ != Shows::reports || told || !is_answer || !text.ToBytes(bytes)) return false;
+  bytes.erase(bytes.find_last_not_of("\r\n") + 1);
+  out_ += "answer: ";
+  AppendValue(out_, std::string_view(bytes));
+  out_ += '\n';
+  return true;
 }
 
 void TextSink::WriteFix(const CGPSData& data) {

@@ -21,6 +21,8 @@ class TextSink : public Sink {
   bool OnRawData(const CGPSDataRaw& epoch) override;
   bool OnEphemeris(const CGPSDataEphemeris& ephemeris) override;
   bool OnBin() override { return false; }
+  /// With reports alone: an answer that gave no record, such as one that is decoded by no one.
+  bool OnString(const CString& text) override;
 
  private:
   void WriteFix(const CGPSData& data);
@@ -29,6 +31,7 @@ class TextSink : public Sink {
   std::string& out_;
   const Shows shows_;
   ReportReader reports_;
+  bool told_ = false;  // the record of the message at hand was shown
 };
 
 }  // namespace host

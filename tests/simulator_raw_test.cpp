@@ -106,7 +106,7 @@ struct Place {
   double x, y, z, clock;  ///< the clock in metres
 };
 
-// Satellite at a time of the week, by the public interface specification; the angles come in semicircles.
+// Satellite at a time of the week, by IS-GPS-200; the angles come in semicircles.
 Place SatelliteAt(const Orbit& o, double t) {
   const double a = o.at(54) * o.at(54), e = o.at(46), tk = t - o.at(62);
   const double mean = kPi * o.at(38) + (std::sqrt(kMu / (a * a * a)) + kPi * o.at(34)) * tk;
