@@ -148,17 +148,17 @@ bool CGPSEngine::UpdateGPSBuffer(const char* pData, int nLength) {
 
 // Attaches, decodes and forwards the current message, in this order. True if it led to a record.
 bool CGPSEngine::TakeMessage() {
-  std::unique_ptr<CString> message(m_Buffer.GetMessageAsPtr());
+  CString message = m_Buffer.GetMessageW();
   ++m_nMessages;
   if (m_bAttachRawData) {
     int length = 0;
     const char* bytes = m_Buffer.GetMessageBin(length);
     m_pReceiver->AttachRawData(bytes, length);
   }
-  const bool published = m_pReceiver->Parse(*message);
+  const bool published = m_pReceiver->Parse(message);
   if (!m_ComBuffer.m_bPaused) {
-    m_ComBuffer.OnRawData(message.get());
-    PostObject(WM_GPS_NEW_STRING, std::move(message));
+    m_ComBuffer.OnRawData(&message);
+    PostObject(WM_GPS_NEW_STRING, std::make_unique<CString>(std::move(message)));
   }
   return published;
 }

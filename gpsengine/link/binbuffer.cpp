@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstring>
 
+#include "gpsengine/platform/textscan.h"
 #include "gpsengine/platform/trace.h"
 
 namespace {
@@ -21,6 +22,8 @@ struct FixedLength {
   int nLength;
 };
 constexpr FixedLength kAshtechKinds[] = {{"MBN", 54}, {"MCA", 49}, {"PBN", 68}, {"SAL", 82}, {"SNV", 144}};
+
+constexpr std::size_t kKindLength = 3;
 
 struct BlockLength {
   char number;
@@ -180,8 +183,10 @@ bool CBinBuffer::FindHead(Head& head) {
 
 // The length of a message of fixed length, or 0 if it is a text.
 int CBinBuffer::BinaryLength(const Head& head) const {
-  for (const FixedLength& kind : kAshtechKinds) {
-    if (EqualNoCase(head.subTag, kind.name)) return kind.nLength;
+  if (head.subTag.size() == kKindLength) {
+    for (const FixedLength& kind : kAshtechKinds) {
+      if (EqualNoCase(head.subTag, kind.name)) return kind.nLength;
+    }
   }
   if (!head.tag.starts_with("$BIN")) return 0;
   for (const BlockLength& block : kBinBlocks) {
@@ -223,7 +228,7 @@ CString CBinBuffer::Mid(int nStart, int nCount) const {
   if (const void* zero = std::memchr(from, 0, static_cast<std::size_t>(count)))
     count = static_cast<int>(static_cast<const char*>(zero) - from);
   WCHAR* to = text.GetBuffer(count + 1);
-  for (int i = 0; i < count; ++i) to[i] = static_cast<unsigned char>(from[i]);
+  textscan::Widen(from, count, to);
   to[count] = u'\n';
   text.ReleaseBuffer(count + 1);
   return text;

@@ -7,6 +7,8 @@
 #include <cstring>
 #include <new>
 
+#include "gpsengine/platform/textscan.h"
+
 namespace {
 
 WCHAR Upper(WCHAR c) {
@@ -44,7 +46,7 @@ CString::CString(const WCHAR* psz) : CString(psz, Length(psz)) {}
 CString::CString(const char* p, int nLength) : CString() {
   if (p == nullptr || nLength <= 0) return;
   WCHAR* text = GetBuffer(nLength);
-  for (int i = 0; i < nLength; ++i) text[i] = static_cast<unsigned char>(p[i]);
+  textscan::Widen(p, nLength, text);
   ReleaseBuffer(nLength);
 }
 
@@ -128,6 +130,11 @@ void CString::ReleaseBuffer(int nNewLength) {
   text[capacity] = 0;
   m_nLength = nNewLength < 0 ? Length(text) : std::min(nNewLength, capacity);
   text[m_nLength] = 0;
+}
+
+void CString::AssignLong(std::u16string_view text) {
+  Empty();
+  Append(text.data(), static_cast<int>(text.size()));
 }
 
 CString& CString::Append(const WCHAR* p, int nLength) {
@@ -223,11 +230,13 @@ int CString::Replace(const CString& oldText, const CString& newText) {
 }
 
 int CString::CompareNoCase(const CString& other) const noexcept {
-  const auto a = View();
-  const auto b = other.View();
-  const auto difference = std::lexicographical_compare_three_way(
-      a.begin(), a.end(), b.begin(), b.end(), [](WCHAR x, WCHAR y) { return Upper(x) <=> Upper(y); });
-  return difference < 0 ? -1 : difference > 0 ? 1 : 0;
+  const WCHAR* a = GetString();
+  const WCHAR* b = other.GetString();
+  const int common = std::min(m_nLength, other.m_nLength);
+  for (int i = 0; i < common; ++i) {
+    if (Upper(a[i]) != Upper(b[i])) return Upper(a[i]) < Upper(b[i]) ? -1 : 1;
+  }
+  return m_nLength == other.m_nLength ? 0 : m_nLength < other.m_nLength ? -1 : 1;
 }
 
 bool CString::ToBytes(std::string& bytes) const {

@@ -106,7 +106,7 @@ class CString {
   CString(const WCHAR* psz);            ///< Null gives an empty text.
   CString(const char* p, int nLength);  ///< Zero bytes are taken along.
   CString(const WCHAR* p, int nLength);
-  explicit CString(std::u16string_view text) : CString(text.data(), static_cast<int>(text.size())) {}
+  explicit CString(std::u16string_view text) : CString() { Assign(text); }
   explicit CString(WCHAR c, int nRepeat = 1);
   ~CString() { Release(); }
 
@@ -141,6 +141,16 @@ class CString {
   /// Ends a GetBuffer; -1 takes the text up to its first zero.
   void ReleaseBuffer(int nNewLength = -1);
 
+  /// Replaces the text, which must not be a part of this one's.
+  void Assign(std::u16string_view text) {
+    if (m_bShared || text.size() > kInPlace) {
+      AssignLong(text);
+      return;
+    }
+    std::char_traits<WCHAR>::copy(m_Store.szInPlace, text.data(), text.size());
+    m_Store.szInPlace[text.size()] = 0;
+    m_nLength = static_cast<int>(text.size());
+  }
   CString& operator+=(const CString& other) { return Append(other.GetString(), other.m_nLength); }
   CString& operator+=(const char* psz) { return *this += CString(psz); }
   CString& operator+=(WCHAR c) { return Append(&c, 1); }
@@ -193,6 +203,7 @@ class CString {
   struct Shared;
 
   const WCHAR* SharedText() const noexcept;
+  void AssignLong(std::u16string_view text);
   void CopyFrom(const CString& other) noexcept;
   void TakeFrom(CString& other) noexcept;
   void Release() noexcept {

@@ -1,4 +1,6 @@
-#include "gpsengine/platform/trace.h"
+#include <utility>
+
+#include "gpsengine/platform/textscan.h"
 #include "gpsengine/receiver/gpsreceiver.h"
 #include "gpsengine/receiver/sentencetable.h"
 
@@ -24,6 +26,12 @@ unsigned ReadHex(std::u16string_view text) {
   return value;
 }
 
+// Where a port prompt stands in the message, or -1. Nearly no message has one, nor the bracket that begins
+// it.
+int FindPrompt(const CString& message) {
+  return textscan::Contains(message.View(), u'[') ? message.Find("[COM") : -1;
+}
+
 bool IsOemBinary(const CString& message) {
   const auto low = [&](int index) { return message.GetAt(index) & 0xFF; };
   return low(0) == 0xAA && low(1) == 0x44 && low(2) == 0x12;
@@ -37,7 +45,7 @@ std::uint32_t NmeaBit(GPSStringType type) {
 }  // namespace
 
 bool CGPSReceiver::Parse(CString& strMessage) {
-  if (const int prompt = strMessage.Find("[COM"); prompt >= 0)
+  if (const int prompt = FindPrompt(strMessage); prompt >= 0)
     strMessage = strMessage.Mid(prompt + kPromptLength);
   const GPSStringType type = GetGPSStringType(strMessage);
   if (s_bMonitorNmea) GotNmea(type);
@@ -55,26 +63,28 @@ GPSStringType CGPSReceiver::GetGPSStringType(const CString& strMessage) {
 }
 
 bool CGPSReceiver::IsChecksumOK(const CString& strMessage) {
-  const std::u16string_view text = strMessage.View();
-  const auto dollar = text.find(u'$');
-  const auto star = text.find(u'*');
-  if (dollar == std::u16string_view::npos || star == std::u16string_view::npos || star < dollar) return false;
+  const std::u16string_view message = strMessage.View();
+  const auto dollar = message.find(u'$');
+  if (dollar == std::u16string_view::npos) return false;
+  const std::u16string_view behind = message.substr(dollar + 1);
   unsigned sum = 0;
-  for (const WCHAR c : text.substr(dollar + 1, star - dollar - 1)) sum ^= c;
-  return ((sum ^ ReadHex(text.substr(star + 1))) & 0xFF) == 0;
+  const int star = textscan::SumUpTo(behind, u'*', sum);
+  // An asterisk ahead of the "$" is the first one, and no end of what stands behind.
+  if (star < 0 || message.substr(0, dollar).find(u'*') != std::u16string_view::npos) return false;
+  return ((sum ^ ReadHex(behind.substr(static_cast<std::size_t>(star) + 1))) & 0xFF) == 0;
 }
 
 bool CGPSReceiver::Parse(CString& strMessage, GPSStringType type) {
-  {
-    const RecordLock lock = LockRecord();
-    m_GPSData.m_bProprietaryValid = false;
-  }
+  // One lock from here to the copy of the record, but for the makes' reports that call out to the host or
+  // write.
+  RecordLock lock = LockRecord();
+  m_GPSData.m_bProprietaryValid = false;
   bool bForce = false;
   switch (type) {
     case GPS_STRING_GGA:
     case GPS_STRING_INGGA:
       if (!Decode(strMessage, type)) return false;
-      ComputeMotion();
+      if (m_GPSData.m_bPositionValid && m_bComputeMotion) m_SpeedEngine.ComputeMotion(m_GPSData);
       break;
     case GPS_STRING_GSA:
       if (!Decode(strMessage, type)) return false;
@@ -88,19 +98,24 @@ bool CGPSReceiver::Parse(CString& strMessage, GPSStringType type) {
       if (TakeAck(strMessage)) break;
       // Who sends standard satellite sentences needs no reports to the same end.
       if (m_bGSAReceived && m_bGSVReceived) return false;
+      lock.unlock();
       if (!ProcessPASHR(strMessage)) return false;
       if (PostNewDataRaw()) return true;
+      lock.lock();
       bForce = true;
       break;
     case GPS_STRING_BIN:
+      lock.unlock();
       return ProcessBIN();
     case GPS_STRING_AXIS4_BIN:
+      lock.unlock();
       if (!ProcessAxis4BIN()) return false;
+      lock.lock();
       break;
     default:
       if (!Decode(strMessage, type)) return false;
   }
-  return PostNewData(bForce);
+  return PostNewData(std::move(lock), bForce);
 }
 
 // Runs the decoder of a kind. A sentence of a make that has none is kept for the host; the rest is not for
@@ -116,14 +131,8 @@ bool CGPSReceiver::Decode(CString& strMessage, GPSStringType type) {
 // The acknowledgement of a command: the wait for it is released by the publication that follows.
 bool CGPSReceiver::TakeAck(const CString& strMessage) {
   if (!strMessage.StartsWith("$PASHR,ACK")) return false;
-  const RecordLock lock = LockRecord();
   m_GPSData.m_Status.m_bAck = m_GPSData.m_Status.m_bStatusUpdated = true;
   return true;
-}
-
-void CGPSReceiver::ComputeMotion() {
-  const RecordLock lock = LockRecord();
-  if (m_GPSData.m_bPositionValid && m_bComputeMotion) m_SpeedEngine.ComputeMotion(m_GPSData);
 }
 
 void CGPSReceiver::MonitorNmea(bool bOn) {

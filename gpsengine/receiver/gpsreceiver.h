@@ -168,7 +168,8 @@ class CGPSReceiver : public CObject {
   bool FindSlot(int nPRN, int& nSlot);
   void ComputeAverageSNR();
 
-  // The decoders, on the reader thread: true if the message was taken. None lets an exception out.
+  // The decoders, on the reader thread: true if the message was taken. None lets an exception out. Those that
+  // take a text run with the record lock held, but for ProcessPASHR, which calls out to the host.
   bool ProcessGGA(CString& strMessage);
   bool ProcessINGGA(CString& strMessage);
   bool ProcessGSA(CString& strMessage);
@@ -208,7 +209,6 @@ class CGPSReceiver : public CObject {
   bool GetNmeaMsgStatus(const CString& text, NmeaMsgStatus& status);
   bool GetNmeaMsgStatus(const CString& text, NmeaMsgStatus& status, const CString& key);
 
-  bool PostNewData(bool bForce);
   bool PostNewDataRaw();
   bool PostEphemerisInfo();
   void BroadcastNotification(GPSNotificationType type, CGPSNotification* pData);
@@ -235,6 +235,9 @@ class CGPSReceiver : public CObject {
   /// thread clears what it has asked for. Never held over a write, a wait or a call out to the host.
   using RecordLock = std::unique_lock<std::mutex>;
   [[nodiscard]] static RecordLock LockRecord() { return RecordLock(s_RecordMutex); }
+  /// Publishes a copy of the working record if there is something to tell, and gives whether it did. Takes
+  /// the lock over and gives it up ahead of the post.
+  bool PostNewData(RecordLock lock, bool bForce);
 
   static CGPSData m_GPSData;                ///< The working record of all decoders.
   static CGPSDataRaw m_GPSDataRaw;          ///< The raw epoch at hand; reader thread only.
@@ -269,7 +272,6 @@ class CGPSReceiver : public CObject {
 
   bool Decode(CString& strMessage, GPSStringType type);
   bool TakeAck(const CString& strMessage);
-  void ComputeMotion();
   double ReadCoordinate(CParser& parser, const char* pszPositive);
   bool MapQuality(int nQuality, int& nSignalType) const;
   void ApplySeparation(CParser& parser, const char* pszName);

@@ -89,7 +89,6 @@ void CGPSReceiver::ApplySeparation(CParser& parser, const char* pszName) {
 
 // $GPGGA,123519,4807.038,N,01131.000,E,1,08,0.9,545.4,M,46.9,M,,*47
 bool CGPSReceiver::ProcessGGA(CString& strMessage) {
-  const RecordLock lock = LockRecord();
   CGPSData& data = m_GPSData;
   data.m_nSignalType = UDF_SIGNAL_NONE;
   data.m_bPositionValid = true;
@@ -129,7 +128,6 @@ bool CGPSReceiver::ProcessGGA(CString& strMessage) {
 // The sentence of an inertial system, which has a position while its receiver has none: time, satellites,
 // dilution and height may be missing, and then keep their values.
 bool CGPSReceiver::ProcessINGGA(CString& strMessage) {
-  const RecordLock lock = LockRecord();
   CGPSData& data = m_GPSData;
   data.m_nSignalType = UDF_SIGNAL_NONE;
   data.m_bPositionValid = true;

@@ -21,7 +21,6 @@ bool CGPSReceiver::IsWorthPosting(bool bForce) {
 // Copies the working record for the host and clears the flags of what it carries; null if there is nothing to
 // tell.
 std::unique_ptr<CGPSData> CGPSReceiver::TakeRecord(bool bForce) {
-  const RecordLock lock = LockRecord();
   if (!IsWorthPosting(bForce)) return nullptr;
   std::unique_ptr<CGPSData> copy(new (std::nothrow) CGPSData(m_GPSData));
   if (copy == nullptr) return nullptr;
@@ -35,8 +34,9 @@ std::unique_ptr<CGPSData> CGPSReceiver::TakeRecord(bool bForce) {
   return copy;
 }
 
-bool CGPSReceiver::PostNewData(bool bForce) {
+bool CGPSReceiver::PostNewData(RecordLock lock, bool bForce) {
   std::unique_ptr<CGPSData> record = TakeRecord(bForce);
+  lock.unlock();
   if (record == nullptr) return false;
   // While the copy is still ours: a host's thread that waits for an acknowledgement is released by it.
   CAck::OnNewGPSData(record.get());

@@ -76,7 +76,6 @@ void CGPSReceiver::ComputeAverageSNR() {
 
 // $GPGSA,A,3,04,05,,09,12,,,24,,,,,2.5,1.3,2.1*39
 bool CGPSReceiver::ProcessGSA(CString& strMessage) {
-  const RecordLock lock = LockRecord();
   CGPSData& data = m_GPSData;
   try {
     CParser parser(strMessage, ",*", false);
@@ -106,7 +105,6 @@ bool CGPSReceiver::ProcessGSA(CString& strMessage) {
 
 // $GPGSV,2,1,08,01,40,083,46,02,17,308,41,12,07,344,39,14,22,228,45*75
 bool CGPSReceiver::ProcessGSV(CString& strMessage) {
-  const RecordLock lock = LockRecord();
   CGPSData& data = m_GPSData;
   data.m_bSatellitesComplete = false;
   try {
@@ -151,7 +149,6 @@ bool CGPSReceiver::ProcessGSV(CString& strMessage) {
 
 // $GPVTG,054.7,T,034.4,M,005.5,N,010.2,K*48
 bool CGPSReceiver::ProcessVTG(CString& strMessage) {
-  const RecordLock lock = LockRecord();
   CGPSData& data = m_GPSData;
   try {
     CParser parser(strMessage, ",*", true);

@@ -67,7 +67,7 @@ struct SentenceTable {
 
   /// The row whose tag stands at the head of the message, or null.
   static const Row* Find(std::u16string_view message);
-  /// The decoder of a kind, or null.
+  /// The decoder of a kind, or null. It runs with the record lock held.
   static Decoder DecoderOf(GPSStringType type);
   /// Kinds up to the border carry a checksum that counts.
   static constexpr bool IsChecksumTested(GPSStringType type) { return type <= kChecksumBorder; }

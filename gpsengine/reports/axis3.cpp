@@ -82,7 +82,6 @@ void StoreWords(CWordArray& words, const char* pBytes, int nWords) {
 //   $>JSHOW,MASK,5
 //   $>JSHOW,FREQ,1557.8450
 bool CGPSReceiver::ProcessJSHOW(CString& strMessage) try {
-  const RecordLock lock = LockRecord();
   CGPSStatusData& status = m_GPSData.m_Status;
   CParser parser(strMessage, ",", true);
   CString keyword, value;
@@ -106,7 +105,6 @@ bool CGPSReceiver::ProcessJSHOW(CString& strMessage) try {
 //   $>JGEO,SENT=1575.4200,USED=1575.4200,PRN=122,LON=-54,EL=21,AZ=115
 //   $RD1,314200,1450,1557.8450,1,2,3,0,4,0,1,0
 bool CGPSReceiver::ProcessJiOrJgeoOrRd1(CString& strMessage) {
-  const RecordLock lock = LockRecord();
   StoreText(m_GPSData.m_Status, strMessage);
   return true;
 }

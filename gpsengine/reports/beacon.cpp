@@ -17,7 +17,6 @@ CString WithoutChecksum(const CString& sentence) {
 // Signal strength, signal to noise ratio, frequency and bit rate:
 //   $CRMSS,52,21,310.0,100*45
 bool CGPSReceiver::ProcessCRMSS(CString& strMessage) try {
-  const RecordLock lock = LockRecord();
   CGPSStatusData& status = m_GPSData.m_Status;
   CParser parser(WithoutChecksum(strMessage), ",", true);
   parser.SkipField();
@@ -35,7 +34,6 @@ bool CGPSReceiver::ProcessCRMSS(CString& strMessage) try {
 // Frequency and whether the receiver tunes by itself:
 //   $CRMSK,310.0,A,100,A,5*40
 bool CGPSReceiver::ProcessCRMSK(CString& strMessage) try {
-  const RecordLock lock = LockRecord();
   CGPSStatusData& status = m_GPSData.m_Status;
   CParser parser(WithoutChecksum(strMessage), ",", true);
   CString mode;

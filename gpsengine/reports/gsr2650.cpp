@@ -56,7 +56,6 @@ bool CGPSReceiver::ProcessLOGLIST(CString& strMessage) {
   const auto state = [&](const char* pszName) {
     return strMessage.Find(pszName) >= 0 ? NMEA_MSG_ON : NMEA_MSG_OFF;
   };
-  const RecordLock lock = LockRecord();
   CGPSStatusData& status = m_GPSData.m_Status;
   for (const NmeaField& field : kNmeaFields) status.*field.pStatus = state(field.pszName);
   status.m_nNmeaSAT = state("GPSAT");
@@ -76,7 +75,6 @@ bool CGPSReceiver::ProcessECUTOFF(CString& strMessage) {
   double mask = 0.0;
   int nRemaining = 0;
   if (data.empty() || !ParseDouble(data, mask, nRemaining)) return false;
-  const RecordLock lock = LockRecord();
   CGPSStatusData& status = m_GPSData.m_Status;
   if (!Truncate(mask, status.m_nElevationMask)) return false;
   status.m_bElevationMaskValid = status.m_bStatusUpdated = true;
@@ -86,14 +84,12 @@ bool CGPSReceiver::ProcessECUTOFF(CString& strMessage) {
 // The L-band subscription and signal, for a person to read:
 //   #OMNIINFOA,COM1,0,71.5,FINESTEERING,1450,314159.265,00000000,0000,1234;ENABLED,00000007,"NASAT"*1f2e3d4c
 bool CGPSReceiver::ProcessOMNIINFO(CString& strMessage) {
-  const RecordLock lock = LockRecord();
   StoreLog(m_GPSData.m_Status, "$OMNII,", DataThrough(strMessage, u'*'));
   return true;
 }
 
 //   #OMNISTATA,COM1,0,71.5,FINESTEERING,1450,314159.265,00000000,0000,1234;FREQUENCY,SIGNAL,0.00*1f2e3d4c
 bool CGPSReceiver::ProcessOMNISTAT(CString& strMessage) {
-  const RecordLock lock = LockRecord();
   StoreLog(m_GPSData.m_Status, "$OMNIS,", DataThrough(strMessage, u'*'));
   return true;
 }
@@ -101,35 +97,30 @@ bool CGPSReceiver::ProcessOMNISTAT(CString& strMessage) {
 // The high precision position; its head, down to the height, is what tells how good the solution is:
 //   #OMNIHPPOSA,COM1,0,71.5,FINESTEERING,1450,314159.265,00000000,0000,1234;SOL_COMPUTED,OMNISTAR_HP,51.1,-114.0,1063.2,…
 bool CGPSReceiver::ProcessOMNIHPPOS(CString& strMessage) {
-  const RecordLock lock = LockRecord();
   StoreLog(m_GPSData.m_Status, "$OMNIP,", DataThrough(strMessage, u',', 5));
   return true;
 }
 
 //   #WAAS1A,COM1,0,71.5,FINESTEERING,1450,314159.265,00000000,0000,1234;122,ffffffff,2*1f2e3d4c
 bool CGPSReceiver::ProcessWAAS1(CString& strMessage) {
-  const RecordLock lock = LockRecord();
   StoreLog(m_GPSData.m_Status, "$WAAS1,", DataThrough(strMessage, u'*'));
   return true;
 }
 
 //   #RTKSOURCEA,COM1,0,71.5,FINESTEERING,1450,314159.265,00000000,0000,1234;OMNISTAR,"ANY"*1f2e3d4c
 bool CGPSReceiver::ProcessRTKSOURCE(CString& strMessage) {
-  const RecordLock lock = LockRecord();
   StoreSource(m_GPSData.m_Status, Data(strMessage), kRtkSources);
   return true;
 }
 
 //   #SBASCONTROLA,COM1,0,71.5,FINESTEERING,1450,314159.265,00000000,0000,1234;ENABLE,AUTO,0,NONE*1f2e3d4c
 bool CGPSReceiver::ProcessSBASCONTROL(CString& strMessage) {
-  const RecordLock lock = LockRecord();
   StoreSource(m_GPSData.m_Status, Data(strMessage), kSbasSources);
   return true;
 }
 
 //   #PSRDIFFSOURCEA,COM1,0,71.5,FINESTEERING,1450,314159.265,00000000,0000,1234;CDGPS,"ANY"*1f2e3d4c
 bool CGPSReceiver::ProcessPSRDIFFSOURCE(CString& strMessage) {
-  const RecordLock lock = LockRecord();
   StoreSource(m_GPSData.m_Status, Data(strMessage), kDifferentialSources);
   return true;
 }

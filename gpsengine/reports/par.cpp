@@ -54,7 +54,6 @@ constexpr NmeaMsgStatus CGPSStatusData::*kPrtaFields[] = {
 // Position mode, fixed altitude and the masks of the dilutions:
 //   PMD:1 ALT:+0087.50 PDP:40 HDP:05 VDP:06
 bool CGPSReceiver::ProcessPARPMD(CString& strMessage) try {
-  const RecordLock lock = LockRecord();
   CGPSStatusData& status = m_GPSData.m_Status;
   const auto line = strMessage.View();
   if (!ReadBehind(line, u"PMD:", status.m_nPositionMode)) return false;
@@ -72,7 +71,6 @@ bool CGPSReceiver::ProcessPARPMD(CString& strMessage) try {
 // Output interval in seconds:
 //   PER:002.00
 bool CGPSReceiver::ProcessPARPER(CString& strMessage) try {
-  const RecordLock lock = LockRecord();
   CGPSStatusData& status = m_GPSData.m_Status;
   if (!ReadBehind(strMessage.View(), u"PER:", status.m_dOutputInterval)) return false;
   status.m_bStatusUpdated = true;
@@ -85,7 +83,6 @@ bool CGPSReceiver::ProcessPARPER(CString& strMessage) try {
 // Elevation mask in degrees, and whether the receiver keeps its settings over a power cycle:
 //   PEM:08 SAV:Y
 bool CGPSReceiver::ProcessPARPEM(CString& strMessage) try {
-  const RecordLock lock = LockRecord();
   CGPSStatusData& status = m_GPSData.m_Status;
   CParser parser(strMessage, ": ", true);
   parser.SkipField();
@@ -104,7 +101,6 @@ bool CGPSReceiver::ProcessPARPEM(CString& strMessage) try {
 //   PRTA: 9600 1.0 A ON OFF ON ON OFF OFF ON OFF OFF OFF OFF OFF
 bool CGPSReceiver::ProcessPARPRTA(CString& strMessage) try {
   strMessage.Replace("  ", " ");
-  const RecordLock lock = LockRecord();
   CGPSStatusData& status = m_GPSData.m_Status;
   CParser parser(strMessage, " ", true);
   CString text;

@@ -8,7 +8,6 @@
 // The record that takes it out holds no position of its own.
 bool CGPSReceiver::ProcessProprietary(CString& strMessage) {
   if (strMessage.GetLength() < 10 || strMessage.GetLength() > 82) return false;
-  const RecordLock lock = LockRecord();
   const auto kept = strMessage.View().substr(0, std::size(m_GPSData.m_szProprietary));
   const auto end = std::transform(kept.begin(), kept.end(), std::begin(m_GPSData.m_szProprietary),
                                   [](WCHAR c) { return static_cast<char>(c & 0xFF); });

@@ -9,7 +9,6 @@
 // Output rates, by key; a sentence that is not named is not known of:
 //   $PSLIR,PAR,NMEA,GGA:1.0,GSA:1.0,GSV:0,VTG:0.2*1F
 bool CGPSReceiver::ProcessPSLIRParNmea(CString& strMessage) try {
-  const RecordLock lock = LockRecord();
   CGPSStatusData& status = m_GPSData.m_Status;
   CParser parser(strMessage, ",", true);
   for (int nTagField = 0; nTagField < 3; ++nTagField) parser.SkipField();
@@ -25,7 +24,6 @@ bool CGPSReceiver::ProcessPSLIRParNmea(CString& strMessage) try {
 // Elevation mask in degrees. A report without it confirms the mask that is known:
 //   $PSLIR,PAR,MODE,DYN:2,ELM:8*09
 bool CGPSReceiver::ProcessPSLIRParMode(CString& strMessage) try {
-  const RecordLock lock = LockRecord();
   CGPSStatusData& status = m_GPSData.m_Status;
   CParser parser(strMessage, ",", true);
   for (int nTagField = 0; nTagField < 3; ++nTagField) parser.SkipField();
@@ -42,7 +40,6 @@ bool CGPSReceiver::ProcessPSLIRParMode(CString& strMessage) try {
 // Report 908 of a Sokkia Axis has the elevation mask in the place where the command to set it has it:
 //   $PMCAG,908,15,,,,12.0,,,,,,,,,,,*5C
 bool CGPSReceiver::ProcessPMCAG(CString& strMessage) try {
-  const RecordLock lock = LockRecord();
   CGPSStatusData& status = m_GPSData.m_Status;
   CParser parser(strMessage, ",", true);
   CString report;

@@ -1,7 +1,9 @@
 #include "gpsengine/text/number.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
+#include <cstddef>
 #include <cstdint>
 #include <limits>
 #include <string>
@@ -26,22 +28,15 @@ bool TakeSign(std::u16string_view& text) {
   return negative;
 }
 
-// A decimal number taken apart: digits × 10^exponent, as far as 64 bits hold the digits.
-struct Decimal {
-  std::uint64_t nDigits = 0;
-  int nDigitCount = 0;  // without leading zeros
-  int nExponent = 0;
-  bool bAny = false;
-
-  void TakeDigits(std::u16string_view& text, bool fraction) {
-    for (; !text.empty() && IsDigit(text.front()); text.remove_prefix(1)) {
-      bAny = true;
-      if (fraction) --nExponent;
-      if (nDigitCount == 0 && text.front() == u'0') continue;
-      if (++nDigitCount <= 19) nDigits = nDigits * 10 + (text.front() - u'0');
-    }
-  }
-};
+// The digits at the head of a text are taken into `digits`, as far as 64 bits hold them; gives their count.
+int TakeDigits(std::u16string_view& text, std::uint64_t& digits) {
+  const WCHAR* const start = text.data();
+  const WCHAR* const end = start + text.size();
+  const WCHAR* p = start;
+  for (; p != end && IsDigit(*p); ++p) digits = digits * 10 + (*p - u'0');
+  text.remove_prefix(static_cast<std::size_t>(p - start));
+  return static_cast<int>(p - start);
+}
 
 // The exponent behind a mantissa; nothing is taken if "e" is not followed by a number.
 int TakeExponent(std::u16string_view& text) {
@@ -60,58 +55,75 @@ int TakeExponent(std::u16string_view& text) {
 constexpr double kPowersOfTen[] = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,  1e8,  1e9,  1e10, 1e11,
                                    1e12, 1e13, 1e14, 1e15, 1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
 constexpr int kLargestPower = 22;
-constexpr int kExactDigits = 15;
+constexpr int kHeldDigits = 19;                           // that 64 bits hold
+constexpr std::uint64_t kExact = std::uint64_t{1} << 53;  // a double holds every whole number up to here
 
 // The value of a number that is too long, or too large or small, for the short way.
-double ReadSlowly(std::u16string_view number, const Decimal& decimal) {
+double ReadSlowly(std::u16string_view number, int nExponent) {
   const std::string bytes(number.begin(), number.end());
   double value = 0.0;
   const auto [end, error] = std::from_chars(bytes.data(), bytes.data() + bytes.size(), value);
   if (error != std::errc::result_out_of_range) return value;
-  return decimal.nDigitCount + decimal.nExponent > 0 ? HUGE_VAL : 0.0;
+  // Too large or too small: the place of the first digit that is not zero tells which.
+  const auto first = number.find_first_of(u"123456789");
+  const auto point = std::min(number.find(u'.'), number.find_first_of(u"eE"));
+  const auto whole = static_cast<int>(std::min(point, number.size()));
+  const int magnitude = whole - static_cast<int>(std::min(first, number.size())) + nExponent;
+  return magnitude > 0 ? HUGE_VAL : 0.0;
 }
 
 }  // namespace
 
 bool ParseInt(std::u16string_view text, int* pValue) {
-  SkipSpace(text);
-  const bool negative = TakeSign(text);
-  if (text.empty() || !IsDigit(text.front())) return false;
-  std::int64_t value = 0;
-  for (; !text.empty() && IsDigit(text.front()); text.remove_prefix(1)) {
-    value = value * 10 + (text.front() - u'0');
-    if (value > std::numeric_limits<int>::max()) return false;
+  constexpr std::ptrdiff_t kSafeDigits = 9;  // no overflow up to here
+  bool negative = false;
+  if (!text.empty() && !IsDigit(text.front())) {
+    SkipSpace(text);
+    negative = TakeSign(text);
   }
-  if (negative) value = -value;
-  if (value == std::numeric_limits<int>::max()) return false;
-  *pValue = static_cast<int>(value);
+  const WCHAR* p = text.data();
+  const WCHAR* const end = p + text.size();
+  const WCHAR* const safeEnd = p + std::min(end - p, kSafeDigits);
+  if (p == end || !IsDigit(*p)) return false;
+  std::int64_t value = 0;
+  for (; p != safeEnd && IsDigit(*p); ++p) value = value * 10 + (*p - u'0');
+  for (; p != end && IsDigit(*p); ++p) {
+    value = value * 10 + (*p - u'0');
+    if (value >= std::numeric_limits<int>::max()) return false;
+  }
+  *pValue = static_cast<int>(negative ? -value : value);
   return true;
 }
 
 bool ParseDouble(std::u16string_view text, double& value, int& nRemaining) {
-  SkipSpace(text);
-  const bool negative = TakeSign(text);
+  bool negative = false;
+  if (!text.empty() && !IsDigit(text.front())) {
+    SkipSpace(text);
+    negative = TakeSign(text);
+  }
   const std::u16string_view number = text;
-  Decimal decimal;
-  decimal.TakeDigits(text, false);
+  std::uint64_t digits = 0;
+  int count = TakeDigits(text, digits);
+  int fraction = 0;
   if (!text.empty() && text.front() == u'.') {
     std::u16string_view behind = text.substr(1);
-    decimal.TakeDigits(behind, true);
-    if (decimal.bAny) text = behind;
+    fraction = TakeDigits(behind, digits);
+    count += fraction;
+    if (count > 0) text = behind;
   }
-  if (!decimal.bAny) {
+  if (count == 0) {
     value = 0.0;
     return false;
   }
-  decimal.nExponent += TakeExponent(text);
+  const int exponent = TakeExponent(text);
 
   // Digits and power are both exact in a double, so that one operation rounds once, and correctly.
-  const int power = decimal.nExponent;
-  if (decimal.nDigitCount <= kExactDigits && power >= -kLargestPower && power <= kLargestPower) {
-    const auto digits = static_cast<double>(decimal.nDigits);
-    value = power < 0 ? digits / kPowersOfTen[-power] : digits * kPowersOfTen[power];
+  const int power = exponent - fraction;
+  if (count <= kHeldDigits && digits <= kExact && power >= -kLargestPower && power <= kLargestPower) {
+    const auto mantissa = static_cast<double>(digits);
+    value = power < 0 ? mantissa / kPowersOfTen[-power] : mantissa * kPowersOfTen[power];
   } else {
-    value = ReadSlowly(number.substr(0, number.size() - text.size()), decimal);
+    value = ReadSlowly(number.substr(0, number.size() - text.size()), exponent);
   }
   if (negative) value = -value;
   if (std::fabs(value) == HUGE_VAL) return false;

@@ -1,36 +1,69 @@
 #include "gpsengine/text/parser.h"
 
+#include <bit>
 #include <utility>
 
 #include "gpsengine/platform/object.h"
+#include "gpsengine/platform/textscan.h"
 #include "gpsengine/text/number.h"
 
-CParser::CParser(CString strText, CString strDelimiters, bool bThrow)
-    : m_strDelimiters(std::move(strDelimiters)), m_bThrow(bThrow) {
-  SetString(std::move(strText));
+CParser::CParser(const CString& strText, const CString& strDelimiters, bool bThrow)
+    : m_strText(strText),
+      m_cFirst(strDelimiters[0]),
+      m_cSecond(strDelimiters.GetLength() > 1 ? strDelimiters[1] : strDelimiters[0]),
+      m_strMore(strDelimiters.Mid(2)),
+      m_bThrow(bThrow) {
+  Rewind();
+}
+
+CParser::CParser(const CString& strText, const char* pszDelimiters, bool bThrow)
+    : m_strText(strText),
+      m_cFirst(static_cast<unsigned char>(pszDelimiters[0])),
+      m_cSecond(m_cFirst),
+      m_bThrow(bThrow) {
+  if (m_cFirst != 0 && pszDelimiters[1] != 0) {
+    m_cSecond = static_cast<unsigned char>(pszDelimiters[1]);
+    if (pszDelimiters[2] != 0) m_strMore = pszDelimiters + 2;
+  }
+  Rewind();
 }
 
 void CParser::SetString(CString strText) {
   m_strText = std::move(strText);
-  m_nNext = m_strText.IsEmpty() ? 1 : 0;
+  Rewind();
+}
+
+// To the first field. An empty text has none.
+void CParser::Rewind() {
+  m_Text = m_strText.View();
+  m_nNext = m_Text.empty() ? 1 : 0;
+  MarkBlock(0);
+}
+
+// Marks the delimiters of the block that begins at `nBlock`.
+void CParser::MarkBlock(int nBlock) {
+  const std::u16string_view block = m_Text.substr(static_cast<std::size_t>(nBlock));
+  m_nBlock = nBlock;
+  m_Marks = textscan::MatchBits(block, m_cFirst, m_cSecond);
+  for (const WCHAR c : m_strMore.View()) m_Marks |= textscan::MatchBits(block, c, c);
 }
 
 CString CParser::GetRemainingBuffer() const {
   return m_strText.Mid(m_nNext);
 }
 
-bool CParser::IsDelimiter(WCHAR c) const {
-  return m_strDelimiters.Find(c) >= 0;
-}
-
-bool CParser::NextField(std::u16string_view& field) {
-  const std::u16string_view text = m_strText.View();
-  const auto start = static_cast<std::size_t>(m_nNext);
-  if (start > text.size()) return false;
-  std::size_t end = start;
-  while (end < text.size() && !IsDelimiter(text[end])) ++end;
-  field = text.substr(start, end - start);
-  m_nNext = static_cast<int>(end) + 1;
+// Every field takes the mark of the delimiter that ends it; the last one ends with the text.
+inline bool CParser::NextField(std::u16string_view& field) {
+  const int length = static_cast<int>(m_Text.size());
+  if (m_nNext > length) return false;
+  while (m_Marks == 0 && m_nBlock + textscan::kBlock < length) MarkBlock(m_nBlock + textscan::kBlock);
+  int end = length;
+  if (m_Marks != 0) {
+    end = m_nBlock + std::countr_zero(m_Marks);
+    m_Marks &= m_Marks - 1;
+  }
+  field = {m_Text.data() + m_nNext, static_cast<std::size_t>(end - m_nNext)};
+  m_nNext = end + 1;
   return true;
 }
 
@@ -47,7 +80,7 @@ bool CParser::SkipField() {
 bool CParser::GetNextString(CString& out) {
   std::u16string_view field;
   if (!NextField(field)) return Fail();
-  out = CString(field);
+  out.Assign(field);
   return true;
 }
 

@@ -1,16 +1,21 @@
 #pragma once
 
+#include <cstdint>
+
 #include "gpsengine/platform/cstring.h"
 
-/// Takes a sentence apart, field by field. Any one of the delimiters ends a field, so that two in a row have
-/// an empty field between them; an empty text has no field at all.
+/// Takes a sentence apart, field by field. Any one of the delimiters, which are ASCII characters, ends a
+/// field, so that two in a row have an empty field between them; an empty text has no field at all.
 ///
 /// Every read moves on by one field, good or bad. A read that cannot give a value throws a CUserException if
 /// throwing is on, else it gives false; either way its output keeps its value. An empty field is a text, but
 /// no number.
 class CParser {
  public:
-  CParser(CString strText, CString strDelimiters, bool bThrow);
+  CParser(const CString& strText, const CString& strDelimiters, bool bThrow);
+  CParser(const CString& strText, const char* pszDelimiters, bool bThrow);
+  CParser(const CParser&) = delete;
+  CParser& operator=(const CParser&) = delete;
 
   bool GetNextString(CString& out);
   /// The next field as ParseInt reads it: text behind the number is passed over.
@@ -29,10 +34,16 @@ class CParser {
  private:
   bool NextField(std::u16string_view& field);
   bool Fail() const;
-  bool IsDelimiter(WCHAR c) const;
+  void Rewind();
+  void MarkBlock(int nBlock);
 
   CString m_strText;
-  CString m_strDelimiters;
-  int m_nNext = 0;  // start of the next field; behind the end when there is none
+  std::u16string_view m_Text;  // of m_strText
+  WCHAR m_cFirst = 0;          // the delimiters; one alone stands in both
+  WCHAR m_cSecond = 0;
+  CString m_strMore;          // those beyond the second
+  std::uint64_t m_Marks = 0;  // where delimiters still to come stand in the block at hand, a bit a character
+  int m_nBlock = 0;           // start of that block
+  int m_nNext = 0;            // start of the next field; behind the end when there is none
   bool m_bThrow;
 };
