@@ -14,7 +14,9 @@ Boxes::Boxes() : released_(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {
   SetMessageBoxHandler([this](const CString& text, BoxKind kind) { Show(text, kind); });
 }
 
-Boxes::~Boxes() { SetMessageBoxHandler({}); }
+Boxes::~Boxes() {
+  SetMessageBoxHandler({});
+}
 
 void Boxes::Release() {
   const std::uint64_t one = 1;

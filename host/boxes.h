@@ -5,8 +5,8 @@
 
 namespace host {
 
-/// The library's message boxes on a terminal: a text on standard error. A box that is meant to pause waits for Enter, if
-/// standard input is a terminal, but never longer than the run.
+/// The library's message boxes on a terminal: a text on standard error. A box that is meant to pause waits
+/// for Enter, if standard input is a terminal, but never longer than the run.
 class Boxes {
  public:
   Boxes();

@@ -24,7 +24,8 @@ constexpr std::chrono::milliseconds kTapInterval{100};
 /// One operation on a live receiver.
 class LiveCommand {
  public:
-  LiveCommand(const CommandOptions& options, const Operation& operation, const Interrupt& interrupt, Output& output)
+  LiveCommand(const CommandOptions& options, const Operation& operation, const Interrupt& interrupt,
+              Output& output)
       : options_(options),
         operation_(operation),
         interrupt_(interrupt),
@@ -132,10 +133,12 @@ void LiveCommand::DecodeParameterLines() {
 void LiveCommand::FailIfItDidNotWork() const {
   const std::string name = operation_.name;
   if (result_ == Result::no) {
-    throw Failure(ExitCode::refused, options_.arguments.wait
-                                         ? name + " was not acknowledged in time"
-                                         : name + " did not work: the receiver's port did not take it, or the model "
-                                                  "does not take these arguments");
+    throw Failure(ExitCode::refused,
+                  options_.arguments.wait
+                      ? name + " was not acknowledged in time"
+                      : name +
+                            " did not work: the receiver's port did not take it, or the model "
+                            "does not take these arguments");
   }
   if (IsRequest() && window_.Shown() == 0) {
     throw Failure(ExitCode::refused, "no report answered " + name + "; is it a " + options_.model + " at " +
@@ -155,7 +158,8 @@ void CheckOffer(const CommandOptions& options, const Operation& operation) {
   CGPSReceiver& receiver = SelectModel(engine, options.model);
   if (options.force || IsOffered(operation, receiver)) return;
   std::string names;
-  for (const Operation* offered : OperationsOf(receiver)) names += std::string(names.empty() ? "" : ", ") + offered->name;
+  for (const Operation* offered : OperationsOf(receiver))
+    names += std::string(names.empty() ? "" : ", ") + offered->name;
   throw Failure(ExitCode::refused, "the model " + options.model + " does not offer " + operation.name + " (" +
                                        operation.answer + " is false); it offers " + names +
                                        ". --force sends it all the same");
@@ -166,13 +170,14 @@ void CheckOffer(const CommandOptions& options, const Operation& operation) {
 ExitCode Command(const CommandOptions& options, const Interrupt& interrupt, Output& output) {
   const Operation& operation = FindOperation(options.operation);
   const Action action = Prepare(operation, options.arguments);
-  if (options.port.empty() && !options.dry_run) throw Failure(ExitCode::usage, "--port or --dry-run is needed");
+  if (options.port.empty() && !options.dry_run)
+    throw Failure(ExitCode::usage, "--port or --dry-run is needed");
   CheckOffer(options, operation);
   const Transcript transcript = Rehearse(options.model, operation, action, !options.closed);
   if (options.dry_run) return PrintTranscript(transcript, output);
   if (HasNoEffect(operation, transcript)) {
-    throw Failure(ExitCode::refused,
-                  "the model " + options.model + " has no " + CallText(operation, options.arguments) + ": nothing was sent");
+    throw Failure(ExitCode::refused, "the model " + options.model + " has no " +
+                                         CallText(operation, options.arguments) + ": nothing was sent");
   }
   long long time = transcript.Time();
   if (operation.kind != Operation::Kind::starts) {

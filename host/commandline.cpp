@@ -6,6 +6,7 @@
 #include <chrono>
 #include <functional>
 #include <map>
+#include <sstream>
 
 #include "gpsengine/platform/application.h"
 #include "host/command.h"
@@ -24,26 +25,56 @@ namespace {
 
 const std::map<std::string, Geoid> kGeoids = {
     {"none", Geoid::none}, {"add", Geoid::add}, {"subtract", Geoid::subtract}};
+const std::map<std::string, Format> kLiveFormats = {
+    {"text", Format::text}, {"json", Format::json}, {"record", Format::record}};
 const std::map<std::string, Format> kFormats = {
     {"text", Format::text}, {"json", Format::json}, {"record", Format::record}, {"none", Format::none}};
 
-std::map<std::string, Format> FormatsWithout(const std::string& name) {
-  auto formats = kFormats;
-  formats.erase(name);
-  return formats;
+/// An option that takes one of some names.
+template <class T>
+void AddChoice(CLI::App& command, const std::string& name, T& value, const std::map<std::string, T>& choices,
+               const std::string& description) {
+  std::vector<std::string> names;
+  for (const auto& choice : choices) names.push_back(choice.first);
+  command
+      .add_option_function<std::string>(
+          name, [&value, &choices](const std::string& word) { value = choices.at(word); }, description)
+      ->check(CLI::IsMember(names))
+      ->type_name("");
 }
 
 /// What a command does once the command line is understood.
 using Job = std::function<ExitCode(const Interrupt&, Output&)>;
 
+void AddRinexOptions(CLI::App& command, RinexOptions& options) {
+  auto* rinex =
+      command.add_option("--rinex", options.base, "Log raw data to BASE.obs and BASE.nav, as RINEX 2.11")
+          ->type_name("BASE");
+  command.add_option("--interval", options.interval, "Seconds between the epochs that are logged")
+      ->check(CLI::Range(0.1, 86400.0))
+      ->type_name("S")
+      ->needs(rinex);
+}
+
 template <class Options>
 void AddReceiverOptions(CLI::App& command, Options& options) {
   command.add_option("--model", options.model, "Receiver model, as \"gpsengine models\" lists them")
       ->capture_default_str();
-  command.add_option("--antenna-height", options.antenna_height, "Metres to take off every height")->type_name("M");
-  command.add_option("--geoid", options.geoid, "What to do with the geoid separation: none, add or subtract")
-      ->transform(CLI::CheckedTransformer(kGeoids))
-      ->type_name("MODE");
+  command.add_option("--antenna-height", options.antenna_height, "Metres to take off every height")
+      ->type_name("M");
+  AddChoice(command, "--geoid", options.geoid, kGeoids, "What to do with the geoid separation");
+}
+
+Moment MomentOfDate(const std::string& date) {
+  int year = 0, month = 0, day = 0;
+  char dash1 = 0, dash2 = 0;
+  std::istringstream text(date);
+  text >> year >> dash1 >> std::noskipws >> month >> dash2 >> day;
+  const auto ymd = std::chrono::year(year) / month / day;
+  if (!text || !text.eof() || dash1 != '-' || dash2 != '-' || month < 0 || day < 0 || !ymd.ok()) {
+    throw CLI::ValidationError("--date", date + " is no date such as 2024-05-14");
+  }
+  return std::chrono::sys_days(ymd).time_since_epoch().count() * kDay + kDay / 2;
 }
 
 void AddModels(CLI::App& app, Job& job) {
@@ -51,7 +82,8 @@ void AddModels(CLI::App& app, Job& job) {
     std::string name;
     std::string format = "table";
   };
-  auto* command = app.add_subcommand("models", "List the receiver models, their baud rates and what each can do");
+  auto* command =
+      app.add_subcommand("models", "List the receiver models, their baud rates and what each can do");
   auto options = std::make_shared<Options>();
   command->add_option("name", options->name, "One model, to list its operations")->type_name("NAME");
   command->add_option("--format", options->format, "table or json")
@@ -82,8 +114,9 @@ void AddMonitor(CLI::App& app, Job& job) {
       "  gpsengine monitor --port /dev/ttyUSB0 --model Trimble --baud 9600\n"
       "  gpsengine monitor --play drive.log --format json --count 20");
   auto options = std::make_shared<MonitorOptions>();
-  auto* port = command->add_option("--port", options->port, "Serial device; without one, a simulated receiver")
-                   ->type_name("DEVICE");
+  auto* port =
+      command->add_option("--port", options->port, "Serial device; without one, a simulated receiver")
+          ->type_name("DEVICE");
   command->add_option("--baud", options->baud, "Baud rate, which is kept for the model")
       ->check(CLI::PositiveNumber)
       ->type_name("N")
@@ -92,12 +125,13 @@ void AddMonitor(CLI::App& app, Job& job) {
       ->type_name("FILE")
       ->excludes(port);
   AddReceiverOptions(*command, *options);
-  command->add_option("--format", options->format, "text, json or record")
-      ->transform(CLI::CheckedTransformer(FormatsWithout("none")))
-      ->type_name("FORMAT");
+  AddChoice(*command, "--format", options->format, kLiveFormats, "How to show records");
   command->add_option("--record", options->record, "Record the port's bytes")
       ->type_name("FILE")
       ->excludes("--play");
+  command->add_flag("--attach-raw,!--no-attach-raw", options->attach_raw,
+                    "Decode raw data; on where the model has them");
+  AddRinexOptions(*command, options->rinex);
   command->add_option("--count", options->count, "End after so many records were shown")
       ->check(CLI::PositiveNumber)
       ->type_name("N");
@@ -109,7 +143,9 @@ void AddMonitor(CLI::App& app, Job& job) {
       ->type_name("S")
       ->capture_default_str();
   command->callback([&job, options] {
-    job = [options](const Interrupt& interrupt, Output& output) { return Monitor(*options, interrupt, output); };
+    job = [options](const Interrupt& interrupt, Output& output) {
+      return Monitor(*options, interrupt, output);
+    };
   });
 }
 
@@ -117,17 +153,25 @@ void AddDecode(CLI::App& app, Job& job) {
   auto* command = app.add_subcommand("decode", "Decode a recording, as fast as it goes");
   command->footer("Example:\n  gpsengine decode drive.log --format json > drive.json");
   auto options = std::make_shared<DecodeOptions>();
-  command->add_option("file", options->file, "The recording; - for standard input")->required()->type_name("FILE");
+  command->add_option("file", options->file, "The recording; - for standard input")
+      ->required()
+      ->type_name("FILE");
   AddReceiverOptions(*command, *options);
-  command->add_option("--format", options->format, "text, json, record, or none for the summary alone")
-      ->transform(CLI::CheckedTransformer(kFormats))
-      ->type_name("FORMAT");
+  AddChoice(*command, "--format", options->format, kFormats, "How to show records; none: the summary alone");
+  AddRinexOptions(*command, options->rinex);
+  command
+      ->add_option_function<std::string>(
+          "--date", [options](const std::string& date) { options->date = MomentOfDate(date); },
+          "When the recording was made, YYYY-MM-DD, if it does not say so itself")
+      ->type_name("DATE");
   command->add_option("--chunk", options->chunk, "Bytes to take in at a time")
       ->check(CLI::Range(1, 1 << 24))
       ->type_name("BYTES")
       ->capture_default_str();
   command->callback([&job, options] {
-    job = [options](const Interrupt& interrupt, Output& output) { return Decode(*options, interrupt, output); };
+    job = [options](const Interrupt& interrupt, Output& output) {
+      return Decode(*options, interrupt, output);
+    };
   });
 }
 
@@ -148,21 +192,28 @@ void AddCommand(CLI::App& app, Job& job) {
   command->add_option("--model", options->model, "Receiver model, as \"gpsengine models\" lists them")
       ->capture_default_str();
   command->add_option("operation", options->operation, "What to do")->required()->type_name("OPERATION");
-  command->add_option("arguments", options->arguments.words, "What the operation takes")->type_name("ARGUMENT");
+  command->add_option("arguments", options->arguments.words, "What the operation takes")
+      ->type_name("ARGUMENT");
   command->add_flag("--wait", options->arguments.wait, "With reset: wait for the acknowledgement");
-  command->add_option("--listen", options->listen, "Seconds to show reports for; without it, until a query is answered")
+  command
+      ->add_option("--listen", options->listen,
+                   "Seconds to show reports for; without it, until a query is answered")
       ->check(CLI::NonNegativeNumber)
       ->type_name("SECONDS");
   command->add_flag("--force", options->force, "Even if the model does not offer the operation");
   auto* dry_run = command->add_flag("--dry-run", options->dry_run, "Print the steps and take none");
-  command->add_flag("--closed", options->closed, "With --dry-run: the port is closed and does not open")->needs(dry_run);
+  command->add_flag("--closed", options->closed, "With --dry-run: the port is closed and does not open")
+      ->needs(dry_run);
   command->callback([&job, options] {
-    job = [options](const Interrupt& interrupt, Output& output) { return Command(*options, interrupt, output); };
+    job = [options](const Interrupt& interrupt, Output& output) {
+      return Command(*options, interrupt, output);
+    };
   });
 }
 
 void AddSimulate(CLI::App& app, Job& job) {
-  auto* command = app.add_subcommand("simulate", "Run a simulated receiver on a pseudo-terminal, and print its name");
+  auto* command =
+      app.add_subcommand("simulate", "Run a simulated receiver on a pseudo-terminal, and print its name");
   command->footer("Example:\n  gpsengine simulate --model CSI");
   auto options = std::make_shared<SimulateOptions>();
   simulator::Options& receiver = options->receiver;
@@ -178,7 +229,8 @@ void AddSimulate(CLI::App& app, Job& job) {
       ->type_name("S");
   command->callback([&job, options] {
     job = [options](const Interrupt& interrupt, Output& output) {
-      options->receiver.start_utc = std::chrono::floor<std::chrono::seconds>(std::chrono::system_clock::now());
+      options->receiver.start_utc =
+          std::chrono::floor<std::chrono::seconds>(std::chrono::system_clock::now());
       return Simulate(*options, interrupt, output);
     };
   });
@@ -220,6 +272,11 @@ int RunCommandLine(int argc, char** argv) {
     app.parse(argc, argv);
     return static_cast<int>(Perform(job));
   } catch (const CLI::ParseError& error) {
+    const auto unknown = app.remaining();
+    if (app.get_subcommands().empty() && !unknown.empty() && !unknown.front().starts_with('-')) {
+      Complain("no command is called \"" + unknown.front() + "\"; gpsengine --help lists them");
+      return static_cast<int>(ExitCode::usage);
+    }
     return app.exit(error) == 0 ? 0 : static_cast<int>(ExitCode::usage);
   } catch (const Failure& failure) {
     Complain(failure.what());

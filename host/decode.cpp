@@ -2,7 +2,6 @@
 
 #include "gpsengine/engine/gpsengine.h"
 #include "gpsengine/platform/clock.h"
-#include "host/gpsdsink.h"
 #include "host/hostwindow.h"
 #include "host/jsonwriter.h"
 #include "host/models.h"
@@ -25,18 +24,24 @@ class UnpacedClock : public Clock {
   void Sleep(DWORD) override {}
 };
 
-/// Tells the sink of the format "json" when the recording was made, as far as it says so itself.
+/// Tells a sink when the recording was made, as far as the recording says so itself.
 class Dating {
  public:
-  Dating(Sink& sink, std::string_view head) : sink_(dynamic_cast<GpsdSink*>(&sink)) { Feed(head); }
+  Dating(const DecodeOptions& options, Sink& sink, std::string_view head)
+      : sink_(sink),
+        scans_(!options.date && (options.format == Format::json || !options.rinex.base.empty())) {
+    sink_.SetReference(options.date);
+    Feed(head);
+  }
   void Feed(std::string_view bytes) {
-    if (sink_ == nullptr) return;
+    if (!scans_) return;
     scan_.Feed(bytes);
-    sink_->SetReference(scan_.Latest());
+    sink_.SetReference(scan_.Latest());
   }
 
  private:
-  GpsdSink* sink_;
+  Sink& sink_;
+  const bool scans_;
   DateScan scan_;
 };
 
@@ -76,9 +81,13 @@ ExitCode Decode(const DecodeOptions& options, const Interrupt& interrupt, Output
   receiver.Initialize();
   engine.m_bAttachRawData = true;
 
-  const auto sink = MakeSink(options.format, output.Text(), options.file, options.geoid);
-  HostWindow window(*sink);
-  Dating dating(*sink, recording.Head());
+  const auto shown = MakeSink(options.format, output.Text(), options.file, options.geoid);
+  std::optional<RinexSink> rinex;
+  if (!options.rinex.base.empty())
+    rinex.emplace(options.rinex, options.model, options.antenna_height, *shown);
+  Sink& sink = rinex ? *rinex : *shown;
+  HostWindow window(sink);
+  Dating dating(options, sink, recording.Head());
   Progress progress("decoding", static_cast<double>(recording.Size()),
                     recording.Size() >= kLargeFile && CanShowProgress(options.format != Format::none));
   while (true) {
@@ -89,6 +98,7 @@ ExitCode Decode(const DecodeOptions& options, const Interrupt& interrupt, Output
     CBinBuffer chunk(bytes.data(), static_cast<int>(bytes.size()));
     engine.UpdateGPSBuffer(chunk);
     window.Drain();
+    if (rinex) rinex->Check();
     if (!output.Flush()) return ExitCode::done;
     progress.Update(static_cast<double>(recording.Done()));
   }
@@ -96,7 +106,7 @@ ExitCode Decode(const DecodeOptions& options, const Interrupt& interrupt, Output
     WriteSummary(output.Text(), engine, receiver, window.GetPublished());
     output.Flush();
   }
-  return ExitCode::done;
+  return rinex && !rinex->Finish() ? ExitCode::failed : ExitCode::done;
 }
 
 }  // namespace host

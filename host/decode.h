@@ -1,11 +1,13 @@
 #pragma once
 
+#include <optional>
 #include <string>
 
 #include "host/failure.h"
 #include "host/format.h"
 #include "host/interrupt.h"
 #include "host/output.h"
+#include "host/rinexsink.h"
 
 namespace host {
 
@@ -16,9 +18,13 @@ struct DecodeOptions {
   int chunk = 4096;  ///< Bytes handed to the engine at a time.
   Geoid geoid = Geoid::none;
   double antenna_height = 0.0;  ///< Metres.
+  RinexOptions rinex;
+  std::optional<Moment>
+      date;  ///< When the recording was made; without it, what the recording itself says of that.
 };
 
-/// Decodes every byte of a recording, as fast as it goes. Throws a Failure for an unknown model or an unreadable file.
+/// Decodes every byte of a recording, as fast as it goes. Throws a Failure for an unknown model or an
+/// unreadable file.
 ExitCode Decode(const DecodeOptions& options, const Interrupt& interrupt, Output& output);
 
 }  // namespace host

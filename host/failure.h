@@ -17,7 +17,8 @@ enum class ExitCode : int {
   interrupted = 130,
 };
 
-/// What ends the program early: a text for the user that names the thing and says what to do, and the exit code.
+/// What ends the program early: a text for the user that names the thing and says what to do, and the exit
+/// code.
 class Failure : public std::runtime_error {
  public:
   Failure(ExitCode code, const std::string& text) : std::runtime_error(text), code_(code) {}

@@ -8,10 +8,14 @@ namespace host {
 
 std::unique_ptr<Sink> MakeSink(Format format, std::string& out, const std::string& device, Geoid geoid) {
   switch (format) {
-    case Format::text: return std::make_unique<TextSink>(out);
-    case Format::json: return std::make_unique<GpsdSink>(out, device, geoid);
-    case Format::record: return std::make_unique<RecordSink>(out);
-    case Format::none: break;
+    case Format::text:
+      return std::make_unique<TextSink>(out);
+    case Format::json:
+      return std::make_unique<GpsdSink>(out, device, geoid);
+    case Format::record:
+      return std::make_unique<RecordSink>(out);
+    case Format::none:
+      break;
   }
   return std::make_unique<NoSink>();
 }

@@ -4,6 +4,8 @@
 #include <numbers>
 #include <utility>
 
+#include "host/gpstime.h"
+
 namespace host {
 
 namespace {
@@ -13,9 +15,12 @@ constexpr double kDegrees = 180.0 / std::numbers::pi;
 // gpsd's numbers for the kind of fix, by SignalType; 0 where it has none.
 constexpr std::array kStatus = {0, 1, 2, 5, 7, 2, 3, 4, 0, 2, 0};
 
-// The height that a position sentence states is one above mean sea level. With the separation added it is one above the
-// ellipsoid. Subtracting is for makes that state the ellipsoidal height there, and leaves one above mean sea level.
-constexpr std::string_view HeightKey(Geoid geoid) { return geoid == Geoid::add ? "altHAE" : "altMSL"; }
+// The height that a position sentence states is one above mean sea level. With the separation added it is one
+// above the ellipsoid. Subtracting is for makes that state the ellipsoidal height there, and leaves one above
+// mean sea level.
+constexpr std::string_view HeightKey(Geoid geoid) {
+  return geoid == Geoid::add ? "altHAE" : "altMSL";
+}
 
 /// The satellite system and the number in it behind a number of an NMEA sentence; nothing where makes differ.
 struct Vehicle {
@@ -31,17 +36,32 @@ std::optional<Vehicle> VehicleOf(int prn) {
 }
 
 bool SameSatellite(const CGPSSatelliteData& a, const CGPSSatelliteData& b) {
-  return a.m_nPRN == b.m_nPRN && a.m_bUsed == b.m_bUsed && a.m_bInView == b.m_bInView && a.m_nSNR == b.m_nSNR &&
-         a.m_dElevation == b.m_dElevation && a.m_dAzimuth == b.m_dAzimuth;
+  return a.m_nPRN == b.m_nPRN && a.m_bUsed == b.m_bUsed && a.m_bInView == b.m_bInView &&
+         a.m_nSNR == b.m_nSNR && a.m_dElevation == b.m_dElevation && a.m_dAzimuth == b.m_dAzimuth;
+}
+
+void WriteVehicle(JsonWriter& json, int prn) {
+  json.Member("PRN", prn);
+  if (const auto vehicle = VehicleOf(prn)) {
+    json.Member("gnssid", vehicle->system);
+    json.Member("svid", vehicle->number);
+  }
+}
+
+void WriteMeasurement(JsonWriter& json, const CGPSSatelliteDataRaw& satellite) {
+  json.BeginObject();
+  WriteVehicle(json, satellite.m_nPRN);
+  json.Member("obs", "L1C");
+  json.MemberFixed("pseudorange", satellite.m_dPseudorange, 3);
+  json.MemberFixed("carrierphase", satellite.m_dCarrierPhase, 3);
+  json.MemberFixed("doppler", satellite.m_dDoppler, 3);
+  json.Member("count", satellite.m_nSignalCount);
+  json.EndObject();
 }
 
 void WriteSatellite(JsonWriter& json, const CGPSSatelliteData& satellite) {
   json.BeginObject();
-  json.Member("PRN", satellite.m_nPRN);
-  if (const auto vehicle = VehicleOf(satellite.m_nPRN)) {
-    json.Member("gnssid", vehicle->system);
-    json.Member("svid", vehicle->number);
-  }
+  WriteVehicle(json, satellite.m_nPRN);
   json.MemberFixed("el", satellite.m_dElevation * kDegrees, 1);
   json.MemberFixed("az", satellite.m_dAzimuth * kDegrees, 1);
   json.Member("ss", satellite.m_nSNR);
@@ -81,7 +101,7 @@ bool GpsdSink::OnData(const CGPSData& data) {
 void GpsdSink::WriteTime(JsonWriter& json, const CGPSData& data) {
   if (!HasTimeOfDay(data)) return;
   iso_.clear();
-  AppendIso(iso_, DateTimeOfDay(data.m_dTimeOfDay, reference_.value_or(data.m_Time.GetTime() * 1000)));
+  AppendIso(iso_, DateTimeOfDay(data.m_dTimeOfDay, ReferenceFor(data.m_Time)));
   json.Member("time", std::string_view(iso_));
 }
 
@@ -146,10 +166,11 @@ bool GpsdSink::WriteReports(const CGPSData& data) {
   const auto start = out_.size();
   JsonWriter json(out_);
   Begin(json, "STATUS");
-  const bool any = reports_.Visit(data, [&](std::string_view key, std::string_view, auto value, std::string_view) {
-    json.Key(key);
-    json.Value(value);
-  });
+  const bool any =
+      reports_.Visit(data, [&](std::string_view key, std::string_view, auto value, std::string_view) {
+        json.Key(key);
+        json.Value(value);
+      });
   if (any) {
     End(json);
   } else {
@@ -158,8 +179,46 @@ bool GpsdSink::WriteReports(const CGPSData& data) {
   return any;
 }
 
-bool GpsdSink::OnRawData(const CGPSDataRaw&) { return false; }
+bool GpsdSink::OnRawData(const CGPSDataRaw& epoch) {
+  JsonWriter json(out_);
+  Begin(json, "RAW");
+  json.Member("week", ResolveWeek(epoch.m_nGPSWeek, ReferenceFor(epoch.m_Time)));
+  json.MemberFixed("tow", epoch.m_dReceiverTime, 3);
+  json.MemberFixed("lat", epoch.m_dLatitude, 9);
+  json.MemberFixed("lon", epoch.m_dLongitude, 9);
+  json.MemberFixed("altHAE", epoch.m_dHeight, 4);
+  json.MemberFixed("clockOffset", epoch.m_dClockOffset, 3);
+  json.MemberFixed("clockDrift", epoch.m_dClockDrift, 3);
+  json.Key("rawdata");
+  json.BeginArray();
+  for (int i = 0; i < epoch.GetNumSV(); ++i) {
+    CGPSSatelliteDataRaw satellite;
+    if (epoch.GetSatelliteData(satellite, i) && satellite.m_bValid) WriteMeasurement(json, satellite);
+  }
+  json.EndArray();
+  End(json);
+  return true;
+}
 
-bool GpsdSink::OnEphemeris(const CGPSDataEphemeris&) { return false; }
+bool GpsdSink::OnEphemeris(const CGPSDataEphemeris& e) {
+  JsonWriter json(out_);
+  Begin(json, "EPHEMERIS");
+  WriteVehicle(json, e.m_nPRN);
+  json.Member("week", ResolveWeek(e.m_nWeek, ReferenceFor(CTime::GetCurrentTime())));
+  json.Member("tow", e.m_lTow);
+  json.Member("IODC", e.m_lAodc);
+  json.Member("IODE", e.m_lAode);
+  json.Member("toc", e.m_lToc);
+  json.Member("toe", e.m_lToe);
+  const std::pair<std::string_view, double> terms[] = {
+      {"af0", e.m_dAf0},       {"af1", e.m_dAf1}, {"af2", e.m_dAf2},        {"Tgd", e.m_dTgd},
+      {"deltan", e.m_dDeltaN}, {"M0", e.m_dM0},   {"e", e.m_dEccentricity}, {"sqrtA", e.m_dSqrtA},
+      {"Omega0", e.m_dOmega0}, {"i0", e.m_dI0},   {"omega", e.m_dOmega},    {"Omegad", e.m_dOmegaDot},
+      {"IDOT", e.m_dIDot},     {"Cuc", e.m_dCuc}, {"Cus", e.m_dCus},        {"Crc", e.m_dCrc},
+      {"Crs", e.m_dCrs},       {"Cic", e.m_dCic}, {"Cis", e.m_dCis}};
+  for (const auto& [key, value] : terms) json.Member(key, value);
+  End(json);
+  return true;
+}
 
 }  // namespace host

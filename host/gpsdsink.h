@@ -12,16 +12,15 @@
 
 namespace host {
 
-/// The format "json": a JSON object a line, with the keys and units of gpsd's TPV, SKY and RAW, and objects of classes of
-/// our own, STATUS and EPHEMERIS, for what gpsd has none for. docs/json.md has the table. What is not known is left out.
+/// The format "json": a JSON object a line, with the keys and units of gpsd's TPV, SKY and RAW, and objects
+/// of classes of our own, STATUS and EPHEMERIS, for what gpsd has none for. docs/json.md has the table. What
+/// is not known is left out.
 class GpsdSink : public Sink {
  public:
   /// `device` is what the objects name as their source.
   GpsdSink(std::string& out, std::string device, Geoid geoid);
 
-  /// The moment near which the records to come belong, for a recording, which is not of today. Without it, the moment of
-  /// publication is that moment.
-  void SetReference(std::optional<Moment> reference) { reference_ = reference; }
+  void SetReference(std::optional<Moment> reference) override { reference_ = reference; }
 
   bool OnData(const CGPSData& data) override;
   bool OnRawData(const CGPSDataRaw& epoch) override;
@@ -37,6 +36,8 @@ class GpsdSink : public Sink {
   void WritePosition(const CGPSData& data);
   bool WriteSatellites(const CGPSData& data);
   bool WriteReports(const CGPSData& data);
+
+  Moment ReferenceFor(const CTime& time) const { return reference_.value_or(time.GetTime() * 1000); }
 
   std::string& out_;
   const std::string device_;

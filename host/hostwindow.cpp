@@ -20,7 +20,9 @@ HostWindow::HostWindow(Sink& sink, long long limit) : sink_(sink), limit_(limit)
   if (CWinApp* app = AfxGetApp()) app->SetMainWnd(this);
 }
 
-HostWindow::~HostWindow() { DestroyWindow(); }
+HostWindow::~HostWindow() {
+  DestroyWindow();
+}
 
 void HostWindow::Drain() {
   for (MSG message; PeekMessageW(&message, PM_REMOVE);) DispatchMessageW(message);
@@ -55,7 +57,8 @@ LRESULT HostWindow::WindowProc(UINT message, WPARAM wParam, LPARAM lParam) {
       if (!IsFull()) Show(sink_.OnString(*text));
       return 0;
     }
-    default: return CWnd::WindowProc(message, wParam, lParam);
+    default:
+      return CWnd::WindowProc(message, wParam, lParam);
   }
 }
 

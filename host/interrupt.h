@@ -6,8 +6,9 @@
 
 namespace host {
 
-/// Ctrl-C, and the signals that ask a program to end, as something that a loop can wait for. Made before any other thread
-/// starts, so that none of them is disturbed: from then on these signals end nothing by themselves.
+/// Ctrl-C, and the signals that ask a program to end, as something that a loop can wait for. Made before any
+/// other thread starts, so that none of them is disturbed: from then on these signals end nothing by
+/// themselves.
 class Interrupt {
  public:
   Interrupt();

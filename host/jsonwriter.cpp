@@ -40,7 +40,8 @@ void AppendFixed(std::string& out, double value, int decimals) {
   if (std::fabs(scaled) >= kExact) {  // the general way, which takes several times as long
     std::array<char, 350> digits;
     const auto end = digits.data() + digits.size();
-    out.append(digits.data(), std::to_chars(digits.data(), end, value, std::chars_format::fixed, decimals).ptr);
+    out.append(digits.data(),
+               std::to_chars(digits.data(), end, value, std::chars_format::fixed, decimals).ptr);
     return;
   }
   const auto whole = static_cast<std::int64_t>(scaled);

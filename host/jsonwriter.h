@@ -9,8 +9,9 @@
 
 namespace host {
 
-/// Appends JSON to a text, with no blanks. It is for lines that are written thousands of times a second: nothing is
-/// built up first, and its caller sees to it that the nesting is right and that keys need no escaping.
+/// Appends JSON to a text, with no blanks. It is for lines that are written thousands of times a second:
+/// nothing is built up first, and its caller sees to it that the nesting is right and that keys need no
+/// escaping.
 class JsonWriter {
  public:
   explicit JsonWriter(std::string& out) : out_(out) {}

@@ -7,7 +7,8 @@
 
 namespace {
 
-/// A standard stream that the caller has closed must not become the serial port or a file that is opened later.
+/// A standard stream that the caller has closed must not become the serial port or a file that is opened
+/// later.
 void FillStandardDescriptors() {
   for (int descriptor; (descriptor = open("/dev/null", O_RDWR)) >= 0;) {
     if (descriptor > STDERR_FILENO) {

@@ -12,8 +12,10 @@ namespace host {
 
 namespace {
 
-#define ANSWER(operation, heading) \
-  { #operation, heading, [](CGPSReceiver& receiver) -> bool { return receiver.operation(); } }
+#define ANSWER(operation, heading)                                                            \
+  {                                                                                           \
+#operation, heading, [](CGPSReceiver & receiver) -> bool { return receiver.operation(); } \
+  }
 
 constexpr Answer kAnswers[] = {
     ANSWER(HasRawData, "RAW"),
@@ -58,19 +60,23 @@ nlohmann::ordered_json Describe(CGPSReceiver& receiver) {
 }
 
 std::string Usage(const Operation& operation) {
-  return *operation.arguments == '\0' ? operation.name : std::string(operation.name) + ' ' + operation.arguments;
+  return *operation.arguments == '\0' ? operation.name
+                                      : std::string(operation.name) + ' ' + operation.arguments;
 }
 
 }  // namespace
 
-std::span<const Answer> Answers() { return kAnswers; }
+std::span<const Answer> Answers() {
+  return kAnswers;
+}
 
 CGPSReceiver& SelectModel(CGPSEngine& engine, const std::string& name) {
   const auto& receivers = engine.GetReceivers();
   const auto found = std::find_if(receivers.begin(), receivers.end(),
                                   [&](const auto& receiver) { return receiver->GetName().ToUtf8() == name; });
   if (found == receivers.end()) {
-    throw Failure(ExitCode::usage, "no model is called \"" + name + "\"; the models are " + ListOfNames(engine));
+    throw Failure(ExitCode::usage,
+                  "no model is called \"" + name + "\"; the models are " + ListOfNames(engine));
   }
   return **found;
 }
@@ -80,7 +86,8 @@ std::string ModelsAsTable(const CGPSEngine& engine) {
   for (const auto& answer : kAnswers) table += std::string("  ") + answer.heading;
   table += '\n';
   for (const auto& receiver : engine.GetReceivers()) {
-    table += Padded(receiver->GetName().ToUtf8(), kNameWidth) + ' ' + std::to_string(receiver->GetDefaultBaudrate());
+    table += Padded(receiver->GetName().ToUtf8(), kNameWidth) + ' ' +
+             std::to_string(receiver->GetDefaultBaudrate());
     for (const auto& answer : kAnswers) {
       table += "  " + Padded(answer.ask(*receiver) ? "Y" : "-", std::string_view(answer.heading).size());
     }
@@ -99,8 +106,8 @@ std::string ModelsAsJson(const CGPSEngine& engine) {
 }
 
 std::string ModelAsText(CGPSReceiver& receiver) {
-  std::string text = receiver.GetName().ToUtf8() + " (" + receiver.GetRuntimeClass()->m_lpszClassName + "), " +
-                     std::to_string(receiver.GetDefaultBaudrate()) + " baud\n\n";
+  std::string text = receiver.GetName().ToUtf8() + " (" + receiver.GetRuntimeClass()->m_lpszClassName +
+                     "), " + std::to_string(receiver.GetDefaultBaudrate()) + " baud\n\n";
   for (const auto& answer : kAnswers) {
     text += "  " + Padded(answer.operation, kAnswerWidth) + (answer.ask(receiver) ? " yes\n" : " no\n");
   }

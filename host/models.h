@@ -20,7 +20,8 @@ std::span<const Answer> Answers();
 /// The receiver of exactly this name. Throws a Failure that lists the names there are.
 CGPSReceiver& SelectModel(CGPSEngine& engine, const std::string& name);
 
-/// The models in the order of the library's list, with their baud rates and capability answers: a table for people.
+/// The models in the order of the library's list, with their baud rates and capability answers: a table for
+/// people.
 std::string ModelsAsTable(const CGPSEngine& engine);
 /// The same as a JSON array, each answer under its operation's name.
 std::string ModelsAsJson(const CGPSEngine& engine);

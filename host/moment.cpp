@@ -44,10 +44,12 @@ int Number(std::string_view digits) {
 }
 
 std::optional<Moment> MomentOf(int year, int month, int day, std::string_view time) {
-  const std::chrono::year_month_day date{std::chrono::year(year), std::chrono::month(static_cast<unsigned>(month)),
+  const std::chrono::year_month_day date{std::chrono::year(year),
+                                         std::chrono::month(static_cast<unsigned>(month)),
                                          std::chrono::day(static_cast<unsigned>(day))};
   if (year < 1980 || !date.ok() || time.size() < 6) return std::nullopt;
-  const int hours = Number(time.substr(0, 2)), minutes = Number(time.substr(2, 2)), seconds = Number(time.substr(4, 2));
+  const int hours = Number(time.substr(0, 2)), minutes = Number(time.substr(2, 2)),
+            seconds = Number(time.substr(4, 2));
   if (hours < 0 || minutes < 0 || seconds < 0) return std::nullopt;
   const Moment days = std::chrono::sys_days(date).time_since_epoch().count();
   return days * kDay + ((hours * 60LL + minutes) * 60 + seconds) * 1000;

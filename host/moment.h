@@ -18,8 +18,8 @@ Moment DateTimeOfDay(double seconds_of_day, Moment near);
 /// Appends "2024-05-14T08:00:01.000Z".
 void AppendIso(std::string& out, Moment moment);
 
-/// Looks for the date in the bytes of a receiver, which is in sentences that the library recognises but does not decode:
-/// RMC and ZDA, of any talker. A recording played years later so keeps its own date.
+/// Looks for the date in the bytes of a receiver, which is in sentences that the library recognises but does
+/// not decode: RMC and ZDA, of any talker. A recording played years later so keeps its own date.
 class DateScan {
  public:
   /// The next bytes of the stream, in pieces of any size.

@@ -1,6 +1,7 @@
 #include "host/monitor.h"
 
 #include <fcntl.h>
+#include <sys/stat.h>
 
 #include <cerrno>
 #include <chrono>
@@ -14,6 +15,7 @@
 #include "host/portwatch.h"
 #include "host/source.h"
 #include "host/waiter.h"
+#include "host/wiretap.h"
 
 namespace host {
 
@@ -39,9 +41,11 @@ class Run {
   bool IsPlayback() const { return !options_.play.empty(); }
   void StartPlayback();
   void StartLive();
+  void AskForRawData();
   Deadline::Clock::time_point NextDeadline() const;
   std::optional<ExitCode> Ending();
   bool HasUnderstood() const;
+  bool HasHeard() const;
   void FailIfNothingUnderstood(double seconds) const;
 
   const MonitorOptions& options_;
@@ -53,22 +57,34 @@ class Run {
   CGPSEngine engine_;
   CGPSReceiver& receiver_;
   std::unique_ptr<Sink> sink_;
+  std::optional<RinexSink> rinex_;
   std::optional<HostWindow> window_;
   std::optional<PortWatch> watch_;
+  std::optional<WireTap> tap_;  // until something was understood
   Deadline end_, first_message_, last_record_;
 };
 
 Run::Run(const MonitorOptions& options, const Interrupt& interrupt, Output& output)
-    : options_(options), interrupt_(interrupt), output_(output), receiver_(SelectModel(engine_, options.model)) {}
+    : options_(options),
+      interrupt_(interrupt),
+      output_(output),
+      receiver_(SelectModel(engine_, options.model)) {}
 
 ExitCode Run::Go() {
+  if (!options_.rinex.base.empty() && !IsPlayback() && !receiver_.HasRawData()) {
+    throw Failure(ExitCode::usage, "the model " + options_.model + " has no raw data to log");
+  }
   engine_.InitReceivers();
   if (options_.baud > 0) receiver_.SaveDifferentSettings(options_.baud);
   receiver_.SetupReceiver(kPort, static_cast<int>(options_.geoid), options_.antenna_height, "", false);
   engine_.SetReceiver(&receiver_);
   if (!IsPlayback()) source_.emplace(options_.port, receiver_);
-  sink_ = MakeSink(options_.format, output_.Text(), IsPlayback() ? options_.play : source_->Device(), options_.geoid);
-  window_.emplace(*sink_, options_.count);
+  sink_ = MakeSink(options_.format, output_.Text(), IsPlayback() ? options_.play : source_->Device(),
+                   options_.geoid);
+  const bool logs = !options_.rinex.base.empty();
+  engine_.m_bAttachRawData = logs || options_.attach_raw.value_or(receiver_.HasRawData());
+  if (logs) rinex_.emplace(options_.rinex, options_.model, options_.antenna_height, *sink_);
+  window_.emplace(rinex_ ? *rinex_ : *sink_, options_.count);
   watch_.emplace(source_ && !source_->IsSimulated() ? source_->Device() : "");
   IsPlayback() ? StartPlayback() : StartLive();
 
@@ -79,12 +95,14 @@ ExitCode Run::Go() {
   while (!ending) {
     waiter.Wait(NextDeadline());
     window_->Drain();
+    if (rinex_) rinex_->Check();
     ending = !output_.Flush() || waiter.IsReaderGone() ? ExitCode::done : Ending();
   }
   boxes_.Release();
   engine_.Stop();
   window_->Drain();
   output_.Flush();
+  if (rinex_ && !rinex_->Finish() && ending == ExitCode::done) return ExitCode::failed;
   return *ending;
 }
 
@@ -111,6 +129,8 @@ void Run::StartLive() {
     }
     engine_.m_strRecordFile = CString::FromUtf8(options_.record);
     engine_.m_bRecordRaw = true;
+  } else {
+    tap_.emplace(engine_);
   }
   if (source_->IsSimulated()) {
     Complain("a simulated receiver \"" + options_.model + "\" on " + source_->Device() +
@@ -118,6 +138,16 @@ void Run::StartLive() {
   }
   source_->Start();
   StartEngine(engine_, *source_, *watch_);
+  if (rinex_) AskForRawData();
+}
+
+void Run::AskForRawData() {
+  const double interval = options_.rinex.interval;
+  if (!receiver_.EnablePostProcessing(true) ||
+      (interval > 0.0 && !receiver_.SetRawDataOutputInterval(interval))) {
+    throw Failure(ExitCode::refused, "the receiver did not take the command to send raw data" +
+                                         (interval > 0.0 ? " every " + Seconds(interval) : std::string()));
+  }
 }
 
 Deadline::Clock::time_point Run::NextDeadline() const {
@@ -129,6 +159,7 @@ Deadline::Clock::time_point Run::NextDeadline() const {
 std::optional<ExitCode> Run::Ending() {
   if (window_->IsFull()) return ExitCode::done;
   if (interrupt_.HasCome()) return ExitCode::interrupted;
+  if (tap_ && HasUnderstood()) engine_.m_bRecordRaw = false;
   if (!options_.record.empty() && !engine_.m_bRecordRaw) {
     throw Failure(ExitCode::failed, "recording to " + options_.record + " has failed");
   }
@@ -150,13 +181,18 @@ bool Run::HasUnderstood() const {
   return sentences + receiver_.GetBinaryMessages() > 0 || window_->GetPublished().All() > 0;
 }
 
+bool Run::HasHeard() const {
+  struct stat about {};
+  return tap_ ? tap_->HasHeard() : stat(options_.record.c_str(), &about) == 0 && about.st_size > 0;
+}
+
 void Run::FailIfNothingUnderstood(double seconds) const {
   if (HasUnderstood()) return;
   const std::string& device = source_->Device();
-  if (watch_->HasHeard() || engine_.GetMessages() > 0) {
+  if (HasHeard()) {
     throw Failure(ExitCode::nothing_understood,
-                  "bytes came from " + device + " in " + Seconds(seconds) + ", but no message was understood at " +
-                      std::to_string(receiver_.GetCurrentBaudrate()) +
+                  "bytes came from " + device + " in " + Seconds(seconds) +
+                      ", but no message was understood at " + std::to_string(receiver_.GetCurrentBaudrate()) +
                       " baud: set the receiver's baud rate with --baud, or let it send NMEA");
   }
   throw Failure(ExitCode::nothing_understood, "no data came from " + device + " in " + Seconds(seconds) +

@@ -1,11 +1,13 @@
 #pragma once
 
+#include <optional>
 #include <string>
 
 #include "host/failure.h"
 #include "host/format.h"
 #include "host/interrupt.h"
 #include "host/output.h"
+#include "host/rinexsink.h"
 
 namespace host {
 
@@ -16,15 +18,17 @@ struct MonitorOptions {
   std::string model = "Other";
   Format format = Format::text;
   Geoid geoid = Geoid::none;
-  double antenna_height = 0.0;  ///< Metres.
-  std::string record;           ///< File for the port's bytes; empty for none.
-  long long count = 0;          ///< Records to show; 0 for no limit.
-  double duration = 0.0;        ///< Seconds to run; 0 for no limit.
-  double timeout = 10.0;        ///< Seconds to wait for a first message that is understood; 0 for no limit.
+  double antenna_height = 0.0;     ///< Metres.
+  std::optional<bool> attach_raw;  ///< Decode raw data; without it, where the model has them.
+  RinexOptions rinex;              ///< With a log, the receiver is told to send raw data.
+  std::string record;              ///< File for the port's bytes; empty for none.
+  long long count = 0;             ///< Records to show; 0 for no limit.
+  double duration = 0.0;           ///< Seconds to run; 0 for no limit.
+  double timeout = 10.0;  ///< Seconds to wait for a first message that is understood; 0 for no limit.
 };
 
-/// Shows what a receiver sends until enough was shown, the time is over, the user ends it or nobody reads the output any
-/// more. Throws a Failure if the run cannot begin or comes to nothing.
+/// Shows what a receiver sends until enough was shown, the time is over, the user ends it or nobody reads the
+/// output any more. Throws a Failure if the run cannot begin or comes to nothing.
 ExitCode Monitor(const MonitorOptions& options, const Interrupt& interrupt, Output& output);
 
 }  // namespace host

@@ -79,7 +79,9 @@ Action Call(const Arguments& arguments) {
   };
 }
 
-Result ResultOf(bool worked) { return worked ? Result::yes : Result::no; }
+Result ResultOf(bool worked) {
+  return worked ? Result::yes : Result::no;
+}
 
 Action SetElevationMask(const Arguments& arguments) {
   Words words(arguments);
@@ -193,7 +195,7 @@ Action Start(const Arguments& arguments) {
   return [](CGPSReceiver& receiver) { return ResultOf(receiver.Initialize()); };
 }
 
-#define OPENED_BY(answer) #answer, [](CGPSReceiver& receiver) -> bool { return receiver.answer(); }
+#define OPENED_BY(answer) #answer, [](CGPSReceiver & receiver) -> bool { return receiver.answer(); }
 #define ALWAYS_OPEN nullptr, nullptr
 
 std::vector<Operation> MakeOperations() {
@@ -204,45 +206,83 @@ std::vector<Operation> MakeOperations() {
       {"start", "", "what the start of a run writes", starts, ALWAYS_OPEN, Start, plain},
       {"default-nmea", "", "the full set of NMEA sentences", sets, OPENED_BY(ImplementsSetNmea),
        Call<&CGPSReceiver::SetDefaultNMEA>, plain},
-      {"gga-only", "", "positions alone", sets, OPENED_BY(ImplementsSetNmea), Call<&CGPSReceiver::SetGgaOnlyNMEA>, plain},
+      {"gga-only", "", "positions alone", sets, OPENED_BY(ImplementsSetNmea),
+       Call<&CGPSReceiver::SetGgaOnlyNMEA>, plain},
       {"query-nmea", "", "which sentences are on", asks, OPENED_BY(ImplementsQueryNmea),
        Call<&CGPSReceiver::QueryNmeaActive>, plain},
       {"query-settings", "", "the receiver's settings", asks, OPENED_BY(ImplementsQueryGpsSettings),
        Call<&CGPSReceiver::QueryGpsSettings>, plain},
-      {"set-elevation-mask", "DEGREES", "the least elevation of a satellite", sets, OPENED_BY(ImplementsSetElevMask),
-       SetElevationMask, {{{"10"}}}},
+      {"set-elevation-mask",
+       "DEGREES",
+       "the least elevation of a satellite",
+       sets,
+       OPENED_BY(ImplementsSetElevMask),
+       SetElevationMask,
+       {{{"10"}}}},
       {"query-elevation-mask", "", "that elevation", asks, OPENED_BY(ImplementsSetElevMask),
        Call<&CGPSReceiver::QuerySatElevMask>, plain},
-      {"set-beacon", "auto | KHZ [BITRATE]", "the beacon to listen to", sets, OPENED_BY(ImplementsBeacon), SetBeacon,
+      {"set-beacon",
+       "auto | KHZ [BITRATE]",
+       "the beacon to listen to",
+       sets,
+       OPENED_BY(ImplementsBeacon),
+       SetBeacon,
        {{{"auto"}}, {{"304.5", "200"}}}},
       {"query-beacon", "", "the beacon and its signal", asks, OPENED_BY(ImplementsBeacon),
        Call<&CGPSReceiver::QueryBeacon>, plain},
-      {"set-dgps", "none|beacon|lband|waas|cdgps|omnistar", "the source of differential corrections", sets,
-       OPENED_BY(HasDGPSSupport), SetDgps,
+      {"set-dgps",
+       "none|beacon|lband|waas|cdgps|omnistar",
+       "the source of differential corrections",
+       sets,
+       OPENED_BY(HasDGPSSupport),
+       SetDgps,
        {{{"none"}}, {{"beacon"}}, {{"lband"}}, {{"waas"}}, {{"cdgps"}}, {{"omnistar"}}}},
-      {"query-dgps", "", "that source", asks, OPENED_BY(HasDGPSSupport), Call<&CGPSReceiver::QueryDgpsMode>, plain},
+      {"query-dgps", "", "that source", asks, OPENED_BY(HasDGPSSupport), Call<&CGPSReceiver::QueryDgpsMode>,
+       plain},
       {"query-omnistar", "", "the Omnistar subscription", asks, OPENED_BY(HasDGPSSupport),
        Call<&CGPSReceiver::QueryOmniStar>, plain},
-      {"query-waas", "", "the WAAS reception", asks, OPENED_BY(HasDGPSSupport), Call<&CGPSReceiver::QueryWAAS>, plain},
+      {"query-waas", "", "the WAAS reception", asks, OPENED_BY(HasDGPSSupport),
+       Call<&CGPSReceiver::QueryWAAS>, plain},
       {"query-lband-satellites", "", "the L-band satellites", asks, OPENED_BY(HasDGPSSupport),
        Call<&CGPSReceiver::QueryLbandSatellites>, plain},
-      {"set-lband", "MHZ BITRATE", "the L-band satellite to listen to, 0 for the receiver's choice", sets,
-       OPENED_BY(HasDGPSSupport), SetLband, {{{"0", "1200"}}, {{"1557.845", "1200"}}}},
-      {"set-cdgps-frequency", "MHZ", "the CDGPS satellite to listen to", sets, OPENED_BY(HasDGPSSupport),
-       SetCdgpsFrequency, {{{"1547"}}}},
-      {"dgps-status", "on|off", "messages on the state of the corrections", sets, OPENED_BY(HasDGPSSupport), DgpsStatus,
-       on_off},
+      {"set-lband",
+       "MHZ BITRATE",
+       "the L-band satellite to listen to, 0 for the receiver's choice",
+       sets,
+       OPENED_BY(HasDGPSSupport),
+       SetLband,
+       {{{"0", "1200"}}, {{"1557.845", "1200"}}}},
+      {"set-cdgps-frequency",
+       "MHZ",
+       "the CDGPS satellite to listen to",
+       sets,
+       OPENED_BY(HasDGPSSupport),
+       SetCdgpsFrequency,
+       {{{"1547"}}}},
+      {"dgps-status", "on|off", "messages on the state of the corrections", sets, OPENED_BY(HasDGPSSupport),
+       DgpsStatus, on_off},
       {"send-correction", "", "the datum of the corrections", sets, OPENED_BY(HasDGPSSupport),
        Call<&CGPSReceiver::SendCorrection>, plain},
       {"post-processing", "on|off", "raw measurements and ephemerides, until the end of the run", sets,
        OPENED_BY(HasRawData), PostProcessing, on_off},
       // A receiver of the $J language that is at 5 is at the interval that it starts with.
-      {"raw-interval", "SECONDS", "the interval of raw measurements", sets, OPENED_BY(HasRawData), RawInterval,
+      {"raw-interval",
+       "SECONDS",
+       "the interval of raw measurements",
+       sets,
+       OPENED_BY(HasRawData),
+       RawInterval,
        {{{"1"}}, {{"5"}}}},
-      {"reset", "[--wait]", "a known configuration; --wait: and see that it acknowledges", sets,
-       OPENED_BY(ImplementsResetAll), Reset, {{{}, false}, {{}, true}}},
+      {"reset",
+       "[--wait]",
+       "a known configuration; --wait: and see that it acknowledges",
+       sets,
+       OPENED_BY(ImplementsResetAll),
+       Reset,
+       {{{}, false}, {{}, true}}},
       {"send", "TEXT", "a line of your own", sets, ALWAYS_OPEN, Send, {}},
-      {"keep-alive", "", "what a silent line is sent", sets, ALWAYS_OPEN, Call<&CGPSReceiver::KeepAlive>, plain},
+      {"keep-alive", "", "what a silent line is sent", sets, ALWAYS_OPEN, Call<&CGPSReceiver::KeepAlive>,
+       plain},
       {"suspend", "", "what the end of a run writes", sets, ALWAYS_OPEN, Call<&CGPSReceiver::Suspend>, plain},
   };
 }
@@ -259,8 +299,8 @@ std::span<const Operation> Operations() {
 
 const Operation& FindOperation(const std::string& name) {
   const auto operations = Operations();
-  const auto found =
-      std::find_if(operations.begin(), operations.end(), [&](const Operation& operation) { return operation.name == name; });
+  const auto found = std::find_if(operations.begin(), operations.end(),
+                                  [&](const Operation& operation) { return operation.name == name; });
   if (found != operations.end()) return *found;
   std::string names;
   for (const auto& operation : operations) names += std::string(names.empty() ? "" : ", ") + operation.name;
@@ -272,7 +312,8 @@ bool IsOffered(const Operation& operation, CGPSReceiver& receiver) {
 }
 
 Action Prepare(const Operation& operation, const Arguments& arguments) {
-  if (arguments.wait && operation.prepare != Reset) throw Failure(ExitCode::usage, "--wait belongs to the operation reset");
+  if (arguments.wait && operation.prepare != Reset)
+    throw Failure(ExitCode::usage, "--wait belongs to the operation reset");
   return operation.prepare(arguments);
 }
 

@@ -32,8 +32,8 @@ struct Operation {
   const char* arguments;  ///< For the user; empty for none.
   const char* summary;
   Kind kind;
-  const char* answer;               ///< The capability answer that opens it; null: every model has it.
-  bool (*is_open)(CGPSReceiver&);   ///< That answer; null likewise.
+  const char* answer;              ///< The capability answer that opens it; null: every model has it.
+  bool (*is_open)(CGPSReceiver&);  ///< That answer; null likewise.
   Action (*prepare)(const Arguments&);
   std::vector<Arguments> examples;  ///< Arguments to show it with.
 };

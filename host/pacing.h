@@ -10,14 +10,15 @@
 
 namespace host {
 
-/// The real clock, which during a long command sequence shows how far it has got and lets Ctrl-C end it. It watches the
-/// waits of the thread that installed it; those of other threads are none of its business.
+/// The real clock, which during a long command sequence shows how far it has got and lets Ctrl-C end it. It
+/// watches the waits of the thread that installed it; those of other threads are none of its business.
 class PacingClock : public Clock {
  public:
   /// Thrown out of a wait of the sequence when a signal comes.
   struct Interrupted {};
 
-  /// A sequence lasts from here to the end of the object's life. `time` is how long it takes, in milliseconds.
+  /// A sequence lasts from here to the end of the object's life. `time` is how long it takes, in
+  /// milliseconds.
   class Sequence {
    public:
     Sequence(const Interrupt& interrupt, const std::string& label, long long time);
@@ -33,7 +34,8 @@ class PacingClock : public Clock {
   PacingClock() = default;
   static PacingClock& Installed();
 
-  bool IsWatched() const { return interrupt_ != nullptr && std::this_thread::get_id() == owner_; }
+  // Other threads look no further than at who they are.
+  bool IsWatched() const { return std::this_thread::get_id() == owner_ && interrupt_ != nullptr; }
   /// The length of the next piece of a wait, having looked at what has come meanwhile.
   DWORD NextPiece(DWORD rest) const;
   void Pass(DWORD ms);

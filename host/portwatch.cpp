@@ -13,16 +13,10 @@ PortWatch::PortWatch(std::string device) : device_(std::move(device)) {
   }
 }
 
-short PortWatch::Events() const { return heard_ ? 0 : POLLIN; }
-
 void PortWatch::OnEvents(short events) {
-  // A hang-up makes the line readable as well: what is then read is its end, not a byte.
-  if ((events & (POLLHUP | POLLERR | POLLNVAL)) != 0) {
-    lost_ = true;
-    Release();
-  } else if ((events & POLLIN) != 0) {
-    heard_ = true;
-  }
+  if ((events & (POLLHUP | POLLERR | POLLNVAL)) == 0) return;
+  lost_ = true;
+  Release();
 }
 
 void PortWatch::Look() {

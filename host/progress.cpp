@@ -49,7 +49,8 @@ std::string Progress::Render(const std::string& label, double fraction, int colu
   std::string line = label + " ";
   if (width > 0) {
     const auto filled = static_cast<std::size_t>(std::lround(part * width));
-    line += '[' + std::string(filled, '#') + std::string(static_cast<std::size_t>(width) - filled, '.') + "] ";
+    line +=
+        '[' + std::string(filled, '#') + std::string(static_cast<std::size_t>(width) - filled, '.') + "] ";
   }
   return line + percent + " %";
 }

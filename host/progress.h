@@ -5,8 +5,8 @@
 
 namespace host {
 
-/// A line on a terminal's standard error that says how far a long job has got, and that is gone when the job is done.
-/// Without a terminal nothing is shown.
+/// A line on a terminal's standard error that says how far a long job has got, and that is gone when the job
+/// is done. Without a terminal nothing is shown.
 class Progress {
  public:
   /// `total` is what Update counts up to. With `show` false nothing is shown either.

@@ -13,7 +13,8 @@ namespace {
 constexpr char kIntroduction[] =
     "# The receivers\n"
     "\n"
-    "Printed by `gpsengine receivers-doc`; a change here is lost. Each operation is shown as `gpsengine command --dry-run`\n"
+    "Printed by `gpsengine receivers-doc`; a change here is lost. Each operation is shown as `gpsengine "
+    "command --dry-run`\n"
     "rehearses it: what it writes to an open port, and the milliseconds it waits behind that.\n"
     "\n";
 
@@ -32,7 +33,8 @@ std::string CapabilityTable(const CGPSEngine& engine) {
   }
   table += '\n' + rule + '\n';
   for (const auto& receiver : engine.GetReceivers()) {
-    table += "| " + receiver->GetName().ToUtf8() + " | " + std::to_string(receiver->GetDefaultBaudrate()) + " |";
+    table +=
+        "| " + receiver->GetName().ToUtf8() + " | " + std::to_string(receiver->GetDefaultBaudrate()) + " |";
     for (const auto& answer : Answers()) table += answer.ask(*receiver) ? " yes |" : " |";
     table += '\n';
   }

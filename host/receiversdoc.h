@@ -6,8 +6,8 @@
 
 namespace host {
 
-/// docs/receivers.md: for each model its capability answers and, for each operation that they open, the lines it writes
-/// and the times it waits. No engine may run meanwhile.
+/// docs/receivers.md: for each model its capability answers and, for each operation that they open, the lines
+/// it writes and the times it waits. No engine may run meanwhile.
 std::string ReceiversDoc(const CGPSEngine& engine);
 
 }  // namespace host

@@ -8,8 +8,8 @@
 
 namespace host {
 
-/// A file of a receiver's bytes, read in pieces. A file that holds no carriage return at all is a text log, saved by a
-/// tool that dropped them: each of its lines gets its line end back.
+/// A file of a receiver's bytes, read in pieces. A file that holds no carriage return at all is a text log,
+/// saved by a tool that dropped them: each of its lines gets its line end back.
 class Recording {
  public:
   /// Opens a file, or standard input for "-". Throws a Failure that names the file if it cannot be read.
@@ -38,8 +38,8 @@ class Recording {
   std::int64_t size_ = 0;
   std::int64_t done_ = 0;
   std::string head_;
-  std::string held_;        // what of a stream that cannot be rewound was read to look for a carriage return
-  std::string ready_;       // read and given its line ends
+  std::string held_;       // what of a stream that cannot be rewound was read to look for a carriage return
+  std::string ready_;      // read and given its line ends
   std::size_t taken_ = 0;  // of ready_, by Next
 };
 

@@ -6,8 +6,8 @@
 
 namespace host {
 
-/// The format "record": one JSON object for each posted message, with every field under its own name, for programs that
-/// want what the library gives and nothing else.
+/// The format "record": one JSON object for each posted message, with every field under its own name, for
+/// programs that want what the library gives and nothing else.
 class RecordSink : public Sink {
  public:
   explicit RecordSink(std::string& out) : out_(out) {}

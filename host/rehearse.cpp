@@ -31,7 +31,8 @@ std::string Transcript::Text() const {
   return text;
 }
 
-Transcript Rehearse(const std::string& model, const Operation& operation, const Action& action, bool port_opens) {
+Transcript Rehearse(const std::string& model, const Operation& operation, const Action& action,
+                    bool port_opens) {
   CRehearsal line(kPort, port_opens);
   CGPSEngine engine;
   CGPSReceiver& receiver = SelectModel(engine, model);
@@ -70,9 +71,12 @@ std::vector<const Operation*> OperationsOf(CGPSReceiver& receiver) {
 
 const char* NameOf(Result result) {
   switch (result) {
-    case Result::yes: return "true";
-    case Result::no: return "false";
-    case Result::none: break;
+    case Result::yes:
+      return "true";
+    case Result::no:
+      return "false";
+    case Result::none:
+      break;
   }
   return "none";
 }

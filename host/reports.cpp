@@ -17,8 +17,8 @@ std::string_view NameOf(DgpsMode mode) {
 }
 
 std::string_view NameOfSignal(int signal_type) {
-  constexpr std::string_view kNames[] = {"no fix",    "GPS",       "DGPS",           "estimated", "manual",
-                                         "RTK code",  "RTK fixed", "RTK float",      "processed", "SBAS"};
+  constexpr std::string_view kNames[] = {"no fix",   "GPS",       "DGPS",      "estimated", "manual",
+                                         "RTK code", "RTK fixed", "RTK float", "processed", "SBAS"};
   return Pick(kNames, signal_type, "unknown");
 }
 

@@ -13,9 +13,11 @@ namespace host {
 std::string_view NameOf(DgpsMode mode);
 /// The kind of fix for people: "no fix", "GPS", "DGPS", …
 std::string_view NameOfSignal(int signal_type);
-/// Whether m_dTimeOfDay holds a time. A receiver that has found none yet sends position sentences all the same.
+/// Whether m_dTimeOfDay holds a time. A receiver that has found none yet sends position sentences all the
+/// same.
 bool HasTimeOfDay(const CGPSData& data);
-/// An 8-bit text up to its first zero byte, or all of its field, without the line end that may stand behind it.
+/// An 8-bit text up to its first zero byte, or all of its field, without the line end that may stand behind
+/// it.
 template <std::size_t N>
 std::string_view TextOf(const char (&field)[N]) {
   const std::string_view text(field, static_cast<std::size_t>(std::find(field, field + N, '\0') - field));
@@ -26,8 +28,9 @@ std::string_view TextOf(const char (&field)[N]) {
 /// Finds what a published record has of news from the receiver's reports.
 class ReportReader {
  public:
-  /// Calls `report(key, label, value, unit)` for each setting that arrived with this record: a key for programs, a label
-  /// for people, a bool, number or text, and the unit for people. Says whether there were any.
+  /// Calls `report(key, label, value, unit)` for each setting that arrived with this record: a key for
+  /// programs, a label for people, a bool, number or text, and the unit for people. Says whether there were
+  /// any.
   template <class Report>
   bool Visit(const CGPSData& data, Report&& report);
 
@@ -44,7 +47,8 @@ class ReportReader {
 template <class Report>
 bool ReportReader::Visit(const CGPSData& data, Report&& report) {
   bool any = false;
-  const auto tell = [&](std::string_view key, std::string_view label, auto value, std::string_view unit = "") {
+  const auto tell = [&](std::string_view key, std::string_view label, auto value,
+                        std::string_view unit = "") {
     any = true;
     report(key, label, value, unit);
   };
@@ -62,12 +66,14 @@ bool ReportReader::Visit(const CGPSData& data, Report&& report) {
   if (status.m_bBeaconTuneValid) tell("beaconAutoTune", "beacon automatic tuning", status.m_bBeaconAutoTune);
   if (status.m_bElevationMaskValid) {
     tell("elevationMask", "elevation mask", status.m_nElevationMask, "deg");
-    // Not every report of a mask says whether it is saved, and the flag for it is always set: only a yes is certain.
+    // Not every report of a mask says whether it is saved, and the flag for it is always set: only a yes is
+    // certain.
     if (status.m_bMaskSaveValid && status.m_bMaskSaved) tell("maskSaved", "mask saved", true);
   }
   if (status.m_bNmeaStatusValid) {
-    const NmeaMsgStatus outputs[] = {status.m_nNmeaGGA, status.m_nNmeaGSA, status.m_nNmeaZDA, status.m_nNmeaGLL,
-                                     status.m_nNmeaVTG, status.m_nNmeaSAT, status.m_nNmeaGSV};
+    const NmeaMsgStatus outputs[] = {status.m_nNmeaGGA, status.m_nNmeaGSA, status.m_nNmeaZDA,
+                                     status.m_nNmeaGLL, status.m_nNmeaVTG, status.m_nNmeaSAT,
+                                     status.m_nNmeaGSV};
     constexpr std::string_view kNames[][2] = {{"nmeaGGA", "GGA"}, {"nmeaGSA", "GSA"}, {"nmeaZDA", "ZDA"},
                                               {"nmeaGLL", "GLL"}, {"nmeaVTG", "VTG"}, {"nmeaSAT", "SAT"},
                                               {"nmeaGSV", "GSV"}};
@@ -78,8 +84,8 @@ bool ReportReader::Visit(const CGPSData& data, Report&& report) {
   }
   if (status.m_bPositionModeValid) {
     // The flag stays set for good once such a report has come.
-    const PositionMode mode{status.m_dFixedAltitude, status.m_nPositionMode, status.m_nPDOPMask, status.m_nHDOPMask,
-                            status.m_nVDOPMask};
+    const PositionMode mode{status.m_dFixedAltitude, status.m_nPositionMode, status.m_nPDOPMask,
+                            status.m_nHDOPMask, status.m_nVDOPMask};
     if (position_mode_ != mode) {
       position_mode_ = mode;
       tell("positionMode", "position mode", mode.mode);
@@ -89,7 +95,8 @@ bool ReportReader::Visit(const CGPSData& data, Report&& report) {
       tell("vdopMask", "VDOP mask", mode.vdop_mask);
     }
   }
-  if (status.m_dOutputInterval >= 0.0) tell("outputInterval", "output interval", status.m_dOutputInterval, "s");
+  if (status.m_dOutputInterval >= 0.0)
+    tell("outputInterval", "output interval", status.m_dOutputInterval, "s");
   if (status.m_bDgpsModeValid) tell("dgpsMode", "differential source", NameOf(status.m_nDgpsMode));
   if (status.m_nLbandMode != 0) {
     tell("lbandMode", "L-band tuning", std::string_view(status.m_nLbandMode == 1 ? "automatic" : "fixed"));

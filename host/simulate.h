@@ -13,8 +13,8 @@ struct SimulateOptions {
   double duration = 0.0;  ///< Seconds to run; 0 for no limit.
 };
 
-/// Runs a simulated receiver on a pseudo-terminal, whose name is the one line of output, until the user ends it, the time
-/// is over or nobody reads the output any more. Complaints of the receiver go to standard error.
+/// Runs a simulated receiver on a pseudo-terminal, whose name is the one line of output, until the user ends
+/// it, the time is over or nobody reads the output any more. Complaints of the receiver go to standard error.
 ExitCode Simulate(const SimulateOptions& options, const Interrupt& interrupt, Output& output);
 
 }  // namespace host

@@ -1,13 +1,16 @@
 #pragma once
 
+#include <optional>
+
 #include "gpsengine/platform/cstring.h"
 #include "gpsengine/records/gpsdata.h"
 #include "gpsengine/records/gpsdataraw.h"
+#include "host/moment.h"
 
 namespace host {
 
-/// Takes what the library publishes, in the order in which it was posted. Each operation says whether it showed the
-/// record to the user, since --count counts what was shown.
+/// Takes what the library publishes, in the order in which it was posted. Each operation says whether it
+/// showed the record to the user, since --count counts what was shown.
 class Sink {
  public:
   virtual ~Sink() = default;
@@ -15,6 +18,9 @@ class Sink {
   virtual bool OnRawData(const CGPSDataRaw& epoch) = 0;
   virtual bool OnEphemeris(const CGPSDataEphemeris& ephemeris) = 0;
   virtual bool OnBin() = 0;
+  /// The moment near which the records to come belong, for a recording, which is not of today. Without it,
+  /// their moment of publication is that moment.
+  virtual void SetReference(std::optional<Moment> /*reference*/) {}
   /// The text of a message, while a capture runs. It comes behind the record that the message gave, if any.
   virtual bool OnString(const CString& /*text*/) { return false; }
 };

@@ -21,7 +21,8 @@ std::unique_ptr<simulator::PtyRunner> Simulate(CGPSReceiver& receiver) {
 }  // namespace
 
 Source::Source(const std::string& device, CGPSReceiver& receiver)
-    : runner_(device.empty() ? Simulate(receiver) : nullptr), device_(runner_ ? runner_->PortName() : device) {
+    : runner_(device.empty() ? Simulate(receiver) : nullptr),
+      device_(runner_ ? runner_->PortName() : device) {
   MapComPort(kPort, CString::FromUtf8(device_));
 }
 
@@ -40,9 +41,10 @@ void StartEngine(CGPSEngine& engine, const Source& source, PortWatch& watch) {
 }
 
 Failure PortLost(const std::string& device) {
-  return Failure(ExitCode::port_lost, "the port " + device +
-                                          " was lost: it was unplugged, or the other side hung up. Plug it in again "
-                                          "and start once more");
+  return Failure(ExitCode::port_lost,
+                 "the port " + device +
+                     " was lost: it was unplugged, or the other side hung up. Plug it in again "
+                     "and start once more");
 }
 
 }  // namespace host

@@ -13,8 +13,8 @@ namespace host {
 /// The number under which the library opens the port of a run.
 constexpr int kPort = 1;
 
-/// The far end of a run's serial line: a device, or a simulated receiver of the same model on a pseudo-terminal. Makes
-/// COM1 that device. Outlives the engine, whose end still writes to the line.
+/// The far end of a run's serial line: a device, or a simulated receiver of the same model on a
+/// pseudo-terminal. Makes COM1 that device. Outlives the engine, whose end still writes to the line.
 class Source {
  public:
   /// `device` empty asks for the simulated receiver.

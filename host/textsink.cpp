@@ -71,7 +71,9 @@ bool TextSink::OnData(const CGPSData& data) {
 
 bool TextSink::OnString(const CString& text) {
   const bool told = std::exchange(told_, false);
-  const bool is_answer = text.StartsWith("$>") || text.StartsWith("#") || text.StartsWith("$RD");
+  const bool is_prompt = text.GetLength() < 6;
+  const bool is_answer =
+      !is_prompt && (text.StartsWith("$>") || text.StartsWith("#") || text.StartsWith("$RD"));
   std::string bytes;
   if (shows_ != Shows::reports || told || !is_answer || !text.ToBytes(bytes)) return false;
   bytes.erase(bytes.find_last_not_of("\r\n") + 1);
@@ -124,16 +126,17 @@ bool TextSink::WriteReports(const CGPSData& data) {
   const auto start = out_.size();
   out_ += "report: ";
   const auto first = out_.size();
-  const bool any = reports_.Visit(data, [&](std::string_view, std::string_view label, auto value, std::string_view unit) {
-    if (out_.size() > first) out_ += ", ";
-    out_ += label;
-    out_ += ' ';
-    AppendValue(out_, value);
-    if (!unit.empty()) {
-      out_ += ' ';
-      out_ += unit;
-    }
-  });
+  const bool any =
+      reports_.Visit(data, [&](std::string_view, std::string_view label, auto value, std::string_view unit) {
+        if (out_.size() > first) out_ += ", ";
+        out_ += label;
+        out_ += ' ';
+        AppendValue(out_, value);
+        if (!unit.empty()) {
+          out_ += ' ';
+          out_ += unit;
+        }
+      });
   if (any) {
     out_ += '\n';
   } else {
@@ -142,8 +145,22 @@ bool TextSink::WriteReports(const CGPSData& data) {
   return any;
 }
 
-bool TextSink::OnRawData(const CGPSDataRaw&) { return false; }
+bool TextSink::OnRawData(const CGPSDataRaw& epoch) {
+  out_ += "raw epoch: week " + std::to_string(epoch.m_nGPSWeek) + ' ';
+  AppendPadded(out_, epoch.m_dReceiverTime, 3, 0);
+  out_ += " s, " + std::to_string(epoch.GetNumSV()) + " satellites:";
+  for (int i = 0; i < epoch.GetNumSV(); ++i) {
+    CGPSSatelliteDataRaw satellite;
+    if (epoch.GetSatelliteData(satellite, i)) out_ += ' ' + std::to_string(satellite.m_nPRN);
+  }
+  out_ += '\n';
+  return true;
+}
 
-bool TextSink::OnEphemeris(const CGPSDataEphemeris&) { return false; }
+bool TextSink::OnEphemeris(const CGPSDataEphemeris& ephemeris) {
+  out_ += "ephemeris: satellite " + std::to_string(ephemeris.m_nPRN) + ", week " +
+          std::to_string(ephemeris.m_nWeek) + ", for " + std::to_string(ephemeris.m_lToe) + " s\n";
+  return true;
+}
 
 }  // namespace host

@@ -22,12 +22,12 @@ int MillisecondsUntil(Deadline::Clock::time_point moment) {
 
 void Waiter::Wait(Deadline::Clock::time_point until) {
   if (watch_.NeedsLooking()) until = std::min(until, Deadline::Clock::now() + kLookInterval);
-  // No event is asked for on the output: that its reader has gone is told all the same.
+  // No event is asked for on the output and the port: that the other end has gone is told all the same.
   enum { kQueue, kSignal, kOutput, kWatch, kCount };
   pollfd waits[kCount] = {{GetQueueDescriptor(), POLLIN, 0},
                           {interrupt_.Descriptor(), POLLIN, 0},
                           {output_.Descriptor(), 0, 0},
-                          {watch_.Descriptor(), watch_.Events(), 0}};
+                          {watch_.Descriptor(), 0, 0}};
   const int events = poll(waits, kCount, MillisecondsUntil(until));
   if (watch_.NeedsLooking()) watch_.Look();
   if (events <= 0) return;

@@ -14,7 +14,9 @@ class Deadline {
  public:
   using Clock = std::chrono::steady_clock;
 
-  void Set(double seconds) { Set(std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>(seconds))); }
+  void Set(double seconds) {
+    Set(std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>(seconds)));
+  }
   void Set(Clock::duration time) { at_ = Clock::now() + time; }
   void Clear() { at_.reset(); }
   bool IsSet() const { return at_.has_value(); }
@@ -25,8 +27,8 @@ class Deadline {
   std::optional<Clock::time_point> at_;
 };
 
-/// What a host's loop waits for, all in one place: messages of the library, signals, the end of the output's reader, the
-/// port's end, and the passing of time.
+/// What a host's loop waits for, all in one place: messages of the library, signals, the end of the output's
+/// reader, the port's end, and the passing of time.
 class Waiter {
  public:
   Waiter(const Interrupt& interrupt, const Output& output, PortWatch& watch)

@@ -1,6 +1,7 @@
 #include "host/wiretap.h"
 
 #include <sys/mman.h>
+#include <sys/stat.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -35,6 +36,11 @@ std::string WireTap::Take() {
     bytes.append(piece, static_cast<std::size_t>(count));
   }
   return bytes;
+}
+
+bool WireTap::HasHeard() const {
+  struct stat about {};
+  return fstat(file_.Get(), &about) == 0 && about.st_size > 0;
 }
 
 void ParameterLines::Feed(std::string_view bytes) {

@@ -17,13 +17,16 @@ class WireTap {
 
   /// The bytes since the last call.
   std::string Take();
+  /// Some byte has come.
+  bool HasHeard() const;
 
  private:
   UniqueDescriptor file_;
 };
 
-/// Finds the lines of a parameter report, "PMD:", "PER:", "PEM:" and "PRTA:". They have no "$", so that the framing of
-/// messages passes over them: a host that has asked for them hands them to CGPSReceiver::Parse by itself.
+/// Finds the lines of a parameter report, "PMD:", "PER:", "PEM:" and "PRTA:". They have no "$", so that the
+/// framing of messages passes over them: a host that has asked for them hands them to CGPSReceiver::Parse by
+/// itself.
 class ParameterLines {
  public:
   /// The next bytes of the stream, in pieces of any size.

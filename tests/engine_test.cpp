@@ -8,69 +8,16 @@
 
 #include <filesystem>
 #include <fstream>
-#include <functional>
 #include <iterator>
 #include <string>
 
 #include "gpsengine/drivers/plain.h"
-#include "gpsengine/platform/clock.h"
-#include "gpsengine/platform/messagebox.h"
-#include "tests/support/hostwindow.h"
-#include "tests/support/pseudoterminal.h"
+#include "tests/support/enginetest.h"
 
 namespace {
 
-constexpr int kPort = 9;
 const std::string kGga = "$GPGGA,123519,4807.038,N,01131.000,E,1,08,0.9,545.4,M,46.9,M,,*47\r\n";
 const std::string kRmc = "$GPRMC,123519,A,4807.038,N,01131.000,E,022.4,084.4,230394,003.1,W*6A\r\n";
-
-class EngineTest : public testing::Test {
- protected:
-  EngineTest() {
-    app.SetMainWnd(&window);
-    SetMessageBoxHandler([this](const CString& text, BoxKind) { boxes.push_back(text.ToUtf8()); });
-    Select("Other");
-  }
-  ~EngineTest() override {
-    engine.Stop();
-    SetMessageBoxHandler(nullptr);
-  }
-
-  void Select(const char* name) {
-    CGPSReceiver* receiver = engine.FindReceiver(name);
-    receiver->SetupReceiver(kPort, 0, 0.0, "", false);
-    engine.SetReceiver(receiver);
-  }
-  bool Feed(std::string_view bytes) {
-    CBinBuffer chunk(bytes.data(), static_cast<int>(bytes.size()));
-    const bool published = engine.UpdateGPSBuffer(chunk);
-    window.Drain();
-    return published;
-  }
-  // Handles messages until the condition holds.
-  bool Until(const std::function<bool()>& condition, DWORD limit = 5000) {
-    const auto end = CurrentClock().Milliseconds() + limit;
-    while (!condition() && CurrentClock().Milliseconds() < end) {
-      MsgWaitForMultipleObjects(0, nullptr, 10);
-      window.Drain();
-    }
-    return condition();
-  }
-  bool UntilRecords(std::size_t count) {
-    return Until([&] { return window.records.size() >= count; });
-  }
-
-  CWinApp app{"gpsengine-test"};
-  HostWindow window;
-  std::vector<std::string> boxes;
-  CGPSEngine engine;
-};
-
-class LiveEngineTest : public EngineTest {
- protected:
-  LiveEngineTest() { MapComPort(kPort, CString::FromUtf8(terminal.Name())); }
-  PseudoTerminal terminal;
-};
 
 class Extra : public COtherGps {
  public:

@@ -12,11 +12,13 @@ using namespace host;
 
 namespace {
 
-/// A recording of four epochs: positions, a whole group, a broken sentence, noise and a text in a make's own format.
+/// A recording of four epochs: positions, a whole group, a broken sentence, noise and a text in a make's own
+/// format.
 std::string Stream() {
   std::string stream = "\x01\x02";
   for (int i = 0; i < 4; ++i) {
-    stream += WithChecksum("$GPGGA,12351" + std::to_string(i) + ",4807.038,N,01131.000,E,1,08,0.9,545.4,M,46.9,M,,");
+    stream += WithChecksum("$GPGGA,12351" + std::to_string(i) +
+                           ",4807.038,N,01131.000,E,1,08,0.9,545.4,M,46.9,M,,");
     stream += WithChecksum("$GPGSV,1,1,01,07,45,180,41");
     stream += WithChecksum("$PGRME,15.0,M,45.0,M,25.0,M");
   }
@@ -28,7 +30,8 @@ class HostDecode : public testing::Test {
   HostDecode() { options_.file = testing::TempDir() + "host_decode_" + std::to_string(getpid()) + ".log"; }
   ~HostDecode() override { std::remove(options_.file.c_str()); }
 
-  /// What Decode writes for a file of these bytes, without the moment of publication, which is never the same.
+  /// What Decode writes for a file of these bytes, without the moment of publication, which is never the
+  /// same.
   std::string Decoded(const std::string& bytes) {
     std::ofstream(options_.file, std::ios::binary) << bytes;
     const int descriptor = memfd_create("output", 0);
@@ -37,7 +40,8 @@ class HostDecode : public testing::Test {
     std::string text(static_cast<std::size_t>(lseek(descriptor, 0, SEEK_END)), '\0');
     EXPECT_EQ(pread(descriptor, text.data(), text.size(), 0), static_cast<ssize_t>(text.size()));
     close(descriptor);
-    for (std::size_t at; (at = text.find("\"m_Time\":")) != std::string::npos;) text.erase(at, text.find(',', at) - at + 1);
+    for (std::size_t at; (at = text.find("\"m_Time\":")) != std::string::npos;)
+      text.erase(at, text.find(',', at) - at + 1);
     return text;
   }
 
@@ -52,11 +56,12 @@ TEST_F(HostDecode, EndsTheRecordFormatWithASummary) {
   options_.format = Format::record;
   const std::string text = Decoded(Stream());
   EXPECT_EQ(std::count(text.begin(), text.end(), '\n'), 13);
-  EXPECT_EQ(text.substr(text.find("{\"summary\"")),
-            R"({"summary":{"messages":13,"sentencesRecognised":9,"checksumErrors":1,"binaryMessages":0,)"
-            R"("badBinaryMessages":0,"droppedBuffers":0,"published":{"WM_GPS_NEW_DATA":12,"WM_GPS_NEW_RAW_DATA":0,)"
-            R"("WM_GPS_NEW_EPHEMERIS":0,"WM_GPS_NEW_BIN":0}}})"
-            "\n");
+  EXPECT_EQ(
+      text.substr(text.find("{\"summary\"")),
+      R"({"summary":{"messages":13,"sentencesRecognised":9,"checksumErrors":1,"binaryMessages":0,)"
+      R"("badBinaryMessages":0,"droppedBuffers":0,"published":{"WM_GPS_NEW_DATA":12,"WM_GPS_NEW_RAW_DATA":0,)"
+      R"("WM_GPS_NEW_EPHEMERIS":0,"WM_GPS_NEW_BIN":0}}})"
+      "\n");
 }
 
 TEST_F(HostDecode, GivesTheSameRecordsInChunksOfAnySize) {
@@ -115,6 +120,7 @@ TEST_F(HostDecode, NamesWhatIsWrong) {
   } catch (const Failure& failure) {
     EXPECT_EQ(failure.Code(), ExitCode::usage);
     const std::string text = failure.what();
-    EXPECT_TRUE(text.find("\"other\"") != std::string::npos && text.find("\"Ashtech\", \"CSI\"") != std::string::npos);
+    EXPECT_TRUE(text.find("\"other\"") != std::string::npos &&
+                text.find("\"Ashtech\", \"CSI\"") != std::string::npos);
   }
 }

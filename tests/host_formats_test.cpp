@@ -89,8 +89,13 @@ TEST(HostJsonWriter, RoundsFixedDecimals) {
     double value;
     int decimals;
     const char* text;
-  } cases[] = {{1.0049, 2, "1.00"},   {-1.005, 1, "-1.0"}, {-0.0004, 3, "0.000"}, {0.05, 1, "0.1"},
-               {-0.96, 1, "-1.0"},    {7.0, 0, "7"},       {1e20, 1, "100000000000000000000.0"},
+  } cases[] = {{1.0049, 2, "1.00"},
+               {-1.005, 1, "-1.0"},
+               {-0.0004, 3, "0.000"},
+               {0.05, 1, "0.1"},
+               {-0.96, 1, "-1.0"},
+               {7.0, 0, "7"},
+               {1e20, 1, "100000000000000000000.0"},
                {-87.06808, 9, "-87.068080000"}};
   for (const auto& [value, decimals, text] : cases) {
     std::string out;
@@ -102,16 +107,18 @@ TEST(HostJsonWriter, RoundsFixedDecimals) {
 TEST(HostMoment, GivesATimeOfDayTheNearestDate) {
   const Moment midnight = kMidday + kDay / 2;
   std::string out;
-  for (const auto& [seconds, near] : {std::pair{86399.5, midnight + 1000}, {0.25, midnight - 1000}, {43200.0, kMidday}}) {
+  for (const auto& [seconds, near] :
+       {std::pair{86399.5, midnight + 1000}, {0.25, midnight - 1000}, {43200.0, kMidday}}) {
     AppendIso(out, DateTimeOfDay(seconds, near));
   }
   EXPECT_EQ(out, "2024-05-14T23:59:59.500Z2024-05-15T00:00:00.250Z2024-05-14T12:00:00.000Z");
 }
 
 TEST(HostMoment, FindsTheDateOfARecordingHoweverItIsCut) {
-  const std::string stream = "noise$" + WithChecksum("$GNRMC,120000.00,A,4807,N,01131,E,0,0,140524,,") +
-                             WithChecksum("$GPRMC,120001,V,,,,,,,010199,,") +  // no fix: the date may be anything
-                             "$GPZDA,120000,15,05,2031,00,00*00\r\n";          // broken
+  const std::string stream =
+      "noise$" + WithChecksum("$GNRMC,120000.00,A,4807,N,01131,E,0,0,140524,,") +
+      WithChecksum("$GPRMC,120001,V,,,,,,,010199,,") +  // no fix: the date may be anything
+      "$GPZDA,120000,15,05,2031,00,00*00\r\n";          // broken
   for (const std::size_t cut : {std::size_t{1}, std::size_t{13}, stream.size()}) {
     DateScan scan;
     for (std::size_t i = 0; i < stream.size(); i += cut) scan.Feed(std::string_view(stream).substr(i, cut));
@@ -169,13 +176,14 @@ TEST(HostRecordFormat, WritesTheUsedSlotsOfARawEpoch) {
   std::string out;
   RecordSink sink(out);
   EXPECT_TRUE(sink.OnRawData(epoch));
-  EXPECT_EQ(out,
-            R"({"message":"WM_GPS_NEW_RAW_DATA","m_Time":7,"m_dLatitude":0,"m_dLongitude":0,"m_dHeight":0,"m_dSpare":0,)"
-            R"("m_bPositionValid":false,"m_bSpare":false,"m_bEpochComplete":false,"m_dReceiverTime":345600.5,)"
-            R"("m_dCorrectedTime":0,"m_dClockOffset":0,"m_dClockDrift":0,"m_nGPSWeek":2314,"m_Satellites":[)"
-            R"({"m_nPRN":5,"m_nSignalCount":2,"m_dPseudorange":20985472.060000002,"m_dCarrierPhase":12.5,)"
-            R"("m_dDoppler":-1,"m_dSpare1":0,"m_dSpare2":0,"m_bValid":true}],"m_nSatellites":1})"
-            "\n");
+  EXPECT_EQ(
+      out,
+      R"({"message":"WM_GPS_NEW_RAW_DATA","m_Time":7,"m_dLatitude":0,"m_dLongitude":0,"m_dHeight":0,"m_dSpare":0,)"
+      R"("m_bPositionValid":false,"m_bSpare":false,"m_bEpochComplete":false,"m_dReceiverTime":345600.5,)"
+      R"("m_dCorrectedTime":0,"m_dClockOffset":0,"m_dClockDrift":0,"m_nGPSWeek":2314,"m_Satellites":[)"
+      R"({"m_nPRN":5,"m_nSignalCount":2,"m_dPseudorange":20985472.060000002,"m_dCarrierPhase":12.5,)"
+      R"("m_dDoppler":-1,"m_dSpare1":0,"m_dSpare2":0,"m_bValid":true}],"m_nSatellites":1})"
+      "\n");
 }
 
 TEST(HostRecordFormat, WritesEphemeridesAndBlocks) {
@@ -186,19 +194,22 @@ TEST(HostRecordFormat, WritesEphemeridesAndBlocks) {
   ephemeris.m_dIDot = -1e-10;
   sink.OnEphemeris(ephemeris);
   sink.OnBin();
-  EXPECT_TRUE(out.starts_with(R"({"message":"WM_GPS_NEW_EPHEMERIS","m_nPRN":9,"m_nWeek":0,"m_lTow":0,"m_dTgd":0,)"));
+  EXPECT_TRUE(
+      out.starts_with(R"({"message":"WM_GPS_NEW_EPHEMERIS","m_nPRN":9,"m_nWeek":0,"m_lTow":0,"m_dTgd":0,)"));
   EXPECT_TRUE(out.ends_with("\"m_dOmegaDot\":0,\"m_dIDot\":-1e-10}\n{\"message\":\"WM_GPS_NEW_BIN\"}\n"));
 }
 
 TEST(HostJsonFormat, WritesAPositionAsTpv) {
   Lines json(Format::json);
-  EXPECT_EQ(json.Of(Fix()),
-            R"({"class":"TPV","device":"dev","mode":3,"time":"2024-05-14T12:35:19.250Z","status":2,"lat":48.117300000,)"
-            R"("lon":-11.500000000,"altMSL":545.4000,"track":225.0000,"speed":5.000})"
-            "\n");
+  EXPECT_EQ(
+      json.Of(Fix()),
+      R"({"class":"TPV","device":"dev","mode":3,"time":"2024-05-14T12:35:19.250Z","status":2,"lat":48.117300000,)"
+      R"("lon":-11.500000000,"altMSL":545.4000,"track":225.0000,"speed":5.000})"
+      "\n");
   CGPSData still = Fix();
   still.m_dSpeed = still.m_dHeading = 0.0;
-  EXPECT_EQ(json.Of(still).find("track"), std::string::npos) << "the direction east of a receiver at rest is none";
+  EXPECT_EQ(json.Of(still).find("track"), std::string::npos)
+      << "the direction east of a receiver at rest is none";
   CGPSData none = Fix();
   none.m_nSignalType = UDF_SIGNAL_NONE;
   none.m_dTimeOfDay = 0.0;
@@ -207,8 +218,9 @@ TEST(HostJsonFormat, WritesAPositionAsTpv) {
 }
 
 TEST(HostJsonFormat, NamesTheHeightForWhatItIs) {
-  for (const auto& [geoid, key] :
-       {std::pair{Geoid::none, "\"altMSL\":"}, {Geoid::add, "\"altHAE\":"}, {Geoid::subtract, "\"altMSL\":"}}) {
+  for (const auto& [geoid, key] : {std::pair{Geoid::none, "\"altMSL\":"},
+                                   {Geoid::add, "\"altHAE\":"},
+                                   {Geoid::subtract, "\"altMSL\":"}}) {
     EXPECT_NE(Lines(Format::json, geoid).Of(Fix()).find(key), std::string::npos);
   }
 }
@@ -236,7 +248,8 @@ TEST(HostJsonFormat, WritesTheDilutionOfAReceiverThatSendsNoSatellites) {
 TEST(HostFormats, ShowWhatReportsHaveNewsOf) {
   CGPSData data;
   data.m_Status.m_bStatusUpdated = true;
-  data.m_Status.m_bBeaconStatusValid = data.m_Status.m_bElevationMaskValid = data.m_Status.m_bNmeaStatusValid = true;
+  data.m_Status.m_bBeaconStatusValid = data.m_Status.m_bElevationMaskValid =
+      data.m_Status.m_bNmeaStatusValid = true;
   data.m_Status.m_dBeaconFrequency = 304.5;
   data.m_Status.m_nElevationMask = 5;
   data.m_Status.m_nNmeaGGA = NMEA_MSG_ON;
@@ -244,13 +257,15 @@ TEST(HostFormats, ShowWhatReportsHaveNewsOf) {
   data.m_Status.m_bDgpsModeValid = true;
   data.m_Status.m_nDgpsMode = DGPS_MODE_WAAS;
   data.m_Status.SetText("$>JI,1\x1B\r\n", 9);
-  EXPECT_EQ(Lines(Format::json).Of(data),
-            R"({"class":"STATUS","device":"dev","text":"$>JI,1\u001b","beaconSignalStrength":0,"beaconSNR":0,)"
-            R"("beaconFrequency":304.5,"beaconBitRate":0,"elevationMask":5,"nmeaGGA":"on","nmeaGSV":"off",)"
-            R"("dgpsMode":"waas"})"
-            "\n");
+  EXPECT_EQ(
+      Lines(Format::json).Of(data),
+      R"({"class":"STATUS","device":"dev","text":"$>JI,1\u001b","beaconSignalStrength":0,"beaconSNR":0,)"
+      R"("beaconFrequency":304.5,"beaconBitRate":0,"elevationMask":5,"nmeaGGA":"on","nmeaGSV":"off",)"
+      R"("dgpsMode":"waas"})"
+      "\n");
   EXPECT_EQ(Lines(Format::text).Of(data),
-            "report: text $>JI,1?, beacon signal strength 0, beacon SNR 0, beacon frequency 304.5 kHz, beacon bit rate "
+            "report: text $>JI,1?, beacon signal strength 0, beacon SNR 0, beacon frequency 304.5 kHz, "
+            "beacon bit rate "
             "0, elevation mask 5 deg, GGA on, GSV off, differential source waas\n");
 }
 
@@ -258,7 +273,8 @@ TEST(HostFormats, TellARepeatedPositionModeOnce) {
   CGPSData data;
   data.m_Status.m_bStatusUpdated = data.m_Status.m_bPositionModeValid = true;
   Lines text(Format::text);
-  EXPECT_EQ(text.Of(data), "report: position mode 0, fixed altitude 0 m, PDOP mask 0, HDOP mask 0, VDOP mask 0\n");
+  EXPECT_EQ(text.Of(data),
+            "report: position mode 0, fixed altitude 0 m, PDOP mask 0, HDOP mask 0, VDOP mask 0\n");
   EXPECT_EQ(text.Of(data), "");
   EXPECT_FALSE(text.shown);
   data.m_Status.m_nHDOPMask = 4;
@@ -268,7 +284,8 @@ TEST(HostFormats, TellARepeatedPositionModeOnce) {
 TEST(HostTextFormat, WritesALineAFix) {
   Lines text(Format::text);
   EXPECT_EQ(text.Of(Fix()),
-            "12:35:19.25  SBAS       48.1173000N   11.5000000W    545.4 m    8/11 satellites  HDOP 0.9   18.0 km/h  225 "
+            "12:35:19.25  SBAS       48.1173000N   11.5000000W    545.4 m    8/11 satellites  HDOP 0.9   "
+            "18.0 km/h  225 "
             "deg\n");
   CGPSData none = Fix();
   none.m_nSignalType = UDF_SIGNAL_NONE;

@@ -5,11 +5,11 @@
 #include "gpsengine/platform/shared.h"
 #include "gpsengine/records/gpsdata.h"
 
-/// The wait for a receiver's acknowledgement, one object a wait. The host's thread waits while the reader thread reads,
-/// and goes on handling its window messages meanwhile.
+/// The wait for a receiver's acknowledgement, one object a wait. The host's thread waits while the reader
+/// thread reads, and goes on handling its window messages meanwhile.
 ///
-/// Constructing the object arms the wait: an acknowledgement that comes from then on counts, so it is constructed before
-/// the command is written.
+/// Constructing the object arms the wait: an acknowledgement that comes from then on counts, so it is
+/// constructed before the command is written.
 class CAck : public CDialog {
  public:
   /// An acknowledgement has been published since the last CAck was constructed.
@@ -18,8 +18,9 @@ class CAck : public CDialog {
   explicit CAck(CWnd* pParent = nullptr);
   ~CAck() override;
 
-  /// True if the acknowledgement comes within `nTimeout` milliseconds, which must be above 0; an acknowledgement that is
-  /// there when the time runs out still counts. Runs on the thread that created the dialog, with the wait cursor on.
+  /// True if the acknowledgement comes within `nTimeout` milliseconds, which must be above 0; an
+  /// acknowledgement that is there when the time runs out still counts. Runs on the thread that created the
+  /// dialog, with the wait cursor on.
   bool Wait(int nTimeout);
   /// Takes note of a record that is about to be published, on the reader thread.
   static void OnNewGPSData(const CGPSData* pData);

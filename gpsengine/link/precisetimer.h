@@ -7,9 +7,9 @@
 /// The tick: wParam is the timer's number, lParam 0.
 constexpr UINT WM_PRECISE_TIMER = 0xA732;
 
-/// Sends a window a tick every so many milliseconds from a thread of its own, above normal priority. Ticks are sent, not
-/// posted, so that they never pile up, and the period makes up for the time that the window took for the last one. The
-/// window's thread has to go on servicing its queue.
+/// Sends a window a tick every so many milliseconds from a thread of its own, above normal priority. Ticks
+/// are sent, not posted, so that they never pile up, and the period makes up for the time that the window
+/// took for the last one. The window's thread has to go on servicing its queue.
 ///
 /// Start, Stop and the destructor belong to one thread, normally the window's own.
 class CPreciseTimer {
@@ -19,8 +19,8 @@ class CPreciseTimer {
   CPreciseTimer(const CPreciseTimer&) = delete;
   CPreciseTimer& operator=(const CPreciseTimer&) = delete;
 
-  /// Starts ticking every `nInterval` milliseconds, until Stop, and gives the timer's number. A running timer goes on as
-  /// it was. 0 if there is no window or the interval is not above 0.
+  /// Starts ticking every `nInterval` milliseconds, until Stop, and gives the timer's number. A running timer
+  /// goes on as it was. 0 if there is no window or the interval is not above 0.
   int Start(CWnd* pWnd, int nInterval);
   void Stop();
 

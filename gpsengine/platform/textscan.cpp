@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <bit>
+#include <cstring>
 
 #ifdef __SSE2__
 #include <emmintrin.h>
@@ -109,7 +110,28 @@ void Widen(const char* pBytes, int nCount, WCHAR* pTo) {
   step(nCount - kBytes);
 }
 
+// All four digits at once, without a branch on how many there are: numbers of one to three digits follow each
+// other in a satellite sentence, and no processor can foresee their lengths.
+bool ReadShortNumber(std::u16string_view number, const WCHAR* pEnd, int& value) {
+  constexpr std::size_t kDigits = 4;
+  const std::size_t length = number.size();
+  if (length - 1 >= kDigits || pEnd - number.data() < static_cast<std::ptrdiff_t>(kDigits)) return false;
+  std::uint64_t lanes = 0;
+  std::memcpy(&lanes, number.data(), sizeof lanes);
+  // The last digit into the uppermost lane; what stands behind the number is shifted out.
+  lanes = (lanes ^ 0x0030003000300030) << (16 * (kDigits - length));
+  constexpr std::uint64_t kAboveNine = 0x7FF67FF67FF67FF6;  // carries a lane above 9 into its top bit
+  if (((lanes + kAboveNine) & 0x8000800080008000) != 0 || (lanes & 0x8000800080008000) != 0) return false;
+  constexpr std::uint64_t kWeights = 1 | 10ULL << 16 | 100ULL << 32 | 1000ULL << 48;
+  value = static_cast<int>(lanes * kWeights >> 48);
+  return true;
+}
+
 #else
+
+bool ReadShortNumber(std::u16string_view, const WCHAR*, int&) {
+  return false;
+}
 
 std::uint64_t MatchBits(std::u16string_view text, WCHAR a, WCHAR b) {
   std::uint64_t bits = 0;

@@ -26,4 +26,9 @@ int SumUpTo(std::u16string_view text, WCHAR end, unsigned& sum);
 /// Widens `nCount` bytes, without a sign.
 void Widen(const char* pBytes, int nCount, WCHAR* pTo);
 
+/// Reads a number of one to four digits and nothing else. False, with `value` untouched, for anything else;
+/// also, now and then, for such a number at the very end of a text, which the caller then reads in its own
+/// way. `pEnd` is where the text ends that the number is a part of.
+bool ReadShortNumber(std::u16string_view number, const WCHAR* pEnd, int& value);
+
 }  // namespace textscan

@@ -84,7 +84,8 @@ void CGPSReceiver::ApplySeparation(CParser& parser, const char* pszName) {
     Trace("%s Geoidal Separation is not in meters!\n", pszName);
     return;
   }
-  m_GPSData.m_dAltitude += mode == 1 ? separation : -separation;
+  const double height = m_GPSData.m_dAltitude + (mode == 1 ? separation : -separation);
+  if (std::isfinite(height)) m_GPSData.m_dAltitude = height;
 }
 
 // $GPGGA,123519,4807.038,N,01131.000,E,1,08,0.9,545.4,M,46.9,M,,*47

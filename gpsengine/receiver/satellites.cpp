@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
 #include <iterator>
 #include <numbers>
 
@@ -63,13 +64,11 @@ bool CGPSReceiver::FindSlot(int nPRN, int& nSlot) {
 }
 
 void CGPSReceiver::ComputeAverageSNR() {
-  int sum = 0;
+  std::int64_t sum = 0;
   int count = 0;
   for (const CGPSSatelliteData& slot : m_GPSData.m_Satellites) {
-    if (!slot.m_bUsed) continue;
-    // A receiver's number may be anything, and its sum must not overflow.
-    sum += std::clamp(slot.m_nSNR, -1000000, 1000000);
-    ++count;
+    sum += slot.m_bUsed ? slot.m_nSNR : 0;
+    count += slot.m_bUsed;
   }
   m_GPSData.m_dAverageSNR = count == 0 ? 0.0 : static_cast<double>(sum) / count;
 }

@@ -9,6 +9,14 @@ namespace {
 constexpr double kEarthRadius = 6378000.0;  // metres, for both axes of the local grid
 constexpr double kSecondsOfDay = 86400.0;
 
+// A sentence may hold any number. One that is no angle on the earth, in radians, would overflow on the grid,
+// and the means and the reference point would not get rid of it.
+constexpr double kLargestAngle = 1e6;
+
+bool IsPlace(const CGPSData& fix) {
+  return std::fabs(fix.m_dLatitude) < kLargestAngle && std::fabs(fix.m_dLongitude) < kLargestAngle;
+}
+
 }  // namespace
 
 double Distance(double dEast1, double dNorth1, double dEast2, double dNorth2) {
@@ -34,7 +42,7 @@ void CSpeedEngine::Reset() {
 }
 
 bool CSpeedEngine::ComputeMotion(CGPSData& fix) {
-  if (fix.m_nSignalType == UDF_SIGNAL_NONE) return false;
+  if (fix.m_nSignalType == UDF_SIGNAL_NONE || !IsPlace(fix)) return false;
   if (m_dEastScale == 0.0) {
     m_dEastScale = std::cos(fix.m_dLatitude) * kEarthRadius;
     m_dRefLatitude = fix.m_dLatitude;
@@ -47,7 +55,9 @@ bool CSpeedEngine::ComputeMotion(CGPSData& fix) {
   double seconds = m_dNewTime - m_dOldTime;
   if (seconds < 0.0) seconds += kSecondsOfDay;  // past midnight
   if (seconds <= 0.0) return false;
-  fix.m_dSpeed = Distance(m_dNewEast, m_dNewNorth, m_dOldEast, m_dOldNorth) / seconds;
+  const double speed = Distance(m_dNewEast, m_dNewNorth, m_dOldEast, m_dOldNorth) / seconds;
+  if (!std::isfinite(speed)) return false;
+  fix.m_dSpeed = speed;
   fix.m_dHeading = Direction(m_dNewNorth - m_dOldNorth, m_dNewEast - m_dOldEast);
   fix.m_bVelocityValid = true;
   return true;

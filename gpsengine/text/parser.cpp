@@ -86,7 +86,9 @@ bool CParser::GetNextString(CString& out) {
 
 bool CParser::GetInt(int& out) {
   std::u16string_view field;
-  return (NextField(field) && ParseInt(field, &out)) || Fail();
+  if (!NextField(field)) return Fail();
+  return textscan::ReadShortNumber(field, m_Text.data() + m_Text.size(), out) || ParseInt(field, &out) ||
+         Fail();
 }
 
 bool CParser::GetDouble(double& out) {

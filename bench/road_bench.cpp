@@ -1,0 +1,214 @@
+// The road of a sentence, whole and in its parts. Every figure is nanoseconds a sentence; "floors" says how
+// many times the floor that is, the same bytes split into lines and their checksums computed, measured in the
+// same run.
+#include <benchmark/benchmark.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cstdlib>
+#include <cstring>
+#include <functional>
+#include <memory>
+#include <new>
+
+#include "bench/corpus.h"
+#include "gpsengine/drivers/plain.h"
+#include "gpsengine/engine/gpsengine.h"
+#include "gpsengine/platform/application.h"
+
+namespace {
+
+std::size_t g_nAllocations = 0;  // of this thread, the only one that runs here
+
+}  // namespace
+
+void* operator new(std::size_t size) {
+  ++g_nAllocations;
+  if (void* memory = std::malloc(size)) return memory;
+  throw std::bad_alloc();
+}
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
+  ++g_nAllocations;
+  return std::malloc(size);
+}
+void operator delete(void* memory) noexcept {
+  std::free(memory);
+}
+void operator delete(void* memory, std::size_t) noexcept {
+  std::free(memory);
+}
+
+namespace {
+
+constexpr std::size_t kCorpusBytes = 2'000'000;
+constexpr int kChunk = 4096;
+
+const std::string& Corpus() {
+  static const std::string corpus = bench::MakeCorpus(kCorpusBytes);
+  return corpus;
+}
+
+const std::vector<std::string_view>& Lines() {
+  static const auto lines = bench::SplitLines(Corpus());
+  return lines;
+}
+
+// Takes the records and deletes them, as a host does.
+class Window : public CWnd {
+ public:
+  Window() { Create(); }
+  LRESULT WindowProc(UINT message, WPARAM wParam, LPARAM) override {
+    if (message == WM_GPS_NEW_DATA) delete reinterpret_cast<CGPSData*>(wParam);
+    return 0;
+  }
+  void Drain() {
+    for (MSG message; PeekMessageW(&message, PM_REMOVE);) DispatchMessageW(message);
+  }
+};
+
+struct Host {
+  Host() { app.SetMainWnd(&window); }
+  CWinApp app{"gpsengine-bench"};
+  Window window;
+  COtherGps receiver;
+};
+
+void Floor() {
+  unsigned sum = 0;
+  for (const char *p = Corpus().data(), *end = p + Corpus().size(); p < end;) {
+    const auto* lineEnd = static_cast<const char*>(std::memchr(p, '\n', static_cast<std::size_t>(end - p)));
+    if (lineEnd == nullptr) break;
+    for (const char* c = p + 1; c < lineEnd && *c != '*'; ++c) sum ^= static_cast<unsigned char>(*c);
+    benchmark::DoNotOptimize(sum);
+    p = lineEnd + 1;
+  }
+}
+
+double Nanoseconds(const std::function<void()>& work) {
+  const auto start = std::chrono::steady_clock::now();
+  work();
+  return std::chrono::duration<double, std::nano>(std::chrono::steady_clock::now() - start).count();
+}
+
+// Runs the work and the floor turn by turn, so that both meet the same machine, and reports the best of each.
+void Measure(benchmark::State& state, std::size_t sentences, const std::function<void()>& work) {
+  double best = 1e18;
+  double floor = 1e18;
+  std::size_t allocations = 0;
+  for (auto _ : state) {
+    floor = std::min(floor, Nanoseconds(Floor));
+    const std::size_t before = g_nAllocations;
+    const double time = Nanoseconds(work);
+    allocations = g_nAllocations - before;
+    best = std::min(best, time);
+    state.SetIterationTime(time * 1e-9);
+  }
+  const auto count = static_cast<double>(sentences);
+  state.counters["ns"] = best / count;
+  state.counters["floors"] = (best / count) / (floor / static_cast<double>(Lines().size()));
+  state.counters["allocations"] = static_cast<double>(allocations) / count;
+}
+
+void WalkStream(const std::function<void(CBinBuffer&)>& take) {
+  CBinBuffer stream;
+  for (std::size_t at = 0; at < Corpus().size(); at += kChunk) {
+    stream.Append(Corpus().data() + at,
+                  static_cast<int>(std::min<std::size_t>(kChunk, Corpus().size() - at)));
+    for (bool more = stream.GetCurrentMessage(); more && stream.HasMessage(); more = stream.Next())
+      take(stream);
+    stream.Resize();
+  }
+}
+
+void BM_Floor(benchmark::State& state) {
+  Measure(state, Lines().size(), Floor);
+}
+
+void BM_Framing(benchmark::State& state) {
+  Measure(state, Lines().size(),
+          [] { WalkStream([](CBinBuffer& stream) { benchmark::DoNotOptimize(stream); }); });
+}
+
+void BM_FramingAndText(benchmark::State& state) {
+  Measure(state, Lines().size(), [] {
+    WalkStream([](CBinBuffer& stream) { benchmark::DoNotOptimize(stream.GetMessageW().GetLength()); });
+  });
+}
+
+std::vector<CString> Texts(std::string_view kind) {
+  std::vector<CString> texts;
+  for (const std::string_view line : Lines()) {
+    if (kind.empty() || line.substr(3, 3) == kind)
+      texts.emplace_back(line.data(), static_cast<int>(line.size()));
+  }
+  return texts;
+}
+
+void BM_Classification(benchmark::State& state) {
+  Host host;
+  const std::vector<CString> texts = Texts("");
+  Measure(state, texts.size(), [&] {
+    for (const CString& text : texts) benchmark::DoNotOptimize(host.receiver.GetGPSStringType(text));
+  });
+}
+
+// One kind of sentence through Parse: classification, decoding and, where it publishes, copy, post and drain.
+void BM_Sentence(benchmark::State& state, const char* pszKind) {
+  Host host;
+  std::vector<CString> texts = Texts(pszKind);
+  Measure(state, texts.size(), [&] {
+    int count = 0;
+    for (CString& text : texts) {
+      host.receiver.Parse(text);
+      if (++count % 64 == 0) host.window.Drain();
+    }
+    host.window.Drain();
+  });
+}
+BENCHMARK_CAPTURE(BM_Sentence, GGA, "GGA")->UseManualTime();
+BENCHMARK_CAPTURE(BM_Sentence, GSA, "GSA")->UseManualTime();
+BENCHMARK_CAPTURE(BM_Sentence, GSV, "GSV")->UseManualTime();
+BENCHMARK_CAPTURE(BM_Sentence, VTG, "VTG")->UseManualTime();
+BENCHMARK_CAPTURE(BM_Sentence, RMC, "RMC")->UseManualTime();
+
+void FeedEngine(CGPSEngine& engine, Window& window, std::string_view bytes, std::size_t chunk) {
+  for (std::size_t at = 0; at < bytes.size(); at += chunk) {
+    const std::string_view piece = bytes.substr(at, chunk);
+    CBinBuffer data(piece.data(), static_cast<int>(piece.size()));
+    engine.UpdateGPSBuffer(data);
+    window.Drain();
+  }
+}
+
+// From bytes to drained records, in reads of this many bytes.
+void BM_WholeRoad(benchmark::State& state) {
+  Host host;
+  CGPSEngine engine;
+  engine.SetReceiver(engine.FindReceiver("Other"));
+  Measure(state, Lines().size(),
+          [&] { FeedEngine(engine, host.window, Corpus(), static_cast<std::size_t>(state.range(0))); });
+}
+
+// The same with bytes that make no message between the sentences: cost against the share of garbage.
+void BM_WholeRoadWithGarbage(benchmark::State& state) {
+  Host host;
+  CGPSEngine engine;
+  engine.SetReceiver(engine.FindReceiver("Other"));
+  std::string bytes;
+  for (const std::string_view line : Lines()) {
+    bytes += line;
+    bytes.append(static_cast<std::size_t>(state.range(0)), '\x81');
+  }
+  Measure(state, Lines().size(), [&] { FeedEngine(engine, host.window, bytes, kChunk); });
+}
+
+BENCHMARK(BM_Floor)->UseManualTime();
+BENCHMARK(BM_Framing)->UseManualTime();
+BENCHMARK(BM_FramingAndText)->UseManualTime();
+BENCHMARK(BM_Classification)->UseManualTime();
+BENCHMARK(BM_WholeRoad)->UseManualTime()->Arg(64)->Arg(512)->Arg(4096)->Arg(16000);
+BENCHMARK(BM_WholeRoadWithGarbage)->UseManualTime()->Arg(0)->Arg(60)->Arg(600);
+
+}  // namespace
+
+BENCHMARK_MAIN();

@@ -1,0 +1,213 @@
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <fstream>
+#include <sstream>
+
+#include "host/failure.h"
+#include "tests/support/program.h"
+#include "tests/support/pseudoterminal.h"
+#include "tests/support/receivertest.h"
+
+using host::ExitCode;
+
+namespace {
+
+struct Ended {
+  int code;
+  std::string output, errors;
+};
+
+/// Runs the program to its end.
+Ended RunToEnd(std::vector<std::string> arguments) {
+  Program program(std::move(arguments));
+  // What it writes fits the pipes, so that it may end ahead of being read.
+  const int code = program.Wait();
+  return {code, program.Output(), program.Errors()};
+}
+
+int Code(ExitCode code) {
+  return static_cast<int>(code);
+}
+
+const std::string kFix = WithChecksum("$GPGGA,123519,4807.038,N,01131.000,E,1,08,0.9,545.4,M,46.9,M,,");
+
+/// Sends the bytes again and again, since a port that is opened forgets what came before, until the program
+/// shows something or has ended.
+void SendUntilShown(const PseudoTerminal& line, const Program& program, std::string_view bytes) {
+  do line.Send(bytes);
+  while (!program.HasOutput(100));
+}
+
+class File {
+ public:
+  explicit File(const std::string& bytes) { std::ofstream(m_strPath, std::ios::binary) << bytes; }
+  ~File() { std::remove(m_strPath.c_str()); }
+  const std::string& Path() const { return m_strPath; }
+
+ private:
+  const std::string m_strPath = testing::TempDir() + "host_program_" + std::to_string(getpid());
+};
+
+}  // namespace
+
+TEST(HostProgram, NamesWhatIsWrongAndExitsAccordingly) {
+  const struct {
+    std::vector<std::string> arguments;
+    ExitCode code;
+    const char* text;
+  } cases[] = {
+      {{"--version"}, ExitCode::done, ""},
+      {{"decode", "--help"}, ExitCode::done, ""},
+      {{}, ExitCode::usage, "A subcommand is required"},
+      {{"fly"}, ExitCode::usage, "fly"},
+      {{"decode"}, ExitCode::usage, "file"},
+      {{"decode", "x.log", "--format", "xml"}, ExitCode::usage, "xml"},
+      {{"decode", "/nonexistent.log"}, ExitCode::failed, "/nonexistent.log: No such file or directory"},
+      {{"decode", "/tmp", "--date", "2024-13-01"}, ExitCode::usage, "2024-13-01"},
+      {{"monitor", "--count", "0"}, ExitCode::usage, "--count"},
+      {{"monitor", "--port", "/dev/x", "--play", "y"}, ExitCode::usage, "--play"},
+      {{"monitor", "--model", "Garmin"}, ExitCode::usage, "\"Garmin 17-N\""},
+      {{"monitor", "--port", "/dev/nonexistent"}, ExitCode::port_closed, "/dev/nonexistent"},
+      {{"monitor", "--play", "/nonexistent.log"}, ExitCode::failed, "/nonexistent.log"},
+      {{"monitor", "--record", "/nonexistent/x"}, ExitCode::failed, "/nonexistent/x"},
+      {{"monitor", "--rinex", "x"}, ExitCode::usage, "raw data"},
+      {{"command", "--dry-run", "--model", "Trimble", "gga-only"},
+       ExitCode::refused,
+       "it offers start, send"},
+      {{"command", "--model", "CSI", "gga-only"}, ExitCode::usage, "--port"},
+      {{"command", "--port", "/dev/nonexistent", "--model", "CSI", "gga-only"},
+       ExitCode::port_closed,
+       "/dev/nonexistent"},
+      {{"simulate", "--rate", "-1"}, ExitCode::usage, "rate"},
+  };
+  for (const auto& [arguments, code, text] : cases) {
+    const Ended ended = RunToEnd(arguments);
+    EXPECT_EQ(ended.code, Code(code)) << ended.errors;
+    EXPECT_NE(ended.errors.find(text), std::string::npos) << ended.errors;
+    EXPECT_EQ(ended.output.empty(), code != ExitCode::done);
+  }
+}
+
+TEST(HostProgram, ListsTheModelsWithTheirAnswers) {
+  const Ended json = RunToEnd({"models", "--format", "json"});
+  EXPECT_TRUE(
+      json.output.starts_with("[\n  {\n    \"name\": \"Ashtech\",\n    \"class\": \"CAshtech\",\n"
+                              "    \"GetDefaultBaudrate\": 9600,\n    \"HasRawData\": true,\n"))
+      << json.output;
+  EXPECT_NE(json.output.find("\"class\": \"COtherGps\""), std::string::npos);
+  const Ended table = RunToEnd({"models"});
+  EXPECT_NE(table.output.find("\nTrimble           4800  -"), std::string::npos) << table.output;
+  EXPECT_NE(RunToEnd({"models", "CSI"}).output.find("  set-beacon auto | KHZ [BITRATE]  "),
+            std::string::npos);
+}
+
+TEST(HostProgram, PrintsTheTranscriptOfADryRun) {
+  EXPECT_EQ(RunToEnd({"command", "--dry-run", "--model", "CSI", "set-elevation-mask", "12"}).output,
+            "write \"$PASHS,PEM,12\\r\\n\"\nwait 200\nresult none\n");
+  EXPECT_EQ(RunToEnd({"command", "--dry-run", "--closed", "--model", "CSI", "reset"}).output,
+            "result false\n");
+  EXPECT_EQ(RunToEnd({"command", "--dry-run", "--force", "--model", "SiRF", "query-nmea"}).output,
+            "result none\n");
+}
+
+TEST(HostProgram, KeepsTheListOfReceiversUpToDate) {
+  std::ostringstream kept;
+  kept << std::ifstream(GPSENGINE_SOURCE "/docs/receivers.md").rdbuf();
+  EXPECT_EQ(RunToEnd({"receivers-doc"}).output, kept.str()) << "gpsengine receivers-doc > docs/receivers.md";
+}
+
+TEST(HostProgram, EndsQuietlyWhenNobodyReadsItsOutput) {
+  const File file(std::string(20000, 'x') + kFix + kFix);
+  Program decode({"decode", file.Path()});
+  decode.CloseOutput();
+  EXPECT_EQ(decode.Wait(), 0);
+  EXPECT_EQ(decode.Errors(), "");
+
+  Program monitor({"monitor"});
+  monitor.CloseOutput();
+  EXPECT_EQ(monitor.Wait(), 0) << "though nothing was to be written yet";
+}
+
+TEST(HostProgram, ShowsWhatAPortSendsUntilThatIsLost) {
+  PseudoTerminal line;
+  Program monitor({"monitor", "--port", line.Name()});
+  SendUntilShown(line, monitor, kFix);
+  EXPECT_TRUE(monitor.Line().starts_with("12:35:19.00  GPS        48.1173000N"));
+  line.HangUp();
+  EXPECT_EQ(monitor.Wait(), Code(ExitCode::port_lost));
+  EXPECT_NE(monitor.Errors().find("the port " + line.Name() + " was lost"), std::string::npos);
+}
+
+TEST(HostProgram, EndsAfterAsManyRecordsAsWereAskedFor) {
+  PseudoTerminal line;
+  const File record("");
+  Program monitor(
+      {"monitor", "--port", line.Name(), "--count", "2", "--format", "record", "--record", record.Path()});
+  SendUntilShown(line, monitor, kFix + kFix + kFix);
+  EXPECT_EQ(monitor.Wait(), 0);
+  const std::string lines = monitor.Output();
+  EXPECT_EQ(std::count(lines.begin(), lines.end(), '\n'), 2) << lines;
+  EXPECT_EQ(RunToEnd({"decode", record.Path(), "--format", "none"}).output.substr(0, 26),
+            "{\"summary\":{\"messages\":3,\"");
+}
+
+TEST(HostProgram, TellsSilenceFromWhatItDoesNotUnderstand) {
+  PseudoTerminal line;
+  const Ended silent = RunToEnd({"monitor", "--port", line.Name(), "--timeout", "0.2"});
+  EXPECT_EQ(silent.code, Code(ExitCode::nothing_understood));
+  EXPECT_NE(silent.errors.find("no data came from " + line.Name() + " in 0.2 s"), std::string::npos);
+
+  Program noisy({"monitor", "--port", line.Name(), "--timeout", "0.6", "--baud", "4800"});
+  SendUntilShown(line, noisy, "\xF8\x80$\xFE\r\n");
+  EXPECT_EQ(noisy.Wait(), Code(ExitCode::nothing_understood));
+  EXPECT_NE(noisy.Errors().find("no message was understood at 4800 baud"), std::string::npos);
+}
+
+TEST(HostProgram, PlaysARecordingUntilItIsInterrupted) {
+  const File file(kFix);
+  Program monitor({"monitor", "--play", file.Path(), "--format", "json"});
+  EXPECT_TRUE(
+      monitor.Line().starts_with("{\"class\":\"TPV\",\"device\":\"" + file.Path() + "\",\"mode\":3,"));
+  monitor.Signal(SIGINT);
+  EXPECT_EQ(monitor.Wait(), Code(ExitCode::interrupted));
+}
+
+TEST(HostProgram, CommandsASimulatedReceiver) {
+  Program simulate({"simulate", "--model", "CSI"});
+  const std::string port = simulate.Line();
+  const auto command = [&](std::vector<std::string> words) {
+    words.insert(words.begin(), {"command", "--port", port, "--model", "CSI"});
+    return RunToEnd(std::move(words));
+  };
+  EXPECT_EQ(command({"set-elevation-mask", "12"}).code, 0);
+  // Its parameters come in lines that are no messages.
+  const Ended query = command({"query-elevation-mask"});
+  EXPECT_EQ(query.code, 0) << query.errors;
+  EXPECT_NE(query.output.find("report: elevation mask 12 deg"), std::string::npos) << query.output;
+
+  Program reset({"command", "--port", port, "--model", "CSI", "reset"});
+  std::this_thread::sleep_for(std::chrono::milliseconds(300));
+  reset.Signal(SIGINT);
+  EXPECT_EQ(reset.Wait(), Code(ExitCode::interrupted)) << "long ahead of the end of its 23 seconds";
+
+  simulate.Signal(SIGTERM);
+  EXPECT_EQ(simulate.Wait(), Code(ExitCode::interrupted));
+}
+
+TEST(HostProgram, SaysThatNothingAnswered) {
+  PseudoTerminal line;
+  const Ended query =
+      RunToEnd({"command", "--port", line.Name(), "--model", "Starlink", "query-nmea", "--listen", "0.1"});
+  EXPECT_EQ(query.code, Code(ExitCode::refused));
+  EXPECT_NE(query.errors.find("no report answered query-nmea"), std::string::npos) << query.errors;
+}
+
+TEST(HostProgram, LogsRawDataOfALiveReceiver) {
+  const File base("");
+  const Ended monitor =
+      RunToEnd({"monitor", "--model", "Ashtech", "--rinex", base.Path(), "--duration", "2"});
+  EXPECT_EQ(monitor.code, 0) << monitor.errors;
+  EXPECT_NE(monitor.output.find("raw epoch: week "), std::string::npos) << monitor.output;
+  for (const char* extension : {".obs", ".nav"}) EXPECT_EQ(std::remove((base.Path() + extension).c_str()), 0);
+}

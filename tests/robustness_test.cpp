@@ -1,0 +1,236 @@
+// What the line may do to a stream: cut it anywhere, put rubbish into it, send numbers beyond all measure.
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <functional>
+#include <random>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "gpsengine/engine/gpsengine.h"
+#include "gpsengine/platform/trace.h"
+#include "host/recordsink.h"
+#include "tests/support/conversation.h"
+#include "tests/support/receivertest.h"
+#include "tests/support/sharedstate.h"
+
+using namespace std::string_literals;
+
+namespace {
+
+constexpr std::string_view kOemSync = "\xAA\x44\x12";
+
+// Gives the length of each next piece of a stream.
+using Cutter = std::function<std::size_t()>;
+
+/// Plays recordings to an engine on one thread, with everything on that a host may want.
+class ArrivalTest : public testing::Test {
+ protected:
+  /// All that the engine publishes for these bytes, in order, as text.
+  std::string Answer(const std::string& model, std::string_view bytes, const Cutter& next) {
+    SharedState::Reset();
+    CGPSEngine engine;
+    engine.SetReceiver(engine.FindReceiver(CString::FromUtf8(model)));
+    engine.m_bAttachRawData = true;
+    engine.m_ComBuffer.m_bPaused = false;
+    AnswerWindow window;
+    app.SetMainWnd(&window);
+    while (!bytes.empty()) {
+      const std::string_view piece = bytes.substr(0, LengthAt(bytes, next()));
+      CBinBuffer chunk(piece.data(), static_cast<int>(piece.size()));
+      engine.UpdateGPSBuffer(chunk);
+      window.Drain();
+      bytes.remove_prefix(piece.size());
+    }
+    return window.text;
+  }
+
+ private:
+  class AnswerWindow : public HostWindow {
+   public:
+    LRESULT WindowProc(UINT message, WPARAM wParam, LPARAM lParam) override {
+      HostWindow::WindowProc(message, wParam, lParam);
+      host::RecordSink sink(text);
+      if (message == WM_GPS_NEW_DATA) sink.OnData(records.back());
+      if (message == WM_GPS_NEW_RAW_DATA) sink.OnRawData(epochs.back());
+      if (message == WM_GPS_NEW_EPHEMERIS) sink.OnEphemeris(ephemerides.back());
+      if (message == WM_GPS_NEW_BIN) sink.OnBin();
+      if (message == WM_GPS_NEW_STRING) text += strings.back().ToUtf8();
+      return 0;
+    }
+    std::string text;
+  };
+
+  // A message whose sync bytes come in two reads is lost, which is known; so no cut goes through them.
+  static std::size_t LengthAt(std::string_view bytes, std::size_t length) {
+    for (std::size_t inside = 1; inside < kOemSync.size(); ++inside) {
+      if (length >= inside && bytes.substr(length - inside).starts_with(kOemSync))
+        return length - inside + kOemSync.size();
+    }
+    return length;
+  }
+
+  CRehearsal line;  // its time stands still, and the moments of publication are all the same
+  CWinApp app{"gpsengine-test"};
+};
+
+TEST_F(ArrivalTest, OfAStreamInAnyPiecesGivesTheSameRecords) {
+  constexpr std::size_t kMost = 15000;  // in one piece; the stream takes not much more
+  for (const std::string& model : simulator::Models()) {
+    CGPSEngine engine;
+    std::string heard;
+    {
+      CRehearsal talking(2);
+      heard = Talk(*engine.FindReceiver(CString::FromUtf8(model))).heard;
+    }
+    SetClock(&line);
+    if (heard.size() > kMost) heard.erase(0, heard.size() - kMost);
+    const std::string whole = Answer(model, heard, [] { return kMost; });
+    ASSERT_GT(whole.size(), 2000u) << model;
+    ASSERT_EQ(Answer(model, heard, [] { return 1; }), whole) << model << ", byte by byte";
+    std::minstd_rand random(model.size());
+    for (const unsigned longest : {10u, 300u, 5000u}) {
+      ASSERT_EQ(Answer(model, heard, [&] { return 1 + random() % longest; }), whole)
+          << model << ", pieces of up to " << longest;
+    }
+  }
+}
+
+/// Sentences that tell each other apart by their time of day, and what is lost of them.
+class GarbageTest : public testing::Test {
+ protected:
+  static constexpr int kBefore = 4, kAfter = 12;
+
+  GarbageTest() {
+    app.SetMainWnd(&window);
+    engine.SetReceiver(engine.FindReceiver("Other"));
+  }
+
+  static std::string Sentence(int second) {
+    return WithChecksum("$GPGGA,0000" + std::to_string(10 + second) +
+                        ",4807.038,N,01131.000,E,1,08,0.9,545.4,M,46.9,M,,");
+  }
+  // How many of the sentences are lost with this between them, the stream coming in such pieces.
+  int Lost(const std::string& garbage, std::size_t pieces) {
+    std::string stream;
+    for (int i = 0; i < kBefore; ++i) stream += Sentence(i);
+    stream += garbage;
+    for (int i = 0; i < kAfter; ++i) stream += Sentence(kBefore + i);
+    window.records.clear();
+    for (std::size_t at = 0; at < stream.size(); at += pieces) Feed(stream.substr(at, pieces));
+    return kBefore + kAfter - static_cast<int>(window.records.size());
+  }
+  void Feed(const std::string& bytes) {
+    CBinBuffer chunk(bytes.data(), static_cast<int>(bytes.size()));
+    engine.UpdateGPSBuffer(chunk);
+    window.Drain();
+  }
+
+  CWinApp app{"gpsengine-test"};
+  HostWindow window;
+  CGPSEngine engine;
+};
+
+TEST_F(GarbageTest, CostsNoSentenceBeyondWhatTheFramingTakesWithIt) {
+  struct Row {
+    const char* what;
+    std::string garbage;
+    int lost;
+  };
+  const Row rows[] = {
+      {"noise", "\x01\xFF\x80 rubbish \xAA\x44", 0},
+      {"zeros", std::string(300, '\0'), 0},
+      {"the tail of a sentence", ",N,01131.000,E*47\r\n", 0},
+      {"half a sentence and a line end", "$GPGGA,0000\r\n", 0},
+      {"a dollar and a line end", "$\r\n", 0},
+      {"a number sign and a line end", "#\r\n", 0},
+      {"a port prompt", "[COM1]", 0},
+      {"a message that is all prompt", "$[COM2]\r\n", 0},
+      {"no line end for long", std::string(20000, 'x'), 0},
+      {"no line end for long, within a sentence", "$,," + std::string(20000, 'x'), 0},
+      {"no end of zeros, within a sentence", "$,," + std::string(20000, '\0'), 0},
+      // A text ends at the next carriage return, be it that of another sentence.
+      {"an unfinished sentence", "$GPGGA,0000", 1},
+      {"a dollar alone", "$", 1},
+      {"a number sign alone", "#", 1},
+      {"a number sign twice", "##", 1},
+      // With a prompt in it, it is the sentence behind the prompt.
+      {"an unfinished sentence and a prompt", "$GP[COM1]", 0},
+      // Who names a record of fixed length in the second field takes that length: of the 67 bytes a sentence
+      // 47, 61, 137.
+      {"the head of a measurement", "$X,MBN,", 1},
+      {"the head of a position", "$X,PBN,", 1},
+      {"the head of an ephemeris", "$X,SNV,", 3},
+      {"the head of block 95", "$BIN_", 3},
+      {"the head of block 96", "$BIN`", 5},
+      // An OEM header takes what it says, here 28 + 100 + 4 bytes, and no line feed.
+      {"an OEM header", "\xAA\x44\x12\x1C\0\0\0\0\x64\0"s, 2},
+      {"an OEM header in zeros", "\xAA\x44\x12"s + std::string(40, '\0'), 0},
+  };
+  ASSERT_EQ(Sentence(0).size(), 67u);
+  for (const Row& row : rows) {
+    EXPECT_EQ(Lost(row.garbage, 500), row.lost) << row.what;
+    if (!row.garbage.starts_with(kOemSync)) {
+      EXPECT_EQ(Lost(row.garbage, 1), row.lost) << row.what << ", byte by byte";
+    }
+  }
+}
+
+// A header that stands for more than the stream may hold: it waits until the stream is thrown away, and that
+// is all.
+TEST_F(GarbageTest, InTheFormOfAnEndlessHeaderCostsOneStreamOfSentences) {
+  Feed("\xAA\x44\x12\xFF\0\0\0\0\xFF\xFF"s);
+  int fed = 0;
+  for (; window.records.empty() && fed < 300; ++fed) Feed(Sentence(fed % 50));
+  EXPECT_EQ(fed, 16392 / 67 + 1);
+  EXPECT_EQ(engine.GetDroppedBuffers(), 1);
+}
+
+class ExtremesTest : public ReceiverTest<> {
+ protected:
+  void ExpectFinite() {
+    for (const CGPSData& data : window.records) {
+      for (const double number :
+           {data.m_dLatitude, data.m_dLongitude, data.m_dAltitude, data.m_dTimeOfDay, data.m_dSpeed,
+            data.m_dHeading, data.m_dLocalNorth, data.m_dLocalEast, data.m_dAverageSNR})
+        ASSERT_TRUE(std::isfinite(number));
+    }
+  }
+  bool FeedFix(const std::string& time, const std::string& latitude, const std::string& tail) {
+    return FeedSentence("$GPGGA," + time + ',' + latitude + ",N,01131.000,E,1,08,0.9," + tail);
+  }
+};
+
+TEST_F(ExtremesTest, OfWhatIsReadStayNumbersAndDoNotLinger) {
+  receiver.SetupReceiver(1, 1, 0.0, "", false);
+  EXPECT_TRUE(FeedFix("000000", "4807.038", "1e308,M,1e308,M,,"));
+  EXPECT_EQ(Last().m_dAltitude, 1e308) << "a separation that would overflow is none";
+  EXPECT_TRUE(FeedFix("000000", "1e308", "545.4,M,46.9,M,,"));
+  EXPECT_TRUE(FeedFix("1e308", "-1e308", "545.4,M,46.9,M,,"));
+  EXPECT_TRUE(FeedFix("-1e308", "1e308", "545.4,M,46.9,M,,"));
+  receiver.ResetSpeedEngine();
+  EXPECT_TRUE(FeedFix("1e-320", "4807.038", "545.4,M,46.9,M,,"));
+  EXPECT_TRUE(FeedFix("2e-320", "4807.738", "545.4,M,46.9,M,,"));
+  FeedSentence("$GPVTG,-1e308,T,,M,,N,1e308,K");
+  ExpectFinite();
+
+  receiver.Initialize();  // a VTG silences the estimator
+  for (const char* time : {"000001", "000002", "000003", "000004", "000005"})
+    EXPECT_TRUE(FeedFix(time, "4807.038", "545.4,M,46.9,M,,"));
+  EXPECT_TRUE(Last().m_bVelocityValid);
+  EXPECT_EQ(Last().m_dSpeed, 0.0);
+}
+
+TEST_F(ExtremesTest, OfATextAreCutAndNeverAFormat) {
+  std::string traced;
+  SetTraceHandler([&traced](const CString& text) { traced += text.ToUtf8(); });
+  EXPECT_TRUE(Feed("$>JI,%s%n%x%1000000d\r\n"));
+  EXPECT_STREQ(Last().m_Status.m_szText, "$>JI,%s%n%x%1000000d\r\n");
+  EXPECT_TRUE(Feed("$RD1," + std::string(5000, '9') + "\r\n"));
+  EXPECT_EQ(std::strlen(Last().m_Status.m_szText), sizeof Last().m_Status.m_szText - 1);
+  EXPECT_FALSE(Feed("$PASHR,%s%n," + std::string(100, 'n')));
+  SetTraceHandler(nullptr);
+}
+
+}  // namespace

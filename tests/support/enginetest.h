@@ -1,0 +1,66 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "gpsengine/engine/gpsengine.h"
+#include "gpsengine/platform/clock.h"
+#include "gpsengine/platform/messagebox.h"
+#include "tests/support/hostwindow.h"
+#include "tests/support/pseudoterminal.h"
+
+/// An engine with a window that keeps what comes, and the texts of its message boxes.
+class EngineTest : public testing::Test {
+ protected:
+  static constexpr int kPort = 9;
+
+  EngineTest() {
+    app.SetMainWnd(&window);
+    SetMessageBoxHandler([this](const CString& text, BoxKind) { boxes.push_back(text.ToUtf8()); });
+    Select("Other");
+  }
+  ~EngineTest() override {
+    engine.Stop();
+    SetMessageBoxHandler(nullptr);
+  }
+
+  void Select(const char* name) {
+    CGPSReceiver* receiver = engine.FindReceiver(name);
+    receiver->SetupReceiver(kPort, 0, 0.0, "", false);
+    engine.SetReceiver(receiver);
+  }
+  bool Feed(std::string_view bytes) {
+    CBinBuffer chunk(bytes.data(), static_cast<int>(bytes.size()));
+    const bool published = engine.UpdateGPSBuffer(chunk);
+    window.Drain();
+    return published;
+  }
+  /// Handles messages until the condition holds.
+  bool Until(const std::function<bool()>& condition, DWORD limit = 5000) {
+    const auto end = CurrentClock().Milliseconds() + limit;
+    while (!condition() && CurrentClock().Milliseconds() < end) {
+      MsgWaitForMultipleObjects(0, nullptr, 10);
+      window.Drain();
+    }
+    return condition();
+  }
+  bool UntilRecords(std::size_t count) {
+    return Until([&] { return window.records.size() >= count; });
+  }
+
+  CWinApp app{"gpsengine-test"};
+  HostWindow window;
+  std::vector<std::string> boxes;
+  CGPSEngine engine;
+};
+
+/// The same on a live line.
+class LiveEngineTest : public EngineTest {
+ protected:
+  LiveEngineTest() { MapComPort(kPort, CString::FromUtf8(terminal.Name())); }
+  PseudoTerminal terminal;
+};

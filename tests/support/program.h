@@ -1,0 +1,93 @@
+#pragma once
+
+#include <fcntl.h>
+#include <poll.h>
+#include <signal.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <cstdlib>
+#include <stdexcept>
+#include <string>
+#include <thread>
+#include <vector>
+
+/// The program as a user runs it, a process of its own, whose profile is not the user's.
+class Program {
+ public:
+  explicit Program(std::vector<std::string> arguments) {
+    int out[2], err[2];
+    if (pipe2(out, O_CLOEXEC) != 0 || pipe2(err, O_CLOEXEC) != 0) throw std::runtime_error("no pipe");
+    arguments.insert(arguments.begin(), GPSENGINE_PROGRAM);
+    std::vector<char*> argv;
+    for (auto& argument : arguments) argv.push_back(argument.data());
+    argv.push_back(nullptr);
+    m_nProcess = fork();
+    if (m_nProcess == 0) {
+      dup2(out[1], STDOUT_FILENO);
+      dup2(err[1], STDERR_FILENO);
+      setenv("XDG_CONFIG_HOME", ("/tmp/gpsengine-test-" + std::to_string(getppid())).c_str(), 1);
+      execv(argv[0], argv.data());
+      _exit(127);
+    }
+    close(out[1]);
+    close(err[1]);
+    m_nOut = out[0];
+    m_nErr = err[0];
+  }
+  ~Program() {
+    if (m_nProcess > 0) {
+      kill(m_nProcess, SIGKILL);
+      waitpid(m_nProcess, nullptr, 0);
+    }
+    CloseOutput();
+    close(m_nErr);
+  }
+  Program(const Program&) = delete;
+  Program& operator=(const Program&) = delete;
+
+  /// The next line of its output, without the line end; empty at the end of it.
+  std::string Line() const {
+    std::string line;
+    for (char c; read(m_nOut, &c, 1) == 1 && c != '\n';) line += c;
+    return line;
+  }
+  /// Whether there is something to read, or its end, within that time.
+  bool HasOutput(int ms) const {
+    pollfd source{m_nOut, POLLIN, 0};
+    return poll(&source, 1, ms) > 0;
+  }
+  void Signal(int nSignal) const { kill(m_nProcess, nSignal); }
+  void CloseOutput() {
+    if (m_nOut >= 0) close(m_nOut);
+    m_nOut = -1;
+  }
+  /// Waits for its end: the exit code, or minus the signal that ended it. One that does not end is killed.
+  int Wait(std::chrono::seconds limit = std::chrono::seconds(30)) {
+    const auto end = std::chrono::steady_clock::now() + limit;
+    int status = 0;
+    while (waitpid(m_nProcess, &status, WNOHANG) == 0) {
+      if (std::chrono::steady_clock::now() > end) kill(m_nProcess, SIGKILL);
+      std::this_thread::sleep_for(std::chrono::milliseconds(2));
+    }
+    m_nProcess = -1;
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
+  }
+  /// What it said on its outputs and was not read yet. Call it when the program has ended.
+  std::string Output() const { return Rest(m_nOut); }
+  std::string Errors() const { return Rest(m_nErr); }
+
+ private:
+  static std::string Rest(int nDescriptor) {
+    std::string text;
+    char piece[4096];
+    for (ssize_t count; (count = read(nDescriptor, piece, sizeof piece)) > 0;) {
+      text.append(piece, static_cast<std::size_t>(count));
+    }
+    return text;
+  }
+
+  pid_t m_nProcess;
+  int m_nOut, m_nErr;
+};
