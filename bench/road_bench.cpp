@@ -5,38 +5,15 @@
 
 #include <algorithm>
 #include <chrono>
-#include <cstdlib>
 #include <cstring>
 #include <functional>
 #include <memory>
-#include <new>
 
+#include "bench/allocations.h"
 #include "bench/corpus.h"
 #include "gpsengine/drivers/plain.h"
 #include "gpsengine/engine/gpsengine.h"
 #include "gpsengine/platform/application.h"
-
-namespace {
-
-std::size_t g_nAllocations = 0;  // of this thread, the only one that runs here
-
-}  // namespace
-
-void* operator new(std::size_t size) {
-  ++g_nAllocations;
-  if (void* memory = std::malloc(size)) return memory;
-  throw std::bad_alloc();
-}
-void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
-  ++g_nAllocations;
-  return std::malloc(size);
-}
-void operator delete(void* memory) noexcept {
-  std::free(memory);
-}
-void operator delete(void* memory, std::size_t) noexcept {
-  std::free(memory);
-}
 
 namespace {
 
@@ -97,9 +74,9 @@ void Measure(benchmark::State& state, std::size_t sentences, const std::function
   std::size_t allocations = 0;
   for (auto _ : state) {
     floor = std::min(floor, Nanoseconds(Floor));
-    const std::size_t before = g_nAllocations;
+    const std::size_t before = bench::Allocations();
     const double time = Nanoseconds(work);
-    allocations = g_nAllocations - before;
+    allocations = bench::Allocations() - before;
     best = std::min(best, time);
     state.SetIterationTime(time * 1e-9);
   }
