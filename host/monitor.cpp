@@ -163,15 +163,17 @@ std::optional<ExitCode> Run::Ending() {
   if (!options_.record.empty() && !engine_.m_bRecordRaw) {
     throw Failure(ExitCode::failed, "recording to " + options_.record + " has failed");
   }
-  if (watch_->IsLost() && !last_record_.IsSet()) last_record_.Set(kLastRecords);
+  // A run of a stated length goes on to its end, on a line that is silent now.
+  if (watch_->IsLost() && !last_record_.IsSet() && !end_.IsSet()) last_record_.Set(kLastRecords);
   if (last_record_.HasPassed()) {
     throw PortLost(source_->Device());
   }
   if (first_message_.HasPassed()) {
-    FailIfNothingUnderstood(options_.timeout);
+    if (!watch_->IsLost()) FailIfNothingUnderstood(options_.timeout);
     first_message_.Clear();
   }
   if (!end_.HasPassed()) return std::nullopt;
+  if (watch_->IsLost()) throw PortLost(source_->Device());
   if (!IsPlayback()) FailIfNothingUnderstood(options_.duration);
   return ExitCode::done;
 }

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <cstdio>
 #include <fstream>
 #include <sstream>
@@ -137,6 +138,16 @@ TEST(HostProgram, ShowsWhatAPortSendsUntilThatIsLost) {
   line.HangUp();
   EXPECT_EQ(monitor.Wait(), Code(ExitCode::port_lost));
   EXPECT_NE(monitor.Errors().find("the port " + line.Name() + " was lost"), std::string::npos);
+}
+
+TEST(HostProgram, GoesOnToTheEndOfAStatedTimeThoughThePortIsLost) {
+  PseudoTerminal line;
+  Program monitor({"monitor", "--port", line.Name(), "--duration", "1.5"});
+  const auto start = std::chrono::steady_clock::now();
+  SendUntilShown(line, monitor, kFix);
+  line.HangUp();
+  EXPECT_EQ(monitor.Wait(), Code(ExitCode::port_lost));
+  EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(1400));
 }
 
 TEST(HostProgram, EndsAfterAsManyRecordsAsWereAskedFor) {

@@ -8,6 +8,7 @@
 
 #include "gpsengine/drivers/sirf.h"
 #include "gpsengine/platform/application.h"
+#include "tests/support/smalldisk.h"
 
 namespace {
 
@@ -54,6 +55,26 @@ TEST_F(ProfileTest, GivesTheDefaultForWhatItCannotRead) {
 TEST_F(ProfileTest, ReportsThatItCannotBeWritten) {
   app.SetProfilePath("/proc/nowhere/host.ini");
   EXPECT_FALSE(app.WriteProfileInt("SiRF", "Baud", 1));
+}
+
+TEST_F(ProfileTest, KeepsWhatItHadIfTheDiskIsFull) {
+  const std::string before = "[SiRF]\nBaud=4800\n" + std::string(3000, ';') + '\n';
+  Write(before);
+  {
+    const SmallDisk disk(1000);
+    EXPECT_FALSE(app.WriteProfileInt("SiRF", "Baud", 38400));
+  }
+  EXPECT_EQ(Text(), before);
+  EXPECT_FALSE(fs::exists(path.string() + ".new"));
+  EXPECT_TRUE(app.WriteProfileInt("SiRF", "Baud", 38400));
+  EXPECT_EQ(app.GetProfileInt("SiRF", "Baud", 1), 38400);
+}
+
+TEST_F(ProfileTest, InPlaceOfWhichAFolderStandsIsNone) {
+  fs::create_directories(path);
+  EXPECT_EQ(app.GetProfileInt("SiRF", "Baud", 7), 7);
+  EXPECT_FALSE(app.WriteProfileInt("SiRF", "Baud", 1));
+  EXPECT_FALSE(fs::exists(path.string() + ".new"));
 }
 
 TEST_F(ProfileTest, HoldsTheBaudRateOfAModelUnderItsName) {

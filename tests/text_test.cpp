@@ -26,7 +26,7 @@ TEST(ParseInt, ReadsFromTheStartAndStopsAtWhatDoesNotFit) {
       {"0", true, 0},
       {"007", true, 7},
       {"2147483646", true, 2147483646},
-      {"-2147483646", true, -2147483646},
+      {"-2147483647", true, -2147483647},
       {"2147483647", false, 0},
       {"-2147483648", false, 0},
       {"99999999999999999999999", false, 0},

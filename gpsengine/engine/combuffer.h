@@ -3,8 +3,9 @@
 #include "gpsengine/platform/cstring.h"
 #include "gpsengine/platform/shared.h"
 
-/// Collects the text of the messages for a host that wants to see them. The host clears m_bPaused to start;
-/// it reads m_strData only while the capture is paused.
+/// Collects the text of the messages for a host that wants to see them. The host clears m_bPaused to start.
+/// It reads m_strData while no run is under way, or once m_bOverflow is set: the reader thread may still be
+/// at a message when the host has paused the capture.
 class CComBuffer {
  public:
   CString m_strData;   ///< All messages captured, joined.

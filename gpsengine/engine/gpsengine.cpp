@@ -61,11 +61,12 @@ void CGPSEngine::SetReceiver(CGPSReceiver* pReceiver) {
 bool CGPSEngine::Start() {
   Stop();
   if (!m_bReceiversInitialized) InitReceivers();
-  if (m_pReceiver == nullptr) {
+  CGPSReceiver* const receiver = m_pReceiver;
+  if (receiver == nullptr) {
     m_nLastError = GPS_ENGINE_NO_RECEIVER;
     return false;
   }
-  if (!m_bEmulation && !m_pReceiver->Initialize()) {
+  if (!m_bEmulation && !receiver->Initialize()) {
     m_nLastError = GPS_ENGINE_INIT_FAILED;
     return false;
   }
@@ -79,7 +80,7 @@ bool CGPSEngine::Start() {
   }
   if (run->m_pThread == nullptr) {
     TakeRun();
-    m_pReceiver->Suspend();
+    receiver->Suspend();
     m_nLastError = GPS_ENGINE_THREAD_FAILED;
     return false;
   }
@@ -89,7 +90,7 @@ bool CGPSEngine::Start() {
 
 void CGPSEngine::Stop() {
   EndRun();
-  if (m_pReceiver != nullptr) m_pReceiver->Suspend();
+  if (CGPSReceiver* const receiver = m_pReceiver) receiver->Suspend();
 }
 
 // Takes the run out, so that whoever ends it does so alone.
@@ -105,7 +106,7 @@ void CGPSEngine::EndRun() {
   SetEvent(run->StopEvent());
   if (run->m_pThread->IsCurrent())
     return;  // a callback stops its own run, which ends when the callback returns
-  if (m_pReceiver != nullptr) CancelRead(m_pReceiver->GetPortHandle());
+  if (const CGPSReceiver* const receiver = m_pReceiver) CancelRead(receiver->GetPortHandle());
   if (WaitForSingleObject(run->DoneEvent(), kLongestStop) == WAIT_OBJECT_0) {
     run->m_pThread->Join();
   } else {
@@ -128,7 +129,8 @@ bool CGPSEngine::UpdateGPSBuffer(CBinBuffer& data) {
 
 bool CGPSEngine::UpdateGPSBuffer(const char* pData, int nLength) {
   const std::lock_guard lock(m_pLease->Mutex());
-  if (m_pReceiver == nullptr || m_bUpdating) return false;
+  CGPSReceiver* const receiver = m_pReceiver;
+  if (receiver == nullptr || m_bUpdating) return false;
   m_Buffer.Append(pData, nLength);
   if (m_Buffer.GetLength() >= kStreamLimit) {
     Trace("\nGPS data dropped: string too long!");
@@ -138,8 +140,10 @@ bool CGPSEngine::UpdateGPSBuffer(const char* pData, int nLength) {
   }
   m_bUpdating = true;
   bool published = false;
-  for (bool more = m_Buffer.GetCurrentMessage(); more && m_Buffer.HasMessage(); more = m_Buffer.Next()) {
-    if (TakeMessage()) published = true;
+  // A callback may select another receiver, and so may the host while a callback holds this thread up.
+  for (bool more = m_Buffer.GetCurrentMessage(); more && m_Buffer.HasMessage() && m_pReceiver == receiver;
+       more = m_Buffer.Next()) {
+    if (TakeMessage(*receiver)) published = true;
   }
   m_bUpdating = false;
   m_Buffer.Resize();
@@ -147,15 +151,15 @@ bool CGPSEngine::UpdateGPSBuffer(const char* pData, int nLength) {
 }
 
 // Attaches, decodes and forwards the current message, in this order. True if it led to a record.
-bool CGPSEngine::TakeMessage() {
+bool CGPSEngine::TakeMessage(CGPSReceiver& receiver) {
   CString message = m_Buffer.GetMessageW();
   ++m_nMessages;
   if (m_bAttachRawData) {
     int length = 0;
     const char* bytes = m_Buffer.GetMessageBin(length);
-    m_pReceiver->AttachRawData(bytes, length);
+    receiver.AttachRawData(bytes, length);
   }
-  const bool published = m_pReceiver->Parse(message);
+  const bool published = receiver.Parse(message);
   if (!m_ComBuffer.m_bPaused) {
     m_ComBuffer.OnRawData(&message);
     PostObject(WM_GPS_NEW_STRING, std::make_unique<CString>(std::move(message)));

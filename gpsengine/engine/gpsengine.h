@@ -83,15 +83,15 @@ class CGPSEngine {
   std::shared_ptr<CRun> TakeRun();
   void EndRun();
   bool UpdateGPSBuffer(const char* pData, int nLength);
-  bool TakeMessage();
+  bool TakeMessage(CGPSReceiver& receiver);
 
   const std::shared_ptr<CEngineLease> m_pLease;
   std::mutex m_RunMutex;
   std::shared_ptr<CRun> m_pRun;  // the run under way; null while idle
   bool m_bUpdating = false;
-  CShared<HANDLE> m_hStopEvent = nullptr;  // of the run under way; null while idle
-  CGPSReceiver* m_pReceiver = nullptr;     // one of m_Receivers
-  CBinBuffer m_Buffer;                     // the stream
+  CShared<HANDLE> m_hStopEvent = nullptr;        // of the run under way; null while idle
+  CShared<CGPSReceiver*> m_pReceiver = nullptr;  // one of m_Receivers
+  CBinBuffer m_Buffer;                           // the stream
   CShared<int> m_nDroppedBuffers = 0;
   CShared<long long> m_nMessages = 0;
   std::vector<std::unique_ptr<CGPSReceiver>> m_Receivers;

@@ -1,5 +1,6 @@
 #include "gpsengine/engine/readerthread.h"
 
+#include "gpsengine/platform/clock.h"
 #include "gpsengine/platform/messagebox.h"
 #include "gpsengine/platform/resource.h"
 #include "gpsengine/platform/serial.h"
@@ -9,8 +10,10 @@ namespace {
 constexpr int kBulk = 16392;            // bytes of a bulk read at most
 constexpr DWORD kFirstByteTime = 1000;  // a line that is silent for so long gets a keep-alive
 constexpr DWORD kBulkTime = 1;
-constexpr DWORD kPace = 100;       // a burst of sentences is read in one go
-constexpr int kSilenceLimit = 10;  // seconds without a record, after which old fixes say nothing of the speed
+constexpr DWORD kPace = 100;  // a burst of sentences is read in one go
+// Milliseconds without a record, after which old fixes say nothing of the speed. By the clock that nobody
+// sets.
+constexpr std::uint64_t kSilenceLimit = 10000;
 constexpr UINT kCannotRecordText = 11;
 
 void SetReadTimeouts(HANDLE hPort, DWORD msFirstByte) {
@@ -65,14 +68,24 @@ bool CReaderThread::WithEngine(const std::function<void(CGPSEngine&)>& step) {
   return true;
 }
 
+bool CReaderThread::WithReceiver(const std::function<void(CGPSReceiver&)>& step) {
+  bool done = false;
+  WithEngine([&](CGPSEngine& engine) {
+    CGPSReceiver* const receiver = engine.m_pReceiver;
+    done = receiver != nullptr;
+    if (done) step(*receiver);
+  });
+  return done;
+}
+
 bool CReaderThread::Pause(DWORD ms) {
   return WaitForSingleObject(m_pRun->StopEvent(), ms) == WAIT_TIMEOUT;
 }
 
 void CReaderThread::ReadPort() {
   HANDLE port = INVALID_HANDLE_VALUE;
-  WithEngine([&port](CGPSEngine& engine) { port = engine.m_pReceiver->GetPortHandle(); });
-  m_LastData = CTime::GetCurrentTime();
+  WithReceiver([&port](CGPSReceiver& receiver) { port = receiver.GetPortHandle(); });
+  m_nLastData = CurrentClock().Milliseconds();
   while (ReadPass(port) && Pause(kPace)) {
   }
 }
@@ -83,7 +96,7 @@ bool CReaderThread::ReadPass(HANDLE hPort) {
   ResetAfterSilence();
   if (ReadWithin(hPort, bytes, 1, kFirstByteTime) == 0) {
     if (m_pRun->IsStopping()) return false;
-    return WithEngine([](CGPSEngine& engine) { engine.m_pReceiver->KeepAlive(); });
+    return WithReceiver([](CGPSReceiver& receiver) { receiver.KeepAlive(); });
   }
   const int count = 1 + ReadWithin(hPort, bytes + 1, kBulk, kBulkTime);
   Record(bytes, count);
@@ -92,16 +105,16 @@ bool CReaderThread::ReadPass(HANDLE hPort) {
 }
 
 void CReaderThread::ResetAfterSilence() {
-  const CTime now = CTime::GetCurrentTime();
-  if (now.GetTime() - m_LastData.GetTime() < kSilenceLimit) return;
-  m_LastData = now;
-  WithEngine([](CGPSEngine& engine) { engine.m_pReceiver->ResetSpeedEngine(); });
+  const std::uint64_t now = CurrentClock().Milliseconds();
+  if (now - m_nLastData < kSilenceLimit) return;
+  m_nLastData = now;
+  WithReceiver([](CGPSReceiver& receiver) { receiver.ResetSpeedEngine(); });
 }
 
 void CReaderThread::Take(const char* pData, int nLength) {
   WithEngine([&](CGPSEngine& engine) {
     if (!engine.UpdateGPSBuffer(pData, nLength)) return;
-    m_LastData = CTime::GetCurrentTime();
+    m_nLastData = CurrentClock().Milliseconds();
     engine.m_bGotData = true;
   });
 }

@@ -1,11 +1,11 @@
 #pragma once
 
+#include <cstdint>
 #include <functional>
 #include <memory>
 
 #include "gpsengine/engine/gpsengine.h"
 #include "gpsengine/engine/run.h"
-#include "gpsengine/platform/ctime.h"
 #include "gpsengine/platform/file.h"
 
 class CTextFile;
@@ -25,6 +25,8 @@ class CReaderThread {
 
   /// One step on the engine, which lasts as long as the step does. False if the run is over for this thread.
   bool WithEngine(const std::function<void(CGPSEngine&)>& step);
+  /// The same for a step on the selected receiver. False too if there is none any more.
+  bool WithReceiver(const std::function<void(CGPSReceiver&)>& step);
   /// Waits on the stop event; false if the run is to end.
   bool Pause(DWORD ms);
 
@@ -47,7 +49,7 @@ class CReaderThread {
   const std::shared_ptr<CEngineLease> m_pLease;
   const std::shared_ptr<CRun> m_pRun;
   const bool m_bEmulation;
-  CTime m_LastData;
+  std::uint64_t m_nLastData = 0;  // milliseconds, of the last record or reset
   CFile m_Recording;
   bool m_bRecording = false;
 };

@@ -89,7 +89,7 @@ bool ParseInt(std::u16string_view text, int* pValue) {
   for (; p != safeEnd && IsDigit(*p); ++p) value = value * 10 + (*p - u'0');
   for (; p != end && IsDigit(*p); ++p) {
     value = value * 10 + (*p - u'0');
-    if (value >= std::numeric_limits<int>::max()) return false;
+    if (value >= std::numeric_limits<int>::max() + std::int64_t{negative}) return false;
   }
   *pValue = static_cast<int>(negative ? -value : value);
   return true;

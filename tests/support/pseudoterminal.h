@@ -45,6 +45,13 @@ class PseudoTerminal {
     }
   }
 
+  /// Sends as much as the line has room for, takes what has been written to it, and waits for neither.
+  void Exchange(std::string_view bytes) const {
+    char taken[4096];
+    [[maybe_unused]] const ssize_t sent = write(m_nMaster, bytes.data(), bytes.size());
+    [[maybe_unused]] const ssize_t count = read(m_nMaster, taken, sizeof taken);
+  }
+
   /// What has been written to the line, waiting until there is `least` of it or the time is up.
   std::string Receive(std::size_t least, std::chrono::milliseconds limit = std::chrono::seconds(5)) const {
     const auto end = std::chrono::steady_clock::now() + limit;

@@ -38,6 +38,8 @@ struct CWinApp::Profile {
   explicit Profile(const CString& path) : strPath(path.ToUtf8()) {
     std::ifstream file(strPath);
     for (std::string line; std::getline(file, line);) lines.push_back(line);
+    std::error_code error;
+    bUnreadable = file.bad() || (!file.is_open() && std::filesystem::exists(strPath, error));
   }
 
   std::optional<int> Get(const std::string& section, const std::string& entry) const {
@@ -65,6 +67,7 @@ struct CWinApp::Profile {
 
   bool Save() const {
     namespace fs = std::filesystem;
+    if (bUnreadable) return false;  // what others wrote would be lost
     std::error_code error;
     if (const auto folder = fs::path(strPath).parent_path(); !folder.empty())
       fs::create_directories(folder, error);
@@ -79,7 +82,9 @@ struct CWinApp::Profile {
       }
     }
     fs::rename(draft, strPath, error);
-    return !error;
+    if (!error) return true;
+    fs::remove(draft, error);
+    return false;
   }
 
   std::size_t FindSection(const std::string& section) const {
@@ -101,6 +106,7 @@ struct CWinApp::Profile {
 
   std::string strPath;
   std::vector<std::string> lines;
+  bool bUnreadable = false;  // there is a file, which cannot be read
 };
 
 CWinApp::CWinApp(const CString& name)

@@ -183,8 +183,10 @@ bool ReadFile(HANDLE hPort, void* pData, DWORD nCount, DWORD* pRead) {
   const int count = static_cast<int>(nCount);
   const bool atOnce =
       timeouts.ReadIntervalTimeout == MAXDWORD && timeouts.ReadTotalTimeoutMultiplier == MAXDWORD;
-  *pRead = static_cast<DWORD>(atOnce ? port->Line().Read(pData, count, timeouts.ReadTotalTimeoutConstant)
-                                     : ReadBlock(port->Line(), static_cast<char*>(pData), count, timeouts));
+  const int read = atOnce ? port->Line().Read(pData, count, timeouts.ReadTotalTimeoutConstant)
+                          : ReadBlock(port->Line(), static_cast<char*>(pData), count, timeouts);
+  // A line of the host's own may tell of a failure with a negative count.
+  *pRead = static_cast<DWORD>(std::max(read, 0));
   return true;
 }
 

@@ -60,9 +60,7 @@ class TtyLine : public SerialLine {
     TakeErrors();
   }
   ~TtyLine() override {
-    // Frees the device for the next one who opens it, even if a child of the host still holds the descriptor.
-    ioctl(m_nFile, TIOCNXCL);
-    flock(m_nFile, LOCK_UN);
+    Release();
     close(m_nFile);
     close(m_nWakeReader);
     close(m_nWakeWriter);
@@ -123,6 +121,7 @@ class TtyLine : public SerialLine {
     m_bCancelled = true;
     WakeReader();
     eventfd_write(m_nWakeWriter, 1);
+    Release();
   }
 
   void WakeReader() override { eventfd_write(m_nWakeReader, 1); }
@@ -138,6 +137,13 @@ class TtyLine : public SerialLine {
   bool SetBreak(bool bOn) override { return ioctl(m_nFile, bOn ? TIOCSBRK : TIOCCBRK) == 0; }
 
  private:
+  // Frees the device for the next one who opens it, even while a blocked thread is still on its way out, or a
+  // child of the host holds the descriptor.
+  void Release() {
+    ioctl(m_nFile, TIOCNXCL);
+    flock(m_nFile, LOCK_UN);
+  }
+
   static int MakeEvent() { return eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK); }
 
   // False when the time has passed, or when the line is cancelled or woken with nothing there. A line that
@@ -194,10 +200,13 @@ int OpenExclusive(const std::string& strDevice) {
   return -1;
 }
 
-// The group that may use the device, and whose member the user should become.
+// The group whose members may use the device, so that the user should become one; empty if there is no such
+// group.
 std::string GroupOf(const std::string& strDevice) {
   struct stat status;
-  if (stat(strDevice.c_str(), &status) != 0) return "dialout";
+  constexpr mode_t kUse = S_IRGRP | S_IWGRP;
+  if (stat(strDevice.c_str(), &status) != 0 || (status.st_mode & kUse) != kUse || status.st_gid == 0)
+    return {};
   group entry;
   group* found = nullptr;
   char text[4096];
@@ -222,6 +231,8 @@ std::string Explain(const std::string& strDevice, int nError) {
       return port + " does not exist. Is the receiver plugged in, and is this its name?";
     case EACCES: {
       const std::string group = GroupOf(strDevice);
+      if (group.empty())
+        return port + " may not be opened by this user. Who administers this machine can change that.";
       return port + " may not be opened by this user. It belongs to the group " + group +
              ": sudo usermod -aG " + group + ' ' + UserName() + ", then log in again.";
     }

@@ -1,0 +1,197 @@
+// makeseeds FOLDER: writes what the fuzzers begin with. FOLDER/<target>/ gets its seeds: the conversation of
+// every model with its simulated receiver, a message of each kind, and a few files. FOLDER/gps.dict is the
+// dictionary: every tag of the library, every command that a driver writes and every word that a receiver
+// answers.
+#include <algorithm>
+#include <array>
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <map>
+#include <memory>
+#include <set>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "gpsengine/drivers/receivers.h"
+#include "gpsengine/platform/application.h"
+#include "gpsengine/receiver/sentencetable.h"
+#include "tests/support/conversation.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+std::vector<std::string> LinesOf(std::string_view text) {
+  std::vector<std::string> lines;
+  while (!text.empty()) {
+    const auto end = std::min(text.find('\n'), text.size());
+    lines.emplace_back(text.substr(0, end));
+    text.remove_prefix(std::min(end + 1, text.size()));
+    if (!lines.back().empty() && lines.back().back() == '\r') lines.back().pop_back();
+  }
+  return lines;
+}
+
+std::vector<std::string> WordsOf(const std::string& line) {
+  std::vector<std::string> words(1);
+  for (const char c : line) {
+    if (std::string_view(",*;:= ").find(c) != std::string_view::npos) {
+      words.emplace_back();
+    } else {
+      words.back() += c;
+    }
+  }
+  return words;
+}
+
+class Seeds {
+ public:
+  explicit Seeds(fs::path folder) : m_Folder(std::move(folder)) {}
+
+  void Add(const std::string& target, const std::string& seed) {
+    if (!m_Known.insert(target + '\n' + seed).second) return;
+    const fs::path folder = m_Folder / target;
+    fs::create_directories(folder);
+    std::ofstream(folder / std::to_string(m_nCount++), std::ios::binary)
+        .write(seed.data(), static_cast<std::streamsize>(seed.size()));
+  }
+  int Count() const { return m_nCount; }
+
+ private:
+  const fs::path m_Folder;
+  std::set<std::string> m_Known;
+  int m_nCount = 0;
+};
+
+class Dictionary {
+ public:
+  // Not what is too long for one to be found by, nor a number, of which there is no end.
+  void Add(std::string_view word) {
+    if (word.size() >= 2 && word.size() <= 40 && word.find_first_not_of("0123456789.+-") != word.npos)
+      m_Words.emplace(word);
+  }
+  // A number at the bounds of what one may be.
+  void AddNumber(std::string_view number) { m_Words.emplace(number); }
+  // The same as Add, if it is text.
+  void AddText(std::string_view word) {
+    if (std::all_of(word.begin(), word.end(), [](char c) { return c > ' ' && c < 127; })) Add(word);
+  }
+  void Write(const fs::path& path) const {
+    std::ofstream file(path);
+    for (const std::string& word : m_Words) {
+      file << '"';
+      for (const char c : word) {
+        std::array<char, 8> code{};
+        std::snprintf(code.data(), code.size(), "\\x%02X",
+                      static_cast<unsigned>(static_cast<unsigned char>(c)));
+        const bool plain = c > ' ' && c < 127 && c != '"' && c != '\\';
+        file << (plain ? std::string(1, c) : std::string(code.data()));
+      }
+      file << "\"\n";
+    }
+  }
+
+ private:
+  std::set<std::string> m_Words;
+};
+
+using namespace std::string_literals;
+
+// Heads of the inputs, as the targets read them.
+const std::string kAllOnInPieces = "\x7D\x31"s;      // stream: the switches, the seed of the cuts
+const std::string kByTagAttachedRepaired = "\x0A"s;  // parse: each message
+
+void AddConversation(Seeds& seeds, char model, const Conversation& conversation) {
+  constexpr std::size_t kPiece = 300;
+  std::string_view rest = conversation.heard;
+  for (int i = 0; i < 20 && !rest.empty(); ++i) {
+    const auto end = std::min(rest.find('\n', std::min(kPiece, rest.size())), rest.size());
+    seeds.Add("stream_fuzz", model + kAllOnInPieces + std::string(rest.substr(0, end)));
+    rest.remove_prefix(end);
+  }
+}
+
+// What tells a message from others: its first word, in a maker's language its second too.
+std::string TagOf(const std::string& line) {
+  const std::vector<std::string> words = WordsOf(line);
+  const bool makers = line.starts_with("$P") || line.starts_with("$>");
+  return words.size() > 1 && makers ? words[0] + ',' + words[1] : words[0];
+}
+
+// Up to four messages of a kind in a seed, since a group of sentences belongs together.
+void AddMessages(Seeds& seeds, const std::string& heard, std::map<std::string, int>& known) {
+  std::map<std::string, std::string> bundles;
+  for (const std::string& line : LinesOf(heard)) {
+    const std::string tag = TagOf(line);
+    if (line.find_first_of("$#P") != 0 || ++known[tag] > 4) continue;
+    bundles[tag] += kByTagAttachedRepaired + line + '\n';
+    for (const std::string& word : WordsOf(line)) seeds.Add("number_fuzz", 'n' + word);
+    seeds.Add("parser_fuzz", "\x04"s + std::string(20, '\0') + '\n' + line);
+  }
+  for (const auto& [tag, bundle] : bundles) seeds.Add("parse_fuzz", "m1" + bundle);
+}
+
+// A record of the payload target: its kind, how much of it is attached, its content.
+std::string Payload(char kind, std::string content, std::size_t length) {
+  content.resize(length, '\0');
+  return kind + "\x07"s + content;
+}
+
+void AddPayloads(Seeds& seeds) {
+  // Good measurements of five satellites, each with the count of those to follow, and their position.
+  std::string epoch = "m";
+  for (char satellite = 5; satellite > 0; --satellite)
+    epoch += Payload(0, "\x01"s + char(satellite - 1) + satellite + std::string(6, '\0') + '\x18', 43);
+  seeds.Add("payload_fuzz", epoch + Payload(1, "", 57));
+  seeds.Add("payload_fuzz", "m" + Payload(2, "\x05\xAA", 133) + Payload(3, "", 38) + Payload(4, "", 71));
+  seeds.Add("payload_fuzz", "m" + Payload(5, "\0\x80\0"s, 135) + Payload(6, "\0\x2C\x01"s, 307));
+  seeds.Add("payload_fuzz", "m" + Payload(7, "\x10", 1 + 4 + 18 + 16 + 4));
+}
+
+void AddFiles(Seeds& seeds, const std::string& recording) {
+  seeds.Add("files_fuzz",
+            "\x03"
+            "4,\"UDF_SIGNAL_RTK_CODE\"\r\n5, UDF_SIGNAL_WAAS\ndefault,UDF_SIGNAL_NONE\n7\n");
+  seeds.Add("files_fuzz",
+            "\x05; a profile\n[Window]\nWidth=800\n\n[SiRF]\n Baud = 4800 \n[SiRF]\nBaud=1\n[half");
+  seeds.Add("files_fuzz", "\x04QRV PAUSE,Turn the key*\n" + recording.substr(0, 1000));
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  if (argc != 2) {
+    std::fputs("usage: makeseeds FOLDER\n", stderr);
+    return 2;
+  }
+  const fs::path folder = argv[1];
+  fs::remove_all(folder);
+  Seeds seeds(folder);
+  Dictionary dictionary;
+  for (const SentenceTable::Row& row : SentenceTable::kRows)
+    dictionary.Add(std::string(row.tag.begin(), row.tag.end()));
+  for (const char* word :
+       {"\xAA\x44\x12", "$BIN_", "$BIN`", "[COM1]", "QRV PAUSE", "UDF_SIGNAL_", "default,", "\r\n"})
+    dictionary.Add(word);
+  for (const char* number : {"1e308", "-1e308", "1e-320", "2147483646", "-2147483647", "4294967297", "00"})
+    dictionary.AddNumber(number);
+
+  CWinApp app("gpsengine-fuzz");
+  std::map<std::string, int> known;
+  char model = 0;
+  for (const auto& receiver : MakeReceivers()) {
+    const Conversation conversation = Talk(*receiver);
+    for (const std::string& line : LinesOf(conversation.said)) dictionary.Add(line);
+    for (const std::string& line : LinesOf(conversation.heard))
+      for (const std::string& word : WordsOf(line)) dictionary.AddText(word);
+    AddConversation(seeds, model++, conversation);
+    AddMessages(seeds, conversation.heard, known);
+    if (receiver->GetName() == "Other") AddFiles(seeds, conversation.heard);
+  }
+  AddPayloads(seeds);
+  dictionary.Write(folder / "gps.dict");
+  std::printf("%d seeds in %s\n", seeds.Count(), argv[1]);
+  return 0;
+}

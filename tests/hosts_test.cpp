@@ -1,0 +1,145 @@
+// Hosts that misbehave: no window, one that goes away, one that is never drained, callbacks that call back,
+// settings that change in mid-run.
+#include <gtest/gtest.h>
+
+#include "tests/support/enginetest.h"
+#include "tests/support/receivertest.h"
+#include "tests/support/wirebuilder.h"
+
+namespace {
+
+// All that the library posts.
+std::string OneOfEach() {
+  std::string all = FixAt(1) + Snv().Message() + '\n';
+  for (int prn = 1; prn <= 4; ++prn) all += Mbn{.prn = prn, .toFollow = 4 - prn}.Message() + '\n';
+  return all + Pbn().Message() + '\n' + "$BIN_" + std::string(135, '\0') + '\n';
+}
+
+TEST_F(EngineTest, FreesWhatNoWindowTakes) {
+  engine.m_bAttachRawData = true;
+  engine.m_ComBuffer.m_bPaused = false;
+  {
+    HostWindow shortLived;
+    app.SetMainWnd(&shortLived);
+    CBinBuffer bytes(CString(OneOfEach().data(), static_cast<int>(OneOfEach().size())));
+    EXPECT_TRUE(engine.UpdateGPSBuffer(bytes));
+  }  // with its messages waiting
+  EXPECT_TRUE(Feed(OneOfEach())) << "into a window that has gone";
+  app.SetMainWnd(nullptr);
+  EXPECT_TRUE(Feed(OneOfEach()));
+  EXPECT_TRUE(window.order.empty());
+  app.SetMainWnd(&window);
+  EXPECT_TRUE(Feed(OneOfEach()));
+  EXPECT_EQ(window.records.size(), 6u);  // of the fix, the ephemeris and each measurement
+  EXPECT_EQ(window.epochs.size(), 1u);
+  EXPECT_EQ(window.ephemerides.size(), 1u);
+  EXPECT_EQ(window.strings.size(), 8u);
+  EXPECT_EQ(window.blocks, 1);
+}
+
+TEST(Engine, WorksWithoutAnApplication) {
+  CGPSEngine engine;
+  engine.SetReceiver(engine.FindReceiver("SiRF"));
+  engine.InitReceivers();
+  EXPECT_EQ(engine.GetReceiver()->GetCurrentBaudrate(), 4800);
+  CBinBuffer bytes(CString(FixAt(1).c_str()));
+  EXPECT_TRUE(engine.UpdateGPSBuffer(bytes));
+}
+
+TEST_F(EngineTest, LosesTheNewestOfWhatAHostDoesNotDrainAndGoesOn) {
+  const auto lost = GetLostMessages();
+  for (int i = 0; i < kMaxPostedMessages + 7; ++i) {
+    CBinBuffer bytes(CString(FixAt(i).c_str()));
+    ASSERT_TRUE(engine.UpdateGPSBuffer(bytes));
+  }
+  EXPECT_EQ(GetLostMessages() - lost, 7u);
+  window.Drain();
+  EXPECT_EQ(window.records.size(), static_cast<std::size_t>(kMaxPostedMessages));
+  EXPECT_TRUE(Feed(FixAt(1)));
+  EXPECT_EQ(window.records.back().m_dTimeOfDay, 11.0);
+}
+
+TEST_F(EngineTest, LetsACallbackCallBack) {
+  engine.m_bAttachRawData = true;
+  struct Calls {
+    CGPSEngine* pEngine;
+    int nCount = 0;
+  } calls{&engine};
+  const auto callBack = [](GPSNotificationType type, CGPSNotification*, void* pUser) {
+    auto& made = *static_cast<Calls*>(pUser);
+    CGPSReceiver& receiver = *made.pEngine->GetReceiver();
+    ++made.nCount;
+    CString fix(FixAt(5).c_str());
+    EXPECT_TRUE(receiver.Parse(fix));
+    CBinBuffer more(fix);
+    EXPECT_FALSE(made.pEngine->UpdateGPSBuffer(more)) << "the stream is being taken apart";
+    receiver.ResetSpeedEngine();
+    receiver.InvalidateSVInfo();
+    CWordArray words;
+    receiver.GetBinWords(words);
+    receiver.Send("$COMMAND");
+    receiver.AddNotificationCallback(type, nullptr, nullptr);
+  };
+  engine.GetReceiver()->AddNotificationCallback(GPS_NOTIFY_EPHEMERIS, callBack, &calls);
+  EXPECT_TRUE(Feed(Snv().Message() + "\n" + FixAt(6)));
+  EXPECT_EQ(calls.nCount, 1);
+  EXPECT_EQ(window.ephemerides.size(), 1u);
+  ASSERT_GE(window.records.size(), 2u);
+  EXPECT_EQ(window.records.back().m_dTimeOfDay, 16.0) << "the stream went on";
+  Feed(Snv().Message() + "\n");
+  EXPECT_EQ(calls.nCount, 1) << "it has taken itself out";
+}
+
+TEST_F(EngineTest, LetsACallbackTakeTheReceiverAway) {
+  engine.m_bAttachRawData = true;
+  const auto takeAway = [](GPSNotificationType, CGPSNotification*, void* pUser) {
+    static_cast<CGPSEngine*>(pUser)->SetReceiver(nullptr);
+  };
+  engine.GetReceiver()->AddNotificationCallback(GPS_NOTIFY_EPHEMERIS, takeAway, &engine);
+  EXPECT_TRUE(Feed(Snv().Message() + "\n" + FixAt(1)));
+  EXPECT_FALSE(Feed(FixAt(2)));
+  EXPECT_EQ(window.records.size(), 1u) << "that of the ephemeris";
+}
+
+TEST_F(LiveEngineTest, TakesSettingsInMidRunAsFarAsTheyConcernIt) {
+  ASSERT_TRUE(engine.Start());
+  engine.m_bEmulation = true;
+  engine.m_strEmulationFile = "/nowhere/at/all";
+  engine.GetReceiver()->SetupReceiver(kPort + 1, 1, 2.0, "", false);
+  terminal.Send(FixAt(1));
+  ASSERT_TRUE(UntilRecords(1));
+  EXPECT_DOUBLE_EQ(window.records[0].m_dAltitude, 545.4 + 46.9 - 2.0) << "heights from the next fix on";
+  engine.m_bAttachRawData = true;
+  terminal.Send(Snv().Message() + "\n");
+  EXPECT_TRUE(Until([this] { return !window.ephemerides.empty(); }));
+  EXPECT_TRUE(engine.IsActive()) << "what to play is for the next run";
+  EXPECT_TRUE(boxes.empty());
+}
+
+TEST_F(LiveEngineTest, LeavesNothingToTheNextEngine) {
+  const std::string satellites = "$PASHR,SAT,01,07,112,36,47,U*00\r\n";
+  {
+    CGPSEngine first;
+    first.SetReceiver(first.FindReceiver("Other"));
+    first.GetReceiver()->SetupReceiver(kPort, 0, 0.0, "", false);
+    ASSERT_TRUE(first.Start());
+    // From here on its own reports of satellites would be passed over.
+    terminal.Send(WithChecksum("$GPGSA,A,3,07,,,,,,,,,,,,2.5,1.3,2.1") +
+                  WithChecksum("$GPGSV,1,1,01,07,45,180,41") + satellites + FixAt(1) + "$GPGGA,half a sent");
+    ASSERT_TRUE(UntilRecords(2));
+    EXPECT_FALSE(engine.IsActive());
+  }
+  CGPSEngine second;
+  second.SetReceiver(second.FindReceiver("Other"));
+  second.GetReceiver()->SetupReceiver(kPort, 0, 0.0, "", false);
+  window.records.clear();
+  ASSERT_TRUE(second.Start());
+  EXPECT_EQ(second.GetReceiver()->GetSentencesRecognised(), 0);
+  terminal.Send(satellites + FixAt(2));
+  ASSERT_TRUE(UntilRecords(2));
+  EXPECT_FALSE(window.records[0].m_bPositionValid) << "the report was taken";
+  EXPECT_EQ(window.records[1].m_dTimeOfDay, 12.0);
+  second.Stop();
+}
+
+}  // namespace

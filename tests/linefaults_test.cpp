@@ -1,0 +1,295 @@
+// What a line and its port may do to a run: hang up, never read, flood, dribble, interrupt, not be there at
+// all.
+#include <gtest/gtest.h>
+#include <pthread.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <csignal>
+#include <filesystem>
+#include <fstream>
+#include <thread>
+
+#include "gpsengine/drivers/plain.h"
+#include "simulator/simulator.h"
+#include "tests/support/enginetest.h"
+#include "tests/support/receivertest.h"
+#include "tests/support/scriptedline.h"
+
+using namespace std::chrono_literals;
+
+namespace {
+
+// A receiver that does something of the test's on the reader thread, once, ahead of its first message.
+class Busy : public COtherGps {
+ public:
+  explicit Busy(std::function<void(CSerialPort&)> work) : m_Work(std::move(work)) {}
+  CString GetName() override { return "Busy"; }
+  using COtherGps::Parse;
+  bool Parse(CString& strMessage) override {
+    if (!std::exchange(m_bDone, true)) m_Work(m_Port);
+    return COtherGps::Parse(strMessage);
+  }
+
+ private:
+  const std::function<void(CSerialPort&)> m_Work;
+  bool m_bDone = false;
+};
+
+TEST_F(LiveEngineTest, FindsAPortAgainThatVanishedAndCameBackUnderAnotherName) {
+  ASSERT_TRUE(engine.Start());
+  engine.GetReceiver()->Send("$FIRST");
+  EXPECT_EQ(terminal.Receive(8), "$FIRST\r\n");
+  terminal.HangUp();
+  const auto start = CurrentClock().Milliseconds();
+  engine.GetReceiver()->Send("$LOST");
+  EXPECT_FALSE(engine.Start()) << "the device has gone";
+  EXPECT_EQ(engine.GetLastError(), GPS_ENGINE_INIT_FAILED);
+  EXPECT_LT(CurrentClock().Milliseconds() - start, 500u);
+
+  const PseudoTerminal other;
+  MapComPort(kPort, CString::FromUtf8(other.Name()));
+  ASSERT_TRUE(engine.Start());
+  engine.GetReceiver()->Send("$SECOND");
+  EXPECT_EQ(other.Receive(9), "$SECOND\r\n");
+  other.Send(FixAt(1));
+  EXPECT_TRUE(UntilRecords(1));
+}
+
+TEST_F(LiveEngineTest, IsNotHeldUpByAPeerThatNeverReads) {
+  engine.AddReceiver(new Busy([](CSerialPort& port) {
+    const std::string much(100000, 'x');
+    port.Write(much.data(), static_cast<int>(much.size()));
+  }));
+  Select("Busy");
+  ASSERT_TRUE(engine.Start());
+  terminal.Send(FixAt(1));
+  Sleep(150);  // the reader thread is in the write by now
+  const auto start = CurrentClock().Milliseconds();
+  engine.Stop();
+  EXPECT_LT(CurrentClock().Milliseconds() - start, 1500u);
+  ASSERT_TRUE(engine.Start());
+  terminal.Send(FixAt(2));
+  EXPECT_TRUE(
+      Until([this] { return !window.records.empty() && window.records.back().m_dTimeOfDay == 12.0; }));
+}
+
+TEST(BlockedWrite, IsReleasedByAHangUp) {
+  PseudoTerminal terminal;
+  MapComPort(7, CString::FromUtf8(terminal.Name()));
+  CSerialPort port;
+  port.SetPortNumber(7);
+  ASSERT_TRUE(port.Open());
+  const std::jthread plug([&terminal] {
+    std::this_thread::sleep_for(50ms);
+    terminal.HangUp();
+  });
+  const std::string much(100000, 'x');
+  const auto start = CurrentClock().Milliseconds();
+  EXPECT_FALSE(port.Write(much.data(), static_cast<int>(much.size())));
+  EXPECT_LT(CurrentClock().Milliseconds() - start, kWriteLimit / 2);
+  port.Close();
+}
+
+TEST_F(LiveEngineTest, TakesAFloodInOnePassAfterAnother) {
+  ASSERT_TRUE(engine.Start());
+  constexpr int kCount = 600;  // 40 kB, more than the terminal holds
+  for (int i = 0; i < kCount; ++i) terminal.Send(FixAt(i % 50));
+  EXPECT_TRUE(UntilRecords(kCount));
+  EXPECT_EQ(engine.GetDroppedBuffers(), 0);
+}
+
+// A driver with more room than the reader takes at once: what fills the stream in one read is lost, and
+// counted.
+TEST_F(EngineTest, LosesAReadThatFillsTheStreamAndReadsOn) {
+  Script line(kPort);
+  ASSERT_TRUE(engine.Start());
+  constexpr int kRead = 1 + 16392;
+  constexpr int kCount = 448;
+  std::string flood;
+  for (int i = 0; i < kCount; ++i) flood += FixAt(i % 50);
+  line.Send(flood);
+  const auto length = static_cast<int>(FixAt(0).size());
+  EXPECT_TRUE(UntilRecords(kCount - kRead / length - 1));
+  EXPECT_EQ(engine.GetDroppedBuffers(), 1);
+}
+
+TEST_F(EngineTest, ReadsALineThatGivesOneByteAtATime) {
+  Script line(kPort, 1);
+  ASSERT_TRUE(engine.Start());
+  line.Send(FixAt(1) + FixAt(2));
+  EXPECT_TRUE(UntilRecords(2));
+}
+
+TEST_F(EngineTest, HearsNoiseAtAWrongRateAndTheReceiverAtItsOwn) {
+  simulator::PtyRunner::Settings settings;
+  settings.speed_up = 20;
+  settings.paced = false;
+  simulator::PtyRunner runner(simulator::MakeReceiver({}), settings);
+  runner.Start();
+  const auto profile =
+      std::filesystem::temp_directory_path() / ("gpsengine-rate-" + std::to_string(getpid()));
+  app.SetProfilePath(CString::FromUtf8(profile.string()));
+  MapComPort(kPort, CString::FromUtf8(runner.PortName()));
+  engine.InitReceivers();
+  CGPSReceiver* const receiver = engine.GetReceiver();
+  const int rate = receiver->GetCurrentBaudrate();
+
+  receiver->SaveDifferentSettings(rate / 2);
+  ASSERT_TRUE(engine.Start());
+  EXPECT_FALSE(Until([this] { return !window.records.empty(); }, 400));
+  receiver->SaveDifferentSettings(rate);
+  ASSERT_TRUE(engine.Start());
+  EXPECT_TRUE(UntilRecords(3));
+  engine.Stop();
+  std::filesystem::remove(profile);
+}
+
+// The date is not what tells how long a line has been silent.
+TEST_F(EngineTest, ForgetsOldFixesAfterASilenceAndNotWhenTheClockIsSet) {
+  constexpr long long kDay = 86400;
+  Script line(kPort);
+  ASSERT_TRUE(engine.Start());
+  TestClock& clock = line.ReadersClock();
+  engine.GetReceiver()->ResetSpeedEngine();
+  auto moves = [&, second = 0]() mutable {
+    window.records.clear();
+    Sleep(20);  // a pass looks at the clock ahead of its read
+    line.Send(FixAt(++second));
+    EXPECT_TRUE(UntilRecords(1));
+    Sleep(20);  // and behind it
+    return !window.records.empty() && window.records.back().m_bVelocityValid;
+  };
+  EXPECT_FALSE(moves());
+  EXPECT_TRUE(moves());
+  clock.secondsAhead = kDay;
+  EXPECT_TRUE(moves());
+  EXPECT_GE(window.records.back().m_Time.GetTime(), Clock().UnixSeconds() + kDay - 5);
+  clock.secondsAhead = -kDay;
+  EXPECT_TRUE(moves());
+  clock.msAhead = 10000;
+  EXPECT_FALSE(moves()) << "ten seconds without a record";
+}
+
+// Signals of the host's, sent to one thread for as long as the object lives.
+class Signals {
+ public:
+  explicit Signals(pthread_t thread)
+      : m_Sender([thread](const std::stop_token& stop) {
+          while (!stop.stop_requested()) {
+            pthread_kill(thread, SIGUSR1);
+            std::this_thread::sleep_for(500us);
+          }
+        }) {}
+
+  static void Install() {
+    struct sigaction action = {};
+    action.sa_handler = [](int) {};
+    sigaction(SIGUSR1, &action, nullptr);  // without SA_RESTART
+  }
+
+ private:
+  std::jthread m_Sender;
+};
+
+TEST(Signal, CutsShortNeitherAReadNorAWrite) {
+  Signals::Install();
+  const PseudoTerminal terminal;
+  MapComPort(7, CString::FromUtf8(terminal.Name()));
+  CSerialPort port;
+  port.SetPortNumber(7);
+  ASSERT_TRUE(port.Open());
+  const Signals signals(pthread_self());
+  port.SetTimeout(100);
+  CString text;
+  bool cancel = false;
+  const auto start = CurrentClock().Milliseconds();
+  EXPECT_FALSE(port.Read(text, cancel));
+  EXPECT_GE(CurrentClock().Milliseconds() - start, 99u);
+
+  const std::string much(60000, 'x');
+  std::string heard;
+  std::jthread peer([&] { heard = terminal.Receive(much.size()); });
+  EXPECT_TRUE(port.Write(much.data(), static_cast<int>(much.size())));
+  peer.join();
+  EXPECT_EQ(heard, much);
+  port.Close();
+}
+
+TEST_F(LiveEngineTest, LosesNothingWhileSignalsComeToTheReaderThread) {
+  Signals::Install();
+  std::atomic<pthread_t> reader{};
+  engine.AddReceiver(new Busy([&reader](CSerialPort&) { reader = pthread_self(); }));
+  Select("Busy");
+  ASSERT_TRUE(engine.Start());
+  terminal.Send(FixAt(0));
+  ASSERT_TRUE(UntilRecords(1));
+  {
+    const Signals signals(reader);
+    for (int i = 1; i < 40; ++i) {
+      terminal.Send(FixAt(i).substr(0, 30));
+      Sleep(5);
+      terminal.Send(FixAt(i).substr(30));
+    }
+    EXPECT_TRUE(UntilRecords(40));
+  }
+}
+
+// Drops the superuser's rights, which no permission stops.
+class AsNobody {
+ public:
+  AsNobody() {
+    if (m_nUser == 0 && seteuid(65534) != 0) m_bDropped = false;
+  }
+  ~AsNobody() { EXPECT_EQ(seteuid(m_nUser), 0); }
+  AsNobody(const AsNobody&) = delete;
+  AsNobody& operator=(const AsNobody&) = delete;
+  explicit operator bool() const { return m_bDropped; }
+
+ private:
+  const uid_t m_nUser = geteuid();
+  bool m_bDropped = true;
+};
+
+TEST_F(LiveEngineTest, SaysWhyAPortDoesNotOpenAndStartsOnOneThatDoes) {
+  namespace fs = std::filesystem;
+  const fs::path file = fs::temp_directory_path() / ("gpsengine-no-port-" + std::to_string(getpid()));
+  std::ofstream(file) << "a file";
+  ASSERT_EQ(chmod(file.c_str(), 0666), 0);
+  const PseudoTerminal ofAGroup;
+  if (geteuid() == 0) {
+    ASSERT_EQ(chown(ofAGroup.Name().c_str(), 0, 5), 0);  // any group but the superuser's own
+  }
+  ASSERT_EQ(chmod(ofAGroup.Name().c_str(), 060), 0);
+  const PseudoTerminal ofNobody;
+  ASSERT_EQ(chmod(ofNobody.Name().c_str(), 0), 0);
+  const struct {
+    std::string device;
+    const char* reason;
+  } rows[] = {
+      {"/dev/no-such-port", "does not exist"},
+      {"/dev", "is not a serial port"},
+      {file.string(), "is not a serial port"},
+      {ofAGroup.Name(), "may not be opened by this user. It belongs to the group "},
+      {ofNobody.Name(), "may not be opened by this user. Who administers"},
+  };
+  {
+    const AsNobody nobody;
+    if (!nobody) GTEST_SKIP() << "the rights of the superuser cannot be dropped here";
+    for (const auto& row : rows) {
+      MapComPort(kPort, CString::FromUtf8(row.device));
+      EXPECT_FALSE(engine.Start()) << row.device;
+      EXPECT_EQ(engine.GetLastError(), GPS_ENGINE_INIT_FAILED) << row.device;
+      const std::string explained = ExplainPort(CString::FromUtf8(row.device)).ToUtf8();
+      EXPECT_NE(explained.find(row.device + ' ' + row.reason), explained.npos) << explained;
+    }
+  }
+  fs::remove(file);
+  MapComPort(kPort, CString::FromUtf8(terminal.Name()));
+  ASSERT_TRUE(engine.Start());
+  terminal.Send(FixAt(1));
+  EXPECT_TRUE(UntilRecords(1));
+}
+
+}  // namespace

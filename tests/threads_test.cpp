@@ -1,0 +1,217 @@
+// A host that does anything at any moment, while data flow and boxes hold the reader thread up.
+// ThreadSanitizer looks on.
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <filesystem>
+#include <functional>
+#include <iterator>
+#include <memory>
+#include <random>
+#include <thread>
+
+#include "gpsengine/engine/gpsengine.h"
+#include "gpsengine/platform/clock.h"
+#include "gpsengine/platform/messagebox.h"
+#include "tests/support/hostwindow.h"
+#include "tests/support/pseudoterminal.h"
+#include "tests/support/wirebuilder.h"
+
+using namespace std::chrono_literals;
+
+namespace {
+
+constexpr int kPort = 9;
+
+// What stops with no command to the line, and so at once.
+constexpr const char* kModels[] = {"Other", "Garmin", "Holux", "SiRF", "Leica", "Trimble"};
+
+// The host's thread: it sleeps not at all, and waits for nothing as long as it should.
+class Impatience : public Clock {
+ public:
+  void Sleep(DWORD) override { std::this_thread::yield(); }
+  bool Wait(WaitKind, DWORD ms, const std::function<bool(DWORD)>& block) override {
+    return block(std::min(ms, limit));
+  }
+  DWORD limit = 2;
+};
+
+struct Inventory {
+  static std::ptrdiff_t Entries(const char* folder) {
+    return std::distance(std::filesystem::directory_iterator(folder), std::filesystem::directory_iterator());
+  }
+  static Inventory Take() { return {Entries("/proc/self/fd"), Entries("/proc/self/task")}; }
+  bool operator==(const Inventory&) const = default;
+
+  std::ptrdiff_t descriptors, threads;
+};
+
+// Late threads need a moment to end.
+void ExpectNothingLeftBut(const Inventory& before) {
+  Inventory now = Inventory::Take();
+  for (int i = 0; i < 500 && now != before; ++i) {
+    std::this_thread::sleep_for(10ms);
+    now = Inventory::Take();
+  }
+  EXPECT_EQ(now.descriptors, before.descriptors);
+  EXPECT_EQ(now.threads, before.threads);
+}
+
+// A receiver that never pauses, and takes what is written.
+class Feeder {
+ public:
+  explicit Feeder(const PseudoTerminal& terminal)
+      : m_Thread([&terminal](const std::stop_token& stop) {
+          const std::string some =
+              "$GPGGA,123519,4807.038,N,01131.000,E,1,08,0.9,545.4,M,46.9,M,,*47\r\n"
+              "$GPGSV,1,1,01,07,45,180,41*42\r\n" +
+              Snv().Message() + "\n" + Mbn().Message() + "\n$>JI,1,2\r\n\xAA\x44\x12 noise $BIN";
+          while (!stop.stop_requested()) {
+            terminal.Exchange(some);
+            std::this_thread::sleep_for(300us);
+          }
+        }) {}
+
+ private:
+  std::jthread m_Thread;
+};
+
+class ThreadsTest : public testing::Test {
+ protected:
+  ThreadsTest() {
+    MapComPort(kPort, CString::FromUtf8(m_Terminal.Name()));
+    m_App.SetMainWnd(&m_Window);
+    SetClock(&m_Clock);
+  }
+  ~ThreadsTest() override {
+    SetClock(nullptr);
+    SetMessageBoxHandler(nullptr);
+  }
+
+  void MakeEngine(const std::string& recordFile) {
+    m_pEngine = std::make_unique<CGPSEngine>();
+    m_pEngine->m_strRecordFile = CString::FromUtf8(recordFile);
+    Select("Other");
+  }
+  void Select(const char* model) {
+    CGPSReceiver* const receiver = m_pEngine->FindReceiver(model);
+    receiver->SetupReceiver(kPort, 0, 0.0, "", false);
+    m_pEngine->SetReceiver(receiver);
+  }
+  void Drain() {
+    m_Window.Drain();
+    m_nRecords += m_Window.records.size();
+    m_Window.records.clear();
+    m_Window.strings.clear();
+    m_Window.ephemerides.clear();
+    m_Window.order.clear();
+  }
+
+  const bool m_bWarm =
+      (std::jthread([] {}), true);  // a sanitizer starts a thread of its own with the first one
+  const Inventory m_Before = Inventory::Take();
+  CWinApp m_App{"gpsengine-test"};
+  HostWindow m_Window;
+  PseudoTerminal m_Terminal;
+  Impatience m_Clock;
+  std::unique_ptr<CGPSEngine> m_pEngine;
+  std::size_t m_nRecords = 0;
+};
+
+TEST_F(ThreadsTest, StandAThousandRoundsOfAnything) {
+  std::atomic<int> boxes{0};
+  SetMessageBoxHandler([&boxes](const CString&, BoxKind) {
+    ++boxes;
+    std::this_thread::sleep_for(4ms);  // longer than the host waits
+  });
+  const std::string file =
+      (std::filesystem::temp_directory_path() / ("gpsengine-threads-" + std::to_string(getpid()))).string();
+  const auto dawdle = [](GPSNotificationType, CGPSNotification*, void*) { std::this_thread::sleep_for(3ms); };
+  std::minstd_rand dice(1U + static_cast<unsigned>(testing::UnitTest::GetInstance()->random_seed()));
+  const std::function<void(CGPSEngine&, CGPSReceiver&)> actions[] = {
+      [](CGPSEngine& engine, CGPSReceiver&) { EXPECT_TRUE(engine.Start()); },
+      [](CGPSEngine& engine, CGPSReceiver&) { EXPECT_TRUE(engine.Resume()); },
+      [](CGPSEngine& engine, CGPSReceiver&) { engine.Stop(); },
+      [](CGPSEngine& engine, CGPSReceiver&) { engine.Pause(); },
+      [&](CGPSEngine&, CGPSReceiver&) { Select(kModels[dice() % std::size(kModels)]); },
+      [](CGPSEngine&, CGPSReceiver& receiver) { receiver.Send("$COMMAND"); },
+      [](CGPSEngine&, CGPSReceiver& receiver) { receiver.SetGgaOnlyNMEA(); },
+      [&](CGPSEngine&, CGPSReceiver& receiver) {
+        receiver.SetupReceiver(kPort, static_cast<int>(dice() % 3), 2.0, "", false);
+      },
+      [](CGPSEngine&, CGPSReceiver& receiver) { receiver.ResetSpeedEngine(); },
+      [&](CGPSEngine&, CGPSReceiver& receiver) {
+        receiver.AddNotificationCallback(GPS_NOTIFY_EPHEMERIS, dawdle, nullptr);
+      },
+      [](CGPSEngine&, CGPSReceiver& receiver) {
+        receiver.MonitorNmea(!receiver.HaveGotNmea(GPS_STRING_GGA));
+      },
+      [](CGPSEngine& engine, CGPSReceiver&) { engine.m_bRecordRaw = !engine.m_bRecordRaw; },
+      [](CGPSEngine& engine, CGPSReceiver&) { engine.m_bAttachRawData = !engine.m_bAttachRawData; },
+      [](CGPSEngine& engine, CGPSReceiver&) { engine.m_ComBuffer.m_bPaused = !engine.m_ComBuffer.m_bPaused; },
+      [](CGPSEngine& engine, CGPSReceiver& receiver) {
+        CWordArray words;
+        receiver.GetBinWords(words);
+        EXPECT_LE(receiver.GetChecksumErrors(), receiver.GetSentencesRecognised());
+        EXPECT_GE(engine.GetMessages(), 0);
+      },
+      [this](CGPSEngine&, CGPSReceiver&) { m_pEngine.reset(); },
+  };
+  {
+    const Feeder feeder(m_Terminal);
+    for (int round = 0; round < 1000; ++round) {
+      if (m_pEngine == nullptr) MakeEngine(dice() % 3 == 0 ? "/nowhere/at/all" : file);
+      m_Clock.limit = static_cast<DWORD>(dice() % 4);
+      for (int i = 0; i < 4 && m_pEngine != nullptr; ++i)
+        actions[dice() % std::size(actions)](*m_pEngine, *m_pEngine->GetReceiver());
+      std::this_thread::sleep_for(500us);
+      Drain();
+    }
+    m_pEngine.reset();
+  }
+  m_Terminal.HangUp();
+  EXPECT_GT(m_nRecords, 100u);
+  EXPECT_GT(boxes, 10);
+  std::filesystem::remove(file);
+  ExpectNothingLeftBut(m_Before);
+}
+
+TEST_F(ThreadsTest, LeaveNothingOfAnEngineThatGoesWhileABoxIsUp) {
+  const std::function<void()> orders[] = {
+      [] {},
+      [this] { m_pEngine->Stop(); },
+      [this] { EXPECT_TRUE(m_pEngine->Start()); },
+      [this] { Select("Garmin"); },
+      [this] {
+        m_pEngine->Pause();
+        EXPECT_TRUE(m_pEngine->Resume());
+        m_pEngine->Stop();
+      },
+  };
+  const HANDLE shown = CreateEventW(false, false);
+  const HANDLE closed = CreateEventW(true, false);
+  SetMessageBoxHandler([=](const CString&, BoxKind) {
+    SetEvent(shown);
+    WaitForSingleObject(closed, INFINITE);
+  });
+  {
+    const Feeder feeder(m_Terminal);
+    for (const auto& order : orders) {
+      MakeEngine("/nowhere/at/all");
+      m_pEngine->m_bRecordRaw = true;
+      ASSERT_TRUE(m_pEngine->Start());
+      while (WaitForSingleObject(shown, 1000) != WAIT_OBJECT_0) {
+      }
+      order();
+      m_pEngine.reset();
+    }
+  }
+  SetEvent(closed);
+  m_Terminal.HangUp();
+  ExpectNothingLeftBut(m_Before);
+  CloseHandle(shown);
+  CloseHandle(closed);
+}
+
+}  // namespace
