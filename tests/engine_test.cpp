@@ -9,8 +9,10 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <sstream>
 #include <string>
 
+#include "gpsengine/drivers/gsr2650lb.h"
 #include "gpsengine/drivers/plain.h"
 #include "tests/support/enginetest.h"
 
@@ -266,6 +268,33 @@ TEST_F(PlaybackTest, OfAnEmptyFileEndsWithTheEngineStillActive) {
   EXPECT_TRUE(engine.IsActive());
   engine.Stop();
   EXPECT_FALSE(engine.IsActive());
+}
+
+// Keeps its line alive, and clears on the host's thread what it has asked for.
+class Talker : public Cgsr2650lb {
+ public:
+  CString GetName() override { return "Talker"; }
+  bool Initialize() override { return CGPSReceiver::Initialize(); }
+  void KeepAlive() override { Send("ALIVE"); }
+};
+
+TEST_F(LiveEngineTest, CommandsWhileItReadsAndKeepsTheLineAlive) {
+  engine.AddReceiver(new Talker);
+  Select("Talker");
+  ASSERT_TRUE(engine.Start());
+  for (int i = 0; i < 3; ++i) {
+    terminal.Send("#RTKSOURCEA,COM1,0;OMNISTAR,ANY*12\r\n");
+    engine.GetReceiver()->QueryDgpsMode();
+    window.Drain();
+  }
+  for (int i = 0; i < 4; ++i) engine.GetReceiver()->QueryDgpsMode();  // on a line that is silent for a second
+  engine.Stop();
+  EXPECT_GE(window.records.size(), 1u);
+  const std::string sent = terminal.Receive(4000, std::chrono::milliseconds(100));
+  EXPECT_NE(sent.find("ALIVE\r\n"), std::string::npos);
+  std::istringstream lines(sent);
+  for (std::string line; std::getline(lines, line);)
+    EXPECT_TRUE(line == "ALIVE\r" || (line.starts_with("LOG COM2 ") && line.ends_with(" ONCE\r"))) << line;
 }
 
 }  // namespace
