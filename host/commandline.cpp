@@ -241,6 +241,7 @@ void AddReceiversDoc(CLI::App& app, Job& job) {
   command->callback([&job] {
     job = [](const Interrupt&, Output& output) {
       const CGPSEngine engine;
+      AfxGetApp()->SetProfilePath("");  // the rates of the models, not those that this user has kept
       output.Text() += ReceiversDoc(engine);
       output.Flush();
       return ExitCode::done;

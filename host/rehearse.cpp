@@ -36,6 +36,7 @@ Transcript Rehearse(const std::string& model, const Operation& operation, const 
   CRehearsal line(kPort, port_opens);
   CGPSEngine engine;
   CGPSReceiver& receiver = SelectModel(engine, model);
+  receiver.SetProperties();  // some commands carry the baud rate
   receiver.SetupReceiver(kPort, 0, 0.0, "", false);
   if (port_opens) operation.kind == Operation::Kind::starts ? receiver.OpenPort() : receiver.Initialize();
   line.ForgetSteps();
