@@ -124,7 +124,10 @@ void CRehearsal::ForgetSteps() {
 
 std::string CRehearsal::Transcript() const {
   std::string text;
-  for (const Step& step : m_pState->steps) text += (text.empty() ? "" : "; ") + Describe(step);
+  for (const Step& step : m_pState->steps) {
+    if (!text.empty()) text += "; ";
+    text += Describe(step);
+  }
   return text;
 }
 
