@@ -45,11 +45,13 @@ class PseudoTerminal {
     }
   }
 
-  /// Sends as much as the line has room for, takes what has been written to it, and waits for neither.
-  void Exchange(std::string_view bytes) const {
+  /// Sends as much as the line has room for, takes what has been written to it, and waits for neither. How
+  /// much was sent.
+  std::size_t Exchange(std::string_view bytes) const {
     char taken[4096];
-    [[maybe_unused]] const ssize_t sent = write(m_nMaster, bytes.data(), bytes.size());
     [[maybe_unused]] const ssize_t count = read(m_nMaster, taken, sizeof taken);
+    const ssize_t sent = write(m_nMaster, bytes.data(), bytes.size());
+    return sent > 0 ? static_cast<std::size_t>(sent) : 0;
   }
 
   /// What has been written to the line, waiting until there is `least` of it or the time is up.
