@@ -116,6 +116,14 @@ TEST_F(LiveEngineTest, TakesSettingsInMidRunAsFarAsTheyConcernIt) {
   EXPECT_TRUE(boxes.empty());
 }
 
+TEST_F(EngineTest, DecodesNoBytesOfAnEarlierMessage) {
+  engine.m_bAttachRawData = true;
+  EXPECT_TRUE(Feed(Snv().Message() + "\n"));
+  engine.m_bAttachRawData = false;
+  EXPECT_FALSE(Feed(Snv().Message() + "\n"));
+  EXPECT_EQ(window.ephemerides.size(), 1u);
+}
+
 TEST_F(LiveEngineTest, LeavesNothingToTheNextEngine) {
   const std::string satellites = "$PASHR,SAT,01,07,112,36,47,U*00\r\n";
   {

@@ -157,7 +157,10 @@ bool CGPSEngine::TakeMessage(CGPSReceiver& receiver) {
   if (m_bAttachRawData) {
     int length = 0;
     const char* bytes = m_Buffer.GetMessageBin(length);
-    receiver.AttachRawData(bytes, length);
+    m_bAttached = receiver.AttachRawData(bytes, length);
+  } else if (std::exchange(m_bAttached, false)) {
+    receiver.AttachRawData(nullptr,
+                           0);  // a decoder must not take the bytes of an earlier message for this one's
   }
   const bool published = receiver.Parse(message);
   if (!m_ComBuffer.m_bPaused) {

@@ -89,6 +89,7 @@ class CGPSEngine {
   std::mutex m_RunMutex;
   std::shared_ptr<CRun> m_pRun;  // the run under way; null while idle
   bool m_bUpdating = false;
+  bool m_bAttached = false;                      // the receiver holds the bytes of a message
   CShared<HANDLE> m_hStopEvent = nullptr;        // of the run under way; null while idle
   CShared<CGPSReceiver*> m_pReceiver = nullptr;  // one of m_Receivers
   CBinBuffer m_Buffer;                           // the stream
