@@ -10,12 +10,14 @@
 
 #include "gpsengine/platform/application.h"
 #include "host/command.h"
+#include "host/config.h"
 #include "host/decode.h"
 #include "host/failure.h"
 #include "host/interrupt.h"
 #include "host/models.h"
 #include "host/monitor.h"
 #include "host/output.h"
+#include "host/ports.h"
 #include "host/receiversdoc.h"
 #include "host/simulate.h"
 
@@ -236,6 +238,63 @@ void AddSimulate(CLI::App& app, Job& job) {
   });
 }
 
+/// The format of a list, in a format's own words.
+void AddListFormat(CLI::App& command, std::string& format, const std::string& plain) {
+  format = plain;
+  command.add_option("--format", format, plain + " or json")
+      ->check(CLI::IsMember({plain, std::string("json")}))
+      ->type_name("FORMAT")
+      ->capture_default_str();
+}
+
+void AddPorts(CLI::App& app, Job& job) {
+  auto* command = app.add_subcommand("ports", "List the serial ports, and whether each can be opened");
+  auto format = std::make_shared<std::string>();
+  AddListFormat(*command, *format, "table");
+  command->callback([&job, format] {
+    job = [format](const Interrupt&, Output& output) {
+      const auto ports = FindPorts();
+      output.Text() += *format == "json" ? PortsAsJson(ports) : PortsAsTable(ports);
+      output.Flush();
+      return ExitCode::done;
+    };
+  });
+}
+
+void AddConfig(CLI::App& app, Job& job) {
+  struct Options {
+    std::string format, name, value;
+  };
+  auto* command = app.add_subcommand("config", "Show what is remembered: port, model and baud rates");
+  command->footer(
+      "A run that understood a receiver has its port and model remembered, for --port last.\n"
+      "Examples:\n"
+      "  gpsengine config set port /dev/ttyUSB0\n"
+      "  gpsengine config set model Trimble\n"
+      "  gpsengine config reset");
+  auto options = std::make_shared<Options>();
+  AddListFormat(*command, options->format, "text");
+  auto* set = command->add_subcommand("set", "Set the port or the model");
+  set->add_option("name", options->name, "port or model")
+      ->required()
+      ->check(CLI::IsMember({"port", "model"}))
+      ->type_name("NAME");
+  set->add_option("value", options->value, "What it shall be")->required()->type_name("VALUE");
+  auto* reset = command->add_subcommand("reset", "Forget port, model and baud rates");
+  for (auto* change : {set, reset}) change->fallthrough();
+  command->callback([&job, options, set, reset] {
+    job = [options, set = set->parsed(), reset = reset->parsed()](const Interrupt&, Output& output) {
+      CGPSEngine engine;
+      if (set) SetConfig(engine, options->name, options->value);
+      if (reset) ResetConfig(engine);
+      const Config config = ReadConfig(engine);
+      output.Text() += options->format == "json" ? ConfigAsJson(config) : ConfigAsText(config);
+      output.Flush();
+      return ExitCode::done;
+    };
+  });
+}
+
 void AddReceiversDoc(CLI::App& app, Job& job) {
   auto* command = app.add_subcommand("receivers-doc", "Print docs/receivers.md");
   command->callback([&job] {
@@ -268,6 +327,8 @@ int RunCommandLine(int argc, char** argv) {
   AddDecode(app, job);
   AddCommand(app, job);
   AddSimulate(app, job);
+  AddPorts(app, job);
+  AddConfig(app, job);
   AddReceiversDoc(app, job);
   try {
     app.parse(argc, argv);

@@ -3,6 +3,7 @@
 #include <chrono>
 
 #include "gpsengine/platform/serial.h"
+#include "host/ports.h"
 
 namespace host {
 
@@ -36,8 +37,8 @@ void StartEngine(CGPSEngine& engine, const Source& source, PortWatch& watch) {
   if (engine.GetLastError() != GPS_ENGINE_INIT_FAILED) {
     throw Failure(ExitCode::failed, engine.GetLastErrorString().ToUtf8());
   }
-  const CString reason = ExplainPort(CString::FromUtf8(source.Device()));
-  throw Failure(ExitCode::port_closed, reason.IsEmpty() ? "cannot open " + source.Device() : reason.ToUtf8());
+  const std::string reason = WhyNotOpen(source.Device());
+  throw Failure(ExitCode::port_closed, reason.empty() ? "cannot open " + source.Device() : reason);
 }
 
 Failure PortLost(const std::string& device) {

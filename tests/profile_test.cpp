@@ -43,6 +43,20 @@ TEST_F(ProfileTest, KeepsNumbersAndWhatOthersWrote) {
             "; mine\n[Window]\nHeight=600\nWidth=800\n\n[SiRF]\nBaud=38400\n[CSI - MAX]\nBaud=19200\n");
 }
 
+TEST_F(ProfileTest, KeepsTextsAndForgetsThem) {
+  EXPECT_TRUE(app.RemoveProfileEntry("Last", "Port"));
+  EXPECT_FALSE(fs::exists(path)) << "nothing was to be written";
+  Write("[Last]\nPort =  /dev/serial/by-id/usb-a = b  \n[Window]\nWidth=800\n");
+  EXPECT_EQ(app.GetProfileString("Last", "Port").ToUtf8(), "/dev/serial/by-id/usb-a = b");
+  EXPECT_EQ(app.GetProfileString("Last", "Model", "none").ToUtf8(), "none");
+  EXPECT_TRUE(app.WriteProfileString("Last", "Port", CString::FromUtf8("/dev/\xC3\xA4")));
+  EXPECT_EQ(app.GetProfileString("Last", "Port").ToUtf8(), "/dev/\xC3\xA4");
+  EXPECT_FALSE(app.WriteProfileString("Last", "Model", "a\n[Window]"))
+      << "it would be read as more than a text";
+  EXPECT_TRUE(app.RemoveProfileEntry("Last", "Port"));
+  EXPECT_EQ(Text(), "[Last]\n[Window]\nWidth=800\n");
+}
+
 TEST_F(ProfileTest, GivesTheDefaultForWhatItCannotRead) {
   EXPECT_EQ(app.GetProfileInt("SiRF", "Baud", 7), 7);
   Write("[SiRF]\nBaud=fast\n[Half");

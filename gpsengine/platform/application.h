@@ -24,8 +24,15 @@ class CWinApp {
   int GetProfileInt(const CString& section, const CString& entry, int nDefault);
   /// False if the profile cannot be written. The file is written whole and renamed into place.
   bool WriteProfileInt(const CString& section, const CString& entry, int nValue);
+  /// A text of the profile, without the blanks at its ends, or `strDefault` if there is none.
+  CString GetProfileString(const CString& section, const CString& entry, const CString& strDefault = "");
+  /// False if the profile cannot be written, or if the text has a line end.
+  bool WriteProfileString(const CString& section, const CString& entry, const CString& strValue);
+  /// Takes an entry out, if it is there. False if the profile cannot be written.
+  bool RemoveProfileEntry(const CString& section, const CString& entry);
   /// Another file for the profile.
   void SetProfilePath(const CString& path);
+  CString GetProfilePath() const;
 
   /// Takes the next message out of the calling thread's queue, waiting for it, and dispatches it. False on
   /// WM_QUIT.

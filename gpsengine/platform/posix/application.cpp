@@ -42,18 +42,23 @@ struct CWinApp::Profile {
     bUnreadable = file.bad() || (!file.is_open() && std::filesystem::exists(strPath, error));
   }
 
-  std::optional<int> Get(const std::string& section, const std::string& entry) const {
+  std::optional<std::string_view> Get(const std::string& section, const std::string& entry) const {
     const auto at = Find(section, entry);
     if (at == lines.size()) return std::nullopt;
-    const std::string_view text = Trimmed(std::string_view(lines[at]).substr(lines[at].find('=') + 1));
+    return Trimmed(std::string_view(lines[at]).substr(lines[at].find('=') + 1));
+  }
+
+  std::optional<int> GetNumber(const std::string& section, const std::string& entry) const {
+    const auto text = Get(section, entry);
+    if (!text) return std::nullopt;
     int value = 0;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-    if (error != std::errc() || end != text.data() + text.size()) return std::nullopt;
+    const auto [end, error] = std::from_chars(text->data(), text->data() + text->size(), value);
+    if (error != std::errc() || end != text->data() + text->size()) return std::nullopt;
     return value;
   }
 
-  void Put(const std::string& section, const std::string& entry, int value) {
-    const std::string line = entry + '=' + std::to_string(value);
+  void Put(const std::string& section, const std::string& entry, const std::string& value) {
+    const std::string line = entry + '=' + value;
     const auto at = Find(section, entry);
     if (at != lines.size()) {
       lines[at] = line;
@@ -63,6 +68,14 @@ struct CWinApp::Profile {
       lines.push_back('[' + section + ']');
       lines.push_back(line);
     }
+  }
+
+  /// False if there is no such entry.
+  bool Remove(const std::string& section, const std::string& entry) {
+    const auto at = Find(section, entry);
+    if (at == lines.size()) return false;
+    lines.erase(lines.begin() + static_cast<std::ptrdiff_t>(at));
+    return true;
   }
 
   bool Save() const {
@@ -134,16 +147,40 @@ void CWinApp::SetProfilePath(const CString& path) {
   m_strProfilePath = path;
 }
 
+CString CWinApp::GetProfilePath() const {
+  const std::lock_guard lock(g_ProfileMutex);
+  return m_strProfilePath;
+}
+
 int CWinApp::GetProfileInt(const CString& section, const CString& entry, int nDefault) {
   const std::lock_guard lock(g_ProfileMutex);
-  return Profile(m_strProfilePath).Get(section.ToUtf8(), entry.ToUtf8()).value_or(nDefault);
+  return Profile(m_strProfilePath).GetNumber(section.ToUtf8(), entry.ToUtf8()).value_or(nDefault);
 }
 
 bool CWinApp::WriteProfileInt(const CString& section, const CString& entry, int nValue) {
+  return WriteProfileString(section, entry, std::to_string(nValue).c_str());
+}
+
+CString CWinApp::GetProfileString(const CString& section, const CString& entry, const CString& strDefault) {
+  const std::lock_guard lock(g_ProfileMutex);
+  const Profile profile(m_strProfilePath);
+  const auto text = profile.Get(section.ToUtf8(), entry.ToUtf8());
+  return text ? CString::FromUtf8(*text) : strDefault;
+}
+
+bool CWinApp::WriteProfileString(const CString& section, const CString& entry, const CString& strValue) {
+  const std::string value = strValue.ToUtf8();
+  if (value.find_first_of("\r\n") != value.npos) return false;
   const std::lock_guard lock(g_ProfileMutex);
   Profile profile(m_strProfilePath);
-  profile.Put(section.ToUtf8(), entry.ToUtf8(), nValue);
+  profile.Put(section.ToUtf8(), entry.ToUtf8(), value);
   return profile.Save();
+}
+
+bool CWinApp::RemoveProfileEntry(const CString& section, const CString& entry) {
+  const std::lock_guard lock(g_ProfileMutex);
+  Profile profile(m_strProfilePath);
+  return !profile.Remove(section.ToUtf8(), entry.ToUtf8()) || profile.Save();
 }
 
 bool CWinApp::PumpMessage() {

@@ -1,0 +1,138 @@
+// The serial ports of a system, from trees that stand for /sys, /dev and /proc, and what is remembered of
+// them.
+#include <gtest/gtest.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+
+#include <filesystem>
+#include <fstream>
+
+#include "gpsengine/platform/application.h"
+#include "host/config.h"
+#include "host/failure.h"
+#include "host/ports.h"
+#include "tests/support/pseudoterminal.h"
+
+namespace fs = std::filesystem;
+
+namespace {
+
+/// A system of the test's own.
+class System {
+ public:
+  System() : top_(fs::temp_directory_path() / ("gpsengine-system-" + std::to_string(getpid()))) {
+    for (const char* folder : {"sys/class/tty/tty0", "dev/serial/by-id", "proc"}) {
+      fs::create_directories(top_ / folder);
+    }
+  }
+  ~System() { fs::remove_all(top_); }
+  System(const System&) = delete;
+  System& operator=(const System&) = delete;
+
+  host::SystemRoots Roots() const { return {top_ / "sys", top_ / "dev", top_ / "proc"}; }
+  void Write(const fs::path& file, const std::string& text) const {
+    fs::create_directories((top_ / file).parent_path());
+    std::ofstream(top_ / file) << text << '\n';
+  }
+  void Link(const fs::path& name, const fs::path& target) const {
+    fs::create_directories((top_ / name).parent_path());
+    fs::create_symlink(target, top_ / name);
+  }
+  /// A port of that name, at a device of /sys, whose driver has its place there too.
+  void AddPort(const std::string& name, const std::string& device, const std::string& driver,
+               const fs::path& node) const {
+    fs::create_directories(top_ / "sys" / device);
+    fs::create_directories(top_ / "sys/bus" / driver);
+    Link("sys/class/tty/" + name + "/device", top_ / "sys" / device);
+    Link("sys/" + device + "/driver", top_ / "sys/bus" / driver);
+    Link("dev/" + name, node);
+  }
+  std::string Dev(const std::string& name) const { return top_ / "dev" / name; }
+
+ private:
+  const fs::path top_;
+};
+
+TEST(Ports, AreThoseWithHardwareAndSayWhatTheyAreAndWhetherTheyOpen) {
+  const System system;
+  const PseudoTerminal first, locked, held;
+  system.Write("sys/devices/usb1/1-1/idVendor", "0403");
+  system.Write("sys/devices/usb1/1-1/idProduct", "6011");
+  system.Write("sys/devices/usb1/1-1/product", "Quad \x1B[2J");
+  system.Write("sys/devices/usb1/1-1/1-1:1.0/interface", "Port A");
+  system.AddPort("ttyUSB10", "devices/usb1/1-1/1-1:1.0/ttyUSB10", "usb-serial/drivers/ftdi_sio",
+                 locked.Name());
+  system.AddPort("ttyUSB2", "devices/usb1/1-1/1-1:1.0/ttyUSB2", "usb-serial/drivers/ftdi_sio", first.Name());
+  system.Link("dev/serial/by-id/usb-Quad-if00", "../../ttyUSB2");
+  // The kernel's serial core stands between a port and the driver of its chip.
+  system.AddPort("ttyS0", "devices/pnp0/00:00", "pnp/drivers/serial", held.Name());
+  system.AddPort("ttyS0x", "devices/pnp0/00:00/00:00:0/00:00:0.0", "serial-base/drivers/port", "/dev/null");
+  system.Write("sys/class/tty/ttyS0/type", "4");
+  system.AddPort("ttyS1", "devices/platform/serial8250", "platform/drivers/serial8250", "/dev/null");
+  system.Write("sys/class/tty/ttyS1/type", "0");
+  system.AddPort("ttyS2", "devices/pnp0/00:01", "pnp/drivers/serial", "/dev/null");
+  system.Write("sys/class/tty/ttyS2/console", "Y");
+  system.Write("proc/4711/comm", "gpsd");
+  system.Link("proc/4711/fd/3", held.Name());
+  const int lock = open(locked.Name().c_str(), O_RDWR | O_NOCTTY | O_CLOEXEC);
+  ASSERT_EQ(flock(lock, LOCK_EX), 0);
+
+  const auto ports = host::FindPorts(system.Roots());
+  close(lock);
+  ASSERT_EQ(ports.size(), 5u) << "neither a console nor a port that is only assumed";
+  EXPECT_EQ(ports[0].device, system.Dev("ttyUSB2"));
+  EXPECT_EQ(ports[0].state, host::PortState::free);
+  EXPECT_EQ(ports[0].by_id, system.Dev("serial/by-id/usb-Quad-if00"));
+  EXPECT_EQ(ports[1].device, system.Dev("ttyUSB10"));
+  EXPECT_EQ(ports[1].state, host::PortState::busy);
+  EXPECT_EQ(ports[2].note, "in use by gpsd (process 4711)");
+  EXPECT_EQ(ports[3].note, "in use by the system, as its console");
+  EXPECT_EQ(ports[4].state, host::PortState::broken) << "no terminal";
+  EXPECT_EQ(ports[4].driver, "serial");
+
+  const std::string table = host::PortsAsTable(ports);
+  EXPECT_NE(table.find("free           ftdi_sio    0403:6011  Quad ?[2J, Port A\n  " + ports[0].by_id + '\n'),
+            table.npos)
+      << table;
+  const std::string json = host::PortsAsJson(ports);
+  EXPECT_NE(json.find("\"vendorId\": \"0403\""), json.npos) << json;
+  EXPECT_EQ(host::StableName(system.Dev("ttyUSB2"), system.Roots()), ports[0].by_id);
+  EXPECT_EQ(host::StableName(system.Dev("ttyUSB10"), system.Roots()), system.Dev("ttyUSB10"));
+  EXPECT_NE(host::WhyNotOpen(system.Dev("ttyUSB3"), system.Roots()).find("gpsengine ports"),
+            std::string::npos);
+}
+
+TEST(Ports, OfWhichThereAreNoneSayWhatToCheck) {
+  const System system;
+  const auto ports = host::FindPorts(system.Roots());
+  EXPECT_NE(host::PortsAsTable(ports).find("plugged in"), std::string::npos);
+  EXPECT_EQ(host::PortsAsJson(ports), "[]\n");
+  EXPECT_TRUE(host::FindPorts({"/nonexistent", "/nonexistent", "/nonexistent"}).empty());
+}
+
+TEST(Config, IsWhatWasRememberedSetOrForgotten) {
+  const System system;
+  CWinApp app{"gpsengine-test"};
+  app.SetProfilePath(CString::FromUtf8(system.Dev("host.ini")));
+  CGPSEngine engine;
+  EXPECT_NE(host::ConfigAsText(host::ReadConfig(engine)).find("host.ini (not there yet)\nport   none yet\n"),
+            std::string::npos);
+  host::Remember("/dev/../dev/ttyX7", "Trimble");
+  app.WriteProfileInt("SiRF", "Baud", 57600);
+  EXPECT_NE(host::ConfigAsText(host::ReadConfig(engine))
+                .find("port   /dev/ttyX7\nmodel  Trimble\nbaud   57600 for SiRF\n"),
+            std::string::npos);
+  host::SetConfig(engine, "port", "/dev/ttyX8");
+  EXPECT_THROW(host::SetConfig(engine, "model", "Nobody's"), host::Failure);
+  EXPECT_EQ(host::ConfigAsJson(host::ReadConfig(engine)),
+            "{\n  \"file\": \"" + system.Dev("host.ini") +
+                "\",\n  \"port\": \"/dev/ttyX8\",\n  \"model\": \"Trimble\",\n  \"baud\": {\n    \"SiRF\": "
+                "57600\n  }\n}\n");
+  host::ResetConfig(engine);
+  EXPECT_EQ(host::ReadConfig(engine).port + host::ReadConfig(engine).model, "");
+  EXPECT_TRUE(host::ReadConfig(engine).rates.empty());
+  app.SetProfilePath("/proc/nowhere/host.ini");
+  EXPECT_THROW(host::SetConfig(engine, "model", "SiRF"), host::Failure);
+}
+
+}  // namespace
