@@ -3,6 +3,7 @@
 #include <unistd.h>
 
 #include <CLI/CLI.hpp>
+#include <charconv>
 #include <chrono>
 #include <functional>
 #include <map>
@@ -18,6 +19,7 @@
 #include "host/monitor.h"
 #include "host/output.h"
 #include "host/ports.h"
+#include "host/portsearch.h"
 #include "host/receiversdoc.h"
 #include "host/simulate.h"
 
@@ -67,6 +69,31 @@ void AddReceiverOptions(CLI::App& command, Options& options) {
   AddChoice(command, "--geoid", options.geoid, kGeoids, "What to do with the geoid separation");
 }
 
+int BaudOf(const std::string& text) {
+  if (text == "auto") return kAutoBaud;
+  int baud = 0;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), baud);
+  if (error == std::errc() && end == text.data() + text.size() && baud > 0) return baud;
+  throw CLI::ValidationError("--baud", text + " is no baud rate such as 9600, nor auto");
+}
+
+/// --port and --baud, whose words ChooseLine looks up. Gives the option --port.
+template <class Options>
+CLI::Option* AddLineOptions(CLI::App& command, Options& options, const std::string& description) {
+  auto* port =
+      command
+          .add_option("--port", options.port,
+                      description + "; auto: look for a receiver; last: the port and model of the last run")
+          ->type_name("DEVICE");
+  command
+      .add_option_function<std::string>(
+          "--baud", [&options](const std::string& baud) { options.baud = BaudOf(baud); },
+          "Baud rate, which is kept for the model; auto: try the common ones")
+      ->type_name("N")
+      ->needs(port);
+  return port;
+}
+
 Moment MomentOfDate(const std::string& date) {
   int year = 0, month = 0, day = 0;
   char dash1 = 0, dash2 = 0;
@@ -113,16 +140,12 @@ void AddMonitor(CLI::App& app, Job& job) {
   command->footer(
       "Examples:\n"
       "  gpsengine monitor                                     a simulated receiver\n"
+      "  gpsengine monitor --port auto                         a receiver on any port, at any usual rate\n"
+      "  gpsengine monitor --port last --format json           the one of the last run\n"
       "  gpsengine monitor --port /dev/ttyUSB0 --model Trimble --baud 9600\n"
       "  gpsengine monitor --play drive.log --format json --count 20");
   auto options = std::make_shared<MonitorOptions>();
-  auto* port =
-      command->add_option("--port", options->port, "Serial device; without one, a simulated receiver")
-          ->type_name("DEVICE");
-  command->add_option("--baud", options->baud, "Baud rate, which is kept for the model")
-      ->check(CLI::PositiveNumber)
-      ->type_name("N")
-      ->needs(port);
+  auto* port = AddLineOptions(*command, *options, "Serial device; without one, a simulated receiver");
   command->add_option("--play", options->play, "Play a recording, a line every half second, over and over")
       ->type_name("FILE")
       ->excludes(port);
@@ -144,8 +167,9 @@ void AddMonitor(CLI::App& app, Job& job) {
       ->check(CLI::NonNegativeNumber)
       ->type_name("S")
       ->capture_default_str();
-  command->callback([&job, options] {
-    job = [options](const Interrupt& interrupt, Output& output) {
+  command->callback([&job, options, model = command->get_option("--model")] {
+    job = [options, model](const Interrupt& interrupt, Output& output) {
+      ChooseLine(*options, model->count() > 0, interrupt);
       return Monitor(*options, interrupt, output);
     };
   });
@@ -183,14 +207,11 @@ void AddCommand(CLI::App& app, Job& job) {
       "\"gpsengine models NAME\" lists the operations of a model.\n"
       "Examples:\n"
       "  gpsengine command --port /dev/ttyUSB0 --model CSI gga-only\n"
+      "  gpsengine command --port auto --model CSI query-nmea\n"
       "  gpsengine command --port /dev/ttyUSB0 --model \"Sokkia Axis3\" query-dgps --listen 3\n"
       "  gpsengine command --dry-run --model SiRF set-dgps waas");
   auto options = std::make_shared<CommandOptions>();
-  auto* port = command->add_option("--port", options->port, "Serial device")->type_name("DEVICE");
-  command->add_option("--baud", options->baud, "Baud rate, which is kept for the model")
-      ->check(CLI::PositiveNumber)
-      ->type_name("N")
-      ->needs(port);
+  AddLineOptions(*command, *options, "Serial device");
   command->add_option("--model", options->model, "Receiver model, as \"gpsengine models\" lists them")
       ->capture_default_str();
   command->add_option("operation", options->operation, "What to do")->required()->type_name("OPERATION");
@@ -206,8 +227,9 @@ void AddCommand(CLI::App& app, Job& job) {
   auto* dry_run = command->add_flag("--dry-run", options->dry_run, "Print the steps and take none");
   command->add_flag("--closed", options->closed, "With --dry-run: the port is closed and does not open")
       ->needs(dry_run);
-  command->callback([&job, options] {
-    job = [options](const Interrupt& interrupt, Output& output) {
+  command->callback([&job, options, model = command->get_option("--model")] {
+    job = [options, model](const Interrupt& interrupt, Output& output) {
+      if (!options->dry_run) ChooseLine(*options, model->count() > 0, interrupt);
       return Command(*options, interrupt, output);
     };
   });

@@ -4,15 +4,22 @@
 #include <sys/file.h>
 #include <sys/stat.h>
 
+#include <chrono>
+#include <csignal>
 #include <filesystem>
 #include <fstream>
+#include <thread>
 
 #include "gpsengine/platform/application.h"
 #include "host/config.h"
 #include "host/failure.h"
 #include "host/ports.h"
+#include "host/portsearch.h"
+#include "simulator/simulator.h"
 #include "tests/support/pseudoterminal.h"
+#include "tests/support/receivertest.h"
 
+using namespace std::chrono_literals;
 namespace fs = std::filesystem;
 
 namespace {
@@ -108,6 +115,88 @@ TEST(Ports, OfWhichThereAreNoneSayWhatToCheck) {
   EXPECT_NE(host::PortsAsTable(ports).find("plugged in"), std::string::npos);
   EXPECT_EQ(host::PortsAsJson(ports), "[]\n");
   EXPECT_TRUE(host::FindPorts({"/nonexistent", "/nonexistent", "/nonexistent"}).empty());
+}
+
+// The search, which is heard on standard error.
+class SearchTest : public testing::Test {
+ protected:
+  /// Looks on these devices at these rates, for as long as a line at a hundred times its speed takes.
+  std::string Look(const std::vector<std::string>& devices, const std::vector<int>& rates) {
+    host::SearchPlan plan{devices, rates, 120ms, 30ms};
+    testing::internal::CaptureStderr();
+    std::string found;
+    try {
+      const host::FoundLine line = host::SearchLine(plan, interrupt);
+      found = "found " + line.device + ' ' + std::to_string(line.baud);
+    } catch (const host::Failure& failure) {
+      found = std::to_string(static_cast<int>(failure.Code())) + ' ' + failure.what();
+    }
+    heard = testing::internal::GetCapturedStderr();
+    return found;
+  }
+  static std::unique_ptr<simulator::PtyRunner> Run(const std::string& model) {
+    simulator::Options options;
+    options.model = model;
+    simulator::PtyRunner::Settings settings;
+    settings.speed_up = 100;
+    settings.paced = false;
+    auto runner = std::make_unique<simulator::PtyRunner>(simulator::MakeReceiver(options), settings);
+    runner->Start();
+    return runner;
+  }
+  void ExpectHeard(const std::string& text) const { EXPECT_NE(heard.find(text), heard.npos) << heard; }
+
+  const host::Interrupt interrupt;
+  std::string heard;
+};
+
+TEST_F(SearchTest, TellsSilenceNoiseAndMessagesApartAndTakesTheMessages) {
+  const PseudoTerminal silent;
+  const auto runner = Run("Trimble");  // at 4800 baud
+  const std::string& device = runner->PortName();
+  EXPECT_EQ(Look({silent.Name(), device, "/dev/no-such-port"}, {9600, 4800}), "found " + device + " 4800");
+  ExpectHeard("0.72 s at most");
+  ExpectHeard(silent.Name() + " at 9600 baud: no bytes\n");
+  ExpectHeard(device + " at 9600 baud: bytes that make no message\n");
+  ExpectHeard("The port /dev/no-such-port does not exist");
+  ExpectHeard(device + " at 4800 baud: NMEA (GGA, GSA, GSV");
+  EXPECT_EQ(heard.find(silent.Name() + " at 4800"), heard.npos) << "a line that speaks comes first";
+}
+
+TEST_F(SearchTest, SaysWhatToCheckWhenItFindsNothing) {
+  const PseudoTerminal line;
+  EXPECT_TRUE(Look({line.Name()}, {9600, 4800}).starts_with("4 no data came"));
+  EXPECT_TRUE(Look({"/dev/no-such-port"}, {9600}).starts_with("3 "));
+  const std::jthread compass([&line](const std::stop_token& stop) {
+    while (!stop.stop_requested()) {
+      line.Exchange(WithChecksum("$HCHDG,98.3,0.0,E,12.6,W"));
+      std::this_thread::sleep_for(10ms);
+    }
+  });
+  EXPECT_TRUE(Look({line.Name()}, {9600, 4800}).starts_with("4 no message was understood"));
+  ExpectHeard("NMEA, but no GPS receiver's ($HCHDG)");
+  EXPECT_EQ(heard.find("4800"), heard.npos) << "the rate was right";
+}
+
+TEST_F(SearchTest, EndsAtASignal) {
+  const PseudoTerminal line;
+  raise(SIGINT);
+  EXPECT_TRUE(Look({line.Name()}, std::vector<int>(100, 9600)).starts_with("130 "));
+}
+
+TEST_F(SearchTest, TakesTheRememberedLineOnlyWhenAsked) {
+  const System system;
+  CWinApp app{"gpsengine-test"};
+  app.SetProfilePath(CString::FromUtf8(system.Dev("host.ini")));
+  EXPECT_THROW(host::ChooseLine({"last", 0, "Other"}, false, interrupt), host::Failure);
+  host::Remember("/dev/ttyX7", "Trimble");
+  EXPECT_EQ(host::ChooseLine({"", 0, "Other"}, false, interrupt).port, "");
+  const host::LineChoice last = host::ChooseLine({"last", 0, "Other"}, false, interrupt);
+  EXPECT_EQ(last.port + last.model, "/dev/ttyX7Trimble");
+  EXPECT_EQ(host::ChooseLine({"last", 0, "SiRF"}, true, interrupt).model, "SiRF");
+  EXPECT_EQ(host::LikelyRates("Trimble")[0], 4800);
+  app.WriteProfileInt("Trimble", "Baud", 1200);
+  EXPECT_EQ(host::LikelyRates("Trimble")[0], 1200);
 }
 
 TEST(Config, IsWhatWasRememberedSetOrForgotten) {
