@@ -142,7 +142,8 @@ void LiveCommand::FailIfItDidNotWork() const {
   }
   if (IsRequest() && window_.Shown() == 0) {
     throw Failure(ExitCode::refused, "no report answered " + name + "; is it a " + options_.model + " at " +
-                                         std::to_string(receiver_.GetCurrentBaudrate()) + " baud?");
+                                         std::to_string(receiver_.GetCurrentBaudrate()) +
+                                         " baud? --baud auto tries others");
   }
 }
 

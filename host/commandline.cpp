@@ -142,6 +142,7 @@ void AddMonitor(CLI::App& app, Job& job) {
       "  gpsengine monitor                                     a simulated receiver\n"
       "  gpsengine monitor --port auto                         a receiver on any port, at any usual rate\n"
       "  gpsengine monitor --port last --format json           the one of the last run\n"
+      "  gpsengine monitor --port /dev/ttyUSB0 --reconnect     goes on when it is plugged in again\n"
       "  gpsengine monitor --port /dev/ttyUSB0 --model Trimble --baud 9600\n"
       "  gpsengine monitor --play drive.log --format json --count 20");
   auto options = std::make_shared<MonitorOptions>();
@@ -163,6 +164,11 @@ void AddMonitor(CLI::App& app, Job& job) {
   command->add_option("--duration", options->duration, "End after so many seconds")
       ->check(CLI::PositiveNumber)
       ->type_name("S");
+  command
+      ->add_flag_callback(
+          "--reconnect", [options] { options->reconnect = std::chrono::seconds(1); },
+          "When the port is lost, wait for it to come back instead of ending")
+      ->needs(port);
   command->add_option("--timeout", options->timeout, "Seconds to wait for a first message, 0 for ever")
       ->check(CLI::NonNegativeNumber)
       ->type_name("S")

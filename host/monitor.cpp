@@ -1,18 +1,25 @@
 #include "host/monitor.h"
 
 #include <fcntl.h>
-#include <sys/stat.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <chrono>
 #include <cstring>
+#include <memory>
 #include <optional>
+#include <utility>
 
 #include "gpsengine/engine/gpsengine.h"
+#include "gpsengine/platform/serial.h"
 #include "host/boxes.h"
+#include "host/config.h"
+#include "host/fixage.h"
 #include "host/hostwindow.h"
 #include "host/models.h"
 #include "host/portwatch.h"
+#include "host/reconnect.h"
+#include "host/recorder.h"
 #include "host/source.h"
 #include "host/waiter.h"
 #include "host/wiretap.h"
@@ -23,6 +30,8 @@ namespace {
 
 /// What the reader has in hand when its port goes away still reaches the host within this time.
 constexpr std::chrono::milliseconds kLastRecords{400};
+/// How often what the port sends goes on to the file that records it.
+constexpr std::chrono::milliseconds kRecordInterval{100};
 
 std::string Seconds(double seconds) {
   CString text;
@@ -42,9 +51,14 @@ class Run {
   void StartPlayback();
   void StartLive();
   void AskForRawData();
+  void MakeSinks();
+  void TakeNote();
+  void WaitForPort();
+  void Reopen();
   Deadline::Clock::time_point NextDeadline() const;
   std::optional<ExitCode> Ending();
   bool HasUnderstood() const;
+  bool IsLost() const { return watch_->IsLost() || (reconnect_ && reconnect_->IsWaiting()); }
   bool HasHeard() const;
   void FailIfNothingUnderstood(double seconds) const;
 
@@ -61,6 +75,10 @@ class Run {
   std::optional<HostWindow> window_;
   std::optional<PortWatch> watch_;
   std::optional<WireTap> tap_;  // until something was understood
+  std::optional<Recorder> recorder_;
+  std::optional<Reconnect> reconnect_;
+  FixAge* fix_age_ = nullptr;  // in sink_, for people
+  bool noted_ = false;         // that something was understood
   Deadline end_, first_message_, last_record_;
 };
 
@@ -79,8 +97,7 @@ ExitCode Run::Go() {
   receiver_.SetupReceiver(kPort, static_cast<int>(options_.geoid), options_.antenna_height, "", false);
   engine_.SetReceiver(&receiver_);
   if (!IsPlayback()) source_.emplace(options_.port, receiver_);
-  sink_ = MakeSink(options_.format, output_.Text(), IsPlayback() ? options_.play : source_->Device(),
-                   options_.geoid);
+  MakeSinks();
   const bool logs = !options_.rinex.base.empty();
   engine_.m_bAttachRawData = logs || options_.attach_raw.value_or(receiver_.HasRawData());
   if (logs) rinex_.emplace(options_.rinex, options_.model, options_.antenna_height, *sink_);
@@ -95,6 +112,8 @@ ExitCode Run::Go() {
   while (!ending) {
     waiter.Wait(NextDeadline());
     window_->Drain();
+    if (fix_age_ != nullptr) fix_age_->Check();
+    if (recorder_) recorder_->Take();
     if (rinex_) rinex_->Check();
     ending = !output_.Flush() || waiter.IsReaderGone() ? ExitCode::done : Ending();
   }
@@ -104,6 +123,16 @@ ExitCode Run::Go() {
   output_.Flush();
   if (rinex_ && !rinex_->Finish() && ending == ExitCode::done) return ExitCode::failed;
   return *ending;
+}
+
+void Run::MakeSinks() {
+  const std::string& device = IsPlayback() ? options_.play : source_->Device();
+  sink_ = MakeSink(options_.format, output_.Text(), device, options_.geoid);
+  if (options_.format != Format::text) return;
+  auto fix_age =
+      std::make_unique<FixAge>(std::move(sink_), output_.Text(), [this] { return engine_.GetMessages(); });
+  fix_age_ = fix_age.get();
+  sink_ = std::move(fix_age);
 }
 
 void Run::StartPlayback() {
@@ -122,21 +151,18 @@ void Run::StartPlayback() {
 }
 
 void Run::StartLive() {
-  if (!options_.record.empty()) {
-    const UniqueDescriptor file(open(options_.record.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0666));
-    if (!file) {
-      throw Failure(ExitCode::failed, "cannot record to " + options_.record + ": " + std::strerror(errno));
-    }
-    engine_.m_strRecordFile = CString::FromUtf8(options_.record);
-    engine_.m_bRecordRaw = true;
-  } else {
+  if (options_.record.empty()) {
     tap_.emplace(engine_);
+  } else {
+    recorder_.emplace(options_.record);
+    recorder_->Begin(engine_);
   }
   if (source_->IsSimulated()) {
     Complain("a simulated receiver \"" + options_.model + "\" on " + source_->Device() +
              "; --port DEVICE reads a real one, Ctrl-C ends");
   }
   source_->Start();
+  if (options_.reconnect) reconnect_.emplace(source_->Device(), *options_.reconnect);
   StartEngine(engine_, *source_, *watch_);
   if (rinex_) AskForRawData();
 }
@@ -153,29 +179,68 @@ void Run::AskForRawData() {
 Deadline::Clock::time_point Run::NextDeadline() const {
   auto next = Deadline::Clock::time_point::max();
   for (const auto* deadline : {&end_, &first_message_, &last_record_}) next = deadline->Earlier(next);
+  if (fix_age_ != nullptr) next = fix_age_->Due().Earlier(next);
+  if (reconnect_) next = reconnect_->NextLook().Earlier(next);
+  if (recorder_) next = std::min(next, Deadline::Clock::now() + kRecordInterval);
   return next;
 }
 
 std::optional<ExitCode> Run::Ending() {
   if (window_->IsFull()) return ExitCode::done;
   if (interrupt_.HasCome()) return ExitCode::interrupted;
-  if (tap_ && HasUnderstood()) engine_.m_bRecordRaw = false;
-  if (!options_.record.empty() && !engine_.m_bRecordRaw) {
+  TakeNote();
+  if (recorder_ && !engine_.m_bRecordRaw) {
     throw Failure(ExitCode::failed, "recording to " + options_.record + " has failed");
   }
-  // A run of a stated length goes on to its end, on a line that is silent now.
-  if (watch_->IsLost() && !last_record_.IsSet() && !end_.IsSet()) last_record_.Set(kLastRecords);
-  if (last_record_.HasPassed()) {
-    throw PortLost(source_->Device());
+  // Without a reconnection a run of a stated length goes on to its end, on a line that is silent now.
+  if (IsLost() && !last_record_.IsSet() && (reconnect_ ? !reconnect_->IsWaiting() : !end_.IsSet())) {
+    last_record_.Set(kLastRecords);
   }
+  if (last_record_.HasPassed()) {
+    if (!reconnect_) throw PortLost(source_->Device(), true);
+    WaitForPort();
+  }
+  if (reconnect_ && reconnect_->IsBack()) Reopen();
   if (first_message_.HasPassed()) {
-    if (!watch_->IsLost()) FailIfNothingUnderstood(options_.timeout);
+    if (!IsLost()) FailIfNothingUnderstood(options_.timeout);
     first_message_.Clear();
   }
   if (!end_.HasPassed()) return std::nullopt;
-  if (watch_->IsLost()) throw PortLost(source_->Device());
+  if (IsLost()) throw PortLost(source_->Device(), !reconnect_);
   if (!IsPlayback()) FailIfNothingUnderstood(options_.duration);
   return ExitCode::done;
+}
+
+/// The first message that is understood shows that port and model belong together.
+void Run::TakeNote() {
+  if (noted_ || IsPlayback() || !HasUnderstood()) return;
+  noted_ = true;
+  if (tap_) engine_.m_bRecordRaw = false;
+  if (!source_->IsSimulated()) Remember(source_->Device(), options_.model);
+}
+
+void Run::WaitForPort() {
+  last_record_.Clear();
+  first_message_.Clear();
+  engine_.Stop();
+  window_->Drain();
+  reconnect_->Begin();
+}
+
+void Run::Reopen() {
+  MapComPort(kPort, CString::FromUtf8(reconnect_->Name()));
+  watch_.emplace(reconnect_->Name());
+  receiver_.ResetSpeedEngine();
+  if (recorder_) recorder_->Begin(engine_);
+  try {
+    StartEngine(engine_, *source_, *watch_);
+    reconnect_->End();
+    if (!noted_ && options_.timeout > 0.0) first_message_.Set(options_.timeout);
+    if (rinex_) AskForRawData();
+  } catch (const Failure& failure) {
+    Complain(failure.what());
+    if (failure.Code() == ExitCode::port_closed) reconnect_->Begin();
+  }
 }
 
 bool Run::HasUnderstood() const {
@@ -184,18 +249,19 @@ bool Run::HasUnderstood() const {
 }
 
 bool Run::HasHeard() const {
-  struct stat about {};
-  return tap_ ? tap_->HasHeard() : stat(options_.record.c_str(), &about) == 0 && about.st_size > 0;
+  return tap_ ? tap_->HasHeard() : recorder_->HasHeard();
 }
 
 void Run::FailIfNothingUnderstood(double seconds) const {
   if (HasUnderstood()) return;
   const std::string& device = source_->Device();
   if (HasHeard()) {
-    throw Failure(ExitCode::nothing_understood,
-                  "bytes came from " + device + " in " + Seconds(seconds) +
-                      ", but no message was understood at " + std::to_string(receiver_.GetCurrentBaudrate()) +
-                      " baud: set the receiver's baud rate with --baud, or let it send NMEA");
+    throw Failure(ExitCode::nothing_understood, "bytes came from " + device + " in " + Seconds(seconds) +
+                                                    ", but no message was understood at " +
+                                                    std::to_string(receiver_.GetCurrentBaudrate()) +
+                                                    " baud: set the receiver's baud rate with --baud, let "
+                                                    "--baud auto find it, or let the receiver send "
+                                                    "NMEA");
   }
   throw Failure(ExitCode::nothing_understood, "no data came from " + device + " in " + Seconds(seconds) +
                                                   ": check that the receiver is on, and its cable");

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <optional>
 #include <string>
 
@@ -24,6 +25,8 @@ struct MonitorOptions {
   std::string record;              ///< File for the port's bytes; empty for none.
   long long count = 0;             ///< Records to show; 0 for no limit.
   double duration = 0.0;           ///< Seconds to run; 0 for no limit.
+  /// Wait for a port that is lost to come back, looking for it so often; without it, the run ends.
+  std::optional<std::chrono::milliseconds> reconnect;
   double timeout = 10.0;  ///< Seconds to wait for a first message that is understood; 0 for no limit.
 };
 

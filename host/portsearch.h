@@ -42,7 +42,7 @@ struct SearchPlan {
   /// counted from anywhere in between.
   std::chrono::milliseconds listen{1500};
   /// From the first message that is understood, to hear what else there is.
-  std::chrono::milliseconds gather{300};
+  std::chrono::milliseconds gather{1000};
 };
 
 struct FoundLine {

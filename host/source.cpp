@@ -41,11 +41,12 @@ void StartEngine(CGPSEngine& engine, const Source& source, PortWatch& watch) {
   throw Failure(ExitCode::port_closed, reason.empty() ? "cannot open " + source.Device() : reason);
 }
 
-Failure PortLost(const std::string& device) {
+Failure PortLost(const std::string& device, bool could_reconnect) {
   return Failure(ExitCode::port_lost,
                  "the port " + device +
                      " was lost: it was unplugged, or the other side hung up. Plug it in again "
-                     "and start once more");
+                     "and start once more" +
+                     (could_reconnect ? ", or let --reconnect wait for it" : ""));
 }
 
 }  // namespace host

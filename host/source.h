@@ -33,7 +33,7 @@ class Source {
 /// Starts the engine on the source's port. Throws a Failure that says why the port does not open.
 void StartEngine(CGPSEngine& engine, const Source& source, PortWatch& watch);
 
-/// The failure of a run whose port went away.
-Failure PortLost(const std::string& device);
+/// The failure of a run whose port went away. `could_reconnect` names the option that would have waited.
+Failure PortLost(const std::string& device, bool could_reconnect = false);
 
 }  // namespace host

@@ -1,5 +1,6 @@
 #include "host/wiretap.h"
 
+#include <fcntl.h>
 #include <sys/mman.h>
 #include <sys/stat.h>
 
@@ -34,6 +35,12 @@ std::string WireTap::Take() {
   char piece[4096];
   for (ssize_t count; (count = read(file_.Get(), piece, sizeof piece)) > 0;) {
     bytes.append(piece, static_cast<std::size_t>(count));
+  }
+  // What has been taken takes no memory any more.
+  const auto length = static_cast<off_t>(bytes.size());
+  if (length > 0) {
+    fallocate(file_.Get(), FALLOC_FL_PUNCH_HOLE | FALLOC_FL_KEEP_SIZE, taken_, length);
+    taken_ += length;
   }
   return bytes;
 }

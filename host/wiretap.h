@@ -1,5 +1,7 @@
 #pragma once
 
+#include <sys/types.h>
+
 #include <string>
 #include <string_view>
 #include <vector>
@@ -22,6 +24,7 @@ class WireTap {
 
  private:
   UniqueDescriptor file_;
+  off_t taken_ = 0;
 };
 
 /// Finds the lines of a parameter report, "PMD:", "PER:", "PEM:" and "PRTA:". They have no "$", so that the

@@ -1,0 +1,165 @@
+// Runs that outlive their port, and fixes that grow old.
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+#include <thread>
+
+#include "gpsengine/platform/application.h"
+#include "host/config.h"
+#include "host/fixage.h"
+#include "host/monitor.h"
+#include "tests/support/pseudoterminal.h"
+#include "tests/support/receivertest.h"
+
+using namespace std::chrono_literals;
+namespace fs = std::filesystem;
+
+namespace {
+
+/// A run on a port under a name of its own, such as those of /dev/serial/by-id, that leads to a
+/// pseudo-terminal. It runs on the test's thread, and what happens to it on another.
+class ReconnectTest : public testing::Test {
+ protected:
+  ReconnectTest() {
+    fs::create_directories(folder);
+    app.SetProfilePath(CString::FromUtf8((folder / "host.ini").string()));
+    EXPECT_EQ(pipe2(pipe, O_CLOEXEC), 0);
+    options.port = folder / "usb-receiver";
+    options.record = folder / "port.log";
+    options.reconnect = 20ms;
+    Plug();
+  }
+  ~ReconnectTest() override {
+    CloseOutput();
+    close(pipe[1]);
+    fs::remove_all(folder);
+  }
+
+  void Plug() {
+    terminal = std::make_unique<PseudoTerminal>();
+    fs::create_symlink(terminal->Name(), options.port);
+  }
+  void Unplug() {
+    terminal->HangUp();
+    fs::remove(options.port);
+  }
+  /// Nobody reads the output any more, which ends the run.
+  void CloseOutput() {
+    if (pipe[0] >= 0) close(std::exchange(pipe[0], -1));
+  }
+  /// Sends a fix until the run shows it, since a port that is opened forgets what came before.
+  void SendUntilShown(int second) {
+    const std::string time = "00:00:" + std::to_string(10 + second);
+    for (std::string shown; shown.find(time) == shown.npos;) {
+      terminal->Exchange(FixAt(second));
+      pollfd source{pipe[0], POLLIN, 0};
+      char piece[4096];
+      if (poll(&source, 1, 20) > 0) {
+        shown.append(piece,
+                     static_cast<std::size_t>(std::max<ssize_t>(read(pipe[0], piece, sizeof piece), 0)));
+      }
+    }
+  }
+  host::ExitCode Run(const std::function<void()>& story) {
+    const host::Interrupt interrupt;
+    host::Output output(pipe[1]);
+    const std::jthread teller(story);
+    testing::internal::CaptureStderr();
+    host::ExitCode code;
+    try {
+      code = host::Monitor(options, interrupt, output);
+    } catch (const host::Failure& failure) {
+      code = failure.Code();
+    }
+    errors = testing::internal::GetCapturedStderr();
+    return code;
+  }
+  void ExpectError(const std::string& text) const { EXPECT_NE(errors.find(text), errors.npos) << errors; }
+
+  const fs::path folder = fs::temp_directory_path() / ("gpsengine-reconnect-" + std::to_string(getpid()));
+  CWinApp app{"gpsengine-test"};
+  host::MonitorOptions options;
+  std::unique_ptr<PseudoTerminal> terminal;
+  int pipe[2] = {-1, -1};
+  std::string errors;
+};
+
+TEST_F(ReconnectTest, GoesOnUnderTheSameNameAndInTheSameRecording) {
+  std::string second;
+  const auto code = Run([&] {
+    SendUntilShown(1);
+    Unplug();
+    std::this_thread::sleep_for(30ms);
+    Plug();
+    second = terminal->Name();
+    SendUntilShown(2);
+    CloseOutput();
+  });
+  EXPECT_EQ(code, host::ExitCode::done);
+  ExpectError("the port was lost; waiting for " + options.port);
+  ExpectError("the port is back as " + second);
+  std::ostringstream recorded;
+  recorded << std::ifstream(options.record).rdbuf();
+  EXPECT_TRUE(recorded.str().starts_with(FixAt(1))) << recorded.str();
+  EXPECT_TRUE(recorded.str().ends_with(FixAt(2))) << recorded.str();
+  const CGPSEngine engine;
+  EXPECT_EQ(host::ReadConfig(engine).port, options.port) << "remembered, since it was understood";
+}
+
+TEST_F(ReconnectTest, EndsWhileItWaitsWhenItsTimeIsOverOrItIsInterrupted) {
+  options.duration = 0.7;
+  EXPECT_EQ(Run([&] {
+              SendUntilShown(1);
+              Unplug();
+            }),
+            host::ExitCode::port_lost);
+  ExpectError("waiting for");
+
+  Plug();
+  options.duration = 0.0;
+  const pthread_t self = pthread_self();
+  EXPECT_EQ(Run([&] {
+              SendUntilShown(1);
+              Unplug();
+              std::this_thread::sleep_for(500ms);
+              pthread_kill(self, SIGINT);
+            }),
+            host::ExitCode::interrupted);
+  ExpectError("waiting for");
+}
+
+TEST(FixAge, TellsOnceThatThereIsNoFixAndOnceThatThereIsOne) {
+  std::string out;
+  long long messages = 0;
+  host::FixAge age(
+      std::make_unique<host::NoSink>(), out, [&] { return messages; }, 0.04);
+  const auto wait = [&](int new_messages) {
+    out.clear();
+    for (int i = 0; i < 3; ++i) {
+      std::this_thread::sleep_for(25ms);
+      messages += new_messages;
+      age.Check();
+    }
+  };
+  CGPSData fix, no_fix;
+  fix.m_bPositionValid = no_fix.m_bPositionValid = true;
+  fix.m_nSignalType = UDF_SIGNAL_GPS;
+  no_fix.m_nSignalType = UDF_SIGNAL_NONE;
+  wait(0);
+  EXPECT_EQ(out, "no fix yet after 0 s: nothing comes\n");
+  age.OnData(no_fix);
+  age.OnData(fix);
+  EXPECT_TRUE(out.ends_with("comes\na first fix after 0 s\n")) << out;
+  age.Check();
+  age.OnData(fix);
+  wait(1);
+  EXPECT_EQ(out, "no fix for 0 s: messages come, but no position\n");
+  age.OnData(fix);
+  age.OnData(fix);
+  EXPECT_TRUE(out.ends_with("position\na fix again after 0 s\n")) << out;
+  EXPECT_GT(age.Due().Earlier(host::Deadline::Clock::time_point::max()), host::Deadline::Clock::now());
+}
+
+}  // namespace
