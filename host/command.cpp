@@ -140,11 +140,15 @@ void LiveCommand::FailIfItDidNotWork() const {
                             " did not work: the receiver's port did not take it, or the model "
                             "does not take these arguments");
   }
-  if (IsRequest() && window_.Shown() == 0) {
-    throw Failure(ExitCode::refused, "no report answered " + name + "; is it a " + options_.model + " at " +
-                                         std::to_string(receiver_.GetCurrentBaudrate()) +
-                                         " baud? --baud auto tries others");
+  if (!IsRequest() || window_.Shown() > 0) return;
+  const std::string nothing = "no report answered " + name;
+  if (!tap_->HasHeard()) {
+    throw Failure(ExitCode::refused, nothing + ", and no data came from " + source_->Device() +
+                                         ": check that the receiver is on, and its cable");
   }
+  throw Failure(ExitCode::refused, nothing + "; is it a " + options_.model + " at " +
+                                       std::to_string(receiver_.GetCurrentBaudrate()) +
+                                       " baud? --baud auto tries others");
 }
 
 ExitCode PrintTranscript(const Transcript& transcript, Output& output) {

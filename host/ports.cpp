@@ -302,9 +302,13 @@ std::string PortsAsJson(const std::vector<SerialPortInfo>& ports) {
 }
 
 std::string StableName(const std::string& device, const SystemRoots& roots) {
-  const fs::path folder = fs::path(roots.dev) / "serial/by-id";
-  if (fs::path(device).parent_path() == folder) return device;
-  const std::string link = LinkTo(Target(device), folder);
+  const fs::path path(device);
+  const std::string name = path.filename();
+  // A name that somebody has given, for the device or for the socket, says what is meant.
+  if (path.parent_path() != roots.dev || !(name.starts_with("tty") || name.starts_with("rfcomm"))) {
+    return device;
+  }
+  const std::string link = LinkTo(Target(path), fs::path(roots.dev) / "serial/by-id");
   return link.empty() ? device : link;
 }
 

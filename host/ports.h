@@ -45,8 +45,8 @@ std::string PortsAsTable(const std::vector<SerialPortInfo>& ports);
 /// The same as a JSON array.
 std::string PortsAsJson(const std::vector<SerialPortInfo>& ports);
 
-/// The name under /dev/serial/by-id of a device, under which it is found again when it comes back with
-/// another number; the name given, if there is none.
+/// The name under /dev/serial/by-id of a device such as /dev/ttyUSB0, under which it is found again when it
+/// comes back with another number; the name given, if there is none, or if it is no such name.
 std::string StableName(const std::string& device, const SystemRoots& roots = {});
 
 /// Why a device cannot be opened and what to do next, as text for the user; empty if it can be opened now.

@@ -79,6 +79,7 @@ TEST(Ports, AreThoseWithHardwareAndSayWhatTheyAreAndWhetherTheyOpen) {
   system.Write("sys/class/tty/ttyS1/type", "0");
   system.AddPort("ttyS2", "devices/pnp0/00:01", "pnp/drivers/serial", "/dev/null");
   system.Write("sys/class/tty/ttyS2/console", "Y");
+  system.Link("dev/gps", "ttyUSB2");
   system.Write("proc/4711/comm", "gpsd");
   system.Link("proc/4711/fd/3", held.Name());
   const int lock = open(locked.Name().c_str(), O_RDWR | O_NOCTTY | O_CLOEXEC);
@@ -105,6 +106,7 @@ TEST(Ports, AreThoseWithHardwareAndSayWhatTheyAreAndWhetherTheyOpen) {
   EXPECT_NE(json.find("\"vendorId\": \"0403\""), json.npos) << json;
   EXPECT_EQ(host::StableName(system.Dev("ttyUSB2"), system.Roots()), ports[0].by_id);
   EXPECT_EQ(host::StableName(system.Dev("ttyUSB10"), system.Roots()), system.Dev("ttyUSB10"));
+  EXPECT_EQ(host::StableName(system.Dev("gps"), system.Roots()), system.Dev("gps"));
   EXPECT_NE(host::WhyNotOpen(system.Dev("ttyUSB3"), system.Roots()).find("gpsengine ports"),
             std::string::npos);
 }
