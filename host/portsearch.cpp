@@ -193,21 +193,26 @@ class Search {
     engine.SetReceiver(listener);
     engine.m_bAttachRawData = true;
     std::size_t bytes = 0;
+    if (!Hear(port, engine, *listener, bytes)) {
+      return {Heard::Verdict::closed, bytes, "the port " + device + " was lost"};
+    }
+    return Judge(*listener, bytes);
+  }
+
+  /// Counts the bytes that come. False if the port goes away.
+  bool Hear(const OpenPort& port, CGPSEngine& engine, const Listener& listener, std::size_t& bytes) const {
     Clock::time_point now = Clock::now(), end = now + plan_.listen;
-    for (bool understood = false; now < end;) {
+    for (bool understood = false; now < end; understood = listener.HasUnderstood()) {
       if (interrupt_.HasCome()) throw Failure(ExitCode::interrupted, "the search was interrupted");
       const std::string piece = port.Read();
-      if (piece.empty() && Clock::now() - now < kPiece / 2) {
-        return {Heard::Verdict::closed, bytes, "the port " + device + " was lost"};
-      }
+      if (piece.empty() && Clock::now() - now < kPiece / 2) return false;
       now = Clock::now();
       bytes += piece.size();
       CBinBuffer chunk(piece.data(), static_cast<int>(piece.size()));
       engine.UpdateGPSBuffer(chunk);
-      if (!understood && listener->HasUnderstood()) end = std::min(end, now + plan_.gather);
-      understood = listener->HasUnderstood();
+      if (!understood && listener.HasUnderstood()) end = std::min(end, now + plan_.gather);
     }
-    return Judge(*listener, bytes);
+    return true;
   }
 
   Failure NothingFound() const {
