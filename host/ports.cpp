@@ -318,7 +318,7 @@ std::string WhyNotOpen(const std::string& device, const SystemRoots& roots) {
   const fs::path target = Target(device);
   if (target.empty()) return reason + " \"gpsengine ports\" lists the serial ports there are.";
   const std::string holder = Holders(roots).Of(target);
-  return holder.empty() ? reason : reason + " It is " + InUse(holder) + '.';
+  return holder.empty() ? reason : reason + " It is open in " + holder + '.';
 }
 
 }  // namespace host
