@@ -1,5 +1,7 @@
 #pragma once
 
+#include <atomic>
+
 #include "gpsengine/platform/messagebox.h"
 #include "host/descriptor.h"
 
@@ -16,11 +18,15 @@ class Boxes {
 
   /// From now on no box waits, and one that does goes on.
   void Release();
+  /// From now on the keyboard is read by someone else, who calls GoOn when the user wants a box to go on.
+  void GiveUpKeyboard() { has_keyboard_ = false; }
+  void GoOn();
 
  private:
   void Show(const CString& text, BoxKind kind) const;
 
-  UniqueDescriptor released_;
+  UniqueDescriptor released_, go_on_;
+  std::atomic<bool> has_keyboard_{true};
 };
 
 }  // namespace host

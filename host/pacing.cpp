@@ -1,6 +1,7 @@
 #include "host/pacing.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace host {
 
@@ -9,6 +10,16 @@ namespace {
 constexpr DWORD kPiece = 50;
 // Shorter sequences are over before anyone wonders.
 constexpr long long kLongSequence = 1500;
+
+std::function<bool(long long)> ShowProgress(const std::string& label, long long time) {
+  const auto progress = std::make_shared<Progress>(label, static_cast<double>(time),
+                                                   time >= kLongSequence && CanShowProgress(false));
+  progress->Update(0.0);
+  return [progress](long long passed) {
+    progress->Update(static_cast<double>(passed));
+    return true;
+  };
+}
 
 }  // namespace
 
@@ -22,18 +33,20 @@ PacingClock& PacingClock::Installed() {
   return *clock;
 }
 
-PacingClock::Sequence::Sequence(const Interrupt& interrupt, const std::string& label, long long time) {
+PacingClock::Sequence::Sequence(const Interrupt& interrupt, const std::string& label, long long time)
+    : Sequence(interrupt, ShowProgress(label, time)) {}
+
+PacingClock::Sequence::Sequence(const Interrupt& interrupt, std::function<bool(long long)> passed) {
   PacingClock& clock = Installed();
   clock.passed_ = 0;
-  clock.progress_.emplace(label, static_cast<double>(time), time >= kLongSequence && CanShowProgress(false));
-  clock.progress_->Update(0.0);
+  clock.on_passed_ = std::move(passed);
   clock.interrupt_ = &interrupt;
 }
 
 PacingClock::Sequence::~Sequence() {
   PacingClock& clock = Installed();
   clock.interrupt_ = nullptr;
-  clock.progress_.reset();
+  clock.on_passed_ = {};
 }
 
 DWORD PacingClock::NextPiece(DWORD rest) const {
@@ -43,7 +56,7 @@ DWORD PacingClock::NextPiece(DWORD rest) const {
 
 void PacingClock::Pass(DWORD ms) {
   passed_ += ms;
-  progress_->Update(static_cast<double>(passed_));
+  if (!on_passed_(passed_)) throw Interrupted();
 }
 
 void PacingClock::Sleep(DWORD ms) {

@@ -1,6 +1,7 @@
 #pragma once
 
-#include <optional>
+#include <functional>
+#include <memory>
 #include <string>
 #include <thread>
 
@@ -14,7 +15,7 @@ namespace host {
 /// watches the waits of the thread that installed it; those of other threads are none of its business.
 class PacingClock : public Clock {
  public:
-  /// Thrown out of a wait of the sequence when a signal comes.
+  /// Thrown out of a wait of the sequence when a signal comes or the user stops it.
   struct Interrupted {};
 
   /// A sequence lasts from here to the end of the object's life. `time` is how long it takes, in
@@ -22,6 +23,10 @@ class PacingClock : public Clock {
   class Sequence {
    public:
     Sequence(const Interrupt& interrupt, const std::string& label, long long time);
+    /// Shows nothing by itself: `passed` gets the milliseconds that have passed, many times a second, and
+    /// says whether the sequence may go on. It runs between two waits, and may take messages out of the
+    /// queue.
+    Sequence(const Interrupt& interrupt, std::function<bool(long long)> passed);
     ~Sequence();
     Sequence(const Sequence&) = delete;
     Sequence& operator=(const Sequence&) = delete;
@@ -42,7 +47,7 @@ class PacingClock : public Clock {
 
   const std::thread::id owner_ = std::this_thread::get_id();
   const Interrupt* interrupt_ = nullptr;
-  std::optional<Progress> progress_;
+  std::function<bool(long long)> on_passed_;
   long long passed_ = 0;
 };
 

@@ -24,15 +24,19 @@ void Waiter::Wait(Deadline::Clock::time_point until) {
   if (watch_.NeedsLooking()) until = std::min(until, Deadline::Clock::now() + kLookInterval);
   // No event is asked for on the output and the port: that the other end has gone is told all the same.
   enum { kQueue, kSignal, kOutput, kWatch, kCount };
-  pollfd waits[kCount] = {{GetQueueDescriptor(), POLLIN, 0},
-                          {interrupt_.Descriptor(), POLLIN, 0},
-                          {output_.Descriptor(), 0, 0},
-                          {watch_.Descriptor(), 0, 0}};
-  const int events = poll(waits, kCount, MillisecondsUntil(until));
+  std::vector<pollfd> waits = {{GetQueueDescriptor(), POLLIN, 0},
+                               {interrupt_.Descriptor(), POLLIN, 0},
+                               {output_.Descriptor(), 0, 0},
+                               {watch_.Descriptor(), 0, 0}};
+  for (const int descriptor : descriptors_) waits.push_back({descriptor, POLLIN, 0});
+  const int events = poll(waits.data(), waits.size(), MillisecondsUntil(until));
   if (watch_.NeedsLooking()) watch_.Look();
   if (events <= 0) return;
   reader_gone_ = (waits[kOutput].revents & (POLLERR | POLLHUP)) != 0;
   watch_.OnEvents(waits[kWatch].revents);
+  for (std::size_t i = kCount; i < waits.size(); ++i) {
+    if ((waits[i].revents & (POLLERR | POLLHUP | POLLNVAL)) != 0) std::erase(descriptors_, waits[i].fd);
+  }
 }
 
 }  // namespace host

@@ -2,6 +2,7 @@
 
 #include <chrono>
 #include <optional>
+#include <vector>
 
 #include "host/interrupt.h"
 #include "host/output.h"
@@ -36,6 +37,8 @@ class Waiter {
 
   /// Returns when something has happened, or at that moment. Takes note of it in the watch.
   void Wait(Deadline::Clock::time_point until);
+  /// Waits for input there too, until that has come to its end.
+  void Watch(int descriptor) { descriptors_.push_back(descriptor); }
   /// Nobody reads the output any more.
   bool IsReaderGone() const { return reader_gone_; }
 
@@ -43,6 +46,7 @@ class Waiter {
   const Interrupt& interrupt_;
   const Output& output_;
   PortWatch& watch_;
+  std::vector<int> descriptors_;
   bool reader_gone_ = false;
 };
 

@@ -45,6 +45,13 @@ std::string WireTap::Take() {
   return bytes;
 }
 
+void WireTap::Restart() {
+  // The engine opens the file anew.
+  [[maybe_unused]] const int result = ftruncate(file_.Get(), 0);
+  lseek(file_.Get(), 0, SEEK_SET);
+  taken_ = 0;
+}
+
 bool WireTap::HasHeard() const {
   struct stat about {};
   return fstat(file_.Get(), &about) == 0 && about.st_size > 0;

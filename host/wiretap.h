@@ -19,6 +19,8 @@ class WireTap {
 
   /// The bytes since the last call.
   std::string Take();
+  /// Forgets what has come so far. For a copy that the engine does not add to, but will again.
+  void Restart();
   /// Some byte has come.
   bool HasHeard() const;
 
