@@ -22,6 +22,7 @@
 #include "host/portsearch.h"
 #include "host/receiversdoc.h"
 #include "host/simulate.h"
+#include "host/tui/terminal.h"
 
 namespace host {
 
@@ -30,7 +31,7 @@ namespace {
 const std::map<std::string, Geoid> kGeoids = {
     {"none", Geoid::none}, {"add", Geoid::add}, {"subtract", Geoid::subtract}};
 const std::map<std::string, Format> kLiveFormats = {
-    {"text", Format::text}, {"json", Format::json}, {"record", Format::record}};
+    {"tui", Format::tui}, {"text", Format::text}, {"json", Format::json}, {"record", Format::record}};
 const std::map<std::string, Format> kFormats = {
     {"text", Format::text}, {"json", Format::json}, {"record", Format::record}, {"none", Format::none}};
 
@@ -144,14 +145,16 @@ void AddMonitor(CLI::App& app, Job& job) {
       "  gpsengine monitor --port last --format json           the one of the last run\n"
       "  gpsengine monitor --port /dev/ttyUSB0 --reconnect     goes on when it is plugged in again\n"
       "  gpsengine monitor --port /dev/ttyUSB0 --model Trimble --baud 9600\n"
-      "  gpsengine monitor --play drive.log --format json --count 20");
+      "  gpsengine monitor --play drive.log --format json --count 20\n"
+      "On a terminal it is a screen: q quits, ? lists the keys, c commands the receiver.");
   auto options = std::make_shared<MonitorOptions>();
   auto* port = AddLineOptions(*command, *options, "Serial device; without one, a simulated receiver");
   command->add_option("--play", options->play, "Play a recording, a line every half second, over and over")
       ->type_name("FILE")
       ->excludes(port);
   AddReceiverOptions(*command, *options);
-  AddChoice(*command, "--format", options->format, kLiveFormats, "How to show records");
+  AddChoice(*command, "--format", options->format, kLiveFormats,
+            "How to show records; without it, tui on a terminal and text elsewhere");
   command->add_option("--record", options->record, "Record the port's bytes")
       ->type_name("FILE")
       ->excludes("--play");
@@ -173,8 +176,10 @@ void AddMonitor(CLI::App& app, Job& job) {
       ->check(CLI::NonNegativeNumber)
       ->type_name("S")
       ->capture_default_str();
-  command->callback([&job, options, model = command->get_option("--model")] {
-    job = [options, model](const Interrupt& interrupt, Output& output) {
+  command->callback([&job, options, command] {
+    const bool chosen = command->get_option("--format")->count() > 0;
+    if (!chosen && Terminal::Obstacle().empty()) options->format = Format::tui;
+    job = [options, model = command->get_option("--model")](const Interrupt& interrupt, Output& output) {
       ChooseLine(*options, model->count() > 0, interrupt);
       return Monitor(*options, interrupt, output);
     };

@@ -15,6 +15,7 @@ std::unique_ptr<Sink> MakeSink(Format format, std::string& out, const std::strin
     case Format::record:
       return std::make_unique<RecordSink>(out);
     case Format::none:
+    case Format::tui:
       break;
   }
   return std::make_unique<NoSink>();

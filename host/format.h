@@ -8,8 +8,9 @@
 
 namespace host {
 
-/// How records are shown.
-enum class Format { text, json, record, none };
+/// How records are shown: as lines, or not at all, or on the screen of a terminal, which is no sink of
+/// MakeSink.
+enum class Format { text, json, record, none, tui };
 
 /// A sink of that format, which appends to `out`. `device` and `geoid` are for "json".
 std::unique_ptr<Sink> MakeSink(Format format, std::string& out, const std::string& device, Geoid geoid);

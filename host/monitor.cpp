@@ -21,6 +21,7 @@
 #include "host/reconnect.h"
 #include "host/recorder.h"
 #include "host/source.h"
+#include "host/tui/livescreen.h"
 #include "host/waiter.h"
 #include "host/wiretap.h"
 
@@ -48,6 +49,9 @@ class Run {
 
  private:
   bool IsPlayback() const { return !options_.play.empty(); }
+  void OpenScreen();
+  void PrepareScreen();
+  std::unique_ptr<LiveScreen::Busy> BeBusy();
   void StartPlayback();
   void StartLive();
   void AskForRawData();
@@ -80,6 +84,7 @@ class Run {
   FixAge* fix_age_ = nullptr;  // in sink_, for people
   bool noted_ = false;         // that something was understood
   Deadline end_, first_message_, last_record_;
+  std::optional<LiveScreen> screen_;  // the last, so that its terminal is given back first
 };
 
 Run::Run(const MonitorOptions& options, const Interrupt& interrupt, Output& output)
@@ -92,22 +97,29 @@ ExitCode Run::Go() {
   if (!options_.rinex.base.empty() && !IsPlayback() && !receiver_.HasRawData()) {
     throw Failure(ExitCode::usage, "the model " + options_.model + " has no raw data to log");
   }
+  if (options_.format == Format::tui) OpenScreen();
   engine_.InitReceivers();
   if (options_.baud > 0) receiver_.SaveDifferentSettings(options_.baud);
   receiver_.SetupReceiver(kPort, static_cast<int>(options_.geoid), options_.antenna_height, "", false);
   engine_.SetReceiver(&receiver_);
   if (!IsPlayback()) source_.emplace(options_.port, receiver_);
-  MakeSinks();
+  if (!screen_) MakeSinks();
   const bool logs = !options_.rinex.base.empty();
   engine_.m_bAttachRawData = logs || options_.attach_raw.value_or(receiver_.HasRawData());
   if (logs) rinex_.emplace(options_.rinex, options_.model, options_.antenna_height, *sink_);
   window_.emplace(rinex_ ? *rinex_ : *sink_, options_.count);
   watch_.emplace(source_ && !source_->IsSimulated() ? source_->Device() : "");
-  IsPlayback() ? StartPlayback() : StartLive();
+  if (screen_) PrepareScreen();
+  try {
+    IsPlayback() ? StartPlayback() : StartLive();
+  } catch (const PacingClock::Interrupted&) {
+    return interrupt_.HasCome() ? ExitCode::interrupted : ExitCode::done;
+  }
 
   if (options_.duration > 0.0) end_.Set(options_.duration);
   if (options_.timeout > 0.0 && !IsPlayback()) first_message_.Set(options_.timeout);
   Waiter waiter(interrupt_, output_, *watch_);
+  if (screen_) waiter.Watch(screen_->Descriptor());
   std::optional<ExitCode> ending;
   while (!ending) {
     waiter.Wait(NextDeadline());
@@ -115,9 +127,11 @@ ExitCode Run::Go() {
     if (fix_age_ != nullptr) fix_age_->Check();
     if (recorder_) recorder_->Take();
     if (rinex_) rinex_->Check();
+    if (screen_) screen_->Step();
     ending = !output_.Flush() || waiter.IsReaderGone() ? ExitCode::done : Ending();
   }
   boxes_.Release();
+  if (screen_) screen_->Close();
   engine_.Stop();
   window_->Drain();
   output_.Flush();
@@ -135,6 +149,22 @@ void Run::MakeSinks() {
   sink_ = std::move(fix_age);
 }
 
+void Run::OpenScreen() {
+  auto readings = std::make_unique<Readings>();
+  screen_.emplace(*readings, engine_, receiver_, interrupt_);
+  sink_ = std::move(readings);
+  boxes_.GiveUpKeyboard();
+}
+
+void Run::PrepareScreen() {
+  const std::string baud = std::to_string(receiver_.GetCurrentBaudrate()) + " baud";
+  screen_->SetSource(IsPlayback()             ? "playing " + options_.play
+                     : source_->IsSimulated() ? source_->Device() + "  simulated"
+                                              : source_->Device() + "  " + baud);
+  screen_->OnDrain([this] { window_->Drain(); });
+  screen_->OnEnter([this] { boxes_.GoOn(); });
+}
+
 void Run::StartPlayback() {
   // The engine would look for another recording in its place.
   errno = 0;
@@ -150,19 +180,26 @@ void Run::StartPlayback() {
   if (!engine_.Start()) throw Failure(ExitCode::failed, engine_.GetLastErrorString().ToUtf8());
 }
 
+std::unique_ptr<LiveScreen::Busy> Run::BeBusy() {
+  if (!screen_) return nullptr;
+  return std::make_unique<LiveScreen::Busy>(*screen_, "starting the receiver", screen_->StartTime());
+}
+
 void Run::StartLive() {
   if (options_.record.empty()) {
     tap_.emplace(engine_);
+    if (screen_) screen_->ListenOn(*tap_);
   } else {
     recorder_.emplace(options_.record);
     recorder_->Begin(engine_);
   }
-  if (source_->IsSimulated()) {
+  if (source_->IsSimulated() && !screen_) {
     Complain("a simulated receiver \"" + options_.model + "\" on " + source_->Device() +
              "; --port DEVICE reads a real one, Ctrl-C ends");
   }
   source_->Start();
   if (options_.reconnect) reconnect_.emplace(source_->Device(), *options_.reconnect);
+  const auto busy = BeBusy();
   StartEngine(engine_, *source_, *watch_);
   if (rinex_) AskForRawData();
 }
@@ -182,12 +219,14 @@ Deadline::Clock::time_point Run::NextDeadline() const {
   if (fix_age_ != nullptr) next = fix_age_->Due().Earlier(next);
   if (reconnect_) next = reconnect_->NextLook().Earlier(next);
   if (recorder_) next = std::min(next, Deadline::Clock::now() + kRecordInterval);
+  if (screen_) next = std::min(next, screen_->NextDraw());
   return next;
 }
 
 std::optional<ExitCode> Run::Ending() {
   if (window_->IsFull()) return ExitCode::done;
   if (interrupt_.HasCome()) return ExitCode::interrupted;
+  if (screen_ && screen_->WantsToQuit()) return ExitCode::done;
   TakeNote();
   if (recorder_ && !engine_.m_bRecordRaw) {
     throw Failure(ExitCode::failed, "recording to " + options_.record + " has failed");
@@ -233,6 +272,7 @@ void Run::Reopen() {
   receiver_.ResetSpeedEngine();
   if (recorder_) recorder_->Begin(engine_);
   try {
+    const auto busy = BeBusy();
     StartEngine(engine_, *source_, *watch_);
     reconnect_->End();
     if (!noted_ && options_.timeout > 0.0) first_message_.Set(options_.timeout);
@@ -240,6 +280,8 @@ void Run::Reopen() {
   } catch (const Failure& failure) {
     Complain(failure.what());
     if (failure.Code() == ExitCode::port_closed) reconnect_->Begin();
+  } catch (const PacingClock::Interrupted&) {
+    reconnect_->Begin();  // unless it was the end of the run
   }
 }
 

@@ -16,7 +16,8 @@
 /// The program as a user runs it, a process of its own, whose profile is not the user's.
 class Program {
  public:
-  explicit Program(std::vector<std::string> arguments) {
+  /// With the name of a terminal, that is its input and output.
+  explicit Program(std::vector<std::string> arguments, const std::string& strTerminal = "") {
     int out[2], err[2];
     if (pipe2(out, O_CLOEXEC) != 0 || pipe2(err, O_CLOEXEC) != 0) throw std::runtime_error("no pipe");
     arguments.insert(arguments.begin(), GPSENGINE_PROGRAM);
@@ -27,6 +28,7 @@ class Program {
     if (m_nProcess == 0) {
       dup2(out[1], STDOUT_FILENO);
       dup2(err[1], STDERR_FILENO);
+      if (!strTerminal.empty()) UseTerminal(strTerminal);
       setenv("XDG_CONFIG_HOME", ("/tmp/gpsengine-test-" + std::to_string(getppid())).c_str(), 1);
       execv(argv[0], argv.data());
       _exit(127);
@@ -79,6 +81,14 @@ class Program {
   std::string Errors() const { return Rest(m_nErr); }
 
  private:
+  static void UseTerminal(const std::string& strName) {
+    const int terminal = open(strName.c_str(), O_RDWR | O_NOCTTY);
+    dup2(terminal, STDIN_FILENO);
+    dup2(terminal, STDOUT_FILENO);
+    close(terminal);
+    setenv("TERM", "xterm", 1);
+    setenv("LC_ALL", "C.UTF-8", 1);
+  }
   static std::string Rest(int nDescriptor) {
     std::string text;
     char piece[4096];

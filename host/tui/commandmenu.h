@@ -1,0 +1,51 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "host/operations.h"
+#include "host/tui/canvas.h"
+
+namespace host {
+
+/// The commands that a model offers while it runs, as a menu with a prompt for what a command takes.
+class CommandMenu {
+ public:
+  /// A command that the user wants.
+  struct Order {
+    const Operation* operation;
+    Action action;
+    std::string text;  ///< As the user would write it.
+    long long time;    ///< How long it takes, in milliseconds.
+  };
+
+  /// Rehearses the model's operations, so that no engine may run meanwhile, and no port be named yet.
+  explicit CommandMenu(CGPSReceiver& receiver);
+
+  void Open();
+  bool IsOpen() const { return state_ != State::closed; }
+  /// Takes a key while the menu is open. Gives the command that it completes, which closes the menu.
+  std::optional<Order> OnKey(int key);
+  void Draw(Canvas& canvas) const;
+
+ private:
+  enum class State { closed, list, prompt };
+  struct Entry {
+    const Operation* operation;
+    std::vector<std::pair<std::string, long long>> times;  // of its examples
+  };
+
+  const Operation& Selected() const { return *entries_[selected_].operation; }
+  std::optional<Order> OnListKey(int key);
+  std::optional<Order> OnPromptKey(int key);
+  std::optional<Order> Complete();
+  long long TimeOf(const std::string& call) const;
+
+  std::vector<Entry> entries_;
+  State state_ = State::closed;
+  std::size_t selected_ = 0;
+  std::string input_, error_;
+};
+
+}  // namespace host

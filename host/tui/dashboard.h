@@ -1,0 +1,38 @@
+#pragma once
+
+#include <string>
+
+#include "host/tui/canvas.h"
+#include "host/tui/position.h"
+#include "host/tui/readings.h"
+
+namespace host {
+
+/// What the library counts by itself.
+struct LineCounters {
+  int sentences = 0, checksum_errors = 0;
+  int binary = 0, bad_binary = 0;
+};
+
+/// All that a screen shows.
+struct View {
+  explicit View(const Readings& shown) : readings(shown) {}
+
+  const Readings& readings;
+  std::string model;
+  std::string source;  ///< Where the bytes come from.
+  LineCounters counters;
+  PositionFormat position = PositionFormat::degrees;
+  bool sentences = false;  ///< The stream of sentences has a panel.
+  std::string status;      ///< The line above the keys.
+  Style status_style = Style::normal;
+};
+
+/// Draws the screen. Panels are as large as there is room for, and left out where there is none.
+void DrawDashboard(Canvas& canvas, const View& view);
+/// The list of keys and marks, in the middle of the screen.
+void DrawHelp(Canvas& canvas);
+/// The rectangle in the middle of a canvas that comes nearest to that size.
+Area Middle(const Canvas& canvas, int rows, int columns);
+
+}  // namespace host

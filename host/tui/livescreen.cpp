@@ -1,0 +1,250 @@
+#include "host/tui/livescreen.h"
+
+#include <unistd.h>
+
+#include <utility>
+
+#include "gpsengine/platform/application.h"
+#include "gpsengine/platform/trace.h"
+#include "host/failure.h"
+#include "host/progress.h"
+#include "host/rehearse.h"
+#include "host/tui/keys.h"
+
+namespace host {
+
+namespace {
+
+constexpr std::chrono::milliseconds kLeastInterval{100};
+constexpr std::chrono::seconds kTick{1};
+constexpr std::chrono::seconds kStatusTime{20};
+// Answers that no decoder takes are looked for as long as this behind a request.
+constexpr std::chrono::seconds kAnswerTime{10};
+constexpr const char* kSection = "Monitor";
+constexpr const char* kPositionEntry = "PositionFormat";
+
+long long StartTimeOf(CGPSReceiver& receiver) {
+  const Operation& start = FindOperation("start");
+  return Rehearse(receiver.GetName().ToUtf8(), start, Prepare(start, {})).Time();
+}
+
+PositionFormat KeptPositionFormat() {
+  CWinApp* app = AfxGetApp();
+  const int kept = app == nullptr ? 0 : app->GetProfileInt(kSection, kPositionEntry, 0);
+  return kept > 0 && kept < kPositionFormats ? static_cast<PositionFormat>(kept) : PositionFormat::degrees;
+}
+
+}  // namespace
+
+LiveScreen::LiveScreen(Readings& readings, CGPSEngine& engine, CGPSReceiver& receiver,
+                       const Interrupt& interrupt)
+    : readings_(readings),
+      engine_(engine),
+      receiver_(receiver),
+      interrupt_(interrupt),
+      menu_(receiver),
+      start_time_(StartTimeOf(receiver)),
+      view_(readings) {
+  view_.model = receiver.GetName().ToUtf8();
+  view_.position = KeptPositionFormat();
+  SetComplaintHandler([this](const std::string& text) {
+    const std::lock_guard lock(notices_mutex_);
+    notices_.push_back(text);
+  });
+  // Traces that go to a file go on.
+  silences_trace_ = IsTracing() && isatty(STDERR_FILENO) != 0;
+  if (silences_trace_) SetTraceHandler([](const CString&) {});
+}
+
+LiveScreen::~LiveScreen() {
+  Close();
+}
+
+void LiveScreen::Close() {
+  SetComplaintHandler({});
+  if (std::exchange(silences_trace_, false)) SetTraceHandler({});
+  terminal_.Close();
+}
+
+LiveScreen::Clock::time_point LiveScreen::NextDraw() const {
+  const bool news = dirty_ || readings_.Version() != drawn_version_;
+  return drawn_at_ + (news ? Clock::duration(kLeastInterval) : Clock::duration(kTick));
+}
+
+void LiveScreen::Step() {
+  while (const auto key = terminal_.ReadKey()) OnKey(*key);
+  TakeNotices();
+  TakeParameterLines();
+  KeepCapturing();
+  if (terminal_.TakeChange()) drawn_at_ = {};
+  if (Clock::now() >= NextDraw()) Draw();
+}
+
+void LiveScreen::OnKey(int key) {
+  drawn_at_ = {};  // at once
+  if (key == key::kRedraw) return terminal_.Redraw();
+  if (!busy_.empty()) {
+    stop_ = stop_ || key == key::kEscape || key == 'q';
+    quit_ = quit_ || key == 'q';
+    return;
+  }
+  if (OnMenuKey(key)) return;
+  if (std::exchange(help_, false)) return;
+  switch (key) {
+    case 'q':
+      quit_ = true;
+      break;
+    case '?':
+    case 'h':
+    case key::kHelp:
+      help_ = true;
+      break;
+    case 'c':
+      menu_.Open();
+      break;
+    case 'p':
+      NextPositionFormat();
+      break;
+    case 'r':
+      view_.sentences = !view_.sentences;
+      break;
+    case key::kEnter:
+      if (enter_) enter_();
+      break;
+    default:
+      break;
+  }
+}
+
+bool LiveScreen::OnMenuKey(int key) {
+  if (!menu_.IsOpen()) return false;
+  if (const auto order = menu_.OnKey(key)) Perform(*order);
+  return true;
+}
+
+void LiveScreen::NextPositionFormat() {
+  const int next = (static_cast<int>(view_.position) + 1) % kPositionFormats;
+  view_.position = static_cast<PositionFormat>(next);
+  if (CWinApp* app = AfxGetApp()) app->WriteProfileInt(kSection, kPositionEntry, next);
+}
+
+void LiveScreen::Perform(const CommandMenu::Order& order) {
+  if (receiver_.GetPortHandle() == INVALID_HANDLE_VALUE) {
+    return Tell("no port is open: " + order.text + " has not been sent", Style::bad);
+  }
+  const bool asks = order.operation->kind == Operation::Kind::asks;
+  Listen();
+  readings_.Log("> " + order.text, Style::label);
+  Result result = Result::none;
+  try {
+    const Busy busy(*this, order.text, order.time);
+    result = order.action(receiver_);
+  } catch (const PacingClock::Interrupted&) {
+    return Tell("stopped: what was left of " + order.text + " has not been sent", Style::warn);
+  }
+  if (result == Result::no) return Tell(order.text + " did not work, or was not acknowledged", Style::bad);
+  Tell(order.text + (asks ? " was sent; what answers is among the reports" : " was sent"), Style::good);
+}
+
+LiveScreen::Busy::Busy(LiveScreen& screen, const std::string& label, long long time)
+    : screen_(screen),
+      sequence_(screen.interrupt_, [&screen](long long passed) { return screen.OnPassed(passed); }) {
+  screen.stop_ = false;
+  screen.busy_ = label;
+  screen.busy_time_ = time;
+  screen.busy_passed_ = 0;
+  screen.Draw();
+}
+
+LiveScreen::Busy::~Busy() {
+  if (screen_.answers_until_) screen_.answers_until_ = Clock::now() + kAnswerTime;
+  screen_.busy_.clear();
+  screen_.dirty_ = true;
+}
+
+bool LiveScreen::OnPassed(long long passed) {
+  busy_passed_ = passed;
+  dirty_ = true;
+  if (drain_) drain_();
+  Step();
+  return !stop_;
+}
+
+void LiveScreen::TakeNotices() {
+  std::vector<std::string> notices;
+  {
+    const std::lock_guard lock(notices_mutex_);
+    notices.swap(notices_);
+  }
+  for (const std::string& notice : notices) {
+    readings_.Log(notice, Style::warn);
+    Tell(notice, Style::warn);
+  }
+}
+
+void LiveScreen::Tell(const std::string& text, Style style) {
+  view_.status = text;
+  view_.status_style = style;
+  status_until_ = Clock::now() + kStatusTime;
+  dirty_ = true;
+}
+
+// The library keeps what it captures, and stops when it has kept much of it.
+void LiveScreen::KeepCapturing() {
+  if (busy_.empty() && answers_until_ && Clock::now() >= *answers_until_) {
+    answers_until_.reset();
+    if (std::exchange(taps_, false)) engine_.m_bRecordRaw = false;
+  }
+  const bool wanted = view_.sentences || answers_until_;
+  CComBuffer& capture = engine_.m_ComBuffer;
+  if (capture.m_bOverflow && capture.m_bPaused) {
+    capture.m_strData.Empty();
+    capture.m_bOverflow = false;
+  }
+  if (capture.m_bPaused == wanted) capture.m_bPaused = !wanted;
+}
+
+// For what answers a command.
+void LiveScreen::Listen() {
+  answers_until_ = Clock::now() + kAnswerTime;
+  KeepCapturing();
+  if (tap_ == nullptr || engine_.m_bRecordRaw) return;
+  tap_->Restart();
+  taps_ = true;
+  engine_.m_bRecordRaw = true;
+}
+
+void LiveScreen::TakeParameterLines() {
+  if (!taps_) return;
+  parameters_.Feed(tap_->Take());
+  const auto& lines = parameters_.Lines();
+  for (; parameters_shown_ < lines.size(); ++parameters_shown_) {
+    readings_.Log("answer: " + lines[parameters_shown_], Style::normal);
+  }
+}
+
+void LiveScreen::Draw() {
+  if (status_until_ && Clock::now() >= *status_until_) {
+    status_until_.reset();
+    view_.status.clear();
+  }
+  view_.counters = {receiver_.GetSentencesRecognised(), receiver_.GetChecksumErrors(),
+                    receiver_.GetBinaryMessages(), receiver_.GetBadBinaryMessages()};
+  Canvas canvas = terminal_.MakeCanvas();
+  View view = view_;
+  if (!busy_.empty()) {
+    const double part =
+        busy_time_ > 0 ? static_cast<double>(busy_passed_) / static_cast<double>(busy_time_) : 0.0;
+    view.status = Progress::Render(busy_, part, canvas.Columns() - 14) + "  Esc stops";
+    view.status_style = Style::warn;
+  }
+  DrawDashboard(canvas, view);
+  if (menu_.IsOpen()) menu_.Draw(canvas);
+  if (help_) DrawHelp(canvas);
+  terminal_.Show(canvas);
+  drawn_at_ = Clock::now();
+  drawn_version_ = readings_.Version();
+  dirty_ = false;
+}
+
+}  // namespace host

@@ -1,0 +1,276 @@
+#include "host/tui/panels.h"
+
+#include <algorithm>
+#include <cmath>
+#include <numbers>
+#include <vector>
+
+#include "host/tui/dashboard.h"
+
+namespace host {
+
+namespace {
+
+constexpr double kDegrees = 180.0 / std::numbers::pi;
+constexpr double kKnots = 3600.0 / 1852.0;
+
+struct Kind {
+  const char* words;
+  Style style;
+};
+
+Kind KindOf(const Readings& readings) {
+  // In the order of SignalType.
+  constexpr Kind kKinds[] = {{"NO FIX", Style::bad},          {"AUTONOMOUS", Style::good},
+                             {"DIFFERENTIAL", Style::good},   {"ESTIMATED", Style::warn},
+                             {"MANUAL", Style::warn},         {"RTK CODE", Style::good},
+                             {"RTK FIXED", Style::good},      {"RTK FLOAT", Style::good},
+                             {"POST-PROCESSED", Style::good}, {"SBAS", Style::good}};
+  const auto signal = readings.Signal();
+  if (!signal) return {"WAITING", Style::warn};
+  if (*signal < 0 || *signal >= static_cast<int>(std::size(kKinds))) return {"UNKNOWN KIND", Style::warn};
+  return kKinds[*signal];
+}
+
+std::string AgeText(double seconds) {
+  const auto whole = static_cast<long long>(seconds);
+  if (whole < 100) return Print("%lld s", whole);
+  if (whole < 6000) return Print("%lld min", whole / 60);
+  return Print("%lld h", whole / 3600);
+}
+
+std::string NumberText(const char* format, double value) {
+  return std::isfinite(value) ? Print(format, value) : "-";
+}
+
+std::string DopText(double dop) {
+  return dop > 0.0 ? NumberText("%4.1f", dop) : "   -";
+}
+
+/// A line of the fix panel: numbers end in one column, units begin in the next but one.
+class FixLines {
+ public:
+  FixLines(Pane pane, Style value) : pane_(pane), value_(value) {}
+
+  void Add(const char* label, const std::string& number, const std::string& unit = "",
+           const std::string& number2 = "", const std::string& unit2 = "") {
+    constexpr int kNumberEnd = 20, kSecondEnd = 29;
+    Label(label);
+    pane_.Text(row_, kNumberEnd - Width(number), number, value_);
+    pane_.Text(row_, kNumberEnd + (unit.starts_with("°") ? 0 : 1), unit);
+    pane_.Text(row_, kSecondEnd - Width(number2), number2);
+    pane_.Text(row_, kSecondEnd + 1, unit2);
+    ++row_;
+  }
+  void AddAngle(const char* label, const std::string& angle) {
+    constexpr int kAngleEnd = 31;
+    Label(label);
+    pane_.Text(row_++, kAngleEnd - Width(angle), angle, value_);
+  }
+  void AddDops(const Readings::Dilution& dops) {
+    int column = Label("HDOP");
+    column = pane_.Text(row_, column + 2, DopText(dops.hdop), value_);
+    column = pane_.Text(row_, column + 3, "PDOP ", Style::label);
+    column = pane_.Text(row_, column + 1, DopText(dops.pdop), value_);
+    column = pane_.Text(row_, column + 3, "VDOP ", Style::label);
+    pane_.Text(row_++, column + 1, DopText(dops.vdop), value_);
+  }
+
+ private:
+  int Label(const char* label) { return pane_.Text(row_, 1, label, Style::label); }
+
+  Pane pane_;
+  const Style value_;
+  int row_ = 1;
+};
+
+void DrawKind(Pane& pane, const Readings& readings) {
+  const Kind kind = KindOf(readings);
+  const bool stale = readings.IsStale();
+  pane.Text(0, 1, kind.words, stale ? Style::dim : kind.style);
+  if (const auto age = readings.Age(); age && readings.Fix() != nullptr) {
+    pane.Right(0, (stale ? " STALE " : "age ") + AgeText(*age) + ' ', stale ? Style::bad : Style::normal);
+  }
+}
+
+/// Breaks a text at its blanks, and words that are too long anywhere.
+std::vector<std::string> Wrap(std::string_view text, std::size_t width) {
+  std::vector<std::string> rows;
+  do {
+    std::size_t end = std::min(width, text.size());
+    if (end < text.size()) {
+      const auto blank = text.rfind(' ', end);
+      if (blank != std::string_view::npos && blank > 0) end = blank;
+    }
+    rows.emplace_back(text.substr(0, end));
+    text.remove_prefix(end);
+    text.remove_prefix(std::min(text.find_first_not_of(' '), text.size()));
+  } while (!text.empty());
+  return rows;
+}
+
+}  // namespace
+
+std::string TimeText(std::int64_t moment) {
+  const auto seconds = static_cast<int>(moment % 86'400);
+  return Print("%02d:%02d:%02d", seconds / 3600, seconds / 60 % 60, seconds % 60);
+}
+
+void DrawFix(Pane pane, const View& view) {
+  const Readings& readings = view.readings;
+  Pane inside = pane.Frame("Fix");
+  DrawKind(inside, readings);
+  const CGPSData* fix = readings.Fix();
+  const bool holds = fix != nullptr && readings.Signal() != UDF_SIGNAL_NONE && !readings.IsStale();
+  FixLines lines(inside, holds ? Style::value : Style::dim);
+  lines.AddAngle("Latitude", fix != nullptr ? AngleText(fix->m_dLatitude, view.position, 'N', 'S') : "-");
+  lines.AddAngle("Longitude", fix != nullptr ? AngleText(fix->m_dLongitude, view.position, 'E', 'W') : "-");
+  const auto speed = readings.Speed();
+  lines.Add("Speed", speed ? NumberText("%.1f", *speed * kKnots) : "-", "kn",
+            speed ? NumberText("%.1f", *speed * 3.6) : "-", "km/h");
+  const auto course = readings.Course();
+  lines.Add("Course", course ? NumberText("%03.0f", std::fmod(std::round(*course), 360.0)) : "-", "° true");
+  lines.Add("Height", fix != nullptr ? NumberText("%.2f", fix->m_dAltitude) : "-", "m");
+  const auto time = readings.TimeOfDay();
+  lines.Add("Time", time ? TimeText(static_cast<std::int64_t>(*time)) : "-", "UTC");
+  lines.Add("Satellites", Print("%d", readings.SatellitesUsed()), "used",
+            Print("%d", std::max(readings.SatellitesInView(), readings.SatellitesUsed())), "in view");
+  lines.AddDops(readings.Dops());
+}
+
+void DrawSky(Pane pane, const View& view) {
+  Pane inside = pane.Frame(pane.Columns() >= 30 ? "Sky   ● used  ○ in view" : "Sky");
+  // A character is about twice as high as it is wide.
+  const int radius = std::min((inside.Rows() - 1) / 2, (inside.Columns() - 5) / 4);
+  if (radius < 2) return;
+  const int row = inside.Rows() / 2, column = inside.Columns() / 2;
+  const auto at = [&](double azimuth, double distance) {
+    return std::pair(row - static_cast<int>(std::lround(radius * distance * std::cos(azimuth))),
+                     column + static_cast<int>(std::lround(2.0 * radius * distance * std::sin(azimuth))));
+  };
+  for (const double distance : {1.0, 0.5}) {
+    const int step = std::max(static_cast<int>(30 / (radius * distance)), 1);
+    for (int degrees = 0; degrees < 360; degrees += step) {
+      const auto [y, x] = at(degrees / kDegrees, distance);
+      inside.Put(y, x, U'·', Style::frame);
+    }
+  }
+  inside.Put(row, column, U'+', Style::frame);
+  constexpr char32_t kWinds[] = {U'N', U'E', U'S', U'W'};
+  for (int wind = 0; wind < 4; ++wind) {
+    const auto [y, x] = at(wind * 90 / kDegrees, 1.0);
+    inside.Put(y, x, kWinds[wind], Style::label);
+  }
+  for (const CGPSSatelliteData& satellite : view.readings.Satellites()) {
+    if (satellite.m_dElevation == 0.0 && satellite.m_dAzimuth == 0.0) continue;  // known by number alone
+    const double distance = std::clamp(1.0 - satellite.m_dElevation * kDegrees / 90.0, 0.0, 1.0);
+    const auto [y, x] = at(satellite.m_dAzimuth, distance);
+    const Style style = satellite.m_bUsed ? Style::used : Style::in_view;
+    const std::string number = Print("%d", satellite.m_nPRN);
+    const bool left = x + 1 + Width(number) > inside.Columns();
+    inside.Put(y, x, satellite.m_bUsed ? U'●' : U'○', style);
+    inside.Text(y, left ? x - Width(number) : x + 1, number, style);
+  }
+}
+
+void DrawSignals(Pane pane, const View& view) {
+  Pane inside = pane.Frame("Signal   █ used  ▒ in view");
+  const auto& satellites = view.readings.Satellites();
+  if (satellites.empty()) {
+    inside.Text(0, 1, "no satellites reported", Style::dim);
+    return;
+  }
+  constexpr char32_t kEighths[] = {U' ', U'▁', U'▂', U'▃', U'▄', U'▅', U'▆', U'▇'};
+  int full = 50;  // what a good receiver reaches, unless this one counts otherwise
+  for (const auto& satellite : satellites) full = std::max(full, satellite.m_nSNR);
+  // Numbers stand below the bars, strengths on top of them.
+  const int base = inside.Rows() - 2;
+  const int step = std::clamp((inside.Columns() - 2) / kSatelliteSlots, 3, 5);
+  int column = 1;
+  for (const auto& satellite : satellites) {
+    const Style style = satellite.m_bUsed ? Style::used : Style::in_view;
+    const int eighths = std::max(satellite.m_nSNR, 0) * 8 * base / full;
+    for (int row = 0; row < base; ++row) {
+      const int part = std::clamp(eighths - row * 8, 0, 8);
+      char32_t glyph = part == 8 ? U'█' : kEighths[part];
+      if (!satellite.m_bUsed && part > 0) glyph = part >= 4 || row == 0 ? U'▒' : U' ';
+      for (int i = 0; i + 1 < step; ++i) inside.Put(base - row, column + i, glyph, style);
+    }
+    const int top = base - std::min((eighths + 7) / 8, base);
+    if (satellite.m_nSNR > 0) inside.Text(top, column, Print("%2d", satellite.m_nSNR), style);
+    inside.Text(base + 1, column, Print("%2d", satellite.m_nPRN), style);
+    column += step;
+  }
+}
+
+void DrawSatellites(Pane pane, const View& view) {
+  Pane inside = pane.Frame("Satellites");
+  inside.Text(0, 1, "Number  Elevation  Azimuth  Signal", Style::label);
+  int row = 1;
+  for (const auto& satellite : view.readings.Satellites()) {
+    const Style style = satellite.m_bUsed ? Style::used : Style::in_view;
+    inside.Put(row, 1, satellite.m_bUsed ? U'●' : U'○', style);
+    inside.Text(row++, 2,
+                Print("%5d  %8.0f°  %6.0f°  %6d", satellite.m_nPRN, satellite.m_dElevation * kDegrees,
+                      satellite.m_dAzimuth * kDegrees, satellite.m_nSNR),
+                style);
+  }
+}
+
+void DrawReports(Pane pane, const View& view) {
+  Pane inside = pane.Frame("Reports");
+  const auto& lines = view.readings.Lines();
+  constexpr int kIndent = 10;
+  const auto width = static_cast<std::size_t>(std::max(inside.Columns() - kIndent - 1, 1));
+  if (lines.empty()) inside.Text(0, 1, "none so far", Style::dim);
+  // As many of the newest as there is room for, each over as many rows as it needs.
+  std::vector<std::pair<const Readings::LogLine*, std::vector<std::string>>> shown;
+  int used = 0;
+  for (auto line = lines.rbegin(); line != lines.rend() && used < inside.Rows(); ++line) {
+    shown.emplace_back(&*line, Wrap(Plain(line->text), width));
+    used += static_cast<int>(shown.back().second.size());
+  }
+  int row = std::min(inside.Rows() - used, 0);
+  for (auto line = shown.rbegin(); line != shown.rend(); ++line) {
+    inside.Text(row, 1, TimeText(line->first->at), Style::label);
+    for (const std::string& text : line->second) inside.Text(row++, kIndent, text, line->first->style);
+  }
+}
+
+void DrawSentences(Pane pane, const View& view) {
+  Pane inside = pane.Frame("Sentences");
+  const auto& sentences = view.readings.Sentences();
+  int row = inside.Rows() - 1;
+  for (auto sentence = sentences.rbegin(); sentence != sentences.rend() && row >= 0; ++sentence, --row) {
+    inside.Text(row, 1, *sentence);
+  }
+}
+
+void DrawCounters(Pane pane, const View& view) {
+  const LineCounters& line = view.counters;
+  const Readings& readings = view.readings;
+  const struct {
+    const char* label;
+    const char* short_label;
+    long long count;
+  } counts[] = {
+      {"sentences", "sentences", line.sentences},
+      {"bad checksum", "bad", line.checksum_errors},
+      {"binary", "binary", line.binary},
+      {"bad binary", "bad", line.bad_binary},
+      {"raw epochs", "epochs", readings.RawEpochs()},
+      {"ephemerides", "eph", readings.Ephemerides()},
+      {"BIN messages", "BIN", readings.Bins()},
+  };
+  const bool is_wide = pane.Columns() >= 110;
+  int column = 1;
+  for (const auto& [label, short_label, count] : counts) {
+    const std::string number = Print(" %lld", count);
+    const std::string_view name = is_wide ? label : short_label;
+    if (column + Width(name) + Width(number) > pane.Columns()) return;
+    column = pane.Text(0, column, name, Style::label);
+    column = pane.Text(0, column, number) + 2;
+  }
+}
+
+}  // namespace host

@@ -1,0 +1,25 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "host/tui/canvas.h"
+
+namespace host {
+
+struct View;
+
+// The panels of the screen. Each fills its pane and makes do with the room that it has.
+
+void DrawFix(Pane pane, const View& view);
+void DrawSky(Pane pane, const View& view);
+void DrawSignals(Pane pane, const View& view);
+void DrawSatellites(Pane pane, const View& view);
+void DrawReports(Pane pane, const View& view);
+void DrawSentences(Pane pane, const View& view);
+void DrawCounters(Pane pane, const View& view);
+
+/// The time of day of a moment in seconds since 1970, as "08:15:30".
+std::string TimeText(std::int64_t moment);
+
+}  // namespace host

@@ -1,0 +1,95 @@
+#pragma once
+
+#include <array>
+#include <chrono>
+#include <cstdint>
+#include <deque>
+#include <functional>
+#include <optional>
+#include <string>
+
+#include "host/sink.h"
+#include "host/textsink.h"
+#include "host/tui/canvas.h"
+
+namespace host {
+
+/// What a live screen shows: the last of everything that the library has published, and when it came.
+class Readings : public Sink {
+ public:
+  using Clock = std::chrono::steady_clock;
+  using Now = std::function<Clock::time_point()>;
+
+  /// A line of what has happened.
+  struct LogLine {
+    std::int64_t at;  ///< Seconds since 1970, UTC.
+    Style style;
+    std::string text;
+  };
+
+  explicit Readings(Now now = &Clock::now) : now_(std::move(now)) {}
+
+  bool OnData(const CGPSData& data) override;
+  bool OnRawData(const CGPSDataRaw& epoch) override;
+  bool OnEphemeris(const CGPSDataEphemeris& ephemeris) override;
+  bool OnBin() override;
+  bool OnString(const CString& text) override;
+
+  /// A line of the program's own among the reports.
+  void Log(const std::string& text, Style style);
+
+  /// A SignalType, of the last record with a position; none so far if there was no such record.
+  std::optional<int> Signal() const { return signal_; }
+  /// The last record that had a fix; null for none.
+  const CGPSData* Fix() const { return fix_ ? &*fix_ : nullptr; }
+  /// Seconds since that record, or since the last record without a fix if none had one.
+  std::optional<double> Age() const;
+  /// Longer ago than this receiver leaves between its fixes.
+  bool IsStale() const;
+  /// Seconds of day of the last record that had a time.
+  std::optional<double> TimeOfDay() const { return time_of_day_; }
+  /// Metres a second, and the course over ground in degrees, of the last record that had them.
+  std::optional<double> Speed() const { return speed_; }
+  std::optional<double> Course() const { return course_; }
+  struct Dilution {
+    double hdop = 0.0, pdop = 0.0, vdop = 0.0;  ///< 0: not reported.
+  };
+  const Dilution& Dops() const { return dops_; }
+  /// Those that are used or in view, by their numbers.
+  const std::vector<CGPSSatelliteData>& Satellites() const { return satellites_; }
+  int SatellitesUsed() const { return used_; }
+  int SatellitesInView() const { return in_view_; }
+
+  long long RawEpochs() const { return raw_epochs_; }
+  long long Ephemerides() const { return ephemerides_; }
+  long long Bins() const { return bins_; }
+
+  /// The newest at the end; a few hundred at most.
+  const std::deque<LogLine>& Lines() const { return log_; }
+  const std::deque<std::string>& Sentences() const { return sentences_; }
+  /// Counts everything that has come, so that one can tell whether there is something new.
+  std::uint64_t Version() const { return version_; }
+
+ private:
+  void TakeFix(const CGPSData& data);
+  void TakeSatellites(const CGPSData& data);
+  bool LogReports();
+
+  const Now now_;
+  std::uint64_t version_ = 0;
+  std::optional<int> signal_;
+  std::optional<CGPSData> fix_;
+  std::optional<Clock::time_point> fix_at_, position_at_;
+  Clock::duration interval_{};  // between the last two records with a position
+  std::optional<double> time_of_day_, speed_, course_;
+  Dilution dops_;
+  std::vector<CGPSSatelliteData> satellites_;
+  int used_ = 0, in_view_ = 0;
+  long long raw_epochs_ = 0, ephemerides_ = 0, bins_ = 0;
+  std::deque<LogLine> log_;
+  std::deque<std::string> sentences_;
+  std::string report_text_;
+  TextSink reports_{report_text_, TextSink::Shows::reports};
+};
+
+}  // namespace host

@@ -1,0 +1,317 @@
+#include "host/tui/terminal.h"
+
+#define NCURSES_NOMACROS
+#define NCURSES_WIDECHAR 1
+#include <curses.h>
+#include <langinfo.h>
+#include <sys/epoll.h>
+#include <sys/ioctl.h>
+#include <sys/signalfd.h>
+#include <term.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <clocale>
+#include <cstdlib>
+#include <string_view>
+#include <system_error>
+
+#include "host/failure.h"
+#include "host/tui/keys.h"
+
+namespace host {
+
+namespace {
+
+constexpr int kSignals[] = {SIGTSTP, SIGCONT, SIGWINCH, SIGQUIT};
+
+sigset_t SignalSet() {
+  sigset_t signals;
+  sigemptyset(&signals);
+  for (const int signal : kSignals) sigaddset(&signals, signal);
+  return signals;
+}
+
+/// The curses library takes signals for itself, in handlers that may run on any thread. They are given back.
+class KeptSignals {
+ public:
+  KeptSignals() {
+    for (std::size_t i = 0; i < kTaken.size(); ++i) sigaction(kTaken[i], nullptr, &actions_[i]);
+  }
+  ~KeptSignals() {
+    for (std::size_t i = 0; i < kTaken.size(); ++i) sigaction(kTaken[i], &actions_[i], nullptr);
+  }
+  KeptSignals(const KeptSignals&) = delete;
+  KeptSignals& operator=(const KeptSignals&) = delete;
+
+ private:
+  static constexpr std::array kTaken = {SIGINT, SIGTERM, SIGTSTP, SIGWINCH};
+  std::array<struct sigaction, kTaken.size()> actions_{};
+};
+
+bool IsUnicode() {
+  std::setlocale(LC_CTYPE, "");
+  return std::string_view(nl_langinfo(CODESET)) == "UTF-8";
+}
+
+bool WantsColour() {
+  const char* no_color = std::getenv("NO_COLOR");
+  return (no_color == nullptr || *no_color == '\0') && has_colors();
+}
+
+bool IsForeground() {
+  return tcgetpgrp(STDIN_FILENO) == getpgrp();
+}
+
+/// Where there is no other screen to go back to, the prompt comes upon the last line.
+void LeaveScreen() {
+  move(getmaxy(stdscr) - 1, 0);
+  clrtoeol();
+  refresh();
+  endwin();
+}
+
+int KeyOf(wint_t code, bool is_function_key) {
+  if (!is_function_key) {
+    if (code == '\n') return key::kEnter;
+    return code == '\b' ? key::kBackspace : static_cast<int>(code);
+  }
+  switch (code) {
+    case KEY_UP:
+      return key::kUp;
+    case KEY_DOWN:
+      return key::kDown;
+    case KEY_PPAGE:
+      return key::kPageUp;
+    case KEY_NPAGE:
+      return key::kPageDown;
+    case KEY_HOME:
+      return key::kHome;
+    case KEY_END:
+      return key::kEnd;
+    case KEY_ENTER:
+      return key::kEnter;
+    case KEY_BACKSPACE:
+    case KEY_DC:
+      return key::kBackspace;
+    case KEY_F(1):
+      return key::kHelp;
+    default:
+      return 0;
+  }
+}
+
+struct Look {
+  attr_t attributes;  // without colours
+  short colour;       // -1: the terminal's own
+  attr_t with_colour;
+};
+
+constexpr Look LookOf(Style style) {
+  switch (style) {
+    case Style::dim:
+      return {A_DIM, -1, A_DIM};
+    case Style::label:
+      return {A_NORMAL, COLOR_CYAN, A_NORMAL};
+    case Style::value:
+      return {A_BOLD, -1, A_BOLD};
+    case Style::title:
+    case Style::selected:
+      return {A_REVERSE, -1, A_REVERSE};
+    case Style::good:
+      return {A_BOLD, COLOR_GREEN, A_BOLD};
+    case Style::warn:
+      return {A_BOLD, COLOR_YELLOW, A_BOLD};
+    case Style::bad:
+      return {A_REVERSE, COLOR_RED, A_BOLD | A_REVERSE};
+    case Style::used:
+      return {A_BOLD, COLOR_GREEN, A_NORMAL};
+    case Style::in_view:
+      return {A_NORMAL, -1, A_NORMAL};
+    case Style::frame:
+      return {A_DIM, -1, A_DIM};
+    case Style::normal:
+    case Style::count:
+      break;
+  }
+  return {A_NORMAL, -1, A_NORMAL};
+}
+
+}  // namespace
+
+struct Terminal::Window {
+  Window() {
+    const KeptSignals kept;
+    screen = newterm(nullptr, stdout, stdin);
+    if (screen == nullptr) throw Failure(ExitCode::failed, "the terminal cannot be used as a screen");
+    cbreak();
+    noecho();
+    nonl();
+    curs_set(0);
+    set_escdelay(25);
+    keypad(stdscr, true);
+    nodelay(stdscr, true);
+    leaveok(stdscr, true);
+    colour = WantsColour();
+    if (!colour) return;
+    start_color();
+    use_default_colors();
+    for (int style = 0; style < static_cast<int>(Style::count); ++style) {
+      init_pair(static_cast<short>(style + 1), LookOf(static_cast<Style>(style)).colour, -1);
+    }
+  }
+  ~Window() { delscreen(screen); }
+  Window(const Window&) = delete;
+  Window& operator=(const Window&) = delete;
+
+  void Put(int row, int column, const Cell& cell) const {
+    const wchar_t text[] = {static_cast<wchar_t>(cell.glyph), L'\0'};
+    const Look look = LookOf(cell.style);
+    cchar_t character;
+    const auto pair = static_cast<short>(colour ? static_cast<int>(cell.style) + 1 : 0);
+    setcchar(&character, text, colour ? look.with_colour : look.attributes, pair, nullptr);
+    mvadd_wch(row, column, &character);
+  }
+
+  SCREEN* screen;
+  bool colour = false;
+};
+
+std::string Terminal::Obstacle() {
+  if (isatty(STDIN_FILENO) == 0 || isatty(STDOUT_FILENO) == 0) {
+    return "the screen needs a terminal as standard input and output";
+  }
+  int error = 0;
+  const bool known = setupterm(nullptr, STDOUT_FILENO, &error) == OK;
+  if (known) {
+    const char* move = tigetstr("cup");
+    const bool moves = move != nullptr && move != reinterpret_cast<const char*>(-1);
+    del_curterm(cur_term);
+    if (moves) return "";
+  }
+  const char* type = std::getenv("TERM");
+  return std::string("a terminal of the type \"") + (type != nullptr ? type : "") +
+         "\" cannot be used as a screen: set TERM to its type";
+}
+
+Terminal::Terminal() : unicode_(IsUnicode()) {
+  if (const std::string obstacle = Obstacle(); !obstacle.empty()) {
+    throw Failure(ExitCode::usage, obstacle + ", or use --format text");
+  }
+  const sigset_t signals = SignalSet();
+  pthread_sigmask(SIG_BLOCK, &signals, &before_);
+  signals_ = UniqueDescriptor(signalfd(-1, &signals, SFD_CLOEXEC | SFD_NONBLOCK));
+  events_ = UniqueDescriptor(epoll_create1(EPOLL_CLOEXEC));
+  for (const int source : {signals_.Get(), STDIN_FILENO}) {
+    epoll_event event{.events = EPOLLIN, .data = {}};
+    if (epoll_ctl(events_.Get(), EPOLL_CTL_ADD, source, &event) != 0) {
+      throw std::system_error(errno, std::generic_category(), "cannot watch the keyboard");
+    }
+  }
+  window_ = std::make_unique<Window>();
+  FitSize();  // the environment may tell of another size
+}
+
+Terminal::~Terminal() {
+  Close();
+}
+
+void Terminal::Close() {
+  if (closed_) return;
+  closed_ = true;
+  if (!suspended_) LeaveScreen();
+  window_.reset();
+  pthread_sigmask(SIG_SETMASK, &before_, nullptr);
+}
+
+std::optional<int> Terminal::ReadKey() {
+  HandleSignals();
+  if (closed_ || suspended_) return std::nullopt;
+  wint_t code = 0;
+  const int kind = get_wch(&code);
+  if (kind == ERR) return std::nullopt;
+  return KeyOf(code, kind == KEY_CODE_YES);
+}
+
+void Terminal::HandleSignals() {
+  signalfd_siginfo signal;
+  while (!closed_ && read(signals_.Get(), &signal, sizeof signal) == sizeof signal) {
+    switch (static_cast<int>(signal.ssi_signo)) {
+      case SIGTSTP:
+      case SIGQUIT:
+        StopOrQuit(static_cast<int>(signal.ssi_signo));
+        break;
+      case SIGCONT:
+        Redraw();
+        break;
+      default:
+        FitSize();
+        break;
+    }
+  }
+}
+
+// The signal has its usual effect, on a terminal that is as it was.
+void Terminal::StopOrQuit(int signal) {
+  Suspend();
+  sigset_t one;
+  sigemptyset(&one);
+  sigaddset(&one, signal);
+  raise(signal);
+  pthread_sigmask(SIG_UNBLOCK, &one, nullptr);
+  pthread_sigmask(SIG_BLOCK, &one, nullptr);
+}
+
+void Terminal::Suspend() {
+  if (suspended_) return;
+  suspended_ = true;
+  LeaveScreen();
+  // What is typed now is meant for another program.
+  epoll_ctl(events_.Get(), EPOLL_CTL_DEL, STDIN_FILENO, nullptr);
+}
+
+bool Terminal::Resume() {
+  if (!suspended_) return true;
+  if (!IsForeground()) return false;  // it was sent on in the background
+  suspended_ = false;
+  epoll_event event{.events = EPOLLIN, .data = {}};
+  epoll_ctl(events_.Get(), EPOLL_CTL_ADD, STDIN_FILENO, &event);
+  Redraw();
+  return true;
+}
+
+void Terminal::Redraw() {
+  if (closed_ || !Resume()) return;
+  reset_prog_mode();
+  FitSize();
+  clearok(curscr, true);
+  changed_ = true;
+}
+
+void Terminal::FitSize() {
+  winsize size{};
+  if (suspended_ || ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) != 0 || size.ws_row == 0 || size.ws_col == 0)
+    return;
+  if (is_term_resized(size.ws_row, size.ws_col)) resizeterm(size.ws_row, size.ws_col);
+  changed_ = true;
+}
+
+bool Terminal::TakeChange() {
+  return std::exchange(changed_, false);
+}
+
+Canvas Terminal::MakeCanvas() const {
+  return closed_ ? Canvas(0, 0, unicode_) : Canvas(getmaxy(stdscr), getmaxx(stdscr), unicode_);
+}
+
+void Terminal::Show(const Canvas& canvas) {
+  if (closed_ || !Resume()) return;
+  for (int row = 0; row < canvas.Rows(); ++row) {
+    for (int column = 0; column < canvas.Columns(); ++column)
+      window_->Put(row, column, canvas.At(row, column));
+  }
+  refresh();
+}
+
+}  // namespace host

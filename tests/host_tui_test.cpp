@@ -1,0 +1,287 @@
+#include <gtest/gtest.h>
+#include <sys/ioctl.h>
+
+#include <cstdio>
+#include <cstring>
+#include <fstream>
+#include <numbers>
+#include <sstream>
+
+#include "gpsengine/engine/gpsengine.h"
+#include "host/failure.h"
+#include "host/tui/commandmenu.h"
+#include "host/tui/dashboard.h"
+#include "host/tui/keys.h"
+#include "tests/support/program.h"
+#include "tests/support/pseudoterminal.h"
+#include "tests/support/receivertest.h"
+
+using namespace host;
+
+namespace {
+
+constexpr double kRadians = std::numbers::pi / 180.0;
+
+CGPSData Fix() {
+  CGPSData data;
+  data.m_dTimeOfDay = 45319.25;
+  data.m_dLatitude = 48.1173 * kRadians;
+  data.m_dLongitude = -9.99999999 * kRadians;
+  data.m_dAltitude = 545.4;
+  data.m_dHDOP = 0.9;
+  data.m_nSatellitesUsed = 1;
+  data.m_nSatellitesInView = 2;
+  data.m_nSignalType = UDF_SIGNAL_RTK_FLOAT;
+  data.m_dHeading = 270.0 * kRadians;
+  data.m_dSpeed = 5.0;
+  data.m_bPositionValid = data.m_bVelocityValid = data.m_bDOPValid = true;
+  data.m_Satellites[0] = {45.0 * kRadians, 90.0 * kRadians, 27, false, true, 25};
+  data.m_Satellites[3] = {90.0 * kRadians, 0.0, 7, true, true, 50};
+  return data;
+}
+
+/// A screen of readings whose time stands still until it is told to go on.
+class HostScreen : public testing::Test {
+ protected:
+  std::string Screen(int rows = 24, int columns = 80, bool unicode = false) const {
+    Canvas canvas(rows, columns, unicode);
+    DrawDashboard(canvas, view_);
+    std::string text;
+    for (int row = 0; row < rows; ++row) text += canvas.Row(row) + '\n';
+    return text;
+  }
+  std::string Row(int row) const {
+    std::istringstream screen(Screen());
+    std::string line;
+    for (int i = 0; i <= row; ++i) std::getline(screen, line);
+    return line;
+  }
+  bool Shows(const std::string& text) const { return Screen().find(text) != std::string::npos; }
+
+  Readings::Clock::time_point now_{};
+  Readings readings_{[this] { return now_; }};
+  View view_{readings_};
+};
+
+}  // namespace
+
+TEST_F(HostScreen, ShowsAFixAtAGlance) {
+  readings_.OnData(Fix());
+  view_.model = "Trimble";
+  view_.source = "/dev/ttyUSB0";
+  view_.counters = {12, 3, 4, 5};
+  EXPECT_EQ(Row(0), " gpsengine  Trimble  /dev/ttyUSB0");
+  const char* const fix[] = {
+      "+- Fix --------------------------------+", "| RTK FLOAT                    age 0 s |",
+      "| Latitude         48.1173000  N       |", "| Longitude        10.0000000  W       |",
+      "| Speed           9.7 kn  18.0 km/h    |", "| Course          180  true            |",
+      "| Height       545.40 m                |", "| Time       12:35:19 UTC              |",
+      "| Satellites        1 used   2 in view |", "| HDOP   0.9   PDOP     -   VDOP     - |"};
+  for (int row = 0; row < 10; ++row) EXPECT_EQ(Row(1 + row).substr(0, 40), fix[row]);
+  // Half of the strength is half of the bar, in other marks than those of a used satellite.
+  const char* const bars[] = {
+      "| 50    ", "| ##    ", "| ## 25 ", "| ## :: ", "| ## :: ", "| ## :: ", "|  7 27 "};
+  for (int row = 0; row < 7; ++row) EXPECT_EQ(Row(13 + row).substr(0, 8), bars[row]) << row;
+  EXPECT_EQ(Row(7).substr(40), "|         W    .    *7   o27  E        |")
+      << "the zenith, and halfway to the east";
+  EXPECT_EQ(Row(21), " sentences 12  bad 3  binary 4  bad 5  epochs 0  eph 0  BIN 0");
+  EXPECT_NE(Screen(24, 80, true).find("●7   ○27"), std::string::npos);
+}
+
+TEST_F(HostScreen, TellsAnOldFixFromAFreshOne) {
+  EXPECT_TRUE(Shows("WAITING"));
+  readings_.OnData(Fix());
+  now_ += std::chrono::seconds(4);
+  EXPECT_TRUE(Shows("STALE 4 s"));
+  readings_.OnData(Fix());
+  now_ += std::chrono::seconds(9);
+  EXPECT_TRUE(Shows("  age 9 s")) << "a receiver that sends every four seconds";
+  CGPSData none = Fix();
+  none.m_nSignalType = UDF_SIGNAL_NONE;
+  none.m_dLatitude = 0.0;
+  readings_.OnData(none);
+  EXPECT_TRUE(Shows("NO FIX")) << "the kind of fix is news";
+  EXPECT_TRUE(Shows("48.1173000")) << "the place is the last that was known";
+  now_ += std::chrono::seconds(200);
+  EXPECT_TRUE(Shows("STALE 3 min"));
+}
+
+TEST_F(HostScreen, KeepsReportsAndSentences) {
+  CGPSData data;
+  data.m_Status.m_bStatusUpdated = data.m_Status.m_bElevationMaskValid = true;
+  data.m_Status.m_nElevationMask = 12;
+  EXPECT_TRUE(readings_.OnData(data));
+  EXPECT_TRUE(Shows(" elevation mask 12 deg"));
+  readings_.Log("a complaint of the program that is too long for one row", Style::warn);
+  EXPECT_TRUE(Shows(" a complaint of the program")) << "broken at a blank";
+  EXPECT_TRUE(Shows("          that is too long for one"));
+  readings_.OnString("$GPGSV,1\x1B[2J\r\n");
+  EXPECT_FALSE(Shows("$GPGSV"));
+  view_.sentences = true;
+  EXPECT_TRUE(Shows("$GPGSV,1?[2J")) << "no byte of a receiver commands the terminal";
+}
+
+TEST_F(HostScreen, FitsAnySize) {
+  readings_.OnData(Fix());
+  for (int i = 0; i < 50; ++i) readings_.Log("a report", Style::normal);
+  for (const bool sentences : {false, true}) {
+    view_.sentences = sentences;
+    for (int rows = 0; rows < 60; rows += 2) {
+      for (int columns = 0; columns < 150; columns += 3) {
+        const std::string screen = Screen(rows, columns);
+        const bool fits = rows >= 8 && columns >= 36;
+        EXPECT_EQ(screen.find("too small") != std::string::npos, !fits && rows >= 1 && columns >= 18);
+        if (fits && !sentences) {
+          EXPECT_NE(screen.find("48.1173000"), std::string::npos) << rows << ' ' << columns;
+        }
+        EXPECT_TRUE(std::all_of(screen.begin(), screen.end(), [](char c) { return c > 0; }));
+      }
+    }
+  }
+}
+
+TEST(HostPosition, RoundsWithoutASixty) {
+  const double angle = -(9.0 + 59.9999999 / 60) * kRadians;
+  EXPECT_EQ(AngleText(angle, PositionFormat::minutes, 'E', 'W'), " 10° 00.00000' W");
+  EXPECT_EQ(AngleText(angle, PositionFormat::seconds, 'E', 'W'), " 10° 00' 00.0000\" W");
+  EXPECT_EQ(AngleText(122.5125 * kRadians, PositionFormat::seconds, 'E', 'W'), "122° 30' 45.0000\" E");
+}
+
+namespace {
+
+/// What a model's menu makes of keys.
+class Menu {
+ public:
+  explicit Menu(const char* model) : menu_(*engine_.FindReceiver(model)) { menu_.Open(); }
+  std::optional<CommandMenu::Order> Type(const std::string& text) {
+    std::optional<CommandMenu::Order> order;
+    for (const char c : text) order = menu_.OnKey(c == '\n' ? key::kEnter : c);
+    return order;
+  }
+  bool Shows(const std::string& text) const {
+    Canvas canvas(40, 80, false);
+    menu_.Draw(canvas);
+    std::string screen;
+    for (int row = 0; row < canvas.Rows(); ++row) screen += canvas.Row(row) + '\n';
+    return screen.find(text) != std::string::npos;
+  }
+
+ private:
+  CGPSEngine engine_;
+
+ public:
+  CommandMenu menu_;
+};
+
+}  // namespace
+
+TEST(HostCommandMenu, OffersWhatTheModelHasAndARunBears) {
+  const Menu trimble("Trimble");
+  EXPECT_TRUE(trimble.Shows(" send "));
+  for (const char* absent : {"gga-only", "suspend", "start"}) EXPECT_FALSE(trimble.Shows(absent)) << absent;
+  EXPECT_TRUE(Menu("CSI").Shows(" set-elevation-mask "));
+}
+
+TEST(HostCommandMenu, AsksForArgumentsUntilTheyAreGood) {
+  Menu menu("CSI");  // default-nmea, gga-only, query-nmea, query-settings, set-elevation-mask ...
+  EXPECT_FALSE(menu.Type("jjjj\n95\n"));
+  EXPECT_TRUE(menu.Shows("\"95\" is not an elevation from 0 to 90 degrees"));
+  menu.menu_.OnKey(key::kClear);
+  const auto order = menu.Type("12\n");
+  ASSERT_TRUE(order);
+  EXPECT_EQ(order->text, "set-elevation-mask 12");
+  EXPECT_EQ(order->time, 200);
+  EXPECT_FALSE(menu.menu_.IsOpen());
+  menu.menu_.Open();
+  const auto query = menu.Type("k\n");
+  ASSERT_TRUE(query) << "a request needs no second thought";
+  EXPECT_EQ(query->text, "query-settings");
+  Menu trimble("Trimble");
+  EXPECT_EQ(trimble.Type("\n$X a  b\n")->text, "send $X a  b");
+}
+
+namespace {
+
+/// The program on a terminal of its own.
+class OnTerminal {
+ public:
+  explicit OnTerminal(std::vector<std::string> arguments)
+      : size_(SetSize()), before_(State()), program_(std::move(arguments), terminal_.Name()) {}
+
+  /// Waits for a text among what is written to the terminal.
+  bool Writes(const std::string& text) {
+    std::string bytes;
+    for (int i = 0; i < 1000 && bytes.find(text) == std::string::npos; ++i)
+      bytes += terminal_.Receive(1, std::chrono::milliseconds(10));
+    return bytes.find(text) != std::string::npos;
+  }
+  void Type(std::string_view keys) const { terminal_.Send(keys); }
+  bool IsAsItWas() const {
+    const termios now = State();
+    return now.c_lflag == before_.c_lflag && now.c_iflag == before_.c_iflag && now.c_oflag == before_.c_oflag;
+  }
+  Program& Run() { return program_; }
+
+ private:
+  termios State() const {
+    termios state{};
+    const int terminal = open(terminal_.Name().c_str(), O_RDWR | O_NOCTTY);
+    tcgetattr(terminal, &state);
+    close(terminal);
+    return state;
+  }
+  int SetSize() const {
+    const int terminal = open(terminal_.Name().c_str(), O_RDWR | O_NOCTTY);
+    termios state{};
+    tcgetattr(terminal, &state);
+    state.c_lflag |= ICANON | ECHO | ISIG;
+    state.c_oflag |= OPOST | ONLCR;
+    tcsetattr(terminal, TCSANOW, &state);
+    const winsize size{24, 80, 0, 0};
+    const int result = ioctl(terminal, TIOCSWINSZ, &size);
+    close(terminal);
+    return result;
+  }
+
+  PseudoTerminal terminal_;
+  int size_;
+  termios before_;
+  Program program_;
+};
+
+}  // namespace
+
+TEST(HostLiveScreen, HoldsThePauseOfARecordingAndGivesTheTerminalBack) {
+  const std::string path = testing::TempDir() + "host_tui_" + std::to_string(getpid());
+  std::ofstream(path, std::ios::binary)
+      << WithChecksum("$GPGGA,123519,4807.038,N,01131.000,E,4,08,0.9,545.4,M,46.9,M,,")
+      << "QRV PAUSE,turn the antenna\r\n"
+      << WithChecksum("$GPGGA,123520,4807.038,N,01131.000,E,5,08,0.9,545.4,M,46.9,M,,");
+  OnTerminal terminal({"monitor", "--play", path});
+  EXPECT_TRUE(terminal.Writes("turn the antenna"));
+  EXPECT_FALSE(terminal.IsAsItWas());
+  terminal.Type("\r");
+  EXPECT_TRUE(terminal.Writes("LOAT")) << "RTK FLOAT in the place of RTK FIXED";
+  terminal.Type("q");
+  EXPECT_EQ(terminal.Run().Wait(), 0);
+  EXPECT_EQ(terminal.Run().Errors(), "");
+  EXPECT_TRUE(terminal.IsAsItWas());
+  std::remove(path.c_str());
+}
+
+TEST(HostLiveScreen, EndsInTheMidstOfALongStart) {
+  OnTerminal terminal({"monitor", "--model", "GSR2650 LB"});
+  EXPECT_TRUE(terminal.Writes("starting the receiver"));
+  terminal.Run().Signal(SIGTERM);
+  EXPECT_EQ(terminal.Run().Wait(), static_cast<int>(ExitCode::interrupted));
+  EXPECT_TRUE(terminal.IsAsItWas());
+}
+
+TEST(HostLiveScreen, CommandsTheReceiver) {
+  OnTerminal terminal({"monitor", "--model", "CSI"});
+  EXPECT_TRUE(terminal.Writes("DIFFERENTIAL"));
+  terminal.Type("cjjjjj\r");
+  EXPECT_TRUE(terminal.Writes("answer: PEM:05")) << "what answers query-elevation-mask is no sentence";
+  terminal.Type("q");
+  EXPECT_EQ(terminal.Run().Wait(), 0);
+}
