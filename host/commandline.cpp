@@ -13,6 +13,7 @@
 #include "host/command.h"
 #include "host/config.h"
 #include "host/decode.h"
+#include "host/exportcommandline.h"
 #include "host/failure.h"
 #include "host/interrupt.h"
 #include "host/models.h"
@@ -146,6 +147,7 @@ void AddMonitor(CLI::App& app, Job& job) {
       "  gpsengine monitor --port /dev/ttyUSB0 --reconnect     goes on when it is plugged in again\n"
       "  gpsengine monitor --port /dev/ttyUSB0 --model Trimble --baud 9600\n"
       "  gpsengine monitor --play drive.log --format json --count 20\n"
+      "  gpsengine monitor --port /dev/ttyUSB0 --gpx walk.gpx --min-distance 2\n"
       "On a terminal it is a screen: q quits, ? lists the keys, c commands the receiver.");
   auto options = std::make_shared<MonitorOptions>();
   auto* port = AddLineOptions(*command, *options, "Serial device; without one, a simulated receiver");
@@ -161,6 +163,7 @@ void AddMonitor(CLI::App& app, Job& job) {
   command->add_flag("--attach-raw,!--no-attach-raw", options->attach_raw,
                     "Decode raw data; on where the model has them");
   AddRinexOptions(*command, options->rinex);
+  AddExportOptions(*command, options->exports);
   command->add_option("--count", options->count, "End after so many records were shown")
       ->check(CLI::PositiveNumber)
       ->type_name("N");
@@ -188,7 +191,11 @@ void AddMonitor(CLI::App& app, Job& job) {
 
 void AddDecode(CLI::App& app, Job& job) {
   auto* command = app.add_subcommand("decode", "Decode a recording, as fast as it goes");
-  command->footer("Example:\n  gpsengine decode drive.log --format json > drive.json");
+  command->footer(
+      "Examples:\n"
+      "  gpsengine decode drive.log --format json > drive.json\n"
+      "  gpsengine decode drive.log --gpx drive.gpx --kml drive.kml\n"
+      "  gpsengine decode drive.log --only fix --min-distance 10 --csv drive.csv");
   auto options = std::make_shared<DecodeOptions>();
   command->add_option("file", options->file, "The recording; - for standard input")
       ->required()
@@ -196,6 +203,15 @@ void AddDecode(CLI::App& app, Job& job) {
   AddReceiverOptions(*command, *options);
   AddChoice(*command, "--format", options->format, kFormats, "How to show records; none: the summary alone");
   AddRinexOptions(*command, options->rinex);
+  AddExportOptions(*command, options->exports);
+  command->add_option("--count", options->count, "End after so many records were shown")
+      ->check(CLI::PositiveNumber)
+      ->type_name("N");
+  command
+      ->add_option("--duration", options->exports.filter.duration,
+                   "End after so many seconds of the recording's own time")
+      ->check(CLI::PositiveNumber)
+      ->type_name("S");
   command
       ->add_option_function<std::string>(
           "--date", [options](const std::string& date) { options->date = MomentOfDate(date); },

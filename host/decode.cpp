@@ -29,7 +29,8 @@ class Dating {
  public:
   Dating(const DecodeOptions& options, Sink& sink, std::string_view head)
       : sink_(sink),
-        scans_(!options.date && (options.format == Format::json || !options.rinex.base.empty())) {
+        scans_(!options.date &&
+               (options.format == Format::json || !options.rinex.base.empty() || options.exports.IsAny())) {
     sink_.SetReference(options.date);
     Feed(head);
   }
@@ -82,15 +83,17 @@ ExitCode Decode(const DecodeOptions& options, const Interrupt& interrupt, Output
   engine.m_bAttachRawData = true;
 
   const auto shown = MakeSink(options.format, output.Text(), options.file, options.geoid);
+  Exports exports(options.exports, {options.file, options.model, options.geoid}, options.file, engine,
+                  *shown);
   std::optional<RinexSink> rinex;
   if (!options.rinex.base.empty())
-    rinex.emplace(options.rinex, options.model, options.antenna_height, *shown);
-  Sink& sink = rinex ? *rinex : *shown;
-  HostWindow window(sink);
+    rinex.emplace(options.rinex, options.model, options.antenna_height, exports);
+  Sink& sink = rinex ? static_cast<Sink&>(*rinex) : exports;
+  HostWindow window(sink, options.count);
   Dating dating(options, sink, recording.Head());
   Progress progress("decoding", static_cast<double>(recording.Size()),
                     recording.Size() >= kLargeFile && CanShowProgress(options.format != Format::none));
-  while (true) {
+  while (!window.IsFull() && !exports.IsOver()) {
     const auto bytes = recording.Next(static_cast<std::size_t>(options.chunk));
     if (bytes.empty()) break;
     if (interrupt.HasCome()) return ExitCode::interrupted;
@@ -99,6 +102,7 @@ ExitCode Decode(const DecodeOptions& options, const Interrupt& interrupt, Output
     engine.UpdateGPSBuffer(chunk);
     window.Drain();
     if (rinex) rinex->Check();
+    exports.Check();
     if (!output.Flush()) return ExitCode::done;
     progress.Update(static_cast<double>(recording.Done()));
   }
@@ -106,6 +110,7 @@ ExitCode Decode(const DecodeOptions& options, const Interrupt& interrupt, Output
     WriteSummary(output.Text(), engine, receiver, window.GetPublished());
     output.Flush();
   }
+  exports.Finish();
   return rinex && !rinex->Finish() ? ExitCode::failed : ExitCode::done;
 }
 

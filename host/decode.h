@@ -3,6 +3,7 @@
 #include <optional>
 #include <string>
 
+#include "host/exports.h"
 #include "host/failure.h"
 #include "host/format.h"
 #include "host/interrupt.h"
@@ -19,6 +20,8 @@ struct DecodeOptions {
   Geoid geoid = Geoid::none;
   double antenna_height = 0.0;  ///< Metres.
   RinexOptions rinex;
+  ExportOptions exports;
+  long long count = 0;  ///< Records to show; 0 for no limit.
   std::optional<Moment>
       date;  ///< When the recording was made; without it, what the recording itself says of that.
 };

@@ -92,10 +92,11 @@ void GpsdSink::End(JsonWriter& json) {
 }
 
 bool GpsdSink::OnData(const CGPSData& data) {
-  if (data.m_bPositionValid) WritePosition(data);
-  const bool satellites = WriteSatellites(data);
-  const bool reports = WriteReports(data);
-  return data.m_bPositionValid || satellites || reports;
+  const bool position = data.m_bPositionValid && kinds_.Has(Kind::fix);
+  if (position) WritePosition(data);
+  const bool satellites = kinds_.Has(Kind::satellites) && WriteSatellites(data);
+  const bool reports = kinds_.Has(Kind::report) && WriteReports(data);
+  return position || satellites || reports;
 }
 
 void GpsdSink::WriteTime(JsonWriter& json, const CGPSData& data) {

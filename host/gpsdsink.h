@@ -21,6 +21,7 @@ class GpsdSink : public Sink {
   GpsdSink(std::string& out, std::string device, Geoid geoid);
 
   void SetReference(std::optional<Moment> reference) override { reference_ = reference; }
+  void SetKinds(Kinds kinds) override { kinds_ = kinds; }
 
   bool OnData(const CGPSData& data) override;
   bool OnRawData(const CGPSDataRaw& epoch) override;
@@ -43,6 +44,7 @@ class GpsdSink : public Sink {
   const std::string device_;
   const std::string_view height_key_;
   std::optional<Moment> reference_;
+  Kinds kinds_ = Kinds::All();
   std::optional<Table> table_;  // the satellites that were last shown
   bool had_position_ = false;   // ahead of any satellites
   ReportReader reports_;

@@ -74,7 +74,8 @@ class Run {
   std::optional<Source> source_;
   CGPSEngine engine_;
   CGPSReceiver& receiver_;
-  std::unique_ptr<Sink> sink_;
+  std::unique_ptr<Sink> shown_, sink_;
+  Exports* exports_ = nullptr;  // in sink_
   std::optional<RinexSink> rinex_;
   std::optional<HostWindow> window_;
   std::optional<PortWatch> watch_;
@@ -103,7 +104,7 @@ ExitCode Run::Go() {
   receiver_.SetupReceiver(kPort, static_cast<int>(options_.geoid), options_.antenna_height, "", false);
   engine_.SetReceiver(&receiver_);
   if (!IsPlayback()) source_.emplace(options_.port, receiver_);
-  if (!screen_) MakeSinks();
+  MakeSinks();
   const bool logs = !options_.rinex.base.empty();
   engine_.m_bAttachRawData = logs || options_.attach_raw.value_or(receiver_.HasRawData());
   if (logs) rinex_.emplace(options_.rinex, options_.model, options_.antenna_height, *sink_);
@@ -127,6 +128,7 @@ ExitCode Run::Go() {
     if (fix_age_ != nullptr) fix_age_->Check();
     if (recorder_) recorder_->Take();
     if (rinex_) rinex_->Check();
+    exports_->Check();
     if (screen_) screen_->Step();
     ending = !output_.Flush() || waiter.IsReaderGone() ? ExitCode::done : Ending();
   }
@@ -135,13 +137,19 @@ ExitCode Run::Go() {
   engine_.Stop();
   window_->Drain();
   output_.Flush();
+  exports_->Finish();
   if (rinex_ && !rinex_->Finish() && ending == ExitCode::done) return ExitCode::failed;
   return *ending;
 }
 
 void Run::MakeSinks() {
   const std::string& device = IsPlayback() ? options_.play : source_->Device();
-  sink_ = MakeSink(options_.format, output_.Text(), device, options_.geoid);
+  shown_ = screen_ ? std::move(sink_) : MakeSink(options_.format, output_.Text(), device, options_.geoid);
+  const bool simulated = source_ && source_->IsSimulated();
+  const RunFacts facts{simulated ? "simulated receiver" : device, options_.model, options_.geoid};
+  auto exports = std::make_unique<Exports>(options_.exports, facts, options_.play, engine_, *shown_);
+  exports_ = exports.get();
+  sink_ = std::move(exports);
   if (options_.format != Format::text) return;
   auto fix_age =
       std::make_unique<FixAge>(std::move(sink_), output_.Text(), [this] { return engine_.GetMessages(); });

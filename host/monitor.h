@@ -4,6 +4,7 @@
 #include <optional>
 #include <string>
 
+#include "host/exports.h"
 #include "host/failure.h"
 #include "host/format.h"
 #include "host/interrupt.h"
@@ -22,9 +23,10 @@ struct MonitorOptions {
   double antenna_height = 0.0;     ///< Metres.
   std::optional<bool> attach_raw;  ///< Decode raw data; without it, where the model has them.
   RinexOptions rinex;              ///< With a log, the receiver is told to send raw data.
-  std::string record;              ///< File for the port's bytes; empty for none.
-  long long count = 0;             ///< Records to show; 0 for no limit.
-  double duration = 0.0;           ///< Seconds to run; 0 for no limit.
+  ExportOptions exports;
+  std::string record;     ///< File for the port's bytes; empty for none.
+  long long count = 0;    ///< Records to show; 0 for no limit.
+  double duration = 0.0;  ///< Seconds to run; 0 for no limit.
   /// Wait for a port that is lost to come back, looking for it so often; without it, the run ends.
   std::optional<std::chrono::milliseconds> reconnect;
   double timeout = 10.0;  ///< Seconds to wait for a first message that is understood; 0 for no limit.

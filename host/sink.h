@@ -5,6 +5,7 @@
 #include "gpsengine/platform/cstring.h"
 #include "gpsengine/records/gpsdata.h"
 #include "gpsengine/records/gpsdataraw.h"
+#include "host/kinds.h"
 #include "host/moment.h"
 
 namespace host {
@@ -21,6 +22,9 @@ class Sink {
   /// The moment near which the records to come belong, for a recording, which is not of today. Without it,
   /// their moment of publication is that moment.
   virtual void SetReference(std::optional<Moment> /*reference*/) {}
+  /// What of the records to come is to be shown, where one carries several kinds. Whole records are shown
+  /// whole.
+  virtual void SetKinds(Kinds /*kinds*/) {}
   /// The text of a message, while a capture runs. It comes behind the record that the message gave, if any.
   virtual bool OnString(const CString& /*text*/) { return false; }
 };

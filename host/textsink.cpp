@@ -63,9 +63,9 @@ void AppendValue(std::string& out, T value) {
 }  // namespace
 
 bool TextSink::OnData(const CGPSData& data) {
-  const bool fix = shows_ == Shows::fixes && data.m_bPositionValid;
+  const bool fix = shows_ == Shows::fixes && data.m_bPositionValid && kinds_.Has(Kind::fix);
   if (fix) WriteFix(data);
-  told_ = WriteReports(data);
+  told_ = kinds_.Has(Kind::report) && WriteReports(data);
   return told_ || fix;
 }
 

@@ -17,6 +17,7 @@ class TextSink : public Sink {
 
   explicit TextSink(std::string& out, Shows shows = Shows::fixes) : out_(out), shows_(shows) {}
 
+  void SetKinds(Kinds kinds) override { kinds_ = kinds; }
   bool OnData(const CGPSData& data) override;
   bool OnRawData(const CGPSDataRaw& epoch) override;
   bool OnEphemeris(const CGPSDataEphemeris& ephemeris) override;
@@ -30,6 +31,7 @@ class TextSink : public Sink {
 
   std::string& out_;
   const Shows shows_;
+  Kinds kinds_ = Kinds::All();
   ReportReader reports_;
   bool told_ = false;  // the record of the message at hand was shown
 };

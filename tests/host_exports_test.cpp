@@ -1,0 +1,259 @@
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <cmath>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <map>
+#include <sstream>
+
+#include "host/decode.h"
+#include "simulator/simulator.h"
+#include "tests/support/program.h"
+#include "tests/support/receivertest.h"
+#include "tests/support/smalldisk.h"
+
+using namespace host;
+
+namespace {
+
+std::string Read(const std::string& path) {
+  std::ostringstream text;
+  text << std::ifstream(path, std::ios::binary).rdbuf();
+  return text.str();
+}
+
+int Count(const std::string& text, const std::string& piece) {
+  int count = 0;
+  for (std::size_t at = 0; (at = text.find(piece, at)) != std::string::npos; at += piece.size()) ++count;
+  return count;
+}
+
+/// Walks the tags of XML: the one that is not closed where it should be, or what stands behind the end.
+std::string UnclosedTag(std::string_view text) {
+  std::vector<std::string> open;
+  text.remove_prefix(text.find("?>") + 2);
+  while (true) {
+    const auto start = text.find('<'), end = text.find('>');
+    if (start == text.npos) return open.empty() && text == "\n" ? "" : "end";
+    if (end < start) return "stray >";
+    std::string tag(text.substr(start + 1, end - start - 1));
+    tag.resize(std::min(tag.find_first_of(" \n"), tag.size()));
+    const bool closes = tag[0] == '/';
+    if (closes && (open.empty() || open.back() != tag.substr(1))) return tag;
+    if (closes) open.pop_back();
+    if (!closes && text[end - 1] != '/') open.push_back(tag);
+    text.remove_prefix(end + 1);
+  }
+}
+
+/// A table's cells by its header's names, row for row.
+std::vector<std::map<std::string, std::string>> Table(const std::string& text) {
+  std::vector<std::string> names;
+  std::vector<std::map<std::string, std::string>> rows;
+  std::istringstream lines(text);
+  for (std::string line; std::getline(lines, line);) {
+    if (line.ends_with('\r')) line.pop_back();
+    std::istringstream cells(line);
+    std::string cell;
+    if (names.empty()) {
+      while (std::getline(cells, cell, ',')) names.push_back(cell);
+    } else {
+      auto& row = rows.emplace_back();
+      for (const auto& name : names) std::getline(cells, row[name], ',');
+    }
+  }
+  return rows;
+}
+
+class HostExports : public testing::Test {
+ protected:
+  HostExports() : folder_(testing::TempDir() + "host_exports_" + std::to_string(getpid()) + ".d") {
+    std::filesystem::create_directory(folder_);
+    options_.file = folder_ + "/a<b>&\"\x01\xFF.log";
+    options_.format = Format::none;
+    options_.exports = {Path("gpx"), Path("kml"), Path("csv"), Path("nmea"), {}};
+  }
+  ~HostExports() override { std::filesystem::remove_all(folder_); }
+
+  std::string Path(const std::string& extension) const { return folder_ + "/out." + extension; }
+  std::string Export(const std::string& extension) const { return Read(Path(extension)); }
+  void Decode(const std::string& bytes) {
+    std::ofstream(options_.file, std::ios::binary) << bytes;
+    Output output(open("/dev/null", O_WRONLY | O_CLOEXEC));
+    EXPECT_EQ(host::Decode(options_, interrupt_, output), ExitCode::done);
+    close(output.Descriptor());
+  }
+  void ExpectWellFormed() const {
+    for (const char* extension : {"gpx", "kml"}) EXPECT_EQ(UnclosedTag(Export(extension)), "") << extension;
+  }
+
+  CWinApp app_{"gpsengine-test"};
+  Interrupt interrupt_;
+  const std::string folder_;
+  DecodeOptions options_;
+};
+
+std::string Fix(const std::string& time, const std::string& latitude = "4807.038", int quality = 1) {
+  return WithChecksum("$GPGGA," + time + ',' + latitude + ",N,01131.000,E," + std::to_string(quality) +
+                      ",08,0.9,545.4,M,46.9,M,,");
+}
+
+const std::string kDate = WithChecksum("$GPZDA,235958,31,12,2023,00,00");
+
+}  // namespace
+
+TEST_F(HostExports, WritesWholeFilesOfNothing) {
+  Decode("");
+  ExpectWellFormed();
+  EXPECT_EQ(Count(Export("csv"), "\n"), 1);
+  EXPECT_EQ(Export("nmea"), "");
+}
+
+TEST_F(HostExports, JoinsTheSentencesOfAnEpochAndSplitsATrackAtAGap) {
+  Decode(kDate + Fix("235959") +
+         WithChecksum("$INGGA,235959,4807.038,N,01131.000,E,1,08,0.9,545.4,M,46.9,M,,") + Fix("000000.50") +
+         Fix("000001", "4807.038", 0) + Fix("000002") + Fix("000100") + Fix("000101", "9907.038") +
+         Fix("000059"));
+  ExpectWellFormed();
+  const auto rows = Table(Export("csv"));
+  ASSERT_EQ(rows.size(), 5u) << Export("csv");
+  const char* times[] = {"2023-12-31T23:59:59.000Z", "2024-01-01T00:00:00.500Z", "2024-01-01T00:00:02.000Z",
+                         "2024-01-01T00:01:00.000Z", "2024-01-01T00:00:59.000Z"};
+  const char* segments[] = {"1", "1", "2", "3", "4"};
+  for (std::size_t i = 0; i < rows.size(); ++i) {
+    EXPECT_EQ(rows[i].at("time"), times[i]);
+    EXPECT_EQ(rows[i].at("segment"), segments[i]);
+  }
+  EXPECT_EQ(
+      rows[0].at("lat") + ' ' + rows[0].at("lon") + ' ' + rows[0].at("height_m") + ' ' + rows[0].at("hdop"),
+      "48.117300000 11.516666667 545.400 0.90");
+  for (const char* extension : {"gpx", "kml"}) {
+    EXPECT_EQ(Count(Export(extension), "2023-12-31T23:59:59.000Z"), 1);
+    EXPECT_EQ(Count(Export(extension), extension[0] == 'g' ? "<trkseg>" : "<Placemark>"), 4);
+  }
+  EXPECT_NE(
+      Export("gpx").find("<name>" + folder_ + "/a&lt;b&gt;&amp;&quot;\xEF\xBF\xBD\xEF\xBF\xBD.log</name>"),
+      std::string::npos);
+}
+
+TEST_F(HostExports, MakesNmeaOfWhatAReceiverSaid) {
+  Decode(WithChecksum("$GPRMC,123518,A,4807.038,N,01131.000,E,022.4,084.4,230394,,") +
+         WithChecksum("$GPGSA,A,3,07,,,,,,,,,,,,2.5,1.3,2.1") + WithChecksum("$GPGSV,1,1,01,07,45,180,41") +
+         WithChecksum("$GPVTG,084.4,T,,M,022.4,N,041.5,K") + Fix("123519", "4807.0381234", 4) +
+         Fix("123520", "4807.038", 0));
+  EXPECT_EQ(Export("nmea"),
+            WithChecksum("$GPGGA,123519.000,4807.0381234,N,01131.0000000,E,4,08,0.90,545.400,M,,M,,") +
+                WithChecksum("$GPRMC,123519.000,A,4807.0381234,N,01131.0000000,E,22.408,84.40,230394,,,R") +
+                WithChecksum("$GPGSA,A,3,07,,,,,,,,,,,,2.50,0.90,2.10") +
+                WithChecksum("$GPGSV,1,1,01,07,45,180,41") +
+                WithChecksum("$GPGGA,123520.000,,,,,0,08,0.90,,M,,M,,") +
+                WithChecksum("$GPRMC,123520.000,V,,,,,,,230394,,,N") +
+                WithChecksum("$GPGSA,A,1,07,,,,,,,,,,,,2.50,0.90,2.10") +
+                WithChecksum("$GPGSV,1,1,01,07,45,180,41"));
+}
+
+// A converter that no one here wrote. It takes any number for a coordinate and ends well on broken input, so
+// what counts is how many points it finds, and where.
+TEST_F(HostExports, AreReadByAConverterAsTheSamePoints) {
+  if (std::system("command -v gpsbabel >/dev/null") != 0) GTEST_SKIP() << "gpsbabel is missing";
+  simulator::Options simulated;
+  simulated.start_utc = std::chrono::sys_days(std::chrono::year(2024) / 5 / 14) - std::chrono::seconds(120);
+  const auto receiver = simulator::MakeReceiver(simulated);
+  std::string stream = WithChecksum("$GPZDA,235800,13,05,2024,00,00");
+  for (int i = 0; i < 250; ++i) stream += receiver->Advance(1.0);
+  Decode(stream);
+  const auto rows = Table(Export("csv"));
+  ASSERT_GE(rows.size(), 245u);
+  for (const char* format : {"gpx", "kml", "nmea"}) {
+    const std::string found = folder_ + "/found.csv";
+    ASSERT_EQ(std::system(("gpsbabel -t -i " + std::string(format) + " -f " + Path(format) +
+                           " -o unicsv,utc=0 -F " + found)
+                              .c_str()),
+              0);
+    const auto points = Table(Read(found));
+    ASSERT_EQ(points.size(), rows.size()) << format;
+    for (std::size_t i = 0; i < rows.size(); ++i) {
+      auto row = rows[i], point = points[i];
+      EXPECT_NEAR(std::stod(point["Latitude"]), std::stod(row["lat"]), 1e-6) << format;
+      EXPECT_NEAR(std::stod(point["Longitude"]), std::stod(row["lon"]), 1e-6) << format;
+      EXPECT_NEAR(std::stod(point["Altitude"]), std::stod(row["height_m"]), 0.1) << format;
+      std::string date = row["time"].substr(0, 10);
+      std::replace(date.begin(), date.end(), '-', '/');
+      EXPECT_EQ(point["Date"], date) << format;
+      EXPECT_EQ(point["Time"].substr(0, 8), row["time"].substr(11, 8)) << format;
+    }
+  }
+}
+
+TEST_F(HostExports, FiltersWhatIsShownAndExported) {
+  // A hundredth of a minute of latitude is 18.5 m.
+  const std::string stream = kDate + Fix("000000", "4807.000") + Fix("000001", "4807.002") +
+                             Fix("000002", "4807.010") + WithChecksum("$PGRME,15.0,M,45.0,M,25.0,M") +
+                             Fix("000003", "4807.010", 0) + Fix("000004", "4807.010") +
+                             Fix("000010", "4807.011");
+  const auto seconds = [&] {
+    Decode(stream);
+    std::string text;
+    for (auto& row : Table(Export("csv"))) text += row["time"].substr(17, 2) + '/' + row["segment"] + ' ';
+    return text;
+  };
+  FilterOptions& filter = options_.exports.filter;
+  filter.min_distance = 10.0;
+  EXPECT_EQ(seconds(), "00/1 02/1 04/2 ");
+  filter = {.min_interval = 3.0};
+  EXPECT_EQ(seconds(), "00/1 04/2 10/2 ");
+  filter = {.duration = 2.0};
+  EXPECT_EQ(seconds(), "00/1 01/1 02/1 ");
+  filter = {.only = Kinds(static_cast<unsigned>(Kind::report))};
+  EXPECT_EQ(seconds(), "");
+  Program decode({"decode", options_.file, "--only", "report"});
+  EXPECT_EQ(decode.Wait(), 0);
+  EXPECT_EQ(Count(decode.Output(), "\n"), 0) << "text shows no sentences of a make";
+  Program json({"decode", options_.file, "--only", "fix", "--count", "2", "--format", "json"});
+  EXPECT_EQ(json.Wait(), 0);
+  const std::string shown = json.Output();
+  EXPECT_EQ(Count(shown, "{\"class\":\"TPV\""), 2) << shown;
+  EXPECT_EQ(Count(shown, "\n"), 2) << shown;
+}
+
+TEST_F(HostExports, NameThePathThatCannotBeWritten) {
+  const auto failure = [this] {
+    try {
+      Decode(Fix("000000"));
+    } catch (const Failure& wrong) {
+      return std::string(wrong.what());
+    }
+    return std::string();
+  };
+  options_.exports.kml = "/nonexistent/x.kml";
+  EXPECT_EQ(failure(), "cannot write /nonexistent/x.kml (--kml): No such file or directory");
+  options_.exports.kml = Path("gpx");
+  EXPECT_EQ(failure(), "--gpx and --kml both name " + Path("gpx"));
+  options_.exports.kml = options_.file;
+  EXPECT_EQ(failure(), "--kml " + options_.file + " is the recording itself");
+  EXPECT_EQ(Read(options_.file), Fix("000000"));
+}
+
+TEST_F(HostExports, LeaveWholeFilesOnAFullDisk) {
+  std::string stream;
+  for (int i = 0; i < 6000; ++i) {
+    const std::string time = std::to_string(1'000'000 + i / 3600 * 10000 + i / 60 % 60 * 100 + i % 60);
+    stream += Fix(time.substr(1));
+  }
+  std::ofstream(options_.file, std::ios::binary) << stream;
+  try {
+    const SmallDisk disk(100'000);
+    Output output(open("/dev/null", O_WRONLY | O_CLOEXEC));
+    host::Decode(options_, interrupt_, output);
+    FAIL();
+  } catch (const Failure& full) {
+    EXPECT_NE(std::string(full.what()).find("out.gpx (--gpx): File too large"), std::string::npos)
+        << full.what();
+  }
+  ExpectWellFormed();
+  EXPECT_GT(Count(Export("gpx"), "<trkpt"), 250);
+  EXPECT_GT(Count(Export("kml"), "<when>"), 250);
+}
