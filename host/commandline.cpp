@@ -194,7 +194,7 @@ void AddDecode(CLI::App& app, Job& job) {
   command->footer(
       "Examples:\n"
       "  gpsengine decode drive.log --format json > drive.json\n"
-      "  gpsengine decode drive.log --gpx drive.gpx --kml drive.kml\n"
+      "  gpsengine decode drive.log --gpx drive.gpx --report drive.html\n"
       "  gpsengine decode drive.log --only fix --min-distance 10 --csv drive.csv");
   auto options = std::make_shared<DecodeOptions>();
   command->add_option("file", options->file, "The recording; - for standard input")

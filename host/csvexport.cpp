@@ -1,5 +1,4 @@
 #include "host/export.h"
-#include "host/exportfile.h"
 #include "host/jsonwriter.h"
 #include "host/reports.h"
 
@@ -13,7 +12,7 @@ constexpr std::string_view kHead =
 
 class CsvExport : public Export {
  public:
-  explicit CsvExport(const ExportPath& path) : file_(path.option, path.path, path.input) {
+  explicit CsvExport(const ExportPath& path) : file_(path) {
     file_.Text() += kHead;
     CsvExport::Flush();
   }

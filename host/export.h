@@ -5,6 +5,7 @@
 
 #include "gpsengine/records/gpsdata.h"
 #include "host/epoch.h"
+#include "host/exportfile.h"
 #include "host/geoid.h"
 
 namespace host {
@@ -19,12 +20,6 @@ struct RunFacts {
 /// What the library has counted in a run.
 struct Tally {
   long long messages = 0, sentences = 0, checksum_errors = 0, binary = 0, bad_binary = 0, dropped = 0;
-};
-
-/// Where a file goes, and which option asked for it.
-struct ExportPath {
-  std::string option, path;
-  std::string input;  ///< The file that the run reads, which is not to be overwritten.
 };
 
 /// A file that is made of the epochs of a run. What it is told it keeps until Flush, so that it may be told
@@ -50,5 +45,7 @@ std::unique_ptr<Export> MakeKmlExport(const ExportPath& path, const RunFacts& fa
 std::unique_ptr<Export> MakeCsvExport(const ExportPath& path, const RunFacts& facts);
 /// Sentences in NMEA 0183.
 std::unique_ptr<Export> MakeNmeaExport(const ExportPath& path, const RunFacts& facts);
+/// A page for people, in HTML. It is written when the run begins and when it ends.
+std::unique_ptr<Export> MakeReportExport(const ExportPath& path, const RunFacts& facts);
 
 }  // namespace host

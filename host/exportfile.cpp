@@ -6,6 +6,9 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <climits>
+#include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <utility>
 
@@ -18,11 +21,11 @@ namespace {
 // For so long, in milliseconds, a pipe may be full.
 constexpr int kPatience = 2000;
 
-Failure CannotWrite(const std::string& option, const std::string& path, int reason) {
+Failure CannotWrite(const ExportPath& path, int reason) {
   std::string text = std::strerror(reason);
   if (reason == ENXIO) text = "nobody reads it";
   if (reason == EAGAIN) text = "its reader does not take what is written";
-  return Failure(ExitCode::failed, "cannot write " + path + " (" + option + "): " + text);
+  return Failure(ExitCode::failed, "cannot write " + path.path + " (" + path.option + "): " + text);
 }
 
 bool IsSameFile(const struct stat& about, const std::string& path) {
@@ -30,29 +33,40 @@ bool IsSameFile(const struct stat& about, const std::string& path) {
   return stat(path.c_str(), &other) == 0 && about.st_dev == other.st_dev && about.st_ino == other.st_ino;
 }
 
-void RefuseSource(const std::string& option, const std::string& path, const std::string& source) {
+void RefuseInput(const ExportPath& path) {
   struct stat about {};
-  if (stat(path.c_str(), &about) == 0 && S_ISREG(about.st_mode) && IsSameFile(about, source)) {
-    throw Failure(ExitCode::usage, option + " " + path + " is the recording itself");
+  if (stat(path.path.c_str(), &about) == 0 && S_ISREG(about.st_mode) && IsSameFile(about, path.input)) {
+    throw Failure(ExitCode::usage, path.option + ' ' + path.path + " is the recording itself");
   }
+}
+
+bool WriteWhole(int descriptor, std::string_view text) {
+  while (!text.empty()) {
+    const ssize_t written = write(descriptor, text.data(), text.size());
+    if (written >= 0) {
+      text.remove_prefix(static_cast<std::size_t>(written));
+    } else if (errno != EINTR) {
+      return false;
+    }
+  }
+  return true;
 }
 
 }  // namespace
 
-GrowingFile::GrowingFile(std::string option, std::string path, const std::string& source)
-    : option_(std::move(option)), path_(std::move(path)) {
-  RefuseSource(option_, path_, source);
+GrowingFile::GrowingFile(ExportPath path) : path_(std::move(path)) {
+  RefuseInput(path_);
   // A pipe that nobody reads would hold the program up.
-  descriptor_ =
-      UniqueDescriptor(open(path_.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC | O_NONBLOCK | O_NOCTTY, 0666));
+  descriptor_ = UniqueDescriptor(
+      open(path_.path.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC | O_NONBLOCK | O_NOCTTY, 0666));
   struct stat about {};
-  if (!descriptor_ || fstat(descriptor_.Get(), &about) != 0) throw CannotWrite(option_, path_, errno);
+  if (!descriptor_ || fstat(descriptor_.Get(), &about) != 0) throw CannotWrite(path_, errno);
   seekable_ = S_ISREG(about.st_mode);
   Resize(0);
 }
 
 void GrowingFile::Resize(off_t size) {
-  if (seekable_ && ftruncate(descriptor_.Get(), size) != 0) throw CannotWrite(option_, path_, errno);
+  if (seekable_ && ftruncate(descriptor_.Get(), size) != 0) throw CannotWrite(path_, errno);
 }
 
 ssize_t GrowingFile::WriteOnce(std::string_view text, off_t at) {
@@ -91,7 +105,7 @@ void GrowingFile::Flush(std::string_view tail) {
     broken_ = true;
     // There was room for the old tail, so that there is now.
     if (seekable_ && Write(tail_, end_)) Resize(before);
-    throw CannotWrite(option_, path_, reason);
+    throw CannotWrite(path_, reason);
   }
   end_ += static_cast<off_t>(fresh);
   tail_ = tail;
@@ -103,6 +117,28 @@ void GrowingFile::Flush(std::string_view tail) {
 void GrowingFile::Close(std::string_view tail) {
   if (!seekable_ && !broken_) text_ += tail;
   Flush(tail);
+}
+
+void ReplaceFile(const ExportPath& path, std::string_view text) {
+  RefuseInput(path);
+  char real[PATH_MAX];
+  const std::string place =
+      realpath(path.path.c_str(), real) != nullptr ? real : path.path;  // what a link leads to
+  struct stat about {};
+  const bool exists = stat(place.c_str(), &about) == 0;
+  if (exists && !S_ISREG(about.st_mode)) {
+    const UniqueDescriptor device(open(place.c_str(), O_WRONLY | O_CLOEXEC | O_NOCTTY));
+    if (!device || !WriteWhole(device.Get(), text)) throw CannotWrite(path, errno);
+    return;
+  }
+  const std::string fresh = place + ".part";
+  const UniqueDescriptor file(open(fresh.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666));
+  if (!file) throw CannotWrite(path, errno);
+  if (!WriteWhole(file.Get(), text) || std::rename(fresh.c_str(), place.c_str()) != 0) {
+    const int reason = errno;
+    std::remove(fresh.c_str());
+    throw CannotWrite(path, reason);
+  }
 }
 
 }  // namespace host

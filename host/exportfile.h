@@ -9,14 +9,20 @@
 
 namespace host {
 
+/// Where a file goes, and which option asked for it.
+struct ExportPath {
+  std::string option, path;
+  std::string input;  ///< The file that the run reads, which is not to be overwritten.
+};
+
 /// A file that grows as a run goes and is whole all the while: behind what was written stands a tail that
 /// completes it, in the place of which the next piece comes. A disk that is full, or a program that is
 /// killed, so leaves a file that ends well. A pipe or a device gets its tail at the end alone.
 class GrowingFile {
  public:
-  /// Makes the file, or empties it. `option` is the one that asked for it, for the texts of failures. Throws
-  /// a Failure if it cannot be written, or is the file `source` that the run reads.
-  GrowingFile(std::string option, std::string path, const std::string& source);
+  /// Makes the file, or empties it. Throws a Failure if it cannot be written, or is the one that the run
+  /// reads.
+  explicit GrowingFile(ExportPath path);
 
   /// What is to be written next.
   std::string& Text() { return text_; }
@@ -31,7 +37,7 @@ class GrowingFile {
   bool Write(std::string_view text, off_t at);
   void Resize(off_t size);
 
-  const std::string option_, path_;
+  const ExportPath path_;
   UniqueDescriptor descriptor_;
   bool seekable_ = false;
   bool broken_ = false;
@@ -39,5 +45,9 @@ class GrowingFile {
   std::string tail_;  // behind it
   std::string text_;
 };
+
+/// Puts a whole file in place at once: whoever reads it finds the old one or the new. Throws a Failure as
+/// GrowingFile does.
+void ReplaceFile(const ExportPath& path, std::string_view text);
 
 }  // namespace host

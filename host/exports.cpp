@@ -15,10 +15,9 @@ constexpr struct {
   std::string ExportOptions::*path;
   Make make;
 } kExports[] = {
-    {"--gpx", &ExportOptions::gpx, MakeGpxExport},
-    {"--kml", &ExportOptions::kml, MakeKmlExport},
-    {"--csv", &ExportOptions::csv, MakeCsvExport},
-    {"--nmea", &ExportOptions::nmea, MakeNmeaExport},
+    {"--gpx", &ExportOptions::gpx, MakeGpxExport},          {"--kml", &ExportOptions::kml, MakeKmlExport},
+    {"--csv", &ExportOptions::csv, MakeCsvExport},          {"--nmea", &ExportOptions::nmea, MakeNmeaExport},
+    {"--report", &ExportOptions::report, MakeReportExport},
 };
 
 }  // namespace

@@ -1,5 +1,4 @@
 #include "host/export.h"
-#include "host/exportfile.h"
 #include "host/jsonwriter.h"
 #include "host/markup.h"
 
@@ -34,7 +33,7 @@ void AppendNumber(std::string& out, std::string_view tag, const std::optional<do
 
 class GpxExport : public Export {
  public:
-  GpxExport(const ExportPath& path, const RunFacts& facts) : file_(path.option, path.path, path.input) {
+  GpxExport(const ExportPath& path, const RunFacts& facts) : file_(path) {
     std::string& out = file_.Text();
     out += kHead;
     out += "  <trk>\n    <name>";

@@ -1,5 +1,4 @@
 #include "host/export.h"
-#include "host/exportfile.h"
 #include "host/jsonwriter.h"
 #include "host/markup.h"
 
@@ -23,8 +22,7 @@ constexpr int kMostOfTrack = 100;
 
 class KmlExport : public Export {
  public:
-  KmlExport(const ExportPath& path, const RunFacts& facts)
-      : geoid_(facts.geoid), file_(path.option, path.path, path.input) {
+  KmlExport(const ExportPath& path, const RunFacts& facts) : geoid_(facts.geoid), file_(path) {
     std::string& out = file_.Text();
     out += kHead;
     AppendMarkup(out, facts.source);

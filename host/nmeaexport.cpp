@@ -4,7 +4,6 @@
 #include <vector>
 
 #include "host/export.h"
-#include "host/exportfile.h"
 #include "host/jsonwriter.h"
 
 namespace host {
@@ -98,7 +97,7 @@ void AppendDate(Sentence& sentence, Moment time) {
 
 class NmeaExport : public Export {
  public:
-  explicit NmeaExport(const ExportPath& path) : file_(path.option, path.path, path.input) {}
+  explicit NmeaExport(const ExportPath& path) : file_(path) {}
 
   void OnEpoch(const PositionEpoch& epoch, const CGPSData& data) override {
     AppendGga(epoch);

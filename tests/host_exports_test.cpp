@@ -74,7 +74,7 @@ class HostExports : public testing::Test {
     std::filesystem::create_directory(folder_);
     options_.file = folder_ + "/a<b>&\"\x01\xFF.log";
     options_.format = Format::none;
-    options_.exports = {Path("gpx"), Path("kml"), Path("csv"), Path("nmea"), {}};
+    options_.exports = {Path("gpx"), Path("kml"), Path("csv"), Path("nmea"), "", {}};
   }
   ~HostExports() override { std::filesystem::remove_all(folder_); }
 
@@ -235,6 +235,9 @@ TEST_F(HostExports, NameThePathThatCannotBeWritten) {
   options_.exports.kml = options_.file;
   EXPECT_EQ(failure(), "--kml " + options_.file + " is the recording itself");
   EXPECT_EQ(Read(options_.file), Fix("000000"));
+  options_.exports.kml.clear();
+  options_.exports.report = "/nonexistent/x.html";
+  EXPECT_EQ(failure(), "cannot write /nonexistent/x.html (--report): No such file or directory");
 }
 
 TEST_F(HostExports, LeaveWholeFilesOnAFullDisk) {
@@ -245,6 +248,7 @@ TEST_F(HostExports, LeaveWholeFilesOnAFullDisk) {
   }
   std::ofstream(options_.file, std::ios::binary) << stream;
   try {
+    options_.exports.report = Path("html");
     const SmallDisk disk(100'000);
     Output output(open("/dev/null", O_WRONLY | O_CLOEXEC));
     host::Decode(options_, interrupt_, output);
@@ -254,6 +258,7 @@ TEST_F(HostExports, LeaveWholeFilesOnAFullDisk) {
         << full.what();
   }
   ExpectWellFormed();
+  EXPECT_TRUE(Export("html").ends_with("</html>\n"));
   EXPECT_GT(Count(Export("gpx"), "<trkpt"), 250);
   EXPECT_GT(Count(Export("kml"), "<when>"), 250);
 }

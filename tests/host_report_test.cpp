@@ -1,0 +1,106 @@
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <numbers>
+
+#include "host/axis.h"
+#include "host/reportpage.h"
+#include "host/timescale.h"
+
+using namespace host;
+
+namespace {
+
+std::string Labels(const Axis& axis) {
+  std::string text;
+  for (const auto& tick : axis.ticks) text += tick.label + ' ';
+  return text;
+}
+
+/// A walk to the north at one metre a second, with a fix each second.
+void Walk(RunStatistics& run, Moment start, int seconds, int signal = UDF_SIGNAL_GPS) {
+  CGPSData data;
+  for (int i = 0; i < seconds; ++i) {
+    PositionEpoch epoch;
+    epoch.time = start + i * 1000;
+    epoch.fix = signal != UDF_SIGNAL_NONE;
+    epoch.starts_segment = i == 0 && epoch.fix;
+    epoch.signal = signal;
+    epoch.latitude = static_cast<double>(i) / 111'000.0;
+    epoch.height = i == 777 ? 5000.0 : 100.0;
+    epoch.speed = 1.0;
+    run.Add(epoch, data);
+  }
+}
+
+}  // namespace
+
+TEST(HostReport, LabelsAnAxisWithRoundNumbers) {
+  EXPECT_EQ(Labels(RoundAxis(0.0, 47.0, 5, 1.0)), "0 10 20 30 40 50 ");
+  EXPECT_EQ(Labels(RoundAxis(278.02, 280.31, 5, 0.01)), "278.0 278.5 279.0 279.5 280.0 280.5 ");
+  EXPECT_EQ(Labels(RoundAxis(-0.3, 0.1, 4, 0.1)),
+            "\xE2\x88\x92"
+            "0.3 \xE2\x88\x92"
+            "0.2 \xE2\x88\x92"
+            "0.1 0.0 0.1 ");
+  EXPECT_EQ(Labels(RoundAxis(7.0, 7.0, 4, 1.0)), "7 8 ");
+  EXPECT_EQ(Labels(ExactAxis(-1234.0, 2345.0, 4)),
+            "\xE2\x88\x92"
+            "1000 0 1000 2000 ");
+}
+
+TEST(HostReport, CutsALongPauseOutOfTheTimes) {
+  constexpr Moment kStart = 1'700'000'000'000;
+  const TimeScale scale({{kStart, kStart + 40'000, 1}, {kStart + 3'640'000, kStart + 3'660'000, 1}}, 100.0,
+                        800.0);
+  ASSERT_EQ(scale.Cuts().size(), 1u);
+  EXPECT_EQ(RoughSpan(scale.Cuts()[0].span), "60 min");
+  EXPECT_DOUBLE_EQ(scale.X(kStart), 100.0);
+  EXPECT_DOUBLE_EQ(scale.X(kStart + 3'660'000), 900.0);
+  EXPECT_GT(scale.X(kStart + 40'000), 500.0);
+  EXPECT_EQ(scale.Ticks().front().label, "22:13:20");
+  for (std::size_t i = 1; i < scale.Ticks().size(); ++i)
+    EXPECT_GT(scale.Ticks()[i].x, scale.Ticks()[i - 1].x + 50.0);
+}
+
+TEST(HostReport, KeepsALongRunInLittleMemoryAndItsExtremes) {
+  RunStatistics run;
+  constexpr int kSeconds = 200'000;
+  Walk(run, 0, kSeconds);
+  EXPECT_LT(run.height.Pieces().size(), 1300u);
+  EXPECT_LT(run.track.Points().size(), 4100u);
+  EXPECT_GT(run.track.Points().size(), 1000u);
+  double most = 0.0;
+  for (const auto& piece : run.height.Pieces()) most = std::max(most, piece.values.most);
+  EXPECT_EQ(most, 5000.0);
+  EXPECT_NEAR(run.distance, kSeconds * 110'574.0 / 111'000.0, 200.0);
+  EXPECT_EQ(run.track.Last()->latitude, run.last_fix->latitude);
+  for (int i = 0; i < 3000; ++i) Walk(run, i * 60'000, 1, i % 2);
+  EXPECT_LE(run.signals.size(), 400u);
+}
+
+TEST(HostReport, TellsWhatTheRunWasLikeInOneFile) {
+  RunStatistics run;
+  Walk(run, 1'700'000'000'000, 120);
+  Walk(run, 1'700'000'120'000, 30, UDF_SIGNAL_NONE);
+  CGPSData data;
+  data.m_Satellites[0] = {std::numbers::pi / 4, std::numbers::pi, 17, true, true, 41};
+  data.m_Satellites[0].m_nPRN = 17;
+  run.AddSatellites(data);
+  Tally tally;
+  tally.checksum_errors = 12'345;
+  const std::string page = ReportPage({"/logs/a<b>.log", "Other", Geoid::none}, run, tally);
+  for (const char* text : {"<title>a&lt;b&gt;.log</title>", ">2023-11-14 22:13:20 UTC<", ">2 min 29 s<",
+                           ">120 (80.0 %)<", ">30 (20.0 %)<", ">118 m<", ">3.6 / 3.6 / 3.6<",
+                           ">12\xE2\x80\xAF"
+                           "345<",
+                           "satellite 17, mean 41 dB-Hz, used 100 %"}) {
+    EXPECT_NE(page.find(text), std::string::npos) << text;
+  }
+  for (const char* fetch : {"http:", "https:", "url(", "@import", "<script", "<link", "src="}) {
+    EXPECT_EQ(page.find(fetch), std::string::npos) << fetch;
+  }
+  const std::string empty = ReportPage({"x", "Other", Geoid::none}, RunStatistics(), Tally());
+  EXPECT_NE(empty.find("no fix was found"), std::string::npos);
+  EXPECT_TRUE(empty.ends_with("</html>\n"));
+}
