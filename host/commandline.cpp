@@ -147,6 +147,7 @@ void AddMonitor(CLI::App& app, Job& job) {
       "  gpsengine monitor --port /dev/ttyUSB0 --reconnect     goes on when it is plugged in again\n"
       "  gpsengine monitor --port /dev/ttyUSB0 --model Trimble --baud 9600\n"
       "  gpsengine monitor --play drive.log --format json --count 20\n"
+      "  gpsengine monitor --play drive.log --speed 10         ten times as fast as it was\n"
       "  gpsengine monitor --port /dev/ttyUSB0 --gpx walk.gpx --min-distance 2\n"
       "On a terminal it is a screen: q quits, ? lists the keys, c commands the receiver.");
   auto options = std::make_shared<MonitorOptions>();
@@ -154,14 +155,16 @@ void AddMonitor(CLI::App& app, Job& job) {
   command->add_option("--play", options->play, "Play a recording, a line every half second, over and over")
       ->type_name("FILE")
       ->excludes(port);
+  AddSpeedOption(*command, options->speed);
   AddReceiverOptions(*command, *options);
   AddChoice(*command, "--format", options->format, kLiveFormats,
             "How to show records; without it, tui on a terminal and text elsewhere");
   command->add_option("--record", options->record, "Record the port's bytes")
       ->type_name("FILE")
       ->excludes("--play");
-  command->add_flag("--attach-raw,!--no-attach-raw", options->attach_raw,
-                    "Decode raw data; on where the model has them");
+  command->add_flag_function(
+      "--attach-raw,!--no-attach-raw", [options](std::int64_t sign) { options->attach_raw = sign > 0; },
+      "Decode raw data; on where the model has them, and with --speed");
   AddRinexOptions(*command, options->rinex);
   AddExportOptions(*command, options->exports);
   command->add_option("--count", options->count, "End after so many records were shown")

@@ -1,13 +1,13 @@
 #include "host/decode.h"
 
 #include "gpsengine/engine/gpsengine.h"
-#include "gpsengine/platform/clock.h"
+#include "host/dating.h"
 #include "host/hostwindow.h"
 #include "host/jsonwriter.h"
 #include "host/models.h"
-#include "host/moment.h"
 #include "host/progress.h"
 #include "host/recording.h"
+#include "host/unpacedclock.h"
 
 namespace host {
 
@@ -15,36 +15,6 @@ namespace {
 
 // From this size on a file takes long enough for someone to wonder.
 constexpr std::int64_t kLargeFile = 8 << 20;
-
-/// Time without pauses. The decoders pace a receiver here and there, and behind a recording there is none.
-class UnpacedClock : public Clock {
- public:
-  UnpacedClock() { SetClock(this); }
-  ~UnpacedClock() override { SetClock(nullptr); }
-  void Sleep(DWORD) override {}
-};
-
-/// Tells a sink when the recording was made, as far as the recording says so itself.
-class Dating {
- public:
-  Dating(const DecodeOptions& options, Sink& sink, std::string_view head)
-      : sink_(sink),
-        scans_(!options.date &&
-               (options.format == Format::json || !options.rinex.base.empty() || options.exports.IsAny())) {
-    sink_.SetReference(options.date);
-    Feed(head);
-  }
-  void Feed(std::string_view bytes) {
-    if (!scans_) return;
-    scan_.Feed(bytes);
-    sink_.SetReference(scan_.Latest());
-  }
-
- private:
-  Sink& sink_;
-  const bool scans_;
-  DateScan scan_;
-};
 
 void WriteSummary(std::string& out, const CGPSEngine& engine, const CGPSReceiver& receiver,
                   const Published& published) {
@@ -90,7 +60,8 @@ ExitCode Decode(const DecodeOptions& options, const Interrupt& interrupt, Output
     rinex.emplace(options.rinex, options.model, options.antenna_height, exports);
   Sink& sink = rinex ? static_cast<Sink&>(*rinex) : exports;
   HostWindow window(sink, options.count);
-  Dating dating(options, sink, recording.Head());
+  const bool dates = options.format == Format::json || !options.rinex.base.empty() || options.exports.IsAny();
+  Dating dating(sink, options.date, dates, recording.Head());
   Progress progress("decoding", static_cast<double>(recording.Size()),
                     recording.Size() >= kLargeFile && CanShowProgress(options.format != Format::none));
   while (!window.IsFull() && !exports.IsOver()) {

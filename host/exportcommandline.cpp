@@ -1,6 +1,9 @@
 #include "host/exportcommandline.h"
 
 #include <CLI/CLI.hpp>
+#include <charconv>
+
+#include "host/player.h"
 
 namespace host {
 
@@ -41,6 +44,24 @@ void AddFilters(CLI::App& command, FilterOptions& filter) {
 }
 
 }  // namespace
+
+void AddSpeedOption(CLI::App& command, double& speed) {
+  command
+      .add_option_function<std::string>(
+          "--speed",
+          [&speed](const std::string& word) {
+            const char* const end = word.data() + word.size();
+            if (word == "max") {
+              speed = Player::kMax;
+            } else if (std::from_chars(word.data(), end, speed).ptr != end ||
+                       !(speed > 0.0 && speed <= 1e6)) {
+              throw CLI::ValidationError("--speed", word + " is no number above 0, and not \"max\"");
+            }
+          },
+          "Play once, so many times as fast as the recording's own times; max: as fast as it goes")
+      ->type_name("N|max")
+      ->needs("--play");
+}
 
 void AddExportOptions(CLI::App& command, ExportOptions& options) {
   AddFile(command, "--gpx", options.gpx, "Write the track as GPX 1.1");

@@ -97,6 +97,28 @@ void AppendIso(std::string& out, Moment moment) {
   out += 'Z';
 }
 
+std::optional<double> TimeOfDayOf(std::string_view line) {
+  constexpr struct {
+    std::string_view kind;
+    int field;
+  } kSentences[] = {{"GGA", 1}, {"RMC", 1}, {"ZDA", 1}, {"GNS", 1}, {"GLL", 5}};
+  const auto start = line.rfind('$');
+  if (start == std::string_view::npos) return std::nullopt;
+  const auto sentence = line.substr(start);
+  const auto tag = sentence.substr(0, sentence.find(','));
+  for (const auto& [kind, field] : kSentences) {
+    if (!tag.ends_with(kind)) continue;
+    double time = 0.0;
+    const auto text = FieldOf(sentence, field);
+    const char* const end = text.data() + text.size();
+    if (text.size() < 6 || std::from_chars(text.data(), end, time).ptr != end) return std::nullopt;
+    if (!(time >= 0.0 && time < 240'000.0) || !IsChecksumGood(sentence)) return std::nullopt;
+    const int whole = static_cast<int>(time);
+    return whole / 10'000 * 3600 + whole / 100 % 100 * 60 + whole % 100 + (time - whole);
+  }
+  return std::nullopt;
+}
+
 void DateScan::Feed(std::string_view bytes) {
   while (!bytes.empty()) {
     if (head_.empty()) {

@@ -18,6 +18,10 @@ Moment DateTimeOfDay(double seconds_of_day, Moment near);
 /// Appends "2024-05-14T08:00:01.000Z".
 void AppendIso(std::string& out, Moment moment);
 
+/// The time of day, in seconds, that a line of a receiver's output tells, with a good checksum and in a
+/// sentence of the standard that has one.
+std::optional<double> TimeOfDayOf(std::string_view line);
+
 /// Looks for the date in the bytes of a receiver, which is in sentences that the library recognises but does
 /// not decode: RMC and ZDA, of any talker. A recording played years later so keeps its own date.
 class DateScan {

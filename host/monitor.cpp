@@ -17,6 +17,7 @@
 #include "host/fixage.h"
 #include "host/hostwindow.h"
 #include "host/models.h"
+#include "host/player.h"
 #include "host/portwatch.h"
 #include "host/reconnect.h"
 #include "host/recorder.h"
@@ -52,6 +53,8 @@ class Run {
   void OpenScreen();
   void PrepareScreen();
   std::unique_ptr<LiveScreen::Busy> BeBusy();
+  bool IsPaced() const { return options_.speed > 0.0; }
+  void Start(Sink& first);
   void StartPlayback();
   void StartLive();
   void AskForRawData();
@@ -79,6 +82,7 @@ class Run {
   std::optional<RinexSink> rinex_;
   std::optional<HostWindow> window_;
   std::optional<PortWatch> watch_;
+  std::optional<Player> player_;
   std::optional<WireTap> tap_;  // until something was understood
   std::optional<Recorder> recorder_;
   std::optional<Reconnect> reconnect_;
@@ -101,29 +105,31 @@ ExitCode Run::Go() {
   if (options_.format == Format::tui) OpenScreen();
   engine_.InitReceivers();
   if (options_.baud > 0) receiver_.SaveDifferentSettings(options_.baud);
-  receiver_.SetupReceiver(kPort, static_cast<int>(options_.geoid), options_.antenna_height, "", false);
+  receiver_.SetupReceiver(kPort, static_cast<int>(options_.geoid), options_.antenna_height, "", IsPaced());
   engine_.SetReceiver(&receiver_);
   if (!IsPlayback()) source_.emplace(options_.port, receiver_);
   MakeSinks();
   const bool logs = !options_.rinex.base.empty();
-  engine_.m_bAttachRawData = logs || options_.attach_raw.value_or(receiver_.HasRawData());
+  engine_.m_bAttachRawData = logs || options_.attach_raw.value_or(IsPaced() || receiver_.HasRawData());
   if (logs) rinex_.emplace(options_.rinex, options_.model, options_.antenna_height, *sink_);
-  window_.emplace(rinex_ ? *rinex_ : *sink_, options_.count);
+  Sink& first = rinex_ ? *rinex_ : *sink_;
+  window_.emplace(first, options_.count);
   watch_.emplace(source_ && !source_->IsSimulated() ? source_->Device() : "");
   if (screen_) PrepareScreen();
   try {
-    IsPlayback() ? StartPlayback() : StartLive();
+    Start(first);
   } catch (const PacingClock::Interrupted&) {
     return interrupt_.HasCome() ? ExitCode::interrupted : ExitCode::done;
   }
 
-  if (options_.duration > 0.0) end_.Set(options_.duration);
+  if (options_.duration > 0.0 && !IsPaced()) end_.Set(options_.duration);
   if (options_.timeout > 0.0 && !IsPlayback()) first_message_.Set(options_.timeout);
   Waiter waiter(interrupt_, output_, *watch_);
   if (screen_) waiter.Watch(screen_->Descriptor());
   std::optional<ExitCode> ending;
   while (!ending) {
     waiter.Wait(NextDeadline());
+    if (player_) player_->Play(engine_);
     window_->Drain();
     if (fix_age_ != nullptr) fix_age_->Check();
     if (recorder_) recorder_->Take();
@@ -147,7 +153,9 @@ void Run::MakeSinks() {
   shown_ = screen_ ? std::move(sink_) : MakeSink(options_.format, output_.Text(), device, options_.geoid);
   const bool simulated = source_ && source_->IsSimulated();
   const RunFacts facts{simulated ? "simulated receiver" : device, options_.model, options_.geoid};
-  auto exports = std::make_unique<Exports>(options_.exports, facts, options_.play, engine_, *shown_);
+  ExportOptions filtered = options_.exports;
+  if (IsPaced()) filtered.filter.duration = options_.duration;
+  auto exports = std::make_unique<Exports>(filtered, facts, options_.play, engine_, *shown_);
   exports_ = exports.get();
   sink_ = std::move(exports);
   if (options_.format != Format::text) return;
@@ -171,6 +179,13 @@ void Run::PrepareScreen() {
                                               : source_->Device() + "  " + baud);
   screen_->OnDrain([this] { window_->Drain(); });
   screen_->OnEnter([this] { boxes_.GoOn(); });
+}
+
+void Run::Start(Sink& first) {
+  if (!IsPlayback()) return StartLive();
+  if (!IsPaced()) return StartPlayback();
+  receiver_.Initialize();
+  player_.emplace(options_.play, options_.speed, receiver_.GetCurrentBaudrate(), first);
 }
 
 void Run::StartPlayback() {
@@ -226,6 +241,7 @@ Deadline::Clock::time_point Run::NextDeadline() const {
   for (const auto* deadline : {&end_, &first_message_, &last_record_}) next = deadline->Earlier(next);
   if (fix_age_ != nullptr) next = fix_age_->Due().Earlier(next);
   if (reconnect_) next = reconnect_->NextLook().Earlier(next);
+  if (player_) next = std::min(next, player_->NextAt());
   if (recorder_) next = std::min(next, Deadline::Clock::now() + kRecordInterval);
   if (screen_) next = std::min(next, screen_->NextDraw());
   return next;
@@ -235,6 +251,7 @@ std::optional<ExitCode> Run::Ending() {
   if (window_->IsFull()) return ExitCode::done;
   if (interrupt_.HasCome()) return ExitCode::interrupted;
   if (screen_ && screen_->WantsToQuit()) return ExitCode::done;
+  if (player_ && (player_->IsAtEnd() || exports_->IsOver())) return ExitCode::done;
   TakeNote();
   if (recorder_ && !engine_.m_bRecordRaw) {
     throw Failure(ExitCode::failed, "recording to " + options_.record + " has failed");

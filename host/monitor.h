@@ -14,9 +14,10 @@
 namespace host {
 
 struct MonitorOptions {
-  std::string port;  ///< Device to read; empty for none.
-  std::string play;  ///< Recording to play instead; empty for none. With neither, a simulated receiver.
-  int baud = 0;      ///< Bits a second; 0 for what is set for the model.
+  std::string port;    ///< Device to read; empty for none.
+  std::string play;    ///< Recording to play instead; empty for none. With neither, a simulated receiver.
+  double speed = 0.0;  ///< Of the playback, by the recording's own times; 0 for the engine's own pace.
+  int baud = 0;        ///< Bits a second; 0 for what is set for the model.
   std::string model = "Other";
   Format format = Format::text;
   Geoid geoid = Geoid::none;

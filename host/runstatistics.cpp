@@ -17,6 +17,7 @@ constexpr std::size_t kMostPlaces = 400;
 constexpr std::size_t kMostSatellites = 200;
 // Metres. Shorter steps are the receiver's noise, which adds up.
 constexpr double kStep = 1.0;
+constexpr long long kFixesOfSpeed = 3;
 
 void DropEverySecond(std::vector<SatelliteTrail::Place>& places) {
   std::size_t kept = 0;
@@ -128,7 +129,12 @@ void RunStatistics::AddFix(const PositionEpoch& epoch) {
     }
   }
   height.Add(*epoch.time, epoch.height, epoch.starts_segment);
-  if (epoch.speed) speed.Add(*epoch.time, *epoch.speed, epoch.starts_segment);
+  of_segment_ = epoch.starts_segment ? 1 : of_segment_ + 1;
+  // A speed that is worked out from the last fixes is worked out across the gap at first.
+  if (epoch.speed && (segments <= 1 || of_segment_ > kFixesOfSpeed)) {
+    const bool first = of_segment_ == (segments <= 1 ? 1 : kFixesOfSpeed + 1);
+    speed.Add(*epoch.time, *epoch.speed, first);
+  }
   hdop.Add(epoch.hdop);
   pdop.Add(epoch.pdop);
   vdop.Add(epoch.vdop);

@@ -112,6 +112,7 @@ struct RunStatistics {
   void AddFix(const PositionEpoch& epoch);
   void AddSignal(const PositionEpoch& epoch, bool paused);
 
+  long long of_segment_ = 0;             // fixes of the one at hand
   std::optional<PositionEpoch> anchor_;  // from which the next step of the distance is measured
 };
 

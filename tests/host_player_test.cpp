@@ -1,0 +1,90 @@
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <cmath>
+#include <cstdio>
+#include <fstream>
+
+#include "gpsengine/platform/application.h"
+#include "host/player.h"
+#include "tests/support/program.h"
+#include "tests/support/receivertest.h"
+
+using namespace host;
+
+namespace {
+
+class HostPlayer : public testing::Test {
+ protected:
+  HostPlayer() : path_(testing::TempDir() + "host_player_" + std::to_string(getpid())) {}
+  ~HostPlayer() override { std::remove(path_.c_str()); }
+
+  void Record(const std::string& bytes) const { std::ofstream(path_, std::ios::binary) << bytes; }
+  /// Plays what is due, and tells how many seconds later the next piece is.
+  double Step(Player& player) {
+    const auto before = player.NextAt();
+    player.Play(engine_);
+    return std::round(std::chrono::duration<double>(player.NextAt() - before).count());
+  }
+
+  const std::string path_;
+  CWinApp app_{"gpsengine-test"};
+  NoSink sink_;
+  CGPSEngine engine_;
+};
+
+}  // namespace
+
+TEST_F(HostPlayer, WaitsAsLongAsTheRecordingDid) {
+  Record(FixAt(0) + WithChecksum("$GPGLL,4807.038,N,01131.000,E,000010.5,A") + FixAt(0) + "noise\r\n" +
+         FixAt(2));
+  Player player(path_, 0.01, 4800, sink_);
+  EXPECT_EQ(Step(player), 50.0) << "at a hundredth of the speed";
+  EXPECT_EQ(Step(player), 0.0) << "what is not due yet is not played";
+  EXPECT_FALSE(player.IsAtEnd());
+}
+
+TEST_F(HostPlayer, PacesARecordingWithoutTimesByItsLine) {
+  Record(std::string(480, '.') + '\n');
+  Player slow(path_, 1.0, 4810, sink_);
+  EXPECT_GT(slow.NextAt(), Player::Clock::now() + std::chrono::milliseconds(900));
+  Player quick(path_, Player::kMax, 4810, sink_);
+  EXPECT_LE(quick.NextAt(), Player::Clock::now());
+  quick.Play(engine_);
+  EXPECT_TRUE(quick.IsAtEnd());
+}
+
+TEST_F(HostPlayer, TellsTheTimeOfDayOfGoodSentencesAlone) {
+  EXPECT_EQ(TimeOfDayOf("noise" + WithChecksum("$GNRMC,010203.25,A,,,,,,,")), 3723.25);
+  EXPECT_EQ(TimeOfDayOf(WithChecksum("$GPGLL,,,,,235959,V")), 86'399.0);
+  for (const char* none : {"", "$", "$GPGGA,010203,,*00\r\n", "$GPGGA,010203"})
+    EXPECT_FALSE(TimeOfDayOf(none));
+  for (const char* none : {"$GPGGA,,,", "$GPGGA,990203,,", "$GPGGA,01:02:03,,", "$GPGSV,010203,,"}) {
+    EXPECT_FALSE(TimeOfDayOf(WithChecksum(none))) << none;
+  }
+}
+
+TEST_F(HostPlayer, ShowsWhatDecodeShowsAndEnds) {
+  const std::string_view block("$BIN\x5F\x00\x04\x00\x11\x22\x33\x44\xAA\x00\r\n", 16);
+  std::string stream = "\x01\x02$\r\n";
+  for (int i = 0; i < 50; ++i) stream += FixAt(i) + WithChecksum("$GPGSV,1,1,01,07,45,180,41");
+  Record(stream + std::string(block) + std::string(3000, 'x'));
+  Program decode({"decode", path_, "--format", "json"});
+  Program play({"monitor", "--play", path_, "--format", "json", "--speed", "max"});
+  Program quick({"monitor", "--play", path_, "--format", "json", "--speed", "1e5", "--duration", "9"});
+  EXPECT_EQ(decode.Wait(), 0);
+  EXPECT_EQ(play.Wait(), 0);
+  EXPECT_EQ(quick.Wait(), 0);
+  const std::string all = decode.Output();
+  EXPECT_EQ(play.Output(), all);
+  Program bin({"monitor", "--play", path_, "--format", "record", "--speed", "max", "--only", "bin"});
+  EXPECT_EQ(bin.Wait(), 0);
+  EXPECT_EQ(bin.Output(), "{\"message\":\"WM_GPS_NEW_BIN\"}\n");
+  const std::string some = quick.Output();
+  EXPECT_TRUE(some.size() > all.size() / 6 && all.starts_with(some)) << some;
+
+  Program waiting({"monitor", "--play", path_, "--speed", "0.001"});
+  EXPECT_TRUE(waiting.HasOutput(5000));
+  waiting.Signal(SIGINT);
+  EXPECT_EQ(waiting.Wait(), 130);
+}
