@@ -95,7 +95,8 @@ class Page {
  private:
   std::string Name() const {
     const std::string& source = facts_.source;
-    return source == "-" ? "standard input" : source.substr(source.rfind('/') + 1);
+    if (source == "-") return "standard input";
+    return source.starts_with("/dev/") ? source : source.substr(source.rfind('/') + 1);
   }
 
   void Tagged(const char* tag, std::string_view text) {
