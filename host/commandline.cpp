@@ -22,6 +22,7 @@
 #include "host/ports.h"
 #include "host/portsearch.h"
 #include "host/receiversdoc.h"
+#include "host/serve.h"
 #include "host/simulate.h"
 #include "host/tui/terminal.h"
 
@@ -188,6 +189,50 @@ void AddMonitor(CLI::App& app, Job& job) {
     job = [options, model = command->get_option("--model")](const Interrupt& interrupt, Output& output) {
       ChooseLine(*options, model->count() > 0, interrupt);
       return Monitor(*options, interrupt, output);
+    };
+  });
+}
+
+void AddServe(CLI::App& app, Job& job) {
+  auto* command =
+      app.add_subcommand("serve", "Serve what a receiver sends to gpsd's clients, and as a live page");
+  command->footer(
+      "Clients cannot change anything: no request reaches the receiver.\n"
+      "Examples:\n"
+      "  gpsengine serve --port /dev/ttyUSB0 --model Trimble   then: gpspipe -w, cgps, gpsmon ...\n"
+      "  gpsengine serve --http 8080                           a simulated receiver, and a page\n"
+      "  gpsengine serve --play drive.log --tcp 2950           then: gpspipe -r 127.0.0.1:2950\n"
+      "  gpsengine serve --geoid add                           then: gpxlogger 127.0.0.1:2947");
+  auto options = std::make_shared<ServeOptions>();
+  auto* port =
+      command->add_option("--port", options->port, "Serial device; without one, a simulated receiver")
+          ->type_name("DEVICE");
+  command->add_option("--baud", options->baud, "Baud rate, which is kept for the model")
+      ->check(CLI::PositiveNumber)
+      ->type_name("N")
+      ->needs(port);
+  command->add_option("--play", options->play, "Play a recording, a line every half second, over and over")
+      ->type_name("FILE")
+      ->excludes(port);
+  AddReceiverOptions(*command, *options);
+  command->add_option("--listen", options->listen, "Address to listen on")
+      ->type_name("ADDRESS")
+      ->capture_default_str();
+  command->add_option("--tcp", options->tcp, "Port of gpsd's protocol, 0 for any that is free")
+      ->check(CLI::Range(0, 65535))
+      ->type_name("PORT")
+      ->capture_default_str();
+  command
+      ->add_option("--http", options->http,
+                   "Port of the live page, 0 for any that is free; without it, no page")
+      ->check(CLI::Range(0, 65535))
+      ->type_name("PORT");
+  command->add_option("--duration", options->duration, "End after so many seconds")
+      ->check(CLI::PositiveNumber)
+      ->type_name("S");
+  command->callback([&job, options] {
+    job = [options](const Interrupt& interrupt, Output& output) {
+      return Serve(*options, interrupt, output);
     };
   });
 }
@@ -376,6 +421,7 @@ int RunCommandLine(int argc, char** argv) {
   Job job;
   AddModels(app, job);
   AddMonitor(app, job);
+  AddServe(app, job);
   AddDecode(app, job);
   AddCommand(app, job);
   AddSimulate(app, job);

@@ -52,6 +52,11 @@ class JsonWriter {
   void Fixed(double value, int decimals);
   /// 8-bit text, byte for byte one character: bytes from 0x80 up are those of Latin-1.
   void Text(std::string_view bytes);
+  /// A value that is JSON already.
+  void Verbatim(std::string_view json) {
+    Separate();
+    out_ += json;
+  }
 
   template <class T>
   void Member(std::string_view key, const T& value) {

@@ -35,12 +35,6 @@ constexpr std::chrono::milliseconds kLastRecords{400};
 /// How often what the port sends goes on to the file that records it.
 constexpr std::chrono::milliseconds kRecordInterval{100};
 
-std::string Seconds(double seconds) {
-  CString text;
-  text.Format("%g s", seconds);
-  return text.ToUtf8();
-}
-
 class Run {
  public:
   Run(const MonitorOptions& options, const Interrupt& interrupt, Output& output);
@@ -55,7 +49,6 @@ class Run {
   std::unique_ptr<LiveScreen::Busy> BeBusy();
   bool IsPaced() const { return options_.speed > 0.0; }
   void Start(Sink& first);
-  void StartPlayback();
   void StartLive();
   void AskForRawData();
   void MakeSinks();
@@ -183,24 +176,9 @@ void Run::PrepareScreen() {
 
 void Run::Start(Sink& first) {
   if (!IsPlayback()) return StartLive();
-  if (!IsPaced()) return StartPlayback();
+  if (!IsPaced()) return StartPlayback(engine_, options_.play);
   receiver_.Initialize();
   player_.emplace(options_.play, options_.speed, receiver_.GetCurrentBaudrate(), first);
-}
-
-void Run::StartPlayback() {
-  // The engine would look for another recording in its place.
-  errno = 0;
-  const UniqueDescriptor file(open(options_.play.c_str(), O_RDONLY | O_CLOEXEC));
-  char first = 0;
-  if (!file || read(file.Get(), &first, 1) != 1) {
-    throw Failure(ExitCode::failed, "cannot play " + options_.play + ": " +
-                                        (errno != 0 ? std::strerror(errno) : "the file is empty"));
-  }
-  engine_.m_bEmulation = true;
-  engine_.m_strEmulationFile = CString::FromUtf8(options_.play);
-  receiver_.LoadAlternatGPSStatusStrings();
-  if (!engine_.Start()) throw Failure(ExitCode::failed, engine_.GetLastErrorString().ToUtf8());
 }
 
 std::unique_ptr<LiveScreen::Busy> Run::BeBusy() {
@@ -321,17 +299,7 @@ bool Run::HasHeard() const {
 
 void Run::FailIfNothingUnderstood(double seconds) const {
   if (HasUnderstood()) return;
-  const std::string& device = source_->Device();
-  if (HasHeard()) {
-    throw Failure(ExitCode::nothing_understood, "bytes came from " + device + " in " + Seconds(seconds) +
-                                                    ", but no message was understood at " +
-                                                    std::to_string(receiver_.GetCurrentBaudrate()) +
-                                                    " baud: set the receiver's baud rate with --baud, let "
-                                                    "--baud auto find it, or let the receiver send "
-                                                    "NMEA");
-  }
-  throw Failure(ExitCode::nothing_understood, "no data came from " + device + " in " + Seconds(seconds) +
-                                                  ": check that the receiver is on, and its cable");
+  throw NothingUnderstood(source_->Device(), seconds, HasHeard(), receiver_.GetCurrentBaudrate());
 }
 
 }  // namespace

@@ -1,8 +1,13 @@
 #include "host/source.h"
 
+#include <fcntl.h>
+
+#include <cerrno>
 #include <chrono>
+#include <cstring>
 
 #include "gpsengine/platform/serial.h"
+#include "host/descriptor.h"
 #include "host/ports.h"
 
 namespace host {
@@ -39,6 +44,38 @@ void StartEngine(CGPSEngine& engine, const Source& source, PortWatch& watch) {
   }
   const std::string reason = WhyNotOpen(source.Device());
   throw Failure(ExitCode::port_closed, reason.empty() ? "cannot open " + source.Device() : reason);
+}
+
+void StartPlayback(CGPSEngine& engine, const std::string& file) {
+  // The engine would look for another recording in its place.
+  errno = 0;
+  const UniqueDescriptor recording(open(file.c_str(), O_RDONLY | O_CLOEXEC));
+  char first = 0;
+  if (!recording || read(recording.Get(), &first, 1) != 1) {
+    throw Failure(ExitCode::failed,
+                  "cannot play " + file + ": " + (errno != 0 ? std::strerror(errno) : "the file is empty"));
+  }
+  engine.m_bEmulation = true;
+  engine.m_strEmulationFile = CString::FromUtf8(file);
+  engine.GetReceiver()->LoadAlternatGPSStatusStrings();
+  if (!engine.Start()) throw Failure(ExitCode::failed, engine.GetLastErrorString().ToUtf8());
+}
+
+Failure NothingUnderstood(const std::string& device, double seconds, bool heard, int baud) {
+  const std::string time = Seconds(seconds);
+  return Failure(ExitCode::nothing_understood,
+                 heard ? "bytes came from " + device + " in " + time + ", but no message was understood at " +
+                             std::to_string(baud) +
+                             " baud: set the receiver's baud rate with --baud, let --baud auto "
+                             "find it, or let the receiver send NMEA"
+                       : "no data came from " + device + " in " + time +
+                             ": check that the receiver is on, and its cable");
+}
+
+std::string Seconds(double seconds) {
+  CString text;
+  text.Format("%g s", seconds);
+  return text.ToUtf8();
 }
 
 Failure PortLost(const std::string& device, bool could_reconnect) {

@@ -33,6 +33,15 @@ class Source {
 /// Starts the engine on the source's port. Throws a Failure that says why the port does not open.
 void StartEngine(CGPSEngine& engine, const Source& source, PortWatch& watch);
 
+/// Starts the engine, whose receiver has been selected, on a recording. Throws a Failure if the file cannot
+/// be played.
+void StartPlayback(CGPSEngine& engine, const std::string& file);
+
+/// The failure of a run in which no message was understood, whether or not bytes were heard at that rate.
+Failure NothingUnderstood(const std::string& device, double seconds, bool heard, int baud);
+/// "10 s".
+std::string Seconds(double seconds);
+
 /// The failure of a run whose port went away. `could_reconnect` names the option that would have waited.
 Failure PortLost(const std::string& device, bool could_reconnect = false);
 

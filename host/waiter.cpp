@@ -12,13 +12,13 @@ namespace {
 
 constexpr std::chrono::seconds kLookInterval{1};
 
+}  // namespace
+
 int MillisecondsUntil(Deadline::Clock::time_point moment) {
   if (moment == Deadline::Clock::time_point::max()) return -1;
   const auto rest = std::chrono::ceil<std::chrono::milliseconds>(moment - Deadline::Clock::now()).count();
   return static_cast<int>(std::clamp<long long>(rest, 0, 1 << 30));
 }
-
-}  // namespace
 
 void Waiter::Wait(Deadline::Clock::time_point until) {
   if (watch_.NeedsLooking()) until = std::min(until, Deadline::Clock::now() + kLookInterval);

@@ -28,6 +28,9 @@ class Deadline {
   std::optional<Clock::time_point> at_;
 };
 
+/// For poll: the time until that moment, -1 for one that never comes.
+int MillisecondsUntil(Deadline::Clock::time_point moment);
+
 /// What a host's loop waits for, all in one place: messages of the library, signals, the end of the output's
 /// reader, the port's end, and the passing of time.
 class Waiter {
