@@ -1,0 +1,311 @@
+// The live page: takes the lines of /events and draws them. Whatever comes from the receiver is put in as text or
+// as a number, never as markup.
+'use strict';
+
+const MOST_FIXES = 5000;   // of the track
+const MOST_SAMPLES = 300;  // of the two lines
+const STALE = 5000;        // ms without a position
+const BREAK = 10000;       // ms between two fixes that are not joined
+
+const SYSTEMS = {0: ['gps', 'G'], 1: ['sbas', 'S'], 6: ['glonass', 'R']};
+const KINDS = {1: 'GPS', 2: 'DGPS', 3: 'RTK fixed', 4: 'RTK float', 5: 'dead reckoning', 7: 'manual'};
+const DASH = '\u2013';
+
+const state = {fix: null, fixAt: 0, sky: null, server: null, reports: new Map(), way: [], length: 0, trails: new Map()};
+const $ = id => document.getElementById(id);
+const isNumber = value => typeof value === 'number' && Number.isFinite(value);
+const fixed = (value, digits) => isNumber(value) ? value.toFixed(digits) : DASH;
+
+function put(id, text) {
+  const node = $(id);
+  if (node.textContent !== text) node.textContent = text;
+}
+
+function make(name, attributes, ...children) {
+  const node = document.createElement(name);
+  for (const [key, value] of Object.entries(attributes)) node.setAttribute(key, value);
+  node.append(...children);
+  return node;
+}
+
+function draw(name, attributes, ...children) {
+  const node = document.createElementNS('http://www.w3.org/2000/svg', name);
+  for (const [key, value] of Object.entries(attributes)) node.setAttribute(key, value);
+  node.append(...children);
+  return node;
+}
+
+// ---- what comes in
+
+function metresBetween(a, b) {
+  const north = (b.lat - a.lat) * 111195;
+  const east = wrap(b.lon - a.lon) * 111195 * Math.cos(a.lat * Math.PI / 180);
+  return {north, east, length: Math.hypot(north, east)};
+}
+
+// A difference of longitudes, across the date line if that is nearer.
+function wrap(degrees) {
+  return degrees - 360 * Math.round(degrees / 360);
+}
+
+function onPosition(tpv) {
+  state.fix = tpv;
+  state.fixAt = Date.now();
+  if (!isNumber(tpv.lat) || !isNumber(tpv.lon)) return;
+  const here = {
+    lat: tpv.lat, lon: tpv.lon, at: Date.parse(tpv.time), speed: tpv.speed,
+    height: isNumber(tpv.altMSL) ? tpv.altMSL : tpv.altHAE,
+  };
+  const last = state.way.at(-1);
+  const gap = last ? here.at - last.at : 0;
+  here.isBreak = !last || gap > BREAK || gap < 0;
+  if (!here.isBreak) state.length += metresBetween(last, here).length;
+  state.way.push(here);
+  if (state.way.length > MOST_FIXES) state.way.shift();
+}
+
+function onSky(sky) {
+  state.sky = sky;
+  for (const sat of sky.satellites || []) {
+    if (!isNumber(sat.el) || !isNumber(sat.az)) continue;
+    const trail = state.trails.get(nameOf(sat)) || [];
+    const last = trail.at(-1);
+    if (!last || last.el !== sat.el || last.az !== sat.az) trail.push({el: sat.el, az: sat.az});
+    if (trail.length > 200) trail.shift();
+    state.trails.set(nameOf(sat), trail);
+  }
+}
+
+function onServer(server) {
+  // A server that was started anew knows nothing of the way so far.
+  if (state.server && state.server.started !== server.started) {
+    Object.assign(state, {fix: null, sky: null, way: [], length: 0, trails: new Map(), reports: new Map()});
+  }
+  state.server = server;
+}
+
+function onReports(status) {
+  for (const [key, value] of Object.entries(status)) {
+    if (key !== 'class' && key !== 'device' && state.reports.size < 40) state.reports.set(key, value);
+  }
+}
+
+const HANDLERS = {TPV: onPosition, SKY: onSky, SERVER: onServer, STATUS: onReports};
+
+let isDue = false;
+function render() {
+  if (isDue) return;
+  isDue = true;
+  requestAnimationFrame(() => {
+    isDue = false;
+    drawPosition();
+    drawSky();
+    drawSignals();
+    drawMap();
+    drawStatus();
+  });
+}
+
+// ---- what is shown
+
+function pill(id, text, mood) {
+  put(id, text);
+  $(id).dataset.state = mood;
+}
+
+function drawPosition() {
+  const fix = state.fix || {};
+  const age = Date.now() - state.fixAt;
+  if (!state.fix) {
+    pill('fix', 'no position yet', 'wait');
+  } else if (age > STALE) {
+    pill('fix', `silent for ${Math.round(age / 1000)} s`, 'bad');
+  } else if (fix.mode >= 2) {
+    pill('fix', KINDS[fix.status] || 'fix', 'good');
+  } else {
+    pill('fix', 'no fix', 'warn');
+  }
+  put('lat', angle(fix.lat, 'N', 'S'));
+  put('lon', angle(fix.lon, 'E', 'W'));
+  put('speed', isNumber(fix.speed) ? fixed(fix.speed * 3.6, 1) : DASH);
+  put('track', isNumber(fix.track) ? `${Math.round(fix.track) % 360}\u00b0` : DASH);
+  const isMsl = isNumber(fix.altMSL) || !isNumber(fix.altHAE);
+  put('heightname', isMsl ? 'Height, sea level' : 'Height, ellipsoid');
+  put('height', fixed(isMsl ? fix.altMSL : fix.altHAE, 1));
+  const sky = state.sky || {};
+  const inView = sky.nSat === undefined ? '' : ` / ${sky.nSat}`;
+  put('count', isNumber(sky.uSat) ? `${sky.uSat}${inView}` : DASH);
+  put('hdop', fixed(sky.hdop, 1));
+  put('time', typeof fix.time === 'string' ? fix.time.slice(11, 19) : DASH);
+  const needle = isNumber(fix.track) ? [draw('path', {d: 'M0-9 6 7 0 3.5-6 7z', transform: `rotate(${fix.track})`})] : [];
+  $('compass').replaceChildren(draw('circle', {r: 11}), ...needle);
+  drawLine('speed', state.way.map(point => isNumber(point.speed) ? point.speed * 3.6 : null), 5);
+  drawLine('height', state.way.map(point => point.height), 2);
+}
+
+function angle(degrees, positive, negative) {
+  return isNumber(degrees) ? `${Math.abs(degrees).toFixed(7)}\u00b0 ${degrees < 0 ? negative : positive}` : DASH;
+}
+
+// The last samples as a line, at least so high that noise stays small.
+function drawLine(name, samples, least) {
+  const last = samples.slice(-MOST_SAMPLES);
+  const values = last.filter(isNumber);
+  if (values.length < 2) return;
+  const low = Math.min(...values), high = Math.max(...values);
+  const span = Math.max(high - low, least), floor = (low + high - span) / 2;
+  let path = '', pen = 'M';
+  last.forEach((value, i) => {
+    if (!isNumber(value)) { pen = 'M'; return; }
+    path += `${pen}${(i * 300 / (last.length - 1)).toFixed(1)} ${(40 - (value - floor) / span * 36).toFixed(1)}`;
+    pen = 'L';
+  });
+  $(`${name}line`).replaceChildren(draw('path', {d: path}));
+  put(`${name}range`, `${low.toFixed(1)} to ${high.toFixed(1)}`);
+}
+
+function systemOf(sat) {
+  return SYSTEMS[sat.gnssid] || ['other', ''];
+}
+
+function nameOf(sat) {
+  const letter = systemOf(sat)[1];
+  return letter ? letter + String(sat.svid).padStart(2, '0') : String(sat.PRN);
+}
+
+function satellites() {
+  const list = state.sky && Array.isArray(state.sky.satellites) ? state.sky.satellites : [];
+  return list.map(sat => ({...sat, name: nameOf(sat), kind: systemOf(sat)[0]})).sort((a, b) => a.name.localeCompare(b.name));
+}
+
+// North is up, the zenith in the middle.
+function skyPoint(el, az) {
+  const radius = 100 * (90 - Math.max(0, Math.min(90, el))) / 90, turn = az * Math.PI / 180;
+  return [radius * Math.sin(turn), -radius * Math.cos(turn)];
+}
+
+function drawSky() {
+  const parts = [draw('circle', {r: 100, class: 'ring outer'})];
+  for (const el of [30, 60]) {
+    parts.push(draw('circle', {r: 100 * (90 - el) / 90, class: 'ring'}));
+    parts.push(draw('text', {x: 2, y: -100 * (90 - el) / 90 - 1.5}, `${el}\u00b0`));
+  }
+  parts.push(draw('path', {d: 'M-100 0H100M0-100V100', class: 'ring'}));
+  for (const [name, x, y] of [['N', 0, -103], ['E', 106, 3.5], ['S', 0, 111], ['W', -106, 3.5]]) {
+    parts.push(draw('text', {x, y, class: 'cardinal', 'text-anchor': 'middle'}, name));
+  }
+  const seen = satellites().filter(sat => isNumber(sat.el) && isNumber(sat.az));
+  for (const sat of seen) {
+    const trail = state.trails.get(sat.name) || [];
+    if (trail.length < 2) continue;
+    const points = trail.map(point => skyPoint(point.el, point.az).map(value => value.toFixed(1)).join(' ')).join(' ');
+    parts.push(draw('polyline', {points, class: `trail ${sat.kind}`}));
+  }
+  for (const sat of seen) {
+    const [x, y] = skyPoint(sat.el, sat.az);
+    parts.push(draw('g', {class: `sat ${sat.kind}${sat.used ? ' used' : ''}`, transform: `translate(${x.toFixed(1)} ${y.toFixed(1)})`},
+      draw('title', {}, `${sat.name}: elevation ${sat.el}\u00b0, azimuth ${sat.az}\u00b0, ${sat.ss} dB-Hz`),
+      draw('circle', {r: 9}), draw('text', {y: 2.7}, sat.name)));
+  }
+  $('sky').replaceChildren(...parts);
+}
+
+function drawSignals() {
+  const bars = satellites().map(sat => {
+    const level = isNumber(sat.ss) ? sat.ss : 0;
+    const bar = make('div', {class: 'bar'});
+    bar.style.height = `${Math.max(0, Math.min(100, level / 55 * 100))}%`;
+    return make('div', {class: `${sat.kind}${sat.used ? ' used' : ''}`, role: 'listitem', title: `${sat.name}: ${level} dB-Hz`},
+      make('span', {class: 'number'}, level > 0 ? String(Math.round(level)) : DASH),
+      make('div', {class: 'well'}, bar), make('b', {}, sat.name));
+  });
+  $('signals').replaceChildren(...(bars.length ? bars : [make('p', {class: 'nothing'}, 'no satellites yet')]));
+}
+
+// The largest of 1, 2, 5, 10 ... up to `value`.
+function roundDown(value) {
+  const power = 10 ** Math.floor(Math.log10(value));
+  return power * [5, 2, 1].find(step => step * power <= value);
+}
+
+function metres(value) {
+  return value >= 1000 ? `${+(value / 1000).toFixed(2)} km` : `${+value.toFixed(value < 10 ? 1 : 0)} m`;
+}
+
+function drawMap() {
+  const way = state.way, origin = way.at(-1);
+  if (!origin) return $('map').replaceChildren(draw('text', {x: 0, y: 0, 'text-anchor': 'middle'}, 'no position yet'));
+  const points = way.map(point => ({...metresBetween(origin, point), isBreak: point.isBreak}));
+  const east = points.map(point => point.east), north = points.map(point => point.north);
+  const box = [Math.min(...east), Math.max(...east), Math.min(...north), Math.max(...north)];
+  const scale = 170 / Math.max(20, box[1] - box[0], box[3] - box[2]);
+  const x = value => ((value - (box[0] + box[1]) / 2) * scale).toFixed(1);
+  const y = value => ((value - (box[2] + box[3]) / 2) * -scale).toFixed(1);
+  const step = roundDown(60 / scale) * scale;
+  let grid = '';
+  for (let at = 0; at <= 100; at += step) grid += `M${at}-100V100M${-at}-100V100M-100 ${at}H100M-100 ${-at}H100`;
+  const path = points.map(point => `${point.isBreak ? 'M' : 'L'}${x(point.east)} ${y(point.north)}`).join('');
+  const fix = state.fix || {};
+  const here = isNumber(fix.track) ? draw('path', {d: 'M0-8 5.5 6 0 3-5.5 6z', class: 'here',
+    transform: `translate(${x(0)} ${y(0)}) rotate(${fix.track})`}) : draw('circle', {cx: x(0), cy: y(0), r: 4.5, class: 'here'});
+  $('map').replaceChildren(draw('path', {d: grid, class: 'grid'}),
+    draw('path', {d: 'L' === path[0] ? `M${path.slice(1)}` : path, class: 'way'}),
+    draw('circle', {cx: x(points[0].east), cy: y(points[0].north), r: 3, class: 'start'}), here,
+    draw('path', {d: `M-96 90v4h${step}v-4`, class: 'scale'}), draw('text', {x: -94, y: 88}, metres(step / scale)),
+    draw('text', {x: 94, y: -90, 'text-anchor': 'end'}, 'N \u2191'));
+  put('distance', metres(state.length));
+}
+
+function list(id, rows) {
+  const parts = [];
+  for (const [name, value, isBad] of rows) {
+    parts.push(make('dt', {}, name), make('dd', isBad ? {class: 'bad'} : {}, String(value)));
+  }
+  $(id).replaceChildren(...parts);
+}
+
+function duration(ms) {
+  const seconds = Math.max(0, Math.round(ms / 1000));
+  const two = value => String(value).padStart(2, '0');
+  return `${Math.floor(seconds / 3600)}:${two(Math.floor(seconds / 60) % 60)}:${two(seconds % 60)}`;
+}
+
+const SOURCES = {simulated: 'simulated, on ', port: '', recording: 'recording '};
+
+function drawStatus() {
+  const server = state.server;
+  if (!server) return;
+  put('source', `${server.model} ${DASH} ${SOURCES[server.source] || ''}${server.device}${server.baud ? `, ${server.baud} baud` : ''}`);
+  document.title = `gpsengine ${DASH} ${server.model}`;
+  list('status', [
+    ['Receiver', server.understood ? 'understood' : 'not understood so far', !server.understood],
+    ['Messages', server.messages],
+    ['Checksum errors', server.checksumErrors, server.checksumErrors > 0],
+    ['Records', server.records],
+    ['Clients now / ever', `${server.clients} / ${server.accepted}`],
+    ['Lines dropped', server.dropped + server.pageDropped, server.dropped + server.pageDropped > 0],
+    ['Open pages', server.pages],
+    ['Up for', duration(Date.parse(server.time) - Date.parse(server.started))],
+    ['Version', server.version],
+  ]);
+  $('reportshead').hidden = state.reports.size === 0;
+  list('reports', [...state.reports].map(([key, value]) => [key, value]));
+}
+
+// ---- the stream
+
+const events = new EventSource('events');
+events.onopen = () => pill('link', 'live', 'good');
+events.onerror = () => pill('link', 'no connection', 'bad');
+events.onmessage = event => {
+  let line;
+  try {
+    line = JSON.parse(event.data);
+  } catch {
+    return;
+  }
+  if (line && Object.hasOwn(HANDLERS, line.class)) HANDLERS[line.class](line);
+  render();
+};
+setInterval(render, 1000);
+render();
