@@ -39,6 +39,13 @@ std::string PageHub::Status() const {
   return status_;
 }
 
+std::string PageHub::History() const {
+  const std::lock_guard lock(mutex_);
+  std::string all = status_ + '\n';
+  for (const std::string& line : lines_) all += line + '\n';
+  return all;
+}
+
 void PageHub::Close() {
   {
     const std::lock_guard lock(mutex_);

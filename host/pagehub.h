@@ -23,6 +23,8 @@ class PageHub {
   /// Replaces the server's state, a line likewise.
   void SetStatus(std::string line);
   std::string Status() const;
+  /// The state and the lines that are kept, the oldest first, each with a line end.
+  std::string History() const;
   /// Ends all readers.
   void Close();
 

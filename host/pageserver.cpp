@@ -132,6 +132,9 @@ void HttplibServer::AddPages() {
   server_.Get("/status", [this](const httplib::Request&, httplib::Response& response) {
     response.set_content(hub_.Status() + "\n", "application/json");
   });
+  server_.Get("/history", [this](const httplib::Request&, httplib::Response& response) {
+    response.set_content(hub_.History(), "application/x-ndjson");
+  });
   server_.Get("/events", [this](const httplib::Request& request, httplib::Response& response) {
     SendEvents(request, response);
   });

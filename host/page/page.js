@@ -8,6 +8,7 @@ const STALE = 5000;        // ms without a position
 const BREAK = 10000;       // ms between two fixes that are not joined
 
 const SYSTEMS = {0: ['gps', 'G'], 1: ['sbas', 'S'], 6: ['glonass', 'R']};
+const LEGEND = [['gps', 'GPS'], ['glonass', 'GLONASS'], ['sbas', 'SBAS'], ['other', 'other system'], ['unused', 'in view, not used']];
 const KINDS = {1: 'GPS', 2: 'DGPS', 3: 'RTK fixed', 4: 'RTK float', 5: 'dead reckoning', 7: 'manual'};
 const DASH = '\u2013';
 
@@ -92,18 +93,14 @@ function onReports(status) {
 
 const HANDLERS = {TPV: onPosition, SKY: onSky, SERVER: onServer, STATUS: onReports};
 
-let isDue = false;
-function render() {
-  if (isDue) return;
-  isDue = true;
-  requestAnimationFrame(() => {
-    isDue = false;
-    drawPosition();
-    drawSky();
-    drawSignals();
-    drawMap();
-    drawStatus();
-  });
+function take(text) {
+  let line;
+  try {
+    line = JSON.parse(text);
+  } catch {
+    return;
+  }
+  if (line && Object.hasOwn(HANDLERS, line.class)) HANDLERS[line.class](line);
 }
 
 // ---- what is shown
@@ -121,7 +118,7 @@ function drawPosition() {
   } else if (age > STALE) {
     pill('fix', `silent for ${Math.round(age / 1000)} s`, 'bad');
   } else if (fix.mode >= 2) {
-    pill('fix', KINDS[fix.status] || 'fix', 'good');
+    pill('fix', `${KINDS[fix.status] || 'a'} fix`, 'good');
   } else {
     pill('fix', 'no fix', 'warn');
   }
@@ -130,13 +127,13 @@ function drawPosition() {
   put('speed', isNumber(fix.speed) ? fixed(fix.speed * 3.6, 1) : DASH);
   put('track', isNumber(fix.track) ? `${Math.round(fix.track) % 360}\u00b0` : DASH);
   const isMsl = isNumber(fix.altMSL) || !isNumber(fix.altHAE);
-  put('heightname', isMsl ? 'Height, sea level' : 'Height, ellipsoid');
+  put('heightname', isMsl ? 'Height MSL' : 'Height HAE');
   put('height', fixed(isMsl ? fix.altMSL : fix.altHAE, 1));
   const sky = state.sky || {};
   const inView = sky.nSat === undefined ? '' : ` / ${sky.nSat}`;
   put('count', isNumber(sky.uSat) ? `${sky.uSat}${inView}` : DASH);
-  put('hdop', fixed(sky.hdop, 1));
-  put('time', typeof fix.time === 'string' ? fix.time.slice(11, 19) : DASH);
+  for (const dop of ['hdop', 'vdop', 'pdop']) put(dop, fixed(sky[dop], 1));
+  put('time', typeof fix.time === 'string' ? `${fix.time.slice(0, 10)} ${fix.time.slice(11, 19)}` : DASH);
   const needle = isNumber(fix.track) ? [draw('path', {d: 'M0-9 6 7 0 3.5-6 7z', transform: `rotate(${fix.track})`})] : [];
   $('compass').replaceChildren(draw('circle', {r: 11}), ...needle);
   drawLine('speed', state.way.map(point => isNumber(point.speed) ? point.speed * 3.6 : null), 5);
@@ -208,6 +205,8 @@ function drawSky() {
       draw('circle', {r: 9}), draw('text', {y: 2.7}, sat.name)));
   }
   $('sky').replaceChildren(...parts);
+  const legend = LEGEND.filter(([kind]) => seen.some(sat => kind === 'unused' ? !sat.used : sat.kind === kind));
+  $('legend').replaceChildren(...legend.map(([kind, text]) => make('span', {class: kind}, text)));
 }
 
 function drawSignals() {
@@ -288,24 +287,42 @@ function drawStatus() {
     ['Up for', duration(Date.parse(server.time) - Date.parse(server.started))],
     ['Version', server.version],
   ]);
-  $('reportshead').hidden = state.reports.size === 0;
+  $('reportscard').hidden = state.reports.size === 0;
   list('reports', [...state.reports].map(([key, value]) => [key, value]));
 }
 
 // ---- the stream
 
-const events = new EventSource('events');
-events.onopen = () => pill('link', 'live', 'good');
-events.onerror = () => pill('link', 'no connection', 'bad');
-events.onmessage = event => {
-  let line;
-  try {
-    line = JSON.parse(event.data);
-  } catch {
-    return;
-  }
-  if (line && Object.hasOwn(HANDLERS, line.class)) HANDLERS[line.class](line);
-  render();
-};
-setInterval(render, 1000);
-render();
+function drawAll() {
+  drawPosition();
+  drawSky();
+  drawSignals();
+  drawMap();
+  drawStatus();
+}
+
+let isDue = false;
+function render() {
+  if (!isDue) requestAnimationFrame(() => { isDue = false; drawAll(); });
+  isDue = true;
+}
+
+function follow() {
+  const events = new EventSource('events');
+  events.onopen = () => pill('link', 'live', 'good');
+  events.onerror = () => pill('link', 'no connection', 'bad');
+  events.onmessage = event => { take(event.data); render(); };
+  setInterval(render, 1000);
+}
+
+// "?once" shows what there is by the time the page has loaded, for a picture or a print.
+function showOnce() {
+  const request = new XMLHttpRequest();
+  request.open('GET', 'history', false);
+  request.send();
+  request.responseText.split('\n').forEach(take);
+  pill('link', 'one look', 'wait');
+}
+
+if (location.search === '?once') showOnce(); else follow();
+drawAll();
