@@ -1,5 +1,7 @@
 #include "host/gpsdclient.h"
 
+#include <netinet/in.h>
+#include <netinet/tcp.h>
 #include <sys/socket.h>
 
 #include <cerrno>
@@ -25,6 +27,8 @@ GpsdClient::GpsdClient(UniqueDescriptor socket, std::string peer, std::size_t lo
       queue_limit_(queue),
       stall_limit_(stall),
       reader_(longest_request) {
+  const int yes = 1;
+  setsockopt(Descriptor(), IPPROTO_TCP, TCP_NODELAY, &yes, sizeof yes);
   setsockopt(Descriptor(), SOL_SOCKET, SO_SNDBUF, &kKernelBuffer, sizeof kKernelBuffer);
 }
 

@@ -1,0 +1,392 @@
+#include <arpa/inet.h>
+#include <gtest/gtest.h>
+#include <netinet/in.h>
+#include <sys/socket.h>
+
+#include <algorithm>
+#include <atomic>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <memory>
+#include <thread>
+
+#include "host/gpsdserver.h"
+#include "host/linetap.h"
+#include "host/pagehub.h"
+#include "tests/support/program.h"
+#include "tests/support/pseudoterminal.h"
+#include "tests/support/receivertest.h"
+
+using namespace host;
+using namespace std::chrono_literals;
+using Strings = std::vector<std::string>;
+
+namespace {
+
+/// A connection of a client, which never blocks.
+class Peer {
+ public:
+  explicit Peer(int port, int buffer = 0) : socket_(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
+    if (buffer > 0) setsockopt(socket_.Get(), SOL_SOCKET, SO_RCVBUF, &buffer, sizeof buffer);
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    address.sin_port = htons(static_cast<std::uint16_t>(port));
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    EXPECT_EQ(connect(socket_.Get(), reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
+  }
+  void Send(std::string_view bytes) const {
+    EXPECT_EQ(send(socket_.Get(), bytes.data(), bytes.size(), MSG_NOSIGNAL),
+              static_cast<ssize_t>(bytes.size()));
+  }
+  /// Takes what has come; false at the end of the connection.
+  bool Take() {
+    char space[16384];
+    const ssize_t count = recv(socket_.Get(), space, sizeof space, MSG_DONTWAIT);
+    if (count > 0) bytes_.append(space, static_cast<std::size_t>(count));
+    return count > 0 || (count < 0 && errno == EAGAIN);
+  }
+  /// The next whole line without its end, or nothing.
+  std::optional<std::string> Line() {
+    const auto end = bytes_.find('\n');
+    if (end == std::string::npos) return std::nullopt;
+    std::string line = bytes_.substr(0, end);
+    bytes_.erase(0, end + 1);
+    if (line.ends_with('\r')) line.pop_back();
+    return line;
+  }
+  const std::string& Rest() const { return bytes_; }
+
+ private:
+  UniqueDescriptor socket_;
+  std::string bytes_;
+};
+
+class GpsdServerTest : public testing::Test {
+ protected:
+  void Begin(const GpsdLimits& limits = {}) {
+    server_.emplace("127.0.0.1", 0, limits);
+    server_->SetDevice({"/dev/x", "Other", 4800, "2024-05-14T12:00:00.000Z"});
+  }
+  void SetUp() override { Begin(); }
+
+  /// A turn of the server's loop.
+  void Step() {
+    std::vector<pollfd> waits(2, pollfd{-1, 0, 0});  // of others
+    server_->AddWaits(waits);
+    poll(waits.data(), waits.size(),
+         std::min(MillisecondsUntil(server_->Earlier(Deadline::Clock::now() + 2ms)), 2));
+    server_->Handle(waits, 2);
+  }
+  /// The next line that the peer gets; "end" at the end of the connection, "nothing" if none comes.
+  std::string Next(Peer& peer) {
+    const auto end = std::chrono::steady_clock::now() + 3s;
+    while (std::chrono::steady_clock::now() < end) {
+      if (auto line = peer.Line()) return *line;
+      Step();
+      const bool isOpen = peer.Take();
+      if (auto line = peer.Line()) return *line;
+      if (!isOpen) return "end";
+    }
+    return "nothing";
+  }
+  std::string NextClass(Peer& peer) {
+    const std::string line = Next(peer);
+    constexpr std::string_view kHead = R"({"class":")";
+    return line.starts_with(kHead) ? line.substr(kHead.size(), line.find('"', kHead.size()) - kHead.size())
+                                   : line;
+  }
+  /// A client that has been greeted and has sent that.
+  std::unique_ptr<Peer> Connect(std::string_view request = "", int buffer = 0) {
+    auto peer = std::make_unique<Peer>(server_->Port(), buffer);
+    EXPECT_EQ(NextClass(*peer), "VERSION");
+    peer->Send(request);
+    return peer;
+  }
+  std::unique_ptr<Peer> Watch(std::string_view argument, int buffer = 0) {
+    auto peer = Connect("?WATCH=" + std::string(argument) + ";", buffer);
+    EXPECT_EQ(NextClass(*peer), "DEVICES");
+    EXPECT_EQ(NextClass(*peer), "WATCH");
+    return peer;
+  }
+
+  std::optional<GpsdServer> server_;
+};
+
+const std::string kLongName(5000, 'x');
+
+/// `gpsengine serve` on a line that sends the same again and again.
+class Serving {
+ public:
+  Serving(std::string bytes, bool hasPage) : m_Program(Arguments(hasPage)) {
+    m_nTcp = PortOf(m_Program.Line());
+    if (hasPage) m_nHttp = PortOf(m_Program.Line());
+    m_Sender = std::thread([this, bytes = std::move(bytes)] {
+      while (!m_bDone) {
+        m_Line.Exchange(bytes);
+        std::this_thread::sleep_for(50ms);
+      }
+    });
+  }
+  ~Serving() {
+    m_bDone = true;
+    m_Sender.join();
+  }
+  Serving(const Serving&) = delete;
+  Serving& operator=(const Serving&) = delete;
+
+  int Tcp() const { return m_nTcp; }
+  int Http() const { return m_nHttp; }
+  Program& Process() { return m_Program; }
+  /// What the page's server answers.
+  std::string Fetch(const std::string& path, const std::string& host = "localhost:1") const {
+    Peer peer(m_nHttp);
+    peer.Send("GET " + path + " HTTP/1.0\r\nHost: " + host + "\r\n\r\n");
+    while (peer.Take()) std::this_thread::sleep_for(1ms);
+    return peer.Rest();
+  }
+  /// Whether its answer comes to contain that.
+  bool Comes(const std::string& path, std::string_view part) const {
+    const auto end = std::chrono::steady_clock::now() + 5s;
+    while (std::chrono::steady_clock::now() < end) {
+      if (Fetch(path).find(part) != std::string::npos) return true;
+    }
+    return false;
+  }
+
+ private:
+  Strings Arguments(bool hasPage) const {
+    Strings arguments = {"serve", "--port", m_Line.Name(), "--tcp", "0"};
+    if (hasPage) arguments.insert(arguments.end(), {"--http", "0"});
+    return arguments;
+  }
+  static int PortOf(const std::string& line) {
+    const auto colon = line.rfind(':');
+    return colon == std::string::npos ? 0 : std::atoi(line.c_str() + colon + 1);
+  }
+
+  PseudoTerminal m_Line;
+  Program m_Program;
+  int m_nTcp, m_nHttp = 0;
+  std::atomic<bool> m_bDone = false;
+  std::thread m_Sender;
+};
+
+/// What a command of the shell prints; nothing if there is no such command.
+std::optional<std::string> RunTool(const std::string& command, const std::string& arguments) {
+  if (std::system(("command -v " + command + " >/dev/null").c_str()) != 0) return std::nullopt;
+  FILE* pipe = popen(("timeout 30 " + command + " " + arguments + " 2>/dev/null").c_str(), "r");
+  std::string output;
+  char piece[4096];
+  for (std::size_t count; (count = fread(piece, 1, sizeof piece, pipe)) > 0;) output.append(piece, count);
+  pclose(pipe);
+  return output;
+}
+
+bool Contains(const std::string& text, std::string_view part) {
+  return text.find(part) != std::string::npos;
+}
+
+const std::string kEpoch = WithChecksum("$GPGGA,123519,4807.038,N,01131.000,E,1,08,0.9,545.4,M,46.9,M,,") +
+                           WithChecksum("$GPGSA,A,3,07,,,,,,,,,,,,1.9,0.9,1.7") +
+                           WithChecksum("$GPGSV,1,1,02,07,45,180,41,40,05,359,33") + "$PXYZ,<b id=x>&\"\r\n";
+
+}  // namespace
+
+TEST_F(GpsdServerTest, AnswersRequestsHoweverTheyComeAndEnd) {
+  const struct {
+    Strings pieces;
+    Strings classes;
+  } cases[] = {
+      {{"?WATCH={\"enable\":true,\"json\":true};\r\n"}, {"DEVICES", "WATCH"}},
+      {{"?WATCH={\"enable\":true}"}, {"DEVICES", "WATCH"}},
+      {{"?WAT", "CH={\"ena", "ble\":true,\"device\":\"/dev", "/x\"", "}"}, {"DEVICES", "WATCH"}},
+      {{"?VERSION"}, {"VERSION"}},  // without any end
+      {{"?DEVICES\n?DEVICE\r\n;; \n?VERSION;?POLL;"}, {"DEVICES", "DEVICE", "VERSION", "POLL"}},
+      {{"?POLL?VERSION\n"}, {"POLL", "VERSION"}},
+      {{"?WATCH={\"device\":\"a;b?}\\\"\"};"}, {"ERROR"}},  // one string, and no such device
+      {{"?WATCH={\"enable\":tru};?WATCH={\"raw\":3};?WATCH={\"raw\":-1};?WATCH={\"json\":1};"},
+       {"ERROR", "ERROR", "ERROR", "ERROR"}},
+      {{"?WATCH={\"enable\":{\"a\":[{}]}};"}, {"ERROR"}},
+      {{"?WATCH=" + std::string(2000, '[') + std::string(2000, ']') + ";"}, {"ERROR"}},
+      {{"?WATCH={\"x\":\"" + kLongName + "\"};?VERSION;"}, {"ERROR", "VERSION"}},
+      {{kLongName + kLongName + "\n?VERSION;"}, {"ERROR", "VERSION"}},
+      {{"?WATCH={\"enable\":\"\n?VERSION\n"}, {"ERROR", "VERSION"}},  // lost with its line alone
+      {{"?DEVICE={\"bps\":9600};"}, {"ERROR"}},
+      {{"GET / HTTP/1.0\r\n\r\n"}, {"ERROR"}},
+      {{std::string("\0\xFF\xC3;", 4)}, {"ERROR"}},
+  };
+  for (const auto& [pieces, classes] : cases) {
+    const auto peer = Connect();
+    for (const auto& piece : pieces) {
+      peer->Send(piece);
+      Step();
+    }
+    for (const auto& expected : classes) EXPECT_EQ(NextClass(*peer), expected) << pieces[0].substr(0, 60);
+    peer->Send("?POLL;");
+    EXPECT_EQ(NextClass(*peer), "POLL") << pieces[0].substr(0, 60);
+  }
+}
+
+TEST_F(GpsdServerTest, SendsToEachWhatItWatches) {
+  const struct {
+    std::string_view argument;
+    Strings lines;
+  } cases[] = {
+      {"{}", {R"({"class":"TPV"})"}},
+      {R"({"enable":true,"json":true,"nmea":true})", {"$GPZDA", R"({"class":"TPV"})"}},
+      {R"({"nmea":true})", {"$GPZDA"}},
+      {R"({"raw":1})", {"$GPZDA"}},
+      {R"({"raw":2,"nmea":true})", {"\xA0$GPZDA"}},
+      {R"({"enable":false,"json":true})", {}},
+  };
+  std::vector<std::unique_ptr<Peer>> peers;
+  for (const auto& watching : cases) peers.push_back(Watch(watching.argument));
+  server_->PublishBytes("\xA0$GPZDA\r\n");
+  server_->PublishSentence("$GPZDA\r\n");
+  server_->PublishJson("{\"class\":\"TPV\"}\n");
+  for (std::size_t i = 0; i < peers.size(); ++i) {
+    for (const auto& line : cases[i].lines) EXPECT_EQ(Next(*peers[i]), line) << cases[i].argument;
+    peers[i]->Send("?POLL;");
+    EXPECT_NE(Next(*peers[i]).find(R"("tpv":[{"class":"TPV"}],"gst":[],"sky":[]})"), std::string::npos);
+  }
+}
+
+TEST_F(GpsdServerTest, SparesOthersASlowClientAndTellsItWhatItLost) {
+  Begin({.queue = 20'000, .stall = 1h});
+  const auto slow = Watch("{}", 4096), quick = Watch("{}");
+  constexpr int kLines = 20'000;  // more than the kernel keeps for a connection
+  const auto line = [](int i) { return "{\"class\":\"TPV\",\"i\":" + std::to_string(i) + "}"; };
+  for (int i = 0; i < kLines; ++i) {
+    server_->PublishJson(line(i) + "\n");
+    if (i % 100 == 99) Step();
+    if (i % 100 == 99) quick->Take();
+  }
+  for (int i = 0; i < kLines; ++i) ASSERT_EQ(Next(*quick), line(i));
+  const auto dropped = server_->Counts().dropped;
+  EXPECT_GT(dropped, 0);
+  slow->Send("?POLL;");
+  std::string last;
+  long long lines = 0;
+  for (std::string next = Next(*slow); !next.starts_with(R"({"class":"POLL")"); next = Next(*slow), ++lines) {
+    ASSERT_TRUE(next.starts_with("{\"class\":\"TPV\",\"i\":") && next.ends_with('}')) << next;
+    last = next;
+  }
+  EXPECT_EQ(last, line(kLines - 1));
+  EXPECT_GE(lines + server_->Counts().dropped, kLines);  // the answer may have cost one more
+}
+
+TEST_F(GpsdServerTest, EndsTheConnectionOfAClientThatTakesNothing) {
+  Begin({.queue = 1 << 20, .stall = 30ms});
+  const auto stalled = Watch("{}", 4096), other = Watch("{}");
+  for (int i = 0; i < 900; ++i) server_->PublishJson("{" + std::string(1000, ' ') + "}\n");
+  for (const auto end = std::chrono::steady_clock::now() + 3s;
+       server_->Clients() == 2 && std::chrono::steady_clock::now() < end;) {
+    Step();
+    other->Take();
+  }
+  EXPECT_EQ(server_->Counts().stalled, 1);
+  EXPECT_EQ(Next(*other).size(), 1002u);
+}
+
+TEST_F(GpsdServerTest, HasFiftyClientsAndRefusesMore) {
+  Begin({.clients = 50});
+  std::vector<std::unique_ptr<Peer>> peers;
+  for (int i = 0; i < 50; ++i) peers.push_back(Watch("{}"));
+  Peer tooMany(server_->Port());
+  EXPECT_EQ(NextClass(tooMany), "ERROR");
+  EXPECT_EQ(Next(tooMany), "end");
+  // Half of them go away with something on its way to them, some with a request half said.
+  for (int i = 0; i < 50; i += 2) peers[static_cast<std::size_t>(i)]->Send("?WATCH={");
+  for (int i = 0; i < 20; ++i) server_->PublishJson("{" + std::string(10'000, ' ') + "}\n");
+  for (int i = 0; i < 50; i += 2) peers[static_cast<std::size_t>(i)].reset();
+  for (int i = 1; i < 50; i += 2) {
+    for (int n = 0; n < 20; ++n) ASSERT_EQ(Next(*peers[static_cast<std::size_t>(i)]).size(), 10'002u);
+  }
+  EXPECT_EQ(server_->Clients(), 25u);
+  EXPECT_EQ(NextClass(*Connect("?POLL;")), "POLL");
+  EXPECT_EQ(server_->Counts().refused, 1);
+}
+
+TEST(SentenceFinder, FindsSentencesBetweenAnythingElse) {
+  const std::string stream = "47*2D\r\n$GPZDA,1*00\r\n\x81$\x02\xA0$GP\x80$GPVTG,!*11\n\n!AIVDM,1*22\r$" +
+                             std::string(2000, 'x') + "\r\n$GPGLL*33\r\n$GPG";
+  const Strings expected = {"$GPZDA,1*00\r\n", "$GPVTG,!*11\r\n", "!AIVDM,1*22\r\n", "$GPGLL*33\r\n"};
+  for (const std::size_t size : {std::size_t{1}, std::size_t{7}, stream.size()}) {
+    SentenceFinder finder;
+    Strings found;
+    for (std::size_t at = 0; at < stream.size(); at += size) {
+      finder.Feed(std::string_view(stream).substr(at, size),
+                  [&](auto sentence) { found.emplace_back(sentence); });
+    }
+    EXPECT_EQ(found, expected) << size;
+  }
+}
+
+TEST(PageHub, KeepsSoMuchForSoMany) {
+  PageHub hub(/*history=*/30, /*readers=*/2);
+  hub.SetStatus("S");
+  for (const char* line : {"0123456789", "1123456789", "2123456789", "3123456789"}) hub.Publish(line);
+  EXPECT_EQ(hub.History(), "S\n1123456789\n2123456789\n3123456789\n");
+  auto reader = hub.Join(-1);
+  std::string events;
+  EXPECT_TRUE(reader->Take(events, 0ms));
+  EXPECT_EQ(events,
+            "data: S\n\nid: 2\ndata: 1123456789\n\nid: 3\ndata: 2123456789\n\nid: 4\ndata: 3123456789\n\n");
+  for (int i = 0; i < 5; ++i) hub.Publish(std::to_string(i) + "abcdefghi");  // two of which it misses
+  events.clear();
+  EXPECT_TRUE(reader->Take(events, 0ms));
+  EXPECT_TRUE(events.starts_with("id: 7\ndata: 2abc")) << events;
+  EXPECT_EQ(hub.GetCounts().dropped, 2);
+
+  const auto back = hub.Join(8);
+  events.clear();
+  EXPECT_TRUE(back->Take(events, 0ms));
+  EXPECT_EQ(events, "data: S\n\nid: 9\ndata: 4abcdefghi\n\n");
+  EXPECT_EQ(hub.Join(-1), nullptr);
+  reader.reset();
+  EXPECT_NE(hub.Join(1000), nullptr);
+  std::thread closing([&] { hub.Close(); });
+  EXPECT_FALSE(back->Take(events, 1h));
+  closing.join();
+}
+
+TEST(Serve, GivesGpspipePositionsAndSentences) {
+  Serving serving(kEpoch, /*hasPage=*/false);
+  const std::string server = "127.0.0.1:" + std::to_string(serving.Tcp());
+  const auto json = RunTool("gpspipe", "-w -n 9 " + server);
+  if (!json) GTEST_SKIP() << "gpspipe is in gpsd-clients";
+  EXPECT_TRUE(Contains(*json, R"("lat":48.117300000,"lon":11.516666667,"altMSL":545.4000)")) << *json;
+  EXPECT_TRUE(Contains(*json, R"({"PRN":7,"gnssid":0,"svid":7,"el":45.0,"az":180.0,"ss":41,"used":true})"))
+      << *json;
+  EXPECT_TRUE(Contains(*RunTool("gpspipe", "-r -n 9 " + server), kEpoch.substr(0, 60)));
+  serving.Process().Signal(SIGTERM);
+  EXPECT_EQ(serving.Process().Wait(), 130);
+}
+
+TEST(Serve, ShowsAPage) {
+  Serving serving(kEpoch, /*hasPage=*/true);
+  if (serving.Http() == 0) GTEST_SKIP() << "built without libcpp-httplib-dev";
+  EXPECT_TRUE(serving.Comes("/history", "<b id=x>&\\\""));
+  EXPECT_TRUE(serving.Comes("/status", R"("source":"port","baud":9600,"understood":true)"));
+  EXPECT_TRUE(Contains(serving.Fetch("/", "127.0.0.1"), "<title>gpsengine</title>"));
+  EXPECT_TRUE(Contains(serving.Fetch("/status", "localhost.example:80"), "403"));
+  EXPECT_TRUE(Contains(serving.Fetch("/../CMakeLists.txt"), "404"));
+  Peer events(serving.Http());
+  events.Send("GET /events HTTP/1.0\r\nHost: [::1]\r\n\r\n");
+  while (!Contains(events.Rest(), "data: {\"class\":\"SKY\"")) ASSERT_TRUE(events.Take());
+
+  const std::string scratch = testing::TempDir() + "gpsengine-chromium-" + std::to_string(getpid());
+  const auto page =
+      RunTool("chromium",
+              "--headless --no-sandbox --disable-gpu --no-first-run --disable-background-networking "
+              "--disable-component-update --disable-sync --dump-dom --user-data-dir=" +
+                  scratch + " 'http://127.0.0.1:" + std::to_string(serving.Http()) + "/?once'");
+  std::filesystem::remove_all(scratch);
+  serving.Process().Signal(SIGTERM);  // with a stream of events still open
+  EXPECT_EQ(serving.Process().Wait(10s), 130);
+  if (!page) GTEST_SKIP() << "no chromium to look at the page with";
+  EXPECT_TRUE(Contains(*page, "48.1173000\u00B0 N")) << *page;
+  EXPECT_TRUE(Contains(*page, "class=\"sat gps used\"") && Contains(*page, "class=\"sat sbas\"")) << *page;
+  EXPECT_TRUE(Contains(*page, "&lt;b id=x&gt;&amp;\"") && !Contains(*page, "<b id=")) << *page;
+}
