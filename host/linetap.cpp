@@ -20,6 +20,8 @@ LineTap::LineTap(CGPSEngine& engine) {
   if (pipe2(ends, O_CLOEXEC | O_NONBLOCK) != 0) {
     throw std::system_error(errno, std::generic_category(), "cannot keep what the port sends");
   }
+  // Room for what comes while the receiver is being started, which takes some models half a minute.
+  fcntl(ends[1], F_SETPIPE_SZ, 1 << 20);
   read_ = UniqueDescriptor(ends[0]);
   write_ = UniqueDescriptor(ends[1]);
   // The engine opens the pipe for itself.
