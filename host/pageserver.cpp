@@ -22,6 +22,7 @@ namespace {
 constexpr std::size_t kThreads = 16;
 // Connections that wait for a thread. Any more wait in the kernel.
 constexpr std::ptrdiff_t kMostConnections = 32;
+constexpr int kBacklog = 64;
 constexpr std::chrono::seconds kTimeout{2};
 constexpr std::size_t kLongestBody = 1024;
 // A connection on which nothing is sent tells nobody that it is gone.
@@ -80,6 +81,7 @@ class HttplibServer : public PageServer {
 
   PageHub& hub_;
   httplib::Server server_;
+  socket_t socket_ = INVALID_SOCKET;  // that the server listens on
   int port_;
   std::thread thread_;
 };
@@ -94,12 +96,14 @@ HttplibServer::HttplibServer(PageHub& hub, const std::string& address, int port)
     throw Failure(ExitCode::failed, "cannot listen on " + AddressAndPort(address, port) + ": " +
                                         std::strerror(errno) + "; --http chooses another port");
   }
+  listen(socket_, kBacklog);  // the library's own is 5, and a browser opens 6 connections at a time
   thread_ = std::thread([this] { server_.listen_after_bind(); });
   while (!server_.is_running()) std::this_thread::sleep_for(std::chrono::milliseconds(1));
 }
 
 void HttplibServer::Protect(bool is_loopback) {
-  server_.set_socket_options([](socket_t socket) {
+  server_.set_socket_options([this](socket_t socket) {
+    socket_ = socket;
     // Not so that a second server could share the port unseen, as the library has it.
     const int yes = 1;
     setsockopt(socket, SOL_SOCKET, SO_REUSEADDR, &yes, sizeof yes);
