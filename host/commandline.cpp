@@ -97,6 +97,15 @@ CLI::Option* AddLineOptions(CLI::App& command, Options& options, const std::stri
   return port;
 }
 
+template <class Options>
+void AddReconnect(CLI::App& command, Options& options, CLI::Option* port) {
+  command
+      .add_flag_callback(
+          "--reconnect", [&options] { options.reconnect = std::chrono::seconds(1); },
+          "When the port is lost, wait for it to come back instead of ending")
+      ->needs(port);
+}
+
 Moment MomentOfDate(const std::string& date) {
   int year = 0, month = 0, day = 0;
   char dash1 = 0, dash2 = 0;
@@ -174,11 +183,7 @@ void AddMonitor(CLI::App& app, Job& job) {
   command->add_option("--duration", options->duration, "End after so many seconds")
       ->check(CLI::PositiveNumber)
       ->type_name("S");
-  command
-      ->add_flag_callback(
-          "--reconnect", [options] { options->reconnect = std::chrono::seconds(1); },
-          "When the port is lost, wait for it to come back instead of ending")
-      ->needs(port);
+  AddReconnect(*command, *options, port);
   command->add_option("--timeout", options->timeout, "Seconds to wait for a first message, 0 for ever")
       ->check(CLI::NonNegativeNumber)
       ->type_name("S")
@@ -200,17 +205,12 @@ void AddServe(CLI::App& app, Job& job) {
       "Clients cannot change anything: no request reaches the receiver.\n"
       "Examples:\n"
       "  gpsengine serve --port /dev/ttyUSB0 --model Trimble   then: gpspipe -w, cgps, gpsmon ...\n"
+      "  gpsengine serve --port auto --reconnect               goes on when it is plugged in again\n"
       "  gpsengine serve --http 8080                           a simulated receiver, and a page\n"
       "  gpsengine serve --play drive.log --tcp 2950           then: gpspipe -r 127.0.0.1:2950\n"
       "  gpsengine serve --geoid add                           then: gpxlogger 127.0.0.1:2947");
   auto options = std::make_shared<ServeOptions>();
-  auto* port =
-      command->add_option("--port", options->port, "Serial device; without one, a simulated receiver")
-          ->type_name("DEVICE");
-  command->add_option("--baud", options->baud, "Baud rate, which is kept for the model")
-      ->check(CLI::PositiveNumber)
-      ->type_name("N")
-      ->needs(port);
+  auto* port = AddLineOptions(*command, *options, "Serial device; without one, a simulated receiver");
   command->add_option("--play", options->play, "Play a recording, a line every half second, over and over")
       ->type_name("FILE")
       ->excludes(port);
@@ -230,8 +230,10 @@ void AddServe(CLI::App& app, Job& job) {
   command->add_option("--duration", options->duration, "End after so many seconds")
       ->check(CLI::PositiveNumber)
       ->type_name("S");
-  command->callback([&job, options] {
-    job = [options](const Interrupt& interrupt, Output& output) {
+  AddReconnect(*command, *options, port);
+  command->callback([&job, options, model = command->get_option("--model")] {
+    job = [options, model](const Interrupt& interrupt, Output& output) {
+      ChooseLine(*options, model->count() > 0, interrupt);
       return Serve(*options, interrupt, output);
     };
   });

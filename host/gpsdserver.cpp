@@ -78,6 +78,16 @@ GpsdPiece Piece(std::string text) {
 GpsdServer::GpsdServer(const std::string& address, int port, const GpsdLimits& limits)
     : limits_(limits), listener_(address, port, "--tcp") {}
 
+void GpsdServer::SetDevice(GpsdDevice device) {
+  const bool has_changed = device.activated != device_.activated;
+  device_ = std::move(device);
+  if (!has_changed) return;
+  PublishJson(Object("DEVICE", [this](JsonWriter& json) {
+    WriteDevice(json, device_);
+    if (device_.activated.empty()) json.Member("activated", 0);
+  }));
+}
+
 void GpsdServer::PublishJson(std::string_view line) {
   const auto object = line.substr(0, line.find('\n'));
   if (object.starts_with(R"({"class":"TPV")")) position_ = object;

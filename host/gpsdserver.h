@@ -47,7 +47,8 @@ class GpsdServer {
   GpsdServer(const std::string& address, int port, const GpsdLimits& limits = {});
 
   int Port() const { return listener_.Port(); }
-  void SetDevice(GpsdDevice device) { device_ = std::move(device); }
+  /// Tells those who watch JSON, if the receiver has come or gone.
+  void SetDevice(GpsdDevice device);
 
   /// Sends a line, with its line end, to those who watch JSON.
   void PublishJson(std::string_view line);

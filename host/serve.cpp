@@ -8,7 +8,9 @@
 #include <vector>
 
 #include "gpsengine/engine/gpsengine.h"
+#include "gpsengine/platform/serial.h"
 #include "host/boxes.h"
+#include "host/config.h"
 #include "host/gpsdserver.h"
 #include "host/gpsdsink.h"
 #include "host/hostwindow.h"
@@ -17,6 +19,7 @@
 #include "host/pagehub.h"
 #include "host/pageserver.h"
 #include "host/portwatch.h"
+#include "host/reconnect.h"
 #include "host/source.h"
 #include "host/waiter.h"
 
@@ -69,6 +72,10 @@ class ServeRun {
   void PassBytes(const std::string& bytes);
   void PassLines();
   void CheckReceiver();
+  long long Understood() const;
+  bool IsWaitingForPort() const { return reconnect_ && reconnect_->IsWaiting(); }
+  void WaitForPort();
+  void Reopen();
   void TellStatus();
   std::string Status() const;
   std::optional<ExitCode> Ending();
@@ -87,11 +94,13 @@ class ServeRun {
   std::optional<HostWindow> window_;
   std::optional<PortWatch> watch_;
   std::optional<LineTap> tap_;
+  std::optional<Reconnect> reconnect_;
   std::optional<GpsdServer> server_;
   std::unique_ptr<PageServer> page_;
   SentenceFinder sentences_;
   GpsdDevice device_;
   bool heard_ = false;
+  long long understood_before_ = 0;  // the port was opened again
   const std::string started_ = Now();
   Deadline end_, first_message_, last_record_, status_;
 };
@@ -162,6 +171,7 @@ void ServeRun::Start() {
              "; --port DEVICE reads a real one, Ctrl-C ends");
   }
   source_->Start();
+  if (options_.reconnect) reconnect_.emplace(Device(), *options_.reconnect);
   StartEngine(engine_, *source_, *watch_);
   device_.bps = receiver_.GetCurrentBaudrate();
   server_->SetDevice(device_);
@@ -172,6 +182,7 @@ void ServeRun::Wait() {
   for (const auto* deadline : {&end_, &first_message_, &last_record_, &status_}) {
     until = deadline->Earlier(until);
   }
+  if (reconnect_) until = reconnect_->NextLook().Earlier(until);
   enum { kQueue, kSignal, kWatch, kTap, kServer };
   std::vector<pollfd> waits = {{GetQueueDescriptor(), POLLIN, 0},
                                {interrupt_.Descriptor(), POLLIN, 0},
@@ -228,13 +239,17 @@ void ServeRun::PassLines() {
   json_.clear();
 }
 
+long long ServeRun::Understood() const {
+  return receiver_.GetSentencesRecognised() - receiver_.GetChecksumErrors() + receiver_.GetBinaryMessages() +
+         window_->GetPublished().All();
+}
+
 void ServeRun::CheckReceiver() {
-  const int sentences = receiver_.GetSentencesRecognised() - receiver_.GetChecksumErrors();
-  const bool understood = sentences + receiver_.GetBinaryMessages() > 0 || window_->GetPublished().All() > 0;
-  if (understood && device_.activated.empty()) {
+  if (Understood() > understood_before_ && device_.activated.empty() && !IsWaitingForPort()) {
     device_.activated = Now();
     server_->SetDevice(device_);
     first_message_.Clear();
+    if (source_ && !source_->IsSimulated()) Remember(Device(), options_.model);
   }
   if (!first_message_.HasPassed()) return;
   first_message_.Clear();
@@ -262,6 +277,7 @@ std::string ServeRun::Status() const {
   json.Member("model", std::string_view(options_.model));
   json.Member("source", IsPlayback() ? "recording" : source_->IsSimulated() ? "simulated" : "port");
   if (device_.bps > 0) json.Member("baud", device_.bps);
+  json.Member("lost", IsWaitingForPort());
   json.Member("understood", !device_.activated.empty());
   json.Member("messages", engine_.GetMessages());
   json.Member("checksumErrors", receiver_.GetChecksumErrors());
@@ -283,9 +299,37 @@ std::string ServeRun::Status() const {
 std::optional<ExitCode> ServeRun::Ending() {
   if (interrupt_.HasCome()) return ExitCode::interrupted;
   if (end_.HasPassed()) return ExitCode::done;
-  if (watch_->IsLost() && !last_record_.IsSet()) last_record_.Set(kLastRecords);
-  if (last_record_.HasPassed()) throw PortLost(Device());
+  if (watch_->IsLost() && !last_record_.IsSet() && !IsWaitingForPort()) last_record_.Set(kLastRecords);
+  if (last_record_.HasPassed()) WaitForPort();
+  if (reconnect_ && reconnect_->IsBack()) Reopen();
   return std::nullopt;
+}
+
+// Clients stay meanwhile.
+void ServeRun::WaitForPort() {
+  if (!reconnect_) throw PortLost(Device(), true);
+  last_record_.Clear();
+  first_message_.Clear();
+  engine_.Stop();
+  PassOn();
+  understood_before_ = Understood();
+  device_.activated.clear();
+  server_->SetDevice(device_);
+  reconnect_->Begin();
+}
+
+void ServeRun::Reopen() {
+  MapComPort(kPort, CString::FromUtf8(reconnect_->Name()));
+  watch_.emplace(reconnect_->Name());
+  receiver_.ResetSpeedEngine();
+  try {
+    StartEngine(engine_, *source_, *watch_);
+    reconnect_->End();
+    first_message_.Set(kFirstMessageTime);
+  } catch (const Failure& failure) {
+    Complain(failure.what());
+    reconnect_->Begin();
+  }
 }
 
 }  // namespace

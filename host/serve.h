@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <optional>
 #include <string>
 
@@ -21,6 +22,8 @@ struct ServeOptions {
   int tcp = 2947;                    ///< Port of gpsd's protocol; 0 for any that is free.
   std::optional<int> http;           ///< Port of the page, likewise; none for no page.
   double duration = 0.0;             ///< Seconds to run; 0 for no limit.
+  /// How often to look whether a port that was lost is back; none to end then.
+  std::optional<std::chrono::milliseconds> reconnect;
 };
 
 /// Serves what a receiver sends to programs that speak gpsd's protocol, and to browsers. A line on the output

@@ -11,9 +11,11 @@
 #include <memory>
 #include <thread>
 
+#include "gpsengine/platform/application.h"
 #include "host/gpsdserver.h"
 #include "host/linetap.h"
 #include "host/pagehub.h"
+#include "host/serve.h"
 #include "tests/support/program.h"
 #include "tests/support/pseudoterminal.h"
 #include "tests/support/receivertest.h"
@@ -115,6 +117,12 @@ class GpsdServerTest : public testing::Test {
 
 const std::string kLongName(5000, 'x');
 
+/// The port of an address that the server has told of.
+int PortOf(const std::string& line) {
+  const auto colon = line.rfind(':');
+  return colon == std::string::npos ? 0 : std::atoi(line.c_str() + colon + 1);
+}
+
 /// `gpsengine serve` on a line that sends the same again and again.
 class Serving {
  public:
@@ -159,10 +167,6 @@ class Serving {
     Strings arguments = {"serve", "--port", m_Line.Name(), "--tcp", "0"};
     if (hasPage) arguments.insert(arguments.end(), {"--http", "0"});
     return arguments;
-  }
-  static int PortOf(const std::string& line) {
-    const auto colon = line.rfind(':');
-    return colon == std::string::npos ? 0 : std::atoi(line.c_str() + colon + 1);
   }
 
   PseudoTerminal m_Line;
@@ -367,11 +371,58 @@ TEST(Serve, GivesGpspipePositionsAndSentences) {
   EXPECT_EQ(serving.Process().Wait(), 130);
 }
 
+TEST(Serve, KeepsItsClientsWhileThePortIsAway) {
+  const auto folder =
+      std::filesystem::path(testing::TempDir()) / ("gpsengine-serve-" + std::to_string(getpid()));
+  std::filesystem::create_directories(folder);
+  CWinApp app("gpsengine-test");
+  app.SetProfilePath(CString::FromUtf8((folder / "host.ini").string()));
+  ServeOptions options;
+  options.port = folder / "usb-receiver";
+  options.tcp = 0;
+  options.reconnect = 20ms;
+  std::unique_ptr<PseudoTerminal> line;
+  const auto plug = [&] {
+    line = std::make_unique<PseudoTerminal>();
+    std::filesystem::create_symlink(line->Name(), options.port);
+  };
+  plug();
+  int ends[2];
+  ASSERT_EQ(pipe2(ends, O_CLOEXEC), 0);
+  const UniqueDescriptor read_end(ends[0]), write_end(ends[1]);
+  const Interrupt interrupt;
+  const std::jthread story([&] {
+    char text[64] = {};
+    EXPECT_GT(read(ends[0], text, sizeof text - 1), 0);
+    Peer peer(PortOf(text));
+    peer.Send("?WATCH={};");
+    const auto sendUntil = [&](std::string_view part) {
+      const auto end = std::chrono::steady_clock::now() + 5s;
+      for (std::size_t seen = peer.Rest().size(); peer.Rest().find(part, seen) == std::string::npos;) {
+        ASSERT_LT(std::chrono::steady_clock::now(), end) << part;
+        ASSERT_TRUE(peer.Take()) << part;
+        line->Exchange(kEpoch);
+        std::this_thread::sleep_for(5ms);
+      }
+    };
+    sendUntil(R"("class":"TPV")");
+    std::filesystem::remove(options.port);
+    line->HangUp();
+    sendUntil(R"("activated":0)");
+    plug();
+    sendUntil(R"("class":"TPV")");
+    kill(getpid(), SIGTERM);
+  });
+  Output output(ends[1]);
+  EXPECT_EQ(Serve(options, interrupt, output), ExitCode::interrupted);
+  std::filesystem::remove_all(folder);
+}
+
 TEST(Serve, ShowsAPage) {
   Serving serving(kEpoch, /*hasPage=*/true);
   if (serving.Http() == 0) GTEST_SKIP() << "built without libcpp-httplib-dev";
   EXPECT_TRUE(serving.Comes("/history", "<b id=x>&\\\""));
-  EXPECT_TRUE(serving.Comes("/status", R"("source":"port","baud":9600,"understood":true)"));
+  EXPECT_TRUE(serving.Comes("/status", R"("source":"port","baud":9600,"lost":false,"understood":true)"));
   EXPECT_TRUE(Contains(serving.Fetch("/", "127.0.0.1"), "<title>gpsengine</title>"));
   EXPECT_TRUE(Contains(serving.Fetch("/status", "localhost.example:80"), "403"));
   EXPECT_TRUE(Contains(serving.Fetch("/../CMakeLists.txt"), "404"));

@@ -277,7 +277,7 @@ function drawStatus() {
   put('source', `${server.model} ${DASH} ${SOURCES[server.source] || ''}${server.device}${server.baud ? `, ${server.baud} baud` : ''}`);
   document.title = `gpsengine ${DASH} ${server.model}`;
   list('status', [
-    ['Receiver', server.understood ? 'understood' : 'not understood so far', !server.understood],
+    ['Receiver', server.lost ? 'port lost, waiting for it' : server.understood ? 'understood' : 'not understood so far', !server.understood],
     ['Messages', server.messages],
     ['Checksum errors', server.checksumErrors, server.checksumErrors > 0],
     ['Records', server.records],
