@@ -5,6 +5,8 @@
 #include "gpsengine/platform/window.h"
 #include "gpsengine/records/gpsdataraw.h"
 
+#pragma GCC visibility push(default)
+
 /// The settings of a log of raw data, and the face that a host's logger of any format has. The host derives
 /// its logger from this class and feeds it with the epochs and ephemerides that it is sent; the library makes
 /// and calls none.
@@ -86,3 +88,5 @@ class CDataLog {
   CWnd* m_pParent;
   CTime m_TimeMark;
 };
+
+#pragma GCC visibility pop

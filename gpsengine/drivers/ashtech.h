@@ -2,6 +2,8 @@
 
 #include "gpsengine/receiver/gpsreceiver.h"
 
+#pragma GCC visibility push(default)
+
 // Receivers of the Ashtech language: "$PASHS," sets, "$PASHQ," asks. Their raw output is commanded by the
 // base class.
 
@@ -47,3 +49,5 @@ class CCSI : public CAshtech {
   /// Asks for the receiver's parameters: one report has the NMEA output, the masks and the rest.
   void QueryPAR();
 };
+
+#pragma GCC visibility pop

@@ -2,6 +2,8 @@
 
 #include "gpsengine/receiver/gpsreceiver.h"
 
+#pragma GCC visibility push(default)
+
 /// An L-band receiver that takes plain command lines and answers with "#" logs. It gets its NMEA output at
 /// every start.
 class Cgsr2650lb : public CGPSReceiver {
@@ -55,3 +57,5 @@ class Cgsr2650lb : public CGPSReceiver {
   bool m_bRawDataOutput;   // by the last SetRawDataOutput, not by the receiver
   int m_nRawDataInterval;  // seconds
 };
+
+#pragma GCC visibility pop

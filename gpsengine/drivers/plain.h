@@ -2,6 +2,8 @@
 
 #include "gpsengine/receiver/gpsreceiver.h"
 
+#pragma GCC visibility push(default)
+
 // Models that the library only listens to.
 
 class CGarmin : public CGPSReceiver {
@@ -48,3 +50,5 @@ class COtherGps : public CGPSReceiver {
  public:
   CString GetName() override { return "Other"; }
 };
+
+#pragma GCC visibility pop

@@ -2,6 +2,8 @@
 
 #include "gpsengine/receiver/gpsreceiver.h"
 
+#pragma GCC visibility push(default)
+
 /// Appends "*" and the checksum of what stands behind the "$", which must be there: false without one.
 bool AppendNmeaChecksum(CString& strSentence);
 
@@ -47,3 +49,5 @@ class CToughbookGPS01 : public CSirf {
   CString GetName() override { return "Toughbook GPS01"; }
   int GetDefaultBaudrate() override { return 4800; }
 };
+
+#pragma GCC visibility pop

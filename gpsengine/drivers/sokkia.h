@@ -2,6 +2,8 @@
 
 #include "gpsengine/receiver/gpsreceiver.h"
 
+#pragma GCC visibility push(default)
+
 /// Sokkia Axis receivers, commanded by "$PMCAG," sentences.
 class CSokkia : public CGPSReceiver {
   DECLARE_DYNAMIC(CSokkia)
@@ -19,3 +21,5 @@ class CSokkia : public CGPSReceiver {
   void SetDefaultNMEA() override;
   void SetGgaOnlyNMEA() override;
 };
+
+#pragma GCC visibility pop

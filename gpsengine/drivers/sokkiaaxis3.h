@@ -2,6 +2,8 @@
 
 #include "gpsengine/receiver/gpsreceiver.h"
 
+#pragma GCC visibility push(default)
+
 /// Receivers of the language whose commands begin with "$J".
 class CSokkiaAxis3 : public CGPSReceiver {
   DECLARE_DYNAMIC(CSokkiaAxis3)
@@ -48,3 +50,5 @@ class CCSImax : public CSokkiaAxis3 {
   CString GetName() override { return "CSI - MAX"; }
   bool HasDGPSSupport() const override { return true; }
 };
+
+#pragma GCC visibility pop

@@ -2,6 +2,8 @@
 
 #include "gpsengine/receiver/gpsreceiver.h"
 
+#pragma GCC visibility push(default)
+
 /// Beacon receivers of the Starlink language: "$PSLIS," sets, "$PSLIQ," asks.
 class CStarlink : public CGPSReceiver {
   DECLARE_DYNAMIC(CStarlink)
@@ -27,3 +29,5 @@ class CStarlink : public CGPSReceiver {
   /// Asks for the receiver's parameters: the NMEA output and the elevation mask.
   void QueryPAR();
 };
+
+#pragma GCC visibility pop

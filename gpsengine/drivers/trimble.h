@@ -2,6 +2,8 @@
 
 #include "gpsengine/receiver/gpsreceiver.h"
 
+#pragma GCC visibility push(default)
+
 // Receivers that want to hear from the host while the line is silent.
 
 class CTrimble : public CGPSReceiver {
@@ -23,3 +25,5 @@ class CLeica : public CGPSReceiver {
   bool Initialize() override;
   void KeepAlive() override;
 };
+
+#pragma GCC visibility pop

@@ -3,6 +3,8 @@
 #include "gpsengine/platform/cstring.h"
 #include "gpsengine/platform/shared.h"
 
+#pragma GCC visibility push(default)
+
 /// Collects the text of the messages for a host that wants to see them. The host clears m_bPaused to start.
 /// It reads m_strData while no run is under way, or once m_bOverflow is set: the reader thread may still be
 /// at a message when the host has paused the capture.
@@ -16,3 +18,5 @@ class CComBuffer {
   /// Adds a message, on the reader thread. Behind 100,000 characters it is the last one.
   void OnRawData(const CString* pText);
 };
+
+#pragma GCC visibility pop

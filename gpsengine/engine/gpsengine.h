@@ -11,7 +11,10 @@
 #include "gpsengine/receiver/gpsreceiver.h"
 
 class CEngineLease;
+class CReaderThread;
 class CRun;
+
+#pragma GCC visibility push(default)
 
 enum GPS_ENGINE_ERROR : int {
   GPS_ENGINE_OK = 0,
@@ -99,3 +102,5 @@ class CGPSEngine {
   bool m_bReceiversInitialized = false;
   GPS_ENGINE_ERROR m_nLastError = GPS_ENGINE_OK;
 };
+
+#pragma GCC visibility pop

@@ -7,8 +7,7 @@
 #include "gpsengine/engine/gpsengine.h"
 #include "gpsengine/engine/run.h"
 #include "gpsengine/platform/file.h"
-
-class CTextFile;
+#include "gpsengine/text/textfile.h"
 
 /// The thread of one run: moves bytes from the port, or lines of a recording, into the engine.
 class CReaderThread {

@@ -4,10 +4,9 @@
 #include <memory>
 #include <mutex>
 
+#include "gpsengine/engine/gpsengine.h"
 #include "gpsengine/platform/event.h"
 #include "gpsengine/platform/thread.h"
-
-class CGPSEngine;
 
 /// What one run's thread owns of the run: its events. A thread that comes back late, from a message box or a
 /// callback, finds its own run over, whatever has been started since.

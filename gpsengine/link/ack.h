@@ -5,6 +5,8 @@
 #include "gpsengine/platform/shared.h"
 #include "gpsengine/records/gpsdata.h"
 
+#pragma GCC visibility push(default)
+
 /// The wait for a receiver's acknowledgement, one object a wait. The host's thread waits while the reader
 /// thread reads, and goes on handling its window messages meanwhile.
 ///
@@ -33,3 +35,5 @@ class CAck : public CDialog {
   CPreciseTimer m_Timer;
   bool m_bTimedOut = false;
 };
+
+#pragma GCC visibility pop

@@ -5,6 +5,8 @@
 
 #include "gpsengine/platform/cstring.h"
 
+#pragma GCC visibility push(default)
+
 /// Finds whole messages in a receiver's byte stream, and keeps an unfinished one for the next read. A stream
 /// may mix text sentences ("$…", "#…"), Ashtech and $BIN records and OEM binary messages (AA 44 12); bytes
 /// that belong to none of them are passed over.
@@ -79,3 +81,5 @@ class CBinBuffer {
   int m_nMessageLength = 0;  // 0: no current message
   int m_nLength = 0;         // bytes in the buffer
 };
+
+#pragma GCC visibility pop

@@ -4,6 +4,8 @@
 
 #include "gpsengine/platform/window.h"
 
+#pragma GCC visibility push(default)
+
 /// The tick: wParam is the timer's number, lParam 0.
 constexpr UINT WM_PRECISE_TIMER = 0xA732;
 
@@ -30,3 +32,5 @@ class CPreciseTimer {
 
   std::shared_ptr<State> m_pState;  // shared with the thread, which may end later than the timer
 };
+
+#pragma GCC visibility pop

@@ -6,6 +6,8 @@
 #include "gpsengine/platform/serial.h"
 #include "gpsengine/platform/shared.h"
 
+#pragma GCC visibility push(default)
+
 /// The one serial line to the receiver: its settings, and synchronous reads and writes. A change of a setting
 /// takes effect at once on an open port.
 ///
@@ -89,3 +91,5 @@ class CSerialPort {
   CShared<int> m_nTimeout = 1000;
   CString m_strPortName;
 };
+
+#pragma GCC visibility pop

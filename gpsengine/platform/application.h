@@ -5,6 +5,8 @@
 #include "gpsengine/platform/cstring.h"
 #include "gpsengine/platform/window.h"
 
+#pragma GCC visibility push(default)
+
 /// The host application: its main window, which gets the library's messages, and its profile. A host makes
 /// one, ahead of everything else, and keeps it to its end. All operations may be called from any thread
 /// unless they say otherwise.
@@ -60,3 +62,5 @@ class CWaitCursor {
   CWaitCursor(const CWaitCursor&) = delete;
   CWaitCursor& operator=(const CWaitCursor&) = delete;
 };
+
+#pragma GCC visibility pop

@@ -5,6 +5,8 @@
 
 #include "gpsengine/platform/types.h"
 
+#pragma GCC visibility push(default)
+
 /// What a blocked thread waits for.
 enum class WaitKind {
   event,    ///< One or more events.
@@ -36,3 +38,5 @@ void SetClock(Clock* pClock);
 void Sleep(DWORD ms);
 /// Milliseconds, unsigned 32 bits: wraps after 49.7 days.
 DWORD GetTickCount();
+
+#pragma GCC visibility pop

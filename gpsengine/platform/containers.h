@@ -4,6 +4,8 @@
 
 #include "gpsengine/platform/types.h"
 
+#pragma GCC visibility push(default)
+
 /// A growable array of 16-bit words.
 class CWordArray {
  public:
@@ -19,3 +21,5 @@ class CWordArray {
  private:
   std::vector<WORD> m_Words;
 };
+
+#pragma GCC visibility pop

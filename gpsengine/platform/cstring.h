@@ -10,6 +10,8 @@
 
 #include "gpsengine/platform/types.h"
 
+#pragma GCC visibility push(default)
+
 class CString;
 
 /// What CString::Format is built from: conversions of the printf kind whose arguments are checked when the
@@ -246,3 +248,5 @@ Argument MakeArgument(const T& value) {
 }
 
 }  // namespace textformat
+
+#pragma GCC visibility pop

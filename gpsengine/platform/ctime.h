@@ -4,6 +4,8 @@
 #include <cstdint>
 #include <ctime>
 
+#pragma GCC visibility push(default)
+
 /// A moment in whole seconds since 1970, 32 bits wide and unsigned, so that it reads on until 2106.
 class CTime {
  public:
@@ -21,3 +23,5 @@ class CTime {
  private:
   std::uint32_t m_nSeconds = 0;
 };
+
+#pragma GCC visibility pop

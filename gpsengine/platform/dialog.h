@@ -3,6 +3,8 @@
 #include "gpsengine/platform/resource.h"
 #include "gpsengine/platform/window.h"
 
+#pragma GCC visibility push(default)
+
 /// A window made from a dialog template. Nothing shows it here; a host may look the template's texts up.
 class CDialog : public CWnd {
  public:
@@ -15,3 +17,5 @@ class CDialog : public CWnd {
  private:
   UINT m_nTemplate;
 };
+
+#pragma GCC visibility pop

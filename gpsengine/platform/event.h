@@ -2,6 +2,8 @@
 
 #include "gpsengine/platform/types.h"
 
+#pragma GCC visibility push(default)
+
 // Events and waits. All of these may be called from any thread.
 
 constexpr DWORD WAIT_OBJECT_0 = 0;
@@ -27,3 +29,5 @@ DWORD WaitForMultipleObjects(DWORD nCount, const HANDLE* pHandles, DWORD ms);
 /// The same, but a message in the calling thread's queue ends the wait too: WAIT_OBJECT_0 plus `nCount`.
 /// Messages that other threads send are handled inside the wait and end it as well.
 DWORD MsgWaitForMultipleObjects(DWORD nCount, const HANDLE* pHandles, DWORD ms);
+
+#pragma GCC visibility pop

@@ -2,6 +2,8 @@
 
 #include "gpsengine/platform/cstring.h"
 
+#pragma GCC visibility push(default)
+
 constexpr WCHAR kPathSeparator = u'/';
 constexpr DWORD INVALID_FILE_ATTRIBUTES = 0xFFFFFFFF;
 constexpr DWORD FILE_ATTRIBUTE_DIRECTORY = 0x10;
@@ -49,3 +51,5 @@ DWORD GetLastError();
 void SetLastError(DWORD nError);
 /// The system's text for an error, cut to `nBuffer` - 1 characters; gives its length, 0 if there is none.
 DWORD FormatMessageW(DWORD nError, WCHAR* pBuffer, DWORD nBuffer);
+
+#pragma GCC visibility pop

@@ -4,6 +4,8 @@
 
 #include "gpsengine/platform/cstring.h"
 
+#pragma GCC visibility push(default)
+
 enum class BoxKind {
   notice,  ///< Something to know.
   pause,   ///< Holds the caller up until the user goes on.
@@ -17,3 +19,5 @@ using MessageBoxHandler = std::function<void(const CString& text, BoxKind kind)>
 /// Puts the host's own boxes in place; an empty handler restores the default. The handler runs on the thread
 /// that shows the box, which may be the reader thread.
 void SetMessageBoxHandler(MessageBoxHandler handler);
+
+#pragma GCC visibility pop

@@ -2,6 +2,8 @@
 
 #include <exception>
 
+#pragma GCC visibility push(default)
+
 class CArchive;
 class CDumpContext;
 
@@ -47,3 +49,5 @@ class CUserException : public CException {
 [[noreturn]] inline void AfxThrowUserException() {
   throw CUserException();
 }
+
+#pragma GCC visibility pop

@@ -8,6 +8,8 @@
 
 #include "gpsengine/platform/clock.h"
 
+#pragma GCC visibility push(default)
+
 /// Runs code that talks to a serial line with no line and in no time: what would be written and waited for
 /// becomes a list of steps. While the object lives, the port number stands for a line of its own, and for the
 /// thread that made it a sleep or a wait is recorded and time moves on at once. Other threads keep the real
@@ -61,3 +63,5 @@ class CRehearsal : public Clock {
   int m_nPort;
   std::shared_ptr<State> m_pState;  // shared with the line, which the port may keep for longer
 };
+
+#pragma GCC visibility pop

@@ -2,6 +2,8 @@
 
 #include "gpsengine/platform/types.h"
 
+#pragma GCC visibility push(default)
+
 /// Copies entry `nId` of the library's string table, cut to `nBuffer` - 1 characters, and gives its length; 0
 /// if there is no such entry.
 int LoadStringW(UINT nId, WCHAR* pBuffer, int nBuffer);
@@ -19,3 +21,5 @@ struct DialogTemplate {
 
 /// The template with this number, or null.
 const DialogTemplate* FindDialogTemplate(UINT nId);
+
+#pragma GCC visibility pop

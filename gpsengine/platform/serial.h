@@ -5,6 +5,8 @@
 
 #include "gpsengine/platform/cstring.h"
 
+#pragma GCC visibility push(default)
+
 // The serial calls. A port is opened under its number's name, "COM1:", and a table says which device that is.
 
 /// State of a line, with the fields that the callers set.
@@ -110,3 +112,5 @@ bool ReadFile(HANDLE hPort, void* pData, DWORD nCount, DWORD* pRead);
 /// Ends the read that is blocked on the handle, if there is one, or else cuts the next one short.
 bool CancelRead(HANDLE hPort);
 bool WriteFile(HANDLE hPort, const void* pData, DWORD nCount, DWORD* pWritten);
+
+#pragma GCC visibility pop

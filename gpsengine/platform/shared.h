@@ -3,6 +3,8 @@
 #include <atomic>
 #include <concepts>
 
+#pragma GCC visibility push(default)
+
 /// A single value that one thread sets and another reads, and that reads, assigns and counts like a plain
 /// one. What was written before an assignment is visible to the thread that reads the assigned value.
 template <class T>
@@ -25,3 +27,5 @@ class CShared {
  private:
   std::atomic<T> m_Value;
 };
+
+#pragma GCC visibility pop

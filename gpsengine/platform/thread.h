@@ -2,6 +2,8 @@
 
 #include <memory>
 
+#pragma GCC visibility push(default)
+
 constexpr int THREAD_PRIORITY_NORMAL = 0;
 constexpr int THREAD_PRIORITY_ABOVE_NORMAL = 1;
 
@@ -20,3 +22,5 @@ class CWinThread {
 /// over.
 std::unique_ptr<CWinThread> AfxBeginThread(AFX_THREADPROC pfn, void* pParam,
                                            int nPriority = THREAD_PRIORITY_NORMAL);
+
+#pragma GCC visibility pop

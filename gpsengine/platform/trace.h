@@ -4,6 +4,8 @@
 
 #include "gpsengine/platform/cstring.h"
 
+#pragma GCC visibility push(default)
+
 #ifdef NDEBUG
 constexpr bool kTraceBuilt = false;
 #else
@@ -27,3 +29,5 @@ void Trace(textformat::Checked<std::type_identity_t<Args>...> format, const Args
     TraceText(text);
   }
 }
+
+#pragma GCC visibility pop

@@ -2,6 +2,8 @@
 
 #include <cstdint>
 
+#pragma GCC visibility push(default)
+
 // The plain types and constants of the platform's calls, with the widths that their callers rely on.
 
 using BYTE = std::uint8_t;
@@ -24,3 +26,5 @@ inline const HANDLE INVALID_HANDLE_VALUE = reinterpret_cast<HANDLE>(~std::uintpt
 
 constexpr DWORD MAXDWORD = 0xFFFFFFFF;
 constexpr DWORD INFINITE = 0xFFFFFFFF;  ///< A wait without limit.
+
+#pragma GCC visibility pop

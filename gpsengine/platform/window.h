@@ -2,6 +2,8 @@
 
 #include "gpsengine/platform/types.h"
 
+#pragma GCC visibility push(default)
+
 // Windows and messages. A window belongs to the thread that created it; that thread has a queue, takes its
 // messages out with PeekMessageW or CWinApp::PumpMessage and hands them to the windows with DispatchMessageW.
 
@@ -73,3 +75,5 @@ UINT RegisterWindowMessageW(const WCHAR* pszName);
 int GetQueueDescriptor();
 /// Messages that were thrown away because the queue of the calling thread was full.
 unsigned long long GetLostMessages();
+
+#pragma GCC visibility pop

@@ -4,6 +4,8 @@
 
 #include "gpsengine/link/serialport.h"
 
+#pragma GCC visibility push(default)
+
 /// Whether `line` is fit to be sent: one line with its line end, no longer than the port takes, with the
 /// right checksum if it carries one.
 constexpr bool IsCommandLine(std::string_view line) {
@@ -31,3 +33,5 @@ struct Command {
   const char* pszLine;
   DWORD nWait;
 };
+
+#pragma GCC visibility pop

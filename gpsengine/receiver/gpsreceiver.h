@@ -15,6 +15,10 @@
 #include "gpsengine/receiver/sentences.h"
 #include "gpsengine/receiver/speedengine.h"
 
+struct SentenceTable;
+
+#pragma GCC visibility push(default)
+
 class CParser;
 
 /// First argument of SetBeacon. Any other value acts as BEACON_MODE_MANUAL.
@@ -287,3 +291,5 @@ class CGPSReceiver : public CObject {
   CShared<bool> m_bAlternateSignalTable = false;
   std::map<int, int> m_AlternateSignalTable;  // behind the record lock
 };
+
+#pragma GCC visibility pop

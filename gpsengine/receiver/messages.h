@@ -4,6 +4,8 @@
 #include "gpsengine/records/gpsdata.h"
 #include "gpsengine/records/gpsdataraw.h"
 
+#pragma GCC visibility push(default)
+
 // What reaches the host: window messages, posted to the application's main window from the reader thread, and
 // callbacks. The object that a message carries belongs to the host from the moment it is posted; the host
 // deletes it.
@@ -34,3 +36,5 @@ struct GPSNotificationEntry {
   GPSNotificationCallback pfn;
   void* pUser;
 };
+
+#pragma GCC visibility pop

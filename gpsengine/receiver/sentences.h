@@ -1,5 +1,7 @@
 #pragma once
 
+#pragma GCC visibility push(default)
+
 /// The kinds of message. Up to GPS_STRING_PMCAG the checksum counts. Value 15 is unassigned and marks that
 /// border.
 enum GPSStringType : int {
@@ -40,3 +42,5 @@ enum GPSStringType : int {
   GPS_STRING_PSRDIFFSOURCE = 35,
   GPS_STRING_AXIS4_BIN = 36,
 };
+
+#pragma GCC visibility pop

@@ -4,6 +4,8 @@
 
 #include "gpsengine/records/gpsdata.h"
 
+#pragma GCC visibility push(default)
+
 /// Distance of two points of the local grid, in metres.
 double Distance(double dEast1, double dNorth1, double dEast2, double dNorth2);
 /// Direction of a displacement in radians, a mathematical angle from -π to π: 0 is east, π/2 north. Due west
@@ -39,3 +41,5 @@ class CSpeedEngine {
   double m_dNewTime, m_dNewNorth, m_dNewEast;  // the newest fix, and the mean with it
   double m_dOldTime, m_dOldNorth, m_dOldEast;  // the one before, and the mean without it
 };
+
+#pragma GCC visibility pop

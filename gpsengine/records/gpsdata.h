@@ -2,6 +2,8 @@
 
 #include "gpsengine/platform/ctime.h"
 
+#pragma GCC visibility push(default)
+
 // The records of one position epoch. Hosts read their fields directly and are compiled against their order
 // and widths, which the assertions in gpsdata.cpp hold.
 //
@@ -143,3 +145,5 @@ class CGPSData {
   /// `bAll`.
   void Invalidate(bool bAll);
 };
+
+#pragma GCC visibility pop

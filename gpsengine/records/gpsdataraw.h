@@ -4,6 +4,8 @@
 
 #include "gpsengine/platform/ctime.h"
 
+#pragma GCC visibility push(default)
+
 // The records of raw measurements and broadcast ephemerides, for post-processing. Hosts are compiled against
 // the order and widths of their fields, which the assertions in gpsdataraw.cpp hold.
 
@@ -111,3 +113,5 @@ class CGPSDataEphemeris {
   double m_dOmegaDot = 0.0;  ///< Rate of right ascension.
   double m_dIDot = 0.0;      ///< Rate of inclination.
 };
+
+#pragma GCC visibility pop

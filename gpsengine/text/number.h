@@ -2,6 +2,8 @@
 
 #include "gpsengine/platform/cstring.h"
 
+#pragma GCC visibility push(default)
+
 // The two number readers, which the field parser and the report decoders share. Both skip leading white
 // space, allow a sign and stop at the first character that does not fit.
 
@@ -15,3 +17,5 @@ bool ParseInt(std::u16string_view text, int* pValue);
 /// `nRemaining` is the count of characters not taken.
 bool ParseDouble(CString text, double& value, int& nRemaining);
 bool ParseDouble(std::u16string_view text, double& value, int& nRemaining);
+
+#pragma GCC visibility pop

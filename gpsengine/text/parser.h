@@ -4,6 +4,8 @@
 
 #include "gpsengine/platform/cstring.h"
 
+#pragma GCC visibility push(default)
+
 /// Takes a sentence apart, field by field. Any one of the delimiters, which are ASCII characters, ends a
 /// field, so that two in a row have an empty field between them; an empty text has no field at all.
 ///
@@ -47,3 +49,5 @@ class CParser {
   int m_nNext = 0;            // start of the next field; behind the end when there is none
   bool m_bThrow;
 };
+
+#pragma GCC visibility pop

@@ -4,6 +4,8 @@
 
 #include "gpsengine/platform/file.h"
 
+#pragma GCC visibility push(default)
+
 /// A file read line by line. Bytes are widened without a sign; a line ends at "\n", "\r\n" or the end of the
 /// file.
 class CTextFile : public CFile {
@@ -22,3 +24,5 @@ class CTextFile : public CFile {
   std::string m_strBuffer;   // read from the file and not handed out
   std::size_t m_nTaken = 0;  // characters at its head that were handed out
 };
+
+#pragma GCC visibility pop
