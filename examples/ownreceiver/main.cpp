@@ -44,7 +44,7 @@ void ShowSentences(CGPSReceiver& receiver, const char* pszWhen) {
   receiver.MonitorNmea(true);  // forgets what has come until now
   Sleep(2500);
   std::printf("%s:%s%s%s\n", pszWhen, receiver.HaveGotNmea(GPS_STRING_GGA) ? " GGA" : "",
-              receiver.HaveGotNmea(GPS_STRING_GSV) ? " GSV" : "",
+              receiver.HaveGotNmea(GPS_STRING_GSA) ? " GSA" : "",
               receiver.HaveGotNmea(GPS_STRING_VTG) ? " VTG" : "");
 }
 
