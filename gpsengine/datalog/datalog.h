@@ -16,8 +16,11 @@ class CDataLog {
  public:
   /// `pParent` is kept for the derived class, which may show its boxes there; the caller keeps ownership.
   explicit CDataLog(CWnd* pParent);
+  /// Copies the settings.
+  ///@{
   CDataLog(const CDataLog&) = default;
   CDataLog& operator=(const CDataLog&) = default;
+  ///@}
 
   // The virtual operations stand in this order in the interface that hosts are compiled against.
 
@@ -26,6 +29,7 @@ class CDataLog {
   virtual bool Open() = 0;
   /// Completes and closes the file. No effect if none is open.
   virtual void Close() = 0;
+  /// From an Open that gave true until Close.
   virtual bool IsOpen() const = 0;
   /// Whether the logging interval has passed between the last epoch written and this one.
   virtual bool IsEpochDue(const CGPSDataRaw& epoch) const = 0;
@@ -53,17 +57,22 @@ class CDataLog {
   virtual CString GetFormatName() = 0;
   /// Why the last operation of the log failed, for the user; empty if it did not.
   virtual CString GetLastErrorString() = 0;
-  virtual ~CDataLog() = default;
+  virtual ~CDataLog() = default;  ///< A derived class closes its file here.
 
   /// Switches the log on or off.
   void Enable(bool bOn) { m_bEnabled = bOn; }
+  /// The file's name, as SetFilename or SetDefaultFilename made it.
   CString GetFilename() const { return m_strFilename; }
   /// Seconds between the epochs that are logged; 0.1 is the least that IsReady accepts.
+  ///@{
   void SetLogInterval(double dInterval) { m_dLogInterval = dInterval; }
   double GetLogInterval() const { return m_dLogInterval; }
+  ///@}
   /// Metres from the mark up to the antenna.
+  ///@{
   void SetAntennaHeight(double dHeight) { m_dAntennaHeight = dHeight; }
   double GetAntennaHeight() const { return m_dAntennaHeight; }
+  ///@}
   /// The receiver's port: 2 for COM2, anything else for COM1.
   void SetPort(int nPort);
   /// Starts the time that GetMinutesElapsed measures. Construction does so too.
@@ -79,14 +88,14 @@ class CDataLog {
   CString GenerateDefaultFilename(const CString& strBase);
 
  protected:
-  CString m_strDefaultFilename;  ///< The base name last given to SetDefaultFilename.
-  double m_dLogInterval = 5.0;
-  double m_dAntennaHeight = 0.0;
-  CString m_strFilename;
-  CString m_strPort = "COM1";
-  bool m_bEnabled = false;
-  CWnd* m_pParent;
-  CTime m_TimeMark;
+  CString m_strDefaultFilename;   ///< The base name last given to SetDefaultFilename.
+  double m_dLogInterval = 5.0;    ///< Seconds.
+  double m_dAntennaHeight = 0.0;  ///< Metres.
+  CString m_strFilename;          ///< With its extension.
+  CString m_strPort = "COM1";     ///< "COM1" or "COM2".
+  bool m_bEnabled = false;        ///< Switched on by Enable.
+  CWnd* m_pParent;                ///< The constructor's argument.
+  CTime m_TimeMark;               ///< What GetMinutesElapsed counts from.
 };
 
 #pragma GCC visibility pop

@@ -10,9 +10,9 @@
 /// at a message when the host has paused the capture.
 class CComBuffer {
  public:
-  CString m_strData;   ///< All messages captured, joined.
-  CString m_strOther;  ///< The host's own.
-  CShared<bool> m_bPaused = true;
+  CString m_strData;                  ///< All messages captured, joined.
+  CString m_strOther;                 ///< The host's own.
+  CShared<bool> m_bPaused = true;     ///< Nothing is captured, and no WM_GPS_NEW_STRING is posted.
   CShared<bool> m_bOverflow = false;  ///< The capture has stopped itself, since m_strData grew too long.
 
   /// Adds a message, on the reader thread. Behind 100,000 characters it is the last one.

@@ -16,11 +16,13 @@ class CRun;
 
 #pragma GCC visibility push(default)
 
+/// Why a Start failed.
 enum GPS_ENGINE_ERROR : int {
   GPS_ENGINE_OK = 0,
-  GPS_ENGINE_NO_RECEIVER = 1,
-  GPS_ENGINE_INIT_FAILED = 2,
-  GPS_ENGINE_THREAD_FAILED = 3,
+  GPS_ENGINE_NO_RECEIVER = 1,  ///< SetReceiver has selected none.
+  GPS_ENGINE_INIT_FAILED =
+      2,  ///< The receiver's Initialize gave false: the port does not open. ExplainPort tells why.
+  GPS_ENGINE_THREAD_FAILED = 3,  ///< The system has no thread left.
 };
 
 /// What a host creates first and keeps as long as it wants GPS data. It owns one receiver of every model and,
@@ -31,6 +33,7 @@ enum GPS_ENGINE_ERROR : int {
 /// to one host thread; the public flags may be set while the engine runs.
 class CGPSEngine {
  public:
+  /// Makes one receiver of every model, with none selected.
   CGPSEngine();
   /// Stops, and deletes the receivers. Waits for the reader thread if that is inside a callback of the host.
   ~CGPSEngine();
@@ -42,22 +45,31 @@ class CGPSEngine {
   bool AddReceiver(CGPSReceiver* pReceiver);
   /// The receiver of exactly this name, or else the last one, which is "Other".
   CGPSReceiver* FindReceiver(CString name);
+  /// All receivers, in the order in which hosts list them. They belong to the engine.
   const std::vector<std::unique_ptr<CGPSReceiver>>& GetReceivers() const { return m_Receivers; }
   /// Gives every receiver its baud rate; the first Start does it otherwise.
   void InitReceivers();
   /// Stops, and selects a receiver of this engine, or none.
   void SetReceiver(CGPSReceiver* pReceiver);
+  /// The selected receiver, or null.
   CGPSReceiver* GetReceiver() const { return m_pReceiver; }
 
   /// Stops what runs, sets the receiver up and starts reading. False leaves the reason in GetLastError.
   bool Start();
   /// Ends the run, within a second, and suspends the receiver, even if nothing runs.
   void Stop();
+  /// The same as Stop and Start, under the names that a host's menu has.
+  ///@{
   void Pause() { Stop(); }
   bool Resume() { return Start(); }
+  ///@}
+  /// From a Start that gave true until Stop. A run whose port has gone away is active all the same.
   bool IsActive() const { return m_hStopEvent != nullptr; }
+  /// Why the last Start failed, as a number and as a text for the user.
+  ///@{
   GPS_ENGINE_ERROR GetLastError() const { return m_nLastError; }
   CString GetLastErrorString() const;
+  ///@}
 
   /// Takes bytes of the selected receiver in and decodes every message that they complete. True if a record
   /// went to the host. The reader thread calls it, and so may a host that moves the bytes itself, from any
@@ -68,7 +80,7 @@ class CGPSEngine {
   /// How often the stream was thrown away for being too long without a whole message.
   int GetDroppedBuffers() const { return m_nDroppedBuffers; }
 
-  CComBuffer m_ComBuffer;
+  CComBuffer m_ComBuffer;  ///< The text of the messages, for a host that shows it.
   CShared<bool> m_bEmulation =
       false;  ///< Play a recording instead of reading the port; holds from the next Start.
   CShared<bool> m_bGotData = true;         ///< Set when a read led to a record; the host may clear it.

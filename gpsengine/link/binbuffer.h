@@ -16,7 +16,9 @@
 /// more bytes are needed. One object belongs to one thread at a time.
 class CBinBuffer {
  public:
+  /// An empty buffer.
   CBinBuffer() = default;
+  /// A copy of the bytes, with no current message.
   CBinBuffer(const char* pData, int nLength) { Set(pData, nLength, 0); }
   /// One byte per character of `text`, the low byte of each.
   explicit CBinBuffer(const CString& text);
@@ -25,14 +27,18 @@ class CBinBuffer {
   /// buffer cleared, if there are no bytes.
   bool Set(const char* pData, int nLength, int nMessageLength);
   /// Appends, and leaves the walk where it is.
+  ///@{
   const CBinBuffer& operator+=(const CBinBuffer& other);
   void Append(const char* pData, int nLength);
+  ///@}
+  /// Empties the buffer and starts the walk over.
   void Clear();
 
   bool First();  ///< To the first message of the buffer.
   bool Next();   ///< Over the current message, to the one behind it.
   /// Finds the message at or behind the current place.
   bool GetCurrentMessage();
+  /// The walk stands on a whole message.
   bool HasMessage() const { return m_nMessageLength > 0; }
   /// Drops everything before the current place.
   void Resize();
@@ -54,9 +60,14 @@ class CBinBuffer {
   CString* Mid2(int nStart, int nCount) const;  ///< The same in a new object that the caller deletes.
   /// Index of the first `c` at or behind `nStart`, or -1.
   int Find(char c, int nStart) const;
+  /// Bytes in the buffer.
+  ///@{
   int GetLength() const { return m_nLength; }
   int GetSize() const { return m_nLength; }
+  ///@}
+  /// The bytes, good until the buffer changes.
   const char* GetData() const { return m_Bytes.data(); }
+  /// One byte. An index out of range throws std::out_of_range.
   char GetAt(int nIndex) const { return m_Bytes.at(static_cast<std::size_t>(nIndex)); }
 
  private:

@@ -24,6 +24,7 @@ class CPreciseTimer {
   /// Starts ticking every `nInterval` milliseconds, until Stop, and gives the timer's number. A running timer
   /// goes on as it was. 0 if there is no window or the interval is not above 0.
   int Start(CWnd* pWnd, int nInterval);
+  /// Ends the ticking at once; a tick that is under way still arrives.
   void Stop();
 
  private:

@@ -27,7 +27,9 @@ class CSerialPort {
   void SetStopBits(BYTE code);      ///< As DCB::StopBits.
   void SetDataBits(BYTE n);         ///< 0: 8 without parity, 7 with.
   void SetTimeout(int ms);          ///< For the read operations; at least 10.
+  /// Milliseconds.
   int GetTimeout() const { return m_nTimeout; }
+  /// As set; with 0, what that stands for under the present parity.
   int GetDataBits() const;
 
   /// Bytes waiting. 0 if the port is closed, or if the line had an error since the last call, which this call
@@ -36,30 +38,45 @@ class CSerialPort {
   /// True if the port is open now; at once if it was.
   virtual bool Open();
   bool Close();  ///< False if the port was not open.
+  /// Gives the settings to an open port. The Set operations do so by themselves.
   void ApplySettings();
+  /// Whether Open has given true and Close has not been called since; a device that has gone away leaves the
+  /// port open.
   bool IsOpen() const { return m_hPort != INVALID_HANDLE_VALUE; }
+  /// For the calls of platform/serial.h; INVALID_HANDLE_VALUE on a closed port.
   HANDLE GetHandle() const { return m_hPort; }
+  /// Throws away what has arrived and was not read. False on a closed port.
   bool PurgeInput();
+  /// The break condition on or off. False if the line has none, such as a pseudo-terminal, or on a closed
+  /// port.
+  ///@{
   bool SetBreak();
   bool ClearBreak();
+  ///@}
+  /// The name under which it was last opened, "COM1:".
   CString GetPortName() const;
 
   /// The longest text, or array, that a write takes, in characters.
   static constexpr int kMaxText = 200;
 
   /// A write is one write to the line, and true only if all of it went out. A text, or an array, of more than
-  /// kMaxText characters is refused, and so is a text with a character that has no byte. False on a closed
-  /// port.
+  /// kMaxText characters is refused, and so is a text with a character that has no byte; plain bytes may be
+  /// of any number. False on a closed port.
+  ///@{
   virtual bool Write(CString text);
   virtual bool Write(const std::vector<BYTE>& bytes);
   virtual bool Write(char c);
-  virtual bool Write(const void* pData, int nLength);  ///< Of any length.
+  virtual bool Write(const void* pData, int nLength);
+  ///@}
 
   // Reads for a caller that needs a reply at once, on a line that no reader thread is reading. A true
   // `bCancel` makes them return false without reading; ReadUntilAny looks at it between its reads too.
 
+  /// What comes within the timeout, up to a pause of the line. False, with nothing read, if that is nothing.
   bool Read(CString& text, bool& bCancel);
+  /// The same for bytes.
   bool ReadBytes(std::vector<BYTE>& bytes, bool& bCancel);
+  /// The byte that is there or follows at once; false without one.
   bool ReadByte(char* pByte);
   /// At most `nMax` bytes; `*pRead` is their count. True at once for `nMax` 0.
   bool ReadBlock(void* pData, int nMax, int* pRead, bool& bCancel);

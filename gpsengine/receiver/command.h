@@ -26,12 +26,13 @@ constexpr bool IsCommandLine(std::string_view line) {
 /// One fixed line of a command set and the time to wait behind it, in milliseconds; 0: none. A line that is
 /// not fit to be sent does not compile.
 struct Command {
+  /// Both fields; refuses, when it is compiled, a line that is not fit to be sent.
   consteval Command(const char* pszCommand, DWORD nWaitBehind) : pszLine(pszCommand), nWait(nWaitBehind) {
     if (!IsCommandLine(pszCommand)) throw "not a command line: its end, its length or its checksum is wrong";
   }
 
-  const char* pszLine;
-  DWORD nWait;
+  const char* pszLine;  ///< With its line end.
+  DWORD nWait;          ///< Milliseconds.
 };
 
 #pragma GCC visibility pop

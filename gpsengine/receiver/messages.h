@@ -16,25 +16,30 @@ constexpr UINT WM_GPS_NEW_RAW_DATA = WM_APP + 12;   ///< wParam: a new CGPSDataR
 constexpr UINT WM_GPS_NEW_EPHEMERIS = WM_APP + 13;  ///< wParam: a new CGPSDataEphemeris.
 constexpr UINT WM_GPS_NEW_BIN = WM_APP + 14;        ///< wParam 0: CGPSReceiver::GetBinWords has the block.
 
+/// What a callback can be asked for.
 enum GPSNotificationType : int {
   GPS_NOTIFY_EPHEMERIS = 3,  ///< An ephemeris has been decoded.
 };
 
 /// The payload of a notification, which remains the library's.
 struct CGPSNotification {
+  /// As the constructor leaves it: data go by the messages.
+  ///@{
   CGPSData m_LastPosition;
   CGPSData m_LastProprietary;
   CGPSDataRaw m_LastRaw;
   CGPSDataEphemeris m_LastEphemeris;
+  ///@}
 };
 
 /// Runs on the reader thread, which decodes nothing meanwhile. It must not block for long.
 using GPSNotificationCallback = void (*)(GPSNotificationType type, CGPSNotification* pData, void* pUser);
 
+/// A registered callback.
 struct GPSNotificationEntry {
-  GPSNotificationType type;
-  GPSNotificationCallback pfn;
-  void* pUser;
+  GPSNotificationType type;     ///< What it is called for.
+  GPSNotificationCallback pfn;  ///< Null: none.
+  void* pUser;                  ///< Handed to the callback as it is.
 };
 
 #pragma GCC visibility pop

@@ -17,13 +17,17 @@ double Direction(double dNorth, double dEast);
 /// grid's reference point. Runs on the reader thread; a host may call Reset while the engine is stopped.
 class CSpeedEngine {
  public:
+  /// Without reference point or fixes.
   CSpeedEngine() { Reset(); }
 
   /// Takes a fix in, writes its place on the local grid and, if time has passed since the last one, its speed
   /// and heading. False if the fix has no signal (it is then passed over) or if no time has passed.
   bool ComputeMotion(CGPSData& fix);
+  /// Forgets the reference point and all fixes.
   void Reset();
+  /// Forgets the fixes and keeps the reference point.
   void RemoveAllFixes() { m_nFixes = 0; }
+  /// Puts a fix into the window, in the place of the oldest one if that is full.
   void AddFix(const CGPSData& fix);
 
  private:
