@@ -7,6 +7,7 @@
 // Receivers of the Ashtech language: "$PASHS," sets, "$PASHQ," asks. Their raw output is commanded by the
 // base class.
 
+/// Receivers of the Ashtech language that have raw data.
 class CAshtech : public CGPSReceiver {
   DECLARE_DYNAMIC(CAshtech)
 

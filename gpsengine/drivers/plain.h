@@ -6,6 +6,7 @@
 
 // Models that the library only listens to.
 
+/// Garmin GPS 17-N.
 class CGarmin : public CGPSReceiver {
   DECLARE_DYNAMIC(CGarmin)
 
@@ -14,6 +15,7 @@ class CGarmin : public CGPSReceiver {
   int GetDefaultBaudrate() override { return 4800; }
 };
 
+/// Javad receivers, in their NMEA output.
 class CJavad : public CGPSReceiver {
   DECLARE_DYNAMIC(CJavad)
 
@@ -21,6 +23,7 @@ class CJavad : public CGPSReceiver {
   CString GetName() override { return "Javad"; }
 };
 
+/// Omnistar receivers, in their NMEA output.
 class COmnistar : public CGPSReceiver {
   DECLARE_DYNAMIC(COmnistar)
 
@@ -29,6 +32,7 @@ class COmnistar : public CGPSReceiver {
   int GetDefaultBaudrate() override { return 4800; }
 };
 
+/// Satloc receivers, in their NMEA output.
 class CSatloc : public CGPSReceiver {
   DECLARE_DYNAMIC(CSatloc)
 
@@ -36,6 +40,7 @@ class CSatloc : public CGPSReceiver {
   CString GetName() override { return "Satloc"; }
 };
 
+/// The receiver inside a Trimble Pocket.
 class CTrimblePocketGps : public CGPSReceiver {
   DECLARE_DYNAMIC(CTrimblePocketGps)
 

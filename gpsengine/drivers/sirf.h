@@ -26,14 +26,21 @@ class CSirf : public CGPSReceiver {
   void SetDgpsMode(DgpsMode mode) override;
 
  protected:
+  /// Switches a sentence on or off, by the chip's number for it.
   void SetNmeaMsg(int nMessage, bool bOn);
+  /// The sum of a binary message's payload, of 15 bits.
   unsigned short CheckSum(const unsigned char* pPayload, unsigned short nLength);
+  /// Frames a payload and writes it. False if it is too long or was not written.
   bool SendBinaryMsg(const unsigned char* pPayload, unsigned short nLength);
+  /// From the NMEA mode to the binary one, at the present baud rate.
   void SwitchToBinary();
+  /// Sets the source of corrections, in binary mode.
   void SendDgpsSourceMsg(DgpsMode mode);
+  /// From the binary mode to the NMEA one, with all sentences off.
   void SwitchToNmea();
 };
 
+/// Holux receivers, which have a SiRF chip set.
 class CHolux : public CSirf {
   DECLARE_DYNAMIC(CHolux)
 
@@ -42,6 +49,7 @@ class CHolux : public CSirf {
   int GetDefaultBaudrate() override { return 4800; }
 };
 
+/// The receiver inside a Toughbook, which has a SiRF chip set.
 class CToughbookGPS01 : public CSirf {
   DECLARE_DYNAMIC(CToughbookGPS01)
 

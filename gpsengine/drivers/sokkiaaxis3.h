@@ -43,6 +43,7 @@ class CSokkiaAxis3 : public CGPSReceiver {
   void WriteClosingLine();
 };
 
+/// The CSI MAX.
 class CCSImax : public CSokkiaAxis3 {
   DECLARE_DYNAMIC(CCSImax)
 

@@ -6,6 +6,7 @@
 
 // Receivers that want to hear from the host while the line is silent.
 
+/// Trimble receivers, which are asked for their identity when the line is silent.
 class CTrimble : public CGPSReceiver {
   DECLARE_DYNAMIC(CTrimble)
 

@@ -17,6 +17,7 @@ class CAck : public CDialog {
   /// An acknowledgement has been published since the last CAck was constructed.
   static CShared<bool> m_bGotAck;
 
+  /// Arms the wait. The parent has no effect.
   explicit CAck(CWnd* pParent = nullptr);
   ~CAck() override;
 

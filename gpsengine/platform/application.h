@@ -12,7 +12,7 @@
 /// unless they say otherwise.
 class CWinApp {
  public:
-  /// `name` names the profile: the file <name>.ini in the user's configuration folder.
+  /// `name` names the profile: the file name.ini in the user's configuration folder.
   explicit CWinApp(const CString& name);
   virtual ~CWinApp();
   CWinApp(const CWinApp&) = delete;
@@ -20,6 +20,7 @@ class CWinApp {
 
   /// The window that gets the library's messages; null for none. A window that is destroyed ceases to be it.
   void SetMainWnd(const CWnd* pWnd);
+  /// The window that SetMainWnd named, or null.
   HWND GetMainWnd() const;
 
   /// A whole number of the profile, or `nDefault` if there is none or the file cannot be read.

@@ -24,6 +24,7 @@ class Clock {
   virtual std::uint64_t Milliseconds();
   /// Seconds since 1970, UTC.
   virtual std::int64_t UnixSeconds();
+  /// Returns when `ms` milliseconds of this clock have passed.
   virtual void Sleep(DWORD ms);
   /// Waits at most `ms` (INFINITE: without limit). `block` does the waiting: given a time, it returns true as
   /// soon as what is waited for has come, false when the time has passed. The result is that of `block`.
@@ -35,6 +36,7 @@ Clock& CurrentClock();
 /// Replaces the clock of the calling thread, null restores the real one. The caller keeps ownership.
 void SetClock(Clock* pClock);
 
+/// Blocks for `ms` milliseconds of the calling thread's clock.
 void Sleep(DWORD ms);
 /// Milliseconds, unsigned 32 bits: wraps after 49.7 days.
 DWORD GetTickCount();

@@ -101,17 +101,28 @@ class CString {
   /// heap.
   static constexpr int kInPlace = 119;
 
+  /// An empty text.
   CString() noexcept : m_nLength(0), m_bShared(false) { m_Store.szInPlace[0] = 0; }
+  /// A copy shares long text with its source.
+  ///@{
   CString(const CString& other) noexcept : m_nLength(0), m_bShared(false) { CopyFrom(other); }
   CString(CString&& other) noexcept : m_nLength(0), m_bShared(false) { TakeFrom(other); }
-  CString(const char* psz);             ///< Null gives an empty text.
-  CString(const WCHAR* psz);            ///< Null gives an empty text.
-  CString(const char* p, int nLength);  ///< Zero bytes are taken along.
+  ///@}
+  CString(const char* psz);   ///< Null gives an empty text.
+  CString(const WCHAR* psz);  ///< Null gives an empty text.
+  /// `nLength` characters, zeroes among them.
+  ///@{
+  CString(const char* p, int nLength);
   CString(const WCHAR* p, int nLength);
+  ///@}
+  /// A copy of the characters.
   explicit CString(std::u16string_view text) : CString() { Assign(text); }
+  /// The character, `nRepeat` times.
   explicit CString(WCHAR c, int nRepeat = 1);
   ~CString() { Release(); }
 
+  /// Shares long text, as a copy does.
+  ///@{
   CString& operator=(const CString& other) noexcept {
     if (this != &other) {
       Release();
@@ -126,16 +137,27 @@ class CString {
     }
     return *this;
   }
+  ///@}
 
+  /// The number of characters, and whether that is 0.
+  ///@{
   int GetLength() const noexcept { return m_nLength; }
   bool IsEmpty() const noexcept { return m_nLength == 0; }
+  ///@}
+  /// Lets go of the text, and of the memory of a long one.
   void Empty() noexcept;
+  /// The characters and a zero, good until the text changes.
   const WCHAR* GetString() const noexcept { return m_bShared ? SharedText() : m_Store.szInPlace; }
+  /// The characters, good until the text changes.
   std::u16string_view View() const noexcept { return {GetString(), static_cast<std::size_t>(m_nLength)}; }
+  /// One character; 0 for an index out of range.
+  ///@{
   WCHAR GetAt(int nIndex) const noexcept {
     return nIndex >= 0 && nIndex < m_nLength ? GetString()[nIndex] : WCHAR{0};
   }
   WCHAR operator[](int nIndex) const noexcept { return GetAt(nIndex); }
+  ///@}
+  /// Replaces one character; nothing happens for an index out of range.
   void SetAt(int nIndex, WCHAR c);
 
   /// Room for at least `nMinLength` characters that the caller may write; ReleaseBuffer must follow.
@@ -153,21 +175,32 @@ class CString {
     m_Store.szInPlace[text.size()] = 0;
     m_nLength = static_cast<int>(text.size());
   }
+  /// Adds to the end. What is added may be a part of the text itself.
+  ///@{
   CString& operator+=(const CString& other) { return Append(other.GetString(), other.m_nLength); }
   CString& operator+=(const char* psz) { return *this += CString(psz); }
   CString& operator+=(WCHAR c) { return Append(&c, 1); }
   CString& Append(const WCHAR* p, int nLength);
+  ///@}
 
+  /// The first `nCount` characters.
   CString Left(int nCount) const;
+  /// The last `nCount` characters.
   CString Right(int nCount) const;
+  /// `nCount` characters from `nFirst` on, or all from there.
+  ///@{
   CString Mid(int nFirst) const { return Mid(nFirst, m_nLength); }
   CString Mid(int nFirst, int nCount) const;
+  ///@}
 
   /// Index of the first match at or behind `nStart`, or -1.
+  ///@{
   int Find(WCHAR c, int nStart = 0) const noexcept;
   int Find(const CString& text, int nStart = 0) const noexcept;
+  ///@}
   /// Index of the first character that is one of `characters`, or -1.
   int FindOneOf(const CString& characters) const noexcept;
+  /// Whether these ASCII characters stand at the head.
   bool StartsWith(std::string_view text) const noexcept;
 
   void MakeUpper();                                             ///< ASCII letters only.
@@ -175,10 +208,15 @@ class CString {
   int Remove(WCHAR c);                                          ///< Gives the number of characters taken out.
   int Replace(const CString& oldText, const CString& newText);  ///< One pass from the left; gives the count.
 
+  /// Below 0, 0 or above 0, by the values of the characters.
   int Compare(const CString& other) const noexcept { return View().compare(other.View()); }
   int CompareNoCase(const CString& other) const noexcept;  ///< ASCII letters only.
+  /// By the values of the characters.
+  ///@{
   friend bool operator==(const CString& a, const CString& b) noexcept { return a.View() == b.View(); }
   friend auto operator<=>(const CString& a, const CString& b) noexcept { return a.View() <=> b.View(); }
+  ///@}
+  /// Both texts in a row.
   friend CString operator+(CString a, const CString& b) { return std::move(a += b); }
 
   /// Replaces the text, as the format and its arguments say. A wrong argument does not compile.
@@ -222,6 +260,7 @@ class CString {
   } m_Store;
 };
 
+/// Compares with 8-bit text, widened.
 inline bool operator==(const CString& a, const char* b) noexcept {
   return a == CString(b);
 }

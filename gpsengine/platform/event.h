@@ -6,9 +6,9 @@
 
 // Events and waits. All of these may be called from any thread.
 
-constexpr DWORD WAIT_OBJECT_0 = 0;
-constexpr DWORD WAIT_TIMEOUT = 258;
-constexpr DWORD WAIT_FAILED = 0xFFFFFFFF;
+constexpr DWORD WAIT_OBJECT_0 = 0;   ///< The first event is signalled; the next one counts on from here.
+constexpr DWORD WAIT_TIMEOUT = 258;  ///< The time has passed.
+constexpr DWORD WAIT_FAILED = 0xFFFFFFFF;  ///< A handle is no event, or was closed meanwhile.
 
 /// A new event, which the caller closes with CloseHandle. An event of automatic reset is cleared by the wait
 /// that it ends; one of manual reset stays signalled until ResetEvent.

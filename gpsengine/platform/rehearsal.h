@@ -16,9 +16,15 @@
 /// clock. One at a time.
 class CRehearsal : public Clock {
  public:
-  enum class StepKind { write, sleep, waitForMessage };
+  /// What a step is.
+  enum class StepKind {
+    write,           ///< Bytes to the line.
+    sleep,           ///< A pause.
+    waitForMessage,  ///< A wait for an acknowledgement, say.
+  };
+  /// One thing that the code under rehearsal did.
   struct Step {
-    StepKind kind;
+    StepKind kind;      ///< Tells which of the others counts.
     std::string bytes;  ///< What was written.
     DWORD ms = 0;       ///< How long was waited.
   };
@@ -31,9 +37,11 @@ class CRehearsal : public Clock {
 
   /// Called with each step as it happens, a wait for a message ahead of the wait.
   void SetStepHandler(std::function<void(const Step&)> handler);
+  /// All steps so far, in their order; good until the next one.
   const std::vector<Step>& GetSteps() const;
   /// The steps so far, as Describe puts them, joined by "; ".
   std::string Transcript() const;
+  /// Starts the list over; time goes on.
   void ForgetSteps();
   /// A step as text: write "$JOFF\r\n", with control characters escaped; write-hex A0A2…, if the bytes are no
   /// text; wait 1000; wait-ack 10000.
@@ -47,10 +55,12 @@ class CRehearsal : public Clock {
   void LimitWrites(int nBytes);
   /// Moves time on without a step.
   void Advance(DWORD ms);
+  /// Sets the date, which moves on with the rehearsed time.
   void SetUnixSeconds(std::int64_t seconds);
 
   std::uint64_t Milliseconds() override;
   std::int64_t UnixSeconds() override;
+  /// Becomes a step, and time has passed.
   void Sleep(DWORD ms) override;
   bool Wait(WaitKind kind, DWORD ms, const std::function<bool(DWORD)>& block) override;
 

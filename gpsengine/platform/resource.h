@@ -10,13 +10,19 @@ int LoadStringW(UINT nId, WCHAR* pBuffer, int nBuffer);
 
 /// What a dialog template says, for a host that wants to show it.
 struct DialogTemplate {
-  UINT nId;
-  short nWidth, nHeight;  ///< Dialog units.
-  const char* pszFont;
-  short nFontSize;
-  const char* pszTitle;
-  const char* pszText;  ///< The one static text.
+  UINT nId;  ///< As FindDialogTemplate takes it.
+  /// Dialog units.
+  ///@{
+  short nWidth, nHeight;
+  ///@}
+  const char* pszFont;   ///< Name of the font, of nFontSize points.
+  short nFontSize;       ///< Points.
+  const char* pszTitle;  ///< For the title bar.
+  const char* pszText;   ///< The one static text.
+  /// Where the text stands, in dialog units.
+  ///@{
   short nTextX, nTextY, nTextWidth, nTextHeight;
+  ///@}
 };
 
 /// The template with this number, or null.

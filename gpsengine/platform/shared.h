@@ -10,8 +10,13 @@
 template <class T>
 class CShared {
  public:
+  /// With this value.
+  ///@{
   CShared(T value = T{}) noexcept : m_Value(value) {}
   CShared(const CShared& other) noexcept : m_Value(other.Get()) {}
+  ///@}
+  /// From any thread.
+  ///@{
   CShared& operator=(const CShared& other) noexcept { return *this = other.Get(); }
   CShared& operator=(T value) noexcept {
     m_Value.store(value, std::memory_order_release);
@@ -19,6 +24,7 @@ class CShared {
   }
   operator T() const noexcept { return Get(); }
   T Get() const noexcept { return m_Value.load(std::memory_order_acquire); }
+  ///@}
   /// Adds one and gives the new value.
   T operator++() noexcept requires(!std::same_as<T, bool>) {
     return m_Value.fetch_add(1, std::memory_order_acq_rel) + 1;

@@ -4,9 +4,10 @@
 
 #pragma GCC visibility push(default)
 
-constexpr int THREAD_PRIORITY_NORMAL = 0;
-constexpr int THREAD_PRIORITY_ABOVE_NORMAL = 1;
+constexpr int THREAD_PRIORITY_NORMAL = 0;        ///< As the system gives.
+constexpr int THREAD_PRIORITY_ABOVE_NORMAL = 1;  ///< Ahead of those, where the process may.
 
+/// What a thread runs. Its result is not looked at.
 using AFX_THREADPROC = unsigned (*)(void* pParam);
 
 /// A running thread. Destroying the object lets the thread run on by itself.
@@ -15,6 +16,7 @@ class CWinThread {
   virtual ~CWinThread() = default;
   /// Blocks until the thread has ended.
   virtual void Join() = 0;
+  /// Whether the caller is this thread.
   virtual bool IsCurrent() const = 0;
 };
 

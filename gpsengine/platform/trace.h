@@ -7,16 +7,18 @@
 #pragma GCC visibility push(default)
 
 #ifdef NDEBUG
-constexpr bool kTraceBuilt = false;
+constexpr bool kTraceBuilt = false;  ///< Trace does nothing in this source.
 #else
-constexpr bool kTraceBuilt = true;
+constexpr bool kTraceBuilt = true;  ///< Trace is compiled in this source.
 #endif
 
 /// Takes trace texts instead of standard error; an empty handler restores the default, which prints if the
 /// environment variable GPSENGINE_TRACE is set. The handler runs on whatever thread traces.
 void SetTraceHandler(std::function<void(const CString& text)> handler);
 
+/// Whether anybody would see a trace text.
 bool IsTracing();
+/// Shows one text. Trace calls it with a text that it has formatted.
 void TraceText(const CString& text);
 
 /// A diagnostic text for the developer. No behaviour hangs on it, and a release build compiles it away.

@@ -7,20 +7,21 @@
 // Windows and messages. A window belongs to the thread that created it; that thread has a queue, takes its
 // messages out with PeekMessageW or CWinApp::PumpMessage and hands them to the windows with DispatchMessageW.
 
-constexpr UINT WM_QUIT = 0x0012;
-constexpr UINT WM_APP = 0x8000;
-constexpr UINT PM_NOREMOVE = 0;
-constexpr UINT PM_REMOVE = 1;
+constexpr UINT WM_QUIT = 0x0012;  ///< Ends a message loop; PostQuitMessage makes it.
+constexpr UINT WM_APP = 0x8000;   ///< From here up messages belong to applications.
+constexpr UINT PM_NOREMOVE = 0;   ///< PeekMessageW leaves the message in the queue.
+constexpr UINT PM_REMOVE = 1;     ///< PeekMessageW takes the message out.
 
 /// Frees what a message carries when nobody takes it.
 using MessageDisposer = void (*)(WPARAM wParam);
 
+/// One message, as it lies in a queue.
 struct MSG {
-  HWND hwnd = nullptr;
-  UINT message = 0;
-  WPARAM wParam = 0;
-  LPARAM lParam = 0;
-  MessageDisposer pfnDispose = nullptr;
+  HWND hwnd = nullptr;                   ///< Whom it is for.
+  UINT message = 0;                      ///< Which one it is.
+  WPARAM wParam = 0;                     ///< What it carries.
+  LPARAM lParam = 0;                     ///< What it carries besides.
+  MessageDisposer pfnDispose = nullptr;  ///< Frees wParam; null: there is nothing to free.
 };
 
 /// A window without a picture: an address for messages, with a procedure that handles them.
@@ -35,6 +36,7 @@ class CWnd {
   bool Create();
   /// Posted messages that nobody will handle now are disposed of, senders that wait are released with 0.
   bool DestroyWindow();
+  /// The window's name; null before Create and after DestroyWindow.
   HWND GetSafeHwnd() const { return m_hWnd; }
 
   /// Handles one message, on the window's thread. The default knows no message and gives 0.
@@ -44,6 +46,7 @@ class CWnd {
   HWND m_hWnd = nullptr;
 };
 
+/// Whether this window exists now; from any thread.
 bool IsWindow(HWND hWnd);
 
 /// The messages that a queue holds at most. A thread that does not drain its queue loses the newest ones, so

@@ -41,6 +41,7 @@ class CGPSReceiver : public CObject {
   DECLARE_DYNAMIC(CGPSReceiver)
 
  public:
+  /// Forgets, for all receivers, what has come since the last start. The baud rate is that of SetProperties.
   CGPSReceiver();
   ~CGPSReceiver() override;  ///< Closes the port.
   CGPSReceiver(const CGPSReceiver&) = delete;
@@ -54,15 +55,23 @@ class CGPSReceiver : public CObject {
   virtual bool SetRawDataOutputInterval(double dInterval);
   /// The display name, under which the receiver is found and its baud rate is kept.
   virtual CString GetName() = 0;
+  /// The model sends raw measurements: EnablePostProcessing and SetRawDataOutputInterval have an effect.
   virtual bool HasRawData() { return false; }
+  /// For a host that has receivers of its own kind: no model of the library answers otherwise. An RTK
+  /// receiver takes no interval of raw measurements.
+  ///@{
   virtual bool IsAvailable() const { return true; }
   virtual bool IsRtkReceiver() { return false; }
   virtual bool IsExternalDriver() { return false; }
   virtual bool UseExternalSettings() { return false; }
+  ///@}
+  /// Bits a second, as the next Initialize opens the port.
   virtual int GetCurrentBaudrate() { return m_nBaudrate; }
+  /// Bits a second, as the model leaves its factory.
   virtual int GetDefaultBaudrate() { return 9600; }
   /// Resets the records, opens the port and writes the make's set-up. False if the port does not open.
   virtual bool Initialize();
+  /// Opens the port with 8 data bits, no parity, one stop bit and no flow control. False if it does not open.
   virtual bool OpenPort();
   /// Decodes a message of a known kind and publishes. True if a record went to the host.
   virtual bool Parse(CString& strMessage, GPSStringType type);
@@ -72,26 +81,40 @@ class CGPSReceiver : public CObject {
   virtual void KeepAlive() {}
   /// Raw output off, port closed.
   virtual void Suspend();
+  /// QueryNmeaActive has an effect.
   virtual bool ImplementsQueryNmea() { return false; }
+  /// Asks which sentences are on: m_nNmeaGGA and its neighbours.
   virtual void QueryNmeaActive() {}
+  /// QueryGpsSettings has an effect.
   virtual bool ImplementsQueryGpsSettings() { return false; }
+  /// Asks for the settings: masks, position mode, output interval, as far as the model reports them.
   virtual void QueryGpsSettings() {}
+  /// The model has a beacon receiver: QueryBeacon and SetBeacon have an effect.
   virtual bool ImplementsBeacon() { return false; }
+  /// Asks for the beacon's signal and tuning.
   virtual void QueryBeacon() {}
   /// The frequency in kHz and the bit rate in bits a second go out as given. An empty bit rate is left to the
   /// receiver.
   virtual void SetBeacon(BEACON_MODE_TYPE, CString /*strFrequency*/, CString /*strBitRate*/) {}
+  /// QuerySatElevMask, where the model has it, and SetSatElevMask have an effect.
   virtual bool ImplementsSetElevMask() { return false; }
+  /// Asks for the elevation mask: m_nElevationMask.
   virtual void QuerySatElevMask() {}
+  /// The elevation in whole degrees below which satellites are not used. It goes out as given.
   virtual void SetSatElevMask(int /*nDegrees*/) {}
+  /// SetDefaultNMEA and SetGgaOnlyNMEA have an effect.
   virtual bool ImplementsSetNmea() { return false; }
+  /// Switches on what the library decodes: position, motion and satellites.
   virtual void SetDefaultNMEA() {}
+  /// Switches on the position alone. Raw data need it of a receiver that sends both GSA and GSV, beside which
+  /// the library passes them over.
   virtual void SetGgaOnlyNMEA() {}
   /// Writes a line and "\r\n". Nothing happens on a closed port, or if the line is longer than the port
   /// takes.
   virtual void Send(const CString& strCommand);
   /// Writes bytes. False for none, on a closed port, or if not all went out.
   virtual bool SendBinary(const unsigned char* pData, unsigned short nLength);
+  /// ResetAll has an effect.
   virtual bool ImplementsResetAll() { return false; }
   /// Brings the receiver to a known configuration. True if all of it succeeded.
   virtual bool ResetAll(bool /*bWaitForAck*/) { return false; }
@@ -99,16 +122,26 @@ class CGPSReceiver : public CObject {
   virtual GPSStringType GetGPSStringType(const CString& strMessage);
   /// The height of this make's GGA is orthometric.
   virtual bool GGASendsOrthoHeight() { return false; }
+  /// The source of corrections can be chosen: SetDgpsMode has an effect, and so have those of the operations
+  /// behind it that the model has.
   virtual bool HasDGPSSupport() const { return false; }
+  /// Asks for the source of corrections: m_nDgpsMode.
   virtual void QueryDgpsMode() {}
+  /// Chooses the source of corrections. A source that the model does not know is passed over.
   virtual void SetDgpsMode(DgpsMode) {}
+  /// Asks for the state of the Omnistar subscription: m_szText.
   virtual void QueryOmniStar() {}
+  /// A message about the corrections that are in use, on or off.
   virtual void DgpsStatusMsg(bool) {}
+  /// Asks for the L-band satellites in reach: m_szText.
   virtual void QueryLbandSatellites() {}
   /// Frequency in MHz, bit rate in bits a second.
   virtual void SetLbandFrequency(double /*dFrequency*/, int /*nBitRate*/) {}
+  /// Sets the model's user datum, which takes positions from the frame of the corrections to another one.
   virtual void SendCorrection() {}
+  /// Tunes to a CDGPS frequency, in MHz.
   virtual void ChangeCDGPS_Freq(double /*dFrequency*/) {}
+  /// Asks for the state of the WAAS corrections: m_szText.
   virtual void QueryWAAS() {}
 
   /// Stores what the next Initialize uses. Antenna height (metres, taken off every height) and geoid mode (0:
@@ -121,7 +154,9 @@ class CGPSReceiver : public CObject {
   void SetProperties();
   /// Another baud rate, for the next Initialize and in the profile. False if it is the current one.
   bool SaveDifferentSettings(int nBaudrate);
+  /// The open port, for the calls of platform/serial.h; INVALID_HANDLE_VALUE while it is closed.
   void* GetPortHandle() const;
+  /// Lets the estimate of speed and heading begin anew, as after a gap in the positions.
   void ResetSpeedEngine();
   /// Declares the satellite table incomplete.
   void InvalidateSVInfo();
@@ -131,49 +166,68 @@ class CGPSReceiver : public CObject {
 
   /// Turns the record of arrived sentence kinds on or off; either way it starts empty.
   void MonitorNmea(bool bOn);
+  /// Whether kinds are recorded.
   bool MonitoringNmea() const { return s_bMonitorNmea; }
   /// Whether a sentence of this kind has come. Kinds from 32 up share their mark with those from 0 up.
   bool HaveGotNmea(GPSStringType type) const;
 
   /// One callback a kind, replacing an earlier one; null for none.
   void AddNotificationCallback(GPSNotificationType type, GPSNotificationCallback pfn, void* pUser);
+  /// Whether a callback that is not null is registered.
   bool HasNotificationCallback(GPSNotificationType type) const;
 
   /// Keeps a message's bytes for the binary decoders. False, with none kept, if there are none.
   bool AttachRawData(const char* pData, int nLength);
 
-  // The last data, of which the library itself keeps none: position data go by the messages.
+  /// The last data, of which the library itself keeps none: they go by the messages. A bool tells whether the
+  /// record is valid.
+  ///@{
   bool GetLastGPSPositionData(CGPSData& out) const;
   bool GetLastGPSProprietaryMessage(CGPSData& out) const;
   void GetLastGPSRawData(CGPSDataRaw& out) const;
   void GetLastGPSEphemerisData(CGPSDataEphemeris& out) const;
+  ///@}
 
   /// A copy of the last binary block as 16-bit words, each with the earlier byte in its low half. From any
   /// thread.
   void GetBinWords(CWordArray& out) const;
 
   // Counters of this receiver, which nothing resets. From any thread.
+  /// Binary messages that a make's decoder was handed, good and bad.
   int GetBinaryMessages() const { return m_nBinaryMessages; }
+  /// Those of them that were too short or damaged.
   int GetBadBinaryMessages() const { return m_nBadBinaryMessages; }
+  /// Texts whose tag is known, with right checksums and with wrong ones.
   int GetSentencesRecognised() const { return m_nSentencesRecognised; }
+  /// Sentences of the NMEA sort whose checksum was wrong or missing.
   int GetChecksumErrors() const { return m_nChecksumErrors; }
+  /// As set up; 0 before.
   int GetPortNumber() const { return m_nPortNumber; }
 
  protected:
+  /// Degrees and minutes as NMEA writes them, 4737.193 for 47° 37.193', in radians.
   double GPSPosToRadians(double dPos);
+  /// Whether the sentence carries the checksum of what stands between its "$" and its "*".
   bool IsChecksumOK(const CString& strMessage);
+  /// Marks a kind as arrived.
   void GotNmea(GPSStringType type);
 
-  // The slot of a satellite, the first empty one, the first one that is not used. False if there is none.
+  /// The slot of a satellite, the first empty one, the first one that is not used. False, with `nSlot`
+  /// untouched, if there is none. With the lock held.
+  ///@{
   bool GetSatellite(int nPRN, int& nSlot);
   bool GetEmptySatellite(int& nSlot);
   bool GetUnusedSatellite(int& nSlot);
+  ///@}
   /// The slot for a satellite by the rule of all three: its own, else an empty one, else an unused one.
   bool FindSlot(int nPRN, int& nSlot);
+  /// Works m_dAverageSNR of the working record out, with the lock held.
   void ComputeAverageSNR();
 
-  // The decoders, on the reader thread: true if the message was taken. None lets an exception out. Those that
-  // take a text run with the record lock held, but for ProcessPASHR, which calls out to the host.
+  /// A decoder, for the message in its name, on the reader thread: true if it took the message. None lets an
+  /// exception out. Those that take a text run with the record lock held, but for ProcessPASHR, which calls
+  /// out to the host.
+  ///@{
   bool ProcessGGA(CString& strMessage);
   bool ProcessINGGA(CString& strMessage);
   bool ProcessGSA(CString& strMessage);
@@ -210,11 +264,20 @@ class CGPSReceiver : public CObject {
   bool ProcessRTKSOURCE(CString& strMessage);
   bool ProcessSBASCONTROL(CString& strMessage);
   bool ProcessPSRDIFFSOURCE(CString& strMessage);
+  ///@}
+  /// Reads whether a sentence is on, from "ON" or "OFF" at the head of the text, or from the rate behind a
+  /// key, which may be missing. False if the text is neither.
+  ///@{
   bool GetNmeaMsgStatus(const CString& text, NmeaMsgStatus& status);
   bool GetNmeaMsgStatus(const CString& text, NmeaMsgStatus& status, const CString& key);
+  ///@}
 
+  /// Publishes the raw epoch at hand if its position has come, and empties it. False if there was none, or
+  /// too few satellites in it.
   bool PostNewDataRaw();
+  /// Publishes the last ephemeris and calls the host back. False if it has no week.
   bool PostEphemerisInfo();
+  /// Calls the host's callback of this kind, if there is one, on the calling thread.
   void BroadcastNotification(GPSNotificationType type, CGPSNotification* pData);
 
   /// Writes a command that has its line end. Without `bWait` it then sleeps `nTime` milliseconds; with it,
@@ -237,8 +300,10 @@ class CGPSReceiver : public CObject {
 
   /// Held while m_GPSData is read or written: the reader thread decodes into it, and a driver on the host's
   /// thread clears what it has asked for. Never held over a write, a wait or a call out to the host.
+  ///@{
   using RecordLock = std::unique_lock<std::mutex>;
   [[nodiscard]] static RecordLock LockRecord() { return RecordLock(s_RecordMutex); }
+  ///@}
   /// Publishes a copy of the working record if there is something to tell, and gives whether it did. Takes
   /// the lock over and gives it up ahead of the post.
   bool PostNewData(RecordLock lock, bool bForce);
@@ -247,29 +312,32 @@ class CGPSReceiver : public CObject {
   static CGPSDataRaw m_GPSDataRaw;          ///< The raw epoch at hand; reader thread only.
   static CGPSDataEphemeris m_GPSEphemeris;  ///< The last ephemeris; reader thread only.
   static CBinBuffer m_GPSMessageRaw;        ///< The bytes of the message at hand; reader thread only.
-  static CSerialPort m_Port;
-  static CSpeedEngine m_SpeedEngine;
-  static CShared<bool> m_bComputeMotion;  ///< No VTG has come: speed is to be computed.
-  static CShared<bool> m_bGSAReceived;
-  static CShared<bool> m_bGSVReceived;
-  static CShared<int> m_nNextGSV;   ///< Number of the GSV sentence expected next.
-  static CShared<int> m_nTotalGSV;  ///< Size of the GSV group at hand.
+  static CSerialPort m_Port;                ///< The one line, of whichever receiver is live.
+  static CSpeedEngine m_SpeedEngine;        ///< Speed and heading from positions, with the lock held.
+  static CShared<bool> m_bComputeMotion;    ///< No VTG has come: speed is to be computed.
+  static CShared<bool> m_bGSAReceived;      ///< A GSA has come since the start.
+  static CShared<bool> m_bGSVReceived;      ///< A GSV has come since the start.
+  static CShared<int> m_nNextGSV;           ///< Number of the GSV sentence expected next.
+  static CShared<int> m_nTotalGSV;          ///< Size of the GSV group at hand.
   static CShared<double>
       s_dBinInterval;  ///< Seconds between blocks 95 of a receiver of the $J language: 0.2 or 1.0.
 
-  CShared<double> m_dRawDataInterval = 0.0;
-  CShared<int> m_nPortNumber = 0;
-  CShared<double> m_dAntennaHeight = 0.0;
-  CShared<int> m_nGeoidMode = 0;
+  CShared<double> m_dRawDataInterval = 0.0;  ///< Seconds, as last set.
+  CShared<int> m_nPortNumber = 0;            ///< As set up.
+  CShared<double> m_dAntennaHeight = 0.0;    ///< As set up, metres.
+  CShared<int> m_nGeoidMode = 0;             ///< As set up.
+  /// What the counters give.
+  ///@{
   CShared<int> m_nBinaryMessages = 0;
   CShared<int> m_nBadBinaryMessages = 0;
   CShared<int> m_nSentencesRecognised = 0;
   CShared<int> m_nChecksumErrors = 0;
-  CString m_strSetupText;
-  CShared<bool> m_bExternalPort = false;
-  CWordArray m_BinWords;  ///< Behind the record lock.
-  CShared<int> m_nBaudrate = 9600;
-  CGPSNotification m_Notification;
+  ///@}
+  CString m_strSetupText;                 ///< As set up; the library does not look at it.
+  CShared<bool> m_bExternalPort = false;  ///< As set up: the host moves the bytes.
+  CWordArray m_BinWords;                  ///< Behind the record lock.
+  CShared<int> m_nBaudrate = 9600;  ///< Bits a second, as SetProperties or SaveDifferentSettings left it.
+  CGPSNotification m_Notification;  ///< What callbacks get.
 
  private:
   friend struct SentenceTable;

@@ -82,8 +82,10 @@ class CGPSDataRaw {
   bool GetSatelliteData(CGPSSatelliteDataRaw& out, int nIndex) const;
   /// Takes a measurement into its satellite's slot. False for a satellite number not above 0, and for any
   /// satellite once 11 slots are in use.
+  ///@{
   bool AddSatelliteData(const DataRecord_G12_MBN& record);
   bool AddSatelliteData(const DataRecord_G12_MCA& record);
+  ///@}
 
  private:
   CGPSSatelliteDataRaw* FindSlot(int nPRN);

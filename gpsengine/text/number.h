@@ -9,13 +9,17 @@
 
 /// Reads a whole number in base 10. False if there is none, or if it equals or passes the largest or the
 /// smallest 32-bit value. `*pValue` is written only on success.
+///@{
 bool ParseInt(CString text, int* pValue);
 bool ParseInt(std::u16string_view text, int* pValue);
+///@}
 
 /// Reads a decimal number, with a "." and an optional exponent whatever the locale. False if there is none,
 /// with `value` at 0, or if its magnitude is beyond a double, with `value` at ±HUGE_VAL. On success
 /// `nRemaining` is the count of characters not taken.
+///@{
 bool ParseDouble(CString text, double& value, int& nRemaining);
 bool ParseDouble(std::u16string_view text, double& value, int& nRemaining);
+///@}
 
 #pragma GCC visibility pop

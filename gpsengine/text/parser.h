@@ -14,16 +14,21 @@
 /// no number.
 class CParser {
  public:
+  /// Before the first field. The text is copied. With `bThrow` a read that cannot give a value throws.
+  ///@{
   CParser(const CString& strText, const CString& strDelimiters, bool bThrow);
   CParser(const CString& strText, const char* pszDelimiters, bool bThrow);
+  ///@}
   CParser(const CParser&) = delete;
   CParser& operator=(const CParser&) = delete;
 
+  /// The next field as it stands.
   bool GetNextString(CString& out);
   /// The next field as ParseInt reads it: text behind the number is passed over.
   bool GetInt(int& out);
   /// The next field as ParseDouble reads it.
   bool GetDouble(double& out);
+  /// What the reads to come do when they cannot give a value.
   void SetExceptionThrowing(bool bThrow) { m_bThrow = bThrow; }
   /// Starts over on a new text with the same delimiters.
   void SetString(CString strText);

@@ -16,6 +16,7 @@ class CTextFile : public CFile {
   int Open(const WCHAR* pszPath, UINT nFlags, CFileException* pError) override;
   /// The next line without its line end. False at the end of the file, with `out` untouched.
   virtual bool ReadString(CString& out);
+  /// The next line is the first one again.
   void SeekToBegin();
 
  private:
