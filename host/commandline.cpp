@@ -10,6 +10,7 @@
 #include <sstream>
 
 #include "gpsengine/platform/application.h"
+#include "host/clidoc.h"
 #include "host/command.h"
 #include "host/config.h"
 #include "host/decode.h"
@@ -18,6 +19,7 @@
 #include "host/interrupt.h"
 #include "host/models.h"
 #include "host/monitor.h"
+#include "host/operations.h"
 #include "host/output.h"
 #include "host/ports.h"
 #include "host/portsearch.h"
@@ -395,7 +397,7 @@ void AddConfig(CLI::App& app, Job& job) {
 }
 
 void AddReceiversDoc(CLI::App& app, Job& job) {
-  auto* command = app.add_subcommand("receivers-doc", "Print docs/receivers.md");
+  auto* command = app.add_subcommand("receivers-doc", "Print docs/receivers.md")->group("");
   command->callback([&job] {
     job = [](const Interrupt&, Output& output) {
       const CGPSEngine engine;
@@ -405,6 +407,35 @@ void AddReceiversDoc(CLI::App& app, Job& job) {
       return ExitCode::done;
     };
   });
+}
+
+KnownWords WordsToComplete() {
+  KnownWords words;
+  const CGPSEngine engine;
+  for (const auto& receiver : engine.GetReceivers()) words["--model"].push_back(receiver->GetName().ToUtf8());
+  words["NAME"] = words["--model"];
+  for (const Operation& operation : Operations()) words["OPERATION"].push_back(operation.name);
+  return words;
+}
+
+/// The documents of the program itself, which is asked for them when it is built.
+void AddDocuments(CLI::App& app, Job& job) {
+  const auto add = [&](CLI::App& parent, const char* name, auto print) {
+    auto* command = parent.add_subcommand(name, "Print what is installed beside the program")->group("");
+    command->callback([&job, print] {
+      job = [print](const Interrupt&, Output& output) {
+        output.Text() += print();
+        output.Flush();
+        return ExitCode::done;
+      };
+    });
+    return command;
+  };
+  add(app, "man", [&app] { return ManualPage(app, GPSENGINE_VERSION); });
+  auto* completion = app.add_subcommand("completion", "Print a completion script")->group("");
+  completion->require_subcommand(1);
+  add(*completion, "bash", [&app] { return BashCompletion(app, WordsToComplete()); });
+  add(*completion, "zsh", [&app] { return ZshCompletion(app, WordsToComplete()); });
 }
 
 ExitCode Perform(const Job& job) {
@@ -430,6 +461,7 @@ int RunCommandLine(int argc, char** argv) {
   AddPorts(app, job);
   AddConfig(app, job);
   AddReceiversDoc(app, job);
+  AddDocuments(app, job);
   try {
     app.parse(argc, argv);
     return static_cast<int>(Perform(job));
