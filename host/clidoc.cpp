@@ -26,7 +26,8 @@ constexpr struct {
   const char* path;
   const char* meaning;
 } kFiles[] = {
-    {"~/.config/gpsengine/gpsengine.ini", "The baud rates that were set with --baud, a section a model."},
+    {"~/.config/gpsengine/gpsengine.ini",
+     "What is remembered, such as the baud rates that were set with --baud."},
     {"GPSStatus, beside the program",
      "Lines such as 4,UDF_SIGNAL_RTK_CODE: what a quality indicator means, in place of the built-in "
      "meaning."},
@@ -36,12 +37,35 @@ std::vector<const CLI::App*> Commands(const CLI::App& app) {
   return app.get_subcommands([](const CLI::App* command) { return !command->get_group().empty(); });
 }
 
+/// A command under the words that a user types for it: "config set".
+struct Command {
+  std::string name;
+  const CLI::App* app;
+};
+
+/// All commands, each ahead of its own.
+std::vector<Command> AllCommands(const CLI::App& app, const std::string& parent = "") {
+  std::vector<Command> all;
+  for (const CLI::App* command : Commands(app)) {
+    const std::string name = parent + command->get_name();
+    all.push_back({name, command});
+    for (const Command& nested : AllCommands(*command, name + ' ')) all.push_back(nested);
+  }
+  return all;
+}
+
+std::vector<std::string> NamesOfCommands(const CLI::App& app) {
+  std::vector<std::string> names;
+  for (const CLI::App* command : Commands(app)) names.push_back(command->get_name());
+  return names;
+}
+
 std::vector<const CLI::Option*> Options(const CLI::App& command) {
   return command.get_options([](const CLI::Option* option) { return !option->get_group().empty(); });
 }
 
 bool IsFlag(const CLI::Option& option) {
-  return option.get_type_size() == 0;
+  return option.get_items_expected_max() == 0;
 }
 
 /// What an option's value is called, and behind it what the help says of its limits.
@@ -154,8 +178,8 @@ void AppendOption(std::string& page, const CLI::Option& option) {
   page += ".TP\n" + head + '\n' + Roff(text) + '\n';
 }
 
-void AppendCommand(std::string& page, const CLI::App& command) {
-  std::string head = command.get_name();
+void AppendCommand(std::string& page, const std::string& name, const CLI::App& command) {
+  std::string head = name;
   for (const CLI::Option* option : Options(command)) {
     if (!option->get_positional()) continue;
     head += option->get_required() ? ' ' + ValueName(*option) : " [" + ValueName(*option) + ']';
@@ -164,7 +188,10 @@ void AppendCommand(std::string& page, const CLI::App& command) {
   for (const CLI::Option* option : Options(command)) {
     if (option->get_name() != "--help") AppendOption(page, *option);
   }
-  if (!command.get_footer().empty()) page += ".PP\n.EX\n" + Roff(command.get_footer()) + "\n.EE\n";
+  // A command within a command takes the other's examples over, unless it has its own.
+  const CLI::App* parent = command.get_parent();
+  if (!command.get_footer().empty() && (parent == nullptr || parent->get_footer() != command.get_footer()))
+    page += ".PP\n.EX\n" + Roff(command.get_footer()) + "\n.EE\n";
 }
 
 /// A word for a shell, which reads it as it is.
@@ -255,7 +282,7 @@ std::string ManualPage(const CLI::App& app, const std::string& version) {
   for (const char* option : {"--help", "--version"})
     page += ".br\n" + Bold(app.get_name()) + ' ' + Bold(option) + '\n';
   page += ".SH COMMANDS\nEach takes " + Bold("--help") + " too.\n";
-  for (const CLI::App* command : Commands(app)) AppendCommand(page, *command);
+  for (const Command& command : AllCommands(app)) AppendCommand(page, command.name, *command.app);
   page += ".SH EXIT STATUS\n";
   for (const auto& row : kExitCodes) page += ".TP\n" + Bold(row.code) + '\n' + Roff(row.meaning) + '\n';
   page += ".SH FILES\n";
@@ -264,24 +291,27 @@ std::string ManualPage(const CLI::App& app, const std::string& version) {
 }
 
 std::string BashCompletion(const CLI::App& app, const KnownWords& known) {
-  std::vector<std::string> names;
+  std::vector<std::string> two_words;
   std::string values, options, arguments;
-  for (const CLI::App* command : Commands(app)) {
-    const std::string& name = command->get_name();
-    std::vector<std::string> all;
+  for (const auto& [name, command] : AllCommands(app)) {
+    if (name.find(' ') != std::string::npos) two_words.push_back(Quoted(name));
+    std::vector<std::string> spellings;
+    std::string argument;
+    if (const auto nested = NamesOfCommands(*command); !nested.empty())
+      argument = BashAction(Values::words, nested);
     for (const CLI::Option* option : Options(*command)) {
       std::vector<std::string> words;
       const Values kind = ValuesOf(*option, known, words);
       const std::string action = BashAction(kind, words);
       for (const std::string& spelling : NamesOf(*option)) {
-        all.push_back(spelling);
-        if (kind != Values::none) values += "    " + name + ':' + spelling + ") " + action + "; return ;;\n";
+        spellings.push_back(spelling);
+        if (kind != Values::none)
+          values += "    " + Quoted(name + ':' + spelling) + ") " + action + "; return ;;\n";
       }
-      if (option->get_positional() && !arguments.ends_with("    " + name + ")") && kind != Values::unknown)
-        arguments += "    " + name + ") " + action + " ;;\n";
+      if (option->get_positional() && argument.empty()) argument = action;
     }
-    names.push_back(name);
-    options += "    " + name + ") _gpsengine_words " + Quoted(Join(all, "\n")) + " ;;\n";
+    options += "      " + Quoted(name) + ") " + BashAction(Values::words, spellings) + " ;;\n";
+    if (!argument.empty()) arguments += "    " + Quoted(name) + ") " + argument + " ;;\n";
   }
   return "# Completion for bash, printed by \"gpsengine completion bash\".\n"
          "_gpsengine_words() {\n"
@@ -292,36 +322,42 @@ std::string BashCompletion(const CLI::App& app, const KnownWords& known) {
          "_gpsengine() {\n"
          "  local cur=${COMP_WORDS[COMP_CWORD]//\\\\/} prev=${COMP_WORDS[COMP_CWORD - 1]} command=\n"
          "  COMPREPLY=()\n"
-         "  ((COMP_CWORD > 1)) && command=${COMP_WORDS[1]}\n"
-         "  case $command:$prev in\n" +
-         values +
-         "  esac\n"
-         "  case $command$cur in\n"
-         "    -*) _gpsengine_words $'--help\\n--version'; return ;;\n"
-         "    \"$cur\") _gpsengine_words " +
-         Quoted(Join(names, "\n")) +
-         "; return ;;\n"
+         "  ((COMP_CWORD > 1)) && command=${COMP_WORDS[1]}\n" +
+         (two_words.empty() ? ""
+                            : "  ((COMP_CWORD > 2)) && case \"$command ${COMP_WORDS[2]}\" in\n    " +
+                                  Join(two_words, " | ") +
+                                  ") command+=\" ${COMP_WORDS[2]}\" ;;\n"
+                                  "  esac\n") +
+         "  case $command:$prev in\n" + values +
          "  esac\n"
          "  if [[ $cur == -* ]]; then\n"
-         "    case $command in\n" +
+         "    case $command in\n"
+         "      '') _gpsengine_words $'--help\\n--version' ;;\n" +
          options +
          "    esac\n"
          "    return\n"
          "  fi\n"
-         "  case $command in\n" +
-         arguments +
+         "  case $command in\n"
+         "    '') " +
+         BashAction(Values::words, NamesOfCommands(app)) + " ;;\n" + arguments +
          "  esac\n"
          "}\n"
          "complete -F _gpsengine gpsengine\n";
 }
 
 std::string ZshCompletion(const CLI::App& app, const KnownWords& known) {
+  std::vector<std::string> two_words;
   std::string names, commands;
   for (const CLI::App* command : Commands(app)) {
     const std::string text = command->get_name() + ':' + ZshEscaped(command->get_description(), ":");
     names += "    " + Quoted(text) + '\n';
-    commands += "    " + command->get_name() + ")\n      _arguments";
+  }
+  for (const auto& [name, command] : AllCommands(app)) {
+    if (name.find(' ') != std::string::npos) two_words.push_back(Quoted(name));
+    commands += "    " + Quoted(name) + ")\n      _arguments";
     for (const CLI::Option* option : Options(*command)) AppendZshOption(commands, *option, known);
+    if (const auto nested = NamesOfCommands(*command); !nested.empty())
+      commands += " \\\n        " + Quoted(":command:" + ZshAction(Values::words, nested));
     commands += " ;;\n";
   }
   return "#compdef gpsengine\n"
@@ -338,9 +374,13 @@ std::string ZshCompletion(const CLI::App& app, const KnownWords& known) {
          "    command) _describe command commands; return ;;\n"
          "    argument) ;;\n"
          "    *) return ;;\n"
-         "  esac\n"
-         "  case $words[1] in\n" +
-         commands +
+         "  esac\n" +
+         (two_words.empty()
+              ? ""
+              : "  ((CURRENT > 2)) && case \"$words[1] $words[2]\" in\n    " + Join(two_words, " | ") +
+                    ") words=(\"$words[1] $words[2]\" \"${(@)words[3,-1]}\"); ((CURRENT--)) ;;\n"
+                    "  esac\n") +
+         "  case $words[1] in\n" + commands +
          "  esac\n"
          "}\n"
          "if [ \"$funcstack[1]\" = _gpsengine ]; then _gpsengine \"$@\"; else compdef _gpsengine gpsengine; "

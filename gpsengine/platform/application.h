@@ -35,6 +35,7 @@ class CWinApp {
   bool RemoveProfileEntry(const CString& section, const CString& entry);
   /// Another file for the profile.
   void SetProfilePath(const CString& path);
+  /// The file that holds the profile, whether or not it is there.
   CString GetProfilePath() const;
 
   /// Takes the next message out of the calling thread's queue, waiting for it, and dispatches it. False on
