@@ -11,11 +11,12 @@
 
 #include "bench/allocations.h"
 #include "bench/corpus.h"
-#include "gpsengine/drivers/plain.h"
-#include "gpsengine/engine/gpsengine.h"
-#include "gpsengine/platform/application.h"
+#include "bench/host.h"
 
 namespace {
+
+using bench::FeedEngine;
+using bench::Host;
 
 constexpr std::size_t kCorpusBytes = 2'000'000;
 constexpr int kChunk = 4096;
@@ -29,26 +30,6 @@ const std::vector<std::string_view>& Lines() {
   static const auto lines = bench::SplitLines(Corpus());
   return lines;
 }
-
-// Takes the records and deletes them, as a host does.
-class Window : public CWnd {
- public:
-  Window() { Create(); }
-  LRESULT WindowProc(UINT message, WPARAM wParam, LPARAM) override {
-    if (message == WM_GPS_NEW_DATA) delete reinterpret_cast<CGPSData*>(wParam);
-    return 0;
-  }
-  void Drain() {
-    for (MSG message; PeekMessageW(&message, PM_REMOVE);) DispatchMessageW(message);
-  }
-};
-
-struct Host {
-  Host() { app.SetMainWnd(&window); }
-  CWinApp app{"gpsengine-bench"};
-  Window window;
-  COtherGps receiver;
-};
 
 void Floor() {
   unsigned sum = 0;
@@ -147,15 +128,6 @@ BENCHMARK_CAPTURE(BM_Sentence, GSA, "GSA")->UseManualTime();
 BENCHMARK_CAPTURE(BM_Sentence, GSV, "GSV")->UseManualTime();
 BENCHMARK_CAPTURE(BM_Sentence, VTG, "VTG")->UseManualTime();
 BENCHMARK_CAPTURE(BM_Sentence, RMC, "RMC")->UseManualTime();
-
-void FeedEngine(CGPSEngine& engine, Window& window, std::string_view bytes, std::size_t chunk) {
-  for (std::size_t at = 0; at < bytes.size(); at += chunk) {
-    const std::string_view piece = bytes.substr(at, chunk);
-    CBinBuffer data(piece.data(), static_cast<int>(piece.size()));
-    engine.UpdateGPSBuffer(data);
-    window.Drain();
-  }
-}
 
 // From bytes to drained records, in reads of this many bytes.
 void BM_WholeRoad(benchmark::State& state) {

@@ -1,0 +1,42 @@
+// Takes the corpus down the whole road, some times over, and does nothing else: for a profiler, which
+// collects inside of Round alone. See bench/instructions.
+#include <cstdio>
+#include <cstdlib>
+#include <string>
+
+#include "bench/corpus.h"
+#include "bench/host.h"
+#include "gpsengine/engine/gpsengine.h"
+
+namespace {
+
+constexpr std::size_t kCorpusBytes = 500'000;
+constexpr std::size_t kChunk = 4096;
+
+}  // namespace
+
+// With a name that a profiler can be told.
+extern "C" [[gnu::noinline]] void Round(CGPSEngine& engine, bench::Window& window,
+                                        const std::string& corpus) {
+  bench::FeedEngine(engine, window, corpus, kChunk);
+}
+
+int main(int argc, char** argv) {
+  const long rounds = argc > 1 ? std::strtol(argv[1], nullptr, 10) : 1;
+  const std::string_view kind = argc > 2 ? argv[2] : "";
+  bench::Host host;
+  CGPSEngine engine;
+  engine.SetReceiver(engine.FindReceiver("Other"));
+  const std::string all = bench::MakeCorpus(kCorpusBytes);
+  std::string corpus;
+  std::size_t sentences = 0;
+  for (const std::string_view line : bench::SplitLines(all)) {
+    if (!kind.empty() && line.substr(3, 3) != kind) continue;
+    corpus += line;
+    ++sentences;
+  }
+  // The first time through is for what is made once.
+  bench::FeedEngine(engine, host.window, corpus, kChunk);
+  for (long round = 0; round < rounds; ++round) Round(engine, host.window, corpus);
+  std::printf("%zu\n", sentences * static_cast<std::size_t>(rounds));
+}
