@@ -1,6 +1,7 @@
 #include "gpsengine/platform/textscan.h"
 
 #include <algorithm>
+#include <array>
 #include <bit>
 #include <cstring>
 
@@ -41,23 +42,26 @@ unsigned FoldXor(__m128i sums) {
 // A rest that fills no register is covered by a last step that reaches back over what has been looked at.
 
 std::uint64_t MatchBits(std::u16string_view text, WCHAR a, WCHAR b) {
+  constexpr int kTwoSteps = 2 * kStep;
   const int length = static_cast<int>(std::min<std::size_t>(text.size(), kBlock));
   const WCHAR* p = text.data();
   const __m128i allA = All(a);
   const __m128i allB = All(b);
-  const auto bitsAt = [&](int i) {
+  const auto hitsAt = [&](int i) {
     const __m128i characters = Load(p + i);
-    const __m128i hits = _mm_or_si128(_mm_cmpeq_epi16(characters, allA), _mm_cmpeq_epi16(characters, allB));
-    return static_cast<std::uint64_t>(Bits(hits)) << i;
+    return _mm_or_si128(_mm_cmpeq_epi16(characters, allA), _mm_cmpeq_epi16(characters, allB));
+  };
+  const auto bitsAt = [&](int i) {
+    const __m128i hits = _mm_packs_epi16(hitsAt(i), hitsAt(i + kStep));
+    return static_cast<std::uint64_t>(static_cast<unsigned>(_mm_movemask_epi8(hits))) << i;
   };
   std::uint64_t bits = 0;
-  if (length < kStep) {
+  if (length < kTwoSteps) {
     for (int i = 0; i < length; ++i) bits |= static_cast<std::uint64_t>(p[i] == a || p[i] == b) << i;
     return bits;
   }
-  int i = 0;
-  for (; i + kStep <= length; i += kStep) bits |= bitsAt(i);
-  return bits | bitsAt(length - kStep);
+  for (int i = 0; i + kTwoSteps <= length; i += kTwoSteps) bits |= bitsAt(i);
+  return bits | bitsAt(length - kTwoSteps);
 }
 
 bool Contains(std::u16string_view text, WCHAR c) {
@@ -127,9 +131,71 @@ bool ReadShortNumber(std::u16string_view number, const WCHAR* pEnd, int& value) 
   return true;
 }
 
+namespace {
+
+// Read from its byte n on, sixteen bytes of which the last n are set.
+alignas(16) constexpr std::array<unsigned char, 32> kLastBytes = [] {
+  std::array<unsigned char, 32> bytes{};
+  std::fill(bytes.begin() + 16, bytes.end(), 0xFF);
+  return bytes;
+}();
+
+__m128i LastBytes(int count) {
+  return _mm_loadu_si128(reinterpret_cast<const __m128i*>(kLastBytes.data() + count));
+}
+
+// Sixteen digits, the highest in the first byte, to a number: neighbours join in pairs, fours and eights.
+std::uint64_t JoinDigits(__m128i digits) {
+  const __m128i zero = _mm_setzero_si128();
+  const __m128i byTen = _mm_set1_epi32(10 | 1 << 16);
+  const __m128i byHundred = _mm_set1_epi32(100 | 1 << 16);
+  const __m128i byTenThousand = _mm_set1_epi32(10000 | 1 << 16);
+  const __m128i pairs = _mm_packs_epi32(_mm_madd_epi16(_mm_unpacklo_epi8(digits, zero), byTen),
+                                        _mm_madd_epi16(_mm_unpackhi_epi8(digits, zero), byTen));
+  const __m128i fours = _mm_madd_epi16(pairs, byHundred);
+  const __m128i eights = _mm_madd_epi16(_mm_packs_epi32(fours, fours), byTenThousand);
+  const auto both = static_cast<std::uint64_t>(_mm_cvtsi128_si64(eights));
+  return (both & 0xFFFFFFFF) * 100'000'000 + (both >> 32);
+}
+
+}  // namespace
+
+// All characters at once, without a branch on where the point stands or how long the number is. The number
+// takes the last bytes of a register, so that its digits stand in their places.
+bool ReadShortDecimal(std::u16string_view number, const WCHAR* pStart, std::uint64_t& digits, int& fraction) {
+  constexpr std::size_t kLongest = 16;
+  const WCHAR* const end = number.data() + number.size();
+  if (number.size() - 1 >= kLongest || end - pStart < static_cast<std::ptrdiff_t>(kLongest)) return false;
+  const int length = static_cast<int>(number.size());
+  // A character beyond a byte becomes one that is neither digit nor point.
+  const __m128i characters = _mm_packus_epi16(Load(end - 2 * kStep), Load(end - kStep));
+  const __m128i values = _mm_sub_epi8(characters, _mm_set1_epi8('0'));
+  const __m128i isDigit = _mm_cmpeq_epi8(_mm_min_epu8(values, _mm_set1_epi8(9)), values);
+  const __m128i isPoint = _mm_cmpeq_epi8(characters, _mm_set1_epi8('.'));
+  const unsigned all = 0xFFFF & 0xFFFF << (kLongest - number.size());
+  const unsigned digitBits = all & static_cast<unsigned>(_mm_movemask_epi8(isDigit));
+  const unsigned pointBits = all & static_cast<unsigned>(_mm_movemask_epi8(isPoint));
+  if ((digitBits | pointBits) != all || (pointBits & (pointBits - 1)) != 0) return false;
+  if (digitBits == 0 || digitBits == 0xFFFF) return false;  // none, or one too many for a double
+  __m128i own = _mm_and_si128(values, LastBytes(length));
+  fraction = 0;
+  if (pointBits != 0) {
+    // The digits ahead of the point move up by one, over the point.
+    fraction = static_cast<int>(kLongest) - 1 - std::countr_zero(pointBits);
+    const __m128i behind = LastBytes(fraction);
+    own = _mm_or_si128(_mm_and_si128(behind, own), _mm_andnot_si128(behind, _mm_slli_si128(own, 1)));
+  }
+  digits = JoinDigits(own);
+  return true;
+}
+
 #else
 
 bool ReadShortNumber(std::u16string_view, const WCHAR*, int&) {
+  return false;
+}
+
+bool ReadShortDecimal(std::u16string_view, const WCHAR*, std::uint64_t&, int&) {
   return false;
 }
 

@@ -31,4 +31,10 @@ void Widen(const char* pBytes, int nCount, WCHAR* pTo);
 /// way. `pEnd` is where the text ends that the number is a part of.
 bool ReadShortNumber(std::u16string_view number, const WCHAR* pEnd, int& value);
 
+/// Reads a number of up to 15 digits, with at most one point among them, and nothing else: its digits as one
+/// whole number, and how many of them stand behind the point. False, with both untouched, for anything else;
+/// also, now and then, for such a number near the start of a text. `pStart` is where the text begins that the
+/// number is a part of.
+bool ReadShortDecimal(std::u16string_view number, const WCHAR* pStart, std::uint64_t& digits, int& fraction);
+
 }  // namespace textscan

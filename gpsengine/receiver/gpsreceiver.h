@@ -344,7 +344,7 @@ class CGPSReceiver : public CObject {
 
   bool Decode(CString& strMessage, GPSStringType type);
   bool TakeAck(const CString& strMessage);
-  double ReadCoordinate(CParser& parser, const char* pszPositive);
+  double ReadCoordinate(CParser& parser, std::u16string_view positive);
   bool MapQuality(int nQuality, int& nSignalType) const;
   void ApplySeparation(CParser& parser, const char* pszName);
   static bool IsWorthPosting(bool bForce);

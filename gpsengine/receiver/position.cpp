@@ -42,8 +42,8 @@ double SecondsOfDay(double dTime) {
   return minutes * 60.0 + hours * 3600.0 + (dTime - minutes * 100.0);
 }
 
-bool IsMetres(const CString& unit) {
-  return unit.CompareNoCase("M") == 0;
+bool IsMetres(std::u16string_view unit) {
+  return unit == u"M" || unit == u"m";
 }
 
 }  // namespace
@@ -56,12 +56,12 @@ double CGPSReceiver::GPSPosToRadians(double dPos) {
 }
 
 // A coordinate and its hemisphere, whose letter `positive` is the positive one.
-double CGPSReceiver::ReadCoordinate(CParser& parser, const char* pszPositive) {
+double CGPSReceiver::ReadCoordinate(CParser& parser, std::u16string_view positive) {
   double value = 0.0;
-  CString hemisphere;
+  std::u16string_view hemisphere;
   parser.GetDouble(value);
-  parser.GetNextString(hemisphere);
-  return GPSPosToRadians(hemisphere == pszPositive ? value : -value);
+  parser.GetField(hemisphere);
+  return GPSPosToRadians(hemisphere == positive ? value : -value);
 }
 
 // The signal type of a quality indicator, if the host's own table has one for it.
@@ -78,8 +78,8 @@ bool CGPSReceiver::MapQuality(int nQuality, int& nSignalType) const {
 void CGPSReceiver::ApplySeparation(CParser& parser, const char* pszName) {
   const int mode = m_nGeoidMode;
   double separation = 0.0;
-  CString unit;
-  if (mode == 0 || !parser.GetDouble(separation) || !parser.GetNextString(unit)) return;
+  std::u16string_view unit;
+  if (mode == 0 || !parser.GetDouble(separation) || !parser.GetField(unit)) return;
   if (!IsMetres(unit)) {
     Trace("%s Geoidal Separation is not in meters!\n", pszName);
     return;
@@ -94,13 +94,13 @@ bool CGPSReceiver::ProcessGGA(CString& strMessage) {
   data.m_nSignalType = UDF_SIGNAL_NONE;
   data.m_bPositionValid = true;
   try {
-    CParser parser(strMessage, ",*", true);
+    CParser parser(CParser::InPlace(strMessage), ",*", true);
     parser.SkipField();
     double time = 0.0;
     parser.GetDouble(time);
     data.m_dTimeOfDay = SecondsOfDay(time);
-    data.m_dLatitude = ReadCoordinate(parser, "N");
-    data.m_dLongitude = ReadCoordinate(parser, "E");
+    data.m_dLatitude = ReadCoordinate(parser, u"N");
+    data.m_dLongitude = ReadCoordinate(parser, u"E");
     int quality = 0;
     parser.GetInt(quality);
     if (!MapQuality(quality, data.m_nSignalType)) data.m_nSignalType = GgaSignalType(quality);
@@ -109,8 +109,8 @@ bool CGPSReceiver::ProcessGGA(CString& strMessage) {
     parser.GetDouble(data.m_dHDOP);
     data.m_bDOPValid = true;
     parser.GetDouble(data.m_dAltitude);
-    CString unit;
-    parser.GetNextString(unit);
+    std::u16string_view unit;
+    parser.GetField(unit);
     if (!IsMetres(unit)) {
       Trace("GGA Ellipsoid Height is not in meters!\n");
       AfxThrowUserException();
@@ -133,14 +133,14 @@ bool CGPSReceiver::ProcessINGGA(CString& strMessage) {
   data.m_nSignalType = UDF_SIGNAL_NONE;
   data.m_bPositionValid = true;
   try {
-    CParser parser(strMessage, ",*", true);
+    CParser parser(CParser::InPlace(strMessage), ",*", true);
     parser.SkipField();
     parser.SetExceptionThrowing(false);
     double time = 0.0;
     if (parser.GetDouble(time)) data.m_dTimeOfDay = SecondsOfDay(time);
     parser.SetExceptionThrowing(true);
-    data.m_dLatitude = ReadCoordinate(parser, "N");
-    data.m_dLongitude = ReadCoordinate(parser, "E");
+    data.m_dLatitude = ReadCoordinate(parser, u"N");
+    data.m_dLongitude = ReadCoordinate(parser, u"E");
     int quality = 0;
     parser.GetInt(quality);
     if (!MapQuality(quality, data.m_nSignalType)) data.m_nSignalType = InggaSignalType(quality);
@@ -148,8 +148,8 @@ bool CGPSReceiver::ProcessINGGA(CString& strMessage) {
     parser.GetInt(data.m_nSatellitesUsed);
     data.m_bDOPValid = parser.GetDouble(data.m_dHDOP);
     const bool height = parser.GetDouble(data.m_dAltitude);
-    CString unit;
-    parser.GetNextString(unit);
+    std::u16string_view unit;
+    parser.GetField(unit);
     if (!IsMetres(unit)) {
       Trace("INGGA Ellipsoid Height is not in meters!\n");
       AfxThrowUserException();

@@ -77,7 +77,7 @@ void CGPSReceiver::ComputeAverageSNR() {
 bool CGPSReceiver::ProcessGSA(CString& strMessage) {
   CGPSData& data = m_GPSData;
   try {
-    CParser parser(strMessage, ",*", false);
+    CParser parser(CParser::InPlace(strMessage), ",*", false);
     parser.SkipField();
     parser.SkipField();
     parser.SkipField();
@@ -107,7 +107,7 @@ bool CGPSReceiver::ProcessGSV(CString& strMessage) {
   CGPSData& data = m_GPSData;
   data.m_bSatellitesComplete = false;
   try {
-    CParser parser(strMessage, ",*", true);
+    CParser parser(CParser::InPlace(strMessage), ",*", true);
     parser.SkipField();
     int total = m_nTotalGSV;
     int number = 0;
@@ -150,20 +150,20 @@ bool CGPSReceiver::ProcessGSV(CString& strMessage) {
 bool CGPSReceiver::ProcessVTG(CString& strMessage) {
   CGPSData& data = m_GPSData;
   try {
-    CParser parser(strMessage, ",*", true);
+    CParser parser(CParser::InPlace(strMessage), ",*", true);
     double course = 0.0;
     double speed = 0.0;
-    CString letter;
+    std::u16string_view letter;
     parser.SkipField();
     parser.GetDouble(course);
-    parser.GetNextString(letter);
-    if (letter.CompareNoCase("T") != 0) return false;
+    parser.GetField(letter);
+    if (letter != u"T" && letter != u"t") return false;
     data.m_dHeading = HeadingOfCourse(course);
     for (int field = 0; field < 4; ++field)
       parser.SkipField();  // magnetic course and knots, with their letters
     parser.GetDouble(speed);
-    parser.GetNextString(letter);
-    if (letter.CompareNoCase("K") != 0) return false;
+    parser.GetField(letter);
+    if (letter != u"K" && letter != u"k") return false;
     data.m_dSpeed = speed / kKmhPerMetreASecond;
     // A receiver that reports its motion is believed: the estimator stays out from now on.
     m_bComputeMotion = false;

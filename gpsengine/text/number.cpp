@@ -8,6 +8,8 @@
 #include <limits>
 #include <string>
 
+#include "gpsengine/platform/textscan.h"
+
 namespace {
 
 bool IsSpace(WCHAR c) {
@@ -128,6 +130,15 @@ bool ParseDouble(std::u16string_view text, double& value, int& nRemaining) {
   if (negative) value = -value;
   if (std::fabs(value) == HUGE_VAL) return false;
   nRemaining = static_cast<int>(text.size());
+  return true;
+}
+
+bool ParseShortDecimal(std::u16string_view number, const WCHAR* pStart, double& value) {
+  std::uint64_t digits = 0;
+  int fraction = 0;
+  if (!textscan::ReadShortDecimal(number, pStart, digits, fraction)) return false;
+  // Both are exact in a double, as in the long way.
+  value = static_cast<double>(static_cast<std::int64_t>(digits)) / kPowersOfTen[fraction];
   return true;
 }
 

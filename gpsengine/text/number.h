@@ -22,4 +22,9 @@ bool ParseDouble(CString text, double& value, int& nRemaining);
 bool ParseDouble(std::u16string_view text, double& value, int& nRemaining);
 ///@}
 
+/// The short way for a plain number of up to 15 digits, with or without a point, within a text that begins at
+/// `pStart`: what ParseDouble would read of it. False, with `value` untouched, says nothing about the number,
+/// which is then ParseDouble's to read.
+bool ParseShortDecimal(std::u16string_view number, const WCHAR* pStart, double& value);
+
 #pragma GCC visibility pop

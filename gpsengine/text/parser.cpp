@@ -8,62 +8,76 @@
 #include "gpsengine/text/number.h"
 
 CParser::CParser(const CString& strText, const CString& strDelimiters, bool bThrow)
-    : m_strText(strText),
+    : m_strOwn(strText),
       m_cFirst(strDelimiters[0]),
       m_cSecond(strDelimiters.GetLength() > 1 ? strDelimiters[1] : strDelimiters[0]),
       m_strMore(strDelimiters.Mid(2)),
       m_bThrow(bThrow) {
-  Rewind();
+  Start(m_strOwn.View());
 }
 
 CParser::CParser(const CString& strText, const char* pszDelimiters, bool bThrow)
-    : m_strText(strText),
-      m_cFirst(static_cast<unsigned char>(pszDelimiters[0])),
-      m_cSecond(m_cFirst),
-      m_bThrow(bThrow) {
-  if (m_cFirst != 0 && pszDelimiters[1] != 0) {
-    m_cSecond = static_cast<unsigned char>(pszDelimiters[1]);
-    if (pszDelimiters[2] != 0) m_strMore = pszDelimiters + 2;
-  }
-  Rewind();
+    : m_strOwn(strText), m_bThrow(bThrow) {
+  SetDelimiters(pszDelimiters);
+  Start(m_strOwn.View());
+}
+
+CParser::CParser(InPlace text, const char* pszDelimiters, bool bThrow) : m_bThrow(bThrow) {
+  SetDelimiters(pszDelimiters);
+  Start(text.text);
+}
+
+void CParser::SetDelimiters(const char* pszDelimiters) {
+  m_cFirst = m_cSecond = static_cast<unsigned char>(pszDelimiters[0]);
+  if (m_cFirst == 0 || pszDelimiters[1] == 0) return;
+  m_cSecond = static_cast<unsigned char>(pszDelimiters[1]);
+  if (pszDelimiters[2] != 0) m_strMore = pszDelimiters + 2;
 }
 
 void CParser::SetString(CString strText) {
-  m_strText = std::move(strText);
-  Rewind();
+  m_strOwn = std::move(strText);
+  Start(m_strOwn.View());
 }
 
 // To the first field. An empty text has none.
-void CParser::Rewind() {
-  m_Text = m_strText.View();
-  m_nNext = m_Text.empty() ? 1 : 0;
-  MarkBlock(0);
+void CParser::Start(std::u16string_view text) {
+  m_Text = text;
+  m_pNext = text.data();
+  m_bMore = !text.empty();
+  MarkBlock(text.data());
 }
 
-// Marks the delimiters of the block that begins at `nBlock`.
-void CParser::MarkBlock(int nBlock) {
-  const std::u16string_view block = m_Text.substr(static_cast<std::size_t>(nBlock));
-  m_nBlock = nBlock;
+// Marks the delimiters of the block that begins at `pBlock`.
+void CParser::MarkBlock(const WCHAR* pBlock) {
+  const std::u16string_view block(pBlock, static_cast<std::size_t>(End() - pBlock));
+  m_pBlock = pBlock;
   m_Marks = textscan::MatchBits(block, m_cFirst, m_cSecond);
+  if (m_strMore.IsEmpty()) return;
   for (const WCHAR c : m_strMore.View()) m_Marks |= textscan::MatchBits(block, c, c);
 }
 
 CString CParser::GetRemainingBuffer() const {
-  return m_strText.Mid(m_nNext);
+  return CString(m_Text.substr(static_cast<std::size_t>(m_pNext - m_Text.data())));
 }
 
-// Every field takes the mark of the delimiter that ends it; the last one ends with the text.
+// Every field takes the mark of the delimiter that ends it.
 inline bool CParser::NextField(std::u16string_view& field) {
-  const int length = static_cast<int>(m_Text.size());
-  if (m_nNext > length) return false;
-  while (m_Marks == 0 && m_nBlock + textscan::kBlock < length) MarkBlock(m_nBlock + textscan::kBlock);
-  int end = length;
-  if (m_Marks != 0) {
-    end = m_nBlock + std::countr_zero(m_Marks);
-    m_Marks &= m_Marks - 1;
-  }
-  field = {m_Text.data() + m_nNext, static_cast<std::size_t>(end - m_nNext)};
-  m_nNext = end + 1;
+  if (m_Marks == 0) return FieldBeyondBlock(field);
+  const WCHAR* const end = m_pBlock + std::countr_zero(m_Marks);
+  m_Marks &= m_Marks - 1;
+  field = {m_pNext, static_cast<std::size_t>(end - m_pNext)};
+  m_pNext = end + 1;
+  return true;
+}
+
+// A field that no mark of the block at hand ends. The last one ends with the text.
+bool CParser::FieldBeyondBlock(std::u16string_view& field) {
+  if (!m_bMore) return false;
+  while (m_Marks == 0 && End() - m_pBlock > textscan::kBlock) MarkBlock(m_pBlock + textscan::kBlock);
+  if (m_Marks != 0) return NextField(field);
+  field = {m_pNext, static_cast<std::size_t>(End() - m_pNext)};
+  m_pNext = End();
+  m_bMore = false;
   return true;
 }
 
@@ -77,6 +91,10 @@ bool CParser::SkipField() {
   return NextField(field) || Fail();
 }
 
+bool CParser::GetField(std::u16string_view& field) {
+  return NextField(field) || Fail();
+}
+
 bool CParser::GetNextString(CString& out) {
   std::u16string_view field;
   if (!NextField(field)) return Fail();
@@ -87,15 +105,16 @@ bool CParser::GetNextString(CString& out) {
 bool CParser::GetInt(int& out) {
   std::u16string_view field;
   if (!NextField(field)) return Fail();
-  return textscan::ReadShortNumber(field, m_Text.data() + m_Text.size(), out) || ParseInt(field, &out) ||
-         Fail();
+  return textscan::ReadShortNumber(field, End(), out) || ParseInt(field, &out) || Fail();
 }
 
 bool CParser::GetDouble(double& out) {
   std::u16string_view field;
+  if (!NextField(field)) return Fail();
+  if (ParseShortDecimal(field, m_Text.data(), out)) return true;
   double value = 0.0;
   int remaining = 0;
-  if (!NextField(field) || !ParseDouble(field, value, remaining)) return Fail();
+  if (!ParseDouble(field, value, remaining)) return Fail();
   out = value;
   return true;
 }

@@ -19,11 +19,22 @@ class CParser {
   CParser(const CString& strText, const CString& strDelimiters, bool bThrow);
   CParser(const CString& strText, const char* pszDelimiters, bool bThrow);
   ///@}
+  /// A text that is read where it lies, without a copy: it outlives the parser and stays as it is meanwhile.
+  struct InPlace {
+    /// Of this text.
+    explicit InPlace(const CString& strText) : text(strText.View()) {}
+    explicit InPlace(const CString&&) = delete;
+    std::u16string_view text;  ///< What is read.
+  };
+  /// Before the first field of that text.
+  CParser(InPlace text, const char* pszDelimiters, bool bThrow);
   CParser(const CParser&) = delete;
   CParser& operator=(const CParser&) = delete;
 
   /// The next field as it stands.
   bool GetNextString(CString& out);
+  /// The same without a copy; good as long as the parser's text.
+  bool GetField(std::u16string_view& field);
   /// The next field as ParseInt reads it: text behind the number is passed over.
   bool GetInt(int& out);
   /// The next field as ParseDouble reads it.
@@ -40,18 +51,22 @@ class CParser {
 
  private:
   bool NextField(std::u16string_view& field);
+  bool FieldBeyondBlock(std::u16string_view& field);
   bool Fail() const;
-  void Rewind();
-  void MarkBlock(int nBlock);
+  void SetDelimiters(const char* pszDelimiters);
+  void Start(std::u16string_view text);
+  void MarkBlock(const WCHAR* pBlock);
+  const WCHAR* End() const { return m_Text.data() + m_Text.size(); }
 
-  CString m_strText;
-  std::u16string_view m_Text;  // of m_strText
-  WCHAR m_cFirst = 0;          // the delimiters; one alone stands in both
+  CString m_strOwn;                 // the text, unless it is read where it lies
+  std::u16string_view m_Text;       // what is read
+  const WCHAR* m_pNext = nullptr;   // start of the next field
+  const WCHAR* m_pBlock = nullptr;  // start of the block whose delimiters are marked
+  std::uint64_t m_Marks = 0;        // delimiters of that block which are still to come, a bit a character
+  bool m_bMore = false;             // there is a next field
+  WCHAR m_cFirst = 0;               // the delimiters; one alone stands in both
   WCHAR m_cSecond = 0;
-  CString m_strMore;          // those beyond the second
-  std::uint64_t m_Marks = 0;  // where delimiters still to come stand in the block at hand, a bit a character
-  int m_nBlock = 0;           // start of that block
-  int m_nNext = 0;            // start of the next field; behind the end when there is none
+  CString m_strMore;  // those beyond the second
   bool m_bThrow;
 };
 
