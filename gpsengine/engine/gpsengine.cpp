@@ -153,7 +153,7 @@ bool CGPSEngine::UpdateGPSBuffer(const char* pData, int nLength) {
 // Attaches, decodes and forwards the current message, in this order. True if it led to a record.
 bool CGPSEngine::TakeMessage(CGPSReceiver& receiver) {
   CString message = m_Buffer.GetMessageW();
-  ++m_nMessages;
+  m_nMessages.Count();  // behind the lease
   if (m_bAttachRawData) {
     int length = 0;
     const char* bytes = m_Buffer.GetMessageBin(length);

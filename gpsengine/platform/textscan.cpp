@@ -11,11 +11,25 @@
 
 namespace textscan {
 
+namespace {
+
+int SumUpToSlowly(std::u16string_view text, WCHAR end, unsigned& sum) {
+  sum = 0;
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    if (text[i] == end) return static_cast<int>(i);
+    sum ^= text[i];
+  }
+  return -1;
+}
+
+}  // namespace
+
 #ifdef __SSE2__
 
 namespace {
 
 constexpr int kStep = 8;  // characters of a register
+constexpr int kTwoSteps = 2 * kStep;
 
 __m128i Load(const WCHAR* p) {
   return _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
@@ -25,10 +39,17 @@ __m128i All(WCHAR c) {
   return _mm_set1_epi16(static_cast<short>(c));
 }
 
-// A bit a character of a comparison.
-unsigned Bits(__m128i hits) {
-  return static_cast<unsigned>(_mm_movemask_epi8(_mm_packs_epi16(hits, _mm_setzero_si128())));
+// A bit a character of two comparisons.
+unsigned BitsOfTwo(__m128i low, __m128i high) {
+  return static_cast<unsigned>(_mm_movemask_epi8(_mm_packs_epi16(low, high)));
 }
+
+// Read from its character kTwoSteps - n on, two registers whose characters from place n on are set.
+constexpr auto kFromPlace = [] {
+  std::array<WCHAR, 2 * kTwoSteps> characters{};
+  std::fill(characters.begin() + kTwoSteps, characters.end(), WCHAR{0xFFFF});
+  return characters;
+}();
 
 unsigned FoldXor(__m128i sums) {
   sums = _mm_xor_si128(sums, _mm_srli_si128(sums, 8));
@@ -42,7 +63,6 @@ unsigned FoldXor(__m128i sums) {
 // A rest that fills no register is covered by a last step that reaches back over what has been looked at.
 
 std::uint64_t MatchBits(std::u16string_view text, WCHAR a, WCHAR b) {
-  constexpr int kTwoSteps = 2 * kStep;
   const int length = static_cast<int>(std::min<std::size_t>(text.size(), kBlock));
   const WCHAR* p = text.data();
   const __m128i allA = All(a);
@@ -52,8 +72,7 @@ std::uint64_t MatchBits(std::u16string_view text, WCHAR a, WCHAR b) {
     return _mm_or_si128(_mm_cmpeq_epi16(characters, allA), _mm_cmpeq_epi16(characters, allB));
   };
   const auto bitsAt = [&](int i) {
-    const __m128i hits = _mm_packs_epi16(hitsAt(i), hitsAt(i + kStep));
-    return static_cast<std::uint64_t>(static_cast<unsigned>(_mm_movemask_epi8(hits))) << i;
+    return static_cast<std::uint64_t>(BitsOfTwo(hitsAt(i), hitsAt(i + kStep))) << i;
   };
   std::uint64_t bits = 0;
   if (length < kTwoSteps) {
@@ -67,35 +86,49 @@ std::uint64_t MatchBits(std::u16string_view text, WCHAR a, WCHAR b) {
 bool Contains(std::u16string_view text, WCHAR c) {
   const int length = static_cast<int>(text.size());
   const WCHAR* p = text.data();
-  if (length < kStep) return text.find(c) != std::u16string_view::npos;
+  if (length < kTwoSteps) return text.find(c) != std::u16string_view::npos;
   const __m128i all = All(c);
-  __m128i hits = _mm_cmpeq_epi16(Load(p + length - kStep), all);
-  for (int i = 0; i + kStep <= length; i += kStep)
-    hits = _mm_or_si128(hits, _mm_cmpeq_epi16(Load(p + i), all));
+  const auto hitsAt = [&](int i) {
+    return _mm_or_si128(_mm_cmpeq_epi16(Load(p + i), all), _mm_cmpeq_epi16(Load(p + i + kStep), all));
+  };
+  __m128i hits = hitsAt(length - kTwoSteps);
+  for (int i = 0; i + kTwoSteps <= length; i += kTwoSteps) hits = _mm_or_si128(hits, hitsAt(i));
   return _mm_movemask_epi8(hits) != 0;
 }
 
 int SumUpTo(std::u16string_view text, WCHAR end, unsigned& sum) {
   const int length = static_cast<int>(text.size());
   const WCHAR* p = text.data();
+  if (length < kTwoSteps) return SumUpToSlowly(text, end, sum);
   const __m128i all = All(end);
   __m128i sums = _mm_setzero_si128();
+  const auto hitsAt = [&](int i) {
+    return BitsOfTwo(_mm_cmpeq_epi16(Load(p + i), all), _mm_cmpeq_epi16(Load(p + i + kStep), all));
+  };
+  // Of the two registers from `i` on, adds what stands from one place on and ahead of another.
+  const auto add = [&](int i, int from, int to) {
+    const auto part = [&](int half) {
+      const __m128i wanted = _mm_andnot_si128(Load(kFromPlace.data() + kTwoSteps - to + half),
+                                              Load(kFromPlace.data() + kTwoSteps - from + half));
+      return _mm_and_si128(wanted, Load(p + i + half));
+    };
+    sums = _mm_xor_si128(sums, _mm_xor_si128(part(0), part(kStep)));
+  };
   int i = 0;
-  int stop = length;
-  for (; i + kStep <= length; i += kStep) {
-    const __m128i characters = Load(p + i);
-    if (const unsigned bits = Bits(_mm_cmpeq_epi16(characters, all)); bits != 0) {
-      stop = i + std::countr_zero(bits);
-      break;
-    }
-    sums = _mm_xor_si128(sums, characters);
+  unsigned bits = 0;
+  for (; i + kTwoSteps <= length && (bits = hitsAt(i)) == 0; i += kTwoSteps)
+    sums = _mm_xor_si128(sums, _mm_xor_si128(Load(p + i), Load(p + i + kStep)));
+  int from = 0;
+  if (bits == 0 && i < length) {
+    from = i + kTwoSteps - length;
+    i = length - kTwoSteps;
+    bits = hitsAt(i) >> from << from;
+    if (bits == 0) add(i, from, kTwoSteps);
   }
+  const int to = std::countr_zero(bits);
+  if (bits != 0) add(i, from, to);
   sum = FoldXor(sums);
-  for (; i < stop; ++i) {
-    if (p[i] == end) return i;
-    sum ^= p[i];
-  }
-  return stop < length ? stop : -1;
+  return bits != 0 ? i + to : -1;
 }
 
 void Widen(const char* pBytes, int nCount, WCHAR* pTo) {
@@ -211,12 +244,7 @@ bool Contains(std::u16string_view text, WCHAR c) {
 }
 
 int SumUpTo(std::u16string_view text, WCHAR end, unsigned& sum) {
-  sum = 0;
-  for (std::size_t i = 0; i < text.size(); ++i) {
-    if (text[i] == end) return static_cast<int>(i);
-    sum ^= text[i];
-  }
-  return -1;
+  return SumUpToSlowly(text, end, sum);
 }
 
 void Widen(const char* pBytes, int nCount, WCHAR* pTo) {

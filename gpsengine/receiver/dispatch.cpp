@@ -16,10 +16,11 @@ int HexDigit(WCHAR c) {
 }
 
 // Reads at most four hexadecimal digits; none give 0.
-unsigned ReadHex(std::u16string_view text) {
+unsigned ReadHex(const WCHAR* p, const WCHAR* pEnd) {
   unsigned value = 0;
-  for (const WCHAR c : text.substr(0, 4)) {
-    const int digit = HexDigit(c);
+  if (pEnd - p > 4) pEnd = p + 4;
+  for (; p != pEnd; ++p) {
+    const int digit = HexDigit(*p);
     if (digit < 0) break;
     value = value << 4 | static_cast<unsigned>(digit);
   }
@@ -56,22 +57,23 @@ GPSStringType CGPSReceiver::GetGPSStringType(const CString& strMessage) {
   if (IsOemBinary(strMessage)) return GPS_STRING_AXIS4_BIN;
   const SentenceTable::Row* row = SentenceTable::Find(strMessage.View());
   if (row == nullptr) return GPS_STRING_NONE;
-  ++m_nSentencesRecognised;
+  m_nSentencesRecognised.Count();
   if (!SentenceTable::IsChecksumTested(row->type) || IsChecksumOK(strMessage)) return row->type;
-  ++m_nChecksumErrors;
+  m_nChecksumErrors.Count();
   return GPS_STRING_NONE;
 }
 
 bool CGPSReceiver::IsChecksumOK(const CString& strMessage) {
-  const std::u16string_view message = strMessage.View();
+  std::u16string_view message = strMessage.View();
   const auto dollar = message.find(u'$');
   if (dollar == std::u16string_view::npos) return false;
-  const std::u16string_view behind = message.substr(dollar + 1);
-  unsigned sum = 0;
-  const int star = textscan::SumUpTo(behind, u'*', sum);
   // An asterisk ahead of the "$" is the first one, and no end of what stands behind.
-  if (star < 0 || message.substr(0, dollar).find(u'*') != std::u16string_view::npos) return false;
-  return ((sum ^ ReadHex(behind.substr(static_cast<std::size_t>(star) + 1))) & 0xFF) == 0;
+  if (dollar > 0 && message.find(u'*') < dollar) return false;
+  message.remove_prefix(dollar + 1);
+  unsigned sum = 0;
+  const int star = textscan::SumUpTo(message, u'*', sum);
+  if (star < 0) return false;
+  return ((sum ^ ReadHex(message.data() + star + 1, message.data() + message.size())) & 0xFF) == 0;
 }
 
 bool CGPSReceiver::Parse(CString& strMessage, GPSStringType type) {

@@ -14,49 +14,56 @@ constexpr std::uint64_t KeyOf(std::u16string_view text) {
   return key;
 }
 
-// The rows in the order of their keys: those of one key, which differ further on, stand together.
-constexpr auto kByKey = [] {
-  std::array<std::size_t, kRowCount> rows{};
-  for (std::size_t i = 0; i < kRowCount; ++i) rows[i] = i;
-  std::sort(rows.begin(), rows.end(), [](std::size_t a, std::size_t b) {
-    const std::uint64_t keyA = KeyOf(SentenceTable::kRows[a].tag);
-    const std::uint64_t keyB = KeyOf(SentenceTable::kRows[b].tag);
-    return keyA != keyB ? keyA < keyB : a < b;
-  });
-  return rows;
-}();
+// A row with its key, and with the last four characters of its tag, which end most tags that go on behind the
+// key.
+struct Place {
+  std::uint64_t key = 0;  // no tag has this one, which ends a row of places
+  std::uint64_t tailKey = 0;
+  std::size_t tail = 0;  // where these last four begin
+  const SentenceTable::Row* row = nullptr;
+};
 
-constexpr std::uint64_t KeyAt(std::size_t place) {
-  return KeyOf(SentenceTable::kRows[kByKey[place]].tag);
-}
+// The rows in the order of their keys: those of one key, which differ further on, stand together. A last
+// place has no row.
+constexpr auto kPlaces = [] {
+  std::array<Place, kRowCount + 1> places{};
+  for (std::size_t i = 0; i < kRowCount; ++i) {
+    const std::u16string_view tag = SentenceTable::kRows[i].tag;
+    const std::size_t tail = tag.size() - kKeyLength;
+    places[i] = {KeyOf(tag), KeyOf(tag.substr(tail)), tail, &SentenceTable::kRows[i]};
+  }
+  std::sort(places.begin(), places.end() - 1,
+            [](const Place& a, const Place& b) { return a.key != b.key ? a.key < b.key : a.row < b.row; });
+  return places;
+}();
 
 // Keys go to buckets by multiplication, with a factor for which no two keys share one.
 constexpr int kBucketBits = 7;
 constexpr std::size_t kBuckets = std::size_t{1} << kBucketBits;
-constexpr std::size_t kNoPlace = kRowCount;
+constexpr std::uint8_t kNoPlace = kRowCount;
 
 constexpr std::size_t BucketOf(std::uint64_t key, std::uint64_t factor) {
   return key * factor >> (64 - kBucketBits);
 }
 
-// Whether the message begins with the tag, whose key it has. Most tags end within another four characters.
-bool HasTag(std::u16string_view message, std::u16string_view tag) {
-  if (message.size() < tag.size()) return false;
-  const std::size_t tail = tag.size() - kKeyLength;
-  return KeyOf(message.substr(tail)) == KeyOf(tag.substr(tail)) &&
-         (tail <= kKeyLength || message.starts_with(tag));
+// Whether the message begins with the tag of a place, whose key it has.
+bool HasTag(std::u16string_view message, const Place& place) {
+  if (message.size() < place.tail + kKeyLength) return false;
+  return KeyOf(message.substr(place.tail)) == place.tailKey &&
+         (place.tail <= kKeyLength || message.starts_with(place.row->tag));
 }
 
 struct Buckets {
   std::uint64_t factor = 0;
-  std::array<std::size_t, kBuckets> places{};  // where in kByKey the rows of a key begin
+  std::array<std::uint8_t, kBuckets> places{};  // where in kPlaces the rows of a key begin
 
   constexpr bool Fill(std::uint64_t candidate) {
     factor = candidate;
     places.fill(kNoPlace);
-    for (std::size_t place = 0; place < kRowCount; ++place) {
-      if (place > 0 && KeyAt(place) == KeyAt(place - 1)) continue;
-      std::size_t& bucket = places[BucketOf(KeyAt(place), factor)];
+    for (std::uint8_t place = 0; place < kRowCount; ++place) {
+      const std::uint64_t key = kPlaces[place].key;
+      if (place > 0 && key == kPlaces[place - 1].key) continue;
+      std::uint8_t& bucket = places[BucketOf(key, factor)];
       if (bucket != kNoPlace) return false;
       bucket = place;
     }
@@ -93,10 +100,9 @@ static_assert(NoTagHidesAnother());
 const SentenceTable::Row* SentenceTable::Find(std::u16string_view message) {
   if (message.size() < kKeyLength) return nullptr;
   const std::uint64_t key = KeyOf(message);
-  for (std::size_t place = kKeyBuckets.places[BucketOf(key, kKeyBuckets.factor)];
-       place != kNoPlace && KeyAt(place) == key; place = place + 1 == kRowCount ? kNoPlace : place + 1) {
-    const Row& row = kRows[kByKey[place]];
-    if (HasTag(message, row.tag)) return &row;
+  for (const Place* place = &kPlaces[kKeyBuckets.places[BucketOf(key, kKeyBuckets.factor)]];
+       place->key == key && place->row != nullptr; ++place) {
+    if (HasTag(message, *place)) return place->row;
   }
   return nullptr;
 }
