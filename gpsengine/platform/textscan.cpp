@@ -60,7 +60,8 @@ unsigned FoldXor(__m128i sums) {
 
 }  // namespace
 
-// A rest that fills no register is covered by a last step that reaches back over what has been looked at.
+// A rest that fills no register is covered by a last step that reaches back over what has been looked at. It is
+// the last one indeed: of a text that has just been written a load across two stores has to wait.
 
 std::uint64_t MatchBits(std::u16string_view text, WCHAR a, WCHAR b) {
   const int length = static_cast<int>(std::min<std::size_t>(text.size(), kBlock));
@@ -91,9 +92,9 @@ bool Contains(std::u16string_view text, WCHAR c) {
   const auto hitsAt = [&](int i) {
     return _mm_or_si128(_mm_cmpeq_epi16(Load(p + i), all), _mm_cmpeq_epi16(Load(p + i + kStep), all));
   };
-  __m128i hits = hitsAt(length - kTwoSteps);
+  __m128i hits = _mm_setzero_si128();
   for (int i = 0; i + kTwoSteps <= length; i += kTwoSteps) hits = _mm_or_si128(hits, hitsAt(i));
-  return _mm_movemask_epi8(hits) != 0;
+  return _mm_movemask_epi8(_mm_or_si128(hits, hitsAt(length - kTwoSteps))) != 0;
 }
 
 int SumUpTo(std::u16string_view text, WCHAR end, unsigned& sum) {

@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstdint>
 #include <iterator>
@@ -21,7 +22,10 @@ double Radians(int nDegrees) {
 
 // A course over ground in degrees to a mathematical angle from 0 to 2π.
 double HeadingOfCourse(double dCourse) {
-  const double angle = std::fmod((450.0 - dCourse) * std::numbers::pi / 180.0, kTwoPi);
+  const double turned = (450.0 - dCourse) * std::numbers::pi / 180.0;
+  // Within two turns the remainder is a difference, which is exact as well.
+  if (turned >= 0.0 && turned < 2.0 * kTwoPi) return turned < kTwoPi ? turned : turned - kTwoPi;
+  const double angle = std::fmod(turned, kTwoPi);
   return angle < 0.0 ? angle + kTwoPi : angle;
 }
 
@@ -33,22 +37,34 @@ bool FirstSlot(const CGPSSatelliteData (&slots)[kSatelliteSlots], int& nSlot, Co
   return true;
 }
 
-// A number, the elevation and azimuth in whole degrees, the signal, which may be empty.
-bool ReadSatellite(CParser& parser, CGPSSatelliteData& satellite) {
-  int elevation = 0;
-  int azimuth = 0;
-  if (!parser.GetInt(satellite.m_nPRN) || !parser.GetInt(elevation)) return false;
-  satellite.m_dElevation = Radians(elevation);
-  if (!parser.GetInt(azimuth)) return false;
-  satellite.m_dAzimuth = Radians(azimuth);
-  if (!parser.GetInt(satellite.m_nSNR)) satellite.m_nSNR = 0;
-  return true;
-}
+// A satellite of a GSV sentence: the elevation and azimuth in whole degrees, the signal, which may be empty.
+struct SatelliteGroup {
+  int nPRN, nElevation, nAzimuth, nSNR;
+
+  bool Read(CParser& parser) {
+    if (!parser.GetInt(nPRN) || !parser.GetInt(nElevation) || !parser.GetInt(nAzimuth)) return false;
+    if (!parser.GetInt(nSNR)) nSNR = 0;
+    return true;
+  }
+};
+
+// The slots where satellites were found last, by the low bits of their numbers. A satellite has one slot at
+// most and keeps it for hours, so that this nearly always tells where it is. Behind the record lock.
+constexpr unsigned kSlotHints = 64;
+std::array<std::uint8_t, kSlotHints> g_SlotHints{};
 
 }  // namespace
 
 bool CGPSReceiver::GetSatellite(int nPRN, int& nSlot) {
-  return FirstSlot(m_GPSData.m_Satellites, nSlot, [nPRN](const auto& slot) { return slot.m_nPRN == nPRN; });
+  std::uint8_t& hint = g_SlotHints[static_cast<unsigned>(nPRN) % kSlotHints];
+  if (nPRN != 0 && m_GPSData.m_Satellites[hint].m_nPRN == nPRN) {
+    nSlot = hint;
+    return true;
+  }
+  if (!FirstSlot(m_GPSData.m_Satellites, nSlot, [nPRN](const auto& slot) { return slot.m_nPRN == nPRN; }))
+    return false;
+  hint = static_cast<std::uint8_t>(nSlot);
+  return true;
 }
 
 bool CGPSReceiver::GetEmptySatellite(int& nSlot) {
@@ -127,15 +143,18 @@ bool CGPSReceiver::ProcessGSV(CString& strMessage) {
     parser.GetInt(data.m_nSatellitesInView);
     parser.SetExceptionThrowing(false);
 
-    CGPSSatelliteData satellite;
-    for (int group = 0; group < kGroupsInGsv && ReadSatellite(parser, satellite); ++group) {
+    SatelliteGroup group;
+    for (int i = 0; i < kGroupsInGsv && group.Read(parser); ++i) {
       int slot = 0;
-      const bool known = GetSatellite(satellite.m_nPRN, slot);
+      const bool known = GetSatellite(group.nPRN, slot);
       if (!known && !GetEmptySatellite(slot) && !GetUnusedSatellite(slot)) break;
-      satellite.m_bUsed = known && data.m_Satellites[slot].m_bUsed;
-      satellite.m_bInView = true;
-      data.m_Satellites[slot] = satellite;
-      data.m_bSatellitesChanged = true;
+      CGPSSatelliteData& satellite = data.m_Satellites[slot];
+      satellite.m_nPRN = group.nPRN;
+      satellite.m_dElevation = Radians(group.nElevation);
+      satellite.m_dAzimuth = Radians(group.nAzimuth);
+      satellite.m_nSNR = group.nSNR;
+      satellite.m_bUsed = known && satellite.m_bUsed;
+      satellite.m_bInView = data.m_bSatellitesChanged = true;
     }
     ComputeAverageSNR();
     if (last) data.m_bSatellitesComplete = true;

@@ -23,7 +23,7 @@ struct SentMessage {
 class MessageQueue {
  public:
   /// The calling thread's queue, made at the first call.
-  static std::shared_ptr<MessageQueue> OfThisThread();
+  static const std::shared_ptr<MessageQueue>& OfThisThread();
 
   ~MessageQueue();
 
@@ -46,6 +46,7 @@ class MessageQueue {
   bool HasAny();
 
  private:
+  void HandleSent(std::unique_lock<std::mutex>& lock);
   void Announce(bool wasEmpty, std::unique_lock<std::mutex>& lock);
   void Close();
 

@@ -4,8 +4,8 @@
 #include <algorithm>
 #include <map>
 #include <string>
-#include <unordered_map>
 #include <utility>
+#include <vector>
 
 #include "gpsengine/platform/posix/messagequeue.h"
 #include "gpsengine/platform/posix/waitable.h"
@@ -14,6 +14,7 @@
 namespace {
 
 struct WindowEntry {
+  HWND hWnd;
   CWnd* pWindow;
   std::shared_ptr<MessageQueue> pQueue;
 };
@@ -21,7 +22,7 @@ struct WindowEntry {
 struct WindowTable {
   std::mutex mutex;
   std::uintptr_t nNext = 1;
-  std::unordered_map<HWND, WindowEntry> windows;
+  std::vector<WindowEntry> windows;  // a process has a handful
   UINT nNextMessage = 0xC000;
   std::map<std::u16string, UINT> messages;
 };
@@ -32,11 +33,25 @@ WindowTable& Windows() {
   return *table;
 }
 
-WindowEntry FindWindow(HWND hWnd) {
+// The entry of a window, or null. With the table's lock held.
+WindowEntry* FindEntry(WindowTable& table, HWND hWnd) {
+  const auto entry = std::find_if(table.windows.begin(), table.windows.end(),
+                                  [hWnd](const WindowEntry& each) { return each.hWnd == hWnd; });
+  return entry == table.windows.end() ? nullptr : &*entry;
+}
+
+CWnd* FindWindow(HWND hWnd) {
   WindowTable& table = Windows();
   const std::lock_guard lock(table.mutex);
-  const auto entry = table.windows.find(hWnd);
-  return entry == table.windows.end() ? WindowEntry{} : entry->second;
+  const WindowEntry* const entry = FindEntry(table, hWnd);
+  return entry == nullptr ? nullptr : entry->pWindow;
+}
+
+std::shared_ptr<MessageQueue> FindQueue(HWND hWnd) {
+  WindowTable& table = Windows();
+  const std::lock_guard lock(table.mutex);
+  const WindowEntry* const entry = FindEntry(table, hWnd);
+  return entry == nullptr ? nullptr : entry->pQueue;
 }
 
 void Dispose(const MSG& message) {
@@ -45,12 +60,12 @@ void Dispose(const MSG& message) {
 
 // Hands a message to its window, on the window's thread.
 LRESULT Deliver(const MSG& message) {
-  const WindowEntry entry = FindWindow(message.hwnd);
-  if (entry.pWindow == nullptr) {
+  CWnd* const window = FindWindow(message.hwnd);
+  if (window == nullptr) {
     Dispose(message);
     return 0;
   }
-  return entry.pWindow->WindowProc(message.message, message.wParam, message.lParam);
+  return window->WindowProc(message.message, message.wParam, message.lParam);
 }
 
 }  // namespace
@@ -61,7 +76,7 @@ struct QueueOfThread {
   ~QueueOfThread() { pQueue->Close(); }
 };
 
-std::shared_ptr<MessageQueue> MessageQueue::OfThisThread() {
+const std::shared_ptr<MessageQueue>& MessageQueue::OfThisThread() {
   static thread_local QueueOfThread queue;
   return queue.pQueue;
 }
@@ -132,16 +147,17 @@ LRESULT MessageQueue::SendAndWait(const MSG& message) {
 }
 
 void MessageQueue::HandleSent() {
-  for (;;) {
-    SentMessage* sent = nullptr;
-    {
-      const std::lock_guard lock(m_Mutex);
-      if (m_Sent.empty()) return;
-      sent = m_Sent.front();
-      m_Sent.pop_front();
-    }
+  std::unique_lock lock(m_Mutex);
+  HandleSent(lock);
+}
+
+void MessageQueue::HandleSent(std::unique_lock<std::mutex>& lock) {
+  while (!m_Sent.empty()) {
+    SentMessage* const sent = m_Sent.front();
+    m_Sent.pop_front();
+    lock.unlock();
     const LRESULT result = Deliver(sent->message);
-    const std::lock_guard lock(m_Mutex);
+    lock.lock();
     sent->result = result;
     sent->bDone = true;
     sent->done.notify_one();
@@ -149,8 +165,8 @@ void MessageQueue::HandleSent() {
 }
 
 bool MessageQueue::Take(MSG& message, bool remove) {
-  HandleSent();
-  const std::lock_guard lock(m_Mutex);
+  std::unique_lock lock(m_Mutex);
+  HandleSent(lock);
   if (m_Posted.empty()) {
     if (m_bQuit) {
       message = MSG{nullptr, WM_QUIT, 0, 0, nullptr};
@@ -208,20 +224,23 @@ bool CWnd::Create() {
   WindowTable& table = Windows();
   const std::lock_guard lock(table.mutex);
   m_hWnd = reinterpret_cast<HWND>(table.nNext++);
-  table.windows.emplace(m_hWnd, WindowEntry{this, MessageQueue::OfThisThread()});
+  table.windows.push_back({m_hWnd, this, MessageQueue::OfThisThread()});
   return true;
 }
 
 bool CWnd::DestroyWindow() {
   if (m_hWnd == nullptr) return false;
-  WindowEntry entry;
+  std::shared_ptr<MessageQueue> queue;
   {
     WindowTable& table = Windows();
     const std::lock_guard lock(table.mutex);
-    entry = table.windows.extract(m_hWnd).mapped();
+    WindowEntry& entry = *FindEntry(table, m_hWnd);
+    queue = std::move(entry.pQueue);
+    entry = std::move(table.windows.back());
+    table.windows.pop_back();
   }
   // A post that found the window just now may still arrive; Deliver disposes of it.
-  entry.pQueue->Forget(m_hWnd);
+  queue->Forget(m_hWnd);
   m_hWnd = nullptr;
   return true;
 }
@@ -231,23 +250,23 @@ LRESULT CWnd::WindowProc(UINT, WPARAM, LPARAM) {
 }
 
 bool IsWindow(HWND hWnd) {
-  return FindWindow(hWnd).pWindow != nullptr;
+  return FindWindow(hWnd) != nullptr;
 }
 
 bool PostMessageW(HWND hWnd, UINT message, WPARAM wParam, LPARAM lParam, MessageDisposer pfnDispose) {
   const MSG posted{hWnd, message, wParam, lParam, pfnDispose};
-  const WindowEntry entry = FindWindow(hWnd);
-  if (entry.pQueue != nullptr && entry.pQueue->Post(posted)) return true;
+  const auto queue = FindQueue(hWnd);
+  if (queue != nullptr && queue->Post(posted)) return true;
   Dispose(posted);
   return false;
 }
 
 LRESULT SendMessageW(HWND hWnd, UINT message, WPARAM wParam, LPARAM lParam) {
   const MSG sent{hWnd, message, wParam, lParam, nullptr};
-  const WindowEntry entry = FindWindow(hWnd);
-  if (entry.pQueue == nullptr) return 0;
-  if (entry.pQueue == MessageQueue::OfThisThread()) return Deliver(sent);
-  return entry.pQueue->SendAndWait(sent);
+  const auto queue = FindQueue(hWnd);
+  if (queue == nullptr) return 0;
+  if (queue == MessageQueue::OfThisThread()) return Deliver(sent);
+  return queue->SendAndWait(sent);
 }
 
 bool PeekMessageW(MSG* pMsg, UINT nRemove) {
