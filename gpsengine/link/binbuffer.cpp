@@ -166,18 +166,19 @@ bool CBinBuffer::FindHead(Head& head) {
     head.tag = kOemTag;
     return FindOem();
   }
-  const std::string_view rest(GetPtr(m_nCurrent), static_cast<std::size_t>(BytesLeft()));
-  const auto first = rest.find(',');
-  if (first == std::string_view::npos || rest.substr(1, 3) == "BIN") {
-    head.tag = rest.substr(0, 4);
-    return rest.size() > 4;
+  const char* const start = GetPtr(m_nCurrent);
+  const char* const end = GetPtr(m_nLength);
+  const char* const first = textscan::FindNear(start, end, ',');
+  if (first == nullptr || std::string_view(start, first).substr(1, 3) == "BIN") {
+    head.tag = std::string_view(start, end).substr(0, 4);
+    return BytesLeft() > 4;
   }
   // A sentence with a single comma waits for the next one, be it that of a later sentence: only then can it
   // be told from a binary record, whose kind is its second field.
-  const auto second = rest.find(',', first + 1);
-  if (second == std::string_view::npos) return false;
-  head.tag = rest.substr(0, first);
-  head.subTag = rest.substr(first + 1, second - first - 1);
+  const char* const second = textscan::FindNear(first + 1, end, ',');
+  if (second == nullptr) return false;
+  head.tag = {start, first};
+  head.subTag = {first + 1, second};
   return true;
 }
 
@@ -224,11 +225,8 @@ CString CBinBuffer::Mid(int nStart, int nCount) const {
   if (nStart < 0 || nStart >= m_nLength) return text;
   const int left = m_nLength - nStart;
   int count = nCount < 1 || nCount >= left ? left : nCount;
-  const char* from = GetPtr(nStart);
-  if (const void* zero = std::memchr(from, 0, static_cast<std::size_t>(count)))
-    count = static_cast<int>(static_cast<const char*>(zero) - from);
   WCHAR* to = text.GetBuffer(count + 1);
-  textscan::Widen(from, count, to);
+  count = textscan::WidenText(GetPtr(nStart), count, to);
   to[count] = u'\n';
   text.ReleaseBuffer(count + 1);
   return text;
@@ -240,6 +238,6 @@ CString* CBinBuffer::Mid2(int nStart, int nCount) const {
 
 int CBinBuffer::Find(char c, int nStart) const {
   if (nStart < 0 || nStart >= m_nLength) return -1;
-  const void* found = std::memchr(GetPtr(nStart), c, static_cast<std::size_t>(m_nLength - nStart));
-  return found == nullptr ? -1 : static_cast<int>(static_cast<const char*>(found) - m_Bytes.data());
+  const char* found = textscan::FindNear(GetPtr(nStart), GetPtr(m_nLength), c);
+  return found == nullptr ? -1 : static_cast<int>(found - m_Bytes.data());
 }

@@ -22,6 +22,15 @@ int SumUpToSlowly(std::u16string_view text, WCHAR end, unsigned& sum) {
   return -1;
 }
 
+int AheadOfZero(const char* pBytes, int nCount) {
+  const void* zero = std::memchr(pBytes, 0, static_cast<std::size_t>(nCount));
+  return zero == nullptr ? nCount : static_cast<int>(static_cast<const char*>(zero) - pBytes);
+}
+
+const char* FindFar(const char* pBytes, const char* pEnd, char c) {
+  return static_cast<const char*>(std::memchr(pBytes, c, static_cast<std::size_t>(pEnd - pBytes)));
+}
+
 }  // namespace
 
 #ifdef __SSE2__
@@ -30,6 +39,7 @@ namespace {
 
 constexpr int kStep = 8;  // characters of a register
 constexpr int kTwoSteps = 2 * kStep;
+constexpr int kBytes = 16;  // bytes of a register
 
 __m128i Load(const WCHAR* p) {
   return _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
@@ -60,8 +70,8 @@ unsigned FoldXor(__m128i sums) {
 
 }  // namespace
 
-// A rest that fills no register is covered by a last step that reaches back over what has been looked at. It is
-// the last one indeed: of a text that has just been written a load across two stores has to wait.
+// A rest that fills no register is covered by a last step that reaches back over what has been looked at. It
+// is the last one indeed: of a text that has just been written a load across two stores has to wait.
 
 std::uint64_t MatchBits(std::u16string_view text, WCHAR a, WCHAR b) {
   const int length = static_cast<int>(std::min<std::size_t>(text.size(), kBlock));
@@ -132,20 +142,51 @@ int SumUpTo(std::u16string_view text, WCHAR end, unsigned& sum) {
   return bits != 0 ? i + to : -1;
 }
 
-void Widen(const char* pBytes, int nCount, WCHAR* pTo) {
-  constexpr int kBytes = 16;
+namespace {
+
+// Widens, and gives a register whose set bytes tell that there was a zero byte.
+__m128i WidenBytes(const char* pBytes, int nCount, WCHAR* pTo) {
+  const __m128i zero = _mm_setzero_si128();
+  __m128i zeros = zero;
   const auto step = [&](int i) {
     const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(pBytes + i));
-    const __m128i zero = _mm_setzero_si128();
+    zeros = _mm_or_si128(zeros, _mm_cmpeq_epi8(bytes, zero));
     _mm_storeu_si128(reinterpret_cast<__m128i*>(pTo + i), _mm_unpacklo_epi8(bytes, zero));
     _mm_storeu_si128(reinterpret_cast<__m128i*>(pTo + i + kStep), _mm_unpackhi_epi8(bytes, zero));
   };
   if (nCount < kBytes) {
-    for (int i = 0; i < nCount; ++i) pTo[i] = static_cast<unsigned char>(pBytes[i]);
-    return;
+    for (int i = 0; i < nCount; ++i) {
+      pTo[i] = static_cast<unsigned char>(pBytes[i]);
+      if (pBytes[i] == 0) zeros = _mm_cmpeq_epi8(zero, zero);
+    }
+    return zeros;
   }
   for (int i = 0; i + kBytes <= nCount; i += kBytes) step(i);
   step(nCount - kBytes);
+  return zeros;
+}
+
+}  // namespace
+
+void Widen(const char* pBytes, int nCount, WCHAR* pTo) {
+  WidenBytes(pBytes, nCount, pTo);
+}
+
+int WidenText(const char* pBytes, int nCount, WCHAR* pTo) {
+  const bool zero = _mm_movemask_epi8(WidenBytes(pBytes, nCount, pTo)) != 0;
+  return zero ? AheadOfZero(pBytes, nCount) : nCount;
+}
+
+const char* FindNear(const char* pBytes, const char* pEnd, char c) {
+  constexpr std::ptrdiff_t kNear = 8 * kBytes;
+  const __m128i all = _mm_set1_epi8(c);
+  const char* p = pBytes;
+  for (; pEnd - p >= kBytes && p - pBytes < kNear; p += kBytes) {
+    const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
+    const auto bits = static_cast<unsigned>(_mm_movemask_epi8(_mm_cmpeq_epi8(bytes, all)));
+    if (bits != 0) return p + std::countr_zero(bits);
+  }
+  return FindFar(p, pEnd, c);
 }
 
 // All four digits at once, without a branch on how many there are: numbers of one to three digits follow each
@@ -250,6 +291,15 @@ int SumUpTo(std::u16string_view text, WCHAR end, unsigned& sum) {
 
 void Widen(const char* pBytes, int nCount, WCHAR* pTo) {
   for (int i = 0; i < nCount; ++i) pTo[i] = static_cast<unsigned char>(pBytes[i]);
+}
+
+int WidenText(const char* pBytes, int nCount, WCHAR* pTo) {
+  Widen(pBytes, nCount, pTo);
+  return AheadOfZero(pBytes, nCount);
+}
+
+const char* FindNear(const char* pBytes, const char* pEnd, char c) {
+  return FindFar(pBytes, pEnd, c);
 }
 
 #endif

@@ -26,6 +26,12 @@ int SumUpTo(std::u16string_view text, WCHAR end, unsigned& sum);
 /// Widens `nCount` bytes, without a sign.
 void Widen(const char* pBytes, int nCount, WCHAR* pTo);
 
+/// The same, and gives how many of them stand ahead of the first zero byte.
+int WidenText(const char* pBytes, int nCount, WCHAR* pTo);
+
+/// The first `c` of some bytes, or null: for one that is likely to be near.
+const char* FindNear(const char* pBytes, const char* pEnd, char c);
+
 /// Reads a number of one to four digits and nothing else. False, with `value` untouched, for anything else;
 /// also, now and then, for such a number at the very end of a text, which the caller then reads in its own
 /// way. `pEnd` is where the text ends that the number is a part of.
