@@ -1,3 +1,5 @@
+#include <array>
+#include <cstdint>
 #include <utility>
 
 #include "gpsengine/platform/textscan.h"
@@ -8,22 +10,26 @@ namespace {
 
 constexpr int kPromptLength = 6;  // "[COM" and the two characters behind it
 
+constexpr auto kHexDigits = [] {
+  std::array<std::int8_t, 128> values{};
+  values.fill(-1);
+  for (int i = 0; i < 10; ++i) values[static_cast<std::size_t>('0' + i)] = static_cast<std::int8_t>(i);
+  for (int i = 10; i < 16; ++i)
+    values[static_cast<std::size_t>('a' + i - 10)] = values[static_cast<std::size_t>('A' + i - 10)] =
+        static_cast<std::int8_t>(i);
+  return values;
+}();
+
 int HexDigit(WCHAR c) {
-  if (c >= u'0' && c <= u'9') return c - u'0';
-  if (c >= u'a' && c <= u'f') return c - u'a' + 10;
-  if (c >= u'A' && c <= u'F') return c - u'A' + 10;
-  return -1;
+  return c < kHexDigits.size() ? kHexDigits[c] : -1;
 }
 
 // Reads at most four hexadecimal digits; none give 0.
 unsigned ReadHex(const WCHAR* p, const WCHAR* pEnd) {
   unsigned value = 0;
-  if (pEnd - p > 4) pEnd = p + 4;
-  for (; p != pEnd; ++p) {
-    const int digit = HexDigit(*p);
-    if (digit < 0) break;
+  const WCHAR* const last = pEnd - p > 4 ? p + 4 : pEnd;
+  for (int digit = 0; p != last && (digit = HexDigit(*p)) >= 0; ++p)
     value = value << 4 | static_cast<unsigned>(digit);
-  }
   return value;
 }
 

@@ -39,10 +39,16 @@ bool FirstSlot(const CGPSSatelliteData (&slots)[kSatelliteSlots], int& nSlot, Co
 
 // A satellite of a GSV sentence: the elevation and azimuth in whole degrees, the signal, which may be empty.
 struct SatelliteGroup {
-  int nPRN, nElevation, nAzimuth, nSNR;
+  int nPRN;
+  double dElevation, dAzimuth;
+  int nSNR;
 
   bool Read(CParser& parser) {
-    if (!parser.GetInt(nPRN) || !parser.GetInt(nElevation) || !parser.GetInt(nAzimuth)) return false;
+    int degrees = 0;
+    if (!parser.GetInt(nPRN) || !parser.GetInt(degrees)) return false;
+    dElevation = Radians(degrees);
+    if (!parser.GetInt(degrees)) return false;
+    dAzimuth = Radians(degrees);
     if (!parser.GetInt(nSNR)) nSNR = 0;
     return true;
   }
@@ -150,8 +156,8 @@ bool CGPSReceiver::ProcessGSV(CString& strMessage) {
       if (!known && !GetEmptySatellite(slot) && !GetUnusedSatellite(slot)) break;
       CGPSSatelliteData& satellite = data.m_Satellites[slot];
       satellite.m_nPRN = group.nPRN;
-      satellite.m_dElevation = Radians(group.nElevation);
-      satellite.m_dAzimuth = Radians(group.nAzimuth);
+      satellite.m_dElevation = group.dElevation;
+      satellite.m_dAzimuth = group.dAzimuth;
       satellite.m_nSNR = group.nSNR;
       satellite.m_bUsed = known && satellite.m_bUsed;
       satellite.m_bInView = data.m_bSatellitesChanged = true;
