@@ -62,6 +62,7 @@ bool CBinBuffer::Set(const char* pData, int nLength, int nMessageLength) {
   m_Bytes.assign(pData, pData + nLength);
   if (m_Bytes.data() == nullptr) Trace("Can't set\n");
   m_nCurrent = 0;
+  m_nNoComma = m_nNoCommaEnd = 0;
   m_nMessageLength = nMessageLength;
   m_nLength = static_cast<int>(m_Bytes.size());
   return true;
@@ -85,6 +86,7 @@ void CBinBuffer::Append(const char* pData, int nLength) {
 void CBinBuffer::Clear() {
   m_Bytes.clear();
   m_nCurrent = m_nMessageLength = m_nLength = 0;
+  m_nNoComma = m_nNoCommaEnd = 0;
 }
 
 bool CBinBuffer::First() {
@@ -125,6 +127,7 @@ void CBinBuffer::Resize() {
   }
   m_Bytes.erase(m_Bytes.begin(), m_Bytes.begin() + m_nCurrent);
   m_nCurrent = m_nMessageLength = 0;
+  m_nNoComma = m_nNoCommaEnd = 0;
   m_nLength = static_cast<int>(m_Bytes.size());
 }
 
@@ -141,6 +144,8 @@ bool CBinBuffer::SkipNoise() {
   for (; m_nCurrent < m_nLength; ++m_nCurrent) {
     const char c = *GetPtr(m_nCurrent);
     if (c == '$' || c == '#' || IsOemSync(m_nCurrent)) return true;
+    const char* next = textscan::FindAny(GetPtr(m_nCurrent) + 1, GetPtr(m_nLength), '$', '#', kOemSync[0]);
+    m_nCurrent = (next == nullptr ? m_nLength : static_cast<int>(next - m_Bytes.data())) - 1;
   }
   return false;
 }
@@ -159,6 +164,17 @@ bool CBinBuffer::FindOem() {
   return true;
 }
 
+// The first comma at or behind the current place, or null. A stretch without one is looked through once,
+// however many messages begin in it.
+const char* CBinBuffer::FirstComma() {
+  const bool known = m_nCurrent >= m_nNoComma && m_nCurrent < m_nNoCommaEnd;
+  const int from = known ? m_nNoCommaEnd : m_nCurrent;
+  const char* const comma = textscan::FindNear(GetPtr(from), GetPtr(m_nLength), ',');
+  m_nNoComma = m_nCurrent;
+  m_nNoCommaEnd = comma == nullptr ? m_nLength : static_cast<int>(comma - m_Bytes.data());
+  return comma;
+}
+
 bool CBinBuffer::FindHead(Head& head) {
   if (!SkipNoise()) return false;
   if (IsOemSync(m_nCurrent)) {
@@ -168,7 +184,7 @@ bool CBinBuffer::FindHead(Head& head) {
   }
   const char* const start = GetPtr(m_nCurrent);
   const char* const end = GetPtr(m_nLength);
-  const char* const first = textscan::FindNear(start, end, ',');
+  const char* const first = FirstComma();
   if (first == nullptr || std::string_view(start, first).substr(1, 3) == "BIN") {
     head.tag = std::string_view(start, end).substr(0, 4);
     return BytesLeft() > 4;
@@ -196,14 +212,15 @@ int CBinBuffer::BinaryLength(const Head& head) const {
   return 0;
 }
 
-// The length of the text message at hand, or 0 if its end has not come.
+// The length of the text message at hand, or 0 if its end has not come. A "#" log also ends ahead of the next
+// one.
 int CBinBuffer::TextLength() const {
-  int end = Find(kTextEnd, m_nCurrent);
-  if (*GetPtr(m_nCurrent) == '#') {
-    const int next = Find('#', m_nCurrent + 1);
-    if (next >= 0 && (end < 0 || next < end)) end = next - 1;
-  }
-  return end < 0 ? 0 : end - m_nCurrent + 1;
+  const char* const start = GetPtr(m_nCurrent);
+  const char* const bufferEnd = GetPtr(m_nLength);
+  const char* const end = *start == '#' ? textscan::FindAny(start + 1, bufferEnd, '#', kTextEnd, kTextEnd)
+                                        : textscan::FindNear(start, bufferEnd, kTextEnd);
+  if (end == nullptr) return 0;
+  return static_cast<int>(end - start) + (*end == kTextEnd);
 }
 
 CString CBinBuffer::GetMessageW() const {

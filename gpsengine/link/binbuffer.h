@@ -81,6 +81,7 @@ class CBinBuffer {
   bool FindHead(Head& head);
   bool SkipNoise();
   bool FindOem();
+  const char* FirstComma();
   int BinaryLength(const Head& head) const;
   int TextLength() const;
   const char* GetPtr(int nIndex) const { return m_Bytes.data() + nIndex; }
@@ -91,6 +92,8 @@ class CBinBuffer {
   int m_nCurrent = 0;        // first byte of the current message; how far the scan has got
   int m_nMessageLength = 0;  // 0: no current message
   int m_nLength = 0;         // bytes in the buffer
+  int m_nNoComma = 0;        // from here on there is no comma
+  int m_nNoCommaEnd = 0;     // up to here
 };
 
 #pragma GCC visibility pop

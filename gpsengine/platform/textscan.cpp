@@ -31,6 +31,12 @@ const char* FindFar(const char* pBytes, const char* pEnd, char c) {
   return static_cast<const char*>(std::memchr(pBytes, c, static_cast<std::size_t>(pEnd - pBytes)));
 }
 
+const char* FindAnySlowly(const char* pBytes, const char* pEnd, char a, char b, char c) {
+  const char* found =
+      std::find_if(pBytes, pEnd, [=](char each) { return each == a || each == b || each == c; });
+  return found == pEnd ? nullptr : found;
+}
+
 }  // namespace
 
 #ifdef __SSE2__
@@ -43,6 +49,15 @@ constexpr int kBytes = 16;  // bytes of a register
 
 __m128i Load(const WCHAR* p) {
   return _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
+}
+
+__m128i LoadBytes(const char* p) {
+  return _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
+}
+
+// A bit a byte of a comparison.
+unsigned ByteBits(__m128i hits) {
+  return static_cast<unsigned>(_mm_movemask_epi8(hits));
 }
 
 __m128i All(WCHAR c) {
@@ -149,7 +164,7 @@ __m128i WidenBytes(const char* pBytes, int nCount, WCHAR* pTo) {
   const __m128i zero = _mm_setzero_si128();
   __m128i zeros = zero;
   const auto step = [&](int i) {
-    const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(pBytes + i));
+    const __m128i bytes = LoadBytes(pBytes + i);
     zeros = _mm_or_si128(zeros, _mm_cmpeq_epi8(bytes, zero));
     _mm_storeu_si128(reinterpret_cast<__m128i*>(pTo + i), _mm_unpacklo_epi8(bytes, zero));
     _mm_storeu_si128(reinterpret_cast<__m128i*>(pTo + i + kStep), _mm_unpackhi_epi8(bytes, zero));
@@ -182,11 +197,24 @@ const char* FindNear(const char* pBytes, const char* pEnd, char c) {
   const __m128i all = _mm_set1_epi8(c);
   const char* p = pBytes;
   for (; pEnd - p >= kBytes && p - pBytes < kNear; p += kBytes) {
-    const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
-    const auto bits = static_cast<unsigned>(_mm_movemask_epi8(_mm_cmpeq_epi8(bytes, all)));
-    if (bits != 0) return p + std::countr_zero(bits);
+    if (const unsigned bits = ByteBits(_mm_cmpeq_epi8(LoadBytes(p), all)); bits != 0)
+      return p + std::countr_zero(bits);
   }
   return FindFar(p, pEnd, c);
+}
+
+const char* FindAny(const char* pBytes, const char* pEnd, char a, char b, char c) {
+  const __m128i allA = _mm_set1_epi8(a);
+  const __m128i allB = _mm_set1_epi8(b);
+  const __m128i allC = _mm_set1_epi8(c);
+  const char* p = pBytes;
+  for (; pEnd - p >= kBytes; p += kBytes) {
+    const __m128i bytes = LoadBytes(p);
+    const __m128i hits = _mm_or_si128(_mm_or_si128(_mm_cmpeq_epi8(bytes, allA), _mm_cmpeq_epi8(bytes, allB)),
+                                      _mm_cmpeq_epi8(bytes, allC));
+    if (const unsigned bits = ByteBits(hits); bits != 0) return p + std::countr_zero(bits);
+  }
+  return FindAnySlowly(p, pEnd, a, b, c);
 }
 
 // All four digits at once, without a branch on how many there are: numbers of one to three digits follow each
@@ -300,6 +328,10 @@ int WidenText(const char* pBytes, int nCount, WCHAR* pTo) {
 
 const char* FindNear(const char* pBytes, const char* pEnd, char c) {
   return FindFar(pBytes, pEnd, c);
+}
+
+const char* FindAny(const char* pBytes, const char* pEnd, char a, char b, char c) {
+  return FindAnySlowly(pBytes, pEnd, a, b, c);
 }
 
 #endif

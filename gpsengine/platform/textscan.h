@@ -32,6 +32,9 @@ int WidenText(const char* pBytes, int nCount, WCHAR* pTo);
 /// The first `c` of some bytes, or null: for one that is likely to be near.
 const char* FindNear(const char* pBytes, const char* pEnd, char c);
 
+/// The first of some bytes that is one of three, or null.
+const char* FindAny(const char* pBytes, const char* pEnd, char a, char b, char c);
+
 /// Reads a number of one to four digits and nothing else. False, with `value` untouched, for anything else;
 /// also, now and then, for such a number at the very end of a text, which the caller then reads in its own
 /// way. `pEnd` is where the text ends that the number is a part of.
