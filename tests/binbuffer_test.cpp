@@ -136,11 +136,11 @@ TEST(BinBuffer, LosesAnOemMessageWhoseSyncIsCutAndNothingElse) {
 }
 
 TEST(BinBuffer, GivesTheSameMessagesHoweverTheStreamIsCut) {
-  const std::string input = "noise" + kGga + Ashtech("MBN", 54) + "\n" + kVtg + Block(96, 312) + "\n" +
-                            "#LOGLISTA,COM1;2,GPGGA*12\r\n" + kGga;
+  const std::string input = "noise" + kGga + Ashtech("MBN", 54) + "\n$PMD\r\n$PMD\r\n" + kVtg +
+                            Block(96, 312) + "\n#LOGLISTA,COM1;2,GPGGA*12\r\n" + kGga;
   Stream whole;
   whole.Feed(input);
-  ASSERT_EQ(whole.messages.size(), 6u);
+  ASSERT_EQ(whole.messages.size(), 8u);
   for (std::size_t cut = 1; cut < input.size(); ++cut) {
     Stream stream;
     stream.Feed(input.substr(0, cut));
