@@ -149,8 +149,8 @@ void PrintLatencies(const Window& window) {
   const auto at = [&](double part) {
     return latencies[static_cast<std::size_t>(part * static_cast<double>(count - 1))];
   };
-  std::printf("latency in ms: 1 of 100 below %.2f, median %.2f, 99 of 100 below %.2f, most %.2f\n", at(0.01), at(0.5),
-              at(0.99), at(1.0));
+  std::printf("latency in ms: 1 of 100 below %.2f, median %.2f, 99 of 100 below %.2f, most %.2f\n", at(0.01),
+              at(0.5), at(0.99), at(1.0));
 }
 
 }  // namespace

@@ -4,7 +4,6 @@
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
-#include <chrono>
 #include <cstring>
 #include <functional>
 #include <memory>
@@ -12,6 +11,7 @@
 #include "bench/allocations.h"
 #include "bench/corpus.h"
 #include "bench/host.h"
+#include "bench/processortime.h"
 
 namespace {
 
@@ -43,9 +43,9 @@ void Floor() {
 }
 
 double Nanoseconds(const std::function<void()>& work) {
-  const auto start = std::chrono::steady_clock::now();
+  const double start = bench::ProcessorTime();
   work();
-  return std::chrono::duration<double, std::nano>(std::chrono::steady_clock::now() - start).count();
+  return bench::ProcessorTime() - start;
 }
 
 // Runs the work and the floor turn by turn, so that both meet the same machine, and reports the best of each.

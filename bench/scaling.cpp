@@ -1,8 +1,6 @@
 // How the cost of the whole road, from bytes to drained records, goes with the size of the input, with the
 // bytes a call brings, with the kind of message and with the share of garbage, and whether it is linear in
 // them.
-#include <time.h>
-
 #include <algorithm>
 #include <cstdio>
 #include <string>
@@ -10,6 +8,7 @@
 
 #include "bench/corpus.h"
 #include "bench/host.h"
+#include "bench/processortime.h"
 
 namespace {
 
@@ -19,13 +18,6 @@ constexpr int kTurns = 7;
 // Costs a byte, or a byte beside a cost a call, that differ by less than this are the same: a machine is not
 // quiet.
 constexpr double kTolerance = 1.5;
-
-// Of the processor, in nanoseconds: what else the machine does meanwhile does not count.
-double ProcessorTime() {
-  timespec now{};
-  clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &now);
-  return 1e9 * static_cast<double>(now.tv_sec) + static_cast<double>(now.tv_nsec);
-}
 
 struct Row {
   std::string name;
@@ -43,9 +35,9 @@ void Measure(std::vector<Row>& rows) {
     for (Row& row : rows) {
       CGPSEngine engine;
       engine.SetReceiver(engine.FindReceiver("Other"));
-      const double start = ProcessorTime();
+      const double start = bench::ProcessorTime();
       bench::FeedEngine(engine, host.window, row.bytes, row.burst);
-      row.best = std::min(row.best, ProcessorTime() - start);
+      row.best = std::min(row.best, bench::ProcessorTime() - start);
     }
   }
 }
