@@ -43,13 +43,14 @@ void CParser::SetString(CString strText) {
 void CParser::Start(std::u16string_view text) {
   m_Text = text;
   m_pNext = text.data();
+  m_pEnd = text.data() + text.size();
   m_bMore = !text.empty();
   MarkBlock(text.data());
 }
 
 // Marks the delimiters of the block that begins at `pBlock`.
 void CParser::MarkBlock(const WCHAR* pBlock) {
-  const std::u16string_view block(pBlock, static_cast<std::size_t>(End() - pBlock));
+  const std::u16string_view block(pBlock, static_cast<std::size_t>(m_pEnd - pBlock));
   m_pBlock = pBlock;
   m_Marks = textscan::MatchBits(block, m_cFirst, m_cSecond);
   if (m_strMore.IsEmpty()) return;
@@ -73,10 +74,10 @@ inline bool CParser::NextField(std::u16string_view& field) {
 // A field that no mark of the block at hand ends. The last one ends with the text.
 bool CParser::FieldBeyondBlock(std::u16string_view& field) {
   if (!m_bMore) return false;
-  while (m_Marks == 0 && End() - m_pBlock > textscan::kBlock) MarkBlock(m_pBlock + textscan::kBlock);
+  while (m_Marks == 0 && m_pEnd - m_pBlock > textscan::kBlock) MarkBlock(m_pBlock + textscan::kBlock);
   if (m_Marks != 0) return NextField(field);
-  field = {m_pNext, static_cast<std::size_t>(End() - m_pNext)};
-  m_pNext = End();
+  field = {m_pNext, static_cast<std::size_t>(m_pEnd - m_pNext)};
+  m_pNext = m_pEnd;
   m_bMore = false;
   return true;
 }
@@ -105,7 +106,8 @@ bool CParser::GetNextString(CString& out) {
 bool CParser::GetInt(int& out) {
   std::u16string_view field;
   if (!NextField(field)) return Fail();
-  return textscan::ReadShortNumber(field, End(), out) || ParseInt(field, &out) || Fail();
+  if (textscan::ReadShortNumber(field, m_pEnd, out)) return true;
+  return ParseInt(field, &out) || Fail();
 }
 
 bool CParser::GetDouble(double& out) {

@@ -56,11 +56,11 @@ class CParser {
   void SetDelimiters(const char* pszDelimiters);
   void Start(std::u16string_view text);
   void MarkBlock(const WCHAR* pBlock);
-  const WCHAR* End() const { return m_Text.data() + m_Text.size(); }
 
   CString m_strOwn;                 // the text, unless it is read where it lies
   std::u16string_view m_Text;       // what is read
   const WCHAR* m_pNext = nullptr;   // start of the next field
+  const WCHAR* m_pEnd = nullptr;    // of the text
   const WCHAR* m_pBlock = nullptr;  // start of the block whose delimiters are marked
   std::uint64_t m_Marks = 0;        // delimiters of that block which are still to come, a bit a character
   bool m_bMore = false;             // there is a next field

@@ -239,7 +239,6 @@ bool CWnd::DestroyWindow() {
     entry = std::move(table.windows.back());
     table.windows.pop_back();
   }
-  // A post that found the window just now may still arrive; Deliver disposes of it.
   queue->Forget(m_hWnd);
   m_hWnd = nullptr;
   return true;
@@ -255,8 +254,13 @@ bool IsWindow(HWND hWnd) {
 
 bool PostMessageW(HWND hWnd, UINT message, WPARAM wParam, LPARAM lParam, MessageDisposer pfnDispose) {
   const MSG posted{hWnd, message, wParam, lParam, pfnDispose};
-  const auto queue = FindQueue(hWnd);
-  if (queue != nullptr && queue->Post(posted)) return true;
+  {
+    // With the table's lock held, so that the window cannot go meanwhile.
+    WindowTable& table = Windows();
+    const std::lock_guard lock(table.mutex);
+    const WindowEntry* const entry = FindEntry(table, hWnd);
+    if (entry != nullptr && entry->pQueue->Post(posted)) return true;
+  }
   Dispose(posted);
   return false;
 }
