@@ -1,13 +1,13 @@
 #include "host/decode.h"
 
 #include "gpsengine/engine/gpsengine.h"
-#include "host/dating.h"
-#include "host/hostwindow.h"
-#include "host/jsonwriter.h"
-#include "host/models.h"
-#include "host/progress.h"
-#include "host/recording.h"
-#include "host/unpacedclock.h"
+#include "host/commands/models.h"
+#include "host/records/hostwindow.h"
+#include "host/records/jsonwriter.h"
+#include "host/run/dating.h"
+#include "host/run/progress.h"
+#include "host/run/recording.h"
+#include "host/run/unpacedclock.h"
 
 namespace host {
 

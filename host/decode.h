@@ -3,12 +3,12 @@
 #include <optional>
 #include <string>
 
-#include "host/exports.h"
-#include "host/failure.h"
-#include "host/format.h"
-#include "host/interrupt.h"
-#include "host/output.h"
-#include "host/rinexsink.h"
+#include "host/exports/exports.h"
+#include "host/exports/rinexsink.h"
+#include "host/records/format.h"
+#include "host/run/failure.h"
+#include "host/run/interrupt.h"
+#include "host/run/output.h"
 
 namespace host {
 

@@ -4,10 +4,10 @@
 #include <optional>
 #include <string>
 
-#include "host/failure.h"
-#include "host/geoid.h"
-#include "host/interrupt.h"
-#include "host/output.h"
+#include "host/records/geoid.h"
+#include "host/run/failure.h"
+#include "host/run/interrupt.h"
+#include "host/run/output.h"
 
 namespace host {
 

@@ -1,6 +1,6 @@
 #include "host/simulate.h"
 
-#include "host/waiter.h"
+#include "host/run/waiter.h"
 
 namespace host {
 

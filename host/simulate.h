@@ -1,8 +1,8 @@
 #pragma once
 
-#include "host/failure.h"
-#include "host/interrupt.h"
-#include "host/output.h"
+#include "host/run/failure.h"
+#include "host/run/interrupt.h"
+#include "host/run/output.h"
 #include "simulator/simulator.h"
 
 namespace host {

@@ -5,13 +5,13 @@
 #include <limits>
 #include <numbers>
 
-#include "host/format.h"
-#include "host/gpsdsink.h"
-#include "host/jsonwriter.h"
-#include "host/moment.h"
-#include "host/progress.h"
-#include "host/recordsink.h"
-#include "host/textsink.h"
+#include "host/records/format.h"
+#include "host/records/gpsdsink.h"
+#include "host/records/jsonwriter.h"
+#include "host/records/moment.h"
+#include "host/records/recordsink.h"
+#include "host/records/textsink.h"
+#include "host/run/progress.h"
 #include "tests/support/receivertest.h"
 
 using namespace host;

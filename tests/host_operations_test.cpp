@@ -5,9 +5,9 @@
 
 #include "gpsengine/engine/gpsengine.h"
 #include "gpsengine/platform/application.h"
-#include "host/failure.h"
-#include "host/models.h"
-#include "host/rehearse.h"
+#include "host/commands/models.h"
+#include "host/commands/rehearse.h"
+#include "host/run/failure.h"
 
 using namespace host;
 

@@ -6,7 +6,7 @@
 #include <fstream>
 
 #include "gpsengine/platform/application.h"
-#include "host/player.h"
+#include "host/run/player.h"
 #include "tests/support/program.h"
 #include "tests/support/receivertest.h"
 

@@ -11,10 +11,10 @@
 #include <thread>
 
 #include "gpsengine/platform/application.h"
-#include "host/config.h"
-#include "host/failure.h"
-#include "host/ports.h"
-#include "host/portsearch.h"
+#include "host/line/config.h"
+#include "host/line/ports.h"
+#include "host/line/portsearch.h"
+#include "host/run/failure.h"
 #include "simulator/simulator.h"
 #include "tests/support/pseudoterminal.h"
 #include "tests/support/receivertest.h"

@@ -5,7 +5,7 @@
 #include <fstream>
 #include <sstream>
 
-#include "host/failure.h"
+#include "host/run/failure.h"
 #include "tests/support/program.h"
 #include "tests/support/pseudoterminal.h"
 #include "tests/support/receivertest.h"

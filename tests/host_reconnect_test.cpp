@@ -7,9 +7,9 @@
 #include <thread>
 
 #include "gpsengine/platform/application.h"
-#include "host/config.h"
-#include "host/fixage.h"
+#include "host/line/config.h"
 #include "host/monitor.h"
+#include "host/records/fixage.h"
 #include "tests/support/pseudoterminal.h"
 #include "tests/support/receivertest.h"
 

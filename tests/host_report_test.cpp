@@ -3,9 +3,9 @@
 #include <cmath>
 #include <numbers>
 
-#include "host/axis.h"
-#include "host/reportpage.h"
-#include "host/timescale.h"
+#include "host/exports/axis.h"
+#include "host/exports/reportpage.h"
+#include "host/exports/timescale.h"
 
 using namespace host;
 

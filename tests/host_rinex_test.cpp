@@ -11,8 +11,8 @@
 
 #include "gpsengine/platform/application.h"
 #include "host/decode.h"
-#include "host/gpstime.h"
-#include "host/rinexlog.h"
+#include "host/exports/rinexlog.h"
+#include "host/records/gpstime.h"
 #include "simulator/simulator.h"
 
 using namespace host;

@@ -12,10 +12,10 @@
 #include <thread>
 
 #include "gpsengine/platform/application.h"
-#include "host/gpsdserver.h"
-#include "host/linetap.h"
-#include "host/pagehub.h"
+#include "host/line/linetap.h"
 #include "host/serve.h"
+#include "host/server/gpsdserver.h"
+#include "host/server/pagehub.h"
 #include "tests/support/program.h"
 #include "tests/support/pseudoterminal.h"
 #include "tests/support/receivertest.h"

@@ -8,7 +8,7 @@
 #include <sstream>
 
 #include "gpsengine/engine/gpsengine.h"
-#include "host/failure.h"
+#include "host/run/failure.h"
 #include "host/tui/commandmenu.h"
 #include "host/tui/dashboard.h"
 #include "host/tui/keys.h"

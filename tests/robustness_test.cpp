@@ -12,7 +12,7 @@
 
 #include "gpsengine/engine/gpsengine.h"
 #include "gpsengine/platform/trace.h"
-#include "host/recordsink.h"
+#include "host/records/recordsink.h"
 #include "tests/support/conversation.h"
 #include "tests/support/receivertest.h"
 #include "tests/support/sharedstate.h"

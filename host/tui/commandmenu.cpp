@@ -4,8 +4,8 @@
 #include <sstream>
 #include <string_view>
 
-#include "host/failure.h"
-#include "host/rehearse.h"
+#include "host/commands/rehearse.h"
+#include "host/run/failure.h"
 #include "host/tui/dashboard.h"
 #include "host/tui/keys.h"
 

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "host/operations.h"
+#include "host/commands/operations.h"
 #include "host/tui/canvas.h"
 
 namespace host {

@@ -6,9 +6,9 @@
 
 #include "gpsengine/platform/application.h"
 #include "gpsengine/platform/trace.h"
-#include "host/failure.h"
-#include "host/progress.h"
-#include "host/rehearse.h"
+#include "host/commands/rehearse.h"
+#include "host/run/failure.h"
+#include "host/run/progress.h"
 #include "host/tui/keys.h"
 
 namespace host {

@@ -8,13 +8,13 @@
 #include <vector>
 
 #include "gpsengine/engine/gpsengine.h"
-#include "host/interrupt.h"
-#include "host/pacing.h"
+#include "host/line/wiretap.h"
+#include "host/run/interrupt.h"
+#include "host/run/pacing.h"
 #include "host/tui/commandmenu.h"
 #include "host/tui/dashboard.h"
 #include "host/tui/readings.h"
 #include "host/tui/terminal.h"
-#include "host/wiretap.h"
 
 namespace host {
 

@@ -8,8 +8,8 @@
 #include <optional>
 #include <string>
 
-#include "host/sink.h"
-#include "host/textsink.h"
+#include "host/records/sink.h"
+#include "host/records/textsink.h"
 #include "host/tui/canvas.h"
 
 namespace host {

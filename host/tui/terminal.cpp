@@ -17,7 +17,7 @@
 #include <string_view>
 #include <system_error>
 
-#include "host/failure.h"
+#include "host/run/failure.h"
 #include "host/tui/keys.h"
 
 namespace host {

@@ -5,7 +5,7 @@
 #include <optional>
 #include <string>
 
-#include "host/descriptor.h"
+#include "host/run/descriptor.h"
 #include "host/tui/canvas.h"
 
 namespace host {

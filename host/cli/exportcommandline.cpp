@@ -1,0 +1,75 @@
+#include "host/cli/exportcommandline.h"
+
+#include <CLI/CLI.hpp>
+#include <charconv>
+
+#include "host/run/player.h"
+
+namespace host {
+
+namespace {
+
+const std::map<std::string, Kind> kKinds = {
+    {"fix", Kind::fix}, {"satellites", Kind::satellites}, {"report", Kind::report},
+    {"raw", Kind::raw}, {"ephemeris", Kind::ephemeris},   {"bin", Kind::bin}};
+
+void AddFile(CLI::App& command, const std::string& name, std::string& path, const std::string& what) {
+  command.add_option(name, path, what)->type_name("FILE")->group("Exports");
+}
+
+void AddFilters(CLI::App& command, FilterOptions& filter) {
+  std::vector<std::string> names;
+  for (const auto& kind : kKinds) names.push_back(kind.first);
+  command
+      .add_option_function<std::vector<std::string>>(
+          "--only",
+          [&filter](const std::vector<std::string>& words) {
+            filter.only = Kinds();
+            for (const auto& word : words) filter.only.Add(kKinds.at(word));
+          },
+          "Kinds to show and export: fix, satellites, report, raw, ephemeris, bin")
+      ->check(CLI::IsMember(names))
+      ->delimiter(',')
+      ->allow_extra_args(false)
+      ->type_name("KIND,...")
+      ->group("Filters");
+  command.add_option("--min-distance", filter.min_distance, "Only fixes so many metres off the last one")
+      ->check(CLI::PositiveNumber)
+      ->type_name("M")
+      ->group("Filters");
+  command.add_option("--min-interval", filter.min_interval, "Only fixes so many seconds after the last one")
+      ->check(CLI::PositiveNumber)
+      ->type_name("S")
+      ->group("Filters");
+}
+
+}  // namespace
+
+void AddSpeedOption(CLI::App& command, double& speed) {
+  command
+      .add_option_function<std::string>(
+          "--speed",
+          [&speed](const std::string& word) {
+            const char* const end = word.data() + word.size();
+            if (word == "max") {
+              speed = Player::kMax;
+            } else if (std::from_chars(word.data(), end, speed).ptr != end ||
+                       !(speed > 0.0 && speed <= 1e6)) {
+              throw CLI::ValidationError("--speed", word + " is no number above 0, and not \"max\"");
+            }
+          },
+          "Play once, so many times as fast as the recording's own times; max: as fast as it goes")
+      ->type_name("N|max")
+      ->needs("--play");
+}
+
+void AddExportOptions(CLI::App& command, ExportOptions& options) {
+  AddFile(command, "--gpx", options.gpx, "Write the track as GPX 1.1");
+  AddFile(command, "--kml", options.kml, "Write the track as KML 2.2");
+  AddFile(command, "--csv", options.csv, "Write the fixes as a table");
+  AddFile(command, "--nmea", options.nmea, "Write the fixes as NMEA 0183");
+  AddFile(command, "--report", options.report, "Write a page about the run, in HTML");
+  AddFilters(command, options.filter);
+}
+
+}  // namespace host

@@ -1,0 +1,29 @@
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "host/commands/operations.h"
+#include "host/run/failure.h"
+#include "host/run/interrupt.h"
+#include "host/run/output.h"
+
+namespace host {
+
+struct CommandOptions {
+  std::string port;  ///< Needed unless dry_run is set.
+  int baud = 0;      ///< Bits a second; 0 for what is set for the model.
+  std::string model = "Other";
+  std::string operation;
+  Arguments arguments;
+  bool force = false;            ///< Even if the model's capability answers do not open the operation.
+  bool dry_run = false;          ///< Print the steps instead of taking them.
+  bool closed = false;           ///< In a dry run, the port is closed and does not open.
+  std::optional<double> listen;  ///< Seconds to show reports for; without it, until a request is answered.
+};
+
+/// Commands a receiver by one operation, on a real engine, and shows the reports that come. Throws a Failure
+/// if the operation cannot be had or does not work.
+ExitCode Command(const CommandOptions& options, const Interrupt& interrupt, Output& output);
+
+}  // namespace host

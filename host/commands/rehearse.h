@@ -1,0 +1,38 @@
+#pragma once
+
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "gpsengine/platform/rehearsal.h"
+#include "host/commands/operations.h"
+
+namespace host {
+
+/// What an operation writes and waits for, found without a receiver and in no time.
+struct Transcript {
+  std::vector<CRehearsal::Step> steps;
+  Result result = Result::none;
+
+  /// Milliseconds that the operation blocks its caller for, at most.
+  long long Time() const;
+  /// The steps, one a line.
+  std::string Text() const;
+};
+
+/// Rehearses an operation on a receiver of that model, whose port is open when the operation begins, or is
+/// closed and does not open. A wait for an acknowledgement counts as acknowledged. No engine may run
+/// meanwhile.
+Transcript Rehearse(const std::string& model, const Operation& operation, const Action& action,
+                    bool port_opens = true);
+
+/// Whether an operation that its capability answer opens keeps its empty body all the same, so that a call
+/// does nothing.
+bool HasNoEffect(const Operation& operation, const Transcript& transcript);
+/// The operations that a model has: those that its capability answers open, but for the empty ones.
+std::vector<const Operation*> OperationsOf(CGPSReceiver& receiver);
+
+/// "true", "false" or "none".
+const char* NameOf(Result result);
+
+}  // namespace host

@@ -1,0 +1,31 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "host/exports/runstatistics.h"
+
+namespace host {
+
+/// The style of a kind of fix: the name of a colour in the page's style sheet.
+std::string_view StyleOf(int signal);
+
+/// A value over time.
+struct Course {
+  std::string_view title, unit, style;
+  const Envelope* values;
+  double factor;      ///< From the value to the unit.
+  double least_step;  ///< Of the labels.
+  bool from_zero;
+};
+void DrawCourse(std::string& out, const Course& course, const RunStatistics& run);
+/// Which kind of fix there was when.
+void DrawSignals(std::string& out, const RunStatistics& run);
+/// The track from above, in metres from its first point. There is one.
+void DrawTrack(std::string& out, const RunStatistics& run);
+/// Where the satellites went, as one sees them lying on the back with the head to the north.
+void DrawSky(std::string& out, const RunStatistics& run);
+/// How strong each satellite was.
+void DrawStrengths(std::string& out, const RunStatistics& run);
+
+}  // namespace host

@@ -1,0 +1,57 @@
+#include "host/exports/export.h"
+#include "host/records/jsonwriter.h"
+#include "host/records/reports.h"
+
+namespace host {
+
+namespace {
+
+// docs/program.md has what they hold.
+constexpr std::string_view kHead =
+    "time,lat,lon,height_m,fix,segment,used,in_view,hdop,pdop,vdop,speed_mps,course_deg,mean_snr\n";
+
+class CsvExport : public Export {
+ public:
+  explicit CsvExport(const ExportPath& path) : file_(path) {
+    file_.Text() += kHead;
+    CsvExport::Flush();
+  }
+
+  void OnEpoch(const PositionEpoch& epoch, const CGPSData& data) override {
+    if (!epoch.fix) return;
+    if (epoch.starts_segment || segment_ == 0) ++segment_;
+    std::string& out = file_.Text();
+    AppendIso(out, *epoch.time);
+    Append(epoch.latitude, 9);
+    Append(epoch.longitude, 9);
+    Append(epoch.height, 3);
+    (out += ',') += NameOfSignal(epoch.signal);
+    Append(segment_, 0);
+    Append(epoch.used, 0);
+    Append(epoch.in_view, 0);
+    for (const auto& dilution : {epoch.hdop, epoch.pdop, epoch.vdop}) Append(dilution, 2);
+    Append(epoch.speed, 3);
+    Append(epoch.course, 2);
+    Append(data.m_dAverageSNR > 0.0 ? std::optional(data.m_dAverageSNR) : std::nullopt, 1);
+    out += '\n';
+  }
+  void Flush() override { file_.Flush(""); }
+  void Finish(const Tally&) override { file_.Close(""); }
+
+ private:
+  void Append(const std::optional<double>& value, int decimals) {
+    file_.Text() += ',';
+    if (value) AppendFixed(file_.Text(), *value, decimals);
+  }
+
+  GrowingFile file_;
+  int segment_ = 0;
+};
+
+}  // namespace
+
+std::unique_ptr<Export> MakeCsvExport(const ExportPath& path, const RunFacts&) {
+  return std::make_unique<CsvExport>(path);
+}
+
+}  // namespace host

@@ -1,0 +1,51 @@
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "gpsengine/records/gpsdata.h"
+#include "host/exports/exportfile.h"
+#include "host/records/epoch.h"
+#include "host/records/geoid.h"
+
+namespace host {
+
+/// What a run is about, for the heads of files.
+struct RunFacts {
+  std::string source;  ///< The recording or the port.
+  std::string model;
+  Geoid geoid = Geoid::none;
+};
+
+/// What the library has counted in a run.
+struct Tally {
+  long long messages = 0, sentences = 0, checksum_errors = 0, binary = 0, bad_binary = 0, dropped = 0;
+};
+
+/// A file that is made of the epochs of a run. What it is told it keeps until Flush, so that it may be told
+/// from inside the library. A file that cannot be made or written is a Failure.
+class Export {
+ public:
+  virtual ~Export() = default;
+  /// An epoch with a time that was not told before, whether or not it has a fix. `data` is its record.
+  virtual void OnEpoch(const PositionEpoch& epoch, const CGPSData& data) = 0;
+  /// A record with a whole group of satellites.
+  virtual void OnSatellites(const CGPSData& /*data*/) {}
+  /// Writes what is new.
+  virtual void Flush() {}
+  /// Completes the file.
+  virtual void Finish(const Tally& tally) = 0;
+};
+
+/// A track in GPX 1.1.
+std::unique_ptr<Export> MakeGpxExport(const ExportPath& path, const RunFacts& facts);
+/// Tracks with times in KML 2.2.
+std::unique_ptr<Export> MakeKmlExport(const ExportPath& path, const RunFacts& facts);
+/// A table, comma-separated.
+std::unique_ptr<Export> MakeCsvExport(const ExportPath& path, const RunFacts& facts);
+/// Sentences in NMEA 0183.
+std::unique_ptr<Export> MakeNmeaExport(const ExportPath& path, const RunFacts& facts);
+/// A page for people, in HTML. It is written when the run begins and when it ends.
+std::unique_ptr<Export> MakeReportExport(const ExportPath& path, const RunFacts& facts);
+
+}  // namespace host

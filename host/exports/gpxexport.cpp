@@ -1,0 +1,95 @@
+#include "host/exports/export.h"
+#include "host/exports/markup.h"
+#include "host/records/jsonwriter.h"
+
+namespace host {
+
+namespace {
+
+constexpr std::string_view kHead =
+    R"(<?xml version="1.0" encoding="UTF-8"?>
+<gpx version="1.1" creator="gpsengine" xmlns="http://www.topografix.com/GPX/1/1")"
+    R"( xmlns:xsi="http://www.w3.org/2001/XMLSchema-instance")"
+    R"( xmlns:gpxtpx="http://www.garmin.com/xmlschemas/TrackPointExtension/v2")"
+    R"( xsi:schemaLocation="http://www.topografix.com/GPX/1/1 http://www.topografix.com/GPX/1/1/gpx.xsd)"
+    R"( http://www.garmin.com/xmlschemas/TrackPointExtension/v2)"
+    R"( https://www8.garmin.com/xmlschemas/TrackPointExtensionv2.xsd">
+)";
+constexpr std::string_view kSegmentEnd = "    </trkseg>\n";
+constexpr std::string_view kTail = "  </trk>\n</gpx>\n";
+
+// The format's name for the kind of fix, by SignalType; none for positions that are not of satellites alone.
+constexpr std::string_view kFixes[] = {"", "3d", "dgps", "", "", "dgps", "dgps", "dgps", "dgps", "dgps", ""};
+
+void AppendNumber(std::string& out, std::string_view tag, double value, int decimals) {
+  ((out += '<') += tag) += '>';
+  AppendFixed(out, value, decimals);
+  ((out += "</") += tag) += '>';
+}
+
+void AppendNumber(std::string& out, std::string_view tag, const std::optional<double>& value, int decimals) {
+  if (value) AppendNumber(out, tag, *value, decimals);
+}
+
+class GpxExport : public Export {
+ public:
+  GpxExport(const ExportPath& path, const RunFacts& facts) : file_(path) {
+    std::string& out = file_.Text();
+    out += kHead;
+    out += "  <trk>\n    <name>";
+    AppendMarkup(out, facts.source);
+    out += "</name>\n    <src>";
+    AppendMarkup(out, facts.model);
+    out += "</src>\n";
+    GpxExport::Flush();
+  }
+
+  // The order of the elements is the schema's.
+  void OnEpoch(const PositionEpoch& epoch, const CGPSData&) override {
+    if (!epoch.fix) return;
+    std::string& out = file_.Text();
+    if (epoch.starts_segment || !in_segment_) {
+      if (in_segment_) out += kSegmentEnd;
+      out += "    <trkseg>\n";
+      in_segment_ = true;
+    }
+    out += "      <trkpt lat=\"";
+    AppendFixed(out, epoch.latitude, 9);
+    out += "\" lon=\"";
+    AppendFixed(out, epoch.longitude, 9);
+    out += "\">";
+    AppendNumber(out, "ele", epoch.height, 3);
+    out += "<time>";
+    AppendIso(out, *epoch.time);
+    out += "</time>";
+    const auto fix = static_cast<std::size_t>(epoch.signal);
+    if (fix < std::size(kFixes) && !kFixes[fix].empty()) ((out += "<fix>") += kFixes[fix]) += "</fix>";
+    AppendNumber(out, "sat", epoch.used, 0);
+    AppendNumber(out, "hdop", epoch.hdop, 2);
+    AppendNumber(out, "vdop", epoch.vdop, 2);
+    AppendNumber(out, "pdop", epoch.pdop, 2);
+    if (epoch.speed) {
+      out += "<extensions><gpxtpx:TrackPointExtension>";
+      AppendNumber(out, "gpxtpx:speed", epoch.speed, 3);
+      AppendNumber(out, "gpxtpx:course", epoch.course, 2);
+      out += "</gpxtpx:TrackPointExtension></extensions>";
+    }
+    out += "</trkpt>\n";
+  }
+  void Flush() override { file_.Flush(Tail()); }
+  void Finish(const Tally&) override { file_.Close(Tail()); }
+
+ private:
+  std::string Tail() const { return std::string(in_segment_ ? kSegmentEnd : "").append(kTail); }
+
+  GrowingFile file_;
+  bool in_segment_ = false;
+};
+
+}  // namespace
+
+std::unique_ptr<Export> MakeGpxExport(const ExportPath& path, const RunFacts& facts) {
+  return std::make_unique<GpxExport>(path, facts);
+}
+
+}  // namespace host

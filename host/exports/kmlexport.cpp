@@ -1,0 +1,106 @@
+#include "host/exports/export.h"
+#include "host/exports/markup.h"
+#include "host/records/jsonwriter.h"
+
+namespace host {
+
+namespace {
+
+constexpr std::string_view kHead =
+    R"(<?xml version="1.0" encoding="UTF-8"?>
+<kml xmlns="http://www.opengis.net/kml/2.2" xmlns:gx="http://www.google.com/kml/ext/2.2">
+  <Document>
+    <name>)";
+constexpr std::string_view kStyle =
+    R"(    <Style id="track"><LineStyle><color>ffd18b2f</color><width>4</width></LineStyle></Style>
+)";
+constexpr std::string_view kTail = "  </Document>\n</kml>\n";
+constexpr std::string_view kSegmentEnd = "      </gx:MultiTrack>\n    </Placemark>\n";
+// A track names all its times ahead of its places. So many are kept to be written, and the next ones are a
+// track of the same line.
+constexpr int kMostOfTrack = 100;
+
+class KmlExport : public Export {
+ public:
+  KmlExport(const ExportPath& path, const RunFacts& facts) : geoid_(facts.geoid), file_(path) {
+    std::string& out = file_.Text();
+    out += kHead;
+    AppendMarkup(out, facts.source);
+    out += "</name>\n    <description>";
+    AppendMarkup(out, facts.model);
+    out += "</description>\n";
+    out += kStyle;
+    KmlExport::Flush();
+  }
+
+  void OnEpoch(const PositionEpoch& epoch, const CGPSData&) override {
+    if (!epoch.fix) return;
+    if (epoch.starts_segment || segments_ == 0) {
+      EndSegment();
+      BeginSegment();
+    } else if (points_ == kMostOfTrack) {
+      EndTrack();
+    }
+    ++points_;
+    whens_ += "          <when>";
+    AppendIso(whens_, *epoch.time);
+    whens_ += "</when>\n";
+    coords_ += "          <gx:coord>";
+    AppendFixed(coords_, epoch.longitude, 9);
+    coords_ += ' ';
+    AppendFixed(coords_, epoch.latitude, 9);
+    coords_ += ' ';
+    AppendFixed(coords_, epoch.height, 3);
+    coords_ += "</gx:coord>\n";
+  }
+  void Flush() override { file_.Flush(Tail()); }
+  void Finish(const Tally&) override { file_.Close(Tail()); }
+
+ private:
+  void BeginSegment() {
+    file_.Text() += "    <Placemark>\n      <name>Track " + std::to_string(++segments_) +
+                    "</name>\n      <styleUrl>#track</styleUrl>\n      <gx:MultiTrack>\n"
+                    "        <gx:interpolate>1</gx:interpolate>\n";
+  }
+  void EndSegment() {
+    if (segments_ == 0) return;
+    EndTrack();
+    file_.Text() += kSegmentEnd;
+  }
+  void EndTrack() {
+    AppendTrack(file_.Text());
+    whens_.clear();
+    coords_.clear();
+    points_ = 0;
+  }
+  void AppendTrack(std::string& out) const {
+    if (points_ == 0) return;
+    // A height above the ellipsoid is none that a map of the ground knows.
+    const bool absolute = geoid_ != Geoid::add;
+    out += "        <gx:Track>\n";
+    if (absolute) out += "          <altitudeMode>absolute</altitudeMode>\n";
+    out += whens_;
+    out += coords_;
+    out += "        </gx:Track>\n";
+  }
+  std::string Tail() const {
+    std::string tail;
+    AppendTrack(tail);
+    if (segments_ > 0) tail += kSegmentEnd;
+    return tail.append(kTail);
+  }
+
+  const Geoid geoid_;
+  GrowingFile file_;
+  int segments_ = 0;
+  int points_ = 0;  // of the track at hand
+  std::string whens_, coords_;
+};
+
+}  // namespace
+
+std::unique_ptr<Export> MakeKmlExport(const ExportPath& path, const RunFacts& facts) {
+  return std::make_unique<KmlExport>(path, facts);
+}
+
+}  // namespace host

@@ -1,0 +1,176 @@
+#include <algorithm>
+#include <cmath>
+#include <numbers>
+#include <vector>
+
+#include "host/exports/export.h"
+#include "host/records/jsonwriter.h"
+
+namespace host {
+
+namespace {
+
+constexpr double kDegrees = 180.0 / std::numbers::pi;
+constexpr double kKnots = 3600.0 / 1852.0;  // in a metre a second
+
+// The quality indicator of a GGA and the mode of an RMC, by SignalType.
+struct Quality {
+  char gga, rmc;
+};
+constexpr Quality kQualities[] = {{'0', 'N'}, {'1', 'A'}, {'2', 'D'}, {'6', 'E'}, {'7', 'M'}, {'2', 'D'},
+                                  {'4', 'R'}, {'5', 'F'}, {'2', 'D'}, {'9', 'D'}, {'1', 'A'}};
+
+Quality QualityOf(int signal) {
+  const auto index = static_cast<std::size_t>(signal);
+  return index < std::size(kQualities) ? kQualities[index] : Quality{'1', 'A'};
+}
+
+void AppendDigits(std::string& out, long long value, int width) {
+  const std::string digits = std::to_string(value);
+  const auto wanted = static_cast<std::size_t>(width);
+  out.append(digits.size() < wanted ? wanted - digits.size() : 0, '0') += digits;
+}
+
+/// Puts a sentence together: fields, then the checksum.
+class Sentence {
+ public:
+  Sentence(std::string& out, std::string_view tag) : out_(out), start_(out.size() + 1) {
+    (out_ += '$') += tag;
+  }
+  Sentence(const Sentence&) = delete;
+  Sentence& operator=(const Sentence&) = delete;
+  ~Sentence() {
+    constexpr char kHex[] = "0123456789ABCDEF";
+    unsigned sum = 0;
+    for (std::size_t i = start_; i < out_.size(); ++i) sum ^= static_cast<unsigned char>(out_[i]);
+    out_ += {'*', kHex[sum >> 4 & 15], kHex[sum & 15], '\r', '\n'};
+  }
+
+  Sentence& Empty() { return Text(""); }
+  Sentence& Text(std::string_view text) {
+    (out_ += ',') += text;
+    return *this;
+  }
+  Sentence& Letter(char letter) { return Text({&letter, 1}); }
+  Sentence& Digits(long long value, int width) {
+    out_ += ',';
+    AppendDigits(out_, value, width);
+    return *this;
+  }
+  Sentence& Number(const std::optional<double>& value, int decimals) {
+    out_ += ',';
+    if (value) AppendFixed(out_, *value, decimals);
+    return *this;
+  }
+  Sentence& TimeOfDay(Moment time) {
+    const Moment ms = (time % kDay + kDay) % kDay;
+    Digits(ms / 3'600'000 * 10'000 + ms / 60'000 % 60 * 100 + ms / 1000 % 60, 6);
+    out_ += '.';
+    AppendDigits(out_, ms % 1000, 3);
+    return *this;
+  }
+  /// Degrees as degrees and minutes, with seven decimals of a minute: a fifth of a millimetre.
+  Sentence& Angle(double degrees, int width, char positive, char negative) {
+    constexpr long long kMinute = 10'000'000;
+    const long long ticks = std::llround(std::fabs(degrees) * 60.0 * kMinute);
+    Digits(ticks / (60 * kMinute), width);
+    AppendDigits(out_, ticks / kMinute % 60, 2);
+    out_ += '.';
+    AppendDigits(out_, ticks % kMinute, 7);
+    return Letter(degrees < 0.0 ? negative : positive);
+  }
+  Sentence& Position(const PositionEpoch& epoch) {
+    if (!epoch.fix) return Text(",,,");
+    return Angle(epoch.latitude, 2, 'N', 'S').Angle(epoch.longitude, 3, 'E', 'W');
+  }
+
+ private:
+  std::string& out_;
+  const std::size_t start_;
+};
+
+void AppendDate(Sentence& sentence, Moment time) {
+  std::string iso;
+  AppendIso(iso, time);
+  sentence.Text(iso.substr(8, 2) + iso.substr(5, 2) + iso.substr(2, 2));
+}
+
+class NmeaExport : public Export {
+ public:
+  explicit NmeaExport(const ExportPath& path) : file_(path) {}
+
+  void OnEpoch(const PositionEpoch& epoch, const CGPSData& data) override {
+    AppendGga(epoch);
+    AppendRmc(epoch);
+    if (!data.m_bSatellitesComplete) return;
+    AppendGsa(epoch, data);
+    AppendGsv(data);
+  }
+  void Flush() override { file_.Flush(""); }
+  void Finish(const Tally&) override { file_.Close(""); }
+
+ private:
+  void AppendGga(const PositionEpoch& epoch) {
+    Sentence gga(file_.Text(), "GPGGA");
+    gga.TimeOfDay(*epoch.time).Position(epoch).Letter(QualityOf(epoch.signal).gga);
+    gga.Digits(std::clamp(epoch.used, 0, 99), 2).Number(epoch.hdop, 2);
+    // The separation is not known, and a height has nowhere to say what it is above.
+    gga.Number(epoch.fix ? std::optional(epoch.height) : std::nullopt, 3).Text("M").Empty().Text("M");
+    gga.Empty().Empty();
+  }
+
+  void AppendRmc(const PositionEpoch& epoch) {
+    Sentence rmc(file_.Text(), "GPRMC");
+    rmc.TimeOfDay(*epoch.time).Letter(epoch.fix ? 'A' : 'V').Position(epoch);
+    rmc.Number(epoch.speed ? std::optional(*epoch.speed * kKnots) : std::nullopt, 3).Number(epoch.course, 2);
+    AppendDate(rmc, *epoch.time);
+    rmc.Empty().Empty().Letter(QualityOf(epoch.signal).rmc);
+  }
+
+  void AppendGsa(const PositionEpoch& epoch, const CGPSData& data) {
+    Sentence gsa(file_.Text(), "GPGSA");
+    gsa.Letter('A').Letter(epoch.fix ? '3' : '1');
+    int fields = kSatelliteSlots;
+    for (const auto& satellite : data.m_Satellites) {
+      if (satellite.m_nPRN <= 0 || !satellite.m_bUsed) continue;
+      gsa.Digits(satellite.m_nPRN, 2);
+      --fields;
+    }
+    while (fields-- > 0) gsa.Empty();
+    gsa.Number(epoch.pdop, 2).Number(epoch.hdop, 2).Number(epoch.vdop, 2);
+  }
+
+  void AppendGsv(const CGPSData& data) {
+    std::vector<const CGPSSatelliteData*> in_view;
+    for (const auto& satellite : data.m_Satellites) {
+      if (satellite.m_nPRN > 0 && satellite.m_bInView) in_view.push_back(&satellite);
+    }
+    constexpr std::size_t kPerSentence = 4;
+    const std::size_t sentences = (in_view.size() + kPerSentence - 1) / kPerSentence;
+    for (std::size_t i = 0; i < sentences; ++i) {
+      Sentence gsv(file_.Text(), "GPGSV");
+      gsv.Digits(static_cast<int>(sentences), 1).Digits(static_cast<int>(i + 1), 1);
+      gsv.Digits(static_cast<int>(in_view.size()), 2);
+      const std::size_t end = std::min((i + 1) * kPerSentence, in_view.size());
+      for (std::size_t j = i * kPerSentence; j < end; ++j) AppendSatellite(gsv, *in_view[j]);
+    }
+  }
+
+  static void AppendSatellite(Sentence& gsv, const CGPSSatelliteData& satellite) {
+    gsv.Digits(satellite.m_nPRN, 2);
+    gsv.Digits(std::clamp(std::lround(satellite.m_dElevation * kDegrees), 0L, 90L), 2);
+    gsv.Digits((std::lround(satellite.m_dAzimuth * kDegrees) % 360 + 360) % 360, 3);
+    // None, where the satellite is not tracked.
+    satellite.m_nSNR > 0 ? gsv.Digits(std::min(satellite.m_nSNR, 99), 2) : gsv.Empty();
+  }
+
+  GrowingFile file_;
+};
+
+}  // namespace
+
+std::unique_ptr<Export> MakeNmeaExport(const ExportPath& path, const RunFacts&) {
+  return std::make_unique<NmeaExport>(path);
+}
+
+}  // namespace host

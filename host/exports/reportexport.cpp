@@ -1,0 +1,33 @@
+#include "host/exports/export.h"
+#include "host/exports/reportpage.h"
+
+namespace host {
+
+namespace {
+
+class ReportExport : public Export {
+ public:
+  ReportExport(ExportPath path, RunFacts facts) : path_(std::move(path)), facts_(std::move(facts)) {
+    ReportExport::Finish({});  // whether it can be written is to be known now
+  }
+
+  void OnEpoch(const PositionEpoch& epoch, const CGPSData& data) override { run_.Add(epoch, data); }
+  void OnSatellites(const CGPSData& data) override {
+    // The record of a position repeats the satellites of the one before it.
+    if (!data.m_bPositionValid) run_.AddSatellites(data);
+  }
+  void Finish(const Tally& tally) override { ReplaceFile(path_, ReportPage(facts_, run_, tally)); }
+
+ private:
+  const ExportPath path_;
+  const RunFacts facts_;
+  RunStatistics run_;
+};
+
+}  // namespace
+
+std::unique_ptr<Export> MakeReportExport(const ExportPath& path, const RunFacts& facts) {
+  return std::make_unique<ReportExport>(path, facts);
+}
+
+}  // namespace host

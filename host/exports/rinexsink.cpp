@@ -1,0 +1,56 @@
+#include "host/exports/rinexsink.h"
+
+#include "host/run/failure.h"
+
+namespace host {
+
+namespace {
+
+// The least interval that a log takes. No receiver sends raw epochs that fast.
+constexpr double kEveryEpoch = 0.1;
+
+}  // namespace
+
+RinexSink::RinexSink(const RinexOptions& options, const std::string& model, double antenna_height,
+                     Sink& inner)
+    : inner_(inner) {
+  log_.SetBase(options.base);
+  log_.SetReceiver(model);
+  log_.SetLogInterval(options.interval > 0.0 ? options.interval : kEveryEpoch);
+  log_.SetAntennaHeight(antenna_height);
+  log_.Enable(true);
+  log_.Open();
+  Check();
+}
+
+bool RinexSink::OnRawData(const CGPSDataRaw& epoch) {
+  if (log_.IsEpochDue(epoch)) log_.WriteEpoch(epoch);
+  return inner_.OnRawData(epoch);
+}
+
+bool RinexSink::OnEphemeris(const CGPSDataEphemeris& ephemeris) {
+  log_.WriteEphemeris(ephemeris);
+  return inner_.OnEphemeris(ephemeris);
+}
+
+void RinexSink::SetReference(std::optional<Moment> reference) {
+  log_.SetPivot(reference);
+  inner_.SetReference(reference);
+}
+
+void RinexSink::Check() {
+  if (log_.IsBroken()) throw Failure(ExitCode::failed, log_.GetLastErrorString().ToUtf8());
+}
+
+bool RinexSink::Finish() {
+  log_.Close();
+  if (log_.GetNumEpochs() == 0) {
+    Complain("no raw epoch came, so that there is no " + log_.ObservationPath() +
+             ". Beside GSA and GSV sentences raw data are passed over: the operation gga-only ends them");
+    return false;
+  }
+  Complain(log_.ObservationPath() + ": " + log_.GetStatusString().ToUtf8());
+  return true;
+}
+
+}  // namespace host

@@ -1,0 +1,119 @@
+#pragma once
+
+#include <limits>
+#include <map>
+#include <optional>
+#include <vector>
+
+#include "gpsengine/records/gpsdata.h"
+#include "host/records/epoch.h"
+
+namespace host {
+
+/// Least, mean and greatest of some values.
+struct Range {
+  long long count = 0;
+  double sum = 0.0;
+  double least = std::numeric_limits<double>::infinity();
+  double most = -std::numeric_limits<double>::infinity();
+
+  void Add(double value);
+  void Add(const std::optional<double>& value) {
+    if (value) Add(*value);
+  }
+  /// Takes in the values of another.
+  void Add(const Range& other);
+  double Mean() const { return sum / static_cast<double>(count); }
+};
+
+/// A value over time in a bounded number of pieces, whose least and greatest values stay as they were however
+/// long the run is.
+class Envelope {
+ public:
+  struct Piece {
+    Moment start, end;
+    bool broken;  ///< Nothing leads here from the piece before.
+    Range values;
+  };
+
+  void Add(Moment time, double value, bool broken);
+  const std::vector<Piece>& Pieces() const { return pieces_; }
+  const Range& All() const { return all_; }
+
+ private:
+  void Merge(bool over_breaks);
+
+  std::vector<Piece> pieces_;
+  long long per_piece_ = 1;  // values that a piece takes
+  Range all_;
+};
+
+/// A track in a bounded number of points: those that lie so far apart that a drawing shows it.
+class Sketch {
+ public:
+  struct Point {
+    double latitude, longitude;
+    int signal;
+    bool broken;  ///< No line leads here from the point before.
+  };
+
+  void Add(const Point& point);
+  const std::vector<Point>& Points() const { return points_; }
+  /// The end of the track, where the sketch may stop a little short of it.
+  const std::optional<Point>& Last() const { return last_; }
+
+ private:
+  bool IsWorthIt(const Point& point) const;
+  void Thin();
+
+  std::vector<Point> points_;
+  std::optional<Point> last_;
+  double distance_ = 0.001;  // metres that are worth a point
+  bool held_break_ = false;  // a break at a point that was left out
+};
+
+/// For how long the receiver had which kind of fix.
+struct SignalSpan {
+  Moment start, end;
+  int signal;
+};
+
+/// Where a satellite was seen, and how well.
+struct SatelliteTrail {
+  struct Place {
+    double elevation, azimuth;  ///< Degrees.
+    bool operator==(const Place&) const = default;
+  };
+  std::vector<Place> places;  ///< Whole degrees, and so few.
+  long long seen = 0, used = 0;
+  Range strength;  ///< While it was tracked.
+};
+
+/// What is told of a run: bounded, however long that is.
+struct RunStatistics {
+  void Add(const PositionEpoch& epoch, const CGPSData& data);
+  void AddSatellites(const CGPSData& data);
+
+  std::optional<Moment> start, end;  ///< Of the epochs.
+  std::map<int, long long> epochs;   ///< By SignalType; UDF_SIGNAL_NONE are those without a fix.
+  long long fixes = 0, segments = 0;
+  double distance = 0.0;  ///< Metres, in steps of one metre and more.
+  double moving = 0.0;    ///< Seconds in which a speed was told that is not 0.
+  Moment longest_gap = 0;
+  Envelope height, speed, used, strength;
+  Range in_view, hdop, pdop, vdop;
+  Sketch track;
+  double south = 90.0, north = -90.0, west = 0.0, east = 0.0;  ///< Bounds; west and east from the first fix.
+  std::vector<SignalSpan> signals;
+  std::map<int, SatelliteTrail> satellites;  ///< By their numbers in sentences.
+  std::optional<PositionEpoch> first_fix, last_fix;
+
+ private:
+  void AddFix(const PositionEpoch& epoch);
+  void AddSignal(const PositionEpoch& epoch, bool paused);
+
+  long long of_segment_ = 0;             // fixes of the one at hand
+  std::optional<PositionEpoch> anchor_;  // from which the next step of the distance is measured
+};
+
+}  // namespace host

@@ -1,0 +1,99 @@
+#include "host/line/config.h"
+
+#include <filesystem>
+#include <nlohmann/json.hpp>
+
+#include "gpsengine/platform/application.h"
+#include "host/commands/models.h"
+#include "host/line/ports.h"
+#include "host/run/failure.h"
+
+namespace host {
+
+namespace {
+
+// The section is named like no model, whose sections stand beside it.
+constexpr char kSection[] = "Last", kPortEntry[] = "Port", kModelEntry[] = "Model", kBaudEntry[] = "Baud";
+
+std::string Read(const char* entry) {
+  return AfxGetApp()->GetProfileString(kSection, entry).ToUtf8();
+}
+
+bool Write(const char* entry, const std::string& value) {
+  return Read(entry) == value || AfxGetApp()->WriteProfileString(kSection, entry, CString::FromUtf8(value));
+}
+
+Failure CannotWrite() {
+  return Failure(ExitCode::failed, "cannot write " + AfxGetApp()->GetProfilePath().ToUtf8());
+}
+
+std::string Absolute(const std::string& path) {
+  std::error_code error;
+  const auto absolute = std::filesystem::absolute(path, error);
+  return error ? path : absolute.lexically_normal().string();
+}
+
+}  // namespace
+
+Config ReadConfig(const CGPSEngine& engine) {
+  Config config{AfxGetApp()->GetProfilePath().ToUtf8(), Read(kPortEntry), Read(kModelEntry), {}};
+  for (const auto& receiver : engine.GetReceivers()) {
+    const CString name = receiver->GetName();
+    const int rate = AfxGetApp()->GetProfileInt(name, kBaudEntry, 0);
+    if (rate > 0) config.rates[name.ToUtf8()] = rate;
+  }
+  return config;
+}
+
+std::string ConfigAsText(const Config& config) {
+  const auto value = [](const std::string& text) { return (text.empty() ? "none yet" : text) + '\n'; };
+  std::error_code error;
+  const bool exists = std::filesystem::exists(config.file, error);
+  std::string text = "file   " + config.file + (exists ? "\n" : " (not there yet)\n");
+  text += "port   " + value(config.port) + "model  " + value(config.model);
+  for (const auto& [model, rate] : config.rates) {
+    text += "baud   " + std::to_string(rate) + " for " + model + '\n';
+  }
+  return text;
+}
+
+std::string ConfigAsJson(const Config& config) {
+  nlohmann::ordered_json json{{"file", config.file}};
+  if (!config.port.empty()) json["port"] = config.port;
+  if (!config.model.empty()) json["model"] = config.model;
+  json["baud"] = nlohmann::ordered_json::object();
+  for (const auto& [model, rate] : config.rates) json["baud"][model] = rate;
+  return json.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + '\n';
+}
+
+void Remember(const std::string& port, const std::string& model) {
+  Write(kPortEntry, StableName(Absolute(port)));
+  Write(kModelEntry, model);
+}
+
+void SetConfig(CGPSEngine& engine, const std::string& name, const std::string& value) {
+  bool written = false;
+  if (name == "port") {
+    if (value.empty()) throw Failure(ExitCode::usage, "the name of a port is not empty");
+    written = Write(kPortEntry, StableName(Absolute(value)));
+  } else if (name == "model") {
+    SelectModel(engine, value);  // throws if there is none of the name
+    written = Write(kModelEntry, value);
+  } else {
+    throw Failure(ExitCode::usage, "\"" + name + "\" cannot be set; port and model can");
+  }
+  if (!written) throw CannotWrite();
+}
+
+void ResetConfig(const CGPSEngine& engine) {
+  bool written = true;
+  for (const char* entry : {kPortEntry, kModelEntry}) {
+    written &= AfxGetApp()->RemoveProfileEntry(kSection, entry);
+  }
+  for (const auto& receiver : engine.GetReceivers()) {
+    written &= AfxGetApp()->RemoveProfileEntry(receiver->GetName(), kBaudEntry);
+  }
+  if (!written) throw CannotWrite();
+}
+
+}  // namespace host

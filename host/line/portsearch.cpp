@@ -1,0 +1,301 @@
+#include "host/line/portsearch.h"
+
+#include <algorithm>
+#include <initializer_list>
+#include <utility>
+
+#include "gpsengine/engine/gpsengine.h"
+#include "gpsengine/link/serialport.h"
+#include "gpsengine/platform/serial.h"
+#include "host/commands/models.h"
+#include "host/line/config.h"
+#include "host/line/ports.h"
+#include "host/line/source.h"
+#include "host/run/failure.h"
+
+namespace host {
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+// So soon a signal is noticed.
+constexpr std::chrono::milliseconds kPiece{50};
+
+void AddOnce(std::vector<std::string>& list, const std::string& entry) {
+  if (std::find(list.begin(), list.end(), entry) == list.end()) list.push_back(entry);
+}
+
+std::string Joined(const std::vector<std::string>& list) {
+  std::string text;
+  for (const std::string& entry : list) text += (text.empty() ? "" : ", ") + entry;
+  return text;
+}
+
+/// The head of a text message, "$GPGGA" of "$GPGGA,…", as far as it can be shown.
+std::string HeadOf(const CString& message) {
+  constexpr int kLongest = 12;
+  std::string head;
+  for (int i = 0; i < std::min(message.GetLength(), kLongest); ++i) {
+    const WCHAR c = message.GetAt(i);
+    if (c <= u' ' || c > u'~' || c == u',' || c == u'*' || c == u':') break;
+    head += static_cast<char>(c);
+  }
+  return head;
+}
+
+/// Notes which kinds of message a line carries.
+class Listener : public CGPSReceiver {
+ public:
+  Listener() { SetupReceiver(0, 0, 0.0, "", true); }
+  CString GetName() override { return "listener"; }
+
+  using CGPSReceiver::Parse;
+  bool Parse(CString& message, GPSStringType type) override {
+    const int binary = GetBinaryMessages(), bad = GetBadBinaryMessages();
+    const bool published = CGPSReceiver::Parse(message, type);
+    if (type == GPS_STRING_NONE) {
+      // A good checksum makes noise unlikely: another instrument, or a sentence that is not decoded.
+      if (message.StartsWith("$") && message.Find("*") > 0 && IsChecksumOK(message)) {
+        AddOnce(foreign, HeadOf(message));
+      }
+    } else if (type == GPS_STRING_AXIS4_BIN) {
+      AddOnce(reports, "binary records AA 44 12");
+    } else if (GetBinaryMessages() > binary) {
+      if (GetBadBinaryMessages() == bad) AddOnce(reports, "binary records " + HeadOf(message));
+    } else if (type <= GPS_STRING_MSK) {
+      AddOnce(sentences, HeadOf(message).substr(3));
+    } else {
+      AddOnce(reports, HeadOf(message));
+    }
+    return published;
+  }
+
+  bool HasUnderstood() const { return !sentences.empty() || !reports.empty(); }
+
+  std::vector<std::string> sentences;  ///< Of NMEA, as "GGA".
+  std::vector<std::string> reports;    ///< In a make's own language.
+  std::vector<std::string> foreign;    ///< Well-formed and not known.
+};
+
+/// What was heard on a line at one rate.
+struct Heard {
+  enum class Verdict {
+    closed,   ///< The port does not open, or was lost.
+    nothing,  ///< Nothing, or noise.
+    foreign,  ///< Another instrument's messages: the rate is right, and no use.
+    understood,
+  };
+  Verdict verdict;
+  std::size_t bytes;
+  std::string text;  ///< For the user.
+};
+
+Heard Judge(const Listener& listener, std::size_t bytes) {
+  if (listener.HasUnderstood()) {
+    std::vector<std::string> parts = listener.reports;
+    if (!listener.sentences.empty()) {
+      parts.insert(parts.begin(), "NMEA (" + Joined(listener.sentences) + ')');
+    }
+    return {Heard::Verdict::understood, bytes, Joined(parts)};
+  }
+  if (!listener.foreign.empty()) {
+    return {Heard::Verdict::foreign, bytes, "NMEA, but no GPS receiver's (" + Joined(listener.foreign) + ')'};
+  }
+  return {Heard::Verdict::nothing, bytes, bytes == 0 ? "no bytes" : "bytes that make no message"};
+}
+
+/// The port of a run, open for as long as the object lives.
+class OpenPort {
+ public:
+  explicit OpenPort(int rate) {
+    port_.SetPortNumber(kPort);
+    port_.SetBaudRate(rate);
+    port_.Open();
+  }
+  ~OpenPort() { port_.Close(); }
+  OpenPort(const OpenPort&) = delete;
+  OpenPort& operator=(const OpenPort&) = delete;
+
+  bool IsOpen() const { return port_.IsOpen(); }
+  /// What there is, having waited for a piece of time at most.
+  std::string Read() const {
+    const COMMTIMEOUTS timeouts{MAXDWORD, MAXDWORD, static_cast<DWORD>(kPiece.count()), 0, 0};
+    SetCommTimeouts(port_.GetHandle(), &timeouts);
+    std::string bytes(4096, '\0');
+    DWORD count = 0;
+    ReadFile(port_.GetHandle(), bytes.data(), static_cast<DWORD>(bytes.size()), &count);
+    bytes.resize(count);
+    return bytes;
+  }
+
+ private:
+  CSerialPort port_;
+};
+
+/// The search as it goes.
+class Search {
+ public:
+  Search(const SearchPlan& plan, const Interrupt& interrupt) : plan_(plan), interrupt_(interrupt) {
+    for (const std::string& device : plan.devices) lines_.push_back({device, 0, Heard::Verdict::nothing});
+  }
+
+  FoundLine Go() {
+    Announce();
+    for (Line& line : lines_) {
+      if (Try(line, plan_.rates.front())) return {line.device, plan_.rates.front()};
+    }
+    std::stable_partition(lines_.begin(), lines_.end(), [](const Line& line) { return line.bytes > 0; });
+    for (Line& line : lines_) {
+      for (auto rate = plan_.rates.begin() + 1; rate != plan_.rates.end(); ++rate) {
+        if (line.verdict != Heard::Verdict::nothing) break;  // another rate would change nothing
+        if (Try(line, *rate)) return {line.device, *rate};
+      }
+    }
+    throw NothingFound();
+  }
+
+ private:
+  struct Line {
+    std::string device;
+    std::size_t bytes;
+    Heard::Verdict verdict;
+  };
+
+  void Announce() const {
+    const double each = std::chrono::duration<double>(plan_.listen).count();
+    const auto times = static_cast<double>(lines_.size() * plan_.rates.size());
+    CString text;
+    text.Format("listening for a receiver, %g s a port and baud rate: %g s at most. Ctrl-C ends", each,
+                each * times);
+    Complain(text.ToUtf8());
+  }
+
+  bool Try(Line& line, int rate) {
+    const Heard heard = Listen(line.device, rate);
+    line.bytes += heard.bytes;
+    line.verdict = heard.verdict;
+    const bool opened = heard.verdict != Heard::Verdict::closed;
+    Complain(opened ? line.device + " at " + std::to_string(rate) + " baud: " + heard.text : heard.text);
+    return heard.verdict == Heard::Verdict::understood;
+  }
+
+  Heard Listen(const std::string& device, int rate) const {
+    MapComPort(kPort, CString::FromUtf8(device));
+    const OpenPort port(rate);
+    if (!port.IsOpen()) {
+      const std::string reason = WhyNotOpen(device);
+      return {Heard::Verdict::closed, 0, reason.empty() ? "cannot open " + device : reason};
+    }
+    CGPSEngine engine;
+    auto* const listener = new Listener;
+    engine.AddReceiver(listener);
+    engine.SetReceiver(listener);
+    engine.m_bAttachRawData = true;
+    std::size_t bytes = 0;
+    if (!Hear(port, engine, *listener, bytes)) {
+      return {Heard::Verdict::closed, bytes, "the port " + device + " was lost"};
+    }
+    return Judge(*listener, bytes);
+  }
+
+  /// Counts the bytes that come. False if the port goes away.
+  bool Hear(const OpenPort& port, CGPSEngine& engine, const Listener& listener, std::size_t& bytes) const {
+    Clock::time_point now = Clock::now(), end = now + plan_.listen;
+    for (bool understood = false; now < end; understood = listener.HasUnderstood()) {
+      if (interrupt_.HasCome()) throw Failure(ExitCode::interrupted, "the search was interrupted");
+      const std::string piece = port.Read();
+      if (piece.empty() && Clock::now() - now < kPiece / 2) return false;
+      now = Clock::now();
+      bytes += piece.size();
+      CBinBuffer chunk(piece.data(), static_cast<int>(piece.size()));
+      engine.UpdateGPSBuffer(chunk);
+      if (!understood && listener.HasUnderstood()) end = std::min(end, now + plan_.gather);
+    }
+    return true;
+  }
+
+  Failure NothingFound() const {
+    const auto any = [this](auto&& holds) { return std::any_of(lines_.begin(), lines_.end(), holds); };
+    if (!any([](const Line& line) { return line.verdict != Heard::Verdict::closed; })) {
+      return Failure(ExitCode::port_closed, "no port could be opened");
+    }
+    return Failure(ExitCode::nothing_understood,
+                   any([](const Line& line) { return line.bytes > 0; })
+                       ? "no message was understood at any of these baud rates: give the receiver's own with "
+                         "--baud if it is another one, or let it send NMEA"
+                       : "no data came: check that the receiver is on, and its cable");
+  }
+
+  const SearchPlan& plan_;
+  const Interrupt& interrupt_;
+  std::vector<Line> lines_;
+};
+
+/// The ports to search, that of the last run first.
+std::vector<std::string> Candidates() {
+  std::vector<std::string> devices;
+  CGPSEngine engine;
+  const std::string last = ReadConfig(engine).port;
+  for (const SerialPortInfo& port : FindPorts()) {
+    if (port.state != PortState::free) {
+      Complain(port.device + " is passed over: " + port.note);
+    } else if (port.device == last || port.by_id == last) {
+      devices.insert(devices.begin(), port.device);
+    } else {
+      devices.push_back(port.device);
+    }
+  }
+  if (devices.empty()) {
+    throw Failure(ExitCode::port_closed,
+                  "there is no serial port that can be opened; \"gpsengine ports\" tells more");
+  }
+  return devices;
+}
+
+LineChoice LastLine(LineChoice choice, bool model_given) {
+  CGPSEngine engine;
+  const Config config = ReadConfig(engine);
+  if (config.port.empty()) {
+    throw Failure(ExitCode::usage,
+                  "no port is remembered yet; \"gpsengine ports\" lists the serial ports, and --port auto "
+                  "looks for a receiver");
+  }
+  choice.port = config.port;
+  if (!model_given && !config.model.empty()) choice.model = config.model;
+  Complain("the port is " + choice.port + ", the model " + choice.model);
+  return choice;
+}
+
+}  // namespace
+
+std::vector<int> LikelyRates(const std::string& model) {
+  CGPSEngine engine;
+  CGPSReceiver& receiver = SelectModel(engine, model);
+  receiver.SetProperties();
+  std::vector<int> rates;
+  for (const int rate : {receiver.GetCurrentBaudrate(), receiver.GetDefaultBaudrate(), 9600, 4800, 38400,
+                         115200, 57600, 19200, 230400, 460800}) {
+    if (std::find(rates.begin(), rates.end(), rate) == rates.end()) rates.push_back(rate);
+  }
+  return rates;
+}
+
+FoundLine SearchLine(const SearchPlan& plan, const Interrupt& interrupt) {
+  return Search(plan, interrupt).Go();
+}
+
+LineChoice ChooseLine(LineChoice choice, bool model_given, const Interrupt& interrupt) {
+  if (choice.port == kLastPort) choice = LastLine(std::move(choice), model_given);
+  const bool any_port = choice.port == kAutoPort;
+  if (!any_port && choice.baud != kAutoBaud) return choice;
+  SearchPlan plan;
+  plan.rates = choice.baud > 0 ? std::vector{choice.baud} : LikelyRates(choice.model);
+  plan.devices = any_port ? Candidates() : std::vector{choice.port};
+  const FoundLine found = SearchLine(plan, interrupt);
+  choice.port = found.device;
+  choice.baud = found.baud;
+  return choice;
+}
+
+}  // namespace host

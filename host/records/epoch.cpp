@@ -1,0 +1,101 @@
+#include "host/records/epoch.h"
+
+#include <algorithm>
+#include <cmath>
+#include <numbers>
+
+#include "host/records/reports.h"
+
+namespace host {
+
+namespace {
+
+constexpr double kDegrees = 180.0 / std::numbers::pi;
+// A track breaks off where nothing came for this long, and for several of the receiver's own intervals.
+constexpr Moment kShortestGap = 10'000;
+constexpr Moment kStepsOfGap = 4;
+
+bool IsOnEarth(double latitude, double longitude, double height) {
+  return std::fabs(latitude) <= 90.0 && std::fabs(longitude) <= 180.0 && std::fabs(height) < 1e8;
+}
+
+std::optional<double> Known(double dilution) {
+  if (dilution > 0.0 && dilution < 1e4) return dilution;
+  return std::nullopt;
+}
+
+}  // namespace
+
+double Offset::Length() const {
+  return std::hypot(east, north);
+}
+
+Offset OffsetOf(double latitude, double longitude, double to_latitude, double to_longitude) {
+  constexpr double kAxis = 6378137.0, kFlattening = 1.0 / 298.257223563,
+                   kE2 = kFlattening * (2.0 - kFlattening);
+  const double middle = (latitude + to_latitude) / 2.0 / kDegrees;
+  const double w2 = 1.0 - kE2 * std::sin(middle) * std::sin(middle);
+  const double meridian = kAxis * (1.0 - kE2) / (w2 * std::sqrt(w2));
+  const double parallel = kAxis / std::sqrt(w2) * std::cos(middle);
+  const double turn = std::remainder(to_longitude - longitude, 360.0);  // the short way round
+  return {turn / kDegrees * parallel, (to_latitude - latitude) / kDegrees * meridian};
+}
+
+Moment EpochReader::Date(const CGPSData& data) {
+  const Moment published = data.m_Time.GetTime() * 1000;
+  Moment near = published;
+  if (reference_ && reference_ != used_reference_) {
+    near = *reference_;
+    used_reference_ = reference_;
+  } else if (last_time_) {
+    // Past midnight too, of a recording that has no date, and over a pause of a receiver that has.
+    near = *last_time_ + (published - last_published_);
+  } else if (reference_) {
+    near = *reference_;
+  }
+  last_published_ = published;
+  return DateTimeOfDay(data.m_dTimeOfDay, near);
+}
+
+bool EpochReader::IsBehindGap(const PositionEpoch& epoch) {
+  if (!last_time_) return true;
+  const Moment step = *epoch.time - *last_time_;
+  const bool gap = step < 0 || step > std::max(kShortestGap, kStepsOfGap * step_);
+  if (step > 0) step_ = step;
+  return gap || !last_was_fix_;
+}
+
+PositionEpoch EpochReader::Read(const CGPSData& data) {
+  PositionEpoch epoch;
+  epoch.latitude = data.m_dLatitude * kDegrees;
+  epoch.longitude = data.m_dLongitude * kDegrees;
+  epoch.height = data.m_dAltitude;
+  epoch.fix =
+      data.m_nSignalType != UDF_SIGNAL_NONE && IsOnEarth(epoch.latitude, epoch.longitude, epoch.height);
+  if (epoch.fix) epoch.signal = data.m_nSignalType;
+  epoch.used = data.m_nSatellitesUsed;
+  epoch.in_view = data.m_nSatellitesInView;
+  if (data.m_bDOPValid) {
+    epoch.hdop = Known(data.m_dHDOP);
+    epoch.pdop = Known(data.m_dPDOP);
+    epoch.vdop = Known(data.m_dVDOP);
+  }
+  if (epoch.fix && data.m_bVelocityValid && data.m_dSpeed >= 0.0 && data.m_dSpeed < 1e5) {
+    epoch.speed = data.m_dSpeed;
+    // A speed of 0 stands for one too small to have a direction.
+    const double course = 450.0 - data.m_dHeading * kDegrees;
+    if (data.m_dSpeed > 0.0 && std::isfinite(course)) {
+      epoch.course = course - 360.0 * std::floor(course / 360.0);
+    }
+  }
+  if (!HasTimeOfDay(data)) return epoch;
+  epoch.time = Date(data);
+  epoch.repeats = last_time_ == epoch.time && (last_was_fix_ || !epoch.fix);
+  if (epoch.repeats) return epoch;
+  epoch.starts_segment = IsBehindGap(epoch) && epoch.fix;
+  last_time_ = epoch.time;
+  last_was_fix_ = epoch.fix;
+  return epoch;
+}
+
+}  // namespace host

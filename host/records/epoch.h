@@ -1,0 +1,51 @@
+#pragma once
+
+#include <optional>
+
+#include "gpsengine/records/gpsdata.h"
+#include "host/records/moment.h"
+
+namespace host {
+
+/// What a position sentence says, in the units of files that others read.
+struct PositionEpoch {
+  std::optional<Moment> time;   ///< None if the sentence states none.
+  bool fix = false;             ///< The position is one, and lies on the earth.
+  bool repeats = false;         ///< Another sentence has told of this epoch's fix already.
+  bool starts_segment = false;  ///< Behind a gap: the way from the last fix to this one is not known.
+  int signal = UDF_SIGNAL_NONE;
+  double latitude = 0.0, longitude = 0.0;  ///< Degrees, south and west negative.
+  double height = 0.0;                     ///< Metres, as set up.
+  std::optional<double> speed;             ///< Metres a second.
+  std::optional<double> course;            ///< Degrees from north, clockwise; none at rest.
+  std::optional<double> hdop, pdop, vdop;
+  int used = 0, in_view = 0;  ///< Satellites.
+};
+
+/// Metres from one place to another. Exact for the steps of a track, less so from one continent to another.
+struct Offset {
+  double east, north;
+  double Length() const;
+};
+Offset OffsetOf(double latitude, double longitude, double to_latitude, double to_longitude);
+
+/// Makes epochs of records: joins the sentences of one epoch, dates it, and tells where a track breaks off.
+class EpochReader {
+ public:
+  /// The moment near which the records to come belong. Without one their moment of publication tells it.
+  void SetReference(std::optional<Moment> reference) { reference_ = reference; }
+  /// `data` carries a position sentence.
+  PositionEpoch Read(const CGPSData& data);
+
+ private:
+  Moment Date(const CGPSData& data);
+  bool IsBehindGap(const PositionEpoch& epoch);
+
+  std::optional<Moment> reference_, used_reference_;
+  std::optional<Moment> last_time_;  // of the last epoch that had one
+  Moment last_published_ = 0;
+  bool last_was_fix_ = false;
+  Moment step_ = 75'000;  // the time that lay between the last two epochs, or may lie there at most at first
+};
+
+}  // namespace host

@@ -1,0 +1,58 @@
+#include "host/records/fixage.h"
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+namespace host {
+
+namespace {
+
+// A fix is late when that many of the receiver's own intervals have passed.
+constexpr double kIntervals = 2.5;
+
+std::string Rounded(double seconds) {
+  return std::to_string(std::lround(seconds)) + " s";
+}
+
+}  // namespace
+
+FixAge::FixAge(std::unique_ptr<Sink> inner, std::string& out, std::function<long long()> messages, double old)
+    : inner_(std::move(inner)), out_(out), messages_(std::move(messages)), old_(old) {
+  Await(old_);
+}
+
+// What comes in the second half tells a receiver that sends from one that does not: behind a fix there may be
+// more of its epoch.
+void FixAge::Await(double age) {
+  half_ = age / 2.0;
+  halves_ = 0;
+  due_.Set(half_);
+}
+
+bool FixAge::OnData(const CGPSData& data) {
+  if (data.m_bPositionValid && data.m_nSignalType != UDF_SIGNAL_NONE) {
+    const double age = Age();
+    if (std::exchange(told_, false)) {
+      out_ += (had_fix_ ? "a fix again after " : "a first fix after ") + Rounded(age) + '\n';
+    }
+    Await(std::max(old_, had_fix_ ? kIntervals * age : 0.0));
+    last_ = Clock::now();
+    had_fix_ = true;
+  }
+  return inner_->OnData(data);
+}
+
+void FixAge::Check() {
+  if (!due_.HasPassed()) return;
+  if (halves_++ == 0) {
+    messages_then_ = messages_();
+    return due_.Set(half_);
+  }
+  due_.Clear();
+  told_ = true;
+  out_ += (had_fix_ ? "no fix for " : "no fix yet after ") + Rounded(Age()) +
+          (messages_() > messages_then_ ? ": messages come, but no position\n" : ": nothing comes\n");
+}
+
+}  // namespace host

@@ -1,0 +1,56 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <string>
+
+#include "host/records/sink.h"
+#include "host/run/waiter.h"
+
+namespace host {
+
+/// Tells a reader of lines that the last fix grows old, which by itself is seen only by what does not come: a
+/// line once there was none for some seconds, and another when there is one again. The lines count as no
+/// records. A receiver that has a fix every half minute is given time accordingly.
+class FixAge : public Sink {
+ public:
+  /// The age at which a fix is old, in seconds.
+  static constexpr double kOld = 5.0;
+
+  /// Hands everything on to `inner`; its lines go to `out`. `messages` tells how many messages have come from
+  /// the receiver, fixes or not.
+  FixAge(std::unique_ptr<Sink> inner, std::string& out, std::function<long long()> messages,
+         double old = kOld);
+
+  bool OnData(const CGPSData& data) override;
+  bool OnRawData(const CGPSDataRaw& epoch) override { return inner_->OnRawData(epoch); }
+  bool OnEphemeris(const CGPSDataEphemeris& ephemeris) override { return inner_->OnEphemeris(ephemeris); }
+  bool OnBin() override { return inner_->OnBin(); }
+  bool OnString(const CString& text) override { return inner_->OnString(text); }
+  void SetReference(std::optional<Moment> reference) override { inner_->SetReference(reference); }
+
+  /// Says that the fix is old, if it has become so.
+  void Check();
+  /// When to call Check.
+  const Deadline& Due() const { return due_; }
+
+ private:
+  using Clock = Deadline::Clock;
+
+  void Await(double age);
+  double Age() const { return std::chrono::duration<double>(Clock::now() - last_).count(); }
+
+  const std::unique_ptr<Sink> inner_;
+  std::string& out_;
+  const std::function<long long()> messages_;
+  const double old_;
+  Clock::time_point last_ = Clock::now();  // the last fix, or the start
+  double half_ = 0.0;                      // of the age at which the next fix is late
+  int halves_ = 0;                         // that have passed
+  long long messages_then_ = 0;            // behind the first of them
+  bool had_fix_ = false;
+  bool told_ = false;
+  Deadline due_;
+};
+
+}  // namespace host

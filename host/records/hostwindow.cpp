@@ -1,0 +1,65 @@
+#include "host/records/hostwindow.h"
+
+#include <memory>
+
+#include "gpsengine/receiver/messages.h"
+
+namespace host {
+
+namespace {
+
+template <class T>
+std::unique_ptr<T> Take(WPARAM wParam) {
+  return std::unique_ptr<T>(reinterpret_cast<T*>(wParam));
+}
+
+}  // namespace
+
+HostWindow::HostWindow(Sink& sink, long long limit) : sink_(sink), limit_(limit) {
+  Create();
+  if (CWinApp* app = AfxGetApp()) app->SetMainWnd(this);
+}
+
+HostWindow::~HostWindow() {
+  DestroyWindow();
+}
+
+void HostWindow::Drain() {
+  for (MSG message; PeekMessageW(&message, PM_REMOVE);) DispatchMessageW(message);
+}
+
+LRESULT HostWindow::WindowProc(UINT message, WPARAM wParam, LPARAM lParam) {
+  switch (message) {
+    case WM_GPS_NEW_DATA: {
+      const auto data = Take<CGPSData>(wParam);
+      ++published_.data;
+      if (!IsFull()) Show(sink_.OnData(*data));
+      return 0;
+    }
+    case WM_GPS_NEW_RAW_DATA: {
+      const auto epoch = Take<CGPSDataRaw>(wParam);
+      ++published_.raw_data;
+      if (!IsFull()) Show(sink_.OnRawData(*epoch));
+      return 0;
+    }
+    case WM_GPS_NEW_EPHEMERIS: {
+      const auto ephemeris = Take<CGPSDataEphemeris>(wParam);
+      ++published_.ephemeris;
+      if (!IsFull()) Show(sink_.OnEphemeris(*ephemeris));
+      return 0;
+    }
+    case WM_GPS_NEW_BIN:
+      ++published_.bin;
+      if (!IsFull()) Show(sink_.OnBin());
+      return 0;
+    case WM_GPS_NEW_STRING: {
+      const auto text = Take<CString>(wParam);
+      if (!IsFull()) Show(sink_.OnString(*text));
+      return 0;
+    }
+    default:
+      return CWnd::WindowProc(message, wParam, lParam);
+  }
+}
+
+}  // namespace host

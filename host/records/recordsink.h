@@ -1,0 +1,24 @@
+#pragma once
+
+#include <string>
+
+#include "host/records/sink.h"
+
+namespace host {
+
+/// The format "record": one JSON object for each posted message, with every field under its own name, for
+/// programs that want what the library gives and nothing else.
+class RecordSink : public Sink {
+ public:
+  explicit RecordSink(std::string& out) : out_(out) {}
+
+  bool OnData(const CGPSData& data) override;
+  bool OnRawData(const CGPSDataRaw& epoch) override;
+  bool OnEphemeris(const CGPSDataEphemeris& ephemeris) override;
+  bool OnBin() override;
+
+ private:
+  std::string& out_;
+};
+
+}  // namespace host

@@ -1,0 +1,39 @@
+#pragma once
+
+#include <string>
+
+#include "host/records/reports.h"
+#include "host/records/sink.h"
+
+namespace host {
+
+/// The format "text": a line a fix, for people, and a line for what else the receiver reports.
+class TextSink : public Sink {
+ public:
+  enum class Shows {
+    fixes,    ///< Fixes and what is reported of settings.
+    reports,  ///< All reports, those in a make's own language too, and no fixes.
+  };
+
+  explicit TextSink(std::string& out, Shows shows = Shows::fixes) : out_(out), shows_(shows) {}
+
+  void SetKinds(Kinds kinds) override { kinds_ = kinds; }
+  bool OnData(const CGPSData& data) override;
+  bool OnRawData(const CGPSDataRaw& epoch) override;
+  bool OnEphemeris(const CGPSDataEphemeris& ephemeris) override;
+  bool OnBin() override { return false; }
+  /// With reports alone: an answer that gave no record, such as one that is decoded by no one.
+  bool OnString(const CString& text) override;
+
+ private:
+  void WriteFix(const CGPSData& data);
+  bool WriteReports(const CGPSData& data);
+
+  std::string& out_;
+  const Shows shows_;
+  Kinds kinds_ = Kinds::All();
+  ReportReader reports_;
+  bool told_ = false;  // the record of the message at hand was shown
+};
+
+}  // namespace host

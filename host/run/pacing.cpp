@@ -1,0 +1,83 @@
+#include "host/run/pacing.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace host {
+
+namespace {
+
+constexpr DWORD kPiece = 50;
+// Shorter sequences are over before anyone wonders.
+constexpr long long kLongSequence = 1500;
+
+std::function<bool(long long)> ShowProgress(const std::string& label, long long time) {
+  const auto progress = std::make_shared<Progress>(label, static_cast<double>(time),
+                                                   time >= kLongSequence && CanShowProgress(false));
+  progress->Update(0.0);
+  return [progress](long long passed) {
+    progress->Update(static_cast<double>(passed));
+    return true;
+  };
+}
+
+}  // namespace
+
+// It stays in place for good: a thread of the library may still be waiting by it when the program ends.
+PacingClock& PacingClock::Installed() {
+  static PacingClock* const clock = [] {
+    auto* made = new PacingClock;
+    SetClock(made);
+    return made;
+  }();
+  return *clock;
+}
+
+PacingClock::Sequence::Sequence(const Interrupt& interrupt, const std::string& label, long long time)
+    : Sequence(interrupt, ShowProgress(label, time)) {}
+
+PacingClock::Sequence::Sequence(const Interrupt& interrupt, std::function<bool(long long)> passed) {
+  PacingClock& clock = Installed();
+  clock.passed_ = 0;
+  clock.on_passed_ = std::move(passed);
+  clock.interrupt_ = &interrupt;
+}
+
+PacingClock::Sequence::~Sequence() {
+  PacingClock& clock = Installed();
+  clock.interrupt_ = nullptr;
+  clock.on_passed_ = {};
+}
+
+DWORD PacingClock::NextPiece(DWORD rest) const {
+  if (interrupt_->HasCome()) throw Interrupted();
+  return std::min(rest, kPiece);
+}
+
+void PacingClock::Pass(DWORD ms) {
+  passed_ += ms;
+  if (!on_passed_(passed_)) throw Interrupted();
+}
+
+void PacingClock::Sleep(DWORD ms) {
+  if (!IsWatched()) return Clock::Sleep(ms);
+  while (ms > 0) {
+    const DWORD piece = NextPiece(ms);
+    Clock::Sleep(piece);
+    Pass(piece);
+    ms -= piece;
+  }
+}
+
+bool PacingClock::Wait(WaitKind kind, DWORD ms, const std::function<bool(DWORD)>& block) {
+  if (!IsWatched() || kind != WaitKind::message || ms == INFINITE) return Clock::Wait(kind, ms, block);
+  while (ms > 0) {
+    const DWORD piece = NextPiece(ms);
+    if (Clock::Wait(kind, piece, block)) return true;
+    Pass(piece);
+    ms -= piece;
+  }
+  return Clock::Wait(kind, 0, block);
+}
+
+}  // namespace host

@@ -1,0 +1,81 @@
+#include "host/run/player.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace host {
+
+namespace {
+
+// What is read, and the most that is played, at a time. The engine takes up to 16 KB.
+constexpr std::size_t kPiece = 4096;
+// Bytes without a line end are played in lines of this length.
+constexpr std::size_t kLongestLine = 512;
+constexpr double kDayInSeconds = 86'400.0;
+// A sentence may tell of a moment a little earlier than one before it. What goes back further begins anew.
+constexpr double kDisorder = 60.0;
+
+bool HasTimes(std::string_view bytes) {
+  while (!bytes.empty()) {
+    const auto end = std::min(bytes.find('\n'), bytes.size() - 1);
+    if (TimeOfDayOf(bytes.substr(0, end))) return true;
+    bytes.remove_prefix(end + 1);
+  }
+  return false;
+}
+
+}  // namespace
+
+Player::Player(const std::string& path, double speed, int baud, Sink& sink)
+    : recording_(path),
+      speed_(speed),
+      seconds_per_byte_(10.0 / std::max(baud, 1)),
+      timed_(HasTimes(recording_.Head())),
+      dating_(sink, std::nullopt, true, recording_.Head()) {
+  ReadLine();
+}
+
+void Player::ReadLine() {
+  std::size_t end = bytes_.find('\n', taken_);
+  if (end == std::string::npos && bytes_.size() - taken_ < kLongestLine) {
+    bytes_.erase(0, taken_);
+    taken_ = 0;
+    bytes_ += recording_.Next(kPiece);
+    end = bytes_.find('\n');
+  }
+  const std::size_t rest = bytes_.size() - taken_;
+  const std::size_t length =
+      std::min({end == std::string::npos ? rest : end + 1 - taken_, rest, kLongestLine});
+  line_.assign(bytes_, taken_, length);
+  taken_ += length;
+  if (speed_ < kMax) Pace();
+}
+
+void Player::Pace() {
+  if (!timed_) return Wait(static_cast<double>(line_.size()) * seconds_per_byte_);
+  const auto time = TimeOfDayOf(line_);
+  if (!time) return;
+  const double step = time_ ? std::remainder(*time - *time_, kDayInSeconds) : 0.0;
+  if (step < 0.0 && step > -kDisorder) return;
+  time_ = time;
+  if (step > 0.0) Wait(step);
+}
+
+void Player::Wait(double seconds) {
+  due_ += std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>(seconds / speed_));
+}
+
+void Player::Play(CGPSEngine& engine) {
+  std::string due;
+  const auto now = Clock::now();
+  while (!IsAtEnd() && due_ <= now && due.size() < kPiece) {
+    due += line_;
+    ReadLine();
+  }
+  if (due.empty()) return;
+  dating_.Feed(due);
+  CBinBuffer bytes(due.data(), static_cast<int>(due.size()));
+  engine.UpdateGPSBuffer(bytes);
+}
+
+}  // namespace host
