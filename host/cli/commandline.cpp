@@ -49,7 +49,7 @@ void AddChoice(CLI::App& command, const std::string& name, T& value, const std::
       .add_option_function<std::string>(
           name, [&value, &choices](const std::string& word) { value = choices.at(word); }, description)
       ->check(CLI::IsMember(names))
-      ->type_name("");
+      ->type_name("CHOICE");
 }
 
 /// What a command does once the command line is understood.
@@ -127,6 +127,11 @@ void AddModels(CLI::App& app, Job& job) {
   };
   auto* command =
       app.add_subcommand("models", "List the receiver models, their baud rates and what each can do");
+  command->footer(
+      "Examples:\n"
+      "  gpsengine models\n"
+      "  gpsengine models Trimble                              what may be asked of it, by \"command\"\n"
+      "  gpsengine models --format json");
   auto options = std::make_shared<Options>();
   command->add_option("name", options->name, "One model, to list its operations")->type_name("NAME");
   command->add_option("--format", options->format, "table or json")
@@ -350,6 +355,11 @@ void AddListFormat(CLI::App& command, std::string& format, const std::string& pl
 
 void AddPorts(CLI::App& app, Job& job) {
   auto* command = app.add_subcommand("ports", "List the serial ports, and whether each can be opened");
+  command->footer(
+      "Examples:\n"
+      "  gpsengine ports\n"
+      "  gpsengine ports --format json\n"
+      "\"gpsengine monitor --port auto\" looks for a receiver on them.");
   auto format = std::make_shared<std::string>();
   AddListFormat(*command, *format, "table");
   command->callback([&job, format] {
