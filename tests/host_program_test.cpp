@@ -112,7 +112,7 @@ TEST(HostProgram, PrintsTheTranscriptOfADryRun) {
             "result none\n");
 }
 
-TEST(HostProgram, KeepsTheListOfReceiversUpToDate) {
+TEST(HostProgram, WritesWhatTheListOfReceiversSays) {
   std::ostringstream kept;
   kept << std::ifstream(GPSENGINE_SOURCE "/docs/receivers.md").rdbuf();
   EXPECT_EQ(RunToEnd({"receivers-doc"}).output, kept.str()) << "gpsengine receivers-doc > docs/receivers.md";
