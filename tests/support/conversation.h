@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "gpsengine/platform/rehearsal.h"
 #include "gpsengine/receiver/gpsreceiver.h"
@@ -31,8 +32,9 @@ inline void RunEverything(CGPSReceiver& receiver) {
 
 /// What went over a line.
 struct Conversation {
-  std::string said;   ///< By the driver.
-  std::string heard;  ///< From the simulated receiver.
+  std::string said;                     ///< By the driver.
+  std::string heard;                    ///< From the simulated receiver.
+  std::vector<std::string> complaints;  ///< Of the simulated receiver.
 };
 
 /// A driver and the simulated receiver of its model, in rehearsed time, and some seconds more of what it then
@@ -54,5 +56,6 @@ inline Conversation Talk(CGPSReceiver& receiver, double dSeconds = 4.0) {
   conversation.heard += simulated->Advance(dSeconds);
   line.SetStepHandler(nullptr);
   receiver.Suspend();
+  conversation.complaints = simulated->TakeComplaints();
   return conversation;
 }
