@@ -1,5 +1,6 @@
 // What a message is taken for, and what follows from it.
 #include "tests/support/receivertest.h"
+#include "tests/support/wirebuilder.h"
 
 namespace {
 
@@ -14,70 +15,52 @@ struct DispatchTest : ReceiverTest<> {
 };
 
 TEST_F(DispatchTest, KnowsEveryTag) {
-  struct Row {
-    GPSStringType type;
-    const char* tag;
-  };
-  constexpr Row checked[] = {
-      {GPS_STRING_ALM, "$GPALM"},
-      {GPS_STRING_ALM, "$GNALM"},
-      {GPS_STRING_GGA, "$GPGGA"},
-      {GPS_STRING_GGA, "$GNGGA"},
-      {GPS_STRING_INGGA, "$INGGA"},
-      {GPS_STRING_GLL, "$GPGLL"},
-      {GPS_STRING_GLL, "$GNGLL"},
-      {GPS_STRING_GSA, "$GPGSA"},
-      {GPS_STRING_GSA, "$GNGSA"},
-      {GPS_STRING_GSV, "$GPGSV"},
-      {GPS_STRING_GSV, "$GNGSV"},
-      {GPS_STRING_RMC, "$GPRMC"},
-      {GPS_STRING_RMC, "$GNRMC"},
-      {GPS_STRING_VTG, "$GPVTG"},
-      {GPS_STRING_VTG, "$GNVTG"},
-      {GPS_STRING_ZDA, "$GPZDA"},
-      {GPS_STRING_ZDA, "$GNZDA"},
-      {GPS_STRING_MSS, "$CRMSS"},
-      {GPS_STRING_MSS, "$GPMSS"},
-      {GPS_STRING_MSK, "$CRMSK"},
-      {GPS_STRING_MSK, "$GPMSK"},
-      {GPS_STRING_PMCAG, "$PMCAG"},
-      {GPS_STRING_PSLIR_NMEA, "$PSLIR,PAR,NMEA"},
-      {GPS_STRING_PSLIR_MODE, "$PSLIR,PAR,MODE"},
-  };
+  const std::pair<GPSStringType, std::vector<std::string>> checked[] = {
+      {GPS_STRING_ALM, {"$GPALM", "$GNALM"}},
+      {GPS_STRING_GGA, {"$GPGGA", "$GNGGA"}},
+      {GPS_STRING_GLL, {"$GPGLL", "$GNGLL"}},
+      {GPS_STRING_GSA, {"$GPGSA", "$GNGSA"}},
+      {GPS_STRING_GSV, {"$GPGSV", "$GNGSV"}},
+      {GPS_STRING_RMC, {"$GPRMC", "$GNRMC"}},
+      {GPS_STRING_VTG, {"$GPVTG", "$GNVTG"}},
+      {GPS_STRING_ZDA, {"$GPZDA", "$GNZDA"}},
+      {GPS_STRING_MSS, {"$CRMSS", "$GPMSS"}},
+      {GPS_STRING_MSK, {"$CRMSK", "$GPMSK"}},
+      {GPS_STRING_INGGA, {"$INGGA"}},
+      {GPS_STRING_PMCAG, {"$PMCAG"}},
+      {GPS_STRING_PSLIR_NMEA, {"$PSLIR,PAR,NMEA"}},
+      {GPS_STRING_PSLIR_MODE, {"$PSLIR,PAR,MODE"}}};
   int recognised = 0;
-  for (const Row& row : checked) {
-    EXPECT_EQ(TypeOf(WithChecksum(std::string(row.tag) + ",1,2")), row.type) << row.tag;
-    EXPECT_EQ(TypeOf(std::string(row.tag) + ",1,2*00\r\n"), GPS_STRING_NONE) << row.tag;
-    recognised += 2;
+  for (const auto& [type, tags] : checked) {
+    for (const std::string& tag : tags) {
+      EXPECT_EQ(TypeOf(WithChecksum(tag + ",1,2")), type) << tag;
+      EXPECT_EQ(TypeOf(tag + ",1,2*00\r\n"), GPS_STRING_NONE) << tag;
+      recognised += 2;
+    }
   }
   EXPECT_EQ(receiver.GetChecksumErrors(), recognised / 2);
-  constexpr Row unchecked[] = {
-      {GPS_STRING_PEM, "PEM:"},
-      {GPS_STRING_PMD, "PMD:"},
-      {GPS_STRING_PRTA, "PRTA:"},
-      {GPS_STRING_PER, "PER:"},
-      {GPS_STRING_PASHR, "$PASHR"},
-      {GPS_STRING_JSHOW, "$>JSHOW"},
-      {GPS_STRING_JI, "$>JI"},
-      {GPS_STRING_JGEO, "$>JGEO"},
-      {GPS_STRING_RD1, "$RD1"},
-      {GPS_STRING_BIN, "$BIN"},
-      {GPS_STRING_LOGLIST, "#LOGLISTA"},
-      {GPS_STRING_RXCONFIG, "#RXCONFIGA"},
-      {GPS_STRING_ECUTOFF, "#ECUTOFF"},
-      {GPS_STRING_OMNIINFO, "#OMNIINFO"},
-      {GPS_STRING_OMNISTAT, "#OMNISTAT"},
-      {GPS_STRING_OMNIHPPOS, "#OMNIHPPOS"},
-      {GPS_STRING_WAAS1, "#WAAS1"},
-      {GPS_STRING_RTKSOURCE, "#RTKSOURCE"},
-      {GPS_STRING_SBASCONTROL, "#SBASCONTROL"},
-      {GPS_STRING_PSRDIFFSOURCE, "#PSRDIFFSOURCE"},
-  };
-  for (const Row& row : unchecked) {
-    EXPECT_EQ(TypeOf(std::string(row.tag) + "x,no checksum\r\n"), row.type) << row.tag;
-    ++recognised;
-  }
-  EXPECT_EQ(receiver.GetSentencesRecognised(), recognised);
+  const std::pair<GPSStringType, std::string> unchecked[] = {{GPS_STRING_PEM, "PEM:"},
+                                                             {GPS_STRING_PMD, "PMD:"},
+                                                             {GPS_STRING_PRTA, "PRTA:"},
+                                                             {GPS_STRING_PER, "PER:"},
+                                                             {GPS_STRING_PASHR, "$PASHR"},
+                                                             {GPS_STRING_JSHOW, "$>JSHOW"},
+                                                             {GPS_STRING_JI, "$>JI"},
+                                                             {GPS_STRING_JGEO, "$>JGEO"},
+                                                             {GPS_STRING_RD1, "$RD1"},
+                                                             {GPS_STRING_BIN, "$BIN"},
+                                                             {GPS_STRING_LOGLIST, "#LOGLISTA"},
+                                                             {GPS_STRING_RXCONFIG, "#RXCONFIGA"},
+                                                             {GPS_STRING_ECUTOFF, "#ECUTOFF"},
+                                                             {GPS_STRING_OMNIINFO, "#OMNIINFO"},
+                                                             {GPS_STRING_OMNISTAT, "#OMNISTAT"},
+                                                             {GPS_STRING_OMNIHPPOS, "#OMNIHPPOS"},
+                                                             {GPS_STRING_WAAS1, "#WAAS1"},
+                                                             {GPS_STRING_RTKSOURCE, "#RTKSOURCE"},
+                                                             {GPS_STRING_SBASCONTROL, "#SBASCONTROL"},
+                                                             {GPS_STRING_PSRDIFFSOURCE, "#PSRDIFFSOURCE"}};
+  for (const auto& [type, tag] : unchecked) EXPECT_EQ(TypeOf(tag + "x,no checksum\r\n"), type) << tag;
+  recognised += static_cast<int>(std::size(unchecked));
   EXPECT_EQ(TypeOf("\xAA\x44\x12\x1C"), GPS_STRING_AXIS4_BIN);
   for (const char* other :
        {"", "$", "$GP", "$GPGG", "$gpgga,1,2", "GPGGA,1", "$GLGSV,1", "#LOGLIS", "\xAA\x44"})
@@ -86,13 +69,11 @@ TEST_F(DispatchTest, KnowsEveryTag) {
 }
 
 TEST_F(DispatchTest, TestsTheChecksum) {
-  EXPECT_EQ(TypeOf(std::string(kGga) + "*47\r\n"), GPS_STRING_GGA);
-  EXPECT_EQ(TypeOf(std::string(kGga) + "*FF47\r\n"), GPS_STRING_GGA);
-  EXPECT_EQ(TypeOf(std::string(kGga) + "*47F\r\n"), GPS_STRING_NONE);
-  ASSERT_EQ(WithChecksum("$GPGGA,-,"), "$GPGGA,-,*7B\r\n");
+  for (const char* good : {"*47\r\n", "*FF47\r\n"})
+    EXPECT_EQ(TypeOf(kGga + std::string(good)), GPS_STRING_GGA);
   EXPECT_EQ(TypeOf("$GPGGA,-,*7b\r\n"), GPS_STRING_GGA);
-  EXPECT_EQ(TypeOf("$GPGGA,,\r\n"), GPS_STRING_NONE);
-  EXPECT_EQ(TypeOf("$GPGGA,,*\r\n"), GPS_STRING_NONE);
+  for (const char* bad : {"*47F\r\n", "\r\n", "*\r\n", "*48\r\n"})
+    EXPECT_EQ(TypeOf(kGga + std::string(bad)), GPS_STRING_NONE) << bad;
   EXPECT_FALSE(Feed(std::string(kGga) + "*48\r\n"));
   EXPECT_EQ(Published(), 0u);
 }
@@ -112,18 +93,33 @@ TEST_F(DispatchTest, PublishesBehindAPositionAndBehindAWholeGroupOfSatellites) {
   EXPECT_EQ(Published(), 2u);
 }
 
-TEST_F(DispatchTest, KeepsASentenceOfAMakeThatNoDecoderClaims) {
-  EXPECT_TRUE(Feed("$PGRME,15.0,M,45.0,M,25.0,M*1C\r\n"));
-  EXPECT_TRUE(Last().m_bProprietaryValid);
-  EXPECT_EQ(std::string(Last().m_szProprietary, 8), "$PGRME,1");
-  // The flag is gone from the next record.
+TEST_F(DispatchTest, KeepsASentenceOfAMakeThatNoDecoderClaimsForOneRecord) {
+  const std::pair<std::size_t, bool> lengths[] = {
+      {9, false}, {82, true}, {79, true}, {10, true}, {83, false}};
+  for (const auto& [length, kept] : lengths) {
+    const std::string sentence = "$PGRME" + std::string(length - 6, '\xE9');
+    EXPECT_EQ(Feed(sentence), kept) << length;
+    if (!kept) continue;
+    EXPECT_TRUE(Last().m_bProprietaryValid);
+    std::string expected = sentence.substr(0, 79);
+    expected.resize(79);
+    EXPECT_EQ(std::string(Last().m_szProprietary, 79), expected);
+  }
   EXPECT_TRUE(FeedSentence(kGga));
   EXPECT_FALSE(Last().m_bProprietaryValid);
-  EXPECT_FALSE(Feed("$PABC"));       // five characters
-  EXPECT_FALSE(Feed("$PABCD\r\n"));  // too short to be kept: nothing to publish
-  // A report whose checksum fails is a proprietary sentence like any other.
-  EXPECT_TRUE(Feed("$PMCAG,908,1,2,3,4,7.9*00\r\n"));
+  EXPECT_FALSE(Feed("$PABC"));  // five characters
+  EXPECT_TRUE(Feed("$PMCAG,908,1,2,3,4,7.9*00\r\n")) << "a report whose checksum fails is one like any other";
   EXPECT_TRUE(Last().m_bProprietaryValid);
+}
+
+TEST_F(DispatchTest, LetsAnUnclaimedSentenceTakeThePlaceOfWhatIsUnderWay) {
+  FeedSentence(kGsv);
+  FeedSentence("$GPVTG,90,T,,M,,N,36,K");
+  FeedSentence(kGsa);
+  Feed("$PASHR,ACK*3D\r\n");
+  ASSERT_TRUE(Last().m_bVelocityValid && Last().m_bDOPValid && Last().m_bSatellitesComplete);
+  FeedSentence("$PGRME,12.0,M,18.5,M,22.1,M");
+  EXPECT_FALSE(Last().m_bVelocityValid || Last().m_bDOPValid || Last().m_bSatellitesComplete);
 }
 
 TEST_F(DispatchTest, TakesAnAcknowledgementAtAnyTime) {
@@ -144,6 +140,9 @@ TEST_F(DispatchTest, DropsReportsOfAReceiverThatSendsStandardSatelliteSentences)
   EXPECT_TRUE(Feed(report));
   FeedSentence(kGsv);
   EXPECT_FALSE(Feed(report));
+  EXPECT_FALSE(FeedBinary(Mbn{}.Message()));
+  EXPECT_EQ(receiver.GetBinaryMessages(), 0);
+  EXPECT_TRUE(Feed("$PASHR,ACK*3D\r\n"));
   receiver.Initialize();
   EXPECT_TRUE(Feed(report));
 }

@@ -37,30 +37,26 @@ TEST_F(PositionTest, DecodesAGga) {
 }
 
 TEST_F(PositionTest, MapsTheQualityIndicator) {
-  struct Row {
-    const char* quality;
-    int type;
-  };
-  constexpr Row rows[] = {{"0", 0}, {"1", 1}, {"2", 2}, {"3", 1}, {"4", 6},  {"5", 7},
-                          {"6", 3}, {"7", 4}, {"8", 1}, {"9", 9}, {"12", 1}, {"-1", 1}};
-  for (const Row& row : rows) EXPECT_EQ(SignalType(row.quality, "04"), row.type) << row.quality;
+  constexpr std::pair<const char*, int> rows[] = {{"0", 0}, {"1", 1}, {"2", 2},  {"3", 1},
+                                                  {"4", 6}, {"5", 7}, {"6", 3},  {"7", 4},
+                                                  {"8", 1}, {"9", 9}, {"12", 1}, {"-1", 1}};
+  for (const auto& [quality, type] : rows) EXPECT_EQ(SignalType(quality, "04"), type) << quality;
   EXPECT_EQ(SignalType("4", "3"), UDF_SIGNAL_NONE);
 }
 
 TEST_F(PositionTest, TakesAntennaHeightAndSeparationIntoAccount) {
-  struct Row {
+  constexpr struct {
     int mode;
     const char* tail;
     double altitude;
-  };
-  constexpr Row rows[] = {
+  } rows[] = {
       {0, "100.0,M,30.0,M,,", 98.0},  {1, "100.0,M,30.0,M,,", 128.0}, {2, "100.0,M,30.0,M,,", 68.0},
       {1, "100.0,m,30.0,m,,", 128.0}, {1, "100.0,M", 98.0},           {1, "100.0,M,30.0,F,,", 98.0},
       {1, "100.0,M,,M,,", 98.0},      {0, "100.0,M", 98.0},
   };
-  for (const Row& row : rows) {
-    SetUpHeights(2.0, row.mode);
-    EXPECT_EQ(Altitude(row.tail), row.altitude) << row.mode << " " << row.tail;
+  for (const auto& [mode, tail, altitude] : rows) {
+    SetUpHeights(2.0, mode);
+    EXPECT_EQ(Altitude(tail), altitude) << mode << " " << tail;
   }
 }
 
@@ -80,17 +76,16 @@ TEST_F(PositionTest, LeavesAFailedGgaForTheNextPublication) {
 }
 
 TEST_F(PositionTest, WantsTheMandatoryFieldsOfAGga) {
-  const char* const broken[] = {
-      "$GPGGA",
-      "$GPGGA,,4807.038,N,01131.000,E,1,08,0.9,545.4,M,46.9,M,,",
-      "$GPGGA,123519,,N,01131.000,E,1,08,0.9,545.4,M,46.9,M,,",
-      "$GPGGA,123519,4807.038,N,01131.000,E,,08,0.9,545.4,M,46.9,M,,",
-      "$GPGGA,123519,4807.038,N,01131.000,E,1,,0.9,545.4,M,46.9,M,,",
-      "$GPGGA,123519,4807.038,N,01131.000,E,1,08,,545.4,M,46.9,M,,",
-      "$GPGGA,123519,4807.038,N,01131.000,E,1,08,0.9,,M,46.9,M,,",
-      "$GPGGA,123519,4807.038,N,01131.000,E,1,08,0.9,545.4",
-  };
-  for (const char* sentence : broken) EXPECT_FALSE(FeedSentence(sentence)) << sentence;
+  const std::string fields[] = {"$GPGGA", "123519", "4807.038", "N",     "01131.000", "E",
+                                "1",      "08",     "0.9",      "545.4", "M"};
+  for (const std::size_t missing : {1u, 2u, 4u, 6u, 7u, 8u, 9u, 10u}) {
+    std::string sentence;
+    for (std::size_t i = 0; i < std::size(fields); ++i)
+      sentence += (i == 0 ? "" : ",") + (i == missing ? std::string() : fields[i]);
+    EXPECT_FALSE(FeedSentence(sentence)) << sentence;
+  }
+  for (const char* tooShort : {"$GPGGA", "$GPGGA,123519,4807.038,N,01131.000,E,1,08,0.9,545.4"})
+    EXPECT_FALSE(FeedSentence(tooShort));
 }
 
 TEST_F(PositionTest, DecodesAnInggaWithGaps) {

@@ -6,36 +6,18 @@
 namespace {
 
 TEST(Records, StatusForgetsItsFlagsAndTheValuesWithoutOne) {
-  constexpr bool CGPSStatusData::*kFlags[] = {
-      &CGPSStatusData::m_bStatusUpdated,   &CGPSStatusData::m_bBeaconStatusValid,
-      &CGPSStatusData::m_bBeaconTuneValid, &CGPSStatusData::m_bElevationMaskValid,
-      &CGPSStatusData::m_bNmeaStatusValid, &CGPSStatusData::m_bAck,
-      &CGPSStatusData::m_bDgpsModeValid,   &CGPSStatusData::m_bTextValid};
-  const auto expectNothingReported = [&](const CGPSStatusData& status) {
-    for (const auto flag : kFlags) EXPECT_FALSE(status.*flag);
-    EXPECT_TRUE(status.m_bMaskSaveValid);
-    EXPECT_EQ(status.m_dOutputInterval, -1.0);
-    EXPECT_EQ(status.m_nLbandMode, 0);
-    for (const NmeaMsgStatus sentence :
-         {status.m_nNmeaGGA, status.m_nNmeaGSA, status.m_nNmeaZDA, status.m_nNmeaGLL, status.m_nNmeaVTG,
-          status.m_nNmeaSAT, status.m_nNmeaGSV})
-      EXPECT_EQ(sentence, NMEA_MSG_NO_REPORT);
-  };
   CGPSStatusData status;
-  expectNothingReported(status);
-  EXPECT_STREQ(status.m_szText, "");
-
-  for (const auto flag : kFlags) status.*flag = true;
-  status.m_bPositionModeValid = true;
+  status.m_bAck = status.m_bPositionModeValid = true;
   status.m_bMaskSaveValid = false;
-  status.m_nElevationMask = 7;
-  status.m_nNmeaSAT = status.m_nNmeaGGA = NMEA_MSG_ON;
   status.m_nLbandMode = 2;
-  status.m_dOutputInterval = 1.0;
+  status.m_nNmeaSAT = NMEA_MSG_ON;
+  status.m_nElevationMask = 7;
   status.SetText("report", 6);
   status.Invalidate();
-  expectNothingReported(status);
-  EXPECT_TRUE(status.m_bPositionModeValid);
+  EXPECT_TRUE(status.m_bMaskSaveValid && status.m_bPositionModeValid);
+  EXPECT_FALSE(status.m_bAck || status.m_bTextValid || status.m_bStatusUpdated);
+  EXPECT_EQ(status.m_nNmeaSAT, NMEA_MSG_NO_REPORT);
+  EXPECT_EQ(status.m_nLbandMode, 0);
   EXPECT_EQ(status.m_nElevationMask, 7);
   EXPECT_STREQ(status.m_szText, "report");
 }

@@ -120,17 +120,4 @@ TEST_F(AshtechReport, CountsBinaryMessagesAndThoseItRefuses) {
   EXPECT_EQ(counters(), std::pair(5, 2));
 }
 
-TEST_F(AshtechReport, StandardSentencesShutTheReportsOutButNotTheAcknowledgement) {
-  FeedSentence("$GPGSA,A,3,04,,,,,,,,,,,,2.0,1.0,1.7");
-  FeedSentence("$GPGSV,1,1,01,04,36,112,47");
-  window.records.clear();
-  EXPECT_FALSE(Feed(Sat(1, 1, 'U')));
-  EXPECT_FALSE(FeedBinary(Mbn{}.Message()));
-  EXPECT_EQ(receiver.GetBinaryMessages(), 0);
-  EXPECT_TRUE(Feed("$PASHR,ACK*3D\r\n"));
-  EXPECT_TRUE(Last().m_Status.m_bAck);
-  receiver.Initialize();
-  EXPECT_TRUE(Feed(Sat(1, 1, 'U')));
-}
-
 }  // namespace

@@ -76,32 +76,4 @@ TEST_F(Axis3Report, OemMessagesReachTheHostAsWords) {
   EXPECT_EQ(window.blocks, 1);
 }
 
-TEST_F(Axis3Report, SentenceThatNoDecoderClaimsIsKeptForOneRecord) {
-  constexpr struct {
-    std::size_t length;
-    bool kept;
-  } kLengths[] = {{9, false}, {82, true}, {79, true}, {10, true}, {83, false}};
-  for (const auto& [length, kept] : kLengths) {
-    const std::string sentence = "$PGRME" + std::string(length - 6, '\xE9');
-    EXPECT_EQ(Feed(sentence), kept) << length;
-    if (!kept) continue;
-    EXPECT_TRUE(Last().m_bProprietaryValid);
-    std::string expected = sentence.substr(0, 79);
-    expected.resize(79);
-    EXPECT_EQ(std::string(Last().m_szProprietary, 79), expected);
-  }
-  Feed("$PASHR,ACK*3D\r\n");
-  EXPECT_FALSE(Last().m_bProprietaryValid);
-}
-
-TEST_F(Axis3Report, UnclaimedSentenceTakesThePlaceOfWhatIsUnderWay) {
-  FeedSentence("$GPGSV,1,1,01,04,36,112,47");
-  FeedSentence("$GPVTG,90,T,,M,,N,36,K");
-  FeedSentence("$GPGSA,A,3,04,,,,,,,,,,,,2.0,1.0,1.7");
-  Feed("$PASHR,ACK*3D\r\n");
-  ASSERT_TRUE(Last().m_bVelocityValid && Last().m_bDOPValid && Last().m_bSatellitesComplete);
-  FeedSentence("$PGRME,12.0,M,18.5,M,22.1,M");
-  EXPECT_FALSE(Last().m_bVelocityValid || Last().m_bDOPValid || Last().m_bSatellitesComplete);
-}
-
 }  // namespace

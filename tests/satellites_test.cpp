@@ -133,18 +133,11 @@ TEST_F(SatelliteTest, DeclaresTheTableIncompleteWhenTheHostAsks) {
 }
 
 TEST_F(SatelliteTest, TurnsACourseIntoAMathematicalAngle) {
-  struct Row {
-    const char* course;
-    double heading;
-  };
-  constexpr Row rows[] = {{"0", std::numbers::pi / 2},
-                          {"90", 0.0},
-                          {"180", 3 * std::numbers::pi / 2},
-                          {"270", std::numbers::pi},
-                          {"360", std::numbers::pi / 2}};
-  for (const Row& row : rows) {
-    EXPECT_FALSE(FeedSentence(std::string("$GPVTG,") + row.course + ",T,,M,019.4,N,36.0,K"));
-    EXPECT_NEAR(Table().m_dHeading, row.heading, 1e-12) << row.course;
+  constexpr std::pair<const char*, double> rows[] = {
+      {"0", 90}, {"90", 0}, {"180", 270}, {"270", 180}, {"360", 90}};
+  for (const auto& [course, heading] : rows) {
+    EXPECT_FALSE(FeedSentence(std::string("$GPVTG,") + course + ",T,,M,019.4,N,36.0,K"));
+    EXPECT_NEAR(Table().m_dHeading, heading * kDegree, 1e-12) << course;
     EXPECT_EQ(Last().m_dSpeed, 10.0);
     EXPECT_TRUE(Last().m_bVelocityValid);
     EXPECT_FALSE(Table().m_bVelocityValid) << "until the next VTG";
@@ -203,14 +196,12 @@ TEST(SpeedEngine, ReadsTheTrueSpeedFromTheFourthFixOn) {
 }
 
 TEST(SpeedEngine, TellsDirectionsOfTheCompass) {
-  EXPECT_EQ(Direction(0, 0), 0.0);
-  EXPECT_EQ(Direction(1, 0), std::numbers::pi / 2);
-  EXPECT_EQ(Direction(-1, 0), -std::numbers::pi / 2);
-  EXPECT_EQ(Direction(0, 1), 0.0);
-  EXPECT_EQ(Direction(0, -1), -std::numbers::pi);
-  EXPECT_NEAR(Direction(1, -1), 3 * std::numbers::pi / 4, 1e-12);
-  EXPECT_NEAR(Direction(-1, -1), -3 * std::numbers::pi / 4, 1e-12);
-  EXPECT_NEAR(Direction(-1, 1), -std::numbers::pi / 4, 1e-12);
+  constexpr struct {
+    double north, east, degrees;
+  } rows[] = {{0, 0, 0},     {1, 0, 90},   {-1, 0, -90},   {0, 1, 0},
+              {0, -1, -180}, {1, -1, 135}, {-1, -1, -135}, {-1, 1, -45}};
+  for (const auto& [north, east, degrees] : rows)
+    EXPECT_NEAR(Direction(north, east), degrees * kDegree, 1e-12) << north << ' ' << east;
   EXPECT_EQ(Distance(1, 2, 4, 6), 5.0);
 }
 
