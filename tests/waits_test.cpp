@@ -1,66 +1,38 @@
 // Events, threads and waits of the platform layer, in real time of tens of milliseconds.
 #include <gtest/gtest.h>
 
+#include <thread>
+
 #include "gpsengine/platform/clock.h"
 #include "gpsengine/platform/event.h"
 #include "gpsengine/platform/rehearsal.h"
-#include "gpsengine/platform/shared.h"
-#include "gpsengine/platform/thread.h"
 
 namespace {
 
 constexpr DWORD kShort = 20;
 constexpr DWORD kLong = 10000;
 
-// Runs a function on a thread of its own, joined at the end.
-class Elsewhere {
- public:
-  explicit Elsewhere(std::function<void()> work) : m_Work(std::move(work)) {
-    m_pThread = AfxBeginThread(
-        [](void* self) {
-          static_cast<Elsewhere*>(self)->m_Work();
-          return 0u;
-        },
-        this);
-  }
-  ~Elsewhere() { m_pThread->Join(); }
-
- private:
-  std::function<void()> m_Work;
-  std::unique_ptr<CWinThread> m_pThread;
-};
-
-TEST(Event, OfAutomaticResetEndsOneWaitAndOfManualResetAll) {
-  const HANDLE automatic = CreateEventW(false, true);
-  EXPECT_EQ(WaitForSingleObject(automatic, 0), WAIT_OBJECT_0);
-  EXPECT_EQ(WaitForSingleObject(automatic, 0), WAIT_TIMEOUT);
-  const HANDLE manual = CreateEventW(true, false);
-  SetEvent(manual);
-  EXPECT_EQ(WaitForSingleObject(manual, 0), WAIT_OBJECT_0);
-  EXPECT_EQ(WaitForSingleObject(manual, 0), WAIT_OBJECT_0);
-  ResetEvent(manual);
-  EXPECT_EQ(WaitForSingleObject(manual, kShort), WAIT_TIMEOUT);
-  CloseHandle(automatic);
-  CloseHandle(manual);
-}
-
-TEST(Event, WakesWhoWaitsForAnyOfSeveral) {
-  const HANDLE events[] = {CreateEventW(false, false), CreateEventW(false, false)};
-  Elsewhere other([&] {
-    Sleep(kShort);
-    SetEvent(events[1]);
-  });
-  EXPECT_EQ(WaitForMultipleObjects(2, events, kLong), WAIT_OBJECT_0 + 1);
-  for (const HANDLE event : events) CloseHandle(event);
-}
-
-TEST(Event, ThatIsClosedReleasesWhoWaits) {
-  const HANDLE event = CreateEventW(false, false);
-  Elsewhere other([&] {
-    Sleep(kShort);
+TEST(Event, OfManualResetEndsEveryWaitAndOfAutomaticResetOne) {
+  for (const bool manual : {true, false}) {
+    const HANDLE event = CreateEventW(manual, true);
+    EXPECT_EQ(WaitForSingleObject(event, 0), WAIT_OBJECT_0);
+    EXPECT_EQ(WaitForSingleObject(event, 0), manual ? WAIT_OBJECT_0 : WAIT_TIMEOUT);
+    ResetEvent(event);
+    EXPECT_EQ(WaitForSingleObject(event, kShort), WAIT_TIMEOUT);
     CloseHandle(event);
-  });
-  EXPECT_EQ(WaitForSingleObject(event, kLong), WAIT_FAILED);
+  }
+}
+
+TEST(Event, ThatIsSetOrClosedElsewhereReleasesWhoWaits) {
+  const HANDLE events[] = {CreateEventW(false, false), CreateEventW(false, false)};
+  for (const auto& [act, result] : {std::pair(&SetEvent, WAIT_OBJECT_0 + 1), {&CloseHandle, WAIT_FAILED}}) {
+    const std::jthread other([act, event = events[1]] {
+      Sleep(kShort);
+      act(event);
+    });
+    EXPECT_EQ(WaitForMultipleObjects(2, events, kLong), result);
+  }
+  CloseHandle(events[0]);
 }
 
 TEST(Handle, IsNeverGivenOutTwice) {
@@ -82,16 +54,12 @@ TEST(Rehearsal, LetsTimePassAtOnceAndOnlyForItsOwnThread) {
   EXPECT_EQ(WaitForSingleObject(event, 500), WAIT_TIMEOUT);
   EXPECT_EQ(CurrentClock().Milliseconds() - start, 23500u);
   EXPECT_EQ(rehearsal.Transcript(), "wait 23000; wait 500");
-  CShared<bool> realTime = false;
-  {
-    Elsewhere other([&] {
-      const std::uint64_t before = CurrentClock().Milliseconds();
-      Sleep(kShort);
-      realTime =
-          CurrentClock().Milliseconds() - before >= kShort && CurrentClock().Milliseconds() != start + 23500;
-    });
-  }
-  EXPECT_TRUE(realTime);
+  std::jthread([start] {
+    const std::uint64_t before = CurrentClock().Milliseconds();
+    Sleep(kShort);
+    EXPECT_GE(CurrentClock().Milliseconds() - before, kShort);
+    EXPECT_NE(CurrentClock().Milliseconds(), start + 23500);
+  }).join();
   CloseHandle(event);
 }
 

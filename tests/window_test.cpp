@@ -4,13 +4,13 @@
 #include <gtest/gtest.h>
 #include <poll.h>
 
-#include <functional>
+#include <thread>
 #include <vector>
 
 #include "gpsengine/platform/application.h"
+#include "gpsengine/platform/clock.h"
 #include "gpsengine/platform/event.h"
 #include "gpsengine/platform/shared.h"
-#include "gpsengine/platform/thread.h"
 
 namespace {
 
@@ -36,21 +36,6 @@ void Drain() {
   for (MSG message; PeekMessageW(&message, PM_REMOVE);) DispatchMessageW(message);
 }
 
-bool IsReadable(int descriptor) {
-  pollfd source{descriptor, POLLIN, 0};
-  return poll(&source, 1, 0) == 1;
-}
-
-TEST(Window, GetsWhatIsPostedInOrder) {
-  Recorder window;
-  for (int i = 0; i < 3; ++i) EXPECT_TRUE(PostMessageW(window.GetSafeHwnd(), kNumber, i, 0));
-  EXPECT_TRUE(window.got.empty());
-  MSG message;
-  EXPECT_TRUE(PeekMessageW(&message, PM_NOREMOVE));
-  Drain();
-  EXPECT_EQ(window.got, (std::vector{0, 1, 2}));
-}
-
 TEST(Window, ThatIsGoneLosesNoMemory) {
   g_nDisposed = 0;
   HWND name = nullptr;
@@ -68,100 +53,46 @@ TEST(Window, ThatIsGoneLosesNoMemory) {
   EXPECT_EQ(SendMessageW(name, kNumber, 1, 0), 0);
 }
 
-TEST(Window, WhoseThreadDoesNotDrainLosesTheNewest) {
-  Recorder window;
-  g_nDisposed = 0;
-  const auto lost = GetLostMessages();
-  for (int i = 0; i < kMaxPostedMessages + 5; ++i)
-    PostMessageW(window.GetSafeHwnd(), kNumber, i, 0, CountDisposal);
-  EXPECT_EQ(g_nDisposed, 5);
-  EXPECT_EQ(GetLostMessages() - lost, 5u);
-  Drain();
-  EXPECT_EQ(window.got.back(), kMaxPostedMessages - 1);
-}
-
-// A thread that owns a window and pumps its messages until it is told to stop.
-class WindowThread {
- public:
-  WindowThread() : m_hReady(CreateEventW(true, false)), m_hStop(CreateEventW(true, false)) {
-    m_pThread = AfxBeginThread(
-        [](void* self) {
-          static_cast<WindowThread*>(self)->Main();
-          return 0u;
-        },
-        this);
-    WaitForSingleObject(m_hReady, INFINITE);
-  }
-  ~WindowThread() {
-    SetEvent(m_hStop);
-    m_pThread->Join();
-    CloseHandle(m_hReady);
-    CloseHandle(m_hStop);
-  }
-  HWND Name() const { return m_hWnd; }
-
- private:
-  void Main() {
-    Recorder window;
-    m_hWnd = window.GetSafeHwnd();
-    SetEvent(m_hReady);
-    while (MsgWaitForMultipleObjects(1, &m_hStop, INFINITE) != WAIT_OBJECT_0) Drain();
-  }
-
-  HANDLE m_hReady;
-  HANDLE m_hStop;
-  CShared<HWND> m_hWnd = nullptr;
-  std::unique_ptr<CWinThread> m_pThread;
-};
-
-TEST(Window, OfAnotherThreadAnswersWhatIsSent) {
-  WindowThread other;
-  for (int i = 0; i < 100; ++i) ASSERT_EQ(SendMessageW(other.Name(), kNumber, i, 1000), 1000 + i);
-}
-
-TEST(Window, ThatGoesAwayReleasesItsSender) {
-  // The window's thread never services its queue, and ends.
+TEST(Window, OfAnotherThreadAnswersWhatIsSentUntilItGoesAway) {
   CShared<HWND> name = nullptr;
-  const HANDLE made = CreateEventW(true, false);
-  struct Start {
-    CShared<HWND>* pName;
-    HANDLE hMade;
-  } start{&name, made};
-  auto thread = AfxBeginThread(
-      [](void* param) {
-        const auto* from = static_cast<Start*>(param);
-        Recorder window;
-        *from->pName = window.GetSafeHwnd();
-        SetEvent(from->hMade);
-        WaitForSingleObject(from->hMade, 0);
-        const HANDLE never = CreateEventW(true, false);
-        WaitForSingleObject(never, 30);
-        CloseHandle(never);
-        return 0u;
-      },
-      &start);
+  const HANDLE made = CreateEventW(true, false), stop = CreateEventW(true, false),
+               left = CreateEventW(true, false);
+  std::jthread other([&] {
+    Recorder window;
+    name = window.GetSafeHwnd();
+    SetEvent(made);
+    while (MsgWaitForMultipleObjects(1, &stop, INFINITE) != WAIT_OBJECT_0) Drain();
+    SetEvent(left);
+    Sleep(30);  // with a message that it will never take
+  });
   WaitForSingleObject(made, INFINITE);
+  for (int i = 0; i < 100; ++i) EXPECT_EQ(SendMessageW(name, kNumber, i, 1000), 1000 + i);
+  SetEvent(stop);
+  WaitForSingleObject(left, INFINITE);
   EXPECT_EQ(SendMessageW(name, kNumber, 5, 0), 0);
-  thread->Join();
-  CloseHandle(made);
+  other.join();
+  for (const HANDLE event : {made, stop, left}) CloseHandle(event);
 }
 
 TEST(Queue, HasADescriptorThatIsReadableWhileMessagesWait) {
   Recorder window;
   Drain();
-  const int descriptor = GetQueueDescriptor();
-  EXPECT_FALSE(IsReadable(descriptor));
-  PostMessageW(window.GetSafeHwnd(), kNumber, 1, 0);
-  PostMessageW(window.GetSafeHwnd(), kNumber, 2, 0);
-  EXPECT_TRUE(IsReadable(descriptor));
-  MSG message;
-  PeekMessageW(&message, PM_REMOVE);
-  EXPECT_TRUE(IsReadable(descriptor));
-  Drain();
-  EXPECT_FALSE(IsReadable(descriptor));
-  PostMessageW(window.GetSafeHwnd(), kNumber, 3, 0);
-  EXPECT_TRUE(IsReadable(descriptor));
-  Drain();
+  const auto isReadable = [] {
+    pollfd source{GetQueueDescriptor(), POLLIN, 0};
+    return poll(&source, 1, 0) == 1;
+  };
+  for (int round = 0; round < 2; ++round) {
+    EXPECT_FALSE(isReadable());
+    for (const int number : {1, 2}) EXPECT_TRUE(PostMessageW(window.GetSafeHwnd(), kNumber, number, 0));
+    EXPECT_TRUE(isReadable());
+    MSG message;
+    EXPECT_TRUE(PeekMessageW(&message, PM_NOREMOVE));
+    PeekMessageW(&message, PM_REMOVE);
+    DispatchMessageW(message);
+    EXPECT_TRUE(isReadable());
+    Drain();
+  }
+  EXPECT_EQ(window.got, (std::vector{1, 2, 1, 2}));
 }
 
 TEST(Application, PumpsUntilItIsToldToQuit) {
@@ -175,11 +106,7 @@ TEST(Application, PumpsUntilItIsToldToQuit) {
 
 TEST(Application, ForgetsAMainWindowThatIsDestroyed) {
   CWinApp app("gpsengine-test");
-  {
-    Recorder window;
-    app.SetMainWnd(&window);
-    EXPECT_EQ(AfxGetMainWnd(), window.GetSafeHwnd());
-  }
+  app.SetMainWnd(std::make_unique<Recorder>().get());
   EXPECT_FALSE(IsWindow(AfxGetMainWnd()));
 }
 
