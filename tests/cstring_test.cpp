@@ -33,17 +33,12 @@ TEST(CString, GrowsAcrossItsOwnRoom) {
 
 TEST(CString, CutsIndexAndCountToWhatIsThere) {
   const CString text("sentence");
-  EXPECT_EQ(text.Left(4), "sent");
-  EXPECT_EQ(text.Left(99), "sentence");
-  EXPECT_EQ(text.Left(-1), "");
-  EXPECT_EQ(text.Right(3), "nce");
-  EXPECT_EQ(text.Right(99), "sentence");
-  EXPECT_EQ(text.Mid(5), "nce");
-  EXPECT_EQ(text.Mid(3, 2), "te");
-  EXPECT_EQ(text.Mid(99, 2), "");
-  EXPECT_EQ(text.Mid(-3, 2), "se");
-  EXPECT_EQ(text.GetAt(8), 0);
-  EXPECT_EQ(text.GetAt(-1), 0);
+  const std::pair<CString, const char*> parts[] = {
+      {text.Left(4), "sent"}, {text.Left(99), "sentence"},  {text.Left(-1), ""},
+      {text.Right(3), "nce"}, {text.Right(99), "sentence"}, {text.Mid(5), "nce"},
+      {text.Mid(3, 2), "te"}, {text.Mid(99, 2), ""},        {text.Mid(-3, 2), "se"}};
+  for (const auto& [part, expected] : parts) EXPECT_EQ(part, expected);
+  EXPECT_EQ(text.GetAt(8) + text.GetAt(-1), 0);
 }
 
 TEST(CString, FindsAndEdits) {
