@@ -3,10 +3,10 @@
 // dictionary: every tag of the library, every command that a driver writes and every word that a receiver
 // answers.
 #include <algorithm>
-#include <array>
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
+#include <iomanip>
 #include <map>
 #include <memory>
 #include <set>
@@ -23,27 +23,21 @@ namespace {
 
 namespace fs = std::filesystem;
 
-std::vector<std::string> LinesOf(std::string_view text) {
-  std::vector<std::string> lines;
-  while (!text.empty()) {
-    const auto end = std::min(text.find('\n'), text.size());
-    lines.emplace_back(text.substr(0, end));
-    text.remove_prefix(std::min(end + 1, text.size()));
-    if (!lines.back().empty() && lines.back().back() == '\r') lines.back().pop_back();
+// What stands between delimiters, but for what is empty.
+std::vector<std::string> Split(std::string_view text, std::string_view delimiters) {
+  std::vector<std::string> pieces;
+  while (true) {
+    text.remove_prefix(std::min(text.find_first_not_of(delimiters), text.size()));
+    if (text.empty()) return pieces;
+    pieces.emplace_back(text.substr(0, text.find_first_of(delimiters)));
+    text.remove_prefix(pieces.back().size());
   }
-  return lines;
 }
-
-std::vector<std::string> WordsOf(const std::string& line) {
-  std::vector<std::string> words(1);
-  for (const char c : line) {
-    if (std::string_view(",*;:= ").find(c) != std::string_view::npos) {
-      words.emplace_back();
-    } else {
-      words.back() += c;
-    }
-  }
-  return words;
+std::vector<std::string> LinesOf(std::string_view text) {
+  return Split(text, "\r\n");
+}
+std::vector<std::string> WordsOf(std::string_view line) {
+  return Split(line, ",*;:= ");
 }
 
 class Seeds {
@@ -80,15 +74,10 @@ class Dictionary {
   }
   void Write(const fs::path& path) const {
     std::ofstream file(path);
+    file << std::hex << std::setfill('0');
     for (const std::string& word : m_Words) {
       file << '"';
-      for (const char c : word) {
-        std::array<char, 8> code{};
-        std::snprintf(code.data(), code.size(), "\\x%02X",
-                      static_cast<unsigned>(static_cast<unsigned char>(c)));
-        const bool plain = c > ' ' && c < 127 && c != '"' && c != '\\';
-        file << (plain ? std::string(1, c) : std::string(code.data()));
-      }
+      for (const unsigned char c : word) file << "\\x" << std::setw(2) << static_cast<unsigned>(c);
       file << "\"\n";
     }
   }

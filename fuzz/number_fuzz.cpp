@@ -11,42 +11,20 @@
 
 namespace {
 
-// What the C library would take from the head of a text, if it knew decimal numbers alone.
-struct Plain {
-  std::string text;       // without white space, up to the end of the number
-  std::size_t nEnd = 0;   // of the number in the whole text
-  bool bWhole = false;    // there is a whole number
-  bool bDecimal = false;  // there is a decimal one
-};
-
-bool IsDigit(char16_t c) {
-  return c >= u'0' && c <= u'9';
-}
-
-std::size_t SkipDigits(std::u16string_view text, std::size_t at) {
-  while (at < text.size() && IsDigit(text[at])) ++at;
-  return at;
-}
-
-std::size_t Start(std::u16string_view text) {
-  const auto start = text.find_first_not_of(u" \t\n\v\f\r");
-  return start == text.npos ? text.size() : start;
-}
-
-std::size_t SkipSign(std::u16string_view text, std::size_t at) {
-  return at < text.size() && (text[at] == u'+' || text[at] == u'-') ? at + 1 : at;
-}
-
-std::string Narrow(std::u16string_view text) {
-  return std::string(text.begin(), text.end());
+// What stands behind the white space, up to the first character that no number has, so that the C library is
+// shown no hexadecimal number and no word for one.
+std::string Head(std::u16string_view text, const char16_t* pszCharacters, std::size_t& nStart) {
+  nStart = std::min(text.find_first_not_of(u" \t\n\v\f\r"), text.size());
+  const auto head = text.substr(nStart, text.find_first_not_of(pszCharacters, nStart) - nStart);
+  return std::string(head.begin(), head.end());
 }
 
 void CheckInt(std::u16string_view text) {
-  const std::size_t start = Start(text);
-  const std::size_t digits = SkipSign(text, start);
-  const std::size_t end = SkipDigits(text, digits);
-  const long long expected = std::strtoll(Narrow(text.substr(start, end - start)).c_str(), nullptr, 10);
-  const bool good = end > digits && expected < INT_MAX && expected > INT_MIN;
+  std::size_t start = 0;
+  const std::string head = Head(text, u"0123456789+-", start);
+  char* end = nullptr;
+  const long long expected = std::strtoll(head.c_str(), &end, 10);
+  const bool good = end != head.c_str() && expected < INT_MAX && expected > INT_MIN;
 
   int value = 4711;
   Require(ParseInt(text, &value) == good, "a whole number is read or refused");
@@ -54,29 +32,19 @@ void CheckInt(std::u16string_view text) {
 }
 
 void CheckDouble(std::u16string_view text) {
-  const std::size_t start = Start(text);
-  const std::size_t digits = SkipSign(text, start);
-  std::size_t end = SkipDigits(text, digits);
-  bool any = end > digits;
-  if (end < text.size() && text[end] == u'.') {
-    const std::size_t fraction = SkipDigits(text, end + 1);
-    any = any || fraction > end + 1;
-    if (any) end = fraction;
-  }
-  if (any && end < text.size() && (text[end] == u'e' || text[end] == u'E')) {
-    const std::size_t exponent = SkipSign(text, end + 1);
-    const std::size_t behind = SkipDigits(text, exponent);
-    if (behind > exponent) end = behind;
-  }
-  const double expected = any ? std::strtod(Narrow(text.substr(start, end - start)).c_str(), nullptr) : 0.0;
-  const bool good = any && std::fabs(expected) != HUGE_VAL;
+  std::size_t start = 0;
+  const std::string head = Head(text, u"0123456789+-.eE", start);
+  char* end = nullptr;
+  const double expected = std::strtod(head.c_str(), &end);
+  const bool good = end != head.c_str() && std::fabs(expected) != HUGE_VAL;
 
   double value = 4711.0;
   int remaining = -1;
   Require(ParseDouble(text, value, remaining) == good, "a decimal number is read or refused");
   Require(std::memcmp(&value, &expected, sizeof value) == 0,
           "a decimal number has its value to the last bit");
-  Require(remaining == (good ? static_cast<int>(text.size() - end) : -1), "the rest is counted");
+  const auto rest = static_cast<int>(text.size() - start) - static_cast<int>(end - head.c_str());
+  Require(remaining == (good ? rest : -1), "the rest is counted");
 }
 
 }  // namespace

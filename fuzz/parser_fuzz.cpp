@@ -1,4 +1,5 @@
 // The field parser against fields that are split off beforehand.
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -19,97 +20,50 @@ struct Field {
 // An empty text has no field; any other has one more than it has delimiters.
 std::vector<Field> Split(const CString& text, const CString& delimiters) {
   std::vector<Field> fields;
-  if (text.IsEmpty()) return fields;
-  Field field;
-  for (int i = 0; i < text.GetLength(); ++i) {
-    if (delimiters.Find(text[i]) < 0) {
-      field.text += text[i];
-      continue;
+  for (int start = 0, end = 0; !text.IsEmpty() && start <= text.GetLength(); start = end + 1) {
+    for (end = start; end < text.GetLength() && delimiters.Find(text[end]) < 0; ++end) {
     }
-    field.behind = text.Mid(i + 1);
-    fields.push_back(field);
-    field = Field();
+    fields.push_back({text.Mid(start).Left(end - start), text.Mid(end + 1)});
   }
-  fields.push_back(field);
   return fields;
 }
 
-template <class Read>
-bool Tried(bool throwing, Read read) {
+// Reads a field from the parser. Nothing if the read fails, which it says in the way that it was told to.
+template <class T, class Read>
+std::optional<T> Tried(bool throwing, T value, Read read) {
+  const T before = value;
+  bool good = false;
   try {
-    const bool good = read();
+    good = read(value);
     Require(good || !throwing, "a read that fails throws where it was told to");
-    return good;
   } catch (const CUserException&) {
     Require(throwing, "a read that fails throws only where it was told to");
-    return false;
   }
+  Require(good || value == before, "a read that fails leaves the value");
+  return good ? std::optional(value) : std::nullopt;
 }
 
-class Reader {
- public:
-  Reader(const CString& text, const CString& delimiters, bool throwing)
-      : m_Fields(Split(text, delimiters)), m_Parser(text, delimiters, throwing), m_bThrowing(throwing) {}
-
-  void Step(unsigned nOperation) {
-    const Field* const field = m_nNext < m_Fields.size() ? &m_Fields[m_nNext] : nullptr;
-    switch (nOperation % 6) {
-      case 0:
-        ReadText(field);
-        break;
-      case 1:
-        ReadInt(field);
-        break;
-      case 2:
-        ReadDouble(field);
-        break;
-      case 3:
-        Require(Tried(m_bThrowing, [this] { return m_Parser.SkipField(); }) == (field != nullptr),
-                "a field to skip");
-        break;
-      case 4:
-        m_bThrowing = !m_bThrowing;
-        m_Parser.SetExceptionThrowing(m_bThrowing);
-        return;
-      default:
-        CheckRemaining();
-        return;
-    }
-    if (field != nullptr) ++m_nNext;
-  }
-
- private:
-  void ReadText(const Field* field) {
-    CString text("before");
-    const bool good = Tried(m_bThrowing, [&] { return m_Parser.GetNextString(text); });
-    Require(good == (field != nullptr) && text == (good ? field->text : CString("before")), "a text field");
-  }
-  void ReadInt(const Field* field) {
-    int expected = 4711;
+void Read(CParser& parser, unsigned nKind, bool throwing, const Field* field) {
+  if (nKind == 0) {
+    const auto text =
+        Tried(throwing, CString("before"), [&](CString& out) { return parser.GetNextString(out); });
+    Require(text == (field != nullptr ? std::optional(field->text) : std::nullopt), "a text field");
+  } else if (nKind == 1) {
+    int expected = 0;
     const bool number = field != nullptr && ParseInt(field->text.View(), &expected);
-    int value = 4711;
-    Require(Tried(m_bThrowing, [&] { return m_Parser.GetInt(value); }) == number, "a whole number or none");
-    Require(value == expected, "the value of a whole number");
-  }
-  void ReadDouble(const Field* field) {
+    const auto value = Tried(throwing, 4711, [&](int& out) { return parser.GetInt(out); });
+    Require(value == (number ? std::optional(expected) : std::nullopt), "a whole number or none");
+  } else if (nKind == 2) {
     double expected = 0.0;
     int rest = 0;
     const bool number = field != nullptr && ParseDouble(field->text.View(), expected, rest);
-    double value = 4711.0;
-    Require(Tried(m_bThrowing, [&] { return m_Parser.GetDouble(value); }) == number,
-            "a decimal number or none");
-    Require(value == (number ? expected : 4711.0), "the value of a decimal number");
+    const auto value = Tried(throwing, 4711.0, [&](double& out) { return parser.GetDouble(out); });
+    Require(value == (number ? std::optional(expected) : std::nullopt), "a decimal number or none");
+  } else {
+    Require(Tried(throwing, 0, [&](int&) { return parser.SkipField(); }).has_value() == (field != nullptr),
+            "a field to skip");
   }
-  void CheckRemaining() {
-    if (m_nNext == 0) return;
-    Require(m_Parser.GetRemainingBuffer() == m_Fields[m_nNext - 1].behind, "what remains behind a field");
-  }
-
-  const std::vector<Field> m_Fields;
-  CParser m_Parser;
-  bool m_bThrowing;
-  std::size_t m_nNext = 0;
-};
+}
 
 }  // namespace
 
@@ -117,7 +71,23 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* pData, std::size_t nSi
   Input input(pData, nSize);
   const unsigned choice = input.Byte();
   const std::string_view operations = input.TakeThrough('\n');
-  Reader reader(TextOf(input.Rest(), (choice & 8) != 0), kDelimiters[choice & 3], (choice & 4) != 0);
-  for (const char operation : operations) reader.Step(static_cast<unsigned char>(operation));
+  const CString text = TextOf(input.Rest(), (choice & 8) != 0);
+  const std::vector<Field> fields = Split(text, kDelimiters[choice & 3]);
+  bool throwing = (choice & 4) != 0;
+  CParser parser(text, kDelimiters[choice & 3], throwing);
+  std::size_t next = 0;
+  for (const char operation : operations) {
+    const unsigned kind = static_cast<unsigned char>(operation) % 6;
+    if (kind == 4) {
+      throwing = !throwing;
+      parser.SetExceptionThrowing(throwing);
+    } else if (kind == 5) {
+      Require(next == 0 || parser.GetRemainingBuffer() == fields[next - 1].behind,
+              "what remains behind a field");
+    } else {
+      Read(parser, kind, throwing, next < fields.size() ? &fields[next] : nullptr);
+      if (next < fields.size()) ++next;
+    }
+  }
   return 0;
 }

@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <fstream>
+#include <functional>
 #include <initializer_list>
 #include <iterator>
 #include <memory>
@@ -46,19 +47,15 @@ CString TextOf(std::string_view bytes, bool bWide) {
 
 namespace {
 
-bool AreFinite(std::initializer_list<double> numbers) {
-  return std::all_of(numbers.begin(), numbers.end(), [](double number) { return std::isfinite(number); });
-}
-
-template <std::size_t N>
-bool IsTerminated(const char (&text)[N]) {
-  return std::memchr(text, 0, N) != nullptr;
+void RequireNumbers(std::initializer_list<double> numbers, const char* pszClaim) {
+  Require(std::all_of(numbers.begin(), numbers.end(), [](double number) { return std::isfinite(number); }),
+          pszClaim);
 }
 
 void CheckStatus(const CGPSStatusData& status) {
-  Require(IsTerminated(status.m_szText), "a text has its terminator");
-  Require(AreFinite({status.m_dBeaconFrequency, status.m_dFixedAltitude, status.m_dOutputInterval}),
-          "the numbers of the status are numbers");
+  Require(std::memchr(status.m_szText, 0, sizeof status.m_szText) != nullptr, "a text has its terminator");
+  RequireNumbers({status.m_dBeaconFrequency, status.m_dFixedAltitude, status.m_dOutputInterval},
+                 "the numbers of the status are numbers");
   for (const NmeaMsgStatus state :
        {status.m_nNmeaGGA, status.m_nNmeaGSA, status.m_nNmeaZDA, status.m_nNmeaGLL, status.m_nNmeaVTG,
         status.m_nNmeaSAT, status.m_nNmeaGSV})
@@ -68,17 +65,15 @@ void CheckStatus(const CGPSStatusData& status) {
 }
 
 void CheckRecord(const CGPSData& record) {
-  Require(AreFinite({record.m_dLatitude, record.m_dLongitude, record.m_dAltitude, record.m_dTimeOfDay}),
-          "the position is numbers");
-  Require(AreFinite({record.m_dHDOP, record.m_dPDOP, record.m_dVDOP, record.m_dAverageSNR}),
-          "the quality is numbers");
-  Require(AreFinite({record.m_dSpeed, record.m_dHeading, record.m_dLocalNorth, record.m_dLocalEast}),
-          "the motion is numbers");
+  RequireNumbers({record.m_dLatitude, record.m_dLongitude, record.m_dAltitude, record.m_dTimeOfDay,
+                  record.m_dHDOP, record.m_dPDOP, record.m_dVDOP, record.m_dAverageSNR, record.m_dSpeed,
+                  record.m_dHeading, record.m_dLocalNorth, record.m_dLocalEast},
+                 "position, quality and motion are numbers");
   Require(record.m_nSignalType >= UDF_SIGNAL_NONE && record.m_nSignalType <= UDF_SIGNAL_UNKNOWN,
           "a known kind of fix");
   Require(record.m_nSatellitesInView >= record.m_nSatellitesUsed, "as many in view as are used");
   for (const CGPSSatelliteData& slot : record.m_Satellites) {
-    Require(AreFinite({slot.m_dElevation, slot.m_dAzimuth}), "a satellite's angles are numbers");
+    RequireNumbers({slot.m_dElevation, slot.m_dAzimuth}, "a satellite's angles are numbers");
     const auto same = [&](const CGPSSatelliteData& other) { return other.m_nPRN == slot.m_nPRN; };
     Require(slot.m_nPRN == 0 ||
                 std::count_if(std::begin(record.m_Satellites), std::end(record.m_Satellites), same) == 1,
@@ -140,23 +135,18 @@ void CheckingWindow::Drain() {
   for (MSG message; PeekMessageW(&message, PM_REMOVE);) DispatchMessageW(message);
 }
 
-void GrowingCounters::Read(long long (&counts)[kCount]) const {
+GrowingCounters::Counts GrowingCounters::Read() const {
   const CGPSReceiver& receiver = *m_Engine.GetReceiver();
-  counts[0] = m_Engine.GetMessages();
-  counts[1] = m_Engine.GetDroppedBuffers();
-  counts[2] = receiver.GetSentencesRecognised();
-  counts[3] = receiver.GetChecksumErrors();
-  counts[4] = receiver.GetBinaryMessages();
-  counts[5] = receiver.GetBadBinaryMessages();
+  return {m_Engine.GetMessages(),       m_Engine.GetDroppedBuffers(), receiver.GetSentencesRecognised(),
+          receiver.GetChecksumErrors(), receiver.GetBinaryMessages(), receiver.GetBadBinaryMessages()};
 }
 
 void GrowingCounters::Check() {
-  long long now[kCount];
-  Read(now);
-  for (int i = 0; i < kCount; ++i) Require(now[i] >= m_Last[i], "a counter grows");
-  std::copy(std::begin(now), std::end(now), std::begin(m_Last));
+  const Counts now = Read();
+  Require(std::equal(now.begin(), now.end(), m_Last.begin(), std::greater_equal()), "every counter grows");
   Require(now[3] <= now[2], "what has a bad checksum was recognised");
   Require(now[5] <= now[4], "a bad binary message is a binary message");
+  m_Last = now;
 }
 
 Rig& Rig::Instance() {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <string>
@@ -53,14 +54,14 @@ class CheckingWindow : public CWnd {
 /// The counters of an engine and its receiver, which only ever grow.
 class GrowingCounters {
  public:
-  explicit GrowingCounters(const CGPSEngine& engine) : m_Engine(engine) { Read(m_Last); }
+  explicit GrowingCounters(const CGPSEngine& engine) : m_Engine(engine) {}
   void Check();
 
  private:
-  static constexpr int kCount = 6;
-  void Read(long long (&counts)[kCount]) const;
+  using Counts = std::array<long long, 6>;
+  Counts Read() const;
   const CGPSEngine& m_Engine;
-  long long m_Last[kCount] = {};
+  Counts m_Last = Read();
 };
 
 /// An engine on one thread in rehearsed time, its receiver's port open. One for the whole process, and each
