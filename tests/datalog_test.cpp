@@ -35,18 +35,16 @@ class DataLog : public testing::Test {
 };
 
 TEST_F(DataLog, IsReadyWithANameAnIntervalAndTheSwitchOn) {
-  EXPECT_FALSE(log.IsReady());
-  log.Enable(true);
-  EXPECT_FALSE(log.IsReady());
-  log.SetFilename("line7");
-  EXPECT_TRUE(log.IsReady());
-  log.SetLogInterval(0.1);
-  EXPECT_TRUE(log.IsReady());
-  log.SetLogInterval(0.09);
-  EXPECT_FALSE(log.IsReady());
-  log.SetLogInterval(5.0);
-  log.Enable(false);
-  EXPECT_FALSE(log.IsReady());
+  for (const std::string name : {"", "line7"}) {
+    for (const double interval : {0.09, 0.1, 5.0}) {
+      for (const bool on : {false, true}) {
+        if (!name.empty()) log.SetFilename(name.c_str());
+        log.SetLogInterval(interval);
+        log.Enable(on);
+        EXPECT_EQ(log.IsReady(), !name.empty() && interval >= 0.1 && on) << name << interval << on;
+      }
+    }
+  }
 }
 
 TEST_F(DataLog, FilenameEndsAtItsFirstDotAndTakesTheExtension) {
@@ -60,12 +58,7 @@ TEST_F(DataLog, FilenameEndsAtItsFirstDotAndTakesTheExtension) {
 
 TEST_F(DataLog, DefaultFilenameHasTheLocalDateAndTimeWithoutZeros) {
   std::tm local{};
-  local.tm_year = 2009 - 1900;
-  local.tm_mon = 2;
-  local.tm_mday = 3;
-  local.tm_hour = 9;
-  local.tm_min = 5;
-  local.tm_sec = 7;
+  strptime("2009-03-03 09:05:07", "%F %T", &local);
   local.tm_isdst = -1;
   time.SetUnixSeconds(std::mktime(&local));
   EXPECT_EQ(log.GenerateDefaultFilename("job.txt"), "job_3Mar_9h5m7s.raw");
@@ -75,15 +68,13 @@ TEST_F(DataLog, DefaultFilenameHasTheLocalDateAndTimeWithoutZeros) {
 }
 
 TEST_F(DataLog, MinutesElapsedPassOverWholeDays) {
-  constexpr struct {
-    DWORD seconds;
-    int minutes;
-  } kSpans[] = {{0, 0}, {59, 0}, {90, 1}, {3'600, 60}, {86'399, 1'439}, {86'400, 0}, {25 * 3'600, 60}};
-  for (const auto& span : kSpans) {
+  constexpr std::pair<int, int> kSpans[] = {{0, 0},          {59, 0},     {90, 1},         {3'600, 60},
+                                            {86'399, 1'439}, {86'400, 0}, {25 * 3'600, 60}};
+  for (const auto& [seconds, minutes] : kSpans) {
     time.SetUnixSeconds(1'000'000'000);
     log.SetTimeMark();
-    time.SetUnixSeconds(1'000'000'000 + span.seconds);
-    EXPECT_EQ(log.GetMinutesElapsed(), span.minutes) << span.seconds;
+    time.SetUnixSeconds(1'000'000'000 + seconds);
+    EXPECT_EQ(log.GetMinutesElapsed(), minutes) << seconds;
   }
   EXPECT_EQ(log.GetStatusString(), "Num Epochs: 42, Time: 60 min.");
   EXPECT_EQ(NullLog(nullptr).GetMinutesElapsed(), 0);
@@ -91,11 +82,9 @@ TEST_F(DataLog, MinutesElapsedPassOverWholeDays) {
 
 TEST_F(DataLog, OnlyPortTwoIsNotComOne) {
   EXPECT_EQ(log.Port(), "COM1");
-  log.SetPort(2);
-  EXPECT_EQ(NullLog(log).Port(), "COM2");
-  for (const int port : {0, 1, 3}) {
+  for (const int port : {2, 0, 1, 3}) {
     log.SetPort(port);
-    EXPECT_EQ(log.Port(), "COM1");
+    EXPECT_EQ(NullLog(log).Port(), port == 2 ? "COM2" : "COM1");
   }
 }
 

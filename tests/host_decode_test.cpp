@@ -64,65 +64,26 @@ TEST_F(HostDecode, EndsTheRecordFormatWithASummary) {
       "\n");
 }
 
-TEST_F(HostDecode, GivesTheSameRecordsInChunksOfAnySize) {
-  options_.format = Format::record;
-  Decoded(Stream());  // leaves in the library's one working record what every further run finds there
-  const std::string whole = Decoded(Stream());
-  for (const int chunk : {1, 7, 100}) {
-    options_.chunk = chunk;
-    EXPECT_EQ(Decoded(Stream()), whole);
-  }
-}
-
-TEST_F(HostDecode, GivesTheLinesOfATextLogTheirLineEnds) {
+TEST_F(HostDecode, GivesTheSameRecordsInChunksOfAnySizeWithLineEndsOrWithout) {
   options_.format = Format::record;
   Decoded(Stream());  // leaves in the library's one working record what every further run finds there
   const std::string whole = Decoded(Stream());
   std::string log = Stream();
   std::erase(log, '\r');
   log.pop_back();  // the last line of a log may lack its end
-  for (const int chunk : {1, 64, 4096}) {
+  for (const int chunk : {1, 7, 64, 100, 4096}) {
     options_.chunk = chunk;
-    EXPECT_EQ(Decoded(log), whole);
+    for (const std::string& recording : {Stream(), log}) EXPECT_EQ(Decoded(recording), whole) << chunk;
   }
 }
 
-TEST_F(HostDecode, TakesHeightsAsTheyAreSetUp) {
+TEST_F(HostDecode, TakesHeightsAsTheyAreSetUpAndDatesARecordingByItself) {
   options_.antenna_height = 2.0;
   options_.geoid = Geoid::add;
   options_.format = Format::json;
-  EXPECT_NE(Decoded(Stream()).find("\"altHAE\":590.3000"), std::string::npos);
-}
-
-TEST_F(HostDecode, DatesARecordingByItself) {
-  options_.format = Format::json;
-  const std::string date = WithChecksum("$GPZDA,123512,31,12,1998,00,00");
-  EXPECT_NE(Decoded(Stream() + date).find("\"time\":\"1998-12-31T12:35:10.000Z\""), std::string::npos);
-}
-
-TEST_F(HostDecode, ShowsTheSummaryAloneWithNoFormat) {
+  const std::string text = Decoded(Stream() + WithChecksum("$GPZDA,123512,31,12,1998,00,00"));
+  EXPECT_NE(text.find("\"altHAE\":590.3000"), std::string::npos) << text;
+  EXPECT_NE(text.find("\"time\":\"1998-12-31T12:35:10.000Z\""), std::string::npos) << text;
   options_.format = Format::none;
   EXPECT_TRUE(Decoded("").starts_with("{\"summary\":{\"messages\":0,"));
-}
-
-TEST_F(HostDecode, NamesWhatIsWrong) {
-  Output output(-1);
-  options_.file = "/nonexistent/x.log";
-  try {
-    Decode(options_, interrupt_, output);
-    FAIL();
-  } catch (const Failure& failure) {
-    EXPECT_EQ(failure.Code(), ExitCode::failed);
-    EXPECT_STREQ(failure.what(), "cannot read /nonexistent/x.log: No such file or directory");
-  }
-  options_.model = "other";
-  try {
-    Decode(options_, interrupt_, output);
-    FAIL();
-  } catch (const Failure& failure) {
-    EXPECT_EQ(failure.Code(), ExitCode::usage);
-    const std::string text = failure.what();
-    EXPECT_TRUE(text.find("\"other\"") != std::string::npos &&
-                text.find("\"Ashtech\", \"CSI\"") != std::string::npos);
-  }
 }

@@ -4,6 +4,8 @@
 #include <limits>
 #include <numbers>
 
+#include "host/records/recordsink.h"
+#include "simulator/geodesy.h"
 #include "tests/support/receivertest.h"
 #include "tests/support/wirebuilder.h"
 
@@ -98,25 +100,17 @@ TEST_F(AshtechRaw, RefusesABadMeasurementAndGoesOnWithoutIt) {
 
 // Geodetic to earth-centred is exact, unlike the way back.
 TEST_F(AshtechRaw, PositionComesInDegreesAndMetres) {
-  constexpr double a = 6378137.0, f = 0.003352810681238051, e2 = f * (2.0 - f);
-  constexpr struct {
-    double latitude, longitude, height;
-  } kPlaces[] = {{0, 0, 0},           {0, 45, 0},          {51.5, -0.1, 45},
-                 {-33.9, 151.2, 120}, {64.1, -179.9, -30}, {89.9, 10, 9000}};
-  for (const auto& place : kPlaces) {
-    const double latitude = place.latitude * std::numbers::pi / 180,
-                 longitude = place.longitude * std::numbers::pi / 180;
-    const double n = a / std::sqrt(1 - e2 * std::pow(std::sin(latitude), 2));
-    const double p = (n + place.height) * std::cos(latitude);
+  constexpr simulator::Geodetic kPlaces[] = {{0, 0, 0},           {0, 45, 0},          {51.5, -0.1, 45},
+                                             {-33.9, 151.2, 120}, {64.1, -179.9, -30}, {89.9, 10, 9000}};
+  for (const auto& [latitude, longitude, height] : kPlaces) {
+    const auto p =
+        ToVector(simulator::Geodetic{simulator::Radians(latitude), simulator::Radians(longitude), height});
     FeedMeasurements(4);
-    FeedBinary(Pbn{.x = p * std::cos(longitude),
-                   .y = p * std::sin(longitude),
-                   .z = (n * (1 - e2) + place.height) * std::sin(latitude)}
-                   .Message());
+    FeedBinary(Pbn{.x = p.x, .y = p.y, .z = p.z}.Message());
     const CGPSDataRaw& epoch = window.epochs.back();
-    EXPECT_NEAR(epoch.m_dLatitude, place.latitude, 1e-9);
-    EXPECT_NEAR(epoch.m_dLongitude, place.longitude, 1e-9);
-    EXPECT_NEAR(epoch.m_dHeight, place.height, 1e-3);
+    EXPECT_NEAR(epoch.m_dLatitude, latitude, 1e-9);
+    EXPECT_NEAR(epoch.m_dLongitude, longitude, 1e-9);
+    EXPECT_NEAR(epoch.m_dHeight, height, 1e-3);
   }
   FeedMeasurements(4);
   FeedBinary(Pbn{.x = 0.0}.Message());  // the earth's centre has no place on its surface
@@ -131,19 +125,16 @@ TEST_F(AshtechRaw, EphemerisReachesTheHostWholeWithOneNotification) {
   EXPECT_TRUE(FeedBinary(Snv{.week = 1450, .prnLessOne = 8}.Message()));
   ASSERT_EQ(window.ephemerides.size(), 1U);
   EXPECT_EQ(calls, 1);
-  const CGPSDataEphemeris& e = window.ephemerides.front();
-  EXPECT_EQ(e.m_nWeek, 1450);
-  EXPECT_EQ(e.m_nPRN, 9);
-  const std::int32_t wholes[] = {e.m_lTow, e.m_lAodc, e.m_lToc, e.m_lAode, e.m_lToe};
-  const std::int32_t expectedWholes[] = {1, 3, 4, 8, 13};
-  EXPECT_TRUE(std::equal(std::begin(wholes), std::end(wholes), expectedWholes));
-  const double numbers[] = {e.m_dTgd,   e.m_dAf2,          e.m_dAf1,      e.m_dAf0, e.m_dDeltaN,
-                            e.m_dM0,    e.m_dEccentricity, e.m_dSqrtA,    e.m_dCic, e.m_dCrc,
-                            e.m_dCis,   e.m_dCrs,          e.m_dCuc,      e.m_dCus, e.m_dOmega0,
-                            e.m_dOmega, e.m_dI0,           e.m_dOmegaDot, e.m_dIDot};
-  const double expected[] = {2.5,  5.5,  6.5,  7.5,  9.5,   10.25, 11.25,  12.25, 14.5, 15.5,
-                             16.5, 17.5, 18.5, 19.5, 20.25, 21.25, -22.25, 23.5,  -24.5};
-  for (std::size_t i = 0; i < std::size(numbers); ++i) EXPECT_EQ(numbers[i], expected[i]) << i;
+  std::string shown;
+  host::RecordSink(shown).OnEphemeris(window.ephemerides.front());
+  EXPECT_EQ(
+      shown,
+      R"({"message":"WM_GPS_NEW_EPHEMERIS","m_nPRN":9,"m_nWeek":1450,"m_lTow":1,"m_dTgd":2.5,"m_lAodc":3,)"
+      R"("m_lToc":4,"m_dAf2":5.5,"m_dAf1":6.5,"m_dAf0":7.5,"m_lAode":8,"m_dDeltaN":9.5,"m_dM0":10.25,)"
+      R"("m_dEccentricity":11.25,"m_dSqrtA":12.25,"m_lToe":13,"m_dCic":14.5,"m_dCrc":15.5,"m_dCis":16.5,)"
+      R"("m_dCrs":17.5,"m_dCuc":18.5,"m_dCus":19.5,"m_dOmega0":20.25,"m_dOmega":21.25,"m_dI0":-22.25,)"
+      R"("m_dOmegaDot":23.5,"m_dIDot":-24.5})"
+      "\n");
 
   EXPECT_TRUE(FeedBinary(Snv{.week = 0}.Message()));  // decoded, but not usable
   EXPECT_FALSE(FeedBinary(Snv{.checksumError = -1}.Message()));
@@ -161,19 +152,15 @@ TEST_F(AshtechRaw, WeekIsThatOfTheLastEphemerisElseOfTheLocalDate) {
   };
   const char* const oldZone = std::getenv("TZ");
   const std::string restored = oldZone ? oldZone : "";
-  constexpr struct {
-    const char* zone;
-    std::int64_t seconds;
-    int week;
-  } kMoments[] = {
+  constexpr std::tuple<const char*, std::int64_t, int> kMoments[] = {
       {"UTC0", 315'964'800, 0},       {"UTC0", 316'569'599, 0},      {"UTC0", 316'569'600, 1},
       {"EAST-3", 316'569'600 - 1, 1}, {"WEST3", 316'569'600 + 1, 0}, {"UTC0", 1'554'595'199, 2047},
       {"UTC0", 1'554'595'200, 2048},  {"UTC0", 951'782'400, 1051},   {"UTC0", 4'107'542'400, 6269}};
-  for (const auto& moment : kMoments) {
-    setenv("TZ", moment.zone, 1);
+  for (const auto& [zone, seconds, number] : kMoments) {
+    setenv("TZ", zone, 1);
     tzset();
-    line.SetUnixSeconds(moment.seconds);
-    EXPECT_EQ(week(), moment.week) << moment.seconds << " " << moment.zone;
+    line.SetUnixSeconds(seconds);
+    EXPECT_EQ(week(), number) << seconds << " " << zone;
   }
   oldZone ? setenv("TZ", restored.c_str(), 1) : unsetenv("TZ");
   tzset();
