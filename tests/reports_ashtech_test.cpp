@@ -2,6 +2,7 @@
 #include <numbers>
 
 #include "tests/support/receivertest.h"
+#include "tests/support/sharedstate.h"
 #include "tests/support/wirebuilder.h"
 
 namespace {
@@ -10,15 +11,7 @@ constexpr double kDegree = std::numbers::pi / 180.0;
 
 class AshtechReport : public ReceiverTest<> {
  protected:
-  // The satellite table outlives a receiver. A fix without satellites and twelve strangers, none of them
-  // used, make it a known one.
-  AshtechReport() {
-    FeedSentence("$GPGGA,120000.00,5130.0000,N,00006.0000,W,1,00,1.0,45.0,M,47.0,M,,");
-    FeedSentence("$GPGSA,A,1,,,,,,,,,,,,,,,");
-    Feed(Sat(201, 12, 'U'));
-    Feed(Sat(201, 12, '-'));
-    window.records.clear();
-  }
+  AshtechReport() { SharedState::Reset(); }
 
   /// A report of `count` satellites from number `first` on.
   static std::string Sat(int first, int count, char flag) {
@@ -49,17 +42,16 @@ TEST_F(AshtechReport, SatReportFillsTheTableAndIsPublishedAtOnce) {
   EXPECT_TRUE(Last().m_bSatellitesComplete);
   EXPECT_FALSE(Last().m_bPositionValid);
   EXPECT_DOUBLE_EQ(Last().m_dAverageSNR, 49.5);
-  constexpr struct {
-    int prn, azimuth, elevation, snr;
-    bool used;
-  } kExpected[] = {{4, 112, 36, 47, true}, {9, 301, 71, 52, true}, {27, 45, 8, 33, false}};
-  for (const auto& expected : kExpected) {
-    const CGPSSatelliteData* const satellite = Find(expected.prn);
-    ASSERT_NE(satellite, nullptr) << expected.prn;
-    EXPECT_DOUBLE_EQ(satellite->m_dAzimuth, expected.azimuth * kDegree);
-    EXPECT_DOUBLE_EQ(satellite->m_dElevation, expected.elevation * kDegree);
-    EXPECT_EQ(satellite->m_nSNR, expected.snr);
-    EXPECT_EQ(satellite->m_bUsed, expected.used);
+  constexpr CGPSSatelliteData kExpected[] = {{36 * kDegree, 112 * kDegree, 4, true, true, 47},
+                                             {71 * kDegree, 301 * kDegree, 9, true, true, 52},
+                                             {8 * kDegree, 45 * kDegree, 27, false, true, 33}};
+  for (const CGPSSatelliteData& expected : kExpected) {
+    const CGPSSatelliteData* const satellite = Find(expected.m_nPRN);
+    ASSERT_NE(satellite, nullptr) << expected.m_nPRN;
+    EXPECT_DOUBLE_EQ(satellite->m_dAzimuth, expected.m_dAzimuth);
+    EXPECT_DOUBLE_EQ(satellite->m_dElevation, expected.m_dElevation);
+    EXPECT_EQ(satellite->m_nSNR, expected.m_nSNR);
+    EXPECT_EQ(satellite->m_bUsed, expected.m_bUsed);
     EXPECT_TRUE(satellite->m_bInView);
   }
   const auto inView = [](const CGPSSatelliteData& satellite) { return satellite.m_bInView; };
@@ -101,23 +93,24 @@ TEST_F(AshtechReport, SatReportThatEndsTooSoonKeepsWhatItReadAndIsNotPublished) 
 }
 
 TEST_F(AshtechReport, CountsBinaryMessagesAndThoseItRefuses) {
-  const auto counters = [&] {
-    return std::pair(receiver.GetBinaryMessages(), receiver.GetBadBinaryMessages());
-  };
-  receiver.AttachRawData(nullptr, 0);
-  EXPECT_FALSE(Feed("$PASHR,PBN,\n"));  // no bytes attached
-  EXPECT_EQ(counters(), std::pair(1, 0));
-  EXPECT_FALSE(FeedBinary("$PASHR,MBN,"));  // no payload
-  EXPECT_EQ(counters(), std::pair(2, 0));
-  EXPECT_FALSE(FeedBinary("$PASHR,SNV,short\r"));
-  EXPECT_EQ(counters(), std::pair(3, 1));
-  EXPECT_FALSE(FeedBinary(Mbn{.checksumError = 1}.Message()));
-  EXPECT_EQ(counters(), std::pair(4, 2));
-  EXPECT_TRUE(FeedBinary(Mbn{}.Message().replace(7, 3, "mbn")));
-  EXPECT_EQ(counters(), std::pair(5, 2));
-  for (const char* other : {"$PASHR,MCA,\n", "$PASHR,SAL,\n", "$PASHR,POS,1,2,3*00\r\n"})
-    EXPECT_FALSE(Feed(other));
-  EXPECT_EQ(counters(), std::pair(5, 2));
+  const struct {
+    std::string message;
+    bool attached, taken;
+    int binary, bad;                                  // from now on
+  } rows[] = {{"$PASHR,PBN,\n", false, false, 1, 0},  // no bytes attached
+              {"$PASHR,MBN,", true, false, 2, 0},     // no payload
+              {"$PASHR,SNV,short\r", true, false, 3, 1},
+              {Mbn{.checksumError = 1}.Message(), true, false, 4, 2},
+              {Mbn{}.Message().replace(7, 3, "mbn"), true, true, 5, 2},
+              {"$PASHR,MCA,\n", false, false, 5, 2},
+              {"$PASHR,SAL,\n", false, false, 5, 2},
+              {"$PASHR,POS,1,2,3*00\r\n", false, false, 5, 2}};
+  for (const auto& row : rows) {
+    receiver.AttachRawData(nullptr, 0);
+    EXPECT_EQ(row.attached ? FeedBinary(row.message) : Feed(row.message), row.taken) << row.message;
+    EXPECT_EQ(receiver.GetBinaryMessages(), row.binary) << row.message;
+    EXPECT_EQ(receiver.GetBadBinaryMessages(), row.bad) << row.message;
+  }
 }
 
 }  // namespace

@@ -7,6 +7,7 @@
 #include "host/records/recordsink.h"
 #include "simulator/geodesy.h"
 #include "tests/support/receivertest.h"
+#include "tests/support/sharedstate.h"
 #include "tests/support/wirebuilder.h"
 
 namespace {
@@ -15,21 +16,12 @@ constexpr double kSpeedOfLight = 299792458.0;
 
 class AshtechRaw : public ReceiverTest<> {
  protected:
-  // The epoch and the ephemeris at hand outlive a receiver: begin with neither.
-  AshtechRaw() {
-    FeedBinary(Pbn{.checksumError = 1}.Message());
-    FeedBinary(Snv{.week = 0}.Message());
-    window.records.clear();
-    bad = receiver.GetBadBinaryMessages();
-  }
+  AshtechRaw() { SharedState::Reset(); }
 
   /// Measurements of satellites 1 to `count`.
   void FeedMeasurements(int count) {
     for (int prn = 1; prn <= count; ++prn) FeedBinary(Mbn{.prn = prn, .toFollow = count - prn}.Message());
   }
-  int Refused() const { return receiver.GetBadBinaryMessages() - bad; }
-
-  int bad = 0;
 };
 
 TEST_F(AshtechRaw, PositionOfAnEpochSendsItsMeasurements) {
@@ -81,7 +73,7 @@ TEST_F(AshtechRaw, EpochOfThreeSatellitesOrABadPositionIsDropped) {
   FeedBinary(Mbn{.prn = 9}.Message());
   FeedBinary(Pbn{}.Message());
   EXPECT_TRUE(window.epochs.empty());
-  EXPECT_EQ(Refused(), 1);
+  EXPECT_EQ(receiver.GetBadBinaryMessages(), 1);
 }
 
 TEST_F(AshtechRaw, RefusesABadMeasurementAndGoesOnWithoutIt) {
@@ -92,7 +84,7 @@ TEST_F(AshtechRaw, RefusesABadMeasurementAndGoesOnWithoutIt) {
                           {.prn = 0},
                           {.prn = -4}};
   for (const Mbn& mbn : kBad) EXPECT_FALSE(FeedBinary(mbn.Message()));
-  EXPECT_EQ(Refused(), 5);
+  EXPECT_EQ(receiver.GetBadBinaryMessages(), 5);
   FeedBinary(Pbn{}.Message());
   ASSERT_EQ(window.epochs.size(), 1U);
   EXPECT_EQ(window.epochs.front().GetNumSV(), 4);

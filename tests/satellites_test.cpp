@@ -1,9 +1,9 @@
 // GSA, GSV and VTG, whichever comes first.
 #include <numbers>
-#include <numeric>
 
 #include "gpsengine/receiver/speedengine.h"
 #include "tests/support/receivertest.h"
+#include "tests/support/sharedstate.h"
 
 namespace {
 
@@ -11,18 +11,9 @@ constexpr double kDegree = std::numbers::pi / 180.0;
 
 struct SatelliteTest : ReceiverTest<> {
   SatelliteTest() {
-    // The table outlives a receiver. Twice twelve new numbers leave 101 to 112 in its slots, in order, none
-    // of them used.
-    std::vector<int> numbers(12);
-    for (const int first : {201, 101}) {
-      std::iota(numbers.begin(), numbers.end(), first);
-      Gsa(numbers);
-    }
+    SharedState::Reset();
+    Gsa({101, 102, 103, 104, 105, 106, 107, 108, 109, 110, 111, 112});  // no slot is empty
     Gsa({});
-    // A slot shows the signal of its last satellite until the new one reports its own.
-    FeedSentence("$GPGSV,3,1,12,101,0,0,,102,0,0,,103,0,0,,104,0,0,");
-    FeedSentence("$GPGSV,3,2,12,105,0,0,,106,0,0,,107,0,0,,108,0,0,");
-    FeedSentence("$GPGSV,3,3,12,109,0,0,,110,0,0,,111,0,0,,112,0,0,");
   }
   bool Gsa(std::vector<int> numbers, const char* dilutions = "2.5,1.3,2.1") {
     std::string sentence = "$GPGSA,A,3";
