@@ -3,6 +3,7 @@
 #include <chrono>
 #include <cstdio>
 #include <fstream>
+#include <iterator>
 #include <sstream>
 
 #include "host/run/failure.h"
@@ -19,9 +20,10 @@ struct Ended {
   std::string output, errors;
 };
 
-/// Runs the program to its end.
-Ended RunToEnd(std::vector<std::string> arguments) {
-  Program program(std::move(arguments));
+/// Runs the program to its end, its arguments between spaces.
+Ended RunToEnd(const std::string& arguments) {
+  std::istringstream words(arguments);
+  Program program({std::istream_iterator<std::string>(words), {}});
   // What it writes fits the pipes, so that it may end ahead of being read.
   const int code = program.Wait();
   return {code, program.Output(), program.Errors()};
@@ -54,36 +56,31 @@ class File {
 
 TEST(HostProgram, NamesWhatIsWrongAndExitsAccordingly) {
   const struct {
-    std::vector<std::string> arguments;
+    const char* arguments;
     ExitCode code;
     const char* text;
   } cases[] = {
-      {{"--version"}, ExitCode::done, ""},
-      {{"decode", "--help"}, ExitCode::done, ""},
-      {{}, ExitCode::usage, "A subcommand is required"},
-      {{"fly"}, ExitCode::usage, "fly"},
-      {{"decode"}, ExitCode::usage, "file"},
-      {{"decode", "x.log", "--format", "xml"}, ExitCode::usage, "xml"},
-      {{"decode", "/nonexistent.log"},
-       ExitCode::failed,
+      {"--version", ExitCode::done, ""},
+      {"decode --help", ExitCode::done, ""},
+      {"", ExitCode::usage, "A subcommand is required"},
+      {"fly", ExitCode::usage, "fly"},
+      {"decode", ExitCode::usage, "file"},
+      {"decode x.log --format xml", ExitCode::usage, "xml"},
+      {"decode /nonexistent.log", ExitCode::failed,
        "cannot read /nonexistent.log: No such file or directory"},
-      {{"decode", "/tmp", "--model", "other"}, ExitCode::usage, "\"Ashtech\", \"CSI\""},
-      {{"decode", "/tmp", "--date", "2024-13-01"}, ExitCode::usage, "2024-13-01"},
-      {{"monitor", "--count", "0"}, ExitCode::usage, "--count"},
-      {{"monitor", "--port", "/dev/x", "--play", "y"}, ExitCode::usage, "--play"},
-      {{"monitor", "--model", "Garmin"}, ExitCode::usage, "\"Garmin 17-N\""},
-      {{"monitor", "--port", "/dev/nonexistent"}, ExitCode::port_closed, "/dev/nonexistent"},
-      {{"monitor", "--play", "/nonexistent.log"}, ExitCode::failed, "/nonexistent.log"},
-      {{"monitor", "--record", "/nonexistent/x"}, ExitCode::failed, "/nonexistent/x"},
-      {{"monitor", "--rinex", "x"}, ExitCode::usage, "raw data"},
-      {{"command", "--dry-run", "--model", "Trimble", "gga-only"},
-       ExitCode::refused,
-       "it offers start, send"},
-      {{"command", "--model", "CSI", "gga-only"}, ExitCode::usage, "--port"},
-      {{"command", "--port", "/dev/nonexistent", "--model", "CSI", "gga-only"},
-       ExitCode::port_closed,
-       "/dev/nonexistent"},
-      {{"simulate", "--rate", "-1"}, ExitCode::usage, "rate"},
+      {"decode /tmp --model other", ExitCode::usage, R"("Ashtech", "CSI")"},
+      {"decode /tmp --date 2024-13-01", ExitCode::usage, "2024-13-01"},
+      {"monitor --count 0", ExitCode::usage, "--count"},
+      {"monitor --port /dev/x --play y", ExitCode::usage, "--play"},
+      {"monitor --model Garmin", ExitCode::usage, "\"Garmin 17-N\""},
+      {"monitor --port /dev/nonexistent", ExitCode::port_closed, "/dev/nonexistent"},
+      {"monitor --play /nonexistent.log", ExitCode::failed, "/nonexistent.log"},
+      {"monitor --record /nonexistent/x", ExitCode::failed, "/nonexistent/x"},
+      {"monitor --rinex x", ExitCode::usage, "raw data"},
+      {"command --dry-run --model Trimble gga-only", ExitCode::refused, "it offers start, send"},
+      {"command --model CSI gga-only", ExitCode::usage, "--port"},
+      {"command --port /dev/nonexistent --model CSI gga-only", ExitCode::port_closed, "/dev/nonexistent"},
+      {"simulate --rate -1", ExitCode::usage, "rate"},
   };
   for (const auto& [arguments, code, text] : cases) {
     const Ended ended = RunToEnd(arguments);
@@ -94,33 +91,30 @@ TEST(HostProgram, NamesWhatIsWrongAndExitsAccordingly) {
 }
 
 TEST(HostProgram, ListsTheModelsWithTheirAnswers) {
-  const Ended json = RunToEnd({"models", "--format", "json"});
+  const Ended json = RunToEnd("models --format json");
   EXPECT_TRUE(
       json.output.starts_with("[\n  {\n    \"name\": \"Ashtech\",\n    \"class\": \"CAshtech\",\n"
                               "    \"GetDefaultBaudrate\": 9600,\n    \"HasRawData\": true,\n"))
       << json.output;
   EXPECT_NE(json.output.find("\"class\": \"COtherGps\""), std::string::npos);
-  const Ended table = RunToEnd({"models"});
+  const Ended table = RunToEnd("models");
   EXPECT_NE(table.output.find("\nTrimble           4800  -"), std::string::npos) << table.output;
-  EXPECT_NE(RunToEnd({"models", "CSI"}).output.find("  set-beacon auto | KHZ [BITRATE]  "),
-            std::string::npos);
+  EXPECT_NE(RunToEnd("models CSI").output.find("  set-beacon auto | KHZ [BITRATE]  "), std::string::npos);
 }
 
 TEST(HostProgram, PrintsTheTranscriptOfADryRun) {
-  const std::pair<std::vector<std::string>, const char*> rows[] = {
-      {{"CSI", "set-elevation-mask", "12"}, "write \"$PASHS,PEM,12\\r\\n\"\nwait 200\nresult none\n"},
-      {{"CSI", "--closed", "reset"}, "result false\n"},
-      {{"SiRF", "--force", "query-nmea"}, "result none\n"}};
-  for (auto [words, output] : rows) {
-    words.insert(words.begin(), {"command", "--dry-run", "--model"});
-    EXPECT_EQ(RunToEnd(words).output, output);
-  }
+  constexpr std::pair<const char*, const char*> rows[] = {
+      {"CSI set-elevation-mask 12", "write \"$PASHS,PEM,12\\r\\n\"\nwait 200\nresult none\n"},
+      {"CSI --closed reset", "result false\n"},
+      {"SiRF --force query-nmea", "result none\n"}};
+  for (const auto& [words, output] : rows)
+    EXPECT_EQ(RunToEnd(std::string("command --dry-run --model ") + words).output, output);
 }
 
 TEST(HostProgram, WritesWhatTheListOfReceiversSays) {
   std::ostringstream kept;
   kept << std::ifstream(GPSENGINE_SOURCE "/docs/receivers.md").rdbuf();
-  EXPECT_EQ(RunToEnd({"receivers-doc"}).output, kept.str()) << "gpsengine receivers-doc > docs/receivers.md";
+  EXPECT_EQ(RunToEnd("receivers-doc").output, kept.str()) << "gpsengine receivers-doc > docs/receivers.md";
 }
 
 TEST(HostProgram, EndsQuietlyWhenNobodyReadsItsOutput) {
@@ -160,13 +154,13 @@ TEST(HostProgram, EndsAfterAsManyRecordsAsWereAskedFor) {
   EXPECT_EQ(monitor.Wait(), 0);
   const std::string lines = monitor.Output();
   EXPECT_EQ(std::count(lines.begin(), lines.end(), '\n'), 2) << lines;
-  EXPECT_EQ(RunToEnd({"decode", record.Path(), "--format", "none"}).output.substr(0, 26),
+  EXPECT_EQ(RunToEnd("decode " + record.Path() + " --format none").output.substr(0, 26),
             "{\"summary\":{\"messages\":3,\"");
 }
 
 TEST(HostProgram, TellsSilenceFromWhatItDoesNotUnderstand) {
   PseudoTerminal line;
-  const Ended silent = RunToEnd({"monitor", "--port", line.Name(), "--timeout", "0.2"});
+  const Ended silent = RunToEnd("monitor --port " + line.Name() + " --timeout 0.2");
   EXPECT_EQ(silent.code, Code(ExitCode::nothing_understood));
   EXPECT_NE(silent.errors.find("no data came from " + line.Name() + " in 0.2 s"), std::string::npos);
 
@@ -188,13 +182,12 @@ TEST(HostProgram, PlaysARecordingUntilItIsInterrupted) {
 TEST(HostProgram, CommandsASimulatedReceiver) {
   Program simulate({"simulate", "--model", "CSI"});
   const std::string port = simulate.Line();
-  const auto command = [&](std::vector<std::string> words) {
-    words.insert(words.begin(), {"command", "--port", port, "--model", "CSI"});
-    return RunToEnd(std::move(words));
+  const auto command = [&](const std::string& words) {
+    return RunToEnd("command --port " + port + " --model CSI " + words);
   };
-  EXPECT_EQ(command({"set-elevation-mask", "12"}).code, 0);
+  EXPECT_EQ(command("set-elevation-mask 12").code, 0);
   // Its parameters come in lines that are no messages.
-  const Ended query = command({"query-elevation-mask"});
+  const Ended query = command("query-elevation-mask");
   EXPECT_EQ(query.code, 0) << query.errors;
   EXPECT_NE(query.output.find("report: elevation mask 12 deg"), std::string::npos) << query.output;
 
@@ -209,8 +202,7 @@ TEST(HostProgram, CommandsASimulatedReceiver) {
 
 TEST(HostProgram, SaysThatNothingAnswered) {
   PseudoTerminal line;
-  const Ended query =
-      RunToEnd({"command", "--port", line.Name(), "--model", "Starlink", "query-nmea", "--listen", "0.1"});
+  const Ended query = RunToEnd("command --port " + line.Name() + " --model Starlink query-nmea --listen 0.1");
   EXPECT_EQ(query.code, Code(ExitCode::refused));
   EXPECT_NE(query.errors.find("no report answered query-nmea, and no data came"), std::string::npos)
       << query.errors;
@@ -218,8 +210,7 @@ TEST(HostProgram, SaysThatNothingAnswered) {
 
 TEST(HostProgram, LogsRawDataOfALiveReceiver) {
   const File base("");
-  const Ended monitor =
-      RunToEnd({"monitor", "--model", "Ashtech", "--rinex", base.Path(), "--duration", "2"});
+  const Ended monitor = RunToEnd("monitor --model Ashtech --rinex " + base.Path() + " --duration 2");
   EXPECT_EQ(monitor.code, 0) << monitor.errors;
   EXPECT_NE(monitor.output.find("raw epoch: week "), std::string::npos) << monitor.output;
   for (const char* extension : {".obs", ".nav"}) EXPECT_EQ(std::remove((base.Path() + extension).c_str()), 0);
