@@ -89,6 +89,10 @@ TEST(Parser, SplitsAtAnyDelimiterAndKeepsEmptyFields) {
     for (CString field; parser.GetNextString(field);) found.push_back(field);
     EXPECT_EQ(found, fields);
   }
+  CString field;
+  parser.SetString(CString(u'x', 200) + ",");  // more than a text keeps within itself
+  EXPECT_TRUE(parser.GetNextString(field));
+  EXPECT_EQ(field.GetLength(), 200);
 }
 
 TEST(Parser, MovesOnByOneFieldGoodOrBad) {

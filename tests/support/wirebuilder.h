@@ -8,20 +8,11 @@
 /// Puts the payload of a binary message together, big-endian.
 class WireBuilder {
  public:
-  template <class T>
-  WireBuilder& Put(T value) {
-    std::uint64_t bits;
-    if constexpr (std::same_as<T, double>)
-      bits = std::bit_cast<std::uint64_t>(value);
-    else if constexpr (std::same_as<T, float>)
-      bits = std::bit_cast<std::uint32_t>(value);
-    else
-      bits = static_cast<std::uint64_t>(value);
-    for (int shift = 8 * static_cast<int>(sizeof(T)); shift > 0;)
-      m_Bytes.push_back(static_cast<char>(bits >> (shift -= 8)));
+  template <class... T>
+  WireBuilder& Put(T... values) {
+    (PutOne(values), ...);
     return *this;
   }
-  WireBuilder& Float(double value) { return Put(static_cast<float>(value)); }
   /// Bytes that nobody reads, not zero, so that the checksum has to take them in.
   WireBuilder& Fill(int count) {
     m_Bytes.append(static_cast<std::size_t>(count), '\x5A');
@@ -37,6 +28,19 @@ class WireBuilder {
   }
 
  private:
+  template <class T>
+  void PutOne(T value) {
+    std::uint64_t bits;
+    if constexpr (std::same_as<T, double>)
+      bits = std::bit_cast<std::uint64_t>(value);
+    else if constexpr (std::same_as<T, float>)
+      bits = std::bit_cast<std::uint32_t>(value);
+    else
+      bits = static_cast<std::uint64_t>(value);
+    for (int shift = 8 * static_cast<int>(sizeof(T)); shift > 0;)
+      m_Bytes.push_back(static_cast<char>(bits >> (shift -= 8)));
+  }
+
   std::string m_Bytes;
 };
 
@@ -54,14 +58,8 @@ struct Mbn {
 
   std::string Message() const {
     WireBuilder payload;
-    payload.Put(static_cast<std::uint8_t>(dataType)).Put(static_cast<std::uint8_t>(toFollow));
-    payload.Put(static_cast<std::int8_t>(prn))
-        .Fill(1)
-        .Put(count)
-        .Fill(1)
-        .Put(static_cast<std::uint8_t>(goodBad))
-        .Fill(2);
-    payload.Put(range).Put(doppler).Put(phase).Fill(8);
+    payload.Put(std::uint8_t(dataType), std::uint8_t(toFollow), std::int8_t(prn)).Fill(1).Put(count).Fill(1);
+    payload.Put(std::uint8_t(goodBad)).Fill(2).Put(range, doppler, phase).Fill(8);
     return payload.Pashr("MBN", checksumError);
   }
 };
@@ -76,7 +74,7 @@ struct Pbn {
 
   std::string Message() const {
     WireBuilder payload;
-    payload.Put(milliseconds).Fill(4).Put(x).Put(y).Put(z).Put(clockOffset).Fill(12).Put(clockDrift).Fill(2);
+    payload.Put(milliseconds).Fill(4).Put(x, y, z, clockOffset).Fill(12).Put(clockDrift).Fill(2);
     return payload.Pashr("PBN", checksumError);
   }
 };
@@ -89,18 +87,9 @@ struct Snv {
 
   std::string Message() const {
     WireBuilder payload;
-    payload.Put(static_cast<std::int16_t>(week))
-        .Put(1)
-        .Float(2.5)
-        .Put(3)
-        .Put(4)
-        .Float(5.5)
-        .Float(6.5)
-        .Float(7.5);
-    payload.Put(8).Float(9.5).Put(10.25).Put(11.25).Put(12.25).Put(13);
-    payload.Float(14.5).Float(15.5).Float(16.5).Float(17.5).Float(18.5).Float(19.5);
-    payload.Put(20.25).Put(21.25).Put(-22.25).Float(23.5).Float(-24.5).Fill(6);
-    payload.Put(static_cast<std::int8_t>(prnLessOne)).Fill(1);
+    payload.Put(std::int16_t(week), 1, 2.5F, 3, 4, 5.5F, 6.5F, 7.5F, 8, 9.5F, 10.25, 11.25, 12.25, 13);
+    payload.Put(14.5F, 15.5F, 16.5F, 17.5F, 18.5F, 19.5F, 20.25, 21.25, -22.25, 23.5F, -24.5F).Fill(6);
+    payload.Put(std::int8_t(prnLessOne)).Fill(1);
     return payload.Pashr("SNV", checksumError);
   }
 };
