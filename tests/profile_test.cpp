@@ -62,6 +62,8 @@ TEST_F(ProfileTest, GivesTheDefaultForWhatItCannotRead) {
   Write("[SiRF]\nBaud=fast\n[Half");
   EXPECT_EQ(app.GetProfileInt("SiRF", "Baud", 7), 7);
   EXPECT_EQ(app.GetProfileInt("SiRF", "Speed", 7), 7);
+  Write("[SiRF]\nSpeed=1\n[Other]\nBaud=1\n");
+  EXPECT_EQ(app.GetProfileInt("SiRF", "Baud", 7), 7) << "that is another section's";
   Write(std::string(100, '\0') + "\xFF\xFE[=\n==\n");
   EXPECT_EQ(app.GetProfileInt("SiRF", "Baud", 7), 7);
 }
