@@ -103,6 +103,8 @@ TEST_F(PositionTest, DecodesAnInggaWithGaps) {
   SetUpHeights(1.0, 2);
   EXPECT_TRUE(FeedSentence("$INGGA,123519,4807.038,N,01131.000,E,1,01,0.9,545.4,M,46.9,M,,"));
   EXPECT_DOUBLE_EQ(Last().m_dAltitude, 545.4 - 1.0 - 46.9);
+  EXPECT_TRUE(FeedSentence("$INGGA,,4900.000,N,01131.000,E,0,,,,M,,,,"));
+  EXPECT_DOUBLE_EQ(Last().m_dAltitude, 545.4 - 1.0 - 46.9) << "which has had its corrections";
 }
 
 }  // namespace
