@@ -51,11 +51,15 @@ TEST(Ack, TimesOutInTheTimeGivenWithAWindowForTheTickOrWithout) {
   }
 }
 
-TEST(Ack, WinsOverATimeout) {
-  CAck ack;
-  ack.OnPreciseTimer(1, 0);
-  Publish(true);
-  EXPECT_TRUE(ack.Wait(kLong));
+TEST(Ack, IsEndedByATickButWinsOverOne) {
+  for (const bool bAck : {false, true}) {
+    CAck ack;
+    ASSERT_TRUE(ack.Create());
+    EXPECT_EQ(SendMessageW(ack.GetSafeHwnd(), WM_GPS_NEW_BIN, 0, 0), 0) << "which is no tick";
+    SendMessageW(ack.GetSafeHwnd(), WM_PRECISE_TIMER, 1, 0);
+    Publish(bAck);
+    EXPECT_LT(Took([&] { EXPECT_EQ(ack.Wait(kLong), bAck); }), kSoon);
+  }
 }
 
 TEST(Ack, SleepsUntilAnotherThreadPublishesOne) {
