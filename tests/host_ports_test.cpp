@@ -103,7 +103,7 @@ TEST(Ports, AreThoseWithHardwareAndSayWhatTheyAreAndWhetherTheyOpen) {
             table.npos)
       << table;
   const std::string json = host::PortsAsJson(ports);
-  EXPECT_NE(json.find("\"vendorId\": \"0403\""), json.npos) << json;
+  EXPECT_NE(json.find("\"vendorId\":\"0403\""), json.npos) << json;
   EXPECT_EQ(host::StableName(system.Dev("ttyUSB2"), system.Roots()), ports[0].by_id);
   EXPECT_EQ(host::StableName(system.Dev("ttyUSB10"), system.Roots()), system.Dev("ttyUSB10"));
   EXPECT_EQ(host::StableName(system.Dev("gps"), system.Roots()), system.Dev("gps"));
@@ -216,9 +216,9 @@ TEST(Config, IsWhatWasRememberedSetOrForgotten) {
   host::SetConfig(engine, "port", "/dev/ttyX8");
   EXPECT_THROW(host::SetConfig(engine, "model", "Nobody's"), host::Failure);
   EXPECT_EQ(host::ConfigAsJson(host::ReadConfig(engine)),
-            "{\n  \"file\": \"" + system.Dev("host.ini") +
-                "\",\n  \"port\": \"/dev/ttyX8\",\n  \"model\": \"Trimble\",\n  \"baud\": {\n    \"SiRF\": "
-                "57600\n  }\n}\n");
+            R"({"file":")" + system.Dev("host.ini") +
+                R"(","port":"/dev/ttyX8","model":"Trimble","baud":{"SiRF":57600}})"
+                "\n");
   host::ResetConfig(engine);
   EXPECT_EQ(host::ReadConfig(engine).port + host::ReadConfig(engine).model, "");
   EXPECT_TRUE(host::ReadConfig(engine).rates.empty());

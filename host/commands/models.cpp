@@ -2,10 +2,10 @@
 
 #include <algorithm>
 #include <iterator>
-#include <nlohmann/json.hpp>
 #include <string_view>
 
 #include "host/commands/rehearse.h"
+#include "host/records/jsonwriter.h"
 #include "host/run/failure.h"
 
 namespace host {
@@ -50,13 +50,13 @@ std::string ListOfNames(const CGPSEngine& engine) {
   return names;
 }
 
-nlohmann::ordered_json Describe(CGPSReceiver& receiver) {
-  nlohmann::ordered_json model;
-  model["name"] = receiver.GetName().ToUtf8();
-  model["class"] = receiver.GetRuntimeClass()->m_lpszClassName;
-  model["GetDefaultBaudrate"] = receiver.GetDefaultBaudrate();
-  for (const auto& answer : kAnswers) model[answer.operation] = answer.ask(receiver);
-  return model;
+/// Writes the members that tell of a model.
+void Describe(CGPSReceiver& receiver, JsonWriter& json) {
+  json.Key("name");
+  json.Utf8(receiver.GetName().ToUtf8());
+  json.Member("class", receiver.GetRuntimeClass()->m_lpszClassName);
+  json.Member("GetDefaultBaudrate", receiver.GetDefaultBaudrate());
+  for (const auto& answer : kAnswers) json.Member(answer.operation, answer.ask(receiver));
 }
 
 std::string Usage(const Operation& operation) {
@@ -100,9 +100,16 @@ std::string ModelsAsTable(const CGPSEngine& engine) {
 }
 
 std::string ModelsAsJson(const CGPSEngine& engine) {
-  auto models = nlohmann::ordered_json::array();
-  for (const auto& receiver : engine.GetReceivers()) models.push_back(Describe(*receiver));
-  return models.dump(2) + '\n';
+  std::string text;
+  JsonWriter json(text);
+  json.BeginArray();
+  for (const auto& receiver : engine.GetReceivers()) {
+    json.BeginObject();
+    Describe(*receiver, json);
+    json.EndObject();
+  }
+  json.EndArray();
+  return text + '\n';
 }
 
 std::string ModelAsText(CGPSReceiver& receiver) {
@@ -122,14 +129,22 @@ std::string ModelAsText(CGPSReceiver& receiver) {
 }
 
 std::string ModelAsJson(CGPSReceiver& receiver) {
-  nlohmann::ordered_json model = Describe(receiver);
-  model["operations"] = nlohmann::ordered_json::array();
+  std::string text;
+  JsonWriter json(text);
+  json.BeginObject();
+  Describe(receiver, json);
+  json.Key("operations");
+  json.BeginArray();
   for (const Operation* operation : OperationsOf(receiver)) {
-    nlohmann::ordered_json entry{{"name", operation->name}, {"arguments", operation->arguments}};
-    if (operation->answer != nullptr) entry["answer"] = operation->answer;
-    model["operations"].push_back(std::move(entry));
+    json.BeginObject();
+    json.Member("name", operation->name);
+    json.Member("arguments", operation->arguments);
+    if (operation->answer != nullptr) json.Member("answer", operation->answer);
+    json.EndObject();
   }
-  return model.dump(2) + '\n';
+  json.EndArray();
+  json.EndObject();
+  return text + '\n';
 }
 
 }  // namespace host

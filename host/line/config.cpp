@@ -1,11 +1,11 @@
 #include "host/line/config.h"
 
 #include <filesystem>
-#include <nlohmann/json.hpp>
 
 #include "gpsengine/platform/application.h"
 #include "host/commands/models.h"
 #include "host/line/ports.h"
+#include "host/records/jsonwriter.h"
 #include "host/run/failure.h"
 
 namespace host {
@@ -58,12 +58,18 @@ std::string ConfigAsText(const Config& config) {
 }
 
 std::string ConfigAsJson(const Config& config) {
-  nlohmann::ordered_json json{{"file", config.file}};
-  if (!config.port.empty()) json["port"] = config.port;
-  if (!config.model.empty()) json["model"] = config.model;
-  json["baud"] = nlohmann::ordered_json::object();
-  for (const auto& [model, rate] : config.rates) json["baud"][model] = rate;
-  return json.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + '\n';
+  std::string text;
+  JsonWriter json(text);
+  json.BeginObject();
+  json.Known("file", config.file);
+  json.Known("port", config.port);
+  json.Known("model", config.model);
+  json.Key("baud");
+  json.BeginObject();
+  for (const auto& [model, rate] : config.rates) json.Member(model, rate);
+  json.EndObject();
+  json.EndObject();
+  return text + '\n';
 }
 
 void Remember(const std::string& port, const std::string& model) {

@@ -14,11 +14,11 @@
 #include <filesystem>
 #include <fstream>
 #include <map>
-#include <nlohmann/json.hpp>
 #include <string_view>
 #include <tuple>
 
 #include "gpsengine/platform/serial.h"
+#include "host/records/jsonwriter.h"
 #include "host/run/descriptor.h"
 
 namespace host {
@@ -278,27 +278,29 @@ std::string PortsAsTable(const std::vector<SerialPortInfo>& ports) {
 }
 
 std::string PortsAsJson(const std::vector<SerialPortInfo>& ports) {
-  auto list = nlohmann::ordered_json::array();
+  std::string text;
+  JsonWriter json(text);
+  json.BeginArray();
   for (const SerialPortInfo& port : ports) {
-    nlohmann::ordered_json entry{{"device", port.device}, {"state", NameOf(port.state).key}};
-    const auto add = [&entry](const char* key, const std::string& text) {
-      if (!text.empty()) entry[key] = text;
-    };
-    add("note", port.note);
-    add("driver", port.driver);
-    add("byId", port.by_id);
-    add("byPath", port.by_path);
+    json.BeginObject();
+    json.Known("device", port.device);
+    json.Member("state", NameOf(port.state).key);
+    json.Known("note", port.note);
+    json.Known("driver", port.driver);
+    json.Known("byId", port.by_id);
+    json.Known("byPath", port.by_path);
     if (port.usb) {
-      add("vendorId", port.usb->vendor_id);
-      add("productId", port.usb->product_id);
-      add("manufacturer", port.usb->manufacturer);
-      add("product", port.usb->product);
-      add("serial", port.usb->serial);
-      add("interface", port.usb->interface);
+      json.Known("vendorId", port.usb->vendor_id);
+      json.Known("productId", port.usb->product_id);
+      json.Known("manufacturer", port.usb->manufacturer);
+      json.Known("product", port.usb->product);
+      json.Known("serial", port.usb->serial);
+      json.Known("interface", port.usb->interface);
     }
-    list.push_back(std::move(entry));
+    json.EndObject();
   }
-  return list.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + '\n';
+  json.EndArray();
+  return text + '\n';
 }
 
 std::string StableName(const std::string& device, const SystemRoots& roots) {

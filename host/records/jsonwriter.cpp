@@ -3,6 +3,8 @@
 #include <cstdint>
 #include <cstdlib>
 
+#include "gpsengine/platform/cstring.h"
+
 namespace host {
 
 namespace {
@@ -70,6 +72,19 @@ void JsonWriter::Text(std::string_view bytes) {
   Separate();
   out_ += '"';
   for (const char c : bytes) AppendEscaped(out_, static_cast<unsigned char>(c));
+  out_ += '"';
+}
+
+void JsonWriter::Utf8(std::string_view text) {
+  Separate();
+  out_ += '"';
+  for (const char c : CString::FromUtf8(text).ToUtf8()) {
+    if (static_cast<unsigned char>(c) < 0x80) {
+      AppendEscaped(out_, static_cast<unsigned char>(c));
+    } else {
+      out_ += c;
+    }
+  }
   out_ += '"';
 }
 

@@ -52,6 +52,8 @@ class JsonWriter {
   void Fixed(double value, int decimals);
   /// 8-bit text, byte for byte one character: bytes from 0x80 up are those of Latin-1.
   void Text(std::string_view bytes);
+  /// UTF-8; what is none becomes U+FFFD.
+  void Utf8(std::string_view text);
   /// A value that is JSON already.
   void Verbatim(std::string_view json) {
     Separate();
@@ -62,6 +64,12 @@ class JsonWriter {
   void Member(std::string_view key, const T& value) {
     Key(key);
     Value(value);
+  }
+  /// A member of UTF-8; none, if the text is empty.
+  void Known(std::string_view key, std::string_view text) {
+    if (text.empty()) return;
+    Key(key);
+    Utf8(text);
   }
   void MemberFixed(std::string_view key, double value, int decimals) {
     Key(key);
