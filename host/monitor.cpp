@@ -96,10 +96,7 @@ ExitCode Run::Go() {
     throw Failure(ExitCode::usage, "the model " + options_.model + " has no raw data to log");
   }
   if (options_.format == Format::tui) OpenScreen();
-  engine_.InitReceivers();
-  if (options_.baud > 0) receiver_.SaveDifferentSettings(options_.baud);
-  receiver_.SetupReceiver(kPort, static_cast<int>(options_.geoid), options_.antenna_height, "", IsPaced());
-  engine_.SetReceiver(&receiver_);
+  SelectReceiver(engine_, receiver_, options_.baud, options_.geoid, options_.antenna_height, IsPaced());
   if (!IsPlayback()) source_.emplace(options_.port, receiver_);
   MakeSinks();
   const bool logs = !options_.rinex.base.empty();
@@ -194,10 +191,7 @@ void Run::StartLive() {
     recorder_.emplace(options_.record);
     recorder_->Begin(engine_);
   }
-  if (source_->IsSimulated() && !screen_) {
-    Complain("a simulated receiver \"" + options_.model + "\" on " + source_->Device() +
-             "; --port DEVICE reads a real one, Ctrl-C ends");
-  }
+  if (!screen_) source_->Tell(options_.model);
   source_->Start();
   if (options_.reconnect) reconnect_.emplace(source_->Device(), *options_.reconnect);
   const auto busy = BeBusy();

@@ -117,10 +117,7 @@ ServeRun::~ServeRun() {
 }
 
 ExitCode ServeRun::Go() {
-  engine_.InitReceivers();
-  if (options_.baud > 0) receiver_.SaveDifferentSettings(options_.baud);
-  receiver_.SetupReceiver(kPort, static_cast<int>(options_.geoid), options_.antenna_height, "", false);
-  engine_.SetReceiver(&receiver_);
+  SelectReceiver(engine_, receiver_, options_.baud, options_.geoid, options_.antenna_height);
   engine_.m_bAttachRawData = receiver_.HasRawData();
   if (!IsPlayback()) source_.emplace(options_.port, receiver_);
   sink_.emplace(json_, Device(), options_.geoid);
@@ -166,10 +163,7 @@ void ServeRun::Start() {
     return StartPlayback(engine_, options_.play);
   }
   tap_.emplace(engine_);
-  if (source_->IsSimulated()) {
-    Complain("a simulated receiver \"" + options_.model + "\" on " + Device() +
-             "; --port DEVICE reads a real one, Ctrl-C ends");
-  }
+  source_->Tell(options_.model);
   source_->Start();
   if (options_.reconnect) reconnect_.emplace(Device(), *options_.reconnect);
   StartEngine(engine_, *source_, *watch_);
@@ -273,7 +267,7 @@ std::string ServeRun::Status() const {
   json.Member("version", GPSENGINE_VERSION);
   json.Member("started", std::string_view(started_));
   json.Member("time", std::string_view(Now()));
-  json.Member("device", std::string_view(Device()));
+  json.Known("device", Device());
   json.Member("model", std::string_view(options_.model));
   json.Member("source", IsPlayback() ? "recording" : source_->IsSimulated() ? "simulated" : "port");
   if (device_.bps > 0) json.Member("baud", device_.bps);

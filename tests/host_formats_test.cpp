@@ -201,6 +201,13 @@ TEST(HostJsonFormat, WritesAPositionAsTpv) {
   EXPECT_EQ(json.Of(none), "{\"class\":\"TPV\",\"device\":\"dev\",\"mode\":1}\n");
 }
 
+TEST(HostJsonFormat, NamesTheDeviceInUtf8) {
+  std::string out;
+  GpsdSink sink(out, "\u00dcberfahrt\xFF", Geoid::none);
+  sink.OnData(Fix());
+  EXPECT_NE(out.find("\"device\":\"\u00dcberfahrt\uFFFD\""), std::string::npos) << out;
+}
+
 TEST(HostJsonFormat, NamesTheHeightForWhatItIs) {
   for (const auto& [geoid, key] : {std::pair{Geoid::none, "\"altMSL\":"},
                                    {Geoid::add, "\"altHAE\":"},

@@ -159,8 +159,8 @@ bool CGPSEngine::TakeMessage(CGPSReceiver& receiver) {
     const char* bytes = m_Buffer.GetMessageBin(length);
     m_bAttached = receiver.AttachRawData(bytes, length);
   } else if (std::exchange(m_bAttached, false)) {
-    receiver.AttachRawData(nullptr,
-                           0);  // a decoder must not take the bytes of an earlier message for this one's
+    // A decoder must not take the bytes of an earlier message for this one's.
+    receiver.AttachRawData(nullptr, 0);
   }
   const bool published = receiver.Parse(message);
   if (!m_ComBuffer.m_bPaused) {

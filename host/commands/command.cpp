@@ -78,10 +78,7 @@ ExitCode LiveCommand::Go(const Action& action, long long time) {
 }
 
 void LiveCommand::SetUp() {
-  engine_.InitReceivers();
-  if (options_.baud > 0) receiver_.SaveDifferentSettings(options_.baud);
-  receiver_.SetupReceiver(kPort, 0, 0.0, "", false);
-  engine_.SetReceiver(&receiver_);
+  SelectReceiver(engine_, receiver_, options_.baud);
   engine_.m_bAttachRawData = receiver_.HasRawData();
   if (ShowsReports()) {
     tap_.emplace(engine_);

@@ -32,8 +32,22 @@ Source::Source(const std::string& device, CGPSReceiver& receiver)
   MapComPort(kPort, CString::FromUtf8(device_));
 }
 
+void Source::Tell(const std::string& model) const {
+  if (!IsSimulated()) return;
+  Complain("a simulated receiver \"" + model + "\" on " + device_ +
+           "; --port DEVICE reads a real one, Ctrl-C ends");
+}
+
 void Source::Start() {
   if (runner_) runner_->Start();
+}
+
+void SelectReceiver(CGPSEngine& engine, CGPSReceiver& receiver, int baud, Geoid geoid, double antenna_height,
+                    bool host_moves_bytes) {
+  engine.InitReceivers();
+  if (baud > 0) receiver.SaveDifferentSettings(baud);
+  receiver.SetupReceiver(kPort, static_cast<int>(geoid), antenna_height, "", host_moves_bytes);
+  engine.SetReceiver(&receiver);
 }
 
 void StartEngine(CGPSEngine& engine, const Source& source, PortWatch& watch) {

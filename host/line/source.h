@@ -4,6 +4,7 @@
 #include <string>
 
 #include "gpsengine/engine/gpsengine.h"
+#include "host/records/geoid.h"
 #include "host/run/failure.h"
 #include "host/run/portwatch.h"
 #include "simulator/simulator.h"
@@ -22,6 +23,8 @@ class Source {
 
   const std::string& Device() const { return device_; }
   bool IsSimulated() const { return runner_ != nullptr; }
+  /// Tells the user that the receiver of this model is a simulated one, if it is.
+  void Tell(const std::string& model) const;
   /// Sets a simulated receiver going.
   void Start();
 
@@ -29,6 +32,11 @@ class Source {
   std::unique_ptr<simulator::PtyRunner> runner_;
   std::string device_;
 };
+
+/// Sets a receiver up as the command line has it, at the rate kept for its model unless `baud` is above 0,
+/// and selects it. With `host_moves_bytes` its port stays closed.
+void SelectReceiver(CGPSEngine& engine, CGPSReceiver& receiver, int baud, Geoid geoid = Geoid::none,
+                    double antenna_height = 0.0, bool host_moves_bytes = false);
 
 /// Starts the engine on the source's port. Throws a Failure that says why the port does not open.
 void StartEngine(CGPSEngine& engine, const Source& source, PortWatch& watch);

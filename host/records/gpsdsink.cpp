@@ -75,15 +75,17 @@ void WriteDilution(JsonWriter& json, std::string_view key, double value) {
 
 }  // namespace
 
-GpsdSink::GpsdSink(std::string& out, std::string device, Geoid geoid)
-    : out_(out), device_(std::move(device)), height_key_(HeightKey(geoid)) {}
+GpsdSink::GpsdSink(std::string& out, const std::string& device, Geoid geoid)
+    : out_(out), height_key_(HeightKey(geoid)) {
+  if (!device.empty()) JsonWriter(device_).Utf8(device);
+}
 
 void GpsdSink::Begin(JsonWriter& json, std::string_view name) {
   json.BeginObject();
   json.Member("class", name);
   if (device_.empty()) return;
   json.Key("device");
-  json.Text(device_);
+  json.Verbatim(device_);
 }
 
 void GpsdSink::End(JsonWriter& json) {

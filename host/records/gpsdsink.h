@@ -18,7 +18,7 @@ namespace host {
 class GpsdSink : public Sink {
  public:
   /// `device` is what the objects name as their source.
-  GpsdSink(std::string& out, std::string device, Geoid geoid);
+  GpsdSink(std::string& out, const std::string& device, Geoid geoid);
 
   void SetReference(std::optional<Moment> reference) override { reference_ = reference; }
   void SetKinds(Kinds kinds) override { kinds_ = kinds; }
@@ -41,7 +41,7 @@ class GpsdSink : public Sink {
   Moment ReferenceFor(const CTime& time) const { return reference_.value_or(time.GetTime() * 1000); }
 
   std::string& out_;
-  const std::string device_;
+  std::string device_;  // as JSON; empty for none
   const std::string_view height_key_;
   std::optional<Moment> reference_;
   Kinds kinds_ = Kinds::All();

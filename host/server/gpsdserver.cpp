@@ -35,7 +35,7 @@ std::string Error(std::string_view text) {
 }
 
 void WriteDevice(JsonWriter& json, const GpsdDevice& device) {
-  json.Member("path", std::string_view(device.path));
+  json.Known("path", device.path);
   if (!device.activated.empty()) {
     constexpr int kSeenGps = 1;
     json.Member("activated", std::string_view(device.activated));
@@ -57,7 +57,7 @@ std::string Describe(const GpsdWatch& watch) {
     json.Member("nmea", watch.nmea);
     json.Member("raw", watch.raw);
     for (const auto* key : {"scaled", "timing", "split24", "pps"}) json.Member(key, false);
-    if (!watch.device.empty()) json.Member("device", std::string_view(watch.device));
+    json.Known("device", watch.device);
   });
 }
 
