@@ -5,6 +5,7 @@
 #include "host/records/hostwindow.h"
 #include "host/records/jsonwriter.h"
 #include "host/run/dating.h"
+#include "host/run/kindlistener.h"
 #include "host/run/progress.h"
 #include "host/run/recording.h"
 #include "host/run/unpacedclock.h"
@@ -82,7 +83,9 @@ ExitCode Decode(const DecodeOptions& options, const Interrupt& interrupt, Output
     output.Flush();
   }
   exports.Finish();
-  return rinex && !rinex->Finish() ? ExitCode::failed : ExitCode::done;
+  const bool logged = !rinex || rinex->Finish();
+  CheckUnderstood(recording, window);
+  return logged ? ExitCode::done : ExitCode::failed;
 }
 
 }  // namespace host

@@ -13,6 +13,7 @@
 #include "gpsengine/engine/gpsengine.h"
 #include "gpsengine/platform/serial.h"
 #include "host/commands/models.h"
+#include "host/commands/rawdata.h"
 #include "host/line/config.h"
 #include "host/line/reconnect.h"
 #include "host/line/recorder.h"
@@ -21,6 +22,7 @@
 #include "host/records/fixage.h"
 #include "host/records/hostwindow.h"
 #include "host/run/boxes.h"
+#include "host/run/kindlistener.h"
 #include "host/run/player.h"
 #include "host/run/portwatch.h"
 #include "host/run/waiter.h"
@@ -95,6 +97,7 @@ ExitCode Run::Go() {
   if (!options_.rinex.base.empty() && !IsPlayback() && !receiver_.HasRawData()) {
     throw Failure(ExitCode::usage, "the model " + options_.model + " has no raw data to log");
   }
+  if (options_.rinex.interval > 0.0 && !IsPlayback()) CheckRawInterval(receiver_, options_.rinex.interval);
   if (options_.format == Format::tui) OpenScreen();
   SelectReceiver(engine_, receiver_, options_.baud, options_.geoid, options_.antenna_height, IsPaced());
   if (!IsPlayback()) source_.emplace(options_.port, receiver_);
@@ -201,8 +204,7 @@ void Run::StartLive() {
 
 void Run::AskForRawData() {
   const double interval = options_.rinex.interval;
-  if (!receiver_.EnablePostProcessing(true) ||
-      (interval > 0.0 && !receiver_.SetRawDataOutputInterval(interval))) {
+  if (!receiver_.EnablePostProcessing(true) || (interval > 0.0 && !SetRawInterval(receiver_, interval))) {
     throw Failure(ExitCode::refused, "the receiver did not take the command to send raw data" +
                                          (interval > 0.0 ? " every " + Seconds(interval) : std::string()));
   }
@@ -220,11 +222,14 @@ Deadline::Clock::time_point Run::NextDeadline() const {
 }
 
 std::optional<ExitCode> Run::Ending() {
+  TakeNote();
   if (window_->IsFull()) return ExitCode::done;
   if (interrupt_.HasCome()) return ExitCode::interrupted;
   if (screen_ && screen_->WantsToQuit()) return ExitCode::done;
-  if (player_ && (player_->IsAtEnd() || exports_->IsOver())) return ExitCode::done;
-  TakeNote();
+  if (player_ && (player_->IsAtEnd() || exports_->IsOver())) {
+    CheckUnderstood(player_->Source(), *window_);
+    return ExitCode::done;
+  }
   if (recorder_ && !engine_.m_bRecordRaw) {
     throw Failure(ExitCode::failed, "recording to " + options_.record + " has failed");
   }
@@ -252,7 +257,7 @@ void Run::TakeNote() {
   if (noted_ || IsPlayback() || !HasUnderstood()) return;
   noted_ = true;
   if (tap_) engine_.m_bRecordRaw = false;
-  if (!source_->IsSimulated()) Remember(source_->Device(), options_.model);
+  if (!source_->IsSimulated()) Remember(source_->Device(), receiver_);
 }
 
 void Run::WaitForPort() {
@@ -293,7 +298,7 @@ bool Run::HasHeard() const {
 
 void Run::FailIfNothingUnderstood(double seconds) const {
   if (HasUnderstood()) return;
-  throw NothingUnderstood(source_->Device(), seconds, HasHeard(), receiver_.GetCurrentBaudrate());
+  throw NothingUnderstood(source_->Device(), seconds, HasHeard(), receiver_);
 }
 
 }  // namespace

@@ -243,12 +243,12 @@ void ServeRun::CheckReceiver() {
     device_.activated = Now();
     server_->SetDevice(device_);
     first_message_.Clear();
-    if (source_ && !source_->IsSimulated()) Remember(Device(), options_.model);
+    if (source_ && !source_->IsSimulated()) Remember(Device(), receiver_);
   }
   if (!first_message_.HasPassed()) return;
   first_message_.Clear();
   if (IsPlayback()) return Complain("no message of " + options_.play + " was understood so far");
-  Complain(NothingUnderstood(Device(), kFirstMessageTime, heard_, receiver_.GetCurrentBaudrate()).what());
+  Complain(NothingUnderstood(Device(), kFirstMessageTime, heard_, receiver_).what());
 }
 
 void ServeRun::TellStatus() {

@@ -154,6 +154,9 @@ class CGPSReceiver : public CObject {
   void SetProperties();
   /// Another baud rate, for the next Initialize and in the profile. False if it is the current one.
   bool SaveDifferentSettings(int nBaudrate);
+  /// Another baud rate for the next Initialize, up to the next SetProperties: the profile does not hear of
+  /// it.
+  void UseBaudrate(int nBaudrate) { m_nBaudrate = nBaudrate; }
   /// The open port, for the calls of platform/serial.h; INVALID_HANDLE_VALUE while it is closed.
   void* GetPortHandle() const;
   /// Lets the estimate of speed and heading begin anew, as after a gap in the positions.
@@ -336,8 +339,8 @@ class CGPSReceiver : public CObject {
   CString m_strSetupText;                 ///< As set up; the library does not look at it.
   CShared<bool> m_bExternalPort = false;  ///< As set up: the host moves the bytes.
   CWordArray m_BinWords;                  ///< Behind the record lock.
-  CShared<int> m_nBaudrate = 9600;  ///< Bits a second, as SetProperties or SaveDifferentSettings left it.
-  CGPSNotification m_Notification;  ///< What callbacks get.
+  CShared<int> m_nBaudrate = 9600;        ///< Bits a second, as last set.
+  CGPSNotification m_Notification;        ///< What callbacks get.
 
  private:
   friend struct SentenceTable;

@@ -16,7 +16,7 @@ constexpr struct {
     {"1", "The job failed: a file cannot be read or written, a log stayed empty."},
     {"2", "Wrong usage."},
     {"3", "The port cannot be opened."},
-    {"4", "No data, or no message that was understood, in the time given."},
+    {"4", "No data, or nothing that was understood, in the time given or in a recording."},
     {"5", "The port was lost."},
     {"6", "A command was refused, did not work, or was not answered in time."},
     {"130", "Interrupted."},
@@ -27,7 +27,7 @@ constexpr struct {
   const char* meaning;
 } kFiles[] = {
     {"~/.config/gpsengine/gpsengine.ini",
-     "What is remembered, such as the baud rates that were set with --baud."},
+     "What is remembered, such as the baud rates that --baud gave and that worked."},
     {"GPSStatus, beside the program",
      "Lines such as 4,UDF_SIGNAL_RTK_CODE: what a quality indicator means, in place of the built-in "
      "meaning."},
@@ -152,15 +152,6 @@ std::string Sentence(std::string text) {
   return text;
 }
 
-/// Limits as the manual puts them: "FLOAT in [0.1 - 86400]" is 0.1 to 86400.
-std::string LimitsText(const std::string& limits) {
-  if (limits == "POSITIVE") return "above 0";
-  if (limits == "NONNEGATIVE") return "0 or more";
-  const auto begin = limits.find('['), dash = limits.find(" - "), end = limits.find(']');
-  if (begin == std::string::npos || dash == std::string::npos || end == std::string::npos) return limits;
-  return limits.substr(begin + 1, dash - begin - 1) + " to " + limits.substr(dash + 3, end - dash - 3);
-}
-
 void AppendOption(std::string& page, const CLI::Option& option) {
   std::string head;
   for (const std::string& name : NamesOf(option)) head += (head.empty() ? "" : ", ") + Bold(name);
@@ -168,7 +159,7 @@ void AppendOption(std::string& page, const CLI::Option& option) {
   if (!option.get_positional() && !IsFlag(option)) head += ' ' + Italic(ValueName(option));
   std::string text = Sentence(option.get_description());
   if (!IsFlag(option) && ChoicesOf(option).empty() && !LimitsOf(option).empty())
-    text += " Takes " + LimitsText(LimitsOf(option)) + ".";
+    text += " Takes numbers " + LimitsOf(option) + ".";
   if (!IsFlag(option) && !option.get_default_str().empty())
     text += " Without it: " + option.get_default_str() + ".";
   if (const auto needed = NamesOf(option.get_needs()); !needed.empty())

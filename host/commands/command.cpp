@@ -2,7 +2,9 @@
 
 #include "gpsengine/engine/gpsengine.h"
 #include "host/commands/models.h"
+#include "host/commands/outcome.h"
 #include "host/commands/rehearse.h"
+#include "host/line/config.h"
 #include "host/line/source.h"
 #include "host/line/wiretap.h"
 #include "host/records/hostwindow.h"
@@ -24,15 +26,16 @@ constexpr std::chrono::milliseconds kTapInterval{100};
 /// One operation on a live receiver.
 class LiveCommand {
  public:
-  LiveCommand(const CommandOptions& options, const Operation& operation, const Interrupt& interrupt,
-              Output& output)
+  LiveCommand(const CommandOptions& options, const Operation& operation, const Transcript& transcript,
+              const Interrupt& interrupt, Output& output)
       : options_(options),
         operation_(operation),
         interrupt_(interrupt),
         output_(output),
         receiver_(SelectModel(engine_, options.model)),
         sink_(output.Text(), TextSink::Shows::reports),
-        window_(sink_) {}
+        window_(sink_),
+        outcome_(transcript) {}
   ~LiveCommand() { boxes_.Release(); }
 
   /// `time` is how long the operation and the start of the run take, in milliseconds.
@@ -43,6 +46,7 @@ class LiveCommand {
   bool Perform(const Action& action, long long time);
   bool ShowsReports() const { return IsRequest() || options_.listen; }
   bool IsRequest() const { return operation_.kind == Operation::Kind::asks; }
+  bool IsSetting() const { return operation_.kind == Operation::Kind::sets; }
   ExitCode Listen();
   void DecodeParameterLines();
   void FailIfItDidNotWork() const;
@@ -61,18 +65,17 @@ class LiveCommand {
   std::optional<PortWatch> watch_;
   std::optional<WireTap> tap_;
   ParameterLines parameters_;
+  Outcome outcome_;
   Result result_ = Result::none;
 };
 
 ExitCode LiveCommand::Go(const Action& action, long long time) {
   SetUp();
-  if (!Perform(action, time)) {
-    Complain("interrupted: what was left of " + std::string(operation_.name) + " has not been sent");
-    return ExitCode::interrupted;
-  }
+  if (!Perform(action, time)) return ExitCode::interrupted;
   const ExitCode code = Listen();
   engine_.Stop();
   DecodeParameterLines();
+  if (receiver_.GetSentencesRecognised() > receiver_.GetChecksumErrors()) KeepRate(receiver_);
   if (code == ExitCode::done) FailIfItDidNotWork();
   return code;
 }
@@ -80,20 +83,21 @@ ExitCode LiveCommand::Go(const Action& action, long long time) {
 void LiveCommand::SetUp() {
   SelectReceiver(engine_, receiver_, options_.baud);
   engine_.m_bAttachRawData = receiver_.HasRawData();
-  if (ShowsReports()) {
-    tap_.emplace(engine_);
-    engine_.m_ComBuffer.m_bPaused = false;
-  }
+  tap_.emplace(engine_);
+  if (ShowsReports()) engine_.m_ComBuffer.m_bPaused = false;
   source_.emplace(options_.port, receiver_);
   watch_.emplace(source_->Device());
 }
 
 bool LiveCommand::Perform(const Action& action, long long time) {
   const PacingClock::Sequence sequence(interrupt_, operation_.name, time);
+  std::optional<long long> begun;
   try {
     StartEngine(engine_, *source_, *watch_);
+    begun = sequence.Passed();
     if (operation_.kind != Operation::Kind::starts) result_ = action(receiver_);
   } catch (const PacingClock::Interrupted&) {
+    Complain(outcome_.TellInterrupted(operation_.name, begun ? sequence.Passed() - *begun : -1));
     return false;
   }
   return true;
@@ -101,18 +105,23 @@ bool LiveCommand::Perform(const Action& action, long long time) {
 
 ExitCode LiveCommand::Listen() {
   Deadline end;
-  end.Set(options_.listen.value_or(IsRequest() ? kAnswerTime : 0.0));
+  const auto begun = Deadline::Clock::now();
+  end.Set(options_.listen.value_or(IsRequest() || IsSetting() ? kAnswerTime : 0.0));
   Waiter waiter(interrupt_, output_, *watch_);
   for (std::size_t answers = 0;;) {
     window_.Drain();
-    if (tap_) parameters_.Feed(tap_->Take());
+    const std::string bytes = tap_->Take();
+    parameters_.Feed(bytes);
+    outcome_.Feed(bytes);
     if (!output_.Flush() || waiter.IsReaderGone()) return ExitCode::done;
     if (interrupt_.HasCome()) return ExitCode::interrupted;
     if (watch_->IsLost()) throw PortLost(source_->Device());
     const auto so_far = static_cast<std::size_t>(window_.Shown()) + parameters_.Lines().size();
-    if (!options_.listen && so_far > answers) end.Set(kAnswerGap);
+    if (IsRequest() && !options_.listen && so_far > answers) end.Set(kAnswerGap);
     answers = so_far;
-    if (end.HasPassed()) return ExitCode::done;
+    const std::chrono::duration<double> listened = Deadline::Clock::now() - begun;
+    const bool settled = IsSetting() && !options_.listen && listened.count() >= outcome_.Patience();
+    if (settled || end.HasPassed()) return ExitCode::done;
     waiter.Wait(end.Earlier(Deadline::Clock::now() + kTapInterval));
   }
 }
@@ -137,6 +146,7 @@ void LiveCommand::FailIfItDidNotWork() const {
                             " did not work: the receiver's port did not take it, or the model "
                             "does not take these arguments");
   }
+  if (IsSetting()) return Complain(outcome_.Tell(source_->Device(), options_.model, window_.Shown()));
   if (!IsRequest() || window_.Shown() > 0) return;
   const std::string nothing = "no report answered " + name;
   if (!tap_->HasHeard()) {
@@ -162,16 +172,20 @@ void CheckOffer(const CommandOptions& options, const Operation& operation) {
   std::string names;
   for (const Operation* offered : OperationsOf(receiver))
     names += std::string(names.empty() ? "" : ", ") + offered->name;
-  throw Failure(ExitCode::refused, "the model " + options.model + " does not offer " + operation.name + " (" +
-                                       operation.answer + " is false); it offers " + names +
-                                       ". --force sends it all the same");
+  throw Failure(ExitCode::refused, "the model " + options.model + " does not offer " + operation.name +
+                                       "; it offers " + names + ". --force sends it all the same");
+}
+
+Action PrepareFor(const CommandOptions& options, const Operation& operation) {
+  CGPSEngine engine;
+  return Prepare(operation, options.arguments, SelectModel(engine, options.model));
 }
 
 }  // namespace
 
 ExitCode Command(const CommandOptions& options, const Interrupt& interrupt, Output& output) {
   const Operation& operation = FindOperation(options.operation);
-  const Action action = Prepare(operation, options.arguments);
+  const Action action = PrepareFor(options, operation);
   if (options.port.empty() && !options.dry_run)
     throw Failure(ExitCode::usage, "--port or --dry-run is needed");
   CheckOffer(options, operation);
@@ -186,7 +200,7 @@ ExitCode Command(const CommandOptions& options, const Interrupt& interrupt, Outp
     const Operation& start = FindOperation("start");
     time += Rehearse(options.model, start, Prepare(start, {})).Time();
   }
-  return LiveCommand(options, operation, interrupt, output).Go(action, time);
+  return LiveCommand(options, operation, transcript, interrupt, output).Go(action, time);
 }
 
 }  // namespace host

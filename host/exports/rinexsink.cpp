@@ -1,5 +1,6 @@
 #include "host/exports/rinexsink.h"
 
+#include "host/commands/rawdata.h"
 #include "host/run/failure.h"
 
 namespace host {
@@ -13,7 +14,7 @@ constexpr double kEveryEpoch = 0.1;
 
 RinexSink::RinexSink(const RinexOptions& options, const std::string& model, double antenna_height,
                      Sink& inner)
-    : inner_(inner) {
+    : inner_(inner), model_(model) {
   log_.SetBase(options.base);
   log_.SetReceiver(model);
   log_.SetLogInterval(options.interval > 0.0 ? options.interval : kEveryEpoch);
@@ -45,8 +46,8 @@ void RinexSink::Check() {
 bool RinexSink::Finish() {
   log_.Close();
   if (log_.GetNumEpochs() == 0) {
-    Complain("no raw epoch came, so that there is no " + log_.ObservationPath() +
-             ". Beside GSA and GSV sentences raw data are passed over: the operation gga-only ends them");
+    Complain("no raw epoch came, so that there is no " + log_.ObservationPath() + "; " +
+             WhyNoRawData(model_));
     return false;
   }
   Complain(log_.ObservationPath() + ": " + log_.GetStatusString().ToUtf8());

@@ -33,6 +33,7 @@ class RinexSink : public Sink {
 
  private:
   Sink& inner_;
+  const std::string model_;
   RinexLog log_;
 };
 

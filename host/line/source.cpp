@@ -7,8 +7,10 @@
 #include <cstring>
 
 #include "gpsengine/platform/serial.h"
+#include "host/line/config.h"
 #include "host/line/ports.h"
 #include "host/run/descriptor.h"
+#include "host/run/recording.h"
 
 namespace host {
 
@@ -45,7 +47,7 @@ void Source::Start() {
 void SelectReceiver(CGPSEngine& engine, CGPSReceiver& receiver, int baud, Geoid geoid, double antenna_height,
                     bool host_moves_bytes) {
   engine.InitReceivers();
-  if (baud > 0) receiver.SaveDifferentSettings(baud);
+  if (baud > 0) receiver.UseBaudrate(baud);
   receiver.SetupReceiver(kPort, static_cast<int>(geoid), antenna_height, "", host_moves_bytes);
   engine.SetReceiver(&receiver);
 }
@@ -70,17 +72,21 @@ void StartPlayback(CGPSEngine& engine, const std::string& file) {
                   "cannot play " + file + ": " + (errno != 0 ? std::strerror(errno) : "the file is empty"));
   }
   engine.m_bEmulation = true;
-  engine.m_strEmulationFile = CString::FromUtf8(file);
+  engine.m_strEmulationFile = CString::FromUtf8(NameOfUnpacked(file));
   engine.GetReceiver()->LoadAlternatGPSStatusStrings();
   if (!engine.Start()) throw Failure(ExitCode::failed, engine.GetLastErrorString().ToUtf8());
 }
 
-Failure NothingUnderstood(const std::string& device, double seconds, bool heard, int baud) {
+Failure NothingUnderstood(const std::string& device, double seconds, bool heard, CGPSReceiver& receiver) {
   const std::string time = Seconds(seconds);
+  const std::string kept = IsKeptRate(receiver)
+                               ? ", the rate that is remembered for this model (\"gpsengine config forget\" "
+                                 "forgets it)"
+                               : "";
   return Failure(ExitCode::nothing_understood,
                  heard ? "bytes came from " + device + " in " + time + ", but no message was understood at " +
-                             std::to_string(baud) +
-                             " baud: set the receiver's baud rate with --baud, let --baud auto "
+                             std::to_string(receiver.GetCurrentBaudrate()) + " baud" + kept +
+                             ": set the receiver's baud rate with --baud, let --baud auto "
                              "find it, or let the receiver send NMEA"
                        : "no data came from " + device + " in " + time +
                              ": check that the receiver is on, and its cable");

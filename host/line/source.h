@@ -34,7 +34,7 @@ class Source {
 };
 
 /// Sets a receiver up as the command line has it, at the rate kept for its model unless `baud` is above 0,
-/// and selects it. With `host_moves_bytes` its port stays closed.
+/// which is not kept yet, and selects it. With `host_moves_bytes` its port stays closed.
 void SelectReceiver(CGPSEngine& engine, CGPSReceiver& receiver, int baud, Geoid geoid = Geoid::none,
                     double antenna_height = 0.0, bool host_moves_bytes = false);
 
@@ -45,8 +45,9 @@ void StartEngine(CGPSEngine& engine, const Source& source, PortWatch& watch);
 /// be played.
 void StartPlayback(CGPSEngine& engine, const std::string& file);
 
-/// The failure of a run in which no message was understood, whether or not bytes were heard at that rate.
-Failure NothingUnderstood(const std::string& device, double seconds, bool heard, int baud);
+/// The failure of a run in which no message was understood, whether or not bytes were heard at the receiver's
+/// rate.
+Failure NothingUnderstood(const std::string& device, double seconds, bool heard, CGPSReceiver& receiver);
 /// "10 s".
 std::string Seconds(double seconds);
 

@@ -33,6 +33,7 @@ LRESULT HostWindow::WindowProc(UINT message, WPARAM wParam, LPARAM lParam) {
     case WM_GPS_NEW_DATA: {
       const auto data = Take<CGPSData>(wParam);
       ++published_.data;
+      published_.unread += data->m_bProprietaryValid ? 1 : 0;
       if (!IsFull()) Show(sink_.OnData(*data));
       return 0;
     }

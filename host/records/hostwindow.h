@@ -8,6 +8,7 @@ namespace host {
 /// The messages that the library has posted, by kind.
 struct Published {
   long long data = 0;
+  long long unread = 0;  ///< Of those, the ones that have a sentence of a make as it came, and nothing else.
   long long raw_data = 0;
   long long ephemeris = 0;
   long long bin = 0;

@@ -28,6 +28,8 @@ class PacingClock : public Clock {
     /// queue.
     Sequence(const Interrupt& interrupt, std::function<bool(long long)> passed);
     ~Sequence();
+    /// Milliseconds that the sequence has waited so far.
+    long long Passed() const { return Installed().passed_; }
     Sequence(const Sequence&) = delete;
     Sequence& operator=(const Sequence&) = delete;
   };

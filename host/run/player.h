@@ -27,6 +27,7 @@ class Player {
   /// When Play has something to do.
   Clock::time_point NextAt() const { return due_; }
   bool IsAtEnd() const { return line_.empty(); }
+  const Recording& Source() const { return recording_; }
   /// Hands the engine what is due, some of it if that is much.
   void Play(CGPSEngine& engine);
 

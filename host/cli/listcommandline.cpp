@@ -1,0 +1,183 @@
+#include "host/cli/listcommandline.h"
+
+#include <CLI/CLI.hpp>
+#include <memory>
+
+#include "gpsengine/platform/application.h"
+#include "host/cli/clidoc.h"
+#include "host/cli/values.h"
+#include "host/commands/models.h"
+#include "host/commands/operations.h"
+#include "host/commands/receiversdoc.h"
+#include "host/line/config.h"
+#include "host/line/ports.h"
+
+namespace host {
+
+namespace {
+
+/// The format of a list, in a format's own words.
+void AddListFormat(CLI::App& command, std::string& format, const std::string& plain) {
+  format = plain;
+  command.add_option("--format", format, plain + " or json")
+      ->check(CLI::IsMember({plain, std::string("json")}))
+      ->type_name("FORMAT")
+      ->capture_default_str();
+}
+
+KnownWords WordsToComplete() {
+  KnownWords words;
+  const CGPSEngine engine;
+  for (const auto& receiver : engine.GetReceivers()) words["--model"].push_back(receiver->GetName().ToUtf8());
+  words["NAME"] = words["--model"];
+  words["MODEL"] = words["--model"];
+  for (const Operation& operation : Operations()) words["OPERATION"].push_back(operation.name);
+  return words;
+}
+
+}  // namespace
+
+void AddModels(CLI::App& app, Job& job) {
+  struct Options {
+    std::string name;
+    std::string format = "table";
+  };
+  auto* command =
+      app.add_subcommand("models", "List the receiver models, their baud rates and what each can do");
+  command->footer(
+      "Examples:\n"
+      "  gpsengine models\n"
+      "  gpsengine models Trimble                              what may be asked of it, by \"command\"\n"
+      "  gpsengine models --format json");
+  auto options = std::make_shared<Options>();
+  command->add_option("name", options->name, "One model, to list its operations")
+      ->transform(AModel())
+      ->type_name("NAME");
+  command->add_option("--format", options->format, "table or json")
+      ->check(CLI::IsMember({"table", "json"}))
+      ->type_name("FORMAT")
+      ->capture_default_str();
+  command->callback([&job, options] {
+    job = [options](const Interrupt&, Output& output) {
+      CGPSEngine engine;
+      const bool json = options->format == "json";
+      if (options->name.empty()) {
+        output.Text() += json ? ModelsAsJson(engine) : ModelsAsTable(engine);
+      } else {
+        CGPSReceiver& receiver = SelectModel(engine, options->name);
+        output.Text() += json ? ModelAsJson(receiver) : ModelAsText(receiver);
+      }
+      output.Flush();
+      return ExitCode::done;
+    };
+  });
+}
+
+void AddPorts(CLI::App& app, Job& job) {
+  auto* command = app.add_subcommand("ports", "List the serial ports, and whether each can be opened");
+  command->footer(
+      "Examples:\n"
+      "  gpsengine ports\n"
+      "  gpsengine ports --format json\n"
+      "\"gpsengine monitor --port auto\" looks for a receiver on them.");
+  auto format = std::make_shared<std::string>();
+  AddListFormat(*command, *format, "table");
+  command->callback([&job, format] {
+    job = [format](const Interrupt&, Output& output) {
+      const auto ports = FindPorts();
+      output.Text() += *format == "json" ? PortsAsJson(ports) : PortsAsTable(ports);
+      output.Flush();
+      return ExitCode::done;
+    };
+  });
+}
+
+void AddConfig(CLI::App& app, Job& job) {
+  struct Options {
+    std::string format, name, value;
+  };
+  auto* command = app.add_subcommand("config", "Show what is remembered: port, model and baud rates");
+  command->footer(
+      "A run that understood a receiver has its port and model remembered, for --port last.\n"
+      "Examples:\n"
+      "  gpsengine config set port /dev/ttyUSB0\n"
+      "  gpsengine config set model Trimble\n"
+      "  gpsengine config forget Trimble                       its baud rate\n"
+      "  gpsengine config reset");
+  auto options = std::make_shared<Options>();
+  AddListFormat(*command, options->format, "text");
+  auto* set = command->add_subcommand("set", "Set the port or the model");
+  set->add_option("name", options->name, "port or model")
+      ->required()
+      ->check(CLI::IsMember({"port", "model"}))
+      ->type_name("NAME");
+  set->add_option("value", options->value, "What it shall be")->required()->type_name("VALUE");
+  auto* forget = command->add_subcommand("forget", "Forget the baud rate of a model");
+  forget->add_option("model", options->value, "The model")
+      ->required()
+      ->transform(AModel())
+      ->type_name("MODEL");
+  auto* reset = command->add_subcommand("reset", "Forget port, model and baud rates");
+  for (auto* change : {set, forget, reset}) change->fallthrough();
+  command->callback([&job, options, set, forget, reset] {
+    job = [options, set = set->parsed(), forget = forget->parsed(), reset = reset->parsed()](const Interrupt&,
+                                                                                             Output& output) {
+      CGPSEngine engine;
+      if (forget) ForgetRate(engine, options->value);
+      if (set) SetConfig(engine, options->name, options->value);
+      if (reset) ResetConfig(engine);
+      const Config config = ReadConfig(engine);
+      output.Text() += options->format == "json" ? ConfigAsJson(config) : ConfigAsText(config);
+      output.Flush();
+      return ExitCode::done;
+    };
+  });
+}
+
+void AddReceiversDoc(CLI::App& app, Job& job) {
+  auto* command = app.add_subcommand("receivers-doc", "Print docs/receivers.md")->group("");
+  command->callback([&job] {
+    job = [](const Interrupt&, Output& output) {
+      const CGPSEngine engine;
+      AfxGetApp()->SetProfilePath("");  // the rates of the models, not those that this user has kept
+      output.Text() += ReceiversDoc(engine);
+      output.Flush();
+      return ExitCode::done;
+    };
+  });
+}
+
+/// What the program says of itself, some of which is installed beside it.
+void AddDocuments(CLI::App& app, Job& job) {
+  const auto add = [&](CLI::App& parent, const char* name, const char* what, auto print) {
+    auto* command = parent.add_subcommand(name, what);
+    command->callback([&job, print] {
+      job = [print](const Interrupt&, Output& output) {
+        output.Text() += print();
+        output.Flush();
+        return ExitCode::done;
+      };
+    });
+    return command;
+  };
+  add(app, "man", "Print the manual page", [&app] { return ManualPage(app, GPSENGINE_VERSION); });
+  auto* completion = app.add_subcommand("completion", "Print a script that completes commands in a shell");
+  completion->require_subcommand(1);
+  add(*completion, "bash", "For bash", [&app] { return BashCompletion(app, WordsToComplete()); });
+  add(*completion, "zsh", "For zsh", [&app] { return ZshCompletion(app, WordsToComplete()); });
+  add(app, "version", "Print the version", [] { return std::string(GPSENGINE_VERSION "\n"); })->group("");
+  auto topic = std::make_shared<std::string>();
+  auto* help = add(app, "help", "Print what a command takes", [&app, topic] {
+    const auto print = [](const CLI::App& command, const std::string& name) {
+      return command.get_formatter()->make_help(&command, name, CLI::AppFormatMode::Normal);
+    };
+    if (topic->empty()) return print(app, app.get_name());
+    for (const CLI::App* command : app.get_subcommands([](const CLI::App*) { return true; })) {
+      if (command->get_name() == *topic) return print(*command, app.get_name() + ' ' + *topic);
+    }
+    throw Failure(ExitCode::usage, "no command is called \"" + *topic + "\"; gpsengine --help lists them");
+  });
+  help->group("")->add_option("command", *topic, "The command");
+}
+
+}  // namespace host
