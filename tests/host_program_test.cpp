@@ -86,6 +86,8 @@ TEST(HostProgram, NamesWhatIsWrongAndExitsAccordingly) {
       {"decode x --gpx=", ExitCode::usage, "--gpx"},
       {"monitor --fromat text", ExitCode::usage,
        R"(no option is called "--fromat" (did you mean "--format"?))"},
+      {"monitor --reconn", ExitCode::usage, R"((did you mean "--reconnect"?))"},
+      {"monitor --datum", ExitCode::usage, R"(no option is called "--datum"; )"},
       {"montor", ExitCode::usage, R"((did you mean "monitor"?))"},
       {"command --dry-run --model CSI gga-olny", ExitCode::usage, R"((did you mean "gga-only"?))"},
       {"command --dry-run --model csi gga-only", ExitCode::done, ""},

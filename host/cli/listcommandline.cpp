@@ -2,6 +2,7 @@
 
 #include <CLI/CLI.hpp>
 #include <memory>
+#include <sstream>
 
 #include "gpsengine/platform/application.h"
 #include "host/cli/clidoc.h"
@@ -25,13 +26,29 @@ void AddListFormat(CLI::App& command, std::string& format, const std::string& pl
       ->capture_default_str();
 }
 
+/// The words that an operation takes as they are: "auto" of "auto | KHZ [BITRATE]".
+std::vector<std::string> ArgumentWords(const Operation& operation) {
+  std::vector<std::string> words;
+  std::istringstream alternatives(operation.arguments);
+  for (std::string word; std::getline(alternatives, word, '|');) {
+    std::erase(word, ' ');
+    const bool is_word = word.find_first_not_of("abcdefghijklmnopqrstuvwxyz") == std::string::npos;
+    if (is_word && !word.empty()) words.push_back(word);
+  }
+  return words;
+}
+
 KnownWords WordsToComplete() {
   KnownWords words;
   const CGPSEngine engine;
   for (const auto& receiver : engine.GetReceivers()) words["--model"].push_back(receiver->GetName().ToUtf8());
   words["NAME"] = words["--model"];
   words["MODEL"] = words["--model"];
-  for (const Operation& operation : Operations()) words["OPERATION"].push_back(operation.name);
+  for (const Operation& operation : Operations()) {
+    words["OPERATION"].push_back(operation.name);
+    for (const std::string& word : ArgumentWords(operation))
+      words[std::string("ARGUMENT ") + operation.name].push_back(word);
+  }
   return words;
 }
 

@@ -112,7 +112,7 @@ int TellParseError(const CLI::App& app, const CLI::ParseError& error) {
   const auto extra = app.remaining(true);
   if (error.get_exit_code() == 0 || extra.empty())
     return app.exit(error) == 0 ? 0 : static_cast<int>(ExitCode::usage);
-  const std::string& word = extra.front();
+  const std::string word = extra.front().substr(0, extra.front().find('='));
   const bool is_option = word.size() > 1 && word.starts_with('-');
   const std::string kind = is_option ? "option" : "command";
   const bool is_argument = !is_option && command.get_parent() != nullptr;

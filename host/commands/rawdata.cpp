@@ -68,7 +68,7 @@ std::string WhyNoRawData(const std::string& model) {
   }
   const std::string beside = "beside GSA and GSV sentences raw data are passed over";
   if (receiver.HasRawData()) return beside + ": the operation gga-only ends them";
-  return "only those of an Ashtech, CSI or Racal receiver are decoded, and " + beside;
+  return "only the raw data of an Ashtech, CSI or Racal receiver are decoded, and " + beside;
 }
 
 }  // namespace host

@@ -35,12 +35,14 @@ bool IsSameName(std::string_view one, std::string_view other) {
 }
 
 std::string DidYouMean(std::string_view word, const std::vector<std::string>& names) {
-  // A third of the word may be wrong; what is further off is another word.
-  std::size_t nearest = word.size() / 3 + 1;
+  // A third of the letters may be wrong; what is further off is another word.
+  const std::size_t letters = word.size() - std::min(word.find_first_not_of('-'), word.size());
+  std::size_t nearest = std::max<std::size_t>(letters / 3, 1) + 1;
   std::string name;
   for (const std::string& candidate : names) {
-    const std::size_t distance = Distance(word, candidate);
-    if (distance >= nearest && !(name.empty() && distance == nearest)) continue;
+    const bool is_beginning = letters >= 3 && IsSameName(candidate.substr(0, word.size()), word);
+    const std::size_t distance = is_beginning ? 1 : Distance(word, candidate);
+    if (distance >= nearest) continue;
     nearest = distance;
     name = candidate;
   }
