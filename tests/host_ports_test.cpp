@@ -224,7 +224,9 @@ TEST(Config, IsWhatWasRememberedSetOrForgotten) {
   EXPECT_NE(host::ConfigAsText(host::ReadConfig(engine))
                 .find("port   /dev/ttyX7\nmodel  Trimble\nbaud   57600 for SiRF\n"),
             std::string::npos);
+  testing::internal::CaptureStderr();
   host::SetConfig(engine, "port", "/dev/ttyX8");
+  EXPECT_NE(testing::internal::GetCapturedStderr().find("there is no /dev/ttyX8 now"), std::string::npos);
   EXPECT_THROW(host::SetConfig(engine, "model", "Nobody's"), host::Failure);
   EXPECT_EQ(host::ConfigAsJson(host::ReadConfig(engine)),
             R"({"file":")" + system.Dev("host.ini") +
@@ -234,7 +236,12 @@ TEST(Config, IsWhatWasRememberedSetOrForgotten) {
   EXPECT_EQ(host::ReadConfig(engine).port + host::ReadConfig(engine).model, "");
   EXPECT_TRUE(host::ReadConfig(engine).rates.empty());
   app.SetProfilePath("/proc/nowhere/host.ini");
-  EXPECT_THROW(host::SetConfig(engine, "model", "SiRF"), host::Failure);
+  try {
+    host::SetConfig(engine, "model", "SiRF");
+    ADD_FAILURE();
+  } catch (const host::Failure& failure) {
+    EXPECT_STREQ(failure.what(), "cannot write /proc/nowhere/host.ini: No such file or directory");
+  }
 }
 
 }  // namespace

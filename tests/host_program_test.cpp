@@ -2,6 +2,7 @@
 
 #include <chrono>
 #include <cstdio>
+#include <cstdlib>
 #include <fstream>
 #include <iterator>
 #include <sstream>
@@ -49,7 +50,9 @@ class File {
   const std::string& Path() const { return m_strPath; }
 
  private:
-  const std::string m_strPath = testing::TempDir() + "host_program_" + std::to_string(getpid());
+  static inline int s_nFiles = 0;
+  const std::string m_strPath =
+      testing::TempDir() + "host_program_" + std::to_string(getpid()) + '_' + std::to_string(++s_nFiles);
 };
 
 }  // namespace
@@ -74,6 +77,7 @@ TEST(HostProgram, NamesWhatIsWrongAndExitsAccordingly) {
       {"monitor --port /dev/x --play y", ExitCode::usage, "--play"},
       {"monitor --port /dev/nonexistent", ExitCode::port_closed, "/dev/nonexistent"},
       {"monitor --play /nonexistent.log", ExitCode::failed, "/nonexistent.log"},
+      {"monitor --speed max --play /dev/null", ExitCode::nothing_understood, "it holds no bytes"},
       {"monitor --record /nonexistent/x", ExitCode::failed, "/nonexistent/x"},
       {"monitor --rinex x", ExitCode::usage, "raw data"},
       {"command --dry-run --model Trimble gga-only", ExitCode::refused, "gga-only; it offers start, send"},
@@ -203,13 +207,15 @@ TEST(HostProgram, TellsSilenceFromWhatItDoesNotUnderstand) {
   EXPECT_EQ(RunToEnd("config forget Other").output.find("for Other"), std::string::npos);
 }
 
-TEST(HostProgram, PlaysARecordingUntilItIsInterrupted) {
-  const File file(kFix);
-  Program monitor({"monitor", "--play", file.Path(), "--format", "json"});
-  EXPECT_TRUE(
-      monitor.Line().starts_with("{\"class\":\"TPV\",\"device\":\"" + file.Path() + "\",\"mode\":3,"));
-  monitor.Signal(SIGINT);
-  EXPECT_EQ(monitor.Wait(), 130 /* interrupted */);
+TEST(HostProgram, PlaysARecordingPackedOrNotUntilItIsInterrupted) {
+  const File file(kFix), packed("");
+  ASSERT_EQ(std::system(("gzip -c " + file.Path() + " > " + packed.Path()).c_str()), 0);
+  for (const std::string& path : {file.Path(), packed.Path()}) {
+    Program monitor({"monitor", "--play", path, "--format", "json"});
+    EXPECT_TRUE(monitor.Line().starts_with(R"({"class":"TPV","device":")" + path + R"(","mode":3,)"));
+    monitor.Signal(SIGINT);
+    EXPECT_EQ(monitor.Wait(), 130 /* interrupted */);
+  }
 }
 
 TEST(HostProgram, CommandsASimulatedReceiver) {

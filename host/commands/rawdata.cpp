@@ -59,13 +59,18 @@ bool SetRawInterval(CGPSReceiver& receiver, double seconds) {
   return intervals.has(seconds) && receiver.SetRawDataOutputInterval(intervals.value(seconds));
 }
 
-std::string WhyNoRawData(const std::string& model) {
+bool IsRawDataDecoded(const std::string& model) {
   CGPSEngine engine;
-  CGPSReceiver& receiver = SelectModel(engine, model);
-  if (&IntervalsOf(receiver) != &kAny) {
+  return &IntervalsOf(SelectModel(engine, model)) == &kAny;
+}
+
+std::string WhyNoRawData(const std::string& model) {
+  if (!IsRawDataDecoded(model)) {
     return "the raw data of the model " + model +
            " are blocks that this program hands on without decoding them, so that it cannot log them";
   }
+  CGPSEngine engine;
+  CGPSReceiver& receiver = SelectModel(engine, model);
   const std::string beside = "beside GSA and GSV sentences raw data are passed over";
   if (receiver.HasRawData()) return beside + ": the operation gga-only ends them";
   return "only the raw data of an Ashtech, CSI or Racal receiver are decoded, and " + beside;

@@ -15,6 +15,7 @@ constexpr double kEveryEpoch = 0.1;
 RinexSink::RinexSink(const RinexOptions& options, const std::string& model, double antenna_height,
                      Sink& inner)
     : inner_(inner), model_(model) {
+  if (!IsRawDataDecoded(model)) Complain(WhyNoRawData(model));
   log_.SetBase(options.base);
   log_.SetReceiver(model);
   log_.SetLogInterval(options.interval > 0.0 ? options.interval : kEveryEpoch);
