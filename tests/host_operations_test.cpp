@@ -98,7 +98,7 @@ TEST_F(HostOperations, SayWhatWasSentAndHowTheLineAnswered) {
       {"CSI", {"set-elevation-mask", "12"}, "$GPGGA,\r\n", 0, "refused: sent"},
       {"CSI", {"gga-only"}, "$PASHR,NAK*30\r\n$PASHR,ACK*3D\r\n", 1, "took 1 and refused 1"},
       {"GSR2650 LB", {"gga-only"}, "\r\n<OK\r\n[COM2]", 0, R"(sent 13 messages, "UNLOG  GPALM" to "UN)"},
-      {"SiRF", {"gga-only"}, "\xA0", 0, "this make gives none"},
+      {"SiRF", {"gga-only"}, "\xA0", 0, "this make gives none to such commands"},
       {"Starlink", {"gga-only"}, "", 0, "no bytes came from /dev/x"},
       {"CSI", {"keep-alive"}, "", 0, "nothing was sent"},
   };

@@ -3,10 +3,8 @@
 #include <unistd.h>
 
 #include <CLI/CLI.hpp>
-#include <charconv>
 #include <chrono>
 #include <map>
-#include <sstream>
 
 #include "gpsengine/platform/application.h"
 #include "host/cli/exportcommandline.h"
@@ -20,7 +18,6 @@
 #include "host/run/interrupt.h"
 #include "host/run/output.h"
 #include "host/serve.h"
-#include "host/simulate.h"
 #include "host/tui/terminal.h"
 
 namespace host {
@@ -69,14 +66,6 @@ void AddReceiverOptions(CLI::App& command, Options& options) {
   AddChoice(command, "--geoid", options.geoid, kGeoids, "What to do with the geoid separation");
 }
 
-int BaudOf(const std::string& text) {
-  if (text == "auto") return kAutoBaud;
-  int baud = 0;
-  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), baud);
-  if (error == std::errc() && end == text.data() + text.size() && baud > 0) return baud;
-  throw CLI::ValidationError("--baud", text + " is no baud rate such as 9600, nor auto");
-}
-
 /// --port and --baud, whose words ChooseLine looks up. Gives the option --port.
 template <class Options>
 CLI::Option* AddLineOptions(CLI::App& command, Options& options, const std::string& description) {
@@ -102,18 +91,6 @@ void AddReconnect(CLI::App& command, Options& options, CLI::Option* port) {
           "--reconnect", [&options] { options.reconnect = std::chrono::seconds(1); },
           "When the port is lost, wait for it to come back instead of ending")
       ->needs(port);
-}
-
-Moment MomentOfDate(const std::string& date) {
-  int year = 0, month = 0, day = 0;
-  char dash1 = 0, dash2 = 0;
-  std::istringstream text(date);
-  text >> year >> dash1 >> std::noskipws >> month >> dash2 >> day;
-  const auto ymd = std::chrono::year(year) / month / day;
-  if (!text || !text.eof() || dash1 != '-' || dash2 != '-' || month < 0 || day < 0 || !ymd.ok()) {
-    throw CLI::ValidationError("--date", date + " is no date such as 2024-05-14");
-  }
-  return std::chrono::sys_days(ymd).time_since_epoch().count() * kDay + kDay / 2;
 }
 
 void AddMonitor(CLI::App& app, Job& job) {
@@ -283,38 +260,6 @@ void AddCommand(CLI::App& app, Job& job) {
     job = [options, model](const Interrupt& interrupt, Output& output) {
       if (!options->dry_run) ChooseLine(*options, model->count() > 0, interrupt);
       return Command(*options, interrupt, output);
-    };
-  });
-}
-
-// Epochs a second, of a simulated receiver.
-constexpr double kFastest = 20.0;
-
-void AddSimulate(CLI::App& app, Job& job) {
-  auto* command =
-      app.add_subcommand("simulate", "Run a simulated receiver on a pseudo-terminal, and print its name");
-  command->footer("Example:\n  gpsengine simulate --model CSI");
-  auto options = std::make_shared<SimulateOptions>();
-  simulator::Options& receiver = options->receiver;
-  command->add_option("--model", receiver.model, "Receiver model, as \"gpsengine models\" lists them")
-      ->transform(AModel())
-      ->capture_default_str();
-  command->add_flag("--quiet", options->quiet, "Do not tell of lines that the receiver does not know");
-  command->add_flag("--silent", receiver.silent, "Send nothing at all, as a receiver that is broken");
-  command->add_flag("--gga-only", receiver.gga_only, "Begin with positions alone");
-  command->add_flag("!--still", receiver.moving, "Stay at one place");
-  command->add_option("--rate", receiver.rate_hz, "Epochs a second")
-      ->check(AboveZeroUpTo(kFastest))
-      ->type_name("HZ")
-      ->capture_default_str();
-  command->add_option("--duration", options->duration, "End after so many seconds")
-      ->check(AboveZero())
-      ->type_name("S");
-  command->callback([&job, options] {
-    job = [options](const Interrupt& interrupt, Output& output) {
-      options->receiver.start_utc =
-          std::chrono::floor<std::chrono::seconds>(std::chrono::system_clock::now());
-      return Simulate(*options, interrupt, output);
     };
   });
 }

@@ -1,6 +1,7 @@
 #include "host/cli/listcommandline.h"
 
 #include <CLI/CLI.hpp>
+#include <chrono>
 #include <memory>
 #include <sstream>
 
@@ -12,10 +13,14 @@
 #include "host/commands/receiversdoc.h"
 #include "host/line/config.h"
 #include "host/line/ports.h"
+#include "host/simulate.h"
 
 namespace host {
 
 namespace {
+
+// Epochs a second, of a simulated receiver.
+constexpr double kFastest = 20.0;
 
 /// The format of a list, in a format's own words.
 void AddListFormat(CLI::App& command, std::string& format, const std::string& plain) {
@@ -147,6 +152,35 @@ void AddConfig(CLI::App& app, Job& job) {
       output.Text() += options->format == "json" ? ConfigAsJson(config) : ConfigAsText(config);
       output.Flush();
       return ExitCode::done;
+    };
+  });
+}
+
+void AddSimulate(CLI::App& app, Job& job) {
+  auto* command =
+      app.add_subcommand("simulate", "Run a simulated receiver on a pseudo-terminal, and print its name");
+  command->footer("Example:\n  gpsengine simulate --model CSI");
+  auto options = std::make_shared<SimulateOptions>();
+  simulator::Options& receiver = options->receiver;
+  command->add_option("--model", receiver.model, "Receiver model, as \"gpsengine models\" lists them")
+      ->transform(AModel())
+      ->capture_default_str();
+  command->add_flag("--quiet", options->quiet, "Do not tell of lines that the receiver does not know");
+  command->add_flag("--silent", receiver.silent, "Send nothing at all, as a receiver that is broken");
+  command->add_flag("--gga-only", receiver.gga_only, "Begin with positions alone");
+  command->add_flag("!--still", receiver.moving, "Stay at one place");
+  command->add_option("--rate", receiver.rate_hz, "Epochs a second")
+      ->check(AboveZeroUpTo(kFastest))
+      ->type_name("HZ")
+      ->capture_default_str();
+  command->add_option("--duration", options->duration, "End after so many seconds")
+      ->check(AboveZero())
+      ->type_name("S");
+  command->callback([&job, options] {
+    job = [options](const Interrupt& interrupt, Output& output) {
+      options->receiver.start_utc =
+          std::chrono::floor<std::chrono::seconds>(std::chrono::system_clock::now());
+      return Simulate(*options, interrupt, output);
     };
   });
 }

@@ -14,6 +14,7 @@ using Job = std::function<ExitCode(const Interrupt&, Output&)>;
 
 // The commands that read no receiver. Each adds itself to the application.
 void AddModels(CLI::App& app, Job& job);
+void AddSimulate(CLI::App& app, Job& job);
 void AddPorts(CLI::App& app, Job& job);
 void AddConfig(CLI::App& app, Job& job);
 void AddReceiversDoc(CLI::App& app, Job& job);

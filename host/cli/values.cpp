@@ -2,10 +2,13 @@
 
 #include <CLI/CLI.hpp>
 #include <charconv>
+#include <chrono>
 #include <cmath>
+#include <sstream>
 #include <type_traits>
 
 #include "gpsengine/engine/gpsengine.h"
+#include "host/line/portsearch.h"
 #include "host/run/failure.h"
 #include "host/run/nearest.h"
 
@@ -105,6 +108,26 @@ CLI::Validator AModel() {
         return std::string();
       },
       "");
+}
+
+int BaudOf(const std::string& text) {
+  if (text == "auto") return kAutoBaud;
+  int baud = 0;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), baud);
+  if (error == std::errc() && end == text.data() + text.size() && baud > 0) return baud;
+  throw CLI::ValidationError("--baud", text + " is no baud rate such as 9600, nor auto");
+}
+
+Moment MomentOfDate(const std::string& date) {
+  int year = 0, month = 0, day = 0;
+  char dash1 = 0, dash2 = 0;
+  std::istringstream text(date);
+  text >> year >> dash1 >> std::noskipws >> month >> dash2 >> day;
+  const auto ymd = std::chrono::year(year) / month / day;
+  if (!text || !text.eof() || dash1 != '-' || dash2 != '-' || month < 0 || day < 0 || !ymd.ok()) {
+    throw CLI::ValidationError("--date", date + " is no date such as 2024-05-14");
+  }
+  return std::chrono::sys_days(ymd).time_since_epoch().count() * kDay + kDay / 2;
 }
 
 int TellParseError(const CLI::App& app, const CLI::ParseError& error) {

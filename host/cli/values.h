@@ -3,6 +3,8 @@
 #include <CLI/App.hpp>
 #include <string>
 
+#include "host/records/moment.h"
+
 namespace host {
 
 // What options take, with limits in words, which the help shows behind the value's name.
@@ -20,6 +22,11 @@ CLI::Validator WholeAboveZero();
 CLI::Validator AName();
 /// A receiver model, in any case of its letters, which becomes the name that it is listed by.
 CLI::Validator AModel();
+
+/// A baud rate, or kAutoBaud for "auto". Throws a CLI::ValidationError that names --baud.
+int BaudOf(const std::string& text);
+/// Noon of a day such as 2024-05-14. Throws a CLI::ValidationError that names --date.
+Moment MomentOfDate(const std::string& date);
 
 /// Tells on standard error what is wrong with the command line, and gives the exit code: 0 if the user has
 /// asked for help.

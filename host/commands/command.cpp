@@ -146,6 +146,7 @@ void LiveCommand::FailIfItDidNotWork() const {
                             " did not work: the receiver's port did not take it, or the model "
                             "does not take these arguments");
   }
+  if (IsSetting() && options_.listen == 0.0) return;  // the user wants to hear nothing
   if (IsSetting()) return Complain(outcome_.Tell(source_->Device(), options_.model, window_.Shown()));
   if (!IsRequest() || window_.Shown() > 0) return;
   const std::string nothing = "no report answered " + name;

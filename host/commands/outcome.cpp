@@ -21,7 +21,7 @@ constexpr std::size_t kFewLines = 3;
 // How languages answer, and how the lines begin that get such answers. The others say nothing.
 constexpr std::string_view kTaken[] = {"$PASHR,ACK", "$>", "<OK"};
 constexpr std::string_view kRefused[] = {"$PASHR,NAK", "<ERROR"};
-constexpr std::string_view kAnswered[] = {"$PASHS,", "$J", "LOG ", "UNLOG "};
+constexpr std::string_view kAnswered[] = {"$PASHS,", "$J", "LOG ", "UNLOG ", "SAVECONFIG"};
 // A SiRF leaves its text protocol by this line, and comes back by a binary message.
 constexpr std::string_view kToBinary = "$PSRF100,0";
 constexpr char kBinaryMessage[] = "a binary message";
@@ -127,7 +127,7 @@ std::string Outcome::Tell(const std::string& device, const std::string& model, l
     throw Failure(ExitCode::refused, sent + "; data came from " + device + ", but no answer, which a " +
                                          model + " gives: is it one, and is the baud rate right?");
   }
-  return sent + "; data came from " + device + ", but no answer: this make gives none";
+  return sent + "; data came from " + device + ", but no answer: this make gives none to such commands";
 }
 
 std::string Outcome::TellInterrupted(const std::string& operation, long long passed) const {
