@@ -98,7 +98,8 @@ TEST_F(HostOperations, SayWhatWasSentAndHowTheLineAnswered) {
       {"CSI", {"set-elevation-mask", "12"}, "$GPGGA,\r\n", 0, "refused: sent"},
       {"CSI", {"gga-only"}, "$PASHR,NAK*30\r\n$PASHR,ACK*3D\r\n", 1, "took 1 and refused 1"},
       {"GSR2650 LB", {"gga-only"}, "\r\n<OK\r\n[COM2]", 0, R"(sent 13 messages, "UNLOG  GPALM" to "UN)"},
-      {"SiRF", {"gga-only"}, "\xA0", 0, "this make gives none to such commands"},
+      {"SiRF", {"gga-only"}, "\xA0", 0, "no message was understood: is it the model SiRF, at 4800 baud"},
+      {"SiRF", {"gga-only"}, "$GPGGA,", 0, "this make gives none to such commands"},
       {"Starlink", {"gga-only"}, "", 0, "no bytes came from /dev/x"},
       {"CSI", {"keep-alive"}, "", 0, "nothing was sent"},
   };
@@ -109,7 +110,7 @@ TEST_F(HostOperations, SayWhatWasSentAndHowTheLineAnswered) {
     for (const char c : std::string_view(bytes)) outcome.Feed({&c, 1});
     std::string told;
     try {
-      told = outcome.Tell("/dev/x", model, reports);
+      told = outcome.Tell({"/dev/x", model, 4800, bytes[0] == '$', reports});
     } catch (const Failure& failure) {
       EXPECT_EQ(failure.Code(), ExitCode::refused);
       told = std::string("refused: ") + failure.what();

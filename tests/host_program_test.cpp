@@ -241,10 +241,15 @@ TEST(HostProgram, CommandsASimulatedReceiver) {
 
 TEST(HostProgram, SaysThatNothingAnswered) {
   PseudoTerminal line;
-  const Ended query = RunToEnd("command --port " + line.Name() + " --model Starlink query-nmea --listen 0.1");
-  EXPECT_EQ(query.code, 6 /* refused */);
-  EXPECT_NE(query.errors.find("no report answered query-nmea, and no data came"), std::string::npos)
-      << query.errors;
+  const std::pair<const char*, const char*> rows[] = {
+      {"query-nmea", "no report answered query-nmea, and no data came"},
+      {"set-elevation-mask 9", R"(sent "$PSLIS,ELM,9", but no bytes came from )"}};
+  for (const auto& [words, text] : rows) {
+    const Ended ended =
+        RunToEnd("command --port " + line.Name() + " --model Starlink " + words + " --listen 0.1");
+    EXPECT_EQ(ended.code, 6 /* refused */);
+    EXPECT_NE(ended.errors.find(text), std::string::npos) << ended.errors;
+  }
 }
 
 TEST(HostProgram, LogsRawDataOfALiveReceiver) {

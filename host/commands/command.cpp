@@ -49,6 +49,7 @@ class LiveCommand {
   bool IsSetting() const { return operation_.kind == Operation::Kind::sets; }
   ExitCode Listen();
   void DecodeParameterLines();
+  bool HasUnderstood() const;
   void FailIfItDidNotWork() const;
 
   const CommandOptions& options_;
@@ -75,7 +76,7 @@ ExitCode LiveCommand::Go(const Action& action, long long time) {
   const ExitCode code = Listen();
   engine_.Stop();
   DecodeParameterLines();
-  if (receiver_.GetSentencesRecognised() > receiver_.GetChecksumErrors()) KeepRate(receiver_);
+  if (HasUnderstood()) KeepRate(receiver_);
   if (code == ExitCode::done) FailIfItDidNotWork();
   return code;
 }
@@ -120,7 +121,8 @@ ExitCode LiveCommand::Listen() {
     if (IsRequest() && !options_.listen && so_far > answers) end.Set(kAnswerGap);
     answers = so_far;
     const std::chrono::duration<double> listened = Deadline::Clock::now() - begun;
-    const bool settled = IsSetting() && !options_.listen && listened.count() >= outcome_.Patience();
+    const bool settled =
+        IsSetting() && !options_.listen && listened.count() >= outcome_.Patience(HasUnderstood());
     if (settled || end.HasPassed()) return ExitCode::done;
     waiter.Wait(end.Earlier(Deadline::Clock::now() + kTapInterval));
   }
@@ -136,6 +138,11 @@ void LiveCommand::DecodeParameterLines() {
   output_.Flush();
 }
 
+bool LiveCommand::HasUnderstood() const {
+  return receiver_.GetSentencesRecognised() > receiver_.GetChecksumErrors() ||
+         window_.GetPublished().All() > 0;
+}
+
 void LiveCommand::FailIfItDidNotWork() const {
   const std::string name = operation_.name;
   if (result_ == Result::no) {
@@ -147,7 +154,10 @@ void LiveCommand::FailIfItDidNotWork() const {
                             "does not take these arguments");
   }
   if (IsSetting() && options_.listen == 0.0) return;  // the user wants to hear nothing
-  if (IsSetting()) return Complain(outcome_.Tell(source_->Device(), options_.model, window_.Shown()));
+  if (IsSetting()) {
+    return Complain(outcome_.Tell({source_->Device(), options_.model, receiver_.GetCurrentBaudrate(),
+                                   HasUnderstood(), window_.Shown()}));
+  }
   if (!IsRequest() || window_.Shown() > 0) return;
   const std::string nothing = "no report answered " + name;
   if (!tap_->HasHeard()) {

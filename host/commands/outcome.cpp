@@ -101,33 +101,35 @@ bool Outcome::IsAwaited() const {
                      [](const std::string& line) { return BeginsWith(line, kAnswered); });
 }
 
-double Outcome::Patience() const {
+double Outcome::Patience(bool understood) const {
   if (!heard_) return kForBytes;
-  return IsAwaited() && taken_ + refused_ == 0 ? kForAnswer : kForLastWord;
+  if (taken_ + refused_ > 0) return kForLastWord;
+  return IsAwaited() || !understood ? kForAnswer : kForLastWord;
 }
 
-std::string Outcome::Tell(const std::string& device, const std::string& model, long long reports) const {
+std::string Outcome::Tell(const Line& line) const {
   const auto lines = Lines(transcript_.steps);
-  if (lines.empty()) return "nothing was sent: the model " + model + " has nothing to send here";
+  if (lines.empty()) return "nothing was sent: the model " + line.model + " has nothing to send here";
   const std::string sent = "sent " + Told(lines);
+  const std::string data = sent + "; data came from " + line.device + ", but ";
+  const std::string doubt = ": is it the model " + line.model + ", at " + std::to_string(line.baud) +
+                            " baud? --baud auto tries others";
+  const std::string further = line.reports > 0 ? "; its reports are shown" : "";
+  const auto fail = [](const std::string& text) { return Failure(ExitCode::refused, text); };
   if (!heard_) {
-    throw Failure(ExitCode::refused, sent + ", but no bytes came from " + device +
-                                         ": check that the receiver is on, and its cable");
+    throw fail(sent + ", but no bytes came from " + line.device +
+               ": check that the receiver is on, and its cable");
   }
-  if (refused_ > 0 && taken_ == 0)
-    throw Failure(ExitCode::refused, sent + ", which the receiver refused: " + refusal_);
-  const std::string further = reports > 0 ? "; its reports are shown" : "";
+  if (refused_ > 0 && taken_ == 0) throw fail(sent + ", which the receiver refused: " + refusal_);
   if (refused_ > 0) {
     return sent + "; the receiver took " + std::to_string(taken_) + " and refused " +
            std::to_string(refused_) + ", the last one with " + refusal_ + further;
   }
   if (taken_ > 0) return sent + "; the receiver acknowledged" + further;
-  if (reports > 0) return sent + further;
-  if (IsAwaited()) {
-    throw Failure(ExitCode::refused, sent + "; data came from " + device + ", but no answer, which a " +
-                                         model + " gives: is it one, and is the baud rate right?");
-  }
-  return sent + "; data came from " + device + ", but no answer: this make gives none to such commands";
+  if (line.reports > 0) return sent + further;
+  if (!line.understood) throw fail(data + "no message was understood" + doubt);
+  if (IsAwaited()) throw fail(data + "no answer, which the model " + line.model + " gives" + doubt);
+  return data + "no answer: this make gives none to such commands";
 }
 
 std::string Outcome::TellInterrupted(const std::string& operation, long long passed) const {

@@ -13,13 +13,21 @@ class Outcome {
   /// `transcript` is the rehearsal of the command.
   explicit Outcome(Transcript transcript);
 
+  /// The line that the command went out on, and what the library made of its data.
+  struct Line {
+    std::string device, model;
+    int baud;
+    bool understood;    ///< Some message was.
+    long long reports;  ///< So many were shown.
+  };
+
   /// The next bytes of the line since the run began, in pieces of any size.
   void Feed(std::string_view bytes);
   /// How many seconds to listen behind the end of the command, by what has been heard so far.
-  double Patience() const;
-  /// What to tell the user. `reports` is how many were shown. Throws a Failure if nothing was heard, or no
-  /// answer where the make gives one, or a refusal.
-  std::string Tell(const std::string& device, const std::string& model, long long reports) const;
+  double Patience(bool understood) const;
+  /// What to tell the user. Throws a Failure if nothing was heard or understood, no answer came where the
+  /// make gives one, or the receiver refused.
+  std::string Tell(const Line& line) const;
   /// What to tell of a command that was interrupted when it had waited for so many milliseconds;
   /// below 0, ahead of its beginning.
   std::string TellInterrupted(const std::string& operation, long long passed) const;
