@@ -84,7 +84,7 @@ ExitCode Decode(const DecodeOptions& options, const Interrupt& interrupt, Output
   }
   exports.Finish();
   const bool logged = !rinex || rinex->Finish();
-  CheckUnderstood(recording, window);
+  if (!exports.IsOver()) CheckUnderstood(recording, window);
   return logged ? ExitCode::done : ExitCode::failed;
 }
 

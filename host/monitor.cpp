@@ -227,7 +227,7 @@ std::optional<ExitCode> Run::Ending() {
   if (interrupt_.HasCome()) return ExitCode::interrupted;
   if (screen_ && screen_->WantsToQuit()) return ExitCode::done;
   if (player_ && (player_->IsAtEnd() || exports_->IsOver())) {
-    CheckUnderstood(player_->Source(), *window_);
+    if (player_->IsAtEnd()) CheckUnderstood(player_->Source(), *window_);
     return ExitCode::done;
   }
   if (recorder_ && !engine_.m_bRecordRaw) {

@@ -135,6 +135,8 @@ TEST_F(HostDecode, SaysWhatARecordingHoldsOfWhichNothingIsUnderstood) {
        "no position (RMC, $HEHDT, $PGRMX)"},
       {"$HEHDT,1.0,T*2E\n", "no position ($HEHDT)"},
       {"$GPGGA,1,2*00\r\n", "checksum is wrong"},
+      {std::string(65'536, 'x') + WithChecksum("$HEHDT,1.0,T"),
+       "in its first 64 KB its bytes make no message"},
       {Packed(std::string("$BIN_\0\x80\0", 8) + std::string(130, 'x') + "\r\n"),
        "handed on undecoded ($BIN)"},
   };

@@ -83,6 +83,8 @@ TEST(HostProgram, NamesWhatIsWrongAndExitsAccordingly) {
       {"command --dry-run --model Trimble gga-only", ExitCode::refused, "gga-only; it offers start, send"},
       {"command --model CSI gga-only", ExitCode::usage, "--port"},
       {"command --port /dev/nonexistent --model CSI gga-only", ExitCode::port_closed, "/dev/nonexistent"},
+      {"simulate --model trimbel", ExitCode::usage,
+       R"(--model: no model is called "trimbel" (did you mean "Trimble"?))"},
       {"simulate --rate -1", ExitCode::usage, "--rate: \"-1\" is no number above 0 and up to 20"},
       {"monitor --count -1", ExitCode::usage, "--count: \"-1\" is no whole number above 0"},
       {"monitor --duration nan", ExitCode::usage, "--duration: \"nan\" is no number above 0"},

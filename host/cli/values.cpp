@@ -8,6 +8,7 @@
 #include <type_traits>
 
 #include "gpsengine/engine/gpsengine.h"
+#include "host/commands/models.h"
 #include "host/line/portsearch.h"
 #include "host/run/failure.h"
 #include "host/run/nearest.h"
@@ -99,13 +100,14 @@ CLI::Validator AName() {
 
 CLI::Validator AModel() {
   return CLI::Validator(
-      [](std::string& word) {
-        const CGPSEngine engine;
-        for (const auto& receiver : engine.GetReceivers()) {
-          const std::string name = receiver->GetName().ToUtf8();
-          if (IsSameName(name, word)) word = name;
+      [](std::string& word) -> std::string {
+        try {
+          CGPSEngine engine;
+          word = SelectModel(engine, word).GetName().ToUtf8();
+          return "";
+        } catch (const Failure& failure) {
+          return failure.what();
         }
-        return std::string();
       },
       "");
 }

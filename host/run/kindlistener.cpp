@@ -35,15 +35,17 @@ void Hear(CGPSEngine& engine, std::string_view bytes) {
   }
 }
 
-/// What the beginning of a recording holds, for a user to whom nothing of it was of use.
-std::string WhatIsIn(std::string_view head, bool text_log) {
+/// What a recording holds, as far as its beginning tells, for a user to whom nothing of it was of use.
+std::string WhatIsIn(const Recording& recording) {
+  const std::string_view head = recording.Head();
   if (head.empty()) return "it holds no bytes";
   if (head.starts_with("\xFF\xFE") || head.starts_with("\xFE\xFF")) {
     return "it is text in UTF-16, as its byte order mark says: save it as plain text, for instance with "
            "\"iconv -f UTF-16 -t ASCII\"";
   }
   std::string bytes;
-  for (const char c : head) bytes += text_log && c == '\n' ? std::string("\r\n") : std::string(1, c);
+  for (const char c : head)
+    bytes += recording.IsTextLog() && c == '\n' ? std::string("\r\n") : std::string(1, c);
   CGPSEngine engine;
   auto* const listener = new KindListener;
   engine.AddReceiver(listener);
@@ -57,7 +59,9 @@ std::string WhatIsIn(std::string_view head, bool text_log) {
   if (listener->GetChecksumErrors() > 0) parts.push_back("sentences whose checksum is wrong");
   if (!listener->binary.empty())
     parts.push_back("binary blocks that are handed on undecoded (" + Joined(listener->binary) + ")");
-  return parts.empty() ? "its bytes make no message" : "it holds only " + Joined(parts);
+  const std::string where =
+      recording.IsAllInHead() ? "" : "in its first " + std::to_string(head.size() / 1024) + " KB ";
+  return where + (parts.empty() ? "its bytes make no message" : "it holds only " + Joined(parts));
 }
 
 }  // namespace
@@ -92,8 +96,8 @@ void CheckUnderstood(const Recording& recording, const HostWindow& window) {
   const Published& published = window.GetPublished();
   if (published.data - published.unread + published.raw_data + published.ephemeris + window.Shown() > 0)
     return;
-  throw Failure(ExitCode::nothing_understood, "nothing of " + recording.Name() + " was understood: " +
-                                                  WhatIsIn(recording.Head(), recording.IsTextLog()));
+  throw Failure(ExitCode::nothing_understood,
+                "nothing of " + recording.Name() + " was understood: " + WhatIsIn(recording));
 }
 
 }  // namespace host

@@ -38,6 +38,7 @@ Recording::Recording(const std::string& path) : path_(path == "-" ? "standard in
     head_ = Unpack(head_);
     if (head_.empty()) head_ = ReadPiece();
   }
+  unpacked_ = head_.size();
   text_log_ = head_.find('\r') == std::string::npos;
   if (!seekable_) held_ = head_;
   while (text_log_) {
@@ -51,13 +52,14 @@ Recording::Recording(const std::string& path) : path_(path == "-" ? "standard in
 
 /// The next piece of what the file holds; empty at the end.
 std::string Recording::ReadPiece() {
-  for (;;) {
-    std::string bytes = ReadBytes();
-    if (!unpacker_) return bytes;
-    if (bytes.empty()) return bytes;
+  std::string bytes;
+  do {
+    bytes = ReadBytes();
+    if (!unpacker_ || bytes.empty()) break;
     bytes = Unpack(bytes);
-    if (!bytes.empty()) return bytes;
-  }
+  } while (bytes.empty());
+  unpacked_ += bytes.size();
+  return bytes;
 }
 
 std::string Recording::Unpack(const std::string& packed) try {
@@ -82,6 +84,7 @@ void Recording::Rewind() {
   if (seekable_) {
     lseek(descriptor_.Get(), 0, SEEK_SET);
     done_ = 0;
+    unpacked_ = 0;
     if (unpacker_) unpacker_.emplace();
   } else {
     Append(held_);

@@ -28,6 +28,8 @@ class Recording {
   std::int64_t Done() const { return done_; }
   /// The first piece of what the file holds, as it stands there; 64 KiB of a file that is not packed.
   std::string_view Head() const { return head_; }
+  /// Behind the end: whether that piece is all.
+  bool IsAllInHead() const { return unpacked_ <= head_.size(); }
 
  private:
   std::string ReadPiece();
@@ -45,6 +47,7 @@ class Recording {
   bool ended_ = false;
   std::int64_t size_ = 0;
   std::int64_t done_ = 0;
+  std::size_t unpacked_ = 0;  // bytes that were read since the beginning
   std::string head_;
   std::string held_;       // what of a stream that cannot be rewound was read to look for a carriage return
   std::string ready_;      // read and given its line ends
