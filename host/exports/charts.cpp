@@ -7,8 +7,8 @@
 #include "host/exports/axis.h"
 #include "host/exports/svg.h"
 #include "host/exports/timescale.h"
+#include "host/records/fixkind.h"
 #include "host/records/jsonwriter.h"
-#include "host/records/reports.h"
 
 namespace host {
 
@@ -113,8 +113,9 @@ class EnvelopePainter {
 class TrackPlan {
  public:
   explicit TrackPlan(const RunStatistics& run) : run_(run) {
-    const double middle = (run.south + run.north) / 2.0;
-    const Offset size = OffsetOf(run.south, run.west, run.north, run.east);
+    const auto& [south, north, west, east] = run.track.GetBounds();
+    const double middle = (south + north) / 2.0;
+    const Offset size = OffsetOf(south, west, north, east);
     scale_ = OffsetOf(middle, 0.0, middle + 1e-3, 1e-3);
     // Neither a still receiver nor a straight road fills a page.
     const double wide = std::max({size.east, size.north / 3.0, kLeast}) * 1.12;
@@ -122,7 +123,7 @@ class TrackPlan {
     const double height = std::clamp(kMostWidth * high / wide, 300.0, 560.0);
     per_metre_ = std::min(kMostWidth / wide, height / high);
     frame_ = {kLeft, 14.0, kMostWidth, height};
-    const Offset centre = ToMetres((run.south + run.north) / 2.0, (run.west + run.east) / 2.0);
+    const Offset centre = ToMetres(middle, (west + east) / 2.0);
     east_ = ExactAxis(centre.east - kMostWidth / 2.0 / per_metre_,
                       centre.east + kMostWidth / 2.0 / per_metre_, 9);
     north_ = ExactAxis(centre.north - height / 2.0 / per_metre_, centre.north + height / 2.0 / per_metre_,
@@ -203,7 +204,7 @@ void DrawWay(Svg& svg, const TrackPlan& plan, const std::vector<Sketch::Point>& 
     const auto& first = points[start];
     end = start + 1;
     while (end < points.size() && !points[end].broken && points[end].signal == first.signal) ++end;
-    svg.BeginPath(std::string(StyleOf(first.signal)) + " way");
+    svg.BeginPath(std::string(FixKindOf(first.signal).style) + " way");
     const auto& from = first.broken || start == 0 ? first : points[start - 1];
     svg.MoveTo(plan.X(from.longitude), plan.Y(from.latitude));
     for (std::size_t i = start; i < end; ++i)
@@ -213,7 +214,7 @@ void DrawWay(Svg& svg, const TrackPlan& plan, const std::vector<Sketch::Point>& 
 }
 
 void DrawEnds(Svg& svg, const TrackPlan& plan, const RunStatistics& run) {
-  const auto& first = run.track.Points().front();
+  const auto& first = *run.track.First();
   const auto& last = *run.track.Last();
   svg.Circle("start", plan.X(first.longitude), plan.Y(first.latitude), 6.0, "start");
   svg.Circle("end", plan.X(last.longitude), plan.Y(last.latitude), 6.0, "end");
@@ -275,19 +276,12 @@ void DrawTrail(Svg& svg, int number, const SatelliteTrail& trail) {
     }
     svg.EndPath();
   }
-  const Spot last = SpotOf(trail.places.back());
+  const Spot last = SpotOf(trail.last);
   svg.Circle(used ? "satellite" : "satellite unused", last.x, last.y, 11.0, DescribeSatellite(number, trail));
   svg.Text(used ? "number" : "number unused", last.x, last.y + 4.0, std::to_string(number), Anchor::middle);
 }
 
 }  // namespace
-
-std::string_view StyleOf(int signal) {
-  constexpr std::string_view kStyles[] = {"none",  "gps",   "dgps", "other", "other", "float",
-                                          "fixed", "float", "dgps", "sbas",  "other"};
-  const auto index = static_cast<std::size_t>(signal);
-  return index < std::size(kStyles) ? kStyles[index] : "other";
-}
 
 void DrawCourse(std::string& out, const Course& course, const RunStatistics& run) {
   const Range& all = course.values->All();
@@ -319,8 +313,8 @@ void DrawSignals(std::string& out, const RunStatistics& run) {
   svg.Rect("plot", frame.left, frame.top, frame.width, frame.height, 4.0);
   for (const auto& span : run.signals) {
     const double x = time.X(span.start), end = time.X(span.end);
-    svg.Rect(std::string(StyleOf(span.signal)) + " span", x, frame.top, std::max(1.5, end - x), frame.height,
-             0.0, NameOfSignal(span.signal));
+    svg.Rect(std::string(FixKindOf(span.signal).style) + " span", x, frame.top, std::max(1.5, end - x),
+             frame.height, 0.0, FixKindOf(span.signal).name);
   }
   DrawCuts(svg, time, frame, true);
 }

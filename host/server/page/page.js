@@ -4,15 +4,15 @@
 
 const MOST_FIXES = 5000;   // of the track
 const MOST_SAMPLES = 300;  // of the two lines
-const STALE = 5000;        // ms without a position
+const STALE = 5000;        // ms without a position, or more for a receiver that is slow
+const MOST_STALE = 60000;
 const BREAK = 10000;       // ms between two fixes that are not joined
 
 const SYSTEMS = {0: ['gps', 'G'], 1: ['sbas', 'S'], 6: ['glonass', 'R']};
 const LEGEND = [['gps', 'GPS'], ['glonass', 'GLONASS'], ['sbas', 'SBAS'], ['other', 'other system'], ['unused', 'in view, not used']];
-const KINDS = {1: 'GPS', 2: 'DGPS', 3: 'RTK fixed', 4: 'RTK float', 5: 'dead reckoning', 7: 'manual'};
 const DASH = '\u2013';
 
-const state = {fix: null, fixAt: 0, sky: null, server: null, reports: new Map(), way: [], length: 0, trails: new Map()};
+const state = {fix: null, sky: null, server: null, serverAt: 0, interval: 0, reports: new Map(), way: [], length: 0, trails: new Map()};
 const $ = id => document.getElementById(id);
 const isNumber = value => typeof value === 'number' && Number.isFinite(value);
 const fixed = (value, digits) => isNumber(value) ? value.toFixed(digits) : DASH;
@@ -50,8 +50,8 @@ function wrap(degrees) {
 }
 
 function onPosition(tpv) {
+  if (state.fix) state.interval = Math.abs(Date.parse(tpv.time) - Date.parse(state.fix.time)) || 0;
   state.fix = tpv;
-  state.fixAt = Date.now();
   if (!isNumber(tpv.lat) || !isNumber(tpv.lon)) return;
   const here = {
     lat: tpv.lat, lon: tpv.lon, at: Date.parse(tpv.time), speed: tpv.speed,
@@ -83,6 +83,7 @@ function onServer(server) {
     Object.assign(state, {fix: null, sky: null, way: [], length: 0, trails: new Map(), reports: new Map()});
   }
   state.server = server;
+  state.serverAt = Date.now();
 }
 
 function onReports(status) {
@@ -110,18 +111,38 @@ function pill(id, text, mood) {
   $(id).dataset.state = mood;
 }
 
+// How old something is by the server's word, in ms: lines of its history do not tell. Without an age it is for ever.
+function ageOf(key) {
+  const seconds = state.server ? state.server[key] : undefined;
+  return isNumber(seconds) ? seconds * 1000 + Date.now() - state.serverAt : Infinity;
+}
+
+// Nothing was heard of a position for long. What is shown is then old, satellites too.
+function isOld() {
+  const patience = Math.min(MOST_STALE, Math.max(STALE, 2.5 * state.interval));
+  return !state.server || state.server.lost || ageOf('positionAge') > patience;
+}
+
+function drawKind(fix) {
+  const age = ageOf('fixAge');
+  const since = Number.isFinite(age) ? `, last fix ${span(age)} ago` : '';
+  const isFix = fix.mode >= 2;
+  if (!state.fix) return pill('fix', 'no position yet', 'wait');
+  if (state.server && state.server.lost) return pill('fix', `port lost${since}`, 'bad');
+  if (isOld()) return pill('fix', `silent${since}`, 'bad');
+  if (!isFix) return pill('fix', `no fix${since}`, 'warn');
+  pill('fix', state.server.fix, 'good');
+}
+
+function span(ms) {
+  const seconds = Math.round(ms / 1000);
+  return seconds < 100 ? `${seconds} s` : seconds < 6000 ? `${Math.floor(seconds / 60)} min` : `${Math.floor(seconds / 3600)} h`;
+}
+
 function drawPosition() {
   const fix = state.fix || {};
-  const age = Date.now() - state.fixAt;
-  if (!state.fix) {
-    pill('fix', 'no position yet', 'wait');
-  } else if (age > STALE) {
-    pill('fix', `silent for ${Math.round(age / 1000)} s`, 'bad');
-  } else if (fix.mode >= 2) {
-    pill('fix', `${KINDS[fix.status] || 'a'} fix`, 'good');
-  } else {
-    pill('fix', 'no fix', 'warn');
-  }
+  drawKind(fix);
+  document.body.classList.toggle('old', state.fix !== null && isOld());
   put('lat', angle(fix.lat, 'N', 'S'));
   put('lon', angle(fix.lon, 'E', 'W'));
   put('speed', isNumber(fix.speed) ? fixed(fix.speed * 3.6, 1) : DASH);
@@ -130,8 +151,8 @@ function drawPosition() {
   put('heightname', isMsl ? 'Height MSL' : 'Height HAE');
   put('height', fixed(isMsl ? fix.altMSL : fix.altHAE, 1));
   const sky = state.sky || {};
-  const inView = sky.nSat === undefined ? '' : ` / ${sky.nSat}`;
-  put('count', isNumber(sky.uSat) ? `${sky.uSat}${inView}` : DASH);
+  const inView = isNumber(sky.nSat) ? ` / ${sky.nSat}` : '';
+  put('count', `${isNumber(sky.uSat) ? sky.uSat : DASH}${inView}`);
   for (const dop of ['hdop', 'vdop', 'pdop']) put(dop, fixed(sky[dop], 1));
   put('time', typeof fix.time === 'string' ? `${fix.time.slice(0, 10)} ${fix.time.slice(11, 19)}` : DASH);
   const needle = isNumber(fix.track) ? [draw('path', {d: 'M0-9 6 7 0 3.5-6 7z', transform: `rotate(${fix.track})`})] : [];
