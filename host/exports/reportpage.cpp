@@ -137,6 +137,9 @@ class Page {
     out_ += "</dl>\n";
   }
 
+  std::string_view HeightName() const {
+    return facts_.geoid == Geoid::add ? "Height above the ellipsoid" : "Height above mean sea level";
+  }
   double Seconds() const { return static_cast<double>(*run_.end - *run_.start) / 1000.0; }
   long long Epochs() const {
     long long all = 0;
@@ -164,6 +167,7 @@ class Page {
     DrawTrack(out_, run_);
     out_ += "<p class=\"note\">Start ";
     AppendMarkup(out_, Place(*run_.first_fix));
+    if (run_.epochs.size() > 1) out_ += ". Where kinds of fix lie on each other, the rarer one is on top.";
     out_ += "</p>\n</section>\n";
   }
 
@@ -172,7 +176,7 @@ class Page {
     AddLegend(false);
     DrawSignals(out_, run_);
     const Course courses[] = {
-        {"Height", "m", "height", &run_.height, 1.0, 0.01, false},
+        {HeightName(), "m", "height", &run_.height, 1.0, 0.01, false},
         {"Speed", "km/h", "speed", &run_.speed, kKilometresAnHour, 0.1, true},
         {"Satellites used", "", "used", &run_.used, 1.0, 1.0, true},
         {"Mean signal to noise of those", "dB-Hz", "strength", &run_.strength, 1.0, 1.0, false}};
@@ -233,9 +237,7 @@ class Page {
 
   void AddQualities() {
     Row("", "least / mean / greatest");
-    constexpr std::string_view kHeights[] = {
-        "Height above mean sea level, m", "Height above the ellipsoid, m", "Height above mean sea level, m"};
-    Row(kHeights[static_cast<int>(facts_.geoid)], run_.height.All(), 2);
+    Row(std::string(HeightName()) + ", m", run_.height.All(), 2);
     Row("Speed, km/h", run_.speed.All(), 1, kKilometresAnHour);
     Row("Satellites used", run_.used.All(), 1);
     Row("Satellites in view", run_.in_view, 1);

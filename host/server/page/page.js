@@ -6,13 +6,14 @@ const MOST_FIXES = 5000;   // of the track
 const MOST_SAMPLES = 300;  // of the two lines
 const STALE = 5000;        // ms without a position, or more for a receiver that is slow
 const MOST_STALE = 60000;
+const LEAST_STEP = 1;      // m
 const BREAK = 10000;       // ms between two fixes that are not joined
 
 const SYSTEMS = {0: ['gps', 'G'], 1: ['sbas', 'S'], 6: ['glonass', 'R']};
 const LEGEND = [['gps', 'GPS'], ['glonass', 'GLONASS'], ['sbas', 'SBAS'], ['other', 'other system'], ['unused', 'in view, not used']];
 const DASH = '\u2013';
 
-const state = {fix: null, sky: null, server: null, serverAt: 0, interval: 0, reports: new Map(), way: [], length: 0, trails: new Map()};
+const state = {fix: null, sky: null, server: null, serverAt: 0, interval: 0, reports: new Map(), way: [], length: 0, anchor: null, trails: new Map()};
 const $ = id => document.getElementById(id);
 const isNumber = value => typeof value === 'number' && Number.isFinite(value);
 const fixed = (value, digits) => isNumber(value) ? value.toFixed(digits) : DASH;
@@ -60,9 +61,20 @@ function onPosition(tpv) {
   const last = state.way.at(-1);
   const gap = last ? here.at - last.at : 0;
   here.isBreak = !last || gap > BREAK || gap < 0;
-  if (!here.isBreak) state.length += metresBetween(last, here).length;
+  measure(here);
   state.way.push(here);
-  if (state.way.length > MOST_FIXES) state.way.shift();
+  if (state.way.length <= MOST_FIXES) return;
+  state.way.shift();
+  // The distance is that of the way which is drawn.
+  state.length -= state.way[0].step;
+}
+
+// Adds to the distance in steps from a metre up: shorter ones are the receiver's noise.
+function measure(here) {
+  const step = here.isBreak ? 0 : metresBetween(state.anchor, here).length;
+  here.step = step < LEAST_STEP ? 0 : step;
+  if (here.isBreak || here.step > 0) state.anchor = here;
+  state.length += here.step;
 }
 
 function onSky(sky) {
@@ -80,7 +92,7 @@ function onSky(sky) {
 function onServer(server) {
   // A server that was started anew knows nothing of the way so far.
   if (state.server && state.server.started !== server.started) {
-    Object.assign(state, {fix: null, sky: null, way: [], length: 0, trails: new Map(), reports: new Map()});
+    Object.assign(state, {fix: null, sky: null, way: [], length: 0, anchor: null, trails: new Map(), reports: new Map()});
   }
   state.server = server;
   state.serverAt = Date.now();
