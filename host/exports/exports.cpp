@@ -156,8 +156,9 @@ void Exports::ComplainOfDates() {
 void Exports::Finish() {
   Tell(std::nullopt);
   ComplainOfDates();
-  if (!exports_.empty() && without_height_ > 0) {
-    Complain("fixes without a geoid separation: " + std::to_string(without_height_) +
+  const long long count = std::exchange(without_height_, 0);
+  if (count > 0 && !exports_.empty()) {
+    Complain("fixes without a geoid separation: " + std::to_string(count) +
              ". Heights that need it are left out of the exports");
   }
   while (!exports_.empty()) {

@@ -54,7 +54,7 @@ class FixLines {
     Label(label);
     pane_.Text(row_, kNumberEnd - Width(number), number, value_);
     pane_.Text(row_, kNumberEnd + (unit.starts_with("°") ? 0 : 1), unit);
-    pane_.Text(row_, kSecondEnd - Width(number2), number2);
+    pane_.Text(row_, kSecondEnd - Width(number2), number2, value_ == Style::dim ? value_ : Style::normal);
     pane_.Text(row_, kSecondEnd + 1, unit2);
     ++row_;
   }
@@ -135,7 +135,7 @@ void DrawFix(Pane pane, const View& view) {
   lines.Add("Height", fix != nullptr ? NumberText("%.2f", fix->m_dAltitude) : "-", "m");
   const auto time = readings.TimeOfDay();
   lines.Add("Time", time ? TimeText(static_cast<std::int64_t>(*time)) : "-", "UTC");
-  lines.Add("Satellites", Print("%d", readings.SatellitesUsed()), "used",
+  lines.Add("Satellites", readings.Signal() ? Print("%d", readings.SatellitesUsed()) : "-", "used",
             Print("%d", std::max(readings.SatellitesInView(), readings.SatellitesUsed())), "in view");
   lines.AddDops(readings.Dops());
 }

@@ -139,8 +139,8 @@ function drawKind(fix) {
   const age = ageOf('fixAge');
   const since = Number.isFinite(age) ? `, last fix ${span(age)} ago` : '';
   const isFix = fix.mode >= 2;
-  if (!state.fix) return pill('fix', 'no position yet', 'wait');
   if (state.server && state.server.lost) return pill('fix', `port lost${since}`, 'bad');
+  if (!state.fix) return pill('fix', 'no position yet', 'wait');
   if (isOld()) return pill('fix', `silent${since}`, 'bad');
   if (!isFix) return pill('fix', `no fix${since}`, 'warn');
   pill('fix', state.server.fix, 'good');
@@ -238,7 +238,7 @@ function drawSky() {
       draw('circle', {r: 9}), draw('text', {y: 2.7}, sat.name)));
   }
   $('sky').replaceChildren(...parts);
-  const legend = LEGEND.filter(([kind]) => seen.some(sat => kind === 'unused' ? !sat.used : sat.kind === kind));
+  const legend = LEGEND.filter(([kind]) => seen.some(sat => kind === 'unused' ? sat.used === false : sat.kind === kind));
   $('legend').replaceChildren(...legend.map(([kind, text]) => make('span', {class: kind}, text)));
 }
 
