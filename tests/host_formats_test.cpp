@@ -104,11 +104,15 @@ TEST(HostJsonWriter, RoundsFixedDecimals) {
 TEST(HostMoment, GivesATimeOfDayTheNearestDate) {
   const Moment midnight = kMidday + kDay / 2;
   std::string out;
-  for (const auto& [seconds, near] :
-       {std::pair{86399.5, midnight + 1000}, {0.25, midnight - 1000}, {43200.0, kMidday}}) {
+  for (const auto& [seconds, near] : {std::pair{86399.5, midnight + 1000},
+                                      {0.25, midnight - 1000},
+                                      {0.0, kMidday},
+                                      {0.0, kMidday + kDay}}) {
     AppendIso(out, DateTimeOfDay(seconds, near));
   }
-  EXPECT_EQ(out, "2024-05-14T23:59:59.500Z2024-05-15T00:00:00.250Z2024-05-14T12:00:00.000Z");
+  EXPECT_EQ(
+      out,
+      "2024-05-14T23:59:59.500Z2024-05-15T00:00:00.250Z2024-05-14T00:00:00.000Z2024-05-15T00:00:00.000Z");
 }
 
 TEST(HostMoment, FindsTheDateOfARecordingHoweverItIsCut) {

@@ -95,6 +95,22 @@ class EnvelopePainter {
   const double factor_;
 };
 
+/// The kinds of fix of a span, each as high as its share of the time.
+void DrawSpan(Svg& svg, const TimeScale& time, const Frame& frame, const SignalSpan& span) {
+  const double x = time.X(span.start), width = std::max(1.5, time.X(span.end) - x);
+  Moment all = 0;
+  for (const auto& entry : span.mixed) all += entry.second;
+  double top = frame.top;
+  const auto draw = [&](int signal, double part) {
+    const FixKind& kind = FixKindOf(signal);
+    svg.Rect(std::string(kind.style) + " span", x, top, width, part * frame.height, 0.0, kind.name);
+    top += part * frame.height;
+  };
+  if (all == 0) return draw(span.signal, 1.0);
+  for (const auto& [signal, part] : span.mixed)
+    draw(signal, static_cast<double>(part) / static_cast<double>(all));
+}
+
 // The sky: a disc whose rim is the horizon and whose centre is overhead.
 constexpr double kSkyRadius = 190.0, kSkyCentre = 222.0;
 
@@ -186,11 +202,7 @@ void DrawSignals(std::string& out, const RunStatistics& run) {
   Svg svg(out, kChartWidth, frame.Bottom() + 6.0, "kind of fix over time");
   svg.Text("caption", 0.0, 13.0, "Kind of fix");
   svg.Rect("plot", frame.left, frame.top, frame.width, frame.height, 4.0);
-  for (const auto& span : run.signals) {
-    const double x = time.X(span.start), end = time.X(span.end);
-    svg.Rect(std::string(FixKindOf(span.signal).style) + " span", x, frame.top, std::max(1.5, end - x),
-             frame.height, 0.0, FixKindOf(span.signal).name);
-  }
+  for (const auto& span : run.signals) DrawSpan(svg, time, frame, span);
   DrawCuts(svg, time, frame, true);
 }
 

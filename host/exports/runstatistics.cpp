@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <numbers>
+#include <utility>
 
 namespace host {
 
@@ -112,7 +113,7 @@ void RunStatistics::AddFix(const PositionEpoch& epoch) {
 
 void RunStatistics::AddSignal(const PositionEpoch& epoch, bool paused) {
   const Moment time = *epoch.time;
-  if (signals.empty() || paused || signals.back().signal != epoch.signal) {
+  if (signals.empty() || paused || signals.back().signal != epoch.signal || !signals.back().mixed.empty()) {
     if (!signals.empty() && !paused) signals.back().end = std::max(signals.back().end, time);
     signals.push_back({time, time, epoch.signal});
   }
@@ -121,7 +122,7 @@ void RunStatistics::AddSignal(const PositionEpoch& epoch, bool paused) {
   for (MergeSpans(); signals.size() > kMostSpans / 2; MergeSpans()) span_ *= 2;
 }
 
-/// Makes one of all spans of a time that a drawing shows as one: of the kind that there was longest.
+/// Makes one of all spans of a time that a drawing shows as one.
 void RunStatistics::MergeSpans() {
   std::size_t kept = 0;
   for (std::size_t first = 0, next; first < signals.size(); first = next) {
@@ -129,11 +130,13 @@ void RunStatistics::MergeSpans() {
     std::map<int, Moment> times;
     for (next = first; next == first || (next < signals.size() && signals[next].end - from <= span_);
          ++next) {
-      times[signals[next].signal] += signals[next].end - signals[next].start;
+      const SignalSpan& span = signals[next];
+      if (span.mixed.empty()) times[span.signal] += span.end - span.start;
+      for (const auto& [signal, time] : span.mixed) times[signal] += time;
     }
-    const auto longest = std::max_element(times.begin(), times.end(),
-                                          [](const auto& a, const auto& b) { return a.second < b.second; });
-    signals[kept++] = {from, signals[next - 1].end, longest->first};
+    const SignalSpan& last = signals[next - 1];
+    if (times.size() == 1) times.clear();
+    signals[kept++] = {from, last.end, last.signal, std::move(times)};
   }
   signals.resize(kept);
 }

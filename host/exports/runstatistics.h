@@ -53,6 +53,7 @@ class Envelope {
 struct SignalSpan {
   Moment start, end;
   int signal;
+  std::map<int, Moment> mixed = {};  ///< How long each was there in a time of several; empty for one.
 };
 
 /// Where a satellite was seen, and how well.

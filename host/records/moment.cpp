@@ -72,7 +72,9 @@ std::string_view FieldOf(std::string_view sentence, int number) {
 
 Moment DateTimeOfDay(double seconds_of_day, Moment near) {
   const Moment time = std::llround(seconds_of_day * 1000.0);
-  const auto days = std::chrono::round<std::chrono::days>(std::chrono::milliseconds(near - time));
+  // Midnight lies as near to the noon of one day as to that of another: it begins its day.
+  const auto days =
+      std::chrono::floor<std::chrono::days>(std::chrono::milliseconds(near - time + kDay / 2 - 1));
   return days.count() * kDay + time;
 }
 
