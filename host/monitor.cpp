@@ -150,6 +150,7 @@ void Run::MakeSinks() {
   if (IsPaced()) filtered.filter.duration = options_.duration;
   auto exports = std::make_unique<Exports>(filtered, facts, options_.play, engine_, *shown_);
   exports_ = exports.get();
+  if (screen_ && exports_->NeedsTexts()) screen_->KeepTexts();
   sink_ = std::move(exports);
   if (options_.format != Format::text) return;
   auto fix_age =

@@ -16,6 +16,7 @@
 #include "host/line/source.h"
 #include "host/records/gpsdsink.h"
 #include "host/records/hostwindow.h"
+#include "host/records/lastposition.h"
 #include "host/run/boxes.h"
 #include "host/run/portwatch.h"
 #include "host/run/waiter.h"
@@ -44,6 +45,12 @@ std::string Now() {
 class ServeSink : public GpsdSink {
  public:
   using GpsdSink::GpsdSink;
+  bool OnData(const CGPSData& data) override {
+    last_position_.Note(data);
+    return GpsdSink::OnData(data);
+  }
+  LastPosition& Position() { return last_position_; }
+  const LastPosition& Position() const { return last_position_; }
   bool OnString(const CString& text) override {
     for (int i = 0; i < text.GetLength(); ++i) bytes_ += static_cast<char>(text.GetAt(i));
     bytes_ += "\r\n";
@@ -52,6 +59,7 @@ class ServeSink : public GpsdSink {
   std::string TakeBytes() { return std::exchange(bytes_, {}); }
 
  private:
+  LastPosition last_position_;
   std::string bytes_;
 };
 
@@ -73,6 +81,7 @@ class ServeRun {
   void PassLines();
   void CheckReceiver();
   long long Understood() const;
+  Failure UnderstoodNothing(double seconds) const;
   bool IsWaitingForPort() const { return reconnect_ && reconnect_->IsWaiting(); }
   void WaitForPort();
   void Reopen();
@@ -247,12 +256,17 @@ void ServeRun::CheckReceiver() {
   }
   if (!first_message_.HasPassed()) return;
   first_message_.Clear();
-  if (IsPlayback()) return Complain("no message of " + options_.play + " was understood so far");
-  Complain(NothingUnderstood(Device(), kFirstMessageTime, heard_, receiver_).what());
+  Complain(UnderstoodNothing(kFirstMessageTime).what());
+}
+
+Failure ServeRun::UnderstoodNothing(double seconds) const {
+  if (!IsPlayback()) return NothingUnderstood(Device(), seconds, heard_, receiver_);
+  return Failure(ExitCode::nothing_understood, "no message of " + options_.play + " was understood so far");
 }
 
 void ServeRun::TellStatus() {
-  if (!page_ || (status_.IsSet() && !status_.HasPassed())) return;
+  const bool has_news = sink_->Position().TakeNews();
+  if (!page_ || (status_.IsSet() && !status_.HasPassed() && !has_news)) return;
   status_.Set(kStatusInterval);
   hub_.SetStatus(Status());
 }
@@ -273,6 +287,7 @@ std::string ServeRun::Status() const {
   if (device_.bps > 0) json.Member("baud", device_.bps);
   json.Member("lost", IsWaitingForPort());
   json.Member("understood", !device_.activated.empty());
+  sink_->Position().Write(json);
   json.Member("messages", engine_.GetMessages());
   json.Member("checksumErrors", receiver_.GetChecksumErrors());
   json.Member("binaryMessages", receiver_.GetBinaryMessages());
@@ -292,7 +307,10 @@ std::string ServeRun::Status() const {
 
 std::optional<ExitCode> ServeRun::Ending() {
   if (interrupt_.HasCome()) return ExitCode::interrupted;
-  if (end_.HasPassed()) return ExitCode::done;
+  if (end_.HasPassed()) {
+    if (Understood() == 0) throw UnderstoodNothing(options_.duration);
+    return ExitCode::done;
+  }
   if (watch_->IsLost() && !last_record_.IsSet() && !IsWaitingForPort()) last_record_.Set(kLastRecords);
   if (last_record_.HasPassed()) WaitForPort();
   if (reconnect_ && reconnect_->IsBack()) Reopen();

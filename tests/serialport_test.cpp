@@ -3,13 +3,16 @@
 #include <gtest/gtest.h>
 #include <termios.h>
 
+#include <algorithm>
 #include <cerrno>
+#include <functional>
 
 #include "gpsengine/platform/clock.h"
 #include "gpsengine/platform/event.h"
 #include "gpsengine/platform/file.h"
 #include "gpsengine/platform/rehearsal.h"
 #include "gpsengine/platform/thread.h"
+#include "gpsengine/platform/trace.h"
 #include "tests/support/pseudoterminal.h"
 
 namespace {
@@ -74,8 +77,50 @@ TEST_F(RehearsedPort, WritesTextOfTwoHundredCharactersAndNoMore) {
   EXPECT_TRUE(port.Write(std::string(300, 'd').data(), 300));
   EXPECT_EQ(line.Transcript(), "write \"" + std::string(200, 'a') + "\"; write \"" + std::string(200, 'b') +
                                    "\"; write \"c\"; write \"" + std::string(300, 'd') + "\"");
+  line.ForgetSteps();
+  EXPECT_TRUE(port.Write(CString(u"\"$JOFF\0\r\n", 8)));
+  EXPECT_EQ(line.Transcript(), R"(write "\"$JOFF")") << "a text ends at its zero";
   line.LimitWrites(3);
   EXPECT_FALSE(port.Write("$JOFF\r\n"));
+}
+
+TEST_F(RehearsedPort, KeepsZeroBytesOutOfItsTexts) {
+  Open();
+  CString text;
+  const std::string heard("AB\0CD", 5);
+  line.Feed(heard);
+  EXPECT_TRUE(port.Read(text, cancel));
+  EXPECT_EQ(text, "AB");
+  line.Feed('\0' + heard + "\r");
+  EXPECT_TRUE(port.ReadUntilAny(text, cancel, "\r"));
+  EXPECT_EQ(text, "ABCD\r");
+}
+
+TEST_F(RehearsedPort, LetsATraceHandlerTraceAndAskForItsName) {
+  if (!kTraceBuilt) GTEST_SKIP() << "a release build traces nothing";
+  std::string heard;
+  SetTraceHandler([&](const CString& text) {
+    Trace("a text of the handler's own");
+    heard += text.ToUtf8() + port.GetPortName().ToUtf8() + ' ';
+  });
+  port.Open();
+  const HANDLE handle = port.GetHandle();
+  CloseHandle(handle);
+  SetLastError(ENOSPC);
+  EXPECT_FALSE(port.Close());
+  SetTraceHandler({});
+  EXPECT_EQ(heard,
+            "Opening COM1...COM1: Port COM1: opened!\nCOM1: Unable to close COM1:. Bad file descriptor\n ");
+}
+
+TEST(PortNumber, MayBeAnyAboveZero) {
+  for (const auto& [number, opens] : {std::pair(0, false), std::pair(-1, false), std::pair(10000, true)}) {
+    const CRehearsal line(number);
+    CSerialPort port;
+    port.SetPortNumber(number);
+    EXPECT_EQ(port.Open(), opens) << number;
+    port.Close();
+  }
 }
 
 TEST_F(RehearsedPort, CountsNoBytesWhileTheLineHasAnError) {
@@ -224,14 +269,80 @@ TEST_F(TerminalPort, IsForOneProgramAlone) {
   EXPECT_EQ(ExplainPort(CString::FromUtf8(terminal.Name())), "");
 }
 
-TEST_F(TerminalPort, GivesUpAWriteThatNobodyTakes) {
+/// Time that passes only while a line is waited for, and what the peer does meanwhile.
+class PeerClock : public Clock {
+ public:
+  PeerClock(DWORD nPace, std::function<void()> peer) : m_nPace(nPace), m_Peer(std::move(peer)) {
+    SetClock(this);
+  }
+  ~PeerClock() override { SetClock(nullptr); }
+  std::uint64_t Milliseconds() override { return m_nNow; }
+  bool Wait(WaitKind, DWORD ms, const std::function<bool(DWORD)>& block) override {
+    if (block(0)) return true;
+    m_nNow += std::min(ms, m_nPace);
+    m_Peer();
+    return block(ms > m_nPace ? ms : 0);
+  }
+
+ private:
+  const DWORD m_nPace;
+  const std::function<void()> m_Peer;
+  std::uint64_t m_nNow = 1000;
+};
+
+TEST_F(TerminalPort, WritesAsLongAsThePeerTakesBytesAndGivesUpWhenItTakesNone) {
   ASSERT_TRUE(port.Open());
-  const std::string much(100000, 'x');
-  const auto start = CurrentClock().Milliseconds();
+  const std::string much(65535, 'x');
+  std::size_t taken = 0;
+  {
+    PeerClock slow(1500, [&] { taken += terminal.Receive(1024).size(); });
+    EXPECT_TRUE(port.Write(much.data(), static_cast<int>(much.size())));
+    EXPECT_GT(slow.Milliseconds(), 4 * kWriteLimit);
+  }
+  EXPECT_EQ(terminal.Receive(much.size() - taken).size(), much.size() - taken);
+
+  PeerClock dead(INFINITE, [] {});
   EXPECT_FALSE(port.Write(much.data(), static_cast<int>(much.size())));
-  const auto passed = CurrentClock().Milliseconds() - start;
-  EXPECT_GE(passed, kWriteLimit);
-  EXPECT_LT(passed, kWriteLimit + 1500);
+  EXPECT_GE(dead.Milliseconds(), 1000 + kWriteLimit);
+  EXPECT_LE(dead.Milliseconds(), 1000 + 3 * kWriteLimit);  // the kernel may take a little more at the end
+}
+
+/// Holds its thread inside a wait for the line until it is told to go on.
+class HeldClock : public Clock {
+ public:
+  bool Wait(WaitKind kind, DWORD ms, const std::function<bool(DWORD)>& block) override {
+    if (kind != WaitKind::line) return block(ms);
+    SetEvent(m_hHeld);
+    WaitForSingleObject(m_hGoOn, INFINITE);
+    return false;
+  }
+  const HANDLE m_hHeld = CreateEventW(false, false), m_hGoOn = CreateEventW(false, false);
+};
+
+TEST_F(TerminalPort, KeepsADeviceToItselfWhenAThreadLeavesAnEarlierLineOfItLate) {
+  struct Late {
+    HeldClock clock;
+    HANDLE hPort;
+  } late;
+  ASSERT_TRUE(port.Open());
+  late.hPort = port.GetHandle();
+  auto thread = AfxBeginThread(
+      [](void* param) {
+        auto& held = *static_cast<Late*>(param);
+        SetClock(&held.clock);
+        DWORD written = 0;
+        WriteFile(held.hPort, "x", 1, &written);
+        SetClock(nullptr);
+        return 0u;
+      },
+      &late);
+  WaitForSingleObject(late.clock.m_hHeld, INFINITE);
+  port.Close();
+  ASSERT_TRUE(port.Open());
+  EXPECT_TRUE(terminal.IsExclusive());
+  SetEvent(late.clock.m_hGoOn);
+  thread->Join();
+  EXPECT_TRUE(terminal.IsExclusive());
 }
 
 TEST_F(TerminalPort, ReleasesABlockedReadWhenItIsClosed) {

@@ -41,8 +41,8 @@ struct COMMTIMEOUTS {
   DWORD ReadIntervalTimeout = 0;          ///< Longest pause between two bytes; 0: none counts.
   DWORD ReadTotalTimeoutMultiplier = 0;   ///< For each byte asked for.
   DWORD ReadTotalTimeoutConstant = 0;     ///< For the whole read.
-  DWORD WriteTotalTimeoutMultiplier = 0;  ///< For each byte written.
-  DWORD WriteTotalTimeoutConstant = 0;    ///< Both write times 0: kWriteLimit holds.
+  DWORD WriteTotalTimeoutMultiplier = 0;  ///< Taken; kWriteLimit holds for every write.
+  DWORD WriteTotalTimeoutConstant = 0;    ///< Taken; kWriteLimit holds for every write.
 };
 
 /// What waits on a line.
@@ -55,8 +55,8 @@ constexpr DWORD OPEN_EXISTING = 3;                ///< For CreateFileW.
 constexpr DWORD PURGE_RXCLEAR = 8;                ///< For PurgeComm: throw the input away.
 constexpr DWORD EV_RXCHAR_TXEMPTY = 5;            ///< For SetCommMask.
 
-/// A write to a peer that takes nothing gives up after this time, in milliseconds: longer than the longest
-/// command takes at 1200 baud, and short enough for a host's user.
+/// A write gives up when the peer has taken nothing for this time, in milliseconds. As long as it takes
+/// bytes, however slowly, the write goes on.
 constexpr DWORD kWriteLimit = 2000;
 
 /// An open line, whatever lies behind it. The serial devices of the system are one kind; a host may supply
@@ -70,10 +70,11 @@ class SerialLine {
   virtual bool GetState(DCB& dcb) = 0;
   virtual bool SetState(const DCB& dcb) = 0;
   ///@}
-  /// Waits up to `ms` for a first byte, then gives what is there, at most `nMax` bytes. 0 when none came,
-  /// when the line failed, and soon after Cancel.
+  /// Waits up to `ms` for a first byte, then gives what is there, at most `nMax` bytes. 0 when none came, and
+  /// soon after Cancel. A negative count, at once, says that the line is gone and nothing will come any more;
+  /// the library takes that for silence.
   virtual int Read(void* pData, int nMax, DWORD ms) = 0;
-  /// Writes within `ms`; gives the count of bytes written.
+  /// Writes, and gives up once the other side has taken no byte for `ms`; gives the count of bytes written.
   virtual int Write(const void* pData, int nLength, DWORD ms) = 0;
   /// Releases who is blocked in Read or Write, and makes further ones return at once. From any thread.
   virtual void Cancel() = 0;
@@ -91,11 +92,16 @@ class SerialLine {
 using SerialLineFactory = std::function<std::unique_ptr<SerialLine>()>;
 
 /// What port number `nPort` stands for from now on: a device of the system, or a line of the host's own.
-/// Without an entry COM1 is /dev/ttyS0, COM2 /dev/ttyS1 and so on. An open port keeps its line.
+/// Without an entry COM1 is /dev/ttyS0, COM2 /dev/ttyS1 and so on. An open port keeps its line. Numbers below
+/// 1 never open, whatever they stand for.
 ///@{
 void MapComPort(int nPort, const CString& device);
 void MapComPort(int nPort, SerialLineFactory factory);
 ///@}
+/// Opens a device of the system for this program alone, DTR and RTS on, such as for a line of the host's own
+/// that looks on at what a device sends. Null on failure, with the reason left for GetLastError: ENOTTY for
+/// something that is no terminal, EBUSY for one that another program holds.
+std::unique_ptr<SerialLine> OpenSerialDevice(const CString& device);
 /// The device behind a port number, as text; empty for a line of the host's own.
 CString GetComPortDevice(int nPort);
 /// Why a device cannot be opened and what to do about it, as a sentence for the user; empty if it can be
@@ -130,7 +136,7 @@ bool ClearCommBreak(HANDLE hPort);
 bool ReadFile(HANDLE hPort, void* pData, DWORD nCount, DWORD* pRead);
 /// Ends the read that is blocked on the handle, if there is one, or else cuts the next one short.
 bool CancelRead(HANDLE hPort);
-/// Writes within the write times; `*pWritten` is the count. False if not all went out.
+/// Writes, and gives up as kWriteLimit says; `*pWritten` is the count. False if not all went out.
 bool WriteFile(HANDLE hPort, const void* pData, DWORD nCount, DWORD* pWritten);
 
 #pragma GCC visibility pop

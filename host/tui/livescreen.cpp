@@ -195,7 +195,8 @@ void LiveScreen::KeepCapturing() {
     answers_until_.reset();
     if (std::exchange(taps_, false)) engine_.m_bRecordRaw = false;
   }
-  const bool wanted = view_.sentences || answers_until_;
+  readings_.ShowAnswers(view_.sentences || answers_until_);
+  const bool wanted = view_.sentences || answers_until_ || keeps_texts_;
   CComBuffer& capture = engine_.m_ComBuffer;
   if (capture.m_bOverflow && capture.m_bPaused) {
     capture.m_strData.Empty();

@@ -38,6 +38,9 @@ class LiveScreen {
   /// The user wants to go on where a recording pauses.
   void OnEnter(std::function<void()> enter) { enter_ = std::move(enter); }
 
+  /// Someone else needs the texts of messages all the time.
+  void KeepTexts() { keeps_texts_ = true; }
+
   /// A copy of the bytes, for answers that are no messages. It may be missing.
   void ListenOn(WireTap& tap) { tap_ = &tap; }
 
@@ -98,6 +101,7 @@ class LiveScreen {
   View view_;
   std::function<void()> drain_, enter_;
   bool silences_trace_ = false;
+  bool keeps_texts_ = false;
   bool quit_ = false, stop_ = false, help_ = false, dirty_ = true;
   std::uint64_t drawn_version_ = 0;
   Clock::time_point drawn_at_{};

@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <poll.h>
 #include <stdlib.h>
+#include <sys/ioctl.h>
 #include <termios.h>
 #include <unistd.h>
 
@@ -66,6 +67,12 @@ class PseudoTerminal {
         bytes.append(piece, static_cast<std::size_t>(count));
     }
     return bytes;
+  }
+
+  /// Whether someone has the line to himself.
+  bool IsExclusive() const {
+    int exclusive = 0;
+    return ioctl(m_nKeeper, TIOCGEXCL, &exclusive) == 0 && exclusive != 0;
   }
 
   /// Pulls the plug.

@@ -2,13 +2,13 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <charconv>
 #include <map>
 #include <mutex>
 
 #include "gpsengine/platform/clock.h"
 #include "gpsengine/platform/event.h"
 #include "gpsengine/platform/file.h"
-#include "gpsengine/platform/posix/ttyline.h"
 #include "gpsengine/platform/posix/waitable.h"
 
 namespace {
@@ -50,25 +50,25 @@ class OpenPort : public KernelObject {
 int PortNumber(const CString& name) {
   if (!name.StartsWith("COM") || name.Right(1) != CString(":")) return -1;
   const std::string digits = name.Mid(3, name.GetLength() - 4).ToUtf8();
-  if (digits.empty() || digits.size() > 4 || digits.find_first_not_of("0123456789") != std::string::npos)
-    return -1;
-  return std::stoi(digits);
+  int number = -1;
+  const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), number);
+  return error == std::errc() && end == digits.data() + digits.size() ? number : -1;
 }
 
 std::unique_ptr<SerialLine> OpenNumber(int nPort) {
   SerialLineFactory factory;
-  {
+  if (nPort > 0) {
     PortMap& ports = Ports();
     const std::lock_guard lock(ports.mutex);
     if (const auto line = ports.lines.find(nPort); line != ports.lines.end()) factory = line->second;
   }
   if (factory) return factory();
-  const CString device = GetComPortDevice(nPort);
+  const CString device = nPort > 0 ? GetComPortDevice(nPort) : CString();
   if (device.IsEmpty()) {
     SetLastError(ENODEV);
     return nullptr;
   }
-  return OpenTtyLine(device.ToUtf8());
+  return OpenSerialDevice(device);
 }
 
 DWORD Sum(DWORD nConstant, DWORD nMultiplier, DWORD nCount) {
@@ -200,11 +200,7 @@ bool WriteFile(HANDLE hPort, const void* pData, DWORD nCount, DWORD* pWritten) {
   *pWritten = 0;
   const auto port = FindObject<OpenPort>(hPort);
   if (!port) return false;
-  const COMMTIMEOUTS timeouts = port->Timeouts();
-  const bool unlimited = timeouts.WriteTotalTimeoutConstant == 0 && timeouts.WriteTotalTimeoutMultiplier == 0;
-  const DWORD limit =
-      unlimited ? kWriteLimit
-                : Sum(timeouts.WriteTotalTimeoutConstant, timeouts.WriteTotalTimeoutMultiplier, nCount);
-  *pWritten = static_cast<DWORD>(port->Line().Write(pData, static_cast<int>(nCount), limit));
+  const int written = port->Line().Write(pData, static_cast<int>(nCount), kWriteLimit);
+  *pWritten = static_cast<DWORD>(std::max(written, 0));
   return *pWritten == nCount;
 }

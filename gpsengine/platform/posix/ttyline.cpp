@@ -1,5 +1,3 @@
-#include "gpsengine/platform/posix/ttyline.h"
-
 // The kernel's own termios, for baud rates that are not among the standard ones. <termios.h> cannot stand
 // beside it.
 #include <asm/termbits.h>
@@ -21,6 +19,7 @@
 
 #include "gpsengine/platform/clock.h"
 #include "gpsengine/platform/file.h"
+#include "gpsengine/platform/serial.h"
 
 namespace {
 
@@ -99,20 +98,22 @@ class TtyLine : public SerialLine {
   int Read(void* pData, int nMax, DWORD ms) override {
     if (nMax <= 0 || !WaitUntil(POLLIN, m_nWakeReader, ms)) return 0;
     const ssize_t count = read(m_nFile, pData, static_cast<std::size_t>(nMax));
-    return count < 0 ? 0 : static_cast<int>(count);
+    if (count > 0) return static_cast<int>(count);
+    return HasHungUp() ? -1 : 0;
   }
 
   int Write(const void* pData, int nLength, DWORD ms) override {
-    const std::uint64_t start = CurrentClock().Milliseconds();
+    std::uint64_t last = CurrentClock().Milliseconds();  // when a byte was taken
     int written = 0;
     while (written < nLength) {
-      const std::uint64_t passed = CurrentClock().Milliseconds() - start;
+      const std::uint64_t passed = CurrentClock().Milliseconds() - last;
       if (passed >= ms || !WaitUntil(POLLOUT, m_nWakeWriter, static_cast<DWORD>(ms - passed))) break;
       const ssize_t count = write(m_nFile, static_cast<const char*>(pData) + written,
                                   static_cast<std::size_t>(nLength - written));
       if (count < 0 && (errno == EAGAIN || errno == EINTR)) continue;
       if (count <= 0) break;
       written += static_cast<int>(count);
+      last = CurrentClock().Milliseconds();
     }
     return written;
   }
@@ -138,10 +139,16 @@ class TtyLine : public SerialLine {
 
  private:
   // Frees the device for the next one who opens it, even while a blocked thread is still on its way out, or a
-  // child of the host holds the descriptor.
+  // child of the host holds the descriptor. Once: the device's exclusion may be the next one's by then.
   void Release() {
+    if (m_bReleased.exchange(true)) return;
     ioctl(m_nFile, TIOCNXCL);
     flock(m_nFile, LOCK_UN);
+  }
+
+  bool HasHungUp() const {
+    pollfd line{m_nFile, 0, 0};
+    return poll(&line, 1, 0) > 0;
   }
 
   static int MakeEvent() { return eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK); }
@@ -179,6 +186,7 @@ class TtyLine : public SerialLine {
   const int m_nWakeReader;
   const int m_nWakeWriter;
   std::atomic<bool> m_bCancelled{false};
+  std::atomic<bool> m_bReleased{false};
   std::atomic<int> m_nErrors{0};
 };
 
@@ -248,8 +256,8 @@ std::string Explain(const std::string& strDevice, int nError) {
 
 }  // namespace
 
-std::unique_ptr<SerialLine> OpenTtyLine(const std::string& strDevice) {
-  const int file = OpenExclusive(strDevice);
+std::unique_ptr<SerialLine> OpenSerialDevice(const CString& device) {
+  const int file = OpenExclusive(device.ToUtf8());
   if (file < 0) {
     SetLastError(static_cast<DWORD>(errno));
     return nullptr;
