@@ -9,7 +9,7 @@
 #include "gpsengine/platform/application.h"
 #include "host/line/config.h"
 #include "host/monitor.h"
-#include "host/records/fixage.h"
+#include "host/session/fixage.h"
 #include "tests/support/pseudoterminal.h"
 #include "tests/support/receivertest.h"
 
@@ -134,13 +134,13 @@ TEST(FixAge, TellsOnceThatThereIsNoFixAndOnceThatThereIsOne) {
   std::string out;
   long long messages = 0;
   host::FixAge age(
-      std::make_unique<host::NoSink>(), out, [&] { return messages; }, 0.04);
+      out, [&] { return messages; }, 0.04);
   const auto wait = [&](int new_messages) {
     out.clear();
     for (int i = 0; i < 3; ++i) {
       std::this_thread::sleep_for(25ms);
       messages += new_messages;
-      age.Check();
+      age.Step();
     }
   };
   CGPSData fix, no_fix;
@@ -152,14 +152,14 @@ TEST(FixAge, TellsOnceThatThereIsNoFixAndOnceThatThereIsOne) {
   age.OnData(no_fix);
   age.OnData(fix);
   EXPECT_TRUE(out.ends_with("comes\na first fix after 0 s\n")) << out;
-  age.Check();
+  age.Step();
   age.OnData(fix);
   wait(1);
   EXPECT_EQ(out, "no fix for 0 s: messages come, but no position\n");
   age.OnData(fix);
   age.OnData(fix);
   EXPECT_TRUE(out.ends_with("position\na fix again after 0 s\n")) << out;
-  EXPECT_GT(age.Due().Earlier(host::Deadline::Clock::time_point::max()), host::Deadline::Clock::now());
+  EXPECT_GT(age.NextAt(), host::Deadline::Clock::now());
 }
 
 }  // namespace

@@ -278,10 +278,16 @@ TEST(HostLiveScreen, EndsInTheMidstOfALongStart) {
 }
 
 TEST(HostLiveScreen, CommandsTheReceiver) {
-  OnTerminal terminal({"monitor", "--model", "CSI"});
-  EXPECT_TRUE(terminal.Writes("DIFFERENTIAL"));
-  terminal.Type("cjjjjj\r");
-  EXPECT_TRUE(terminal.Writes("answer: PEM:05")) << "what answers query-elevation-mask is no sentence";
-  terminal.Type("q");
-  EXPECT_EQ(terminal.Run().Wait(), 0);
+  const std::string record = testing::TempDir() + "host_tui_" + std::to_string(getpid());
+  for (const bool records : {false, true}) {
+    std::vector<std::string> arguments = {"monitor", "--model", "CSI"};
+    if (records) arguments.insert(arguments.end(), {"--record", record});
+    OnTerminal terminal(arguments);
+    EXPECT_TRUE(terminal.Writes("DIFFERENTIAL"));
+    terminal.Type("cjjjjj\r");
+    EXPECT_TRUE(terminal.Writes("EM:05 SAV")) << "what answers query-elevation-mask is no sentence";
+    terminal.Type("q");
+    EXPECT_EQ(terminal.Run().Wait(), 0);
+  }
+  EXPECT_EQ(std::remove(record.c_str()), 0);
 }

@@ -12,7 +12,7 @@
 #include "gpsengine/platform/application.h"
 #include "host/cli/clidoc.h"
 #include "host/cli/exportcommandline.h"
-#include "host/commands/command.h"
+#include "host/command.h"
 #include "host/commands/models.h"
 #include "host/commands/operations.h"
 #include "host/commands/receiversdoc.h"

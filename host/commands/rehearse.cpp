@@ -5,7 +5,7 @@
 #include "gpsengine/engine/gpsengine.h"
 #include "gpsengine/link/ack.h"
 #include "host/commands/models.h"
-#include "host/line/source.h"
+#include "host/run/port.h"
 
 namespace host {
 

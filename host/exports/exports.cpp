@@ -77,16 +77,17 @@ bool Exports::OnBin() {
   return filter_.Passes(Kind::bin) && inner_.OnBin();
 }
 
-void Exports::Check() {
+void Exports::Step() {
   for (const auto& file : exports_) file->Flush();
 }
 
-void Exports::Finish() {
+bool Exports::Finish() {
   while (!exports_.empty()) {
     const auto file = std::move(exports_.back());
     exports_.pop_back();
     file->Finish(TallyOf());
   }
+  return true;
 }
 
 Tally Exports::TallyOf() const {

@@ -8,7 +8,7 @@
 #include "gpsengine/engine/gpsengine.h"
 #include "host/exports/export.h"
 #include "host/records/filter.h"
-#include "host/records/sink.h"
+#include "host/session/outlet.h"
 
 namespace host {
 
@@ -22,7 +22,7 @@ struct ExportOptions {
 };
 
 /// Filters what is published on its way to another sink, and writes files of what passes.
-class Exports : public Sink {
+class Exports : public Sink, public Outlet {
  public:
   /// `engine` and `inner` outlive the exports. `input` is the file that the run reads, if any. Throws a
   /// Failure if a file cannot be written.
@@ -38,14 +38,14 @@ class Exports : public Sink {
   bool OnString(const CString& text) override { return inner_.OnString(text); }
   void SetReference(std::optional<Moment> reference) override;
 
+  Sink* Records() override { return this; }
   /// Writes what is new. Throws a Failure if a file cannot be written. A sink is called from inside the
   /// library, and so leaves that until it is asked.
-  void Check();
-  /// Completes the files; throws as Check does. To be called when the run has ended, ahead of the engine's
-  /// own end.
-  void Finish();
+  void Step() override;
   /// The stated time of the recording is over.
-  bool IsOver() const { return filter_.IsOver(); }
+  bool IsDone() const override { return filter_.IsOver(); }
+  /// Completes the files; throws as Step does. To be called ahead of the engine's own end.
+  bool Finish() override;
 
  private:
   Tally TallyOf() const;

@@ -11,34 +11,27 @@ constexpr double kEveryEpoch = 0.1;
 
 }  // namespace
 
-RinexSink::RinexSink(const RinexOptions& options, const std::string& model, double antenna_height,
-                     Sink& inner)
-    : inner_(inner) {
+RinexSink::RinexSink(const RinexOptions& options, const std::string& model, double antenna_height) {
   log_.SetBase(options.base);
   log_.SetReceiver(model);
   log_.SetLogInterval(options.interval > 0.0 ? options.interval : kEveryEpoch);
   log_.SetAntennaHeight(antenna_height);
   log_.Enable(true);
   log_.Open();
-  Check();
+  Step();
 }
 
 bool RinexSink::OnRawData(const CGPSDataRaw& epoch) {
   if (log_.IsEpochDue(epoch)) log_.WriteEpoch(epoch);
-  return inner_.OnRawData(epoch);
+  return false;
 }
 
 bool RinexSink::OnEphemeris(const CGPSDataEphemeris& ephemeris) {
   log_.WriteEphemeris(ephemeris);
-  return inner_.OnEphemeris(ephemeris);
+  return false;
 }
 
-void RinexSink::SetReference(std::optional<Moment> reference) {
-  log_.SetPivot(reference);
-  inner_.SetReference(reference);
-}
-
-void RinexSink::Check() {
+void RinexSink::Step() {
   if (log_.IsBroken()) throw Failure(ExitCode::failed, log_.GetLastErrorString().ToUtf8());
 }
 

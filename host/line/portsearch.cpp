@@ -10,8 +10,8 @@
 #include "host/commands/models.h"
 #include "host/line/config.h"
 #include "host/line/ports.h"
-#include "host/line/source.h"
 #include "host/run/failure.h"
+#include "host/run/port.h"
 
 namespace host {
 

@@ -1,4 +1,4 @@
-#include "host/run/player.h"
+#include "host/session/recordingfeed.h"
 
 #include <algorithm>
 #include <cmath>
@@ -14,6 +14,8 @@ constexpr std::size_t kLongestLine = 512;
 constexpr double kDayInSeconds = 86'400.0;
 // A sentence may tell of a moment a little earlier than one before it. What goes back further begins anew.
 constexpr double kDisorder = 60.0;
+// From this size on a file takes long enough for someone to wonder.
+constexpr std::int64_t kLargeFile = 8 << 20;
 
 bool HasTimes(std::string_view bytes) {
   while (!bytes.empty()) {
@@ -26,16 +28,41 @@ bool HasTimes(std::string_view bytes) {
 
 }  // namespace
 
-Player::Player(const std::string& path, double speed, int baud, Sink& sink)
-    : recording_(path),
-      speed_(speed),
-      seconds_per_byte_(10.0 / std::max(baud, 1)),
-      timed_(HasTimes(recording_.Head())),
-      dating_(sink, std::nullopt, true, recording_.Head()) {
+void RecordingFeed::ShowProgress(const std::string& label, bool output_is_busy) {
+  progress_.emplace(label, static_cast<double>(recording_.Size()),
+                    recording_.Size() >= kLargeFile && CanShowProgress(output_is_busy));
+}
+
+void RecordingFeed::Open(CGPSEngine& engine, Sink& records) {
+  engine.GetReceiver()->Initialize();
+  dating_.emplace(records, date_, scans_, recording_.Head());
+}
+
+void RecordingFeed::Step(CGPSEngine& engine) {
+  const auto bytes = recording_.Next(chunk_);
+  at_end_ = bytes.empty();
+  if (!at_end_) Play(engine, bytes);
+}
+
+void RecordingFeed::Play(CGPSEngine& engine, std::string_view bytes) {
+  dating_->Feed(bytes);
+  CBinBuffer chunk(bytes.data(), static_cast<int>(bytes.size()));
+  engine.UpdateGPSBuffer(chunk);
+  played_ += bytes;
+  if (progress_) progress_->Update(static_cast<double>(recording_.Done()));
+}
+
+PacedFeed::PacedFeed(const std::string& file, double speed)
+    : RecordingFeed(file), speed_(speed), timed_(HasTimes(recording_.Head())) {}
+
+void PacedFeed::Open(CGPSEngine& engine, Sink& records) {
+  RecordingFeed::Open(engine, records);
+  seconds_per_byte_ = 10.0 / std::max(engine.GetReceiver()->GetCurrentBaudrate(), 1);
+  due_ = Clock::now();
   ReadLine();
 }
 
-void Player::ReadLine() {
+void PacedFeed::ReadLine() {
   std::size_t end = bytes_.find('\n', taken_);
   if (end == std::string::npos && bytes_.size() - taken_ < kLongestLine) {
     bytes_.erase(0, taken_);
@@ -48,10 +75,11 @@ void Player::ReadLine() {
       std::min({end == std::string::npos ? rest : end + 1 - taken_, rest, kLongestLine});
   line_.assign(bytes_, taken_, length);
   taken_ += length;
+  at_end_ = line_.empty();
   if (speed_ < kMax) Pace();
 }
 
-void Player::Pace() {
+void PacedFeed::Pace() {
   if (!timed_) return Wait(static_cast<double>(line_.size()) * seconds_per_byte_);
   const auto time = TimeOfDayOf(line_);
   if (!time) return;
@@ -61,21 +89,18 @@ void Player::Pace() {
   if (step > 0.0) Wait(step);
 }
 
-void Player::Wait(double seconds) {
+void PacedFeed::Wait(double seconds) {
   due_ += std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>(seconds / speed_));
 }
 
-void Player::Play(CGPSEngine& engine) {
+void PacedFeed::Step(CGPSEngine& engine) {
   std::string due;
   const auto now = Clock::now();
   while (!IsAtEnd() && due_ <= now && due.size() < kPiece) {
     due += line_;
     ReadLine();
   }
-  if (due.empty()) return;
-  dating_.Feed(due);
-  CBinBuffer bytes(due.data(), static_cast<int>(due.size()));
-  engine.UpdateGPSBuffer(bytes);
+  if (!due.empty()) Play(engine, due);
 }
 
 }  // namespace host

@@ -1,0 +1,49 @@
+#include "host/session/playbackfeed.h"
+
+#include <fcntl.h>
+
+#include <cerrno>
+#include <cstring>
+
+#include "host/run/descriptor.h"
+#include "host/run/failure.h"
+
+namespace host {
+
+void Capture(CGPSEngine& engine, bool wanted) {
+  CComBuffer& capture = engine.m_ComBuffer;
+  if (capture.m_bOverflow && capture.m_bPaused) {
+    capture.m_strData.Empty();
+    capture.m_bOverflow = false;
+  }
+  if (capture.m_bPaused == wanted) capture.m_bPaused = !wanted;
+}
+
+void PlaybackFeed::Open(CGPSEngine& engine, Sink&) {
+  // The engine would look for another recording in its place.
+  errno = 0;
+  const UniqueDescriptor recording(open(Name().c_str(), O_RDONLY | O_CLOEXEC));
+  char first = 0;
+  if (!recording || read(recording.Get(), &first, 1) != 1) {
+    throw Failure(ExitCode::failed,
+                  "cannot play " + Name() + ": " + (errno != 0 ? std::strerror(errno) : "the file is empty"));
+  }
+  engine.m_bEmulation = true;
+  engine.m_strEmulationFile = CString::FromUtf8(Name());
+  engine.GetReceiver()->LoadAlternatGPSStatusStrings();
+  Step(engine);
+  if (!engine.Start()) throw Failure(ExitCode::failed, engine.GetLastErrorString().ToUtf8());
+}
+
+void PlaybackFeed::Step(CGPSEngine& engine) {
+  if (tells_bytes_) Capture(engine, true);
+}
+
+void PlaybackFeed::OnString(const CString& text) {
+  if (!tells_bytes_) return;
+  std::string bytes;
+  for (int i = 0; i < text.GetLength(); ++i) bytes += static_cast<char>(text.GetAt(i));
+  sentences_.Feed(bytes + "\r\n", [this](std::string_view sentence) { bytes_ += sentence; });
+}
+
+}  // namespace host

@@ -1,0 +1,31 @@
+#pragma once
+
+#include <string>
+
+#include "host/line/sentences.h"
+#include "host/session/feed.h"
+
+namespace host {
+
+/// Turns the capture of messages on or off, and keeps it going: the library stops it when it has kept much.
+void Capture(CGPSEngine& engine, bool wanted);
+
+/// A recording that the engine plays by itself, a line every half second, over and over.
+class PlaybackFeed : public Feed {
+ public:
+  /// `tells_bytes`: its sentences are wanted as bytes.
+  explicit PlaybackFeed(const std::string& file, bool tells_bytes = false)
+      : Feed(Kind::recording, file), tells_bytes_(tells_bytes) {}
+
+  void Open(CGPSEngine& engine, Sink& records) override;
+  void Step(CGPSEngine& engine) override;
+  std::string TakeBytes() override { return std::exchange(bytes_, {}); }
+  void OnString(const CString& text) override;
+
+ private:
+  const bool tells_bytes_;
+  SentenceFinder sentences_;
+  std::string bytes_;
+};
+
+}  // namespace host
