@@ -11,7 +11,6 @@
 #include "host/line/sentences.h"
 #include "host/records/textsink.h"
 #include "host/session/linefeed.h"
-#include "host/session/playbackfeed.h"
 #include "host/session/printer.h"
 
 namespace host {
@@ -32,6 +31,7 @@ class Answers : public Outlet {
         sink_(output.Text(), TextSink::Shows::reports) {}
 
   Sink* Records() override { return &sink_; }
+  bool WantsTexts() const override { return AreWanted(); }
   void OnBytes(std::string_view bytes) override;
   void OnEvent(RunEvent event) override;
   Deadline::Moment NextAt() const override { return end_.Earlier(Deadline::kNever); }
@@ -53,7 +53,6 @@ class Answers : public Outlet {
 };
 
 void Answers::OnEvent(RunEvent event) {
-  if (event == RunEvent::starting && AreWanted()) Capture(session_.Engine(), true);
   if (event == RunEvent::started) end_.Set(options_.listen.value_or(is_request_ ? kAnswerTime : 0.0));
 }
 

@@ -49,7 +49,8 @@ class Feed {
   virtual bool IsLost() const { return false; }
   /// The name to look for a lost line by.
   virtual const std::string& StablePath() const { return name_; }
-  /// The text of a message, while a capture runs.
+  /// The texts of messages are wanted, each of which goes to OnString.
+  virtual bool WantsTexts() const { return false; }
   virtual void OnString(const CString& /*text*/) {}
 
  private:

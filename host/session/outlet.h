@@ -29,6 +29,8 @@ class Outlet {
 
   /// Takes the records; null if it wants none.
   virtual Sink* Records() { return nullptr; }
+  /// The texts of messages are wanted among the records.
+  virtual bool WantsTexts() const { return false; }
   /// The bytes that have come, as far as the feed shows them, ahead of what was made of them.
   virtual void OnBytes(std::string_view /*bytes*/) {}
   virtual void OnEvent(RunEvent /*event*/) {}

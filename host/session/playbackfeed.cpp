@@ -10,15 +10,6 @@
 
 namespace host {
 
-void Capture(CGPSEngine& engine, bool wanted) {
-  CComBuffer& capture = engine.m_ComBuffer;
-  if (capture.m_bOverflow && capture.m_bPaused) {
-    capture.m_strData.Empty();
-    capture.m_bOverflow = false;
-  }
-  if (capture.m_bPaused == wanted) capture.m_bPaused = !wanted;
-}
-
 void PlaybackFeed::Open(CGPSEngine& engine, Sink&) {
   // The engine would look for another recording in its place.
   errno = 0;
@@ -31,12 +22,7 @@ void PlaybackFeed::Open(CGPSEngine& engine, Sink&) {
   engine.m_bEmulation = true;
   engine.m_strEmulationFile = CString::FromUtf8(Name());
   engine.GetReceiver()->LoadAlternatGPSStatusStrings();
-  Step(engine);
   if (!engine.Start()) throw Failure(ExitCode::failed, engine.GetLastErrorString().ToUtf8());
-}
-
-void PlaybackFeed::Step(CGPSEngine& engine) {
-  if (tells_bytes_) Capture(engine, true);
 }
 
 void PlaybackFeed::OnString(const CString& text) {

@@ -7,9 +7,6 @@
 
 namespace host {
 
-/// Turns the capture of messages on or off, and keeps it going: the library stops it when it has kept much.
-void Capture(CGPSEngine& engine, bool wanted);
-
 /// A recording that the engine plays by itself, a line every half second, over and over.
 class PlaybackFeed : public Feed {
  public:
@@ -18,8 +15,8 @@ class PlaybackFeed : public Feed {
       : Feed(Kind::recording, file), tells_bytes_(tells_bytes) {}
 
   void Open(CGPSEngine& engine, Sink& records) override;
-  void Step(CGPSEngine& engine) override;
   std::string TakeBytes() override { return std::exchange(bytes_, {}); }
+  bool WantsTexts() const override { return tells_bytes_; }
   void OnString(const CString& text) override;
 
  private:

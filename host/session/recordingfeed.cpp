@@ -35,7 +35,16 @@ void RecordingFeed::ShowProgress(const std::string& label, bool output_is_busy) 
 
 void RecordingFeed::Open(CGPSEngine& engine, Sink& records) {
   engine.GetReceiver()->Initialize();
-  dating_.emplace(records, date_, scans_, recording_.Head());
+  records_ = &records;
+  records.SetReference(date_);
+  Date(recording_.Head());  // it may have its date some way behind its first fix
+}
+
+/// Tells when the recording was made, as far as it says so itself.
+void RecordingFeed::Date(std::string_view bytes) {
+  if (!scans_) return;
+  dates_.Feed(bytes);
+  records_->SetReference(dates_.Latest());
 }
 
 void RecordingFeed::Step(CGPSEngine& engine) {
@@ -45,7 +54,7 @@ void RecordingFeed::Step(CGPSEngine& engine) {
 }
 
 void RecordingFeed::Play(CGPSEngine& engine, std::string_view bytes) {
-  dating_->Feed(bytes);
+  Date(bytes);
   CBinBuffer chunk(bytes.data(), static_cast<int>(bytes.size()));
   engine.UpdateGPSBuffer(chunk);
   played_ += bytes;

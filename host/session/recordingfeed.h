@@ -5,10 +5,10 @@
 #include <string>
 #include <string_view>
 
+#include "host/records/moment.h"
 #include "host/run/progress.h"
 #include "host/run/recording.h"
 #include "host/run/unpacedclock.h"
-#include "host/session/dating.h"
 #include "host/session/feed.h"
 
 namespace host {
@@ -24,7 +24,7 @@ class RecordingFeed : public Feed {
   /// When it was made, if that is known; else whether anyone wants to know.
   void SetDate(std::optional<Moment> date, bool scans) {
     date_ = date;
-    scans_ = scans;
+    scans_ = scans && !date;
   }
   /// Shows on a terminal how far it has got, if that takes long.
   void ShowProgress(const std::string& label, bool output_is_busy);
@@ -44,11 +44,14 @@ class RecordingFeed : public Feed {
   bool at_end_ = false;
 
  private:
+  void Date(std::string_view bytes);
+
   const UnpacedClock clock_;
   std::size_t chunk_ = 4096;
   std::optional<Moment> date_;
   bool scans_ = true;
-  std::optional<Dating> dating_;
+  Sink* records_ = nullptr;
+  DateScan dates_;
   std::optional<Progress> progress_;
   std::string played_;
 };

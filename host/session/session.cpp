@@ -106,6 +106,7 @@ void Session::Open() {
   std::optional<PacingClock::Sequence> sequence;
   if (feed_->IsLive()) sequence.emplace(interrupt_, rules_.label, rules_.time);
   const Starting starting(*this);
+  KeepCapturing();
   feed_->Open(engine_, fan_);
   if (rules_.on_open) rules_.on_open(receiver_);
   if (rules_.silence > 0.0) silence_.Set(rules_.silence);
@@ -122,8 +123,21 @@ void Session::PassBytes() {
   for (Outlet* outlet : outlets_) outlet->OnBytes(bytes);
 }
 
+// The library keeps what it captures, and stops when it has kept much.
+void Session::KeepCapturing() {
+  const bool wanted = feed_->WantsTexts() || std::any_of(outlets_.begin(), outlets_.end(),
+                                                         [](auto* outlet) { return outlet->WantsTexts(); });
+  CComBuffer& capture = engine_.m_ComBuffer;
+  if (capture.m_bOverflow && capture.m_bPaused) {
+    capture.m_strData.Empty();
+    capture.m_bOverflow = false;
+  }
+  if (capture.m_bPaused == wanted) capture.m_bPaused = !wanted;
+}
+
 // Bytes go ahead of what was made of them.
 void Session::PassOn() {
+  KeepCapturing();
   PassBytes();
   window_.Drain();
 }

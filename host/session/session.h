@@ -72,7 +72,7 @@ class Session {
   /// Runs until there is a reason to end. Throws a Failure if the run cannot begin or comes to nothing.
   ExitCode Run(RunRules rules);
 
-  /// Passes on what has come.
+  /// Passes on what has come, and sees to it that what the outlets want goes on coming.
   void PassOn();
   /// Some byte has come.
   bool HasHeard() const { return heard_; }
@@ -101,6 +101,7 @@ class Session {
   std::optional<ExitCode> Start();
   void Open();
   void Tell(RunEvent event);
+  void KeepCapturing();
   void PassBytes();
   void Wait();
   Deadline::Moment NextAt() const;

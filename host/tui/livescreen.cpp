@@ -9,7 +9,6 @@
 #include "host/commands/rehearse.h"
 #include "host/run/failure.h"
 #include "host/run/progress.h"
-#include "host/session/playbackfeed.h"
 #include "host/tui/keys.h"
 
 namespace host {
@@ -86,7 +85,7 @@ LiveScreen::Clock::time_point LiveScreen::NextAt() const {
 void LiveScreen::Step() {
   while (const auto key = terminal_.ReadKey()) OnKey(*key);
   TakeNotices();
-  KeepCapturing();
+  if (busy_.empty() && answers_until_ && Clock::now() >= *answers_until_) answers_until_.reset();
   if (terminal_.TakeChange()) drawn_at_ = {};
   if (Clock::now() >= NextAt()) Draw();
 }
@@ -144,7 +143,8 @@ void LiveScreen::Perform(const CommandMenu::Order& order) {
     return Tell("no port is open: " + order.text + " has not been sent", Style::bad);
   }
   const bool asks = order.operation->kind == Operation::Kind::asks;
-  Listen();
+  answers_until_ = Clock::now() + kAnswerTime;
+  session_.PassOn();
   readings_.Log("> " + order.text, Style::label);
   Result result = Result::none;
   try {
@@ -199,17 +199,6 @@ void LiveScreen::Tell(const std::string& text, Style style) {
   view_.status_style = style;
   status_until_ = Clock::now() + kStatusTime;
   dirty_ = true;
-}
-
-void LiveScreen::KeepCapturing() {
-  if (busy_.empty() && answers_until_ && Clock::now() >= *answers_until_) answers_until_.reset();
-  Capture(session_.Engine(), view_.sentences || answers_until_);
-}
-
-// For what answers a command.
-void LiveScreen::Listen() {
-  answers_until_ = Clock::now() + kAnswerTime;
-  KeepCapturing();
 }
 
 void LiveScreen::OnBytes(std::string_view bytes) {

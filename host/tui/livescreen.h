@@ -29,6 +29,7 @@ class LiveScreen : public Outlet {
   LiveScreen(const LiveScreen&) = delete;
   LiveScreen& operator=(const LiveScreen&) = delete;
 
+  bool WantsTexts() const override { return view_.sentences || answers_until_; }
   void OnBytes(std::string_view bytes) override;
   void OnEvent(RunEvent event) override;
   Clock::time_point NextAt() const override;
@@ -69,8 +70,6 @@ class LiveScreen : public Outlet {
   bool OnPassed(long long passed);
   void TakeNotices();
   void Tell(const std::string& text, Style style);
-  void KeepCapturing();
-  void Listen();
   void Draw();
 
   Session& session_;
