@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <memory>
+#include <stdexcept>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -159,6 +160,24 @@ TEST(BinBuffer, MakesBytesTheCurrentMessageAndRefusesNone) {
   length = -1;
   EXPECT_EQ(buffer.GetMessageBin(length), nullptr);
   EXPECT_EQ(length, -1);
+}
+
+TEST(BinBuffer, LetsItsBytesBeWritten) {
+  CBinBuffer buffer = CString("$GPXXX;1\r\n");
+  EXPECT_TRUE(buffer.GetCurrentMessage());
+  buffer[6] = ',';
+  buffer.SetSize(12);
+  buffer[10] = buffer[11] = ',';
+  CString tag, subTag;
+  EXPECT_TRUE(buffer.GetTag(tag, subTag));
+  EXPECT_EQ(tag, "$GPXXX");
+  EXPECT_EQ(subTag, "1\r\n");
+  buffer.First();
+  buffer.SetSize(4);
+  int length = 0;
+  ASSERT_NE(buffer.GetMessageBin(length), nullptr);
+  EXPECT_EQ(length, 4);
+  EXPECT_THROW(buffer[4], std::out_of_range);
 }
 
 TEST(BinBuffer, TellsTheTagOfTheMessageAtHand) {

@@ -133,6 +133,38 @@ TEST_F(DispatchTest, TakesAPortPromptOffTheHead) {
   EXPECT_EQ(prompt, "");
 }
 
+// A receiver class of a host's own works with what it inherits, under its names.
+class Derived : public COtherGps {
+ public:
+  CString GetName() override { return "Derived"; }
+  bool Publish() {
+    m_nPortNumber += 1;
+    m_wNmeaBits |= 1u << GPS_STRING_GGA;
+    m_AlternateSignalTable[2] = UDF_SIGNAL_MANUAL;
+    m_bAlternateSignalTable = true;
+    return !m_bMonitorNmea && m_Notifications.empty() && PostNewData(true);
+  }
+};
+
+TEST(DerivedReceiver, WorksWithWhatItInherits) {
+  const CRehearsal line;
+  CWinApp app{"gpsengine-test"};
+  HostWindow window;
+  app.SetMainWnd(&window);
+  Derived receiver;
+  receiver.SetupReceiver(4, 0, 0.0, "", true);
+  EXPECT_TRUE(receiver.Publish());
+  EXPECT_EQ(receiver.GetPortNumber(), 5);
+  EXPECT_TRUE(receiver.HaveGotNmea(GPS_STRING_GGA));
+  CString fix = WithChecksum("$GPGGA,123519,4807.038,N,01131.000,E,2,08,0.9,545.4,M,,,,").c_str();
+  EXPECT_TRUE(receiver.Parse(fix));
+  window.Drain();
+  ASSERT_EQ(window.records.size(), 2u);
+  EXPECT_EQ(window.records[1].m_nSignalType, UDF_SIGNAL_MANUAL);
+  CRuntimeClass* const record = receiver.GetRuntimeClass();
+  EXPECT_EQ(record, &COtherGps::classCOtherGps) << "it has none of its own";
+}
+
 TEST_F(DispatchTest, RemembersWhichKindsHaveComeWhileItMonitors) {
   FeedSentence("$GPRMC,1,2");
   EXPECT_FALSE(receiver.HaveGotNmea(GPS_STRING_RMC));

@@ -2,6 +2,9 @@
 // settings that change in mid-run.
 #include <gtest/gtest.h>
 
+#include <memory>
+#include <stdexcept>
+
 #include "tests/support/enginetest.h"
 #include "tests/support/receivertest.h"
 #include "tests/support/wirebuilder.h"
@@ -99,6 +102,80 @@ TEST_F(EngineTest, LetsACallbackTakeTheReceiverAway) {
   EXPECT_TRUE(Feed(Snv().Message() + "\n" + FixAt(1)));
   EXPECT_FALSE(Feed(FixAt(2)));
   EXPECT_EQ(window.records.size(), 1u) << "that of the ephemeris";
+}
+
+// A host that moves the bytes itself, beside a reader thread that has none to read.
+class FedRunTest : public EngineTest {
+ protected:
+  FedRunTest() {
+    engine.m_bAttachRawData = true;
+    engine.GetReceiver()->SetupReceiver(kPort, 0, 0.0, "", true);
+  }
+};
+
+TEST_F(FedRunTest, KeepsWhatIsFedRightAfterAStart) {
+  for (int round = 0; round < 100; ++round) {
+    ASSERT_TRUE(engine.Start());
+    Feed(FixAt(round).substr(0, 20));
+    EXPECT_TRUE(Feed(FixAt(round).substr(20))) << round;
+    Feed("$GPGGA,half a sentence");
+    engine.Stop();
+    Feed(FixAt(round).substr(20));
+    EXPECT_EQ(window.records.size(), static_cast<std::size_t>(round) + 1) << "its head went with its run";
+  }
+}
+
+TEST_F(FedRunTest, EndsAtOnceWhenACallbackStopsIt) {
+  const auto startOver = [](GPSNotificationType, CGPSNotification*, void* pUser) {
+    auto& running = *static_cast<CGPSEngine*>(pUser);
+    const auto start = CurrentClock().Milliseconds();
+    EXPECT_TRUE(running.Start());
+    EXPECT_LT(CurrentClock().Milliseconds() - start, 500u);
+  };
+  ASSERT_TRUE(engine.Start());
+  engine.GetReceiver()->AddNotificationCallback(GPS_NOTIFY_EPHEMERIS, startOver, &engine);
+  EXPECT_FALSE(Feed(FixAt(1) + Snv().Message() + "\n" + FixAt(2) + "$GPGGA,half a"));
+  EXPECT_EQ(window.records.size(), 1u) << "what stood behind the message went with its run";
+  EXPECT_TRUE(window.ephemerides.empty());
+  EXPECT_TRUE(engine.IsActive());
+  EXPECT_TRUE(Feed(FixAt(3)));
+}
+
+TEST_F(FedRunTest, SurvivesACallbackThatDestroysTheEngine) {
+  auto doomed = std::make_unique<CGPSEngine>();
+  CGPSReceiver* const receiver = doomed->FindReceiver("Other");
+  receiver->SetupReceiver(kPort, 0, 0.0, "", true);
+  doomed->SetReceiver(receiver);
+  doomed->m_bAttachRawData = true;
+  receiver->AddNotificationCallback(
+      GPS_NOTIFY_EPHEMERIS,
+      [](GPSNotificationType, CGPSNotification*, void* pUser) {
+        static_cast<std::unique_ptr<CGPSEngine>*>(pUser)->reset();
+      },
+      &doomed);
+  const std::string sent = Snv().Message() + "\n" + FixAt(1);
+  CBinBuffer bytes(sent.data(), static_cast<int>(sent.size()));
+  EXPECT_FALSE(doomed->UpdateGPSBuffer(bytes));
+  window.Drain();
+  EXPECT_TRUE(window.order.empty());
+}
+
+TEST_F(EngineTest, GoesOnBehindAnExceptionOfTheHosts) {
+  class Thrower : public COtherGps {
+   public:
+    CString GetName() override { return "Thrower"; }
+    bool Parse(CString& strMessage) override {
+      if (strMessage.Find("000011") >= 0) throw std::runtime_error("the host's");
+      return COtherGps::Parse(strMessage);
+    }
+    using COtherGps::Parse;
+  };
+  engine.AddReceiver(new Thrower);
+  Select("Thrower");
+  EXPECT_THROW(Feed(FixAt(0) + FixAt(1) + FixAt(2)), std::runtime_error);
+  EXPECT_TRUE(Feed(FixAt(3)));
+  ASSERT_EQ(window.records.size(), 3u);
+  EXPECT_EQ(window.records[1].m_dTimeOfDay, 12.0) << "the next sentence was lost";
 }
 
 TEST_F(LiveEngineTest, TakesSettingsInMidRunAsFarAsTheyConcernIt) {

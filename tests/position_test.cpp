@@ -75,6 +75,15 @@ TEST_F(PositionTest, LeavesAFailedGgaForTheNextPublication) {
   EXPECT_EQ(Last().m_dAltitude, 300.0) << "as it stood in the sentence, feet and all";
 }
 
+TEST_F(PositionTest, KeepsACoordinateWithoutAHemisphereAsItStandsInTheSentence) {
+  EXPECT_FALSE(FeedSentence("$GPGGA,000004,4807.038"));  // the checksum stands in for the hemisphere
+  EXPECT_FALSE(Feed("$GPGGA,000004,4807.038"));          // no GGA without a checksum
+  CString cut = "$GPGGA,000005,1234.500";
+  EXPECT_FALSE(receiver.Parse(cut, GPS_STRING_GGA));
+  EXPECT_TRUE(FeedSentence("$GPGSA,A,3,04,05,,09,12,,,24,,,,,2.5,1.3,2.1"));
+  EXPECT_EQ(Last().m_dLatitude, 1234.5);
+}
+
 TEST_F(PositionTest, WantsTheMandatoryFieldsOfAGga) {
   const std::string fields[] = {"$GPGGA", "123519", "4807.038", "N",     "01131.000", "E",
                                 "1",      "08",     "0.9",      "545.4", "M"};

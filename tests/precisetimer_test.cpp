@@ -91,7 +91,9 @@ TEST(PreciseTimer, AllowsForTheTimeThatTheWindowTakes) {
       nShortest = std::min(nShortest, window.ticks[i].nBegin - window.ticks[i - 1].nBegin);
       nPause = std::min(nPause, window.ticks[i].nBegin - window.ticks[i - 1].nEnd);
     }
-    EXPECT_GE(nPause, 10u);
+    if (period == 10) {
+      EXPECT_GE(nPause, 10u);
+    }
     EXPECT_GE(nShortest, period == 60 ? 50u : 40u);
     if (period == 60) {
       EXPECT_LT(nShortest, 90u) << "40 ms of the window and 60 of the period would be 100";

@@ -58,6 +58,17 @@ TEST_F(AshtechReport, SatReportFillsTheTableAndIsPublishedAtOnce) {
   EXPECT_EQ(std::count_if(std::begin(Last().m_Satellites), std::end(Last().m_Satellites), inView), 3);
 }
 
+TEST_F(AshtechReport, AnglesAgreeWithThoseOfGsvInTheLastBit) {
+  for (int degrees = 0; degrees < 360; ++degrees) {
+    const std::string azimuth = std::to_string(degrees);
+    FeedSentence("$GPGSV,1,1,01,05,40," + azimuth + ",46");
+    const double standard = Find(5)->m_dAzimuth;
+    receiver.Initialize();  // or the report would be passed over
+    Feed("$PASHR,SAT,1,05," + azimuth + ",40,46,U*00\r\n");
+    ASSERT_EQ(Find(5)->m_dAzimuth, standard) << degrees;
+  }
+}
+
 TEST_F(AshtechReport, EmptySatReportLeavesTheSatellitesButNotInView) {
   Feed(Sat(1, 2, 'U'));
   EXPECT_TRUE(Feed("$PASHR,SAT,00*45\r\n"));

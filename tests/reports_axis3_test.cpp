@@ -13,11 +13,16 @@ class Axis3Report : public ReceiverTest<CSokkiaAxis3> {
     while (static_cast<int>(block.size()) < size) block += static_cast<char>(block.size());
     return block;
   }
+  static std::vector<WORD> List(const CWordArray& words) {
+    return {words.GetData(), words.GetData() + words.GetSize()};
+  }
   std::vector<WORD> Words() const {
     CWordArray words;
     receiver.GetBinWords(words);
-    return {words.GetData(), words.GetData() + words.GetSize()};
+    return List(words);
   }
+  /// What the message that the host took last stands for.
+  std::vector<WORD> HostWords() const { return List(receiver.m_BinWords); }
 };
 
 TEST_F(Axis3Report, BinaryBlocksReachTheHostAsWords) {
@@ -28,6 +33,7 @@ TEST_F(Axis3Report, BinaryBlocksReachTheHostAsWords) {
     ASSERT_EQ(static_cast<int>(words.size()), (dataLength + 12) / 2);
     for (std::size_t i = 0; i < words.size(); ++i)
       EXPECT_EQ(words[i], static_cast<BYTE>(block[2 * i]) + 256 * static_cast<BYTE>(block[2 * i + 1])) << i;
+    EXPECT_EQ(HostWords(), words);
   }
   EXPECT_EQ(window.blocks, 2);
   EXPECT_EQ(receiver.GetBinaryMessages(), 2);
@@ -42,6 +48,24 @@ TEST_F(Axis3Report, BinaryBlocksReachTheHostAsWords) {
   EXPECT_FALSE(Feed("$BIN_\n"));
   EXPECT_EQ(window.blocks, 3);
   EXPECT_EQ(receiver.GetBinaryMessages(), 3);
+}
+
+TEST_F(Axis3Report, EachMessageStandsForItsOwnBlock) {
+  const std::string first = Bin(95, 128, 140), second = Bin(96, 300, 312);
+  receiver.AttachRawData(first.data(), 140);
+  CString text("$BIN_\n");
+  EXPECT_TRUE(receiver.Parse(text));
+  receiver.AttachRawData(second.data(), 312);
+  EXPECT_TRUE(receiver.Parse(text));
+  EXPECT_TRUE(HostWords().empty()) << "no message has been taken yet";
+  for (const std::size_t words : {70u, 156u}) {
+    MSG message;
+    ASSERT_TRUE(PeekMessageW(&message, PM_NOREMOVE));
+    ASSERT_TRUE(PeekMessageW(&message, PM_REMOVE));
+    EXPECT_EQ(message.message, WM_GPS_NEW_BIN);
+    EXPECT_EQ(message.wParam, 0u);
+    EXPECT_EQ(HostWords().size(), words);
+  }
 }
 
 TEST_F(Axis3Report, RenewsTheBlockOutputAboutEveryThreeSeconds) {
@@ -60,7 +84,7 @@ TEST_F(Axis3Report, RenewsTheBlockOutputAboutEveryThreeSeconds) {
   EXPECT_EQ(feed(2), "");
   EXPECT_EQ(feed(1), R"(write "$JBIN,95,1\r\n"; wait 200)");
   receiver.Suspend();
-  EXPECT_EQ(feed(6), "");  // no receiver on the line, none to wait for
+  EXPECT_EQ(feed(6), "wait 200; wait 200");  // on a closed port too
   EXPECT_EQ(receiver.GetBinaryMessages(), 39);
   receiver.SetRawDataOutput(true, 5);
 }

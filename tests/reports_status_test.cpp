@@ -69,7 +69,7 @@ TEST_F(StatusReport, OfABeaconReceiver) {
       {"$GPMSK,304.5,M,100*", true, "bBeaconAutoTune=false bBeaconTuneValid=true"},
       {"$CRMSK,304.5,a*", true, "bBeaconTuneValid=true"},
       {"$CRMSK,,A*", true, "bBeaconAutoTune=true bBeaconTuneValid=true"},
-      {"$CRMSK,304.5*", false, ""},
+      {"$CRMSK,304.5*", true, "bBeaconTuneValid=true"},
   });
 }
 
@@ -186,7 +186,7 @@ TEST_F(StatusReport, ThatCannotBeReadIsNamedInTheTrace) {
   CString trace;
   SetTraceHandler([&](const CString& text) { trace = text; });
   const std::pair<std::string, const char*> kBad[] = {{WithChecksum("$CRMSS,x"), "CRMSS"},
-                                                      {WithChecksum("$CRMSK,300"), "CRMSK"},
+                                                      {WithChecksum("$CRMSK"), "CRMSK"},
                                                       {"PEM:x", "PAR PEM"},
                                                       {"PRTA: 1", "PAR PRTA"},
                                                       {WithChecksum("$PMCAG"), "PMCAG"},

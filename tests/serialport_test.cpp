@@ -12,6 +12,7 @@
 #include "gpsengine/platform/file.h"
 #include "gpsengine/platform/rehearsal.h"
 #include "gpsengine/platform/thread.h"
+#include "gpsengine/platform/trace.h"
 #include "tests/support/pseudoterminal.h"
 
 namespace {
@@ -76,8 +77,50 @@ TEST_F(RehearsedPort, WritesTextOfTwoHundredCharactersAndNoMore) {
   EXPECT_TRUE(port.Write(std::string(300, 'd').data(), 300));
   EXPECT_EQ(line.Transcript(), "write \"" + std::string(200, 'a') + "\"; write \"" + std::string(200, 'b') +
                                    "\"; write \"c\"; write \"" + std::string(300, 'd') + "\"");
+  line.ForgetSteps();
+  EXPECT_TRUE(port.Write(CString(u"\"$JOFF\0\r\n", 8)));
+  EXPECT_EQ(line.Transcript(), R"(write "\"$JOFF")") << "a text ends at its zero";
   line.LimitWrites(3);
   EXPECT_FALSE(port.Write("$JOFF\r\n"));
+}
+
+TEST_F(RehearsedPort, KeepsZeroBytesOutOfItsTexts) {
+  Open();
+  CString text;
+  const std::string heard("AB\0CD", 5);
+  line.Feed(heard);
+  EXPECT_TRUE(port.Read(text, cancel));
+  EXPECT_EQ(text, "AB");
+  line.Feed('\0' + heard + "\r");
+  EXPECT_TRUE(port.ReadUntilAny(text, cancel, "\r"));
+  EXPECT_EQ(text, "ABCD\r");
+}
+
+TEST_F(RehearsedPort, LetsATraceHandlerTraceAndAskForItsName) {
+  if (!kTraceBuilt) GTEST_SKIP() << "a release build traces nothing";
+  std::string heard;
+  SetTraceHandler([&](const CString& text) {
+    Trace("a text of the handler's own");
+    heard += text.ToUtf8() + port.GetPortName().ToUtf8() + ' ';
+  });
+  port.Open();
+  const HANDLE handle = port.GetHandle();
+  CloseHandle(handle);
+  SetLastError(ENOSPC);
+  EXPECT_FALSE(port.Close());
+  SetTraceHandler({});
+  EXPECT_EQ(heard,
+            "Opening COM1...COM1: Port COM1: opened!\nCOM1: Unable to close COM1:. Bad file descriptor\n ");
+}
+
+TEST(PortNumber, MayBeAnyAboveZero) {
+  for (const auto& [number, opens] : {std::pair(0, false), std::pair(-1, false), std::pair(10000, true)}) {
+    const CRehearsal line(number);
+    CSerialPort port;
+    port.SetPortNumber(number);
+    EXPECT_EQ(port.Open(), opens) << number;
+    port.Close();
+  }
 }
 
 TEST_F(RehearsedPort, CountsNoBytesWhileTheLineHasAnError) {

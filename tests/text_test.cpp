@@ -22,6 +22,9 @@ TEST(ParseInt, ReadsFromTheStartAndStopsAtWhatDoesNotFit) {
     EXPECT_TRUE(ParseInt(CString((" \t" + text).c_str()), &value)) << text;
     EXPECT_EQ(value, std::strtol(text.c_str(), nullptr, 10));
   }
+  int literal = 0;
+  EXPECT_TRUE(ParseInt(u"12", &literal));
+  EXPECT_EQ(literal, 12);
   for (const char* bad :
        {"2147483647", "-2147483648", "99999999999999999999999", "abc", "", "-", "- 4", ".5"}) {
     int value = 12345;
@@ -127,15 +130,16 @@ TEST_F(TextFileTest, TakesEveryKindOfLineEndAndTheLastLineWithoutOne) {
   EXPECT_EQ(line, "one");
 }
 
-TEST_F(TextFileTest, ReadsAcrossItsBufferAndCutsALineThatDoesNotEnd) {
-  const std::string longLine(100000, 'x');
-  const auto lines = Lines(longLine + '\n' + longLine + '\n');
-  ASSERT_EQ(lines.size(), 2u);
-  EXPECT_EQ(lines[1].GetLength(), 100000);
-  std::size_t total = 0;
-  for (const CString& piece : Lines(std::string(3 << 20, 'y')))
-    total += static_cast<std::size_t>(piece.GetLength());
-  EXPECT_EQ(total, 3u << 20);
+TEST_F(TextFileTest, ReadsALineWholeWhateverItsLengthAndNoneOnceItIsClosed) {
+  const auto lines = Lines(std::string(100000, 'x') + '\n' + std::string(3 << 20, 'y') + "\nlast");
+  ASSERT_EQ(lines.size(), 3u);
+  EXPECT_EQ(lines[0].GetLength(), 100000);
+  EXPECT_EQ(lines[1].GetLength(), 3 << 20);
+  file.SeekToBegin();
+  CString line = "kept";
+  file.Close();
+  EXPECT_FALSE(file.ReadString(line));
+  EXPECT_EQ(line, "kept");
 }
 
 TEST_F(TextFileTest, DoesNotOpenAFolderOrWhatIsNotThere) {

@@ -27,15 +27,21 @@ constexpr int kPort = 9;
 // What stops with no command to the line, and so at once.
 constexpr const char* kModels[] = {"Other", "Garmin", "Holux", "SiRF", "Leica", "Trimble"};
 
-// The host's thread: it sleeps not at all, and waits for nothing as long as it should.
+// The host's thread: it sleeps not at all, and waits for nothing as long as it should, but by its clock.
 class Impatience : public Clock {
  public:
+  std::uint64_t Milliseconds() override { return Clock::Milliseconds() + ahead; }
   void Sleep(DWORD) override { std::this_thread::yield(); }
   bool Wait(WaitKind, DWORD ms, const std::function<bool(DWORD)>& block) override {
-    return block(std::min(ms, limit));
+    const bool come = block(std::min(ms, limit));
+    if (!come && ms > limit) ahead += ms - limit;
+    return come;
   }
   DWORD limit = 2;
+  std::uint64_t ahead = 0;
 };
+
+const std::string kFix = "$GPGGA,123519,4807.038,N,01131.000,E,1,08,0.9,545.4,M,46.9,M,,*47\r\n";
 
 struct Inventory {
   static std::ptrdiff_t Entries(const char* folder) {
@@ -63,10 +69,8 @@ class Feeder {
  public:
   explicit Feeder(const PseudoTerminal& terminal)
       : m_Thread([&terminal](const std::stop_token& stop) {
-          const std::string some =
-              "$GPGGA,123519,4807.038,N,01131.000,E,1,08,0.9,545.4,M,46.9,M,,*47\r\n"
-              "$GPGSV,1,1,01,07,45,180,41*42\r\n" +
-              Snv().Message() + "\n" + Mbn().Message() + "\n$>JI,1,2\r\n\xAA\x44\x12 noise $BIN";
+          const std::string some = kFix + "$GPGSV,1,1,01,07,45,180,41*42\r\n" + Snv().Message() + "\n" +
+                                   Mbn().Message() + "\n$>JI,1,2\r\n\xAA\x44\x12 noise $BIN";
           while (!stop.stop_requested()) {
             terminal.Exchange(some);
             std::this_thread::sleep_for(300us);
@@ -174,6 +178,53 @@ TEST_F(ThreadsTest, StandAThousandRoundsOfAnything) {
   EXPECT_GT(m_nRecords, 100u);
   EXPECT_GT(boxes, 10);
   std::filesystem::remove(file);
+  ExpectNothingLeftBut(m_Before);
+}
+
+// What a callback holds up: it asks the host's thread for something, which that will not give until the
+// engine has gone, or has been started again.
+TEST_F(ThreadsTest, LeaveACallbackBehindThatWaitsForTheHost) {
+  struct Question {
+    HANDLE hAsked = CreateEventW(false, false), hAnswered = CreateEventW(false, false);
+    static void Ask(GPSNotificationType, CGPSNotification*, void* pUser) {
+      auto& asked = *static_cast<Question*>(pUser);
+      SetEvent(asked.hAsked);
+      WaitForSingleObject(asked.hAnswered, INFINITE);
+    }
+  } question;
+  for (const bool destroys : {true, false}) {
+    MakeEngine("");
+    m_pEngine->m_bAttachRawData = true;
+    CGPSReceiver& receiver = *m_pEngine->GetReceiver();
+    receiver.AddNotificationCallback(GPS_NOTIFY_EPHEMERIS, &Question::Ask, &question);
+    ASSERT_TRUE(m_pEngine->Start());
+    m_Terminal.Send(Snv().Message() + "\n" + kFix);
+    while (WaitForSingleObject(question.hAsked, 1000) != WAIT_OBJECT_0) {
+    }
+    const auto before = m_Clock.Milliseconds();
+    if (destroys) {
+      m_pEngine.reset();
+    } else {
+      m_pEngine->Stop();
+    }
+    EXPECT_LT(m_Clock.Milliseconds() - before, 1500u);
+    if (destroys) MakeEngine("");
+    m_pEngine->GetReceiver()->AddNotificationCallback(GPS_NOTIFY_EPHEMERIS, nullptr, nullptr);
+    ASSERT_TRUE(m_pEngine->Start());
+    SetEvent(question.hAnswered);
+    m_Terminal.Send("\r\n" + kFix);
+    for (int i = 0; i < 2000 && m_Window.records.empty(); ++i) {
+      std::this_thread::sleep_for(1ms);
+      m_Window.Drain();
+    }
+    m_pEngine.reset();
+    m_Window.Drain();
+    EXPECT_EQ(m_Window.records.size(), 1u) << "of the second run, and none of the first";
+    EXPECT_TRUE(m_Window.ephemerides.empty());
+    Drain();
+  }
+  m_Terminal.HangUp();
+  for (const HANDLE hEvent : {question.hAsked, question.hAnswered}) CloseHandle(hEvent);
   ExpectNothingLeftBut(m_Before);
 }
 

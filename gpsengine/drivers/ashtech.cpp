@@ -4,20 +4,20 @@
 
 namespace {
 
-constexpr Command kDefaultNmea[] = {
+constexpr CGPSCommand kDefaultNmea[] = {
     {"$PASHS,NME,ALL,A,OFF\r\n", 200}, {"$PASHS,NME,GGA,A,ON\r\n", 200}, {"$PASHS,NME,GSA,A,ON\r\n", 200},
     {"$PASHS,NME,VTG,A,ON\r\n", 200},  {"$PASHS,NME,SAT,A,ON\r\n", 200}, {"$PASHS,NME,GSV,A,ON\r\n", 200},
 };
-constexpr Command kGgaOnlyNmea[] = {
+constexpr CGPSCommand kGgaOnlyNmea[] = {
     {"$PASHS,NME,ALL,A,OFF\r\n", 200},
     {"$PASHS,NME,GGA,A,ON\r\n", 200},
 };
-constexpr Command kQueryPar[] = {{"$PASHQ,PAR\r\n", 500}};
+constexpr CGPSCommand kQueryPar[] = {{"$PASHQ,PAR\r\n", 500}};
 
 // The reset, each line with the time for its acknowledgement.
-constexpr Command kReset = {"$PASHS,RST\r\n", 10000};
+constexpr CGPSCommand kReset = {"$PASHS,RST\r\n", 10000};
 constexpr DWORD kRestartTime = 3000;
-constexpr Command kSetUp[] = {
+constexpr CGPSCommand kSetUp[] = {
     {"$PASHS,RTC,AUT,Y\r\n", 1000},    {"$PASHS,RTC,REM,B\r\n", 1000},    {"$PASHS,NME,GGA,A,ON\r\n", 1000},
     {"$PASHS,NME,GSA,A,ON\r\n", 1000}, {"$PASHS,NME,VTG,A,ON\r\n", 1000}, {"$PASHS,NME,SAT,A,ON\r\n", 1000},
     {"$PASHS,PDP,14\r\n", 1000},       {"$PASHS,HDP,10\r\n", 1000},       {"$PASHS,VDP,10\r\n", 1000},
@@ -54,12 +54,12 @@ void CCSI::SetSatElevMask(int nDegrees) {
 
 bool CCSI::ResetAll(bool bWaitForAck) {
   if (!Initialize() || !m_Port.IsOpen()) return false;
-  const auto write = [&](const Command& command) {
+  const auto write = [&](const CGPSCommand& command) {
     return WriteAck(command.pszLine, bWaitForAck, static_cast<int>(command.nWait));
   };
   // A line that fails does not keep the rest from the receiver.
   bool bAllWritten = write(kReset);
   Sleep(kRestartTime);
-  for (const Command& command : kSetUp) bAllWritten &= write(command);
+  for (const CGPSCommand& command : kSetUp) bAllWritten &= write(command);
   return bAllWritten;
 }

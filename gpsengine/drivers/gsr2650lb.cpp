@@ -138,7 +138,7 @@ bool Cgsr2650lb::EnablePostProcessing(bool bOn) {
 
 bool Cgsr2650lb::SetRawDataOutputInterval(double dInterval) {
   int nPeriod = 0;
-  Truncate(dInterval, nPeriod);
+  if (!Truncate(dInterval, nPeriod)) return false;
   if (!m_bRawDataOutput || nPeriod != m_nRawDataInterval) SetRawDataOutput(m_bRawDataOutput, nPeriod);
   return true;
 }

@@ -13,6 +13,8 @@ class Cgsr2650lb : public CGPSReceiver {
   Cgsr2650lb();
 
   bool EnablePostProcessing(bool bOn) override;
+  /// In whole seconds: what is behind the point is cut off. Lost while the raw logs are off, which then go on
+  /// at one second.
   bool SetRawDataOutputInterval(double dInterval) override;
   CString GetName() override { return "GSR2650 LB"; }
   bool HasRawData() override { return true; }

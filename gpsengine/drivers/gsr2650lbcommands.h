@@ -9,7 +9,7 @@
 
 namespace gsr2650lb {
 
-inline constexpr Command kDefaultNmea[] = {
+inline constexpr CGPSCommand kDefaultNmea[] = {
     {"LOG  GPGGA ONTIME 1 0 NOHOLD\r\n", 200},
     {"UNLOG  GPGGALONG\r\n", 200},
     {"UNLOG  GPGGARTK\r\n", 200},
@@ -24,7 +24,7 @@ inline constexpr Command kDefaultNmea[] = {
     {"UNLOG  GPZDA\r\n", 200},
     {"UNLOG  GPALM\r\n", 200},
 };
-inline constexpr Command kGgaOnlyNmea[] = {
+inline constexpr CGPSCommand kGgaOnlyNmea[] = {
     {"UNLOG  GPALM\r\n", 200},     {"LOG  GPGGA ONTIME 1 0 NOHOLD\r\n", 200},
     {"UNLOG  GPGGALONG\r\n", 200}, {"UNLOG  GPGGARTK\r\n", 200},
     {"UNLOG  GPGLL\r\n", 200},     {"UNLOG  GPGRS\r\n", 200},
@@ -34,24 +34,24 @@ inline constexpr Command kGgaOnlyNmea[] = {
     {"UNLOG  GPZDA\r\n", 200},
 };
 
-inline constexpr Command kQueryElevMask[] = {{"LOG COM2 ECUTOFFA ONCE\r\n", 100}};
-inline constexpr Command kQueryNmea[] = {{"LOG LOGLISTA ONCE\r\n", 200}};
-inline constexpr Command kQueryBeacon[] = {{"LOG COM2 RXCONFIGA ONCE\r\n", 100}};
-inline constexpr Command kQuerySource[] = {
+inline constexpr CGPSCommand kQueryElevMask[] = {{"LOG COM2 ECUTOFFA ONCE\r\n", 100}};
+inline constexpr CGPSCommand kQueryNmea[] = {{"LOG LOGLISTA ONCE\r\n", 200}};
+inline constexpr CGPSCommand kQueryBeacon[] = {{"LOG COM2 RXCONFIGA ONCE\r\n", 100}};
+inline constexpr CGPSCommand kQuerySource[] = {
     {"LOG COM2 RTKSOURCEA ONCE\r\n", 100},
     {"LOG COM2 SBASCONTROLA ONCE\r\n", 100},
     {"LOG COM2 PSRDIFFSOURCEA ONCE\r\n", 100},
 };
-inline constexpr Command kQueryWaas[] = {{"LOG WAAS1A ONCE\r\n", 200}};
-inline constexpr Command kQueryOmniStar[] = {
+inline constexpr CGPSCommand kQueryWaas[] = {{"LOG WAAS1A ONCE\r\n", 200}};
+inline constexpr CGPSCommand kQueryOmniStar[] = {
     {"LOG OMNIINFOA ONCE\r\n", 200},
     {"LOG OMNISTATA ONCE\r\n", 200},
     {"LOG OMNIHPPOSA ONCE\r\n", 200},
 };
 
-inline constexpr Command kDatum[] = {{"UNDULATION TABLE\r\n", 100}, {"DATUM WGS84\r\n", 100}};
+inline constexpr CGPSCommand kDatum[] = {{"UNDULATION TABLE\r\n", 100}, {"DATUM WGS84\r\n", 100}};
 // By DgpsMode.
-inline constexpr Command kSources[][3] = {
+inline constexpr CGPSCommand kSources[][3] = {
     {{"RTKSOURCE NONE\r\n", 100}, {"PSRDIFFSOURCE NONE\r\n", 100}, {"SBASCONTROL DISABLE AUTO\r\n", 100}},
     {{"RTKSOURCE AUTO ANY\r\n", 100},
      {"PSRDIFFSOURCE AUTO ANY\r\n", 100},
@@ -62,28 +62,28 @@ inline constexpr Command kSources[][3] = {
     {{"PSRDIFFSOURCE OMNISTAR\r\n", 100}, {"RTKSOURCE NONE\r\n", 100}, {"SBASCONTROL DISABLE AUTO\r\n", 100}},
 };
 
-inline constexpr Command kUserDatum[] = {
+inline constexpr CGPSCommand kUserDatum[] = {
     {"USERDATUM 6378137 298.257222101 -.9910 1.9072 .5129 .000000125033 .0000000467845 .0000000565292 0 \r\n",
      100},
     {"datum user\r\n", 100},
     {"UNDULATION USER -1.09\r\n", 100},
     {"SAVECONFIG\r\n", 1000},
 };
-inline constexpr Command kLbandAuto[] = {{"RTKSOURCE OMNISTAR ANY\r\n", 800}};
+inline constexpr CGPSCommand kLbandAuto[] = {{"RTKSOURCE OMNISTAR ANY\r\n", 800}};
 inline constexpr int kLbandModeAuto = 1, kLbandModeFixed = 2;
 
 // Behind the range log, whose period varies.
-inline constexpr Command kRawOn[] = {{"LOG RAWEPHEMB ONCHANGED\r\n", 100},
-                                     {"LOG ALMANACB ONCHANGED\r\n", 100}};
-inline constexpr Command kRawOff[] = {
+inline constexpr CGPSCommand kRawOn[] = {{"LOG RAWEPHEMB ONCHANGED\r\n", 100},
+                                         {"LOG ALMANACB ONCHANGED\r\n", 100}};
+inline constexpr CGPSCommand kRawOff[] = {
     {"UNLOG RANGEB\r\n", 100}, {"UNLOG RAWEPHEMB\r\n", 100}, {"UNLOG ALMANACB\r\n", 100}};
 
-inline constexpr Command kReset = {"RESET 0\r\n", 10000};
+inline constexpr CGPSCommand kReset = {"RESET 0\r\n", 10000};
 inline constexpr DWORD kRestartTime = 3000;
 
 // The time to save depends on how much has changed.
-inline constexpr Command kSaveMask[] = {{"SAVECONFIG\r\n", 500}};
-inline constexpr Command kSave[] = {{"SAVECONFIG\r\n", 1000}};
-inline constexpr Command kSaveSource[] = {{"SAVECONFIG\r\n", 2000}};
+inline constexpr CGPSCommand kSaveMask[] = {{"SAVECONFIG\r\n", 500}};
+inline constexpr CGPSCommand kSave[] = {{"SAVECONFIG\r\n", 1000}};
+inline constexpr CGPSCommand kSaveSource[] = {{"SAVECONFIG\r\n", 2000}};
 
 }  // namespace gsr2650lb

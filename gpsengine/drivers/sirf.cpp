@@ -64,12 +64,12 @@ void CSirf::SetNmeaMsg(int nMessage, bool bOn) {
   Sleep(kNmeaWait);
 }
 
-unsigned short CSirf::CheckSum(const unsigned char* pPayload, unsigned short nLength) {
+unsigned short CSirf::CheckSum(unsigned char* pPayload, unsigned short nLength) {
   return static_cast<unsigned short>(std::accumulate(pPayload, pPayload + nLength, 0u) & 0x7FFF);
 }
 
 // A0 A2, length, payload, checksum, B0 B3; numbers with their high byte first.
-bool CSirf::SendBinaryMsg(const unsigned char* pPayload, unsigned short nLength) {
+bool CSirf::SendBinaryMsg(unsigned char* pPayload, unsigned short nLength) {
   if (nLength > kLongestPayload) return false;
   const int nSum = CheckSum(pPayload, nLength);
   std::vector<BYTE> frame = {0xA0, 0xA2, HighByte(nLength), LowByte(nLength)};
@@ -88,7 +88,7 @@ void CSirf::SwitchToBinary() {
 }
 
 void CSirf::SendDgpsSourceMsg(DgpsMode mode) {
-  const BYTE payload[7] = {0x85, BYTE{mode == DGPS_MODE_WAAS}};
+  BYTE payload[7] = {0x85, BYTE{mode == DGPS_MODE_WAAS}};
   SendBinaryMsg(payload, sizeof payload);
   Sleep(kBinaryWait);
 }

@@ -29,9 +29,9 @@ class CSirf : public CGPSReceiver {
   /// Switches a sentence on or off, by the chip's number for it.
   void SetNmeaMsg(int nMessage, bool bOn);
   /// The sum of a binary message's payload, of 15 bits.
-  unsigned short CheckSum(const unsigned char* pPayload, unsigned short nLength);
+  unsigned short CheckSum(unsigned char* pPayload, unsigned short nLength);
   /// Frames a payload and writes it. False if it is too long or was not written.
-  bool SendBinaryMsg(const unsigned char* pPayload, unsigned short nLength);
+  bool SendBinaryMsg(unsigned char* pPayload, unsigned short nLength);
   /// From the NMEA mode to the binary one, at the present baud rate.
   void SwitchToBinary();
   /// Sets the source of corrections, in binary mode.

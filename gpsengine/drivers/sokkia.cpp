@@ -2,11 +2,11 @@
 
 namespace {
 
-constexpr Command kSetUp[] = {{"$PMCAG,008,15,,,,,,,,,,5,,,,,\r\n", 500}};
-constexpr Command kQueryElevMask[] = {{"$PMCAG,004,908\r\n", 200}};
-constexpr Command kDefaultNmea[] = {
+constexpr CGPSCommand kSetUp[] = {{"$PMCAG,008,15,,,,,,,,,,5,,,,,\r\n", 500}};
+constexpr CGPSCommand kQueryElevMask[] = {{"$PMCAG,004,908\r\n", 200}};
+constexpr CGPSCommand kDefaultNmea[] = {
     {"$PMCAG,005,0,900,0,906,0,907,0,GGA,1,GSA,1,VTG,1,GSV,1,ZDA,0,RMC,0,GLL,0\r\n", 1000}};
-constexpr Command kGgaOnlyNmea[] = {
+constexpr CGPSCommand kGgaOnlyNmea[] = {
     {"$PMCAG,005,0,900,0,906,0,907,0,GGA,1,GSA,0,VTG,0,GSV,0,ZDA,0,RMC,0,GLL,0\r\n", 1000}};
 
 }  // namespace

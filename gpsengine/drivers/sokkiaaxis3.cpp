@@ -5,15 +5,15 @@
 
 namespace {
 
-constexpr Command kSave[] = {{"$JSAVE\r\n", 2000}};
-constexpr Command kSaveAtOnce[] = {{"$JSAVE\r\n", 0}};
+constexpr CGPSCommand kSave[] = {{"$JSAVE\r\n", 2000}};
+constexpr CGPSCommand kSaveAtOnce[] = {{"$JSAVE\r\n", 0}};
 constexpr DWORD kSettleTime = 500;
 
-constexpr Command kDefaultNmea[] = {
+constexpr CGPSCommand kDefaultNmea[] = {
     {"$JOFF\r\n", 1000},        {"$JASC,GPGGA,1\r\n", 200}, {"$JASC,GPGSA,1\r\n", 200},
     {"$JASC,GPVTG,1\r\n", 200}, {"$JASC,GPGSV,1\r\n", 200}, {"$JSAVE\r\n", 2000},
 };
-constexpr Command kGgaOnlyNmea[] = {
+constexpr CGPSCommand kGgaOnlyNmea[] = {
     {"$JOFF\r\n", 1000},
     {"$JASC,GPGGA,1\r\n", 200},
     {"$JSAVE\r\n", 2000},
@@ -21,24 +21,24 @@ constexpr Command kGgaOnlyNmea[] = {
 
 constexpr double kFastInterval = 0.2, kSlowInterval = 1.0;  // seconds
 constexpr int kFastRate = 5;
-constexpr Command kRawFast[] = {{"$JBIN,96,0.2\r\n", 0}, {"$JBIN,95,0.2\r\n", 0}};
-constexpr Command kRawSlow[] = {{"$JBIN,96,1\r\n", 0}, {"$JBIN,95,1\r\n", 0}};
-constexpr Command kRawOff[] = {{"$JBIN,96,0\r\n", 0}, {"$JBIN,95,0\r\n", 0}};
-constexpr Command kClosingFast[] = {{"$JBIN,95,0.2\r\n", 200}};
-constexpr Command kClosingSlow[] = {{"$JBIN,95,1\r\n", 200}};
+constexpr CGPSCommand kRawFast[] = {{"$JBIN,96,0.2\r\n", 0}, {"$JBIN,95,0.2\r\n", 0}};
+constexpr CGPSCommand kRawSlow[] = {{"$JBIN,96,1\r\n", 0}, {"$JBIN,95,1\r\n", 0}};
+constexpr CGPSCommand kRawOff[] = {{"$JBIN,96,0\r\n", 0}, {"$JBIN,95,0\r\n", 0}};
+constexpr CGPSCommand kClosingFast[] = {{"$JBIN,95,0.2\r\n", 200}};
+constexpr CGPSCommand kClosingSlow[] = {{"$JBIN,95,1\r\n", 200}};
 
-constexpr Command kSourceNone[] = {{"$JDIFF,OFF\r\n", 1000}};
-constexpr Command kSourceBeacon[] = {{"$JDIFF,BEACON\r\n", 1000}};
-constexpr Command kSourceLband[] = {{"$JAPP,2\r\n", 5000}, {"$JDIFF,LBAND\r\n", 5000}};
-constexpr Command kSourceWaas[] = {{"$JAPP,1\r\n", 5000}, {"$JDIFF,WAAS\r\n", 5000}};
+constexpr CGPSCommand kSourceNone[] = {{"$JDIFF,OFF\r\n", 1000}};
+constexpr CGPSCommand kSourceBeacon[] = {{"$JDIFF,BEACON\r\n", 1000}};
+constexpr CGPSCommand kSourceLband[] = {{"$JAPP,2\r\n", 5000}, {"$JDIFF,LBAND\r\n", 5000}};
+constexpr CGPSCommand kSourceWaas[] = {{"$JAPP,1\r\n", 5000}, {"$JDIFF,WAAS\r\n", 5000}};
 // By DgpsMode. The receiver has no source of a later mode.
-constexpr std::span<const Command> kSources[] = {kSourceNone, kSourceBeacon, kSourceLband, kSourceWaas};
+constexpr std::span<const CGPSCommand> kSources[] = {kSourceNone, kSourceBeacon, kSourceLband, kSourceWaas};
 
-constexpr Command kQuerySettings[] = {{"$JSHOW\r\n", 200}};
-constexpr Command kQuerySatellites[] = {{"$JLBEAM\r\n", 200}};
-constexpr Command kQueryOmniStar[] = {{"$JI\r\n", 200}, {"$JGEO\r\n", 200}};
-constexpr Command kDgpsStatusOn[] = {{"$JASC,D1,1\r\n", 0}};
-constexpr Command kDgpsStatusOff[] = {{"$JASC,D1,0\r\n", 0}};
+constexpr CGPSCommand kQuerySettings[] = {{"$JSHOW\r\n", 200}};
+constexpr CGPSCommand kQuerySatellites[] = {{"$JLBEAM\r\n", 200}};
+constexpr CGPSCommand kQueryOmniStar[] = {{"$JI\r\n", 200}, {"$JGEO\r\n", 200}};
+constexpr CGPSCommand kDgpsStatusOn[] = {{"$JASC,D1,1\r\n", 0}};
+constexpr CGPSCommand kDgpsStatusOff[] = {{"$JASC,D1,0\r\n", 0}};
 
 }  // namespace
 
@@ -67,7 +67,7 @@ bool CSokkiaAxis3::EnablePostProcessing(bool bOn) {
 
 bool CSokkiaAxis3::SetRawDataOutputInterval(double dInterval) {
   int nRate = 0;
-  Truncate(dInterval, nRate);
+  if (!Truncate(dInterval, nRate)) return false;
   SetRawDataOutput(true, nRate);
   return true;
 }

@@ -4,17 +4,17 @@
 
 namespace {
 
-constexpr Command kDefaultNmea[] = {
+constexpr CGPSCommand kDefaultNmea[] = {
     {"$PSLIS,NME,ALL,A,OFF\r\n", 200}, {"$PSLIS,NME,GGA,A,ON\r\n", 200}, {"$PSLIS,NME,GSA,A,ON\r\n", 200},
     {"$PSLIS,NME,VTG,A,ON\r\n", 200},  {"$PSLIS,NME,GSV,A,ON\r\n", 200},
 };
-constexpr Command kGgaOnlyNmea[] = {
+constexpr CGPSCommand kGgaOnlyNmea[] = {
     {"$PSLIS,NME,ALL,A,OFF\r\n", 200},
     {"$PSLIS,NME,GGA,A,ON\r\n", 200},
 };
-constexpr Command kQueryBeacon[] = {{"$PSLIQ,NME,MSS\r\n", 200}, {"$PSLIQ,NME,MSK\r\n", 200}};
-constexpr Command kQueryPar[] = {{"$PSLIQ,PAR\r\n", 500}};
-constexpr Command kReset = {"$PSLIS,RST,CLR\r\n", 100};
+constexpr CGPSCommand kQueryBeacon[] = {{"$PSLIQ,NME,MSS\r\n", 200}, {"$PSLIQ,NME,MSK\r\n", 200}};
+constexpr CGPSCommand kQueryPar[] = {{"$PSLIQ,PAR\r\n", 500}};
+constexpr CGPSCommand kReset = {"$PSLIS,RST,CLR\r\n", 100};
 constexpr DWORD kRestartTime = 5000;
 
 }  // namespace

@@ -2,9 +2,9 @@
 
 namespace {
 
-constexpr Command kKeepAlive[] = {{"QRV Zelo\r\n", 0}};
+constexpr CGPSCommand kKeepAlive[] = {{"QRV Zelo\r\n", 0}};
 
-constexpr Command kLeicaNmea[] = {
+constexpr CGPSCommand kLeicaNmea[] = {
     {"$PMVXG,007,,1,,,,,\r\n", 200},
     {"$PMVXG,007,GGA,0,1,,1,6,2\r\n", 200},
     {"$PMVXG,007,GSA,0,1,,1,,,\r\n", 200},

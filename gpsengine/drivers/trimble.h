@@ -6,7 +6,7 @@
 
 // Receivers that want to hear from the host while the line is silent.
 
-/// Trimble receivers, which are asked for their identity when the line is silent.
+/// Trimble receivers, which get a line of text when theirs is silent.
 class CTrimble : public CGPSReceiver {
   DECLARE_DYNAMIC(CTrimble)
 

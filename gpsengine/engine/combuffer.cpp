@@ -6,7 +6,7 @@ constexpr int kCaptureLimit = 100000;
 
 }  // namespace
 
-void CComBuffer::OnRawData(const CString* pText) {
+void CComBuffer::OnRawData(CString* pText) {
   if (m_bPaused || pText == nullptr) return;
   const bool full = m_strData.GetLength() > kCaptureLimit;
   m_strData += *pText;

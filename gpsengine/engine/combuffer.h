@@ -16,7 +16,7 @@ class CComBuffer {
   CShared<bool> m_bOverflow = false;  ///< The capture has stopped itself, since m_strData grew too long.
 
   /// Adds a message, on the reader thread. Behind 100,000 characters it is the last one.
-  void OnRawData(const CString* pText);
+  void OnRawData(CString* pText);
 };
 
 #pragma GCC visibility pop

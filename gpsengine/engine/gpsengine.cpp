@@ -1,9 +1,11 @@
 #include "gpsengine/engine/gpsengine.h"
 
 #include <algorithm>
+#include <iterator>
 #include <utility>
 
 #include "gpsengine/drivers/receivers.h"
+#include "gpsengine/engine/lease.h"
 #include "gpsengine/engine/readerthread.h"
 #include "gpsengine/engine/run.h"
 #include "gpsengine/platform/clock.h"
@@ -11,6 +13,7 @@
 #include "gpsengine/platform/resource.h"
 #include "gpsengine/platform/trace.h"
 #include "gpsengine/receiver/post.h"
+#include "gpsengine/receiver/updatescope.h"
 
 namespace {
 
@@ -22,13 +25,23 @@ constexpr UINT kFirstErrorText = 14;
 constexpr UINT kUnknownErrorText = 18;
 constexpr int kTextBuffer = 128;
 
+// Receivers that a callback of the host has yet to return to. Nobody knows when, so that they are kept for
+// good.
+void KeepForGood(std::vector<std::unique_ptr<CGPSReceiver>> receivers) {
+  static auto* const kept = new std::vector<std::unique_ptr<CGPSReceiver>>;
+  static auto* const mutex = new std::mutex;
+  const std::lock_guard lock(*mutex);
+  std::move(receivers.begin(), receivers.end(), std::back_inserter(*kept));
+}
+
 }  // namespace
 
-CGPSEngine::CGPSEngine() : m_pLease(std::make_shared<CEngineLease>(this)), m_Receivers(MakeReceivers()) {}
+CGPSEngine::CGPSEngine() : m_Receivers(MakeReceivers()), m_pLease(std::make_shared<CEngineLease>(this)) {}
 
 CGPSEngine::~CGPSEngine() {
+  m_pLease->BeginLeaving();
   Stop();
-  m_pLease->Withdraw();
+  if (!m_pLease->Withdraw()) KeepForGood(std::move(m_Receivers));
 }
 
 bool CGPSEngine::AddReceiver(CGPSReceiver* pReceiver) {
@@ -70,16 +83,18 @@ bool CGPSEngine::Start() {
     m_nLastError = GPS_ENGINE_INIT_FAILED;
     return false;
   }
-  auto run = std::make_shared<CRun>();
+  auto run = std::make_shared<CRun>(m_pLease->Ends());
   {
     // The thread may stop the run as soon as it exists, when it finds no file to play.
     const std::lock_guard lock(m_RunMutex);
     m_pRun = run;
     m_hStopEvent = run->StopEvent();
     run->m_pThread = CReaderThread::Begin(m_pLease, run, m_bEmulation);
+    m_pThread = run->m_pThread.get();
   }
   if (run->m_pThread == nullptr) {
     TakeRun();
+    m_hStopEvent = nullptr;
     receiver->Suspend();
     m_nLastError = GPS_ENGINE_THREAD_FAILED;
     return false;
@@ -96,7 +111,6 @@ void CGPSEngine::Stop() {
 // Takes the run out, so that whoever ends it does so alone.
 std::shared_ptr<CRun> CGPSEngine::TakeRun() {
   const std::lock_guard lock(m_RunMutex);
-  m_hStopEvent = nullptr;
   return std::exchange(m_pRun, nullptr);
 }
 
@@ -104,14 +118,21 @@ void CGPSEngine::EndRun() {
   const std::shared_ptr<CRun> run = TakeRun();
   if (run == nullptr) return;
   SetEvent(run->StopEvent());
-  if (run->m_pThread->IsCurrent())
-    return;  // a callback stops its own run, which ends when the callback returns
-  if (const CGPSReceiver* const receiver = m_pReceiver) CancelRead(receiver->GetPortHandle());
-  if (WaitForSingleObject(run->DoneEvent(), kLongestStop) == WAIT_OBJECT_0) {
+  // From within a callback there is nothing to wait for: the run's thread waits for the callback.
+  bool done = false;
+  if (!run->m_pThread->IsCurrent() && !m_pLease->IsHeldHere()) {
+    if (const CGPSReceiver* const receiver = m_pReceiver) CancelRead(receiver->GetPortHandle());
+    done = WaitForSingleObject(run->DoneEvent(), kLongestStop) == WAIT_OBJECT_0;
+  }
+  if (done) {
     run->m_pThread->Join();
   } else {
-    run->Abandon();
+    m_pLease->EndRun(run->Ends());
   }
+  const std::lock_guard lock(m_RunMutex);
+  if (m_pRun != nullptr) return;  // a callback has started the next one meanwhile
+  m_hStopEvent = nullptr;
+  m_pThread = nullptr;
 }
 
 CString CGPSEngine::GetLastErrorString() const {
@@ -123,35 +144,71 @@ CString CGPSEngine::GetLastErrorString() const {
   return CString(text, length);
 }
 
+// The time of an update: no other one begins within it, and whichever way it is left the stream is ready for
+// the next bytes.
+class CGPSEngine::Update {
+ public:
+  Update(CGPSEngine& engine, CEngineLease& lease) : m_Engine(engine), m_Lease(lease) {
+    engine.m_bUpdating = true;
+  }
+  ~Update() {
+    if (!m_Lease.IsEngineThere()) return;
+    m_Engine.m_bUpdating = false;
+    m_Engine.m_Buffer.Resize();
+  }
+  Update(const Update&) = delete;
+  Update& operator=(const Update&) = delete;
+
+ private:
+  CGPSEngine& m_Engine;
+  CEngineLease& m_Lease;
+};
+
 bool CGPSEngine::UpdateGPSBuffer(CBinBuffer& data) {
-  return UpdateGPSBuffer(data.GetLength() > 0 ? data.GetData() : nullptr, data.GetLength());
+  return UpdateGPSBuffer(data.GetLength() > 0 ? data.GetData() : nullptr, data.GetLength(), m_pLease->Ends());
 }
 
-bool CGPSEngine::UpdateGPSBuffer(const char* pData, int nLength) {
-  const std::lock_guard lock(m_pLease->Mutex());
+// `nEnds` says to which run the bytes belong.
+bool CGPSEngine::UpdateGPSBuffer(const char* pData, int nLength, int nEnds) {
+  const std::shared_ptr<CEngineLease> lease = m_pLease;  // a callback may destroy the engine
+  const CEngineLease::Hold hold(*lease);
+  const CUpdateScope scope(lease->Ends(), nEnds);
   CGPSReceiver* const receiver = m_pReceiver;
-  if (receiver == nullptr || m_bUpdating) return false;
-  m_Buffer.Append(pData, nLength);
-  if (m_Buffer.GetLength() >= kStreamLimit) {
-    Trace("\nGPS data dropped: string too long!");
-    ++m_nDroppedBuffers;
-    m_Buffer.Clear();
+  if (scope.IsOver() || receiver == nullptr || m_bUpdating || !Append(pData, nLength, nEnds)) return false;
+  const Update update(*this, *lease);
+  bool published = false;
+  try {
+    // A callback may select another receiver, and so may the host while a callback holds this thread up.
+    bool more = m_Buffer.GetCurrentMessage();
+    while (more && m_Buffer.HasMessage() && m_pReceiver == receiver) {
+      CString message = TakeMessage(*receiver, more);
+      {
+        const CEngineLease::Outside outside(*lease);
+        if (receiver->Parse(message)) published = true;
+      }
+      if (!lease->IsEngineThere() || scope.IsOver()) return false;
+      Forward(message);
+    }
+  } catch (const RunIsOver&) {
     return false;
   }
-  m_bUpdating = true;
-  bool published = false;
-  // A callback may select another receiver, and so may the host while a callback holds this thread up.
-  for (bool more = m_Buffer.GetCurrentMessage(); more && m_Buffer.HasMessage() && m_pReceiver == receiver;
-       more = m_Buffer.Next()) {
-    if (TakeMessage(*receiver)) published = true;
-  }
-  m_bUpdating = false;
-  m_Buffer.Resize();
   return published;
 }
 
-// Attaches, decodes and forwards the current message, in this order. True if it led to a record.
-bool CGPSEngine::TakeMessage(CGPSReceiver& receiver) {
+// Adds to the stream. False, with nothing left, if it has grown too long.
+bool CGPSEngine::Append(const char* pData, int nLength, int nEnds) {
+  if (std::exchange(m_nStreamEnds, nEnds) != nEnds) m_Buffer.Clear();  // what a run that is over has left
+  m_Buffer.Append(pData, nLength);
+  if (m_Buffer.GetLength() < kStreamLimit) return true;
+  Trace("\nGPS data dropped: string too long!");
+  ++m_nDroppedBuffers;
+  m_Buffer.Clear();
+  return false;
+}
+
+// Takes the current message out of the stream and attaches its bytes. `more` tells whether another one
+// follows.
+CString CGPSEngine::TakeMessage(CGPSReceiver& receiver, bool& more) {
   CString message = m_Buffer.GetMessageW();
   m_nMessages.Count();  // behind the lease
   if (m_bAttachRawData) {
@@ -162,10 +219,13 @@ bool CGPSEngine::TakeMessage(CGPSReceiver& receiver) {
     // A decoder must not take the bytes of an earlier message for this one's.
     receiver.AttachRawData(nullptr, 0);
   }
-  const bool published = receiver.Parse(message);
-  if (!m_ComBuffer.m_bPaused) {
-    m_ComBuffer.OnRawData(&message);
-    PostObject(WM_GPS_NEW_STRING, std::make_unique<CString>(std::move(message)));
-  }
-  return published;
+  more = m_Buffer.Next();
+  return message;
+}
+
+// Hands a decoded message on to a host that captures texts.
+void CGPSEngine::Forward(CString& message) {
+  if (m_ComBuffer.m_bPaused) return;
+  m_ComBuffer.OnRawData(&message);
+  PostObject(WM_GPS_NEW_STRING, std::make_unique<CString>(std::move(message)));
 }

@@ -7,6 +7,7 @@
 #include "gpsengine/engine/combuffer.h"
 #include "gpsengine/link/binbuffer.h"
 #include "gpsengine/platform/event.h"
+#include "gpsengine/platform/shared.h"
 #include "gpsengine/platform/thread.h"
 #include "gpsengine/receiver/gpsreceiver.h"
 
@@ -34,7 +35,8 @@ class CGPSEngine {
  public:
   /// Makes one receiver of every model, with none selected.
   CGPSEngine();
-  /// Stops, and deletes the receivers. Waits for the reader thread if that is inside a callback of the host.
+  /// Stops, and deletes the receivers. Takes a second at most, as Stop does: receivers of which a callback of
+  /// the host has not returned by then are never deleted, so that the callback has something to return to.
   ~CGPSEngine();
   CGPSEngine(const CGPSEngine&) = delete;
   CGPSEngine& operator=(const CGPSEngine&) = delete;
@@ -55,14 +57,17 @@ class CGPSEngine {
 
   /// Stops what runs, sets the receiver up and starts reading. False leaves the reason in GetLastError.
   bool Start();
-  /// Ends the run, within a second, and suspends the receiver, even if nothing runs.
+  /// Ends the run, within a second, and suspends the receiver, even if nothing runs. From within a callback
+  /// it ends the run at once: of what the callback was called for, and of the bytes behind it, nothing comes
+  /// any more.
   void Stop();
   /// The same as Stop and Start, under the names that a host's menu has.
   ///@{
   void Pause() { Stop(); }
   bool Resume() { return Start(); }
   ///@}
-  /// From a Start that gave true until Stop. A run whose port has gone away is active all the same.
+  /// From a Start that gave true until a Stop has ended the run. A run whose port has gone away is active all
+  /// the same.
   bool IsActive() const { return m_hStopEvent != nullptr; }
   /// Why the last Start failed, as a number and as a text for the user.
   ///@{
@@ -72,46 +77,62 @@ class CGPSEngine {
 
   /// Takes bytes of the selected receiver in and decodes every message that they complete. True if a record
   /// went to the host. The reader thread calls it, and so may a host that moves the bytes itself, from any
-  /// one thread, but not from within a callback.
+  /// one thread, but not from within a callback. An exception of the host's, out of a receiver class of its
+  /// own, say, passes through; the message that led to it is done with.
   bool UpdateGPSBuffer(CBinBuffer& data);
   /// Messages framed by UpdateGPSBuffer since the engine was made.
   long long GetMessages() const { return m_nMessages; }
   /// How often the stream was thrown away for being too long without a whole message.
   int GetDroppedBuffers() const { return m_nDroppedBuffers; }
 
+  // The fields stand in the order in which hosts know them.
+
+ private:
+  CShared<CWinThread*> m_pThread = nullptr;      // of the run under way
+  CShared<HANDLE> m_hStopEvent = nullptr;        // of the run under way; null while idle
+  CShared<CGPSReceiver*> m_pReceiver = nullptr;  // one of m_Receivers
+  CBinBuffer m_Buffer;                           // the stream
+
+ public:
   CComBuffer m_ComBuffer;  ///< The text of the messages, for a host that shows it.
-  CShared<bool> m_bEmulation =
-      false;  ///< Play a recording instead of reading the port; holds from the next Start.
+  /// Play a recording instead of reading the port; holds from the next Start.
+  CShared<bool> m_bEmulation = false;
   CShared<bool> m_bGotData = true;         ///< Set when a read led to a record; the host may clear it.
   CShared<bool> m_bAttachRawData = false;  ///< Keep each message's bytes, which raw data need.
   CShared<bool> m_bRecordRaw =
       false;  ///< Write the port's bytes to m_strRecordFile. Goes back if that fails.
   CString m_strRecordFile = "Emulation.log";  ///< Set before m_bRecordRaw.
-  CString m_strEmulationDir;   ///< Folder, with its separator, of the "Emulation.log" that is played for want
-                               ///< of a file.
+  /// Folder, with its separator, of the "Emulation.log" that is played if m_strEmulationFile is no file.
+  CString m_strEmulationDir;
+
+ private:
+  CShared<int> m_nDroppedBuffers = 0;
+
+ public:
   CString m_strEmulationFile;  ///< The recording to play.
 
  private:
   friend class CReaderThread;
+  class Update;
 
   std::shared_ptr<CRun> TakeRun();
   void EndRun();
-  bool UpdateGPSBuffer(const char* pData, int nLength);
-  bool TakeMessage(CGPSReceiver& receiver);
+  bool UpdateGPSBuffer(const char* pData, int nLength, int nEnds);
+  bool Append(const char* pData, int nLength, int nEnds);
+  CString TakeMessage(CGPSReceiver& receiver, bool& more);
+  void Forward(CString& message);
+
+  std::vector<std::unique_ptr<CGPSReceiver>> m_Receivers;
+  bool m_bReceiversInitialized = false;
+  GPS_ENGINE_ERROR m_nLastError = GPS_ENGINE_OK;
 
   const std::shared_ptr<CEngineLease> m_pLease;
   std::mutex m_RunMutex;
   std::shared_ptr<CRun> m_pRun;  // the run under way; null while idle
+  int m_nStreamEnds = 0;         // the ends of runs when the stream was last added to
   bool m_bUpdating = false;
-  bool m_bAttached = false;                      // the receiver holds the bytes of a message
-  CShared<HANDLE> m_hStopEvent = nullptr;        // of the run under way; null while idle
-  CShared<CGPSReceiver*> m_pReceiver = nullptr;  // one of m_Receivers
-  CBinBuffer m_Buffer;                           // the stream
-  CShared<int> m_nDroppedBuffers = 0;
+  bool m_bAttached = false;  // the receiver holds the bytes of a message
   CShared<long long> m_nMessages = 0;
-  std::vector<std::unique_ptr<CGPSReceiver>> m_Receivers;
-  bool m_bReceiversInitialized = false;
-  GPS_ENGINE_ERROR m_nLastError = GPS_ENGINE_OK;
 };
 
 #pragma GCC visibility pop

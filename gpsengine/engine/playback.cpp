@@ -29,8 +29,7 @@ void CReaderThread::PlayRecording() {
   CTextFile file;
   if (file.Open(path.GetString(), CFile::typeText, nullptr) == 0) {
     AfxMessageBox(CannotPlay(path));
-    WithEngine([](CGPSEngine& engine) { engine.Stop(); });
-    return;
+    return StopRun();
   }
   CString line;
   while (Pause(kLinePace) && ReadLine(file, line)) {
@@ -40,17 +39,28 @@ void CReaderThread::PlayRecording() {
       line += "\r\n";
     }
     CBinBuffer bytes(line);
-    WithEngine([&bytes](CGPSEngine& engine) { engine.UpdateGPSBuffer(bytes); });
+    if (const Step step(*this); step)
+      step->UpdateGPSBuffer(bytes.GetData(), bytes.GetLength(), m_pRun->Ends());
   }
+}
+
+// Stops the engine, from the run's own thread.
+void CReaderThread::StopRun() {
+  const Step step(*this);
+  if (!step) return;
+  step->EndRun();
+  CGPSReceiver* const receiver = step.Receiver();
+  const CEngineLease::Outside outside(*m_pLease);
+  if (receiver != nullptr) receiver->Suspend();
 }
 
 CString CReaderThread::FindRecording() {
   CString path;
   CString fallback;
-  WithEngine([&](CGPSEngine& engine) {
-    path = engine.m_strEmulationFile;
-    fallback = engine.m_strEmulationDir + "Emulation.log";
-  });
+  if (const Step step(*this); step) {
+    path = step->m_strEmulationFile;
+    fallback = step->m_strEmulationDir + "Emulation.log";
+  }
   return IsFile(path) ? path : fallback;
 }
 

@@ -4,6 +4,7 @@
 #include "gpsengine/platform/messagebox.h"
 #include "gpsengine/platform/resource.h"
 #include "gpsengine/platform/serial.h"
+#include "gpsengine/platform/trace.h"
 
 namespace {
 
@@ -49,33 +50,21 @@ unsigned CReaderThread::ThreadMain(void* pParam) {
 }
 
 void CReaderThread::Run() {
-  const auto clearStream = [](CGPSEngine& engine) { engine.m_Buffer.Clear(); };
-  WithEngine(clearStream);  // a run that was abandoned has left its last bytes
   if (m_bEmulation) {
     PlayRecording();
   } else {
     ReadPort();
   }
   m_Recording.Close();
-  WithEngine(clearStream);
+  if (const Step step(*this); step) m_pLease->EndRun(m_pRun->Ends());
 }
 
-bool CReaderThread::WithEngine(const std::function<void(CGPSEngine&)>& step) {
-  const std::lock_guard lock(m_pLease->Mutex());
-  CGPSEngine* engine = m_pLease->Engine();
-  if (engine == nullptr || m_pRun->IsAbandoned()) return false;
-  step(*engine);
-  return true;
-}
+CReaderThread::Step::Step(const CReaderThread& reader)
+    : m_Hold(*reader.m_pLease),
+      m_pEngine(reader.m_pRun->Ends() == reader.m_pLease->Ends() ? reader.m_pLease->Engine() : nullptr) {}
 
-bool CReaderThread::WithReceiver(const std::function<void(CGPSReceiver&)>& step) {
-  bool done = false;
-  WithEngine([&](CGPSEngine& engine) {
-    CGPSReceiver* const receiver = engine.m_pReceiver;
-    done = receiver != nullptr;
-    if (done) step(*receiver);
-  });
-  return done;
+CGPSReceiver* CReaderThread::Step::Receiver() const {
+  return m_pEngine == nullptr ? nullptr : m_pEngine->m_pReceiver.Get();
 }
 
 bool CReaderThread::Pause(DWORD ms) {
@@ -84,7 +73,8 @@ bool CReaderThread::Pause(DWORD ms) {
 
 void CReaderThread::ReadPort() {
   HANDLE port = INVALID_HANDLE_VALUE;
-  WithReceiver([&port](CGPSReceiver& receiver) { port = receiver.GetPortHandle(); });
+  if (const Step step(*this); const CGPSReceiver* const receiver = step.Receiver())
+    port = receiver->GetPortHandle();
   m_nLastData = CurrentClock().Milliseconds();
   while (ReadPass(port) && Pause(kPace)) {
   }
@@ -94,13 +84,19 @@ void CReaderThread::ReadPort() {
 bool CReaderThread::ReadPass(HANDLE hPort) {
   char bytes[1 + kBulk];
   ResetAfterSilence();
-  if (ReadWithin(hPort, bytes, 1, kFirstByteTime) == 0) {
-    if (m_pRun->IsStopping()) return false;
-    return WithReceiver([](CGPSReceiver& receiver) { receiver.KeepAlive(); });
-  }
+  if (ReadWithin(hPort, bytes, 1, kFirstByteTime) == 0) return !m_pRun->IsStopping() && KeepAlive();
   const int count = 1 + ReadWithin(hPort, bytes + 1, kBulk, kBulkTime);
   Record(bytes, count);
   Take(bytes, count);
+  return true;
+}
+
+bool CReaderThread::KeepAlive() {
+  const Step step(*this);
+  CGPSReceiver* const receiver = step.Receiver();
+  if (receiver == nullptr) return false;
+  const CEngineLease::Outside outside(*m_pLease);
+  receiver->KeepAlive();
   return true;
 }
 
@@ -108,21 +104,21 @@ void CReaderThread::ResetAfterSilence() {
   const std::uint64_t now = CurrentClock().Milliseconds();
   if (now - m_nLastData < kSilenceLimit) return;
   m_nLastData = now;
-  WithReceiver([](CGPSReceiver& receiver) { receiver.ResetSpeedEngine(); });
+  const Step step(*this);
+  if (CGPSReceiver* const receiver = step.Receiver()) receiver->ResetSpeedEngine();
 }
 
 void CReaderThread::Take(const char* pData, int nLength) {
-  WithEngine([&](CGPSEngine& engine) {
-    if (!engine.UpdateGPSBuffer(pData, nLength)) return;
-    m_nLastData = CurrentClock().Milliseconds();
-    engine.m_bGotData = true;
-  });
+  const Step step(*this);
+  if (!step || !step->UpdateGPSBuffer(pData, nLength, m_pRun->Ends())) return;
+  m_nLastData = CurrentClock().Milliseconds();
+  step->m_bGotData = true;
 }
 
 // Writes the bytes of a pass if the host wants them recorded.
 void CReaderThread::Record(const char* pData, int nLength) {
   bool wanted = false;
-  WithEngine([&wanted](CGPSEngine& engine) { wanted = engine.m_bRecordRaw; });
+  if (const Step step(*this); step) wanted = step->m_bRecordRaw;
   if (wanted && !m_bRecording) OpenRecording();
   if (!wanted && m_bRecording) {
     m_Recording.Close();
@@ -132,16 +128,21 @@ void CReaderThread::Record(const char* pData, int nLength) {
   // A full disk, say. What was written stays; the run goes on without a recording.
   m_Recording.Close();
   m_bRecording = false;
-  WithEngine([](CGPSEngine& engine) { engine.m_bRecordRaw = false; });
-  AfxMessageBox("Recording has stopped: the file cannot be written any further.");
+  Trace("The recording cannot be written any further.\n");
+  GiveUpRecording();
 }
 
 void CReaderThread::OpenRecording() {
   CString path;
-  WithEngine([&path](CGPSEngine& engine) { path = engine.m_strRecordFile; });
+  if (const Step step(*this); step) path = step->m_strRecordFile;
   m_bRecording = m_Recording.Open(path.GetString(), CFile::modeCreate | CFile::modeWrite) != 0;
   if (m_bRecording) return;
-  WithEngine([](CGPSEngine& engine) { engine.m_bRecordRaw = false; });
   WCHAR text[128];
   AfxMessageBox(CString(text, LoadStringW(kCannotRecordText, text, 128)));
+  GiveUpRecording();
+}
+
+// The host sees by the flag that nothing is recorded any more.
+void CReaderThread::GiveUpRecording() {
+  if (const Step step(*this); step) step->m_bRecordRaw = false;
 }

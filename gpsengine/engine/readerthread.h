@@ -1,10 +1,10 @@
 #pragma once
 
 #include <cstdint>
-#include <functional>
 #include <memory>
 
 #include "gpsengine/engine/gpsengine.h"
+#include "gpsengine/engine/lease.h"
 #include "gpsengine/engine/run.h"
 #include "gpsengine/platform/file.h"
 #include "gpsengine/text/textfile.h"
@@ -22,25 +22,39 @@ class CReaderThread {
   static unsigned ThreadMain(void* pParam);
   void Run();
 
-  /// One step on the engine, which lasts as long as the step does. False if the run is over for this thread.
-  bool WithEngine(const std::function<void(CGPSEngine&)>& step);
-  /// The same for a step on the selected receiver. False too if there is none any more.
-  bool WithReceiver(const std::function<void(CGPSReceiver&)>& step);
+  /// One step on the engine, as long as the object lives.
+  class Step {
+   public:
+    explicit Step(const CReaderThread& reader);
+    /// False if the run is over for this thread.
+    explicit operator bool() const { return m_pEngine != nullptr; }
+    CGPSEngine* operator->() const { return m_pEngine; }
+    /// The selected receiver; null too if the run is over.
+    CGPSReceiver* Receiver() const;
+
+   private:
+    const CEngineLease::Hold m_Hold;
+    CGPSEngine* const m_pEngine;
+  };
+
   /// Waits on the stop event; false if the run is to end.
   bool Pause(DWORD ms);
 
   // The live loop.
   void ReadPort();
   bool ReadPass(HANDLE hPort);
+  bool KeepAlive();
   void ResetAfterSilence();
   void Take(const char* pData, int nLength);
 
   // Recording.
   void Record(const char* pData, int nLength);
   void OpenRecording();
+  void GiveUpRecording();
 
   // Playback.
   void PlayRecording();
+  void StopRun();
   CString FindRecording();
   bool ReadLine(CTextFile& file, CString& line);
   bool ShowPause(const CString& line);

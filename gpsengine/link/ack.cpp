@@ -74,7 +74,7 @@ bool CAck::Wait(int nTimeout) {
   return bGotAck;
 }
 
-void CAck::OnNewGPSData(const CGPSData* pData) {
+void CAck::OnNewGPSData(CGPSData* pData) {
   if (!pData->m_Status.m_bAck) return;
   Trace("CAck::OnUpdateEverything, got ACK \n");
   m_bGotAck = true;
@@ -87,8 +87,18 @@ long CAck::OnPreciseTimer(unsigned int, long) {
   return 0;
 }
 
-LRESULT CAck::WindowProc(UINT message, WPARAM wParam, LPARAM lParam) {
-  if (message == WM_PRECISE_TIMER)
-    return OnPreciseTimer(static_cast<unsigned int>(wParam), static_cast<long>(lParam));
-  return CDialog::WindowProc(message, wParam, lParam);
+const AFX_MSGMAP* CAck::_GetBaseMessageMap() {
+  return CDialog::GetThisMessageMap();
+}
+
+const AFX_MSGMAP* CAck::GetMessageMap() const {
+  static constexpr AFX_MSGMAP_ENTRY kRows[] = {{WM_PRECISE_TIMER,
+                                                [](CWnd& window, WPARAM wParam, LPARAM lParam) -> LRESULT {
+                                                  return static_cast<CAck&>(window).OnPreciseTimer(
+                                                      static_cast<unsigned int>(wParam),
+                                                      static_cast<long>(lParam));
+                                                }},
+                                               {0, nullptr}};
+  static constexpr AFX_MSGMAP kMap{&CAck::_GetBaseMessageMap, kRows};
+  return &kMap;
 }

@@ -26,11 +26,16 @@ class CAck : public CDialog {
   /// dialog, with the wait cursor on.
   bool Wait(int nTimeout);
   /// Takes note of a record that is about to be published, on the reader thread.
-  static void OnNewGPSData(const CGPSData* pData);
+  static void OnNewGPSData(CGPSData* pData);
   /// The tick that ends the wait.
   long OnPreciseTimer(unsigned int wParam, long lParam);
 
-  LRESULT WindowProc(UINT message, WPARAM wParam, LPARAM lParam) override;
+ protected:
+  /// The tick of the timer, and the map of the base class.
+  ///@{
+  const AFX_MSGMAP* GetMessageMap() const override;
+  static const AFX_MSGMAP* _GetBaseMessageMap();
+  ///@}
 
  private:
   CPreciseTimer m_Timer;

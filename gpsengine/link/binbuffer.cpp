@@ -89,6 +89,18 @@ void CBinBuffer::Clear() {
   m_nNoComma = m_nNoCommaEnd = 0;
 }
 
+void CBinBuffer::SetSize(int nSize) {
+  m_Bytes.resize(static_cast<std::size_t>(std::max(nSize, 0)));
+  m_nLength = static_cast<int>(m_Bytes.size());
+  m_nMessageLength = std::min(m_nMessageLength, std::max(BytesLeft(), 0));
+  m_nNoComma = m_nNoCommaEnd = 0;
+}
+
+char& CBinBuffer::operator[](int nIndex) {
+  m_nNoComma = m_nNoCommaEnd = 0;  // the byte may become a comma
+  return m_Bytes.at(static_cast<std::size_t>(nIndex));
+}
+
 bool CBinBuffer::First() {
   m_nCurrent = m_nMessageLength = 0;
   return GetCurrentMessage();

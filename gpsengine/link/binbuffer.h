@@ -21,7 +21,7 @@ class CBinBuffer {
   /// A copy of the bytes, with no current message.
   CBinBuffer(const char* pData, int nLength) { Set(pData, nLength, 0); }
   /// One byte per character of `text`, the low byte of each.
-  explicit CBinBuffer(const CString& text);
+  CBinBuffer(const CString& text);
 
   /// Replaces the content; `nMessageLength` bytes from its start are the current message. False, with the
   /// buffer cleared, if there are no bytes.
@@ -67,8 +67,15 @@ class CBinBuffer {
   ///@}
   /// The bytes, good until the buffer changes.
   const char* GetData() const { return m_Bytes.data(); }
+  /// Cuts the buffer or adds zero bytes, and leaves the walk where it is; below 0 counts as 0. What a current
+  /// message loses it is shorter by.
+  void SetSize(int nSize);
   /// One byte. An index out of range throws std::out_of_range.
+  ///@{
   char GetAt(int nIndex) const { return m_Bytes.at(static_cast<std::size_t>(nIndex)); }
+  char operator[](int nIndex) const { return GetAt(nIndex); }
+  char& operator[](int nIndex);
+  ///@}
 
  private:
   // What the message at hand begins with, as it lies in the buffer.

@@ -6,7 +6,6 @@
 #include "gpsengine/platform/clock.h"
 #include "gpsengine/platform/event.h"
 #include "gpsengine/platform/shared.h"
-#include "gpsengine/platform/thread.h"
 #include "gpsengine/platform/trace.h"
 
 namespace {
@@ -26,6 +25,7 @@ constexpr DWORD kPauseOfLateTick = 10;
 
 }  // namespace
 
+// What the thread has of the timer. Whoever lets go of it last closes the events.
 struct CPreciseTimer::State {
   ~State() {
     for (const HANDLE hEvent : {hStart, hStop, hExit}) CloseHandle(hEvent);
@@ -40,10 +40,6 @@ struct CPreciseTimer::State {
   const HANDLE hStart = CreateEventW(false, false);
   const HANDLE hStop = CreateEventW(true, false);
   const HANDLE hExit = CreateEventW(true, false);
-
-  // The owner's.
-  bool bRunning = false;
-  bool bHasThread = false;
 
   // From the owner to the thread.
   std::mutex mutex;
@@ -62,41 +58,46 @@ enum : DWORD { kStop = WAIT_OBJECT_0, kExit, kStart };
 
 }  // namespace
 
-CPreciseTimer::CPreciseTimer() : m_pState(std::make_shared<State>()) {}
+CPreciseTimer::CPreciseTimer() : m_pState(std::make_shared<State>()) {
+  m_hStart = m_pState->hStart;
+  m_hStop = m_pState->hStop;
+  m_hExit = m_pState->hExit;
+  m_nTimerID = m_pState->nTimerID;
+}
 
 CPreciseTimer::~CPreciseTimer() {
   Stop();
   // No join: the thread may be inside a send that only this thread can let go.
-  SetEvent(m_pState->hExit);
+  SetEvent(m_hExit);
 }
 
 int CPreciseTimer::Start(CWnd* pWnd, int nInterval) {
-  State& state = *m_pState;
   if (pWnd == nullptr || nInterval <= 0) return 0;
-  if (state.bRunning) return state.nTimerID;
+  if (m_bRunning) return m_nTimerID;
+  m_nInterval = nInterval;
+  m_hWnd = pWnd->GetSafeHwnd();
   {
-    const std::lock_guard lock(state.mutex);
-    state.nInterval = nInterval;
-    state.hWnd = pWnd->GetSafeHwnd();
+    const std::lock_guard lock(m_pState->mutex);
+    m_pState->nInterval = m_nInterval;
+    m_pState->hWnd = m_hWnd;
   }
-  if (!state.bHasThread) {
+  if (m_pThread == nullptr) {
     auto pShare = std::make_unique<std::shared_ptr<State>>(m_pState);
-    if (!AfxBeginThread(ThreadMain, pShare.get(), THREAD_PRIORITY_ABOVE_NORMAL)) return 0;
+    m_pThread = AfxBeginThread(ThreadMain, pShare.get(), THREAD_PRIORITY_ABOVE_NORMAL);
+    if (m_pThread == nullptr) return 0;
     static_cast<void>(pShare.release());  // the thread's now
-    state.bHasThread = true;
   }
-  state.bRunning = true;
-  ResetEvent(state.hStop);
-  SetEvent(state.hStart);
-  return state.nTimerID;
+  m_bRunning = true;
+  ResetEvent(m_hStop);
+  SetEvent(m_hStart);
+  return m_nTimerID;
 }
 
 void CPreciseTimer::Stop() {
-  State& state = *m_pState;
-  if (!state.bRunning) return;
-  ResetEvent(state.hStart);
-  SetEvent(state.hStop);
-  state.bRunning = false;
+  if (!m_bRunning) return;
+  ResetEvent(m_hStart);
+  SetEvent(m_hStop);
+  m_bRunning = false;
 }
 
 unsigned CPreciseTimer::ThreadMain(void* pParam) {

@@ -2,6 +2,7 @@
 
 #include <memory>
 
+#include "gpsengine/platform/thread.h"
 #include "gpsengine/platform/window.h"
 
 #pragma GCC visibility push(default)
@@ -30,6 +31,14 @@ class CPreciseTimer {
  private:
   struct State;
   static unsigned ThreadMain(void* pParam);
+
+  // The owner's; the thread has copies of its own.
+  bool m_bRunning = false;  // Start has run and Stop has not
+  int m_nInterval = 0;      // milliseconds
+  HWND m_hWnd = nullptr;
+  HANDLE m_hStart, m_hStop, m_hExit;
+  std::unique_ptr<CWinThread> m_pThread;  // from the first Start on
+  int m_nTimerID;
 
   std::shared_ptr<State> m_pState;  // shared with the thread, which may end later than the timer
 };

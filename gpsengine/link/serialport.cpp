@@ -1,7 +1,9 @@
 #include "gpsengine/link/serialport.h"
 
 #include <algorithm>
+#include <cstring>
 #include <string>
+#include <utility>
 
 #include "gpsengine/link/ticks.h"
 #include "gpsengine/platform/clock.h"
@@ -24,6 +26,11 @@ CString LastErrorText() {
   CString code;
   code.Format("%d", static_cast<int>(GetLastError()));
   return code;
+}
+
+// What was read, as text, which ends at its first zero.
+CString TextOf(const char* pBytes, int nLength) {
+  return CString(pBytes, static_cast<int>(strnlen(pBytes, static_cast<std::size_t>(nLength))));
 }
 
 bool HoldsOneOf(const CString& text, int nFrom, const CString& characters) {
@@ -117,12 +124,14 @@ int CSerialPort::GetBytesAvailable() {
 bool CSerialPort::Open() {
   if (IsOpen()) return true;
   CString name;
+  int number = 0;
   {
     const std::lock_guard lock(m_Mutex);
     m_strPortName.Format("COM%d:", m_nPort);
     name = m_strPortName;
-    Trace("Opening COM%d...", m_nPort);
+    number = m_nPort;
   }
+  Trace("Opening COM%d...", number);
   const HANDLE port =
       CreateFileW(name.GetString(), GENERIC_READ_WRITE, 0, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL);
   if (port == INVALID_HANDLE_VALUE) {
@@ -199,6 +208,7 @@ bool CSerialPort::ClearBreak() {
 bool CSerialPort::Write(CString text) {
   std::string bytes;
   if (!IsOpen() || text.GetLength() > kMaxText || !text.ToBytes(bytes)) return false;
+  bytes.resize(std::min(bytes.find('\0'), bytes.size()));
   return Write(bytes.data(), static_cast<int>(bytes.size()));
 }
 
@@ -233,7 +243,7 @@ int CSerialPort::ReadSome(char* pData, int nMax) {
 bool CSerialPort::Read(CString& text, bool& bCancel) {
   std::vector<BYTE> bytes;
   if (!ReadBytes(bytes, bCancel)) return false;
-  text = CString(reinterpret_cast<const char*>(bytes.data()), static_cast<int>(bytes.size()));
+  text = TextOf(reinterpret_cast<const char*>(bytes.data()), static_cast<int>(bytes.size()));
   return true;
 }
 
@@ -314,8 +324,7 @@ bool CSerialPort::ReadUntilAny(CString& text, bool& bCancel, CString terminators
   SetReadTimeouts(timeout);
   CTicks ticks;
   const DWORD start = ticks.GetTicks();
-  while (!bCancel) {
-    const bool first = text.IsEmpty();
+  for (bool first = true; !bCancel;) {
     if (!first && ticks.GetTicks() - start > timeout + kNextByteTime) return false;
     char byte = 0;
     if (ReadSome(&byte, 1) != 1) {
@@ -323,9 +332,9 @@ bool CSerialPort::ReadUntilAny(CString& text, bool& bCancel, CString terminators
       Sleep(1);  // a line that is lost gives nothing at once, and must not be asked without a pause
       continue;
     }
-    text += CString(&byte, 1);
+    text += TextOf(&byte, 1);
     if (text.FindOneOf(terminators) >= 0) return true;
-    if (first) SetReadTimeouts(kNextByteTime);
+    if (std::exchange(first, false)) SetReadTimeouts(kNextByteTime);
   }
   return false;
 }
@@ -342,13 +351,13 @@ bool CSerialPort::ReadReply(CString& text, bool& bCancel, CString terminators, C
   SetReadTimeouts(timeout);
   if (ReadSome(piece, 1) != 1) return false;
   SetReadTimeouts(kFollowTime);
-  text = CString(piece, 1);
+  text = TextOf(piece, 1);
   CTicks ticks;
   const DWORD start = ticks.GetTicks();
   for (;;) {
     const int count = ReadSome(piece, kPiece);
     if (count == 0) Sleep(1);
-    text += CString(piece, count);
+    text += TextOf(piece, count);
     bool complete = false;
     const bool main = HoldsReply(text, pattern, terminators, complete);
     const bool other = HoldsReply(text, altPattern, terminators, complete);

@@ -60,8 +60,8 @@ class CSerialPort {
   static constexpr int kMaxText = 200;
 
   /// A write is one write to the line, and true only if all of it went out. A text, or an array, of more than
-  /// kMaxText characters is refused, and so is a text with a character that has no byte; plain bytes may be
-  /// of any number. False on a closed port.
+  /// kMaxText characters is refused, and so is a text with a character that has no byte; a text ends at its
+  /// first zero. Plain bytes may be of any number. False on a closed port.
   ///@{
   virtual bool Write(CString text);
   virtual bool Write(const std::vector<BYTE>& bytes);
@@ -70,7 +70,8 @@ class CSerialPort {
   ///@}
 
   // Reads for a caller that needs a reply at once, on a line that no reader thread is reading. A true
-  // `bCancel` makes them return false without reading; ReadUntilAny looks at it between its reads too.
+  // `bCancel` makes them return false without reading; ReadUntilAny looks at it between its reads too. What
+  // one read gives as text ends at its first zero.
 
   /// What comes within the timeout, up to a pause of the line. False, with nothing read, if that is nothing.
   bool Read(CString& text, bool& bCancel);

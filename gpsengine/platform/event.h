@@ -17,7 +17,7 @@ bool SetEvent(HANDLE hEvent);    ///< False if the handle is no event any more.
 bool ResetEvent(HANDLE hEvent);  ///< False if the handle is no event any more.
 
 /// Closes an event or a serial line. Who is blocked on it at that moment is released: a wait with
-/// WAIT_FAILED, a read with 0 bytes. False if the handle is not open.
+/// WAIT_FAILED, a read with 0 bytes. False if the handle is not open, with EBADF left for GetLastError.
 bool CloseHandle(HANDLE handle);
 
 /// WAIT_OBJECT_0 when the event is signalled, WAIT_TIMEOUT after `ms`, WAIT_FAILED if the handle is or gets

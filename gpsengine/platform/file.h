@@ -29,7 +29,7 @@ class CFile {
 
   /// Not 0 means opened. A folder does not open. `pError`, if given, gets the reason of a failure.
   virtual int Open(const WCHAR* pszPath, UINT nFlags, CFileException* pError = nullptr);
-  void Close();  ///< No effect on a closed file.
+  virtual void Close();  ///< No effect on a closed file.
   /// From an Open that succeeded until Close.
   bool IsOpen() const { return m_nFile >= 0; }
   /// Bytes read; 0 at the end of the file or if it cannot be read.

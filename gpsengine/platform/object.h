@@ -9,17 +9,17 @@ class CDumpContext;
 
 /// What a class says of itself at run time.
 struct CRuntimeClass {
-  const char* m_lpszClassName;        ///< As it is written in the source.
-  const CRuntimeClass* m_pBaseClass;  ///< Null for CObject.
+  const char* m_lpszClassName;  ///< As it is written in the source.
+  CRuntimeClass* m_pBaseClass;  ///< Null for CObject.
 };
 
 /// Root of the classes that carry a run-time class record.
 class CObject {
  public:
   /// The record of this class.
-  static const CRuntimeClass classCObject;
+  static CRuntimeClass classCObject;
   /// The record of the object's own class. It tells classes apart; it makes no objects.
-  virtual const CRuntimeClass* GetRuntimeClass() const { return &classCObject; }
+  virtual CRuntimeClass* GetRuntimeClass() const { return &classCObject; }
   virtual ~CObject() = default;
   /// Stand in the framework's interface and do nothing here.
   ///@{
@@ -38,14 +38,14 @@ class CObject {
   ///@}
 };
 
-inline constinit const CRuntimeClass CObject::classCObject{"CObject", nullptr};
+inline constinit CRuntimeClass CObject::classCObject{"CObject", nullptr};
 
 /// Gives a class its record, in its declaration. Every record names CObject as its base.
-#define DECLARE_DYNAMIC(name)                                                   \
- public:                                                                        \
-  static constexpr CRuntimeClass class##name { #name, &CObject::classCObject }; \
-  const CRuntimeClass* GetRuntimeClass() const override {                       \
-    return &class##name;                                                        \
+#define DECLARE_DYNAMIC(name)                                                          \
+ public:                                                                               \
+  static inline constinit CRuntimeClass class##name { #name, &CObject::classCObject }; \
+  CRuntimeClass* GetRuntimeClass() const override {                                    \
+    return &class##name;                                                               \
   }
 
 /// The framework's exception family.

@@ -25,16 +25,36 @@ class CShared {
   operator T() const noexcept { return Get(); }
   T Get() const noexcept { return m_Value.load(std::memory_order_acquire); }
   ///@}
-  /// Adds one and gives the new value.
-  T operator++() noexcept requires(!std::same_as<T, bool>) {
-    return m_Value.fetch_add(1, std::memory_order_acq_rel) + 1;
+  /// Changes the value in one step, whatever other threads do to it, and gives the new one.
+  ///@{
+  T operator++() noexcept requires(!std::same_as<T, bool>) { return *this += T{1}; }
+  T operator+=(T value) noexcept requires(!std::same_as<T, bool>) {
+    return Change([value](T old) { return static_cast<T>(old + value); });
   }
+  T operator-=(T value) noexcept requires(!std::same_as<T, bool>) {
+    return Change([value](T old) { return static_cast<T>(old - value); });
+  }
+  T operator|=(T value) noexcept requires std::integral<T> {
+    return Change([value](T old) { return static_cast<T>(old | value); });
+  }
+  T operator&=(T value) noexcept requires std::integral<T> {
+    return Change([value](T old) { return static_cast<T>(old & value); });
+  }
+  ///@}
   /// Adds one, where only one thread ever counts: far cheaper than ++, which lets any thread count.
   void Count() noexcept requires(!std::same_as<T, bool>) {
     m_Value.store(m_Value.load(std::memory_order_relaxed) + 1, std::memory_order_release);
   }
 
  private:
+  template <class Operation>
+  T Change(Operation operation) noexcept {
+    T old = Get();
+    while (!m_Value.compare_exchange_weak(old, operation(old), std::memory_order_acq_rel)) {
+    }
+    return operation(old);
+  }
+
   std::atomic<T> m_Value;
 };
 

@@ -7,7 +7,8 @@
 
 namespace {
 
-std::mutex g_Mutex;
+std::recursive_mutex g_Mutex;  // a handler may trace
+thread_local bool t_bTracing = false;
 std::atomic<bool> g_bTracing{std::getenv("GPSENGINE_TRACE") != nullptr};
 
 std::function<void(const CString&)>& Handler() {
@@ -28,9 +29,12 @@ bool IsTracing() {
 }
 
 void TraceText(const CString& text) {
+  if (t_bTracing) return;
   const std::lock_guard lock(g_Mutex);
   if (Handler()) {
+    t_bTracing = true;
     Handler()(text);
+    t_bTracing = false;
   } else {
     std::fputs(text.ToUtf8().c_str(), stderr);
   }

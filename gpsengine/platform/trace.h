@@ -13,7 +13,9 @@ constexpr bool kTraceBuilt = true;  ///< Trace is compiled in this source.
 #endif
 
 /// Takes trace texts instead of standard error; an empty handler restores the default, which prints if the
-/// environment variable GPSENGINE_TRACE is set. The handler runs on whatever thread traces.
+/// environment variable GPSENGINE_TRACE is set. The handler runs on whatever thread traces, one text at a
+/// time. Decoders trace with the working record locked: the handler calls no engine and no receiver, and
+/// waits for no other thread. What it traces itself is shown to nobody.
 void SetTraceHandler(std::function<void(const CString& text)> handler);
 
 /// Whether anybody would see a trace text.

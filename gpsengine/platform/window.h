@@ -1,5 +1,7 @@
 #pragma once
 
+#include <memory>
+
 #include "gpsengine/platform/types.h"
 
 #pragma GCC visibility push(default)
@@ -15,6 +17,14 @@ constexpr UINT PM_REMOVE = 1;     ///< PeekMessageW takes the message out.
 /// Frees what a message carries when nobody takes it.
 using MessageDisposer = void (*)(WPARAM wParam);
 
+/// What travels with a message without standing in it.
+class MessageFreight {
+ public:
+  virtual ~MessageFreight() = default;
+  /// Runs on the window's thread as it takes the message out of its queue, and not at all if nobody does.
+  virtual void Arrive() = 0;
+};
+
 /// One message, as it lies in a queue.
 struct MSG {
   HWND hwnd = nullptr;                   ///< Whom it is for.
@@ -22,7 +32,23 @@ struct MSG {
   WPARAM wParam = 0;                     ///< What it carries.
   LPARAM lParam = 0;                     ///< What it carries besides.
   MessageDisposer pfnDispose = nullptr;  ///< Frees wParam; null: there is nothing to free.
+  MessageFreight* pFreight = nullptr;    ///< The queue's own; null in a message that was taken out.
 };
+
+class CWnd;
+
+/// Which message a window class handles with which operation, framework style: the rows of a class, and the
+/// map of its base class, which is asked next. The rows end with one for message 0.
+///@{
+struct AFX_MSGMAP_ENTRY {
+  UINT nMessage;                                                     ///< The message, exactly.
+  LRESULT (*pfnHandle)(CWnd& window, WPARAM wParam, LPARAM lParam);  ///< Handles it, on the window's thread.
+};
+struct AFX_MSGMAP {
+  const AFX_MSGMAP* (*pfnGetBaseMap)();  ///< Null for the root.
+  const AFX_MSGMAP_ENTRY* lpEntries;     ///< The rows of this class.
+};
+///@}
 
 /// A window without a picture: an address for messages, with a procedure that handles them.
 class CWnd {
@@ -39,8 +65,16 @@ class CWnd {
   /// The window's name; null before Create and after DestroyWindow.
   HWND GetSafeHwnd() const { return m_hWnd; }
 
-  /// Handles one message, on the window's thread. The default knows no message and gives 0.
+  /// Handles one message, on the window's thread. The default goes by the message map and gives 0 for a
+  /// message that has no row in it.
   virtual LRESULT WindowProc(UINT message, WPARAM wParam, LPARAM lParam);
+
+ protected:
+  /// The rows of the object's own class, and those of this one, which has none.
+  ///@{
+  virtual const AFX_MSGMAP* GetMessageMap() const;
+  static const AFX_MSGMAP* GetThisMessageMap();
+  ///@}
 
  private:
   HWND m_hWnd = nullptr;
@@ -58,6 +92,8 @@ constexpr int kMaxPostedMessages = 10000;
 /// is called with wParam. False in the first two cases.
 bool PostMessageW(HWND hWnd, UINT message, WPARAM wParam, LPARAM lParam,
                   MessageDisposer pfnDispose = nullptr);
+/// The same for a message of wParam and lParam 0 with a freight, which is deleted with it.
+bool PostMessageW(HWND hWnd, UINT message, std::unique_ptr<MessageFreight> freight);
 /// Blocks until the window's procedure has handled the message, and gives its result. 0 if the window is not
 /// there or goes away. From any thread; a window's thread handles what others send while it takes or waits
 /// for messages.

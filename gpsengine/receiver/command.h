@@ -6,29 +6,29 @@
 
 #pragma GCC visibility push(default)
 
-/// Whether `line` is fit to be sent: one line with its line end, no longer than the port takes, with the
-/// right checksum if it carries one.
-constexpr bool IsCommandLine(std::string_view line) {
-  if (line.size() > CSerialPort::kMaxText || !line.ends_with("\r\n")) return false;
-  line.remove_suffix(2);
-  unsigned sum = 0;
-  for (std::size_t i = 0; i < line.size(); ++i) {
-    if (line[i] < ' ' || line[i] > '~') return false;
-    if (line[i] == '*') {
-      constexpr std::string_view kHex = "0123456789ABCDEF";
-      return line.size() == i + 3 && line[i + 1] == kHex[sum >> 4] && line[i + 2] == kHex[sum & 15];
-    }
-    if (i > 0) sum ^= static_cast<unsigned>(line[i]);
-  }
-  return true;
-}
-
 /// One fixed line of a command set and the time to wait behind it, in milliseconds; 0: none. A line that is
 /// not fit to be sent does not compile.
-struct Command {
+struct CGPSCommand {
   /// Both fields; refuses, when it is compiled, a line that is not fit to be sent.
-  consteval Command(const char* pszCommand, DWORD nWaitBehind) : pszLine(pszCommand), nWait(nWaitBehind) {
-    if (!IsCommandLine(pszCommand)) throw "not a command line: its end, its length or its checksum is wrong";
+  consteval CGPSCommand(const char* pszCommand, DWORD nWaitBehind) : pszLine(pszCommand), nWait(nWaitBehind) {
+    if (!IsLine(pszCommand)) throw "not a command line: its end, its length or its checksum is wrong";
+  }
+
+  /// Whether `line` is fit to be sent: one line with its line end, no longer than the port takes, with the
+  /// right checksum if it carries one.
+  static constexpr bool IsLine(std::string_view line) {
+    if (line.size() > CSerialPort::kMaxText || !line.ends_with("\r\n")) return false;
+    line.remove_suffix(2);
+    unsigned sum = 0;
+    for (std::size_t i = 0; i < line.size(); ++i) {
+      if (line[i] < ' ' || line[i] > '~') return false;
+      if (line[i] == '*') {
+        constexpr std::string_view kHex = "0123456789ABCDEF";
+        return line.size() == i + 3 && line[i + 1] == kHex[sum >> 4] && line[i + 2] == kHex[sum & 15];
+      }
+      if (i > 0) sum ^= static_cast<unsigned>(line[i]);
+    }
+    return true;
   }
 
   const char* pszLine;  ///< With its line end.

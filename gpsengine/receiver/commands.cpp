@@ -1,3 +1,5 @@
+#include <cmath>
+
 #include "gpsengine/link/ack.h"
 #include "gpsengine/platform/application.h"
 #include "gpsengine/platform/clock.h"
@@ -7,18 +9,18 @@
 
 namespace {
 
-constexpr Command kRawOn[] = {
+constexpr CGPSCommand kRawOn[] = {
     {"$PASHS,RAW,MBN,A,ON\r\n", 200},
     {"$PASHS,RAW,PBN,A,ON\r\n", 200},
     {"$PASHS,RAW,SNV,A,ON\r\n", 200},
 };
-constexpr Command kRawOff[] = {
+constexpr CGPSCommand kRawOff[] = {
     {"$PASHS,RAW,MBN,A,OFF\r\n", 200},
     {"$PASHS,RAW,PBN,A,OFF\r\n", 200},
     {"$PASHS,RAW,SNV,A,OFF\r\n", 200},
 };
-constexpr Command kAutoBeacon[] = {{"$GPMSK,,A,,A,0\r\n", 200}};
-constexpr Command kQueryBeacon[] = {{"$GPCRQ,MSS\r\n", 200}, {"$GPCRQ,MSK\r\n", 200}};
+constexpr CGPSCommand kAutoBeacon[] = {{"$GPMSK,,A,,A,0\r\n", 200}};
+constexpr CGPSCommand kQueryBeacon[] = {{"$GPCRQ,MSS\r\n", 200}, {"$GPCRQ,MSK\r\n", 200}};
 
 constexpr double kShortestRawInterval = 0.25;
 
@@ -28,7 +30,7 @@ bool CGPSReceiver::EnablePostProcessing(bool bOn) {
   if (!m_Port.IsOpen()) return false;
   if (!HasRawData()) return true;
   // Half a set of raw messages is of no use, so that here a failed write ends the sequence.
-  for (const Command& command : bOn ? kRawOn : kRawOff) {
+  for (const CGPSCommand& command : bOn ? kRawOn : kRawOff) {
     if (!m_Port.Write(command.pszLine)) return false;
     Sleep(command.nWait);
   }
@@ -37,9 +39,10 @@ bool CGPSReceiver::EnablePostProcessing(bool bOn) {
 
 bool CGPSReceiver::SetRawDataOutputInterval(double dInterval) {
   m_dRawDataInterval = dInterval;
-  if (!HasRawData() || IsRtkReceiver() || dInterval < kShortestRawInterval) return false;
+  if (!HasRawData() || IsRtkReceiver() || !(dInterval >= kShortestRawInterval)) return false;
   CString strLine;
   strLine.Format("$PASHS,RCI,%-f\r\n", dInterval);
+  if (!std::isfinite(dInterval) || strLine.GetLength() > CSerialPort::kMaxText) return false;
   Write(strLine, 200);
   return true;
 }
@@ -65,7 +68,7 @@ bool CGPSReceiver::WriteAck(const CString& strCommand, bool bWait, int nTime) {
   return m_Port.Write(strCommand) && ack.Create() && ack.Wait(nTime);
 }
 
-bool CGPSReceiver::Write(std::span<const Command> commands) {
+bool CGPSReceiver::Write(std::span<const CGPSCommand> commands) {
   if (!m_Port.IsOpen()) return false;
   WriteRegardless(commands);
   return true;
@@ -78,8 +81,8 @@ bool CGPSReceiver::Write(const CString& strLine, DWORD nWait) {
   return true;
 }
 
-void CGPSReceiver::WriteRegardless(std::span<const Command> commands) {
-  for (const Command& command : commands) {
+void CGPSReceiver::WriteRegardless(std::span<const CGPSCommand> commands) {
+  for (const CGPSCommand& command : commands) {
     m_Port.Write(command.pszLine);
     if (command.nWait > 0) Sleep(command.nWait);
   }

@@ -55,7 +55,7 @@ bool CGPSReceiver::Parse(CString& strMessage) {
   if (const int prompt = FindPrompt(strMessage); prompt >= 0)
     strMessage = strMessage.Mid(prompt + kPromptLength);
   const GPSStringType type = GetGPSStringType(strMessage);
-  if (s_bMonitorNmea) GotNmea(type);
+  if (m_bMonitorNmea) GotNmea(type);
   return Parse(strMessage, type);
 }
 
@@ -123,7 +123,7 @@ bool CGPSReceiver::Parse(CString& strMessage, GPSStringType type) {
     default:
       if (!Decode(strMessage, type)) return false;
   }
-  return PostNewData(std::move(lock), bForce);
+  return Publish(std::move(lock), bForce);
 }
 
 // Runs the decoder of a kind. A sentence of a make that has none is kept for the host; the rest is not for
@@ -144,7 +144,7 @@ bool CGPSReceiver::TakeAck(const CString& strMessage) {
 }
 
 void CGPSReceiver::MonitorNmea(bool bOn) {
-  s_bMonitorNmea = bOn;
+  m_bMonitorNmea = bOn;
   m_wNmeaBits = 0;
 }
 

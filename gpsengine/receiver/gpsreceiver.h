@@ -36,7 +36,7 @@ enum BEACON_MODE_TYPE : int {
 /// The host's thread sets up, starts, stops and commands; Parse, KeepAlive and ResetSpeedEngine run on the
 /// engine's reader thread. A Query… operation only writes a request: the answer comes as a report, and the
 /// host finds it in m_Status of the next published record. A command operation blocks its caller for the sum
-/// of its waits and does nothing on a closed port.
+/// of its waits and does nothing on a closed port, unless it says otherwise.
 class CGPSReceiver : public CObject {
   DECLARE_DYNAMIC(CGPSReceiver)
 
@@ -116,7 +116,8 @@ class CGPSReceiver : public CObject {
   virtual bool SendBinary(const unsigned char* pData, unsigned short nLength);
   /// ResetAll has an effect.
   virtual bool ImplementsResetAll() { return false; }
-  /// Brings the receiver to a known configuration. True if all of it succeeded.
+  /// Brings the receiver to a known configuration. True if all of it succeeded. Most models initialise first,
+  /// which opens a closed port.
   virtual bool ResetAll(bool /*bWaitForAck*/) { return false; }
   /// The kind of a message, by its tag and, where it counts, its checksum.
   virtual GPSStringType GetGPSStringType(const CString& strMessage);
@@ -167,7 +168,7 @@ class CGPSReceiver : public CObject {
   /// Turns the record of arrived sentence kinds on or off; either way it starts empty.
   void MonitorNmea(bool bOn);
   /// Whether kinds are recorded.
-  bool MonitoringNmea() const { return s_bMonitorNmea; }
+  bool MonitoringNmea() const { return m_bMonitorNmea; }
   /// Whether a sentence of this kind has come. Kinds from 32 up share their mark with those from 0 up.
   bool HaveGotNmea(GPSStringType type) const;
 
@@ -189,7 +190,8 @@ class CGPSReceiver : public CObject {
   ///@}
 
   /// A copy of the last binary block as 16-bit words, each with the earlier byte in its low half. From any
-  /// thread.
+  /// thread; on another one than the main window's it may be a later block than the one of the message at
+  /// hand, for which there is m_BinWords.
   void GetBinWords(CWordArray& out) const;
 
   // Counters of this receiver, which nothing resets. From any thread.
@@ -287,11 +289,11 @@ class CGPSReceiver : public CObject {
   /// Writes the lines of a command set, each followed by its wait, whether or not a write succeeds. On a
   /// closed port nothing is written or waited for, and the result is false; else it is true. The caller needs
   /// no test of its own.
-  bool Write(std::span<const Command> commands);
+  bool Write(std::span<const CGPSCommand> commands);
   /// The same for one line, which has its line end.
   bool Write(const CString& strLine, DWORD nWait);
   /// The same without the test of the port: on a closed one the lines are lost and the waits still run.
-  void WriteRegardless(std::span<const Command> commands);
+  void WriteRegardless(std::span<const CGPSCommand> commands);
   /// The beacon tuning command that several makes share. Nothing happens on a closed port.
   void WriteBeacon(BEACON_MODE_TYPE mode, const CString& strFrequency, const CString& strBitRate);
   /// Asks for the beacon's signal and tuning, for the makes that share the command. Nothing happens on a
@@ -304,21 +306,23 @@ class CGPSReceiver : public CObject {
   using RecordLock = std::unique_lock<std::mutex>;
   [[nodiscard]] static RecordLock LockRecord() { return RecordLock(s_RecordMutex); }
   ///@}
-  /// Publishes a copy of the working record if there is something to tell, and gives whether it did. Takes
-  /// the lock over and gives it up ahead of the post.
-  bool PostNewData(RecordLock lock, bool bForce);
+  /// Publishes a copy of the working record if there is something to tell, or in any case with `bForce`, and
+  /// gives whether it did. Without the record lock.
+  bool PostNewData(bool bForce);
 
-  static CGPSData m_GPSData;                ///< The working record of all decoders.
-  static CGPSDataRaw m_GPSDataRaw;          ///< The raw epoch at hand; reader thread only.
-  static CGPSDataEphemeris m_GPSEphemeris;  ///< The last ephemeris; reader thread only.
-  static CBinBuffer m_GPSMessageRaw;        ///< The bytes of the message at hand; reader thread only.
-  static CSerialPort m_Port;                ///< The one line, of whichever receiver is live.
-  static CSpeedEngine m_SpeedEngine;        ///< Speed and heading from positions, with the lock held.
-  static CShared<bool> m_bComputeMotion;    ///< No VTG has come: speed is to be computed.
-  static CShared<bool> m_bGSAReceived;      ///< A GSA has come since the start.
-  static CShared<bool> m_bGSVReceived;      ///< A GSV has come since the start.
-  static CShared<int> m_nNextGSV;           ///< Number of the GSV sentence expected next.
-  static CShared<int> m_nTotalGSV;          ///< Size of the GSV group at hand.
+  static CGPSData m_GPSData;                  ///< The working record of all decoders.
+  static CGPSDataRaw m_GPSDataRaw;            ///< The raw epoch at hand; reader thread only.
+  static CGPSDataEphemeris m_GPSEphemeris;    ///< The last ephemeris; reader thread only.
+  static CBinBuffer m_GPSMessageRaw;          ///< The bytes of the message at hand; reader thread only.
+  static CSerialPort m_Port;                  ///< The one line, of whichever receiver is live.
+  static CSpeedEngine m_SpeedEngine;          ///< Speed and heading from positions, with the lock held.
+  static CShared<bool> m_bComputeMotion;      ///< No VTG has come: speed is to be computed.
+  static CShared<bool> m_bGSAReceived;        ///< A GSA has come since the start.
+  static CShared<bool> m_bGSVReceived;        ///< A GSV has come since the start.
+  static CShared<bool> m_bMonitorNmea;        ///< The kinds that arrive are recorded.
+  static CShared<std::uint32_t> m_wNmeaBits;  ///< The record, bit n for kind n modulo 32.
+  static CShared<int> m_nNextGSV;             ///< Number of the GSV sentence expected next.
+  static CShared<int> m_nTotalGSV;            ///< Size of the GSV group at hand.
   static CShared<double>
       s_dBinInterval;  ///< Seconds between blocks 95 of a receiver of the $J language: 0.2 or 1.0.
 
@@ -335,29 +339,44 @@ class CGPSReceiver : public CObject {
   ///@}
   CString m_strSetupText;                 ///< As set up; the library does not look at it.
   CShared<bool> m_bExternalPort = false;  ///< As set up: the host moves the bytes.
-  CWordArray m_BinWords;                  ///< Behind the record lock.
+
+ private:
+  const std::shared_ptr<CWordArray> m_pBinWords = std::make_shared<CWordArray>();
+
+ public:
+  /// The block that the WM_GPS_NEW_BIN at hand stands for, as 16-bit words, each with the earlier byte in its
+  /// low half. For the thread of the main window, from the moment that it takes the message out of its queue
+  /// until it takes out the next one.
+  CWordArray& m_BinWords = *m_pBinWords;
+
+ protected:
+  /// The registered callbacks, which a thread may look up while another registers one: through the
+  /// operations.
+  std::map<GPSNotificationType, GPSNotificationEntry> m_Notifications;
   CShared<int> m_nBaudrate = 9600;  ///< Bits a second, as SetProperties or SaveDifferentSettings left it.
   CGPSNotification m_Notification;  ///< What callbacks get.
+  CShared<bool> m_bAlternateSignalTable = false;  ///< The file GPSStatus has been read.
+  std::map<int, int> m_AlternateSignalTable;  ///< Signal types by quality indicator. Behind the record lock.
 
  private:
   friend struct SentenceTable;
 
   bool Decode(CString& strMessage, GPSStringType type);
   bool TakeAck(const CString& strMessage);
-  double ReadCoordinate(CParser& parser, std::u16string_view positive);
+  void ReadCoordinate(CParser& parser, std::u16string_view positive, double& coordinate);
   bool MapQuality(int nQuality, int& nSignalType) const;
   void ApplySeparation(CParser& parser, const char* pszName);
   static bool IsWorthPosting(bool bForce);
   static std::unique_ptr<CGPSData> TakeRecord(bool bForce);
 
+  bool Publish(RecordLock lock, bool bForce);
+  void KeepWords(const char* pBytes, int nWords);
+  void PostWords();
+
   static std::mutex s_RecordMutex;
-  static CShared<bool> s_bMonitorNmea;
-  static std::atomic<std::uint32_t> m_wNmeaBits;
 
   mutable std::mutex m_NotificationMutex;
-  std::map<GPSNotificationType, GPSNotificationEntry> m_Notifications;
-  CShared<bool> m_bAlternateSignalTable = false;
-  std::map<int, int> m_AlternateSignalTable;  // behind the record lock
+  CWordArray m_LastWords;  // of the last block, behind the record lock
 };
 
 #pragma GCC visibility pop

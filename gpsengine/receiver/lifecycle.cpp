@@ -11,8 +11,8 @@ CSpeedEngine CGPSReceiver::m_SpeedEngine;
 CShared<bool> CGPSReceiver::m_bComputeMotion = true;
 CShared<bool> CGPSReceiver::m_bGSAReceived = false;
 CShared<bool> CGPSReceiver::m_bGSVReceived = false;
-CShared<bool> CGPSReceiver::s_bMonitorNmea = false;
-std::atomic<std::uint32_t> CGPSReceiver::m_wNmeaBits{0};
+CShared<bool> CGPSReceiver::m_bMonitorNmea = false;
+CShared<std::uint32_t> CGPSReceiver::m_wNmeaBits = 0;
 CShared<int> CGPSReceiver::m_nNextGSV = 1;
 CShared<int> CGPSReceiver::m_nTotalGSV = 0;
 CShared<double> CGPSReceiver::s_dBinInterval = 0.2;
@@ -122,5 +122,5 @@ void CGPSReceiver::GetLastGPSEphemerisData(CGPSDataEphemeris& out) const {
 
 void CGPSReceiver::GetBinWords(CWordArray& out) const {
   const RecordLock lock = LockRecord();
-  out = m_BinWords;
+  out = m_LastWords;
 }

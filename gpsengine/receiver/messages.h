@@ -14,7 +14,7 @@ constexpr UINT WM_GPS_NEW_DATA = WM_APP + 10;       ///< wParam: a new CGPSData.
 constexpr UINT WM_GPS_NEW_STRING = WM_APP + 11;     ///< wParam: a new CString, the text of one message.
 constexpr UINT WM_GPS_NEW_RAW_DATA = WM_APP + 12;   ///< wParam: a new CGPSDataRaw.
 constexpr UINT WM_GPS_NEW_EPHEMERIS = WM_APP + 13;  ///< wParam: a new CGPSDataEphemeris.
-constexpr UINT WM_GPS_NEW_BIN = WM_APP + 14;        ///< wParam 0: CGPSReceiver::GetBinWords has the block.
+constexpr UINT WM_GPS_NEW_BIN = WM_APP + 14;        ///< wParam 0: CGPSReceiver::m_BinWords has the block.
 
 /// What a callback can be asked for.
 enum GPSNotificationType : int {

@@ -55,13 +55,13 @@ double CGPSReceiver::GPSPosToRadians(double dPos) {
   return (minutes / 60.0 + degrees) * std::numbers::pi / 180.0;
 }
 
-// A coordinate and its hemisphere, whose letter `positive` is the positive one.
-double CGPSReceiver::ReadCoordinate(CParser& parser, std::u16string_view positive) {
-  double value = 0.0;
+// A coordinate and its hemisphere, whose letter `positive` is the positive one. Without a hemisphere the
+// coordinate stays as the sentence has it.
+void CGPSReceiver::ReadCoordinate(CParser& parser, std::u16string_view positive, double& coordinate) {
   std::u16string_view hemisphere;
-  parser.GetDouble(value);
+  parser.GetDouble(coordinate);
   parser.GetField(hemisphere);
-  return GPSPosToRadians(hemisphere == positive ? value : -value);
+  coordinate = GPSPosToRadians(hemisphere == positive ? coordinate : -coordinate);
 }
 
 // The signal type of a quality indicator, if the host's own table has one for it.
@@ -99,8 +99,8 @@ bool CGPSReceiver::ProcessGGA(CString& strMessage) {
     double time = 0.0;
     parser.GetDouble(time);
     data.m_dTimeOfDay = SecondsOfDay(time);
-    data.m_dLatitude = ReadCoordinate(parser, u"N");
-    data.m_dLongitude = ReadCoordinate(parser, u"E");
+    ReadCoordinate(parser, u"N", data.m_dLatitude);
+    ReadCoordinate(parser, u"E", data.m_dLongitude);
     int quality = 0;
     parser.GetInt(quality);
     if (!MapQuality(quality, data.m_nSignalType)) data.m_nSignalType = GgaSignalType(quality);
@@ -139,8 +139,8 @@ bool CGPSReceiver::ProcessINGGA(CString& strMessage) {
     double time = 0.0;
     if (parser.GetDouble(time)) data.m_dTimeOfDay = SecondsOfDay(time);
     parser.SetExceptionThrowing(true);
-    data.m_dLatitude = ReadCoordinate(parser, u"N");
-    data.m_dLongitude = ReadCoordinate(parser, u"E");
+    ReadCoordinate(parser, u"N", data.m_dLatitude);
+    ReadCoordinate(parser, u"E", data.m_dLongitude);
     int quality = 0;
     parser.GetInt(quality);
     if (!MapQuality(quality, data.m_nSignalType)) data.m_nSignalType = InggaSignalType(quality);

@@ -11,8 +11,3 @@ void PostObject(UINT message, std::unique_ptr<T> object) {
   PostMessageW(AfxGetMainWnd(), message, reinterpret_cast<WPARAM>(object.release()), 0,
                [](WPARAM wParam) { delete reinterpret_cast<T*>(wParam); });
 }
-
-/// Posts a message that carries nothing.
-inline void PostBare(UINT message) {
-  PostMessageW(AfxGetMainWnd(), message, 0, 0);
-}

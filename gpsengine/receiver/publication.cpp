@@ -5,6 +5,7 @@
 #include "gpsengine/link/ack.h"
 #include "gpsengine/receiver/gpsreceiver.h"
 #include "gpsengine/receiver/post.h"
+#include "gpsengine/receiver/updatescope.h"
 
 namespace {
 
@@ -34,7 +35,12 @@ std::unique_ptr<CGPSData> CGPSReceiver::TakeRecord(bool bForce) {
   return copy;
 }
 
-bool CGPSReceiver::PostNewData(RecordLock lock, bool bForce) {
+bool CGPSReceiver::PostNewData(bool bForce) {
+  return Publish(LockRecord(), bForce);
+}
+
+// Gives the lock up ahead of the post.
+bool CGPSReceiver::Publish(RecordLock lock, bool bForce) {
   std::unique_ptr<CGPSData> record = TakeRecord(bForce);
   lock.unlock();
   if (record == nullptr) return false;
@@ -64,5 +70,7 @@ void CGPSReceiver::BroadcastNotification(GPSNotificationType type, CGPSNotificat
       registered = entry->second;
   }
   // Without the lock: the callback may register another.
-  if (registered.pfn != nullptr) registered.pfn(registered.type, pData, registered.pUser);
+  if (registered.pfn == nullptr) return;
+  registered.pfn(registered.type, pData, registered.pUser);
+  CUpdateScope::GoOn();
 }

@@ -9,12 +9,9 @@ namespace {
 constexpr double kEarthRadius = 6378000.0;  // metres, for both axes of the local grid
 constexpr double kSecondsOfDay = 86400.0;
 
-// A sentence may hold any number. One that is no angle on the earth, in radians, would overflow on the grid,
-// and the means and the reference point would not get rid of it.
-constexpr double kLargestAngle = 1e6;
-
+// A sentence may hold any number. The reference point would not get rid of one that has no place on the grid.
 bool IsPlace(const CGPSData& fix) {
-  return std::fabs(fix.m_dLatitude) < kLargestAngle && std::fabs(fix.m_dLongitude) < kLargestAngle;
+  return std::isfinite(fix.m_dLatitude * kEarthRadius) && std::isfinite(fix.m_dLongitude * kEarthRadius);
 }
 
 }  // namespace

@@ -50,7 +50,6 @@ bool CGPSReceiver::ProcessPASHR_Binary(const PashrKind& kind) {
 // One report has the whole table:
 //   $PASHR,SAT,03,04,112,36,47,U,09,301,71,52,U,27,045,08,33,-*2A
 bool CGPSReceiver::ProcessPASHR_SAT(CParser& parser) {
-  constexpr double kRadiansPerDegree = std::numbers::pi / 180.0;
   Trace("SAT\n");
   const RecordLock lock = LockRecord();
   parser.GetInt(m_GPSData.m_nSatellitesInView);
@@ -62,9 +61,9 @@ bool CGPSReceiver::ProcessPASHR_SAT(CParser& parser) {
   for (int i = 0; i < m_GPSData.m_nSatellitesInView; ++i) {
     parser.GetInt(satellite.m_nPRN);
     parser.GetInt(nDegrees);
-    satellite.m_dAzimuth = nDegrees * kRadiansPerDegree;
+    satellite.m_dAzimuth = nDegrees * std::numbers::pi / 180.0;
     parser.GetInt(nDegrees);
-    satellite.m_dElevation = nDegrees * kRadiansPerDegree;
+    satellite.m_dElevation = nDegrees * std::numbers::pi / 180.0;
     parser.GetInt(satellite.m_nSNR);
     parser.GetNextString(flag);
     satellite.m_bUsed = flag.CompareNoCase("U") == 0;

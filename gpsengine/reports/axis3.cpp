@@ -68,11 +68,17 @@ int BinDataLength(const char* pBlock, int nLength) {
   return head[6] | head[7] << 8;
 }
 
-void StoreWords(CWordArray& words, const char* pBytes, int nWords) {
-  words.SetSize(nWords);
-  const auto byte = [&](int nIndex) { return static_cast<BYTE>(pBytes[nIndex]); };
-  for (int i = 0; i < nWords; ++i) words.GetData()[i] = static_cast<WORD>(byte(2 * i) | byte(2 * i + 1) << 8);
-}
+// Takes a block to the host's thread, which may read it there as long as it likes.
+class BlockFreight : public MessageFreight {
+ public:
+  BlockFreight(CWordArray words, std::shared_ptr<CWordArray> pTarget)
+      : m_Words(std::move(words)), m_pTarget(std::move(pTarget)) {}
+  void Arrive() override { *m_pTarget = std::move(m_Words); }
+
+ private:
+  CWordArray m_Words;
+  const std::shared_ptr<CWordArray> m_pTarget;
+};
 
 }  // namespace
 
@@ -109,6 +115,21 @@ bool CGPSReceiver::ProcessJiOrJgeoOrRd1(CString& strMessage) {
   return true;
 }
 
+void CGPSReceiver::KeepWords(const char* pBytes, int nWords) {
+  const RecordLock lock = LockRecord();
+  m_LastWords.SetSize(nWords);
+  const auto byte = [&](int nIndex) { return static_cast<BYTE>(pBytes[nIndex]); };
+  for (int i = 0; i < nWords; ++i)
+    m_LastWords.GetData()[i] = static_cast<WORD>(byte(2 * i) | byte(2 * i + 1) << 8);
+}
+
+void CGPSReceiver::PostWords() {
+  CWordArray words;
+  GetBinWords(words);
+  PostMessageW(AfxGetMainWnd(), WM_GPS_NEW_BIN,
+               std::make_unique<BlockFreight>(std::move(words), m_pBinWords));
+}
+
 // Bytes of a block with four bytes of data: "$BIN", number 95, length 4, data, checksum, line end:
 //   24 42 49 4E  5F 00  04 00  11 22 33 44  AA 00  0D 0A
 bool CGPSReceiver::ProcessBIN() {
@@ -119,16 +140,12 @@ bool CGPSReceiver::ProcessBIN() {
 
   const int nWords = (BinDataLength(pBlock, nLength) + kBinFrame) / 2;
   const bool bWhole = 2 * nWords <= nLength;
-  {
-    const RecordLock lock = LockRecord();
-    StoreWords(m_BinWords, pBlock, bWhole ? nWords : 0);
-  }
+  KeepWords(pBlock, bWhole ? nWords : 0);
   if (!bWhole) return false;
-  PostBare(WM_GPS_NEW_BIN);
+  PostWords();
 
   const double interval = s_dBinInterval;
-  const bool bRenewalDue = ++m_nBinaryMessages % static_cast<int>(kBinRenewal / interval) == 0;
-  if (bRenewalDue && m_Port.IsOpen()) {  // with no receiver on the line there is none to ask, nor to wait for
+  if (++m_nBinaryMessages % static_cast<int>(kBinRenewal / interval) == 0) {
     m_Port.Write(CString(interval == 0.2 ? "$JBIN,95,0.2\r\n" : "$JBIN,95,1\r\n"));
     Sleep(200);
   }
@@ -142,10 +159,7 @@ bool CGPSReceiver::ProcessAxis4BIN() {
   const char* const pMessage = m_GPSMessageRaw.GetMessageBin(nLength);
   Trace("BIN length %d\n", nLength);
   if (pMessage == nullptr) return false;
-  {
-    const RecordLock lock = LockRecord();
-    StoreWords(m_BinWords, pMessage, nLength / 2);
-  }
-  PostBare(WM_GPS_NEW_BIN);
+  KeepWords(pMessage, nLength / 2);
+  PostWords();
   return true;
 }

@@ -18,7 +18,7 @@ CString WithoutChecksum(const CString& sentence) {
 //   $CRMSS,52,21,310.0,100*45
 bool CGPSReceiver::ProcessCRMSS(CString& strMessage) try {
   CGPSStatusData& status = m_GPSData.m_Status;
-  CParser parser(WithoutChecksum(strMessage), ",", true);
+  CParser parser(WithoutChecksum(strMessage), ",*", true);
   parser.SkipField();
   parser.GetInt(status.m_nBeaconSignalStrength);
   parser.GetInt(status.m_nBeaconSNR);
@@ -31,11 +31,11 @@ bool CGPSReceiver::ProcessCRMSS(CString& strMessage) try {
   return false;
 }
 
-// Frequency and whether the receiver tunes by itself:
+// Frequency and whether the receiver tunes by itself, which may be missing:
 //   $CRMSK,310.0,A,100,A,5*40
 bool CGPSReceiver::ProcessCRMSK(CString& strMessage) try {
   CGPSStatusData& status = m_GPSData.m_Status;
-  CParser parser(WithoutChecksum(strMessage), ",", true);
+  CParser parser(strMessage, ",*", true);
   CString mode;
   parser.SkipField();
   parser.SkipField();

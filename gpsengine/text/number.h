@@ -12,6 +12,9 @@
 ///@{
 bool ParseInt(CString text, int* pValue);
 bool ParseInt(std::u16string_view text, int* pValue);
+inline bool ParseInt(const WCHAR* pszText, int* pValue) {
+  return ParseInt(std::u16string_view(pszText), pValue);
+}
 ///@}
 
 /// Reads a decimal number, with a "." and an optional exponent whatever the locale. False if there is none,
@@ -20,6 +23,9 @@ bool ParseInt(std::u16string_view text, int* pValue);
 ///@{
 bool ParseDouble(CString text, double& value, int& nRemaining);
 bool ParseDouble(std::u16string_view text, double& value, int& nRemaining);
+inline bool ParseDouble(const WCHAR* pszText, double& value, int& nRemaining) {
+  return ParseDouble(std::u16string_view(pszText), value, nRemaining);
+}
 ///@}
 
 /// The short way for a plain number of up to 15 digits, with or without a point, within a text that begins at

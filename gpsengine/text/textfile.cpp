@@ -3,8 +3,6 @@
 namespace {
 
 constexpr UINT kChunk = 65536;
-// A line that does not end is handed out in pieces of this size, so that a file of any kind can be read.
-constexpr std::size_t kLongestLine = 1 << 20;
 
 }  // namespace
 
@@ -12,6 +10,12 @@ int CTextFile::Open(const WCHAR* pszPath, UINT nFlags, CFileException* pError) {
   m_strBuffer.clear();
   m_nTaken = 0;
   return CFile::Open(pszPath, nFlags, pError);
+}
+
+void CTextFile::Close() {
+  m_strBuffer.clear();
+  m_nTaken = 0;
+  CFile::Close();
 }
 
 void CTextFile::SeekToBegin() {
@@ -32,8 +36,10 @@ bool CTextFile::Fill() {
 
 bool CTextFile::ReadString(CString& out) {
   std::size_t end = m_strBuffer.find('\n', m_nTaken);
-  while (end == std::string::npos && m_strBuffer.size() - m_nTaken < kLongestLine && Fill()) {
-    end = m_strBuffer.find('\n', m_nTaken);
+  while (end == std::string::npos) {
+    const std::size_t looked = m_strBuffer.size() - m_nTaken;
+    if (!Fill()) break;
+    end = m_strBuffer.find('\n', looked);
   }
   const bool whole = end != std::string::npos;
   if (!whole) end = m_strBuffer.size();

@@ -7,7 +7,7 @@
 #pragma GCC visibility push(default)
 
 /// A file read line by line. Bytes are widened without a sign; a line ends at "\n", "\r\n" or the end of the
-/// file.
+/// file, however long it is.
 class CTextFile : public CFile {
  public:
   /// Both arguments are kept for hosts that pass them and have no effect.
@@ -16,6 +16,7 @@ class CTextFile : public CFile {
   int Open(const WCHAR* pszPath, UINT nFlags, CFileException* pError) override;
   /// The next line without its line end. False at the end of the file, with `out` untouched.
   virtual bool ReadString(CString& out);
+  void Close() override;
   /// The next line is the first one again.
   void SeekToBegin();
 

@@ -43,7 +43,7 @@ DWORD FormatMessageW(DWORD nError, WCHAR* pBuffer, DWORD nBuffer) {
 }
 
 CFile::~CFile() {
-  Close();
+  CFile::Close();
 }
 
 int CFile::Open(const WCHAR* pszPath, UINT nFlags, CFileException* pError) {

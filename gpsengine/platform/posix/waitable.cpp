@@ -1,11 +1,13 @@
 #include "gpsengine/platform/posix/waitable.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <chrono>
 #include <unordered_map>
 
 #include "gpsengine/platform/clock.h"
 #include "gpsengine/platform/event.h"
+#include "gpsengine/platform/file.h"
 #include "gpsengine/platform/posix/messagequeue.h"
 
 std::mutex g_WaitMutex;
@@ -156,7 +158,10 @@ bool CloseHandle(HANDLE handle) {
   {
     const std::lock_guard lock(table.mutex);
     const auto entry = table.objects.find(handle);
-    if (entry == table.objects.end()) return false;
+    if (entry == table.objects.end()) {
+      SetLastError(EBADF);
+      return false;
+    }
     object = std::move(entry->second);
     table.objects.erase(entry);
   }

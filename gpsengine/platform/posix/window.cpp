@@ -55,6 +55,7 @@ std::shared_ptr<MessageQueue> FindQueue(HWND hWnd) {
 }
 
 void Dispose(const MSG& message) {
+  delete message.pFreight;
   if (message.pfnDispose != nullptr) message.pfnDispose(message.wParam);
 }
 
@@ -169,7 +170,7 @@ bool MessageQueue::Take(MSG& message, bool remove) {
   HandleSent(lock);
   if (m_Posted.empty()) {
     if (m_bQuit) {
-      message = MSG{nullptr, WM_QUIT, 0, 0, nullptr};
+      message = MSG{nullptr, WM_QUIT, 0, 0, nullptr, nullptr};
       if (remove) m_bQuit = false;
       return true;
     }
@@ -179,6 +180,10 @@ bool MessageQueue::Take(MSG& message, bool remove) {
   }
   message = m_Posted.front();
   if (remove) m_Posted.pop_front();
+  lock.unlock();
+  const std::unique_ptr<MessageFreight> freight(remove ? message.pFreight : nullptr);
+  message.pFreight = nullptr;
+  if (freight != nullptr) freight->Arrive();
   return true;
 }
 
@@ -244,7 +249,24 @@ bool CWnd::DestroyWindow() {
   return true;
 }
 
-LRESULT CWnd::WindowProc(UINT, WPARAM, LPARAM) {
+const AFX_MSGMAP* CWnd::GetThisMessageMap() {
+  static constexpr AFX_MSGMAP_ENTRY kNone[] = {{0, nullptr}};
+  static constexpr AFX_MSGMAP kMap{nullptr, kNone};
+  return &kMap;
+}
+
+const AFX_MSGMAP* CWnd::GetMessageMap() const {
+  return GetThisMessageMap();
+}
+
+LRESULT CWnd::WindowProc(UINT message, WPARAM wParam, LPARAM lParam) {
+  const AFX_MSGMAP* map = GetMessageMap();
+  while (map != nullptr) {
+    for (const AFX_MSGMAP_ENTRY* row = map->lpEntries; row->nMessage != 0; ++row) {
+      if (row->nMessage == message) return row->pfnHandle(*this, wParam, lParam);
+    }
+    map = map->pfnGetBaseMap == nullptr ? nullptr : map->pfnGetBaseMap();
+  }
   return 0;
 }
 
@@ -252,21 +274,32 @@ bool IsWindow(HWND hWnd) {
   return FindWindow(hWnd) != nullptr;
 }
 
-bool PostMessageW(HWND hWnd, UINT message, WPARAM wParam, LPARAM lParam, MessageDisposer pfnDispose) {
-  const MSG posted{hWnd, message, wParam, lParam, pfnDispose};
+namespace {
+
+bool Post(const MSG& posted) {
   {
     // With the table's lock held, so that the window cannot go meanwhile.
     WindowTable& table = Windows();
     const std::lock_guard lock(table.mutex);
-    const WindowEntry* const entry = FindEntry(table, hWnd);
+    const WindowEntry* const entry = FindEntry(table, posted.hwnd);
     if (entry != nullptr && entry->pQueue->Post(posted)) return true;
   }
   Dispose(posted);
   return false;
 }
 
+}  // namespace
+
+bool PostMessageW(HWND hWnd, UINT message, WPARAM wParam, LPARAM lParam, MessageDisposer pfnDispose) {
+  return Post({hWnd, message, wParam, lParam, pfnDispose, nullptr});
+}
+
+bool PostMessageW(HWND hWnd, UINT message, std::unique_ptr<MessageFreight> freight) {
+  return Post({hWnd, message, 0, 0, nullptr, freight.release()});
+}
+
 LRESULT SendMessageW(HWND hWnd, UINT message, WPARAM wParam, LPARAM lParam) {
-  const MSG sent{hWnd, message, wParam, lParam, nullptr};
+  const MSG sent{hWnd, message, wParam, lParam, nullptr, nullptr};
   const auto queue = FindQueue(hWnd);
   if (queue == nullptr) return 0;
   if (queue == MessageQueue::OfThisThread()) return Deliver(sent);
