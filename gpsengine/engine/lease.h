@@ -3,9 +3,7 @@
 #include <atomic>
 #include <mutex>
 
-#include "gpsengine/platform/types.h"
-
-class CGPSEngine;
+#include "gpsengine/engine/gpsengine.h"
 
 /// A thread's hold on the engine. A reader thread takes it for each step that touches the engine or its
 /// receivers, and gives it up while it reads, waits or shows a box; so does a host's thread that feeds bytes.
