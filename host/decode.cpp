@@ -58,6 +58,7 @@ ExitCode Decode(const DecodeOptions& options, const Interrupt& interrupt, Output
     WriteSummary(output.Text(), session);
     output.Flush();
   }
+  if (code != ExitCode::interrupted) session.GetFeed().CheckUnderstood(session.Window());
   return code;
 }
 

@@ -26,7 +26,7 @@ class HostPlayer : public testing::Test {
   /// The recording on its way to a receiver, whose line has that baud rate.
   std::unique_ptr<PacedFeed> Play(double speed, int baud) {
     CGPSReceiver* const receiver = engine_.FindReceiver("Other");
-    receiver->SaveDifferentSettings(baud);
+    receiver->UseBaudrate(baud);
     receiver->SetupReceiver(1, 0, 0.0, "", true);
     engine_.SetReceiver(receiver);
     auto feed = std::make_unique<PacedFeed>(path_, speed);

@@ -3,6 +3,7 @@
 #include <CLI/CLI.hpp>
 #include <charconv>
 
+#include "host/cli/values.h"
 #include "host/session/recordingfeed.h"
 
 namespace host {
@@ -14,7 +15,7 @@ const std::map<std::string, Kind> kKinds = {
     {"raw", Kind::raw}, {"ephemeris", Kind::ephemeris},   {"bin", Kind::bin}};
 
 void AddFile(CLI::App& command, const std::string& name, std::string& path, const std::string& what) {
-  command.add_option(name, path, what)->type_name("FILE")->group("Exports");
+  command.add_option(name, path, what)->check(AName())->type_name("FILE")->group("Exports");
 }
 
 void AddFilters(CLI::App& command, FilterOptions& filter) {
@@ -34,11 +35,11 @@ void AddFilters(CLI::App& command, FilterOptions& filter) {
       ->type_name("KIND,...")
       ->group("Filters");
   command.add_option("--min-distance", filter.min_distance, "Only fixes so many metres off the last one")
-      ->check(CLI::PositiveNumber)
+      ->check(AboveZero())
       ->type_name("M")
       ->group("Filters");
   command.add_option("--min-interval", filter.min_interval, "Only fixes so many seconds after the last one")
-      ->check(CLI::PositiveNumber)
+      ->check(AboveZero())
       ->type_name("S")
       ->group("Filters");
 }

@@ -7,47 +7,52 @@
 #include "host/commands/rehearse.h"
 #include "host/records/jsonwriter.h"
 #include "host/run/failure.h"
+#include "host/run/nearest.h"
 
 namespace host {
 
 namespace {
 
-#define ANSWER(operation, heading)                                                            \
-  {                                                                                           \
-#operation, heading, [](CGPSReceiver & receiver) -> bool { return receiver.operation(); } \
+#define ANSWER(operation, heading, meaning)                                                            \
+  {                                                                                                    \
+#operation, heading, meaning, [](CGPSReceiver & receiver) -> bool { return receiver.operation(); } \
   }
 
 constexpr Answer kAnswers[] = {
-    ANSWER(HasRawData, "RAW"),
-    ANSWER(GGASendsOrthoHeight, "ORTHO"),
-    ANSWER(HasDGPSSupport, "DGPS"),
-    ANSWER(ImplementsQueryNmea, "QNMEA"),
-    ANSWER(ImplementsQueryGpsSettings, "QSET"),
-    ANSWER(ImplementsBeacon, "BEACON"),
-    ANSWER(ImplementsSetElevMask, "MASK"),
-    ANSWER(ImplementsSetNmea, "NMEA"),
-    ANSWER(ImplementsResetAll, "RESET"),
-    ANSWER(IsAvailable, "AVAIL"),
-    ANSWER(IsRtkReceiver, "RTK"),
-    ANSWER(IsExternalDriver, "EXTDRV"),
-    ANSWER(UseExternalSettings, "EXTSET"),
+    ANSWER(HasRawData, "RAW", "sends raw measurements"),
+    ANSWER(GGASendsOrthoHeight, "ORTHO", "its heights are above mean sea level"),
+    ANSWER(HasDGPSSupport, "DGPS", "its source of corrections can be chosen"),
+    ANSWER(ImplementsQueryNmea, "QNMEA", "tells which sentences are on"),
+    ANSWER(ImplementsQueryGpsSettings, "QSET", "tells its settings"),
+    ANSWER(ImplementsBeacon, "BEACON", "has a beacon receiver"),
+    ANSWER(ImplementsSetElevMask, "MASK", "its elevation mask can be set"),
+    ANSWER(ImplementsSetNmea, "NMEA", "its sentences can be chosen"),
+    ANSWER(ImplementsResetAll, "RESET", "can be reset to a known configuration"),
+    ANSWER(IsAvailable, "AVAIL", "can be used"),
+    ANSWER(IsRtkReceiver, "RTK", "is an RTK receiver"),
+    ANSWER(IsExternalDriver, "EXTDRV", "is read by a driver of its own"),
+    ANSWER(UseExternalSettings, "EXTSET", "is set up outside the library"),
 };
 
 #undef ANSWER
 
-constexpr std::size_t kNameWidth = 17, kAnswerWidth = 26;
+constexpr std::size_t kNameWidth = 17, kAnswerWidth = 39;
 
 std::string Padded(std::string text, std::size_t width) {
   if (text.size() < width) text.append(width - text.size(), ' ');
   return text;
 }
 
-std::string ListOfNames(const CGPSEngine& engine) {
-  std::string names;
+/// The failure of a name that is no model's.
+Failure NoModel(const std::string& name, const CGPSEngine& engine) {
+  std::vector<std::string> names;
+  std::string list;
   for (const auto& receiver : engine.GetReceivers()) {
-    names += (names.empty() ? "\"" : ", \"") + receiver->GetName().ToUtf8() + '"';
+    names.push_back(receiver->GetName().ToUtf8());
+    list += (list.empty() ? "\"" : ", \"") + names.back() + '"';
   }
-  return names;
+  return Failure(ExitCode::usage,
+                 "no model is called \"" + name + '"' + DidYouMean(name, names) + "; the models are " + list);
 }
 
 /// Writes the members that tell of a model.
@@ -72,12 +77,10 @@ std::span<const Answer> Answers() {
 
 CGPSReceiver& SelectModel(CGPSEngine& engine, const std::string& name) {
   const auto& receivers = engine.GetReceivers();
-  const auto found = std::find_if(receivers.begin(), receivers.end(),
-                                  [&](const auto& receiver) { return receiver->GetName().ToUtf8() == name; });
-  if (found == receivers.end()) {
-    throw Failure(ExitCode::usage,
-                  "no model is called \"" + name + "\"; the models are " + ListOfNames(engine));
-  }
+  const auto found = std::find_if(receivers.begin(), receivers.end(), [&](const auto& receiver) {
+    return IsSameName(receiver->GetName().ToUtf8(), name);
+  });
+  if (found == receivers.end()) throw NoModel(name, engine);
   return **found;
 }
 
@@ -94,8 +97,10 @@ std::string ModelsAsTable(const CGPSEngine& engine) {
     table.erase(table.find_last_not_of(' ') + 1);
     table += '\n';
   }
-  table += "\nBAUD is GetDefaultBaudrate; the columns behind it are the answers of\n";
-  for (const auto& answer : kAnswers) table += "  " + Padded(answer.heading, 7) + answer.operation + '\n';
+  table += "\nBAUD is GetDefaultBaudrate; the columns behind it:\n";
+  for (const auto& answer : kAnswers)
+    table += "  " + Padded(answer.heading, 7) + Padded(answer.meaning, kAnswerWidth) + ' ' +
+             answer.operation + '\n';
   return table;
 }
 
@@ -116,7 +121,7 @@ std::string ModelAsText(CGPSReceiver& receiver) {
   std::string text = receiver.GetName().ToUtf8() + " (" + receiver.GetRuntimeClass()->m_lpszClassName +
                      "), " + std::to_string(receiver.GetDefaultBaudrate()) + " baud\n\n";
   for (const auto& answer : kAnswers) {
-    text += "  " + Padded(answer.operation, kAnswerWidth) + (answer.ask(receiver) ? " yes\n" : " no\n");
+    text += "  " + Padded(answer.meaning, kAnswerWidth) + (answer.ask(receiver) ? " yes\n" : " no\n");
   }
   text += "\nOperations for \"gpsengine command --model\":\n";
   const auto operations = OperationsOf(receiver);

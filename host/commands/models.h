@@ -11,13 +11,14 @@ namespace host {
 struct Answer {
   const char* operation;  ///< The name of the operation that gives it.
   const char* heading;    ///< For a column of a table.
+  const char* meaning;    ///< In words.
   bool (*ask)(CGPSReceiver&);
 };
 
 /// All capability answers.
 std::span<const Answer> Answers();
 
-/// The receiver of exactly this name. Throws a Failure that lists the names there are.
+/// The receiver of this name, in any case of its letters. Throws a Failure that lists the names there are.
 CGPSReceiver& SelectModel(CGPSEngine& engine, const std::string& name);
 
 /// The models in the order of the library's list, with their baud rates and capability answers: a table for

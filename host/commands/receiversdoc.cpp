@@ -55,7 +55,8 @@ std::string OperationsText(CGPSReceiver& receiver) {
   for (const Operation* operation : OperationsOf(receiver)) {
     if (operation->examples.empty()) continue;
     text += "### " + std::string(operation->name) + ": " + operation->summary + "\n\n";
-    for (const auto& arguments : operation->examples) text += Call(*operation, arguments, model);
+    for (const auto& arguments : ExamplesFor(*operation, receiver))
+      text += Call(*operation, arguments, model);
   }
   return text;
 }

@@ -5,6 +5,7 @@
 #include "gpsengine/engine/gpsengine.h"
 #include "gpsengine/link/ack.h"
 #include "host/commands/models.h"
+#include "host/run/failure.h"
 #include "host/run/port.h"
 
 namespace host {
@@ -16,6 +17,18 @@ void Acknowledge() {
   data.m_Status.m_bAck = true;
   CAck::OnNewGPSData(&data);
 }
+
+/// The interval of block 95, which is one for all receivers of the $J language. It is as it was when the
+/// object goes.
+class BinInterval : CGPSReceiver {
+ public:
+  /// Never made: the interval is reached from within a receiver alone.
+  BinInterval() = delete;
+  struct Kept {
+    ~Kept() { s_dBinInterval = before; }
+    const double before = s_dBinInterval;
+  };
+};
 
 }  // namespace
 
@@ -33,6 +46,7 @@ std::string Transcript::Text() const {
 
 Transcript Rehearse(const std::string& model, const Operation& operation, const Action& action,
                     bool port_opens) {
+  const BinInterval::Kept interval;
   CRehearsal line(kPort, port_opens);
   CGPSEngine engine;
   CGPSReceiver& receiver = SelectModel(engine, model);
@@ -54,10 +68,24 @@ bool HasNoEffect(const Operation& operation, const Transcript& transcript) {
   return operation.answer != nullptr && transcript.result == Result::none && transcript.steps.empty();
 }
 
+std::vector<Arguments> ExamplesFor(const Operation& operation, CGPSReceiver& receiver) {
+  std::vector<Arguments> examples = operation.examples;
+  std::erase_if(examples, [&](const Arguments& arguments) {
+    try {
+      Prepare(operation, arguments, receiver);
+      return false;
+    } catch (const Failure&) {
+      return true;
+    }
+  });
+  return examples;
+}
+
 std::vector<const Operation*> OperationsOf(CGPSReceiver& receiver) {
   const std::string model = receiver.GetName().ToUtf8();
   const auto is_empty = [&](const Operation& operation) {
-    return std::all_of(operation.examples.begin(), operation.examples.end(), [&](const Arguments& arguments) {
+    const auto examples = ExamplesFor(operation, receiver);
+    return std::all_of(examples.begin(), examples.end(), [&](const Arguments& arguments) {
       return HasNoEffect(operation, Rehearse(model, operation, Prepare(operation, arguments)));
     });
   };

@@ -29,6 +29,8 @@ Transcript Rehearse(const std::string& model, const Operation& operation, const 
 /// Whether an operation that its capability answer opens keeps its empty body all the same, so that a call
 /// does nothing.
 bool HasNoEffect(const Operation& operation, const Transcript& transcript);
+/// Those of an operation's examples that a receiver takes.
+std::vector<Arguments> ExamplesFor(const Operation& operation, CGPSReceiver& receiver);
 /// The operations that a model has: those that its capability answers open, but for the empty ones.
 std::vector<const Operation*> OperationsOf(CGPSReceiver& receiver);
 

@@ -8,6 +8,7 @@ namespace host {
 /// The messages that the library has posted, by kind.
 struct Published {
   long long data = 0;
+  long long unread = 0;  ///< Of those, the ones that have a sentence of a make as it came, and nothing else.
   long long raw_data = 0;
   long long ephemeris = 0;
   long long bin = 0;
@@ -36,6 +37,7 @@ class HostWindow : public CWnd {
   Sink& sink_;
   long long limit_;
   long long shown_ = 0;
+  bool owes_text_ = false;  // of the last message
   Published published_;
 };
 

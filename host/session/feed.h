@@ -4,7 +4,7 @@
 #include <utility>
 
 #include "gpsengine/engine/gpsengine.h"
-#include "host/records/sink.h"
+#include "host/records/hostwindow.h"
 #include "host/run/deadline.h"
 
 namespace host {
@@ -40,6 +40,8 @@ class Feed {
   /// When Step is to be called at the latest.
   virtual Deadline::Moment NextAt() const { return Deadline::kNever; }
   virtual bool IsAtEnd() const { return false; }
+  /// Throws a Failure that says what there was, if the feed is at its end and nothing of use was in it.
+  virtual void CheckUnderstood(const HostWindow& /*window*/) const {}
 
   /// The bytes since the last call.
   virtual std::string TakeBytes() { return {}; }

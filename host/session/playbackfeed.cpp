@@ -7,6 +7,7 @@
 
 #include "host/run/descriptor.h"
 #include "host/run/failure.h"
+#include "host/run/recording.h"
 
 namespace host {
 
@@ -20,7 +21,7 @@ void PlaybackFeed::Open(CGPSEngine& engine, Sink&) {
                   "cannot play " + Name() + ": " + (errno != 0 ? std::strerror(errno) : "the file is empty"));
   }
   engine.m_bEmulation = true;
-  engine.m_strEmulationFile = CString::FromUtf8(Name());
+  engine.m_strEmulationFile = CString::FromUtf8(NameOfUnpacked(Name()));
   engine.GetReceiver()->LoadAlternatGPSStatusStrings();
   if (!engine.Start()) throw Failure(ExitCode::failed, engine.GetLastErrorString().ToUtf8());
 }

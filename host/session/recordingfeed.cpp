@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cmath>
 
+#include "host/line/kindlistener.h"
+
 namespace host {
 
 namespace {
@@ -59,6 +61,10 @@ void RecordingFeed::Play(CGPSEngine& engine, std::string_view bytes) {
   engine.UpdateGPSBuffer(chunk);
   played_ += bytes;
   if (progress_) progress_->Update(static_cast<double>(recording_.Done()));
+}
+
+void RecordingFeed::CheckUnderstood(const HostWindow& window) const {
+  if (at_end_) host::CheckUnderstood(recording_, window);
 }
 
 PacedFeed::PacedFeed(const std::string& file, double speed)

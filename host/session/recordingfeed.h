@@ -34,6 +34,7 @@ class RecordingFeed : public Feed {
   void Step(CGPSEngine& engine) override;
   Deadline::Moment NextAt() const override { return {}; }  // at once
   bool IsAtEnd() const override { return at_end_; }
+  void CheckUnderstood(const HostWindow& window) const override;
   std::string TakeBytes() override { return std::exchange(played_, {}); }
 
  protected:

@@ -51,12 +51,14 @@ Session::Session(const RunOptions& options, const Interrupt& interrupt)
     : options_(options),
       interrupt_(interrupt),
       receiver_(SelectModel(engine_, options.model)),
-      window_(fan_, options.count) {}
+      window_(fan_, options.count) {
+  options_.model = receiver_.GetName().ToUtf8();
+}
 
 void Session::Read(std::unique_ptr<Feed> feed) {
   feed_ = std::move(feed);
   engine_.InitReceivers();
-  if (options_.baud > 0) receiver_.SaveDifferentSettings(options_.baud);
+  if (options_.baud > 0) receiver_.UseBaudrate(options_.baud);
   receiver_.SetupReceiver(kPort, static_cast<int>(options_.geoid), options_.antenna_height, "",
                           feed_->MovesBytes());
   engine_.SetReceiver(&receiver_);
@@ -128,10 +130,9 @@ void Session::KeepCapturing() {
   const bool wanted = feed_->WantsTexts() || std::any_of(outlets_.begin(), outlets_.end(),
                                                          [](auto* outlet) { return outlet->WantsTexts(); });
   CComBuffer& capture = engine_.m_ComBuffer;
-  if (capture.m_bOverflow && capture.m_bPaused) {
-    capture.m_strData.Empty();
-    capture.m_bOverflow = false;
-  }
+  const bool stopped = capture.m_bOverflow && capture.m_bPaused;
+  if (stopped || !engine_.IsActive()) capture.m_strData.Empty();
+  if (stopped) capture.m_bOverflow = false;
   if (capture.m_bPaused == wanted) capture.m_bPaused = !wanted;
 }
 
@@ -170,15 +171,15 @@ void Session::Step() {
 }
 
 std::optional<ExitCode> Session::Ending() {
+  NoteUnderstood();
   const auto is_done = [](const Outlet* outlet) { return outlet->IsDone(); };
   if (std::any_of(outlets_.begin(), outlets_.end(), is_done) || window_.IsFull()) return ExitCode::done;
   if (interrupt_.HasCome()) return ExitCode::interrupted;
   if (feed_->IsAtEnd()) return ExitCode::done;
-  NoteUnderstood();
   FollowLine();
   CheckSilence();
   if (!end_.HasPassed()) return std::nullopt;
-  if (rules_.is_strict) Judge();
+  Judge();
   return ExitCode::done;
 }
 
@@ -189,6 +190,7 @@ ExitCode Session::Finish(ExitCode ending) {
   PassOn();
   bool finished = true;
   for (auto outlet = outlets_.rbegin(); outlet != outlets_.rend(); ++outlet) finished &= (*outlet)->Finish();
+  NoteUnderstood();  // the outlets may have decoded the last of it
   return finished || ending != ExitCode::done ? ending : ExitCode::failed;
 }
 
@@ -202,7 +204,9 @@ void Session::NoteUnderstood() {
   if (understood_ || IsWaiting() || Understood() <= understood_before_) return;
   understood_ = true;
   silence_.Clear();
-  if (rules_.remembers && feed_->GetKind() == Feed::Kind::device) Remember(feed_->Name(), options_.model);
+  if (feed_->GetKind() == Feed::Kind::device) {
+    rules_.remembers ? Remember(feed_->Name(), receiver_) : KeepRate(receiver_);
+  }
   Tell(RunEvent::understood);
 }
 
@@ -248,8 +252,8 @@ void Session::CheckSilence() {
 }
 
 void Session::Judge() const {
-  if (IsLost()) throw PortLost();
-  if (feed_->IsLive() && Understood() == 0) throw NothingUnderstood(options_.duration);
+  if (rules_.is_strict && IsLost()) throw PortLost();
+  if (Understood() == 0) throw NothingUnderstood(options_.duration);
 }
 
 Failure Session::NothingUnderstood(double seconds) const {
@@ -257,11 +261,15 @@ Failure Session::NothingUnderstood(double seconds) const {
   if (!feed_->IsLive()) {
     return Failure(ExitCode::nothing_understood, "no message of " + name + " was understood so far");
   }
+  const char* const kept = IsKeptRate(receiver_)
+                               ? ", the rate that is remembered for this model (\"gpsengine config forget\" "
+                                 "forgets it)"
+                               : "";
   const std::string in_time = " came from " + name + " in " + Seconds(seconds);
   return Failure(ExitCode::nothing_understood,
                  heard_ ? "bytes" + in_time + ", but no message was understood at " +
-                              std::to_string(receiver_.GetCurrentBaudrate()) +
-                              " baud: set the receiver's baud rate with --baud, let --baud auto "
+                              std::to_string(receiver_.GetCurrentBaudrate()) + " baud" + kept +
+                              ": set the receiver's baud rate with --baud, let --baud auto "
                               "find it, or let the receiver send NMEA"
                         : "no data" + in_time + ": check that the receiver is on, and its cable");
 }

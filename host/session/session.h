@@ -39,8 +39,9 @@ struct RunRules {
   /// The run is about what the receiver sends, and fails if that is nothing; without it, that is worth a
   /// word. A run of a stated length goes on to its end when its line is lost.
   bool is_strict = false;
-  bool could_reconnect = false;    ///< The command has the option, and tells of it.
-  bool remembers = false;          ///< The port and the model, once something was understood.
+  bool could_reconnect = false;  ///< The command has the option, and tells of it.
+  bool remembers =
+      false;  ///< Port, model and rate, once something was understood; without it, the rate alone.
   std::optional<bool> attach_raw;  ///< Decode raw data; without it, where the model has them.
   std::string label;   ///< What the start is called, for showing its progress; empty: it is not shown.
   long long time = 0;  ///< How long the start takes, in milliseconds.
@@ -59,6 +60,7 @@ class Session {
 
   CGPSEngine& Engine() { return engine_; }
   CGPSReceiver& Receiver() const { return receiver_; }
+  /// The model by its own name.
   const RunOptions& Options() const { return options_; }
   const Interrupt& GetInterrupt() const { return interrupt_; }
   Boxes& GetBoxes() { return boxes_; }
@@ -74,6 +76,8 @@ class Session {
 
   /// Passes on what has come, and sees to it that what the outlets want goes on coming.
   void PassOn();
+  /// How many messages were understood.
+  long long Understood() const;
   /// Some byte has come.
   bool HasHeard() const { return heard_; }
   /// The port is waited for.
@@ -114,12 +118,11 @@ class Session {
   void Reopen();
   void CheckSilence();
   void Judge() const;
-  long long Understood() const;
   bool IsLost() const { return feed_->IsLost() || IsWaiting(); }
   Failure NothingUnderstood(double seconds) const;
   Failure PortLost() const;
 
-  const RunOptions options_;
+  RunOptions options_;
   const Interrupt& interrupt_;
   RunRules rules_;
   std::vector<Outlet*> outlets_;
