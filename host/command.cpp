@@ -156,26 +156,20 @@ ExitCode PrintTranscript(const Transcript& transcript, Output& output) {
 
 /// Refuses what the model's capability answers do not open.
 void CheckOffer(const CommandOptions& options, const Operation& operation) {
-  CGPSEngine engine;
-  CGPSReceiver& receiver = SelectModel(engine, options.model);
+  CGPSReceiver& receiver = FindModel(options.model);
   if (options.force || IsOffered(operation, receiver)) return;
   std::string names;
-  for (const Operation* offered : OperationsOf(receiver))
-    names += std::string(names.empty() ? "" : ", ") + offered->name;
+  for (const Offer& offer : OffersOf(receiver))
+    names += std::string(names.empty() ? "" : ", ") + offer.operation->name;
   throw Failure(ExitCode::refused, "the model " + options.model + " does not offer " + operation.name +
                                        "; it offers " + names + ". --force sends it all the same");
-}
-
-Action PrepareFor(const CommandOptions& options, const Operation& operation) {
-  CGPSEngine engine;
-  return Prepare(operation, options.arguments, SelectModel(engine, options.model));
 }
 
 }  // namespace
 
 ExitCode Command(const CommandOptions& options, const Interrupt& interrupt, Output& output) {
   const Operation& operation = FindOperation(options.operation);
-  const Action action = PrepareFor(options, operation);
+  const Action action = Prepare(operation, options.arguments, FindModel(options.model));
   if (options.port.empty() && !options.dry_run)
     throw Failure(ExitCode::usage, "--port or --dry-run is needed");
   CheckOffer(options, operation);
@@ -186,10 +180,7 @@ ExitCode Command(const CommandOptions& options, const Interrupt& interrupt, Outp
                                          CallText(operation, options.arguments) + ": nothing was sent");
   }
   long long time = transcript.Time();
-  if (operation.kind != Operation::Kind::starts) {
-    const Operation& start = FindOperation("start");
-    time += Rehearse(options.model, start, Prepare(start, {})).Time();
-  }
+  if (operation.kind != Operation::Kind::starts) time += StartTimeOf(FindModel(options.model));
   return CommandLive(options, operation, action, transcript, time, interrupt, output);
 }
 

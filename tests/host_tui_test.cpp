@@ -8,6 +8,7 @@
 #include <sstream>
 
 #include "gpsengine/engine/gpsengine.h"
+#include "host/commands/models.h"
 #include "host/run/failure.h"
 #include "host/tui/commandmenu.h"
 #include "host/tui/dashboard.h"
@@ -160,7 +161,7 @@ namespace {
 /// What a model's menu makes of keys.
 class Menu {
  public:
-  explicit Menu(const char* model) : menu_(*engine_.FindReceiver(model)) { menu_.Open(); }
+  explicit Menu(const char* model) : menu_(FindModel(model)) { menu_.Open(); }
   std::optional<CommandMenu::Order> Type(const std::string& text) {
     std::optional<CommandMenu::Order> order;
     for (const char c : text) order = menu_.OnKey(c == '\n' ? key::kEnter : c);
@@ -174,10 +175,6 @@ class Menu {
     return screen.find(text) != std::string::npos;
   }
 
- private:
-  CGPSEngine engine_;
-
- public:
   CommandMenu menu_;
 };
 

@@ -162,8 +162,7 @@ class Search {
 /// The ports to search, that of the last run first.
 std::vector<std::string> Candidates() {
   std::vector<std::string> devices;
-  CGPSEngine engine;
-  const std::string last = ReadConfig(engine).port;
+  const std::string last = ReadConfig().port;
   for (const SerialPortInfo& port : FindPorts()) {
     if (port.state != PortState::free) {
       Complain(port.device + " is passed over: " + port.note);
@@ -181,8 +180,7 @@ std::vector<std::string> Candidates() {
 }
 
 LineChoice LastLine(LineChoice choice, bool model_given) {
-  CGPSEngine engine;
-  const Config config = ReadConfig(engine);
+  const Config config = ReadConfig();
   if (config.port.empty()) {
     throw Failure(ExitCode::usage,
                   "no port is remembered yet; \"gpsengine ports\" lists the serial ports, and --port auto "
@@ -197,8 +195,7 @@ LineChoice LastLine(LineChoice choice, bool model_given) {
 }  // namespace
 
 std::vector<int> LikelyRates(const std::string& model) {
-  CGPSEngine engine;
-  CGPSReceiver& receiver = SelectModel(engine, model);
+  CGPSReceiver& receiver = FindModel(model);
   receiver.SetProperties();
   std::vector<int> rates;
   for (const int rate : {receiver.GetCurrentBaudrate(), receiver.GetDefaultBaudrate(), 9600, 4800, 38400,

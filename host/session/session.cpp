@@ -50,7 +50,7 @@ void Session::Fan::SetReference(std::optional<Moment> reference) {
 Session::Session(const RunOptions& options, const Interrupt& interrupt)
     : options_(options),
       interrupt_(interrupt),
-      receiver_(SelectModel(engine_, options.model)),
+      receiver_(*engine_.FindReceiver(FindModel(options.model).GetName())),
       window_(fan_, options.count) {
   options_.model = receiver_.GetName().ToUtf8();
 }

@@ -23,11 +23,6 @@ constexpr std::chrono::seconds kAnswerTime{10};
 constexpr const char* kSection = "Monitor";
 constexpr const char* kPositionEntry = "PositionFormat";
 
-long long StartTimeOf(CGPSReceiver& receiver) {
-  const Operation& start = FindOperation("start");
-  return Rehearse(receiver.GetName().ToUtf8(), start, Prepare(start, {})).Time();
-}
-
 PositionFormat KeptPositionFormat() {
   CWinApp* app = AfxGetApp();
   const int kept = app == nullptr ? 0 : app->GetProfileInt(kSection, kPositionEntry, 0);
