@@ -76,7 +76,7 @@ TEST_F(HostScreen, ShowsAFixAtAGlance) {
   readings_.OnData(Fix());
   view_.model = "Trimble";
   view_.source = "/dev/ttyUSB0";
-  view_.counters = {12, 3, 4, 5};
+  view_.counters = {0, 12, 3, 4, 5, 0};
   EXPECT_EQ(Row(0), " gpsengine  Trimble  /dev/ttyUSB0");
   const char* const fix[] = {
       "+- Fix --------------------------------+", "| RTK float                    age 0 s |",

@@ -11,7 +11,7 @@
 
 namespace host {
 
-void PlaybackFeed::Open(CGPSEngine& engine, Sink&) {
+void PlaybackFeed::Open(CGPSEngine& engine, HostWindow&) {
   // The engine would look for another recording in its place.
   errno = 0;
   const UniqueDescriptor recording(open(Name().c_str(), O_RDONLY | O_CLOEXEC));
@@ -26,11 +26,12 @@ void PlaybackFeed::Open(CGPSEngine& engine, Sink&) {
   if (!engine.Start()) throw Failure(ExitCode::failed, engine.GetLastErrorString().ToUtf8());
 }
 
-void PlaybackFeed::OnString(const CString& text) {
-  if (!tells_bytes_) return;
+bool PlaybackFeed::OnString(const CString& text) {
+  if (!tells_bytes_) return false;
   std::string bytes;
   for (int i = 0; i < text.GetLength(); ++i) bytes += static_cast<char>(text.GetAt(i));
   sentences_.Feed(bytes + "\r\n", [this](std::string_view sentence) { bytes_ += sentence; });
+  return false;
 }
 
 }  // namespace host

@@ -6,63 +6,33 @@
 #include "host/commands/models.h"
 #include "host/line/config.h"
 #include "host/line/ports.h"
+#include "host/records/tally.h"
 #include "host/run/port.h"
 
 namespace host {
-
-template <class Call>
-bool Session::Fan::Each(Call&& call) {
-  bool shown = false;
-  for (Outlet* outlet : session_.outlets_) {
-    if (Sink* const sink = outlet->Records()) shown |= call(*sink);
-  }
-  return shown;
-}
-
-bool Session::Fan::OnData(const CGPSData& data) {
-  return Each([&](Sink& sink) { return sink.OnData(data); });
-}
-
-bool Session::Fan::OnRawData(const CGPSDataRaw& epoch) {
-  return Each([&](Sink& sink) { return sink.OnRawData(epoch); });
-}
-
-bool Session::Fan::OnEphemeris(const CGPSDataEphemeris& ephemeris) {
-  return Each([&](Sink& sink) { return sink.OnEphemeris(ephemeris); });
-}
-
-bool Session::Fan::OnBin() {
-  return Each([](Sink& sink) { return sink.OnBin(); });
-}
-
-bool Session::Fan::OnString(const CString& text) {
-  session_.feed_->OnString(text);
-  return Each([&](Sink& sink) { return sink.OnString(text); });
-}
-
-void Session::Fan::SetReference(std::optional<Moment> reference) {
-  Each([&](Sink& sink) {
-    sink.SetReference(reference);
-    return false;
-  });
-}
 
 Session::Session(const RunOptions& options, const Interrupt& interrupt)
     : options_(options),
       interrupt_(interrupt),
       receiver_(*engine_.FindReceiver(FindModel(options.model).GetName())),
-      window_(fan_, options.count) {
+      window_(options.count) {
   options_.model = receiver_.GetName().ToUtf8();
 }
 
 void Session::Read(std::unique_ptr<Feed> feed) {
   feed_ = std::move(feed);
+  if (Sink* const records = feed_->Records()) window_.Add(*records);
   engine_.InitReceivers();
   if (options_.baud > 0) receiver_.UseBaudrate(options_.baud);
   receiver_.SetupReceiver(kPort, static_cast<int>(options_.geoid), options_.antenna_height, "",
                           feed_->MovesBytes());
   engine_.SetReceiver(&receiver_);
   if (options_.reconnect && feed_->IsLive()) reconnect_.emplace(*options_.reconnect);
+}
+
+void Session::Add(Outlet& outlet) {
+  outlets_.push_back(&outlet);
+  if (Sink* const records = outlet.Records()) window_.Add(*records);
 }
 
 ExitCode Session::Run(RunRules rules) {
@@ -109,7 +79,7 @@ void Session::Open() {
   if (feed_->IsLive()) sequence.emplace(interrupt_, rules_.label, rules_.time);
   const Starting starting(*this);
   KeepCapturing();
-  feed_->Open(engine_, fan_);
+  feed_->Open(engine_, window_);
   if (rules_.on_open) rules_.on_open(receiver_);
   if (rules_.silence > 0.0) silence_.Set(rules_.silence);
 }
@@ -170,14 +140,19 @@ void Session::Step() {
   for (Outlet* outlet : outlets_) outlet->Step();
 }
 
+bool Session::IsDone() const {
+  const auto is_done = [](const Outlet* outlet) { return outlet->IsDone(); };
+  return window_.IsFull() || std::any_of(outlets_.begin(), outlets_.end(), is_done);
+}
+
 std::optional<ExitCode> Session::Ending() {
   NoteUnderstood();
-  const auto is_done = [](const Outlet* outlet) { return outlet->IsDone(); };
-  if (std::any_of(outlets_.begin(), outlets_.end(), is_done) || window_.IsFull()) return ExitCode::done;
+  if (IsDone()) return ExitCode::done;
   if (interrupt_.HasCome()) return ExitCode::interrupted;
   if (feed_->IsAtEnd()) return ExitCode::done;
   FollowLine();
   CheckSilence();
+  if (IsDone()) return ExitCode::done;  // with the last of a line that has gone
   if (!end_.HasPassed()) return std::nullopt;
   Judge();
   return ExitCode::done;
@@ -195,8 +170,7 @@ ExitCode Session::Finish(ExitCode ending) {
 }
 
 long long Session::Understood() const {
-  return receiver_.GetSentencesRecognised() - receiver_.GetChecksumErrors() + receiver_.GetBinaryMessages() +
-         window_.GetPublished().All();
+  return TallyOf(engine_).Good() + window_.GetPublished().All();
 }
 
 /// The first message that is understood shows that port and model belong together.
@@ -220,6 +194,7 @@ void Session::WaitForPort() {
   engine_.Stop();  // what the reader has in hand still reaches the outlets
   PassOn();
   for (Outlet* outlet : outlets_) outlet->Step();
+  if (IsDone()) return;
   if (!reconnect_) throw PortLost();
   silence_.Clear();
   understood_before_ = Understood();

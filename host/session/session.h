@@ -70,7 +70,7 @@ class Session {
   void Read(std::unique_ptr<Feed> feed);
   const Feed& GetFeed() const { return *feed_; }
   /// The outlets in the order in which they are told. They are not asked for anything behind the run.
-  void Add(Outlet& outlet) { outlets_.push_back(&outlet); }
+  void Add(Outlet& outlet);
   /// Runs until there is a reason to end. Throws a Failure if the run cannot begin or comes to nothing.
   ExitCode Run(RunRules rules);
 
@@ -84,24 +84,6 @@ class Session {
   bool IsWaiting() const { return reconnect_ && reconnect_->IsWaiting(); }
 
  private:
-  /// Gives each record to every outlet that takes records.
-  class Fan : public Sink {
-   public:
-    explicit Fan(Session& session) : session_(session) {}
-    bool OnData(const CGPSData& data) override;
-    bool OnRawData(const CGPSDataRaw& epoch) override;
-    bool OnEphemeris(const CGPSDataEphemeris& ephemeris) override;
-    bool OnBin() override;
-    bool OnString(const CString& text) override;
-    void SetReference(std::optional<Moment> reference) override;
-
-   private:
-    template <class Call>
-    bool Each(Call&& call);
-
-    Session& session_;
-  };
-
   std::optional<ExitCode> Start();
   void Open();
   void Tell(RunEvent event);
@@ -117,6 +99,7 @@ class Session {
   void WaitForPort();
   void Reopen();
   void CheckSilence();
+  bool IsDone() const;
   void Judge() const;
   bool IsLost() const { return feed_->IsLost() || IsWaiting(); }
   Failure NothingUnderstood(double seconds) const;
@@ -131,7 +114,6 @@ class Session {
   std::unique_ptr<Feed> feed_;
   CGPSEngine engine_;
   CGPSReceiver& receiver_;
-  Fan fan_{*this};
   HostWindow window_;
   std::optional<Reconnect> reconnect_;
   bool heard_ = false, understood_ = false;

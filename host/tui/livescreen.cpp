@@ -211,8 +211,7 @@ void LiveScreen::Draw() {
     status_until_.reset();
     view_.status.clear();
   }
-  view_.counters = {session_.Receiver().GetSentencesRecognised(), session_.Receiver().GetChecksumErrors(),
-                    session_.Receiver().GetBinaryMessages(), session_.Receiver().GetBadBinaryMessages()};
+  view_.counters = TallyOf(session_.Engine());
   Canvas canvas = terminal_.MakeCanvas();
   View view = view_;
   if (!busy_.empty()) {
