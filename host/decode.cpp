@@ -1,34 +1,28 @@
 #include "host/decode.h"
 
-#include "gpsengine/engine/gpsengine.h"
-#include "host/commands/models.h"
-#include "host/records/hostwindow.h"
+#include <memory>
+#include <utility>
+
 #include "host/records/jsonwriter.h"
-#include "host/run/dating.h"
-#include "host/run/kindlistener.h"
-#include "host/run/progress.h"
-#include "host/run/recording.h"
-#include "host/run/unpacedclock.h"
+#include "host/session/recordingfeed.h"
 
 namespace host {
 
 namespace {
 
-// From this size on a file takes long enough for someone to wonder.
-constexpr std::int64_t kLargeFile = 8 << 20;
-
-void WriteSummary(std::string& out, const CGPSEngine& engine, const CGPSReceiver& receiver,
-                  const Published& published) {
+void WriteSummary(std::string& out, Session& session) {
+  const Tally tally = TallyOf(session.Engine());
+  const Published& published = session.Window().GetPublished();
   JsonWriter json(out);
   json.BeginObject();
   json.Key("summary");
   json.BeginObject();
-  json.Member("messages", engine.GetMessages());
-  json.Member("sentencesRecognised", receiver.GetSentencesRecognised());
-  json.Member("checksumErrors", receiver.GetChecksumErrors());
-  json.Member("binaryMessages", receiver.GetBinaryMessages());
-  json.Member("badBinaryMessages", receiver.GetBadBinaryMessages());
-  json.Member("droppedBuffers", engine.GetDroppedBuffers());
+  json.Member("messages", tally.messages);
+  json.Member("sentencesRecognised", tally.sentences);
+  json.Member("checksumErrors", tally.checksum_errors);
+  json.Member("binaryMessages", tally.binary);
+  json.Member("badBinaryMessages", tally.bad_binary);
+  json.Member("droppedBuffers", tally.dropped);
   json.Key("published");
   json.BeginObject();
   json.Member("WM_GPS_NEW_DATA", published.data);
@@ -41,51 +35,30 @@ void WriteSummary(std::string& out, const CGPSEngine& engine, const CGPSReceiver
   out += '\n';
 }
 
+std::unique_ptr<Feed> MakeFeed(const DecodeOptions& options) {
+  auto feed = std::make_unique<RecordingFeed>(options.file);
+  feed->SetChunk(options.chunk);
+  feed->SetDate(options.date,
+                options.format == Format::json || !options.rinex.base.empty() || options.exports.IsAny());
+  feed->ShowProgress("decoding", options.format != Format::none);
+  return feed;
+}
+
 }  // namespace
 
 ExitCode Decode(const DecodeOptions& options, const Interrupt& interrupt, Output& output) {
-  const UnpacedClock clock;
-  CGPSEngine engine;
-  CGPSReceiver& receiver = SelectModel(engine, options.model);
-  Recording recording(options.file);
-  receiver.SetupReceiver(1, static_cast<int>(options.geoid), options.antenna_height, "", true);
-  engine.SetReceiver(&receiver);
-  receiver.Initialize();
-  engine.m_bAttachRawData = true;
-
-  const auto shown = MakeSink(options.format, output.Text(), options.file, options.geoid);
-  Exports exports(options.exports, {options.file, options.model, options.geoid}, options.file, engine,
-                  *shown);
-  std::optional<RinexSink> rinex;
-  if (!options.rinex.base.empty())
-    rinex.emplace(options.rinex, options.model, options.antenna_height, exports);
-  Sink& sink = rinex ? static_cast<Sink&>(*rinex) : exports;
-  HostWindow window(sink, options.count);
-  const bool dates = options.format == Format::json || !options.rinex.base.empty() || options.exports.IsAny();
-  Dating dating(sink, options.date, dates, recording.Head());
-  Progress progress("decoding", static_cast<double>(recording.Size()),
-                    recording.Size() >= kLargeFile && CanShowProgress(options.format != Format::none));
-  while (!window.IsFull() && !exports.IsOver()) {
-    const auto bytes = recording.Next(static_cast<std::size_t>(options.chunk));
-    if (bytes.empty()) break;
-    if (interrupt.HasCome()) return ExitCode::interrupted;
-    dating.Feed(bytes);
-    CBinBuffer chunk(bytes.data(), static_cast<int>(bytes.size()));
-    engine.UpdateGPSBuffer(chunk);
-    window.Drain();
-    if (rinex) rinex->Check();
-    exports.Check();
-    if (!output.Flush()) return ExitCode::done;
-    progress.Update(static_cast<double>(recording.Done()));
-  }
-  if (options.format == Format::record || options.format == Format::none) {
-    WriteSummary(output.Text(), engine, receiver, window.GetPublished());
+  Session session(options, interrupt);
+  session.Read(MakeFeed(options));
+  Shown shown(session, options, output);
+  shown.AddPrinter(session);
+  const ExitCode code = session.Run({});
+  const bool tells = options.format == Format::record || options.format == Format::none;
+  if (tells && code != ExitCode::interrupted) {
+    WriteSummary(output.Text(), session);
     output.Flush();
   }
-  exports.Finish();
-  const bool logged = !rinex || rinex->Finish();
-  if (!exports.IsOver()) CheckUnderstood(recording, window);
-  return logged ? ExitCode::done : ExitCode::failed;
+  if (code != ExitCode::interrupted) session.GetFeed().CheckUnderstood(session.Window());
+  return code;
 }
 
 }  // namespace host

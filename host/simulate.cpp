@@ -1,6 +1,6 @@
 #include "host/simulate.h"
 
-#include "host/run/waiter.h"
+#include "host/run/deadline.h"
 
 namespace host {
 
@@ -21,11 +21,12 @@ ExitCode Simulate(const SimulateOptions& options, const Interrupt& interrupt, Ou
   output.Flush();
   Deadline end;
   if (options.duration > 0.0) end.Set(options.duration);
-  PortWatch nothing("");
-  Waiter waiter(interrupt, output, nothing);
-  while (!end.HasPassed() && !waiter.IsReaderGone()) {
-    waiter.Wait(end.Earlier(Deadline::Clock::time_point::max()));
-    if (interrupt.HasCome()) return ExitCode::interrupted;
+  bool is_read = true;
+  while (!end.HasPassed() && is_read) {
+    std::vector<pollfd> waits = {{interrupt.Descriptor(), POLLIN, 0}, {output.Descriptor(), 0, 0}};
+    WaitFor(waits, end.Earlier(Deadline::kNever));
+    if (waits[0].revents != 0) return ExitCode::interrupted;
+    is_read = (waits[1].revents & (POLLERR | POLLHUP)) == 0;
   }
   return ExitCode::done;
 }

@@ -3,7 +3,6 @@
 #include <sstream>
 #include <vector>
 
-#include "gpsengine/engine/gpsengine.h"
 #include "gpsengine/platform/application.h"
 #include "host/commands/models.h"
 #include "host/commands/outcome.h"
@@ -71,12 +70,11 @@ TEST_F(HostOperations, CountAWaitForAnAcknowledgementAsAcknowledged) {
 }
 
 TEST_F(HostOperations, RefuseAnIntervalThatTheModelDoesNotHave) {
-  CGPSEngine engine;
   const std::pair<const char*, const char*> rows[] = {
       {"CSI - MAX", "5"}, {"Sokkia Axis3", "0.5"}, {"GSR2650 LB", "0.2"}, {"CSI", "0.2"}, {"Racal", "90000"}};
   for (const auto& [model, seconds] : rows) {
     const Operation& operation = FindOperation("raw-interval");
-    EXPECT_THROW(Prepare(operation, {{seconds}}, SelectModel(engine, model)), Failure) << model;
+    EXPECT_THROW(Prepare(operation, {{seconds}}, FindModel(model)), Failure) << model;
     EXPECT_EQ(Steps(model, {"raw-interval", seconds}), "false") << model;
   }
 }
@@ -189,11 +187,9 @@ TEST_F(HostOperations, TakeNoArgumentsButTheirOwn) {
 }
 
 TEST_F(HostOperations, AreListedWhereTheModelHasThem) {
-  CGPSEngine engine;
   const auto names = [&](const char* model) {
     std::string list;
-    for (const Operation* operation : OperationsOf(SelectModel(engine, model)))
-      list += std::string(operation->name) + ' ';
+    for (const Offer& offer : OffersOf(FindModel(model))) list += std::string(offer.operation->name) + ' ';
     return list;
   };
   EXPECT_EQ(names("Other"), "start send keep-alive suspend ");

@@ -4,9 +4,10 @@
 #include <cmath>
 #include <cstdio>
 #include <fstream>
+#include <memory>
 
 #include "gpsengine/platform/application.h"
-#include "host/run/player.h"
+#include "host/session/recordingfeed.h"
 #include "tests/support/program.h"
 #include "tests/support/receivertest.h"
 
@@ -16,20 +17,32 @@ namespace {
 
 class HostPlayer : public testing::Test {
  protected:
-  HostPlayer() : path_(testing::TempDir() + "host_player_" + std::to_string(getpid())) {}
+  HostPlayer() : path_(testing::TempDir() + "host_player_" + std::to_string(getpid())) {
+    app_.SetProfilePath("");
+  }
   ~HostPlayer() override { std::remove(path_.c_str()); }
 
   void Record(const std::string& bytes) const { std::ofstream(path_, std::ios::binary) << bytes; }
+  /// The recording on its way to a receiver, whose line has that baud rate.
+  std::unique_ptr<PacedFeed> Play(double speed, int baud) {
+    CGPSReceiver* const receiver = engine_.FindReceiver("Other");
+    receiver->UseBaudrate(baud);
+    receiver->SetupReceiver(1, 0, 0.0, "", true);
+    engine_.SetReceiver(receiver);
+    auto feed = std::make_unique<PacedFeed>(path_, speed);
+    feed->Open(engine_, window_);
+    return feed;
+  }
   /// Plays what is due, and tells how many seconds later the next piece is.
-  double Step(Player& player) {
-    const auto before = player.NextAt();
-    player.Play(engine_);
-    return std::round(std::chrono::duration<double>(player.NextAt() - before).count());
+  double Step(Feed& feed) {
+    const auto before = feed.NextAt();
+    feed.Step(engine_);
+    return std::round(std::chrono::duration<double>(feed.NextAt() - before).count());
   }
 
   const std::string path_;
   CWinApp app_{"gpsengine-test"};
-  NoSink sink_;
+  host::HostWindow window_;
   CGPSEngine engine_;
 };
 
@@ -38,20 +51,20 @@ class HostPlayer : public testing::Test {
 TEST_F(HostPlayer, WaitsAsLongAsTheRecordingDid) {
   Record(FixAt(0) + WithChecksum("$GPGLL,4807.038,N,01131.000,E,000010.5,A") + FixAt(0) + "noise\r\n" +
          FixAt(2));
-  Player player(path_, 0.01, 4800, sink_);
-  EXPECT_EQ(Step(player), 50.0) << "at a hundredth of the speed";
-  EXPECT_EQ(Step(player), 0.0) << "what is not due yet is not played";
-  EXPECT_FALSE(player.IsAtEnd());
+  const auto feed = Play(0.01, 4800);
+  EXPECT_EQ(Step(*feed), 50.0) << "at a hundredth of the speed";
+  EXPECT_EQ(Step(*feed), 0.0) << "what is not due yet is not played";
+  EXPECT_FALSE(feed->IsAtEnd());
 }
 
 TEST_F(HostPlayer, PacesARecordingWithoutTimesByItsLine) {
   Record(std::string(480, '.') + '\n');
-  Player slow(path_, 1.0, 4810, sink_);
-  EXPECT_GT(slow.NextAt(), Player::Clock::now() + std::chrono::milliseconds(900));
-  Player quick(path_, Player::kMax, 4810, sink_);
-  EXPECT_LE(quick.NextAt(), Player::Clock::now());
-  quick.Play(engine_);
-  EXPECT_TRUE(quick.IsAtEnd());
+  const auto slow = Play(1.0, 4810);
+  EXPECT_GT(slow->NextAt(), Deadline::Clock::now() + std::chrono::milliseconds(900));
+  const auto quick = Play(PacedFeed::kMax, 4810);
+  EXPECT_LE(quick->NextAt(), Deadline::Clock::now());
+  quick->Step(engine_);
+  EXPECT_TRUE(quick->IsAtEnd());
 }
 
 TEST_F(HostPlayer, TellsTheTimeOfDayOfGoodSentencesAlone) {

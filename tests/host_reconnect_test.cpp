@@ -9,7 +9,7 @@
 #include "gpsengine/platform/application.h"
 #include "host/line/config.h"
 #include "host/monitor.h"
-#include "host/records/fixage.h"
+#include "host/session/fixage.h"
 #include "tests/support/pseudoterminal.h"
 #include "tests/support/receivertest.h"
 
@@ -104,8 +104,23 @@ TEST_F(ReconnectTest, GoesOnUnderTheSameNameAndInTheSameRecording) {
   recorded << std::ifstream(options.record).rdbuf();
   EXPECT_TRUE(recorded.str().starts_with(FixAt(1))) << recorded.str();
   EXPECT_TRUE(recorded.str().ends_with(FixAt(2))) << recorded.str();
-  const CGPSEngine engine;
-  EXPECT_EQ(host::ReadConfig(engine).port, options.port) << "remembered, since it was understood";
+  EXPECT_EQ(host::ReadConfig().port, options.port) << "remembered, since it was understood";
+}
+
+TEST_F(ReconnectTest, WaitsForAPortThatIsNotThereYet) {
+  Unplug();
+  options.duration = 0.05;
+  EXPECT_EQ(Run([] {}), host::ExitCode::port_closed) << "it was not lost";
+  options.duration = 0.0;
+  EXPECT_EQ(Run([&] {
+              std::this_thread::sleep_for(30ms);
+              Plug();
+              SendUntilShown(1);
+              CloseOutput();
+            }),
+            host::ExitCode::done);
+  ExpectError("waiting for " + options.port + " to be plugged in");
+  ExpectError("the port is there as " + terminal->Name());
 }
 
 TEST_F(ReconnectTest, EndsWhileItWaitsWhenItsTimeIsOverOrItIsInterrupted) {
@@ -134,13 +149,13 @@ TEST(FixAge, TellsOnceThatThereIsNoFixAndOnceThatThereIsOne) {
   std::string out;
   long long messages = 0;
   host::FixAge age(
-      std::make_unique<host::NoSink>(), out, [&] { return messages; }, 0.04);
+      out, [&] { return messages; }, 0.04);
   const auto wait = [&](int new_messages) {
     out.clear();
     for (int i = 0; i < 3; ++i) {
       std::this_thread::sleep_for(25ms);
       messages += new_messages;
-      age.Check();
+      age.Step();
     }
   };
   CGPSData fix, no_fix;
@@ -152,14 +167,14 @@ TEST(FixAge, TellsOnceThatThereIsNoFixAndOnceThatThereIsOne) {
   age.OnData(no_fix);
   age.OnData(fix);
   EXPECT_TRUE(out.ends_with("comes\na first fix after 0 s\n")) << out;
-  age.Check();
+  age.Step();
   age.OnData(fix);
   wait(1);
   EXPECT_EQ(out, "no fix for 0 s: messages come, but no position\n");
   age.OnData(fix);
   age.OnData(fix);
   EXPECT_TRUE(out.ends_with("position\na fix again after 0 s\n")) << out;
-  EXPECT_GT(age.Due().Earlier(host::Deadline::Clock::time_point::max()), host::Deadline::Clock::now());
+  EXPECT_GT(age.NextAt(), host::Deadline::Clock::now());
 }
 
 }  // namespace

@@ -12,7 +12,7 @@
 #include <thread>
 
 #include "gpsengine/platform/application.h"
-#include "host/line/linetap.h"
+#include "host/line/sentences.h"
 #include "host/run/failure.h"
 #include "host/serve.h"
 #include "host/server/gpsdserver.h"

@@ -8,6 +8,7 @@
 #include <sstream>
 
 #include "gpsengine/engine/gpsengine.h"
+#include "host/commands/models.h"
 #include "host/run/failure.h"
 #include "host/tui/commandmenu.h"
 #include "host/tui/dashboard.h"
@@ -75,7 +76,7 @@ TEST_F(HostScreen, ShowsAFixAtAGlance) {
   readings_.OnData(Fix());
   view_.model = "Trimble";
   view_.source = "/dev/ttyUSB0";
-  view_.counters = {12, 3, 4, 5};
+  view_.counters = {0, 12, 3, 4, 5, 0};
   EXPECT_EQ(Row(0), " gpsengine  Trimble  /dev/ttyUSB0");
   const char* const fix[] = {
       "+- Fix --------------------------------+", "| RTK float                    age 0 s |",
@@ -160,7 +161,7 @@ namespace {
 /// What a model's menu makes of keys.
 class Menu {
  public:
-  explicit Menu(const char* model) : menu_(*engine_.FindReceiver(model)) { menu_.Open(); }
+  explicit Menu(const char* model) : menu_(FindModel(model)) { menu_.Open(); }
   std::optional<CommandMenu::Order> Type(const std::string& text) {
     std::optional<CommandMenu::Order> order;
     for (const char c : text) order = menu_.OnKey(c == '\n' ? key::kEnter : c);
@@ -174,10 +175,6 @@ class Menu {
     return screen.find(text) != std::string::npos;
   }
 
- private:
-  CGPSEngine engine_;
-
- public:
   CommandMenu menu_;
 };
 
@@ -286,10 +283,16 @@ TEST(HostLiveScreen, EndsInTheMidstOfALongStart) {
 }
 
 TEST(HostLiveScreen, CommandsTheReceiver) {
-  OnTerminal terminal({"monitor", "--model", "CSI"});
-  EXPECT_TRUE(terminal.Writes("DGPS"));
-  terminal.Type("cjjjjj\r");
-  EXPECT_TRUE(terminal.Writes("answer: PEM:05")) << "what answers query-elevation-mask is no sentence";
-  terminal.Type("q");
-  EXPECT_EQ(terminal.Run().Wait(), 0);
+  const std::string record = testing::TempDir() + "host_tui_" + std::to_string(getpid());
+  for (const bool records : {false, true}) {
+    std::vector<std::string> arguments = {"monitor", "--model", "CSI"};
+    if (records) arguments.insert(arguments.end(), {"--record", record});
+    OnTerminal terminal(arguments);
+    EXPECT_TRUE(terminal.Writes("DGPS"));
+    terminal.Type("cjjjjj\r");
+    EXPECT_TRUE(terminal.Writes("EM:05 SAV")) << "what answers query-elevation-mask is no sentence";
+    terminal.Type("q");
+    EXPECT_EQ(terminal.Run().Wait(), 0);
+  }
+  EXPECT_EQ(std::remove(record.c_str()), 0);
 }

@@ -4,7 +4,7 @@
 #include <charconv>
 
 #include "host/cli/values.h"
-#include "host/run/player.h"
+#include "host/session/recordingfeed.h"
 
 namespace host {
 
@@ -53,7 +53,7 @@ void AddSpeedOption(CLI::App& command, double& speed) {
           [&speed](const std::string& word) {
             const char* const end = word.data() + word.size();
             if (word == "max") {
-              speed = Player::kMax;
+              speed = PacedFeed::kMax;
             } else if (std::from_chars(word.data(), end, speed).ptr != end ||
                        !(speed > 0.0 && speed <= 1e6)) {
               throw CLI::ValidationError("--speed", word + " is no number above 0, and not \"max\"");

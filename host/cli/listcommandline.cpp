@@ -45,8 +45,7 @@ std::vector<std::string> ArgumentWords(const Operation& operation) {
 
 KnownWords WordsToComplete() {
   KnownWords words;
-  const CGPSEngine engine;
-  for (const auto& receiver : engine.GetReceivers()) words["--model"].push_back(receiver->GetName().ToUtf8());
+  for (const auto& receiver : Models()) words["--model"].push_back(receiver->GetName().ToUtf8());
   words["NAME"] = words["--model"];
   words["MODEL"] = words["--model"];
   for (const Operation& operation : Operations()) {
@@ -81,12 +80,11 @@ void AddModels(CLI::App& app, Job& job) {
       ->capture_default_str();
   command->callback([&job, options] {
     job = [options](const Interrupt&, Output& output) {
-      CGPSEngine engine;
       const bool json = options->format == "json";
       if (options->name.empty()) {
-        output.Text() += json ? ModelsAsJson(engine) : ModelsAsTable(engine);
+        output.Text() += json ? ModelsAsJson() : ModelsAsTable();
       } else {
-        CGPSReceiver& receiver = SelectModel(engine, options->name);
+        CGPSReceiver& receiver = FindModel(options->name);
         output.Text() += json ? ModelAsJson(receiver) : ModelAsText(receiver);
       }
       output.Flush();
@@ -144,11 +142,10 @@ void AddConfig(CLI::App& app, Job& job) {
   command->callback([&job, options, set, forget, reset] {
     job = [options, set = set->parsed(), forget = forget->parsed(), reset = reset->parsed()](const Interrupt&,
                                                                                              Output& output) {
-      CGPSEngine engine;
-      if (forget) ForgetRate(engine, options->value);
-      if (set) SetConfig(engine, options->name, options->value);
-      if (reset) ResetConfig(engine);
-      const Config config = ReadConfig(engine);
+      if (forget) ForgetRate(options->value);
+      if (set) SetConfig(options->name, options->value);
+      if (reset) ResetConfig();
+      const Config config = ReadConfig();
       output.Text() += options->format == "json" ? ConfigAsJson(config) : ConfigAsText(config);
       output.Flush();
       return ExitCode::done;
@@ -189,9 +186,8 @@ void AddReceiversDoc(CLI::App& app, Job& job) {
   auto* command = app.add_subcommand("receivers-doc", "Print docs/receivers.md")->group("");
   command->callback([&job] {
     job = [](const Interrupt&, Output& output) {
-      const CGPSEngine engine;
       AfxGetApp()->SetProfilePath("");  // the rates of the models, not those that this user has kept
-      output.Text() += ReceiversDoc(engine);
+      output.Text() += ReceiversDoc();
       output.Flush();
       return ExitCode::done;
     };

@@ -102,8 +102,7 @@ CLI::Validator AModel() {
   return CLI::Validator(
       [](std::string& word) -> std::string {
         try {
-          CGPSEngine engine;
-          word = SelectModel(engine, word).GetName().ToUtf8();
+          word = FindModel(word).GetName().ToUtf8();
           return "";
         } catch (const Failure& failure) {
           return failure.what();

@@ -4,6 +4,7 @@
 #include <iterator>
 #include <string_view>
 
+#include "gpsengine/engine/gpsengine.h"
 #include "host/commands/rehearse.h"
 #include "host/records/jsonwriter.h"
 #include "host/run/failure.h"
@@ -44,10 +45,10 @@ std::string Padded(std::string text, std::size_t width) {
 }
 
 /// The failure of a name that is no model's.
-Failure NoModel(const std::string& name, const CGPSEngine& engine) {
+Failure NoModel(const std::string& name) {
   std::vector<std::string> names;
   std::string list;
-  for (const auto& receiver : engine.GetReceivers()) {
+  for (const auto& receiver : Models()) {
     names.push_back(receiver->GetName().ToUtf8());
     list += (list.empty() ? "\"" : ", \"") + names.back() + '"';
   }
@@ -75,20 +76,24 @@ std::span<const Answer> Answers() {
   return kAnswers;
 }
 
-CGPSReceiver& SelectModel(CGPSEngine& engine, const std::string& name) {
-  const auto& receivers = engine.GetReceivers();
-  const auto found = std::find_if(receivers.begin(), receivers.end(), [&](const auto& receiver) {
+const std::vector<std::unique_ptr<CGPSReceiver>>& Models() {
+  static const auto* const engine = new CGPSEngine;
+  return engine->GetReceivers();
+}
+
+CGPSReceiver& FindModel(const std::string& name) {
+  const auto found = std::find_if(Models().begin(), Models().end(), [&](const auto& receiver) {
     return IsSameName(receiver->GetName().ToUtf8(), name);
   });
-  if (found == receivers.end()) throw NoModel(name, engine);
+  if (found == Models().end()) throw NoModel(name);
   return **found;
 }
 
-std::string ModelsAsTable(const CGPSEngine& engine) {
+std::string ModelsAsTable() {
   std::string table = Padded("MODEL", kNameWidth) + " BAUD";
   for (const auto& answer : kAnswers) table += std::string("  ") + answer.heading;
   table += '\n';
-  for (const auto& receiver : engine.GetReceivers()) {
+  for (const auto& receiver : Models()) {
     table += Padded(receiver->GetName().ToUtf8(), kNameWidth) + ' ' +
              std::to_string(receiver->GetDefaultBaudrate());
     for (const auto& answer : kAnswers) {
@@ -104,11 +109,11 @@ std::string ModelsAsTable(const CGPSEngine& engine) {
   return table;
 }
 
-std::string ModelsAsJson(const CGPSEngine& engine) {
+std::string ModelsAsJson() {
   std::string text;
   JsonWriter json(text);
   json.BeginArray();
-  for (const auto& receiver : engine.GetReceivers()) {
+  for (const auto& receiver : Models()) {
     json.BeginObject();
     Describe(*receiver, json);
     json.EndObject();
@@ -124,11 +129,11 @@ std::string ModelAsText(CGPSReceiver& receiver) {
     text += "  " + Padded(answer.meaning, kAnswerWidth) + (answer.ask(receiver) ? " yes\n" : " no\n");
   }
   text += "\nOperations for \"gpsengine command --model\":\n";
-  const auto operations = OperationsOf(receiver);
+  const auto& offers = OffersOf(receiver);
   std::size_t width = 0;
-  for (const Operation* operation : operations) width = std::max(width, Usage(*operation).size());
-  for (const Operation* operation : operations) {
-    text += "  " + Padded(Usage(*operation), width) + "  " + operation->summary + '\n';
+  for (const Offer& offer : offers) width = std::max(width, Usage(*offer.operation).size());
+  for (const Offer& offer : offers) {
+    text += "  " + Padded(Usage(*offer.operation), width) + "  " + offer.operation->summary + '\n';
   }
   return text;
 }
@@ -140,7 +145,7 @@ std::string ModelAsJson(CGPSReceiver& receiver) {
   Describe(receiver, json);
   json.Key("operations");
   json.BeginArray();
-  for (const Operation* operation : OperationsOf(receiver)) {
+  for (const auto& [operation, times] : OffersOf(receiver)) {
     json.BeginObject();
     json.Member("name", operation->name);
     json.Member("arguments", operation->arguments);

@@ -4,7 +4,6 @@
 
 #include "gpsengine/drivers/gsr2650lb.h"
 #include "gpsengine/drivers/sokkiaaxis3.h"
-#include "gpsengine/engine/gpsengine.h"
 #include "host/commands/models.h"
 #include "host/run/failure.h"
 
@@ -60,8 +59,7 @@ bool SetRawInterval(CGPSReceiver& receiver, double seconds) {
 }
 
 bool IsRawDataDecoded(const std::string& model) {
-  CGPSEngine engine;
-  return &IntervalsOf(SelectModel(engine, model)) == &kAny;
+  return &IntervalsOf(FindModel(model)) == &kAny;
 }
 
 std::string WhyNoRawData(const std::string& model) {
@@ -69,10 +67,8 @@ std::string WhyNoRawData(const std::string& model) {
     return "the raw data of the model " + model +
            " are blocks that this program hands on without decoding them, so that it cannot log them";
   }
-  CGPSEngine engine;
-  CGPSReceiver& receiver = SelectModel(engine, model);
   const std::string beside = "beside GSA and GSV sentences raw data are passed over";
-  if (receiver.HasRawData()) return beside + ": the operation gga-only ends them";
+  if (FindModel(model).HasRawData()) return beside + ": the operation gga-only ends them";
   return "only the raw data of an Ashtech, CSI or Racal receiver are decoded, and " + beside;
 }
 

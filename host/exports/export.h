@@ -7,6 +7,7 @@
 #include "host/exports/exportfile.h"
 #include "host/records/epoch.h"
 #include "host/records/geoid.h"
+#include "host/records/tally.h"
 
 namespace host {
 
@@ -15,11 +16,6 @@ struct RunFacts {
   std::string source;  ///< The recording or the port.
   std::string model;
   Geoid geoid = Geoid::none;
-};
-
-/// What the library has counted in a run.
-struct Tally {
-  long long messages = 0, sentences = 0, checksum_errors = 0, binary = 0, bad_binary = 0, dropped = 0;
 };
 
 /// A file that is made of the epochs of a run. What it is told it keeps until Flush, so that it may be told

@@ -49,7 +49,6 @@ Exports::Exports(const ExportOptions& options, const RunFacts& facts, const std:
     }
     exports_.push_back(make({option, file, input}, named));
   }
-  if (needs_texts_) engine_.m_ComBuffer.m_bPaused = false;
 }
 
 Exports::~Exports() {
@@ -131,20 +130,9 @@ bool Exports::OnBin() {
   return filter_.Passes(Kind::bin) && inner_.OnBin();
 }
 
-void Exports::Check() {
-  KeepCapturing();
+void Exports::Step() {
   ComplainOfDates();
   for (const auto& file : exports_) file->Flush();
-}
-
-void Exports::KeepCapturing() {
-  if (!needs_texts_) return;
-  CComBuffer& capture = engine_.m_ComBuffer;
-  // What the library keeps itself is for hosts that look at it later.
-  if (capture.m_bOverflow || !engine_.IsActive()) capture.m_strData.Empty();
-  if (!capture.m_bOverflow) return;
-  capture.m_bOverflow = false;
-  capture.m_bPaused = false;
 }
 
 void Exports::ComplainOfDates() {
@@ -153,7 +141,7 @@ void Exports::ComplainOfDates() {
            ": the exported times have the date of today. \"decode --date\" gives them another");
 }
 
-void Exports::Finish() {
+bool Exports::Finish() {
   Tell(std::nullopt);
   ComplainOfDates();
   const long long count = std::exchange(without_height_, 0);
@@ -164,21 +152,9 @@ void Exports::Finish() {
   while (!exports_.empty()) {
     const auto file = std::move(exports_.back());
     exports_.pop_back();
-    file->Finish(TallyOf());
+    file->Finish(TallyOf(engine_));
   }
-}
-
-Tally Exports::TallyOf() const {
-  Tally tally;
-  tally.messages = engine_.GetMessages();
-  tally.dropped = engine_.GetDroppedBuffers();
-  if (const CGPSReceiver* receiver = engine_.GetReceiver()) {
-    tally.sentences = receiver->GetSentencesRecognised();
-    tally.checksum_errors = receiver->GetChecksumErrors();
-    tally.binary = receiver->GetBinaryMessages();
-    tally.bad_binary = receiver->GetBadBinaryMessages();
-  }
-  return tally;
+  return true;
 }
 
 }  // namespace host

@@ -8,7 +8,7 @@
 #include "gpsengine/engine/gpsengine.h"
 #include "host/exports/export.h"
 #include "host/records/filter.h"
-#include "host/records/sink.h"
+#include "host/session/outlet.h"
 
 namespace host {
 
@@ -22,7 +22,7 @@ struct ExportOptions {
 };
 
 /// Filters what is published on its way to another sink, and writes files of what passes.
-class Exports : public Sink {
+class Exports : public Sink, public Outlet {
  public:
   /// `engine` and `inner` outlive the exports. `input` is the file that the run reads, if any. Throws a
   /// Failure if a file cannot be written.
@@ -38,17 +38,15 @@ class Exports : public Sink {
   bool OnString(const CString& text) override;
   void SetReference(std::optional<Moment> reference) override;
 
+  Sink* Records() override { return this; }
+  bool WantsTexts() const override { return needs_texts_; }
   /// Writes what is new. Throws a Failure if a file cannot be written. A sink is called from inside the
   /// library, and so leaves that until it is asked.
-  void Check();
-  /// Completes the files; throws as Check does. To be called when the run has ended, ahead of the engine's
-  /// own end.
-  void Finish();
+  void Step() override;
   /// The stated time of the recording is over.
-  bool IsOver() const { return filter_.IsOver(); }
-
-  /// The texts of messages are needed: the capture of the engine goes on all the while.
-  bool NeedsTexts() const { return needs_texts_; }
+  bool IsDone() const override { return filter_.IsOver(); }
+  /// Completes the files; throws as Step does. To be called ahead of the engine's own end.
+  bool Finish() override;
 
  private:
   /// An epoch that waits for the sentence which gave it.
@@ -57,10 +55,8 @@ class Exports : public Sink {
     CGPSData data;
   };
 
-  Tally TallyOf() const;
   void Tell(const std::optional<GgaTail>& tail);
   void ResolveHeights(PositionEpoch& epoch, bool has_sentence);
-  void KeepCapturing();
   void ComplainOfDates();
 
   CGPSEngine& engine_;

@@ -12,9 +12,8 @@ constexpr double kEveryEpoch = 0.1;
 
 }  // namespace
 
-RinexSink::RinexSink(const RinexOptions& options, const std::string& model, double antenna_height,
-                     Sink& inner)
-    : inner_(inner), model_(model) {
+RinexSink::RinexSink(const RinexOptions& options, const std::string& model, double antenna_height)
+    : model_(model) {
   if (!IsRawDataDecoded(model)) Complain(WhyNoRawData(model));
   log_.SetBase(options.base);
   log_.SetReceiver(model);
@@ -22,25 +21,20 @@ RinexSink::RinexSink(const RinexOptions& options, const std::string& model, doub
   log_.SetAntennaHeight(antenna_height);
   log_.Enable(true);
   log_.Open();
-  Check();
+  Step();
 }
 
 bool RinexSink::OnRawData(const CGPSDataRaw& epoch) {
   if (log_.IsEpochDue(epoch)) log_.WriteEpoch(epoch);
-  return inner_.OnRawData(epoch);
+  return false;
 }
 
 bool RinexSink::OnEphemeris(const CGPSDataEphemeris& ephemeris) {
   log_.WriteEphemeris(ephemeris);
-  return inner_.OnEphemeris(ephemeris);
+  return false;
 }
 
-void RinexSink::SetReference(std::optional<Moment> reference) {
-  log_.SetPivot(reference);
-  inner_.SetReference(reference);
-}
-
-void RinexSink::Check() {
+void RinexSink::Step() {
   if (log_.IsBroken()) throw Failure(ExitCode::failed, log_.GetLastErrorString().ToUtf8());
 }
 

@@ -3,7 +3,7 @@
 #include <string>
 
 #include "host/exports/rinexlog.h"
-#include "host/records/sink.h"
+#include "host/session/outlet.h"
 
 namespace host {
 
@@ -12,27 +12,24 @@ struct RinexOptions {
   double interval = 0.0;  ///< Seconds between the epochs that are logged; 0 for all of them.
 };
 
-/// Logs raw data on their way to another sink.
-class RinexSink : public Sink {
+/// Logs the raw data of a run.
+class RinexSink : public NoSink, public Outlet {
  public:
-  /// `inner` outlives the sink. Throws a Failure if the log cannot be opened.
-  RinexSink(const RinexOptions& options, const std::string& model, double antenna_height, Sink& inner);
+  /// Throws a Failure if the log cannot be opened.
+  RinexSink(const RinexOptions& options, const std::string& model, double antenna_height);
 
-  bool OnData(const CGPSData& data) override { return inner_.OnData(data); }
+  Sink* Records() override { return this; }
   bool OnRawData(const CGPSDataRaw& epoch) override;
   bool OnEphemeris(const CGPSDataEphemeris& ephemeris) override;
-  bool OnBin() override { return inner_.OnBin(); }
-  bool OnString(const CString& text) override { return inner_.OnString(text); }
-  void SetReference(std::optional<Moment> reference) override;
+  void SetReference(std::optional<Moment> reference) override { log_.SetPivot(reference); }
 
   /// Throws a Failure if a file could not be written. A sink is called from inside the library, and keeps
   /// that to itself until it is asked.
-  void Check();
+  void Step() override;
   /// Closes the log and tells what is in it. False if that is nothing.
-  bool Finish();
+  bool Finish() override;
 
  private:
-  Sink& inner_;
   const std::string model_;
   RinexLog log_;
 };

@@ -47,9 +47,9 @@ std::string Absolute(const std::string& path) {
 
 }  // namespace
 
-Config ReadConfig(const CGPSEngine& engine) {
+Config ReadConfig() {
   Config config{AfxGetApp()->GetProfilePath().ToUtf8(), Read(kPortEntry), Read(kModelEntry), {}};
-  for (const auto& receiver : engine.GetReceivers()) {
+  for (const auto& receiver : Models()) {
     const CString name = receiver->GetName();
     const int rate = AfxGetApp()->GetProfileInt(name, kBaudEntry, 0);
     if (rate > 0) config.rates[name.ToUtf8()] = rate;
@@ -100,7 +100,7 @@ bool IsKeptRate(CGPSReceiver& receiver) {
   return AfxGetApp()->GetProfileInt(receiver.GetName(), kBaudEntry, 0) == receiver.GetCurrentBaudrate();
 }
 
-void SetConfig(CGPSEngine& engine, const std::string& name, const std::string& value) {
+void SetConfig(const std::string& name, const std::string& value) {
   bool written = false;
   if (name == "port") {
     if (value.empty()) throw Failure(ExitCode::usage, "the name of a port is not empty");
@@ -109,23 +109,23 @@ void SetConfig(CGPSEngine& engine, const std::string& name, const std::string& v
     if (!std::filesystem::exists(value, error))
       Complain("there is no " + value + " now; it is remembered all the same");
   } else if (name == "model") {
-    written = Write(kModelEntry, SelectModel(engine, value).GetName().ToUtf8());
+    written = Write(kModelEntry, FindModel(value).GetName().ToUtf8());
   } else {
     throw Failure(ExitCode::usage, "\"" + name + "\" cannot be set; port and model can");
   }
   if (!written) throw CannotWrite();
 }
 
-void ForgetRate(CGPSEngine& engine, const std::string& model) {
-  if (!AfxGetApp()->RemoveProfileEntry(SelectModel(engine, model).GetName(), kBaudEntry)) throw CannotWrite();
+void ForgetRate(const std::string& model) {
+  if (!AfxGetApp()->RemoveProfileEntry(FindModel(model).GetName(), kBaudEntry)) throw CannotWrite();
 }
 
-void ResetConfig(const CGPSEngine& engine) {
+void ResetConfig() {
   bool written = true;
   for (const char* entry : {kPortEntry, kModelEntry}) {
     written &= AfxGetApp()->RemoveProfileEntry(kSection, entry);
   }
-  for (const auto& receiver : engine.GetReceivers()) {
+  for (const auto& receiver : Models()) {
     written &= AfxGetApp()->RemoveProfileEntry(receiver->GetName(), kBaudEntry);
   }
   if (!written) throw CannotWrite();

@@ -3,7 +3,7 @@
 #include <map>
 #include <string>
 
-#include "gpsengine/engine/gpsengine.h"
+#include "gpsengine/receiver/gpsreceiver.h"
 
 namespace host {
 
@@ -15,7 +15,7 @@ struct Config {
 };
 
 /// What is remembered now.
-Config ReadConfig(const CGPSEngine& engine);
+Config ReadConfig();
 std::string ConfigAsText(const Config& config);
 std::string ConfigAsJson(const Config& config);
 
@@ -30,11 +30,11 @@ bool IsKeptRate(CGPSReceiver& receiver);
 
 /// Sets "port", which need not be there now, or "model". Throws a Failure if there is no such thing to set,
 /// or it cannot be kept.
-void SetConfig(CGPSEngine& engine, const std::string& name, const std::string& value);
+void SetConfig(const std::string& name, const std::string& value);
 /// Forgets the rate of one model. Throws a Failure if there is no such model, or the profile cannot be
 /// written.
-void ForgetRate(CGPSEngine& engine, const std::string& model);
+void ForgetRate(const std::string& model);
 /// Forgets port, model and baud rates. Throws a Failure if the profile cannot be written.
-void ResetConfig(const CGPSEngine& engine);
+void ResetConfig();
 
 }  // namespace host

@@ -5,14 +5,12 @@
 #include <utility>
 
 #include "gpsengine/engine/gpsengine.h"
-#include "gpsengine/link/serialport.h"
 #include "gpsengine/platform/serial.h"
 #include "host/commands/models.h"
 #include "host/line/config.h"
+#include "host/line/kindlistener.h"
 #include "host/line/ports.h"
-#include "host/line/source.h"
 #include "host/run/failure.h"
-#include "host/run/kindlistener.h"
 
 namespace host {
 
@@ -51,33 +49,16 @@ Heard Judge(const KindListener& listener, std::size_t bytes) {
   return {Heard::Verdict::nothing, bytes, bytes == 0 ? "no bytes" : "bytes that make no message"};
 }
 
-/// The port of a run, open for as long as the object lives.
-class OpenPort {
- public:
-  explicit OpenPort(int rate) {
-    port_.SetPortNumber(kPort);
-    port_.SetBaudRate(rate);
-    port_.Open();
-  }
-  ~OpenPort() { port_.Close(); }
-  OpenPort(const OpenPort&) = delete;
-  OpenPort& operator=(const OpenPort&) = delete;
-
-  bool IsOpen() const { return port_.IsOpen(); }
-  /// What there is, having waited for a piece of time at most.
-  std::string Read() const {
-    const COMMTIMEOUTS timeouts{MAXDWORD, MAXDWORD, static_cast<DWORD>(kPiece.count()), 0, 0};
-    SetCommTimeouts(port_.GetHandle(), &timeouts);
-    std::string bytes(4096, '\0');
-    DWORD count = 0;
-    ReadFile(port_.GetHandle(), bytes.data(), static_cast<DWORD>(bytes.size()), &count);
-    bytes.resize(count);
-    return bytes;
-  }
-
- private:
-  CSerialPort port_;
-};
+/// A device, opened at a rate; null if it does not open.
+std::unique_ptr<SerialLine> OpenAt(const std::string& device, int rate) {
+  auto line = OpenSerialDevice(CString::FromUtf8(device));
+  if (line == nullptr) return nullptr;
+  DCB state;
+  state.BaudRate = static_cast<DWORD>(rate);
+  line->SetState(state);
+  line->PurgeInput();  // what came at another rate
+  return line;
+}
 
 /// The search as it goes.
 class Search {
@@ -127,9 +108,8 @@ class Search {
   }
 
   Heard Listen(const std::string& device, int rate) const {
-    MapComPort(kPort, CString::FromUtf8(device));
-    const OpenPort port(rate);
-    if (!port.IsOpen()) {
+    const auto line = OpenAt(device, rate);
+    if (line == nullptr) {
       const std::string reason = WhyNotOpen(device);
       return {Heard::Verdict::closed, 0, reason.empty() ? "cannot open " + device : reason};
     }
@@ -139,23 +119,23 @@ class Search {
     engine.SetReceiver(listener);
     engine.m_bAttachRawData = true;
     std::size_t bytes = 0;
-    if (!Hear(port, engine, *listener, bytes)) {
+    if (!Hear(*line, engine, *listener, bytes)) {
       return {Heard::Verdict::closed, bytes, "the port " + device + " was lost"};
     }
     return Judge(*listener, bytes);
   }
 
   /// Counts the bytes that come. False if the port goes away.
-  bool Hear(const OpenPort& port, CGPSEngine& engine, const KindListener& listener,
-            std::size_t& bytes) const {
+  bool Hear(SerialLine& line, CGPSEngine& engine, const KindListener& listener, std::size_t& bytes) const {
     Clock::time_point now = Clock::now(), end = now + plan_.listen;
     for (bool understood = false; now < end; understood = listener.HasUnderstood()) {
       if (interrupt_.HasCome()) throw Failure(ExitCode::interrupted, "the search was interrupted");
-      const std::string piece = port.Read();
-      if (piece.empty() && Clock::now() - now < kPiece / 2) return false;
+      char piece[4096];
+      const int count = line.Read(piece, sizeof piece, static_cast<DWORD>(kPiece.count()));
+      if (count < 0) return false;
       now = Clock::now();
-      bytes += piece.size();
-      CBinBuffer chunk(piece.data(), static_cast<int>(piece.size()));
+      bytes += static_cast<std::size_t>(count);
+      CBinBuffer chunk(piece, count);
       engine.UpdateGPSBuffer(chunk);
       if (!understood && listener.HasUnderstood()) end = std::min(end, now + plan_.gather);
     }
@@ -182,8 +162,7 @@ class Search {
 /// The ports to search, that of the last run first.
 std::vector<std::string> Candidates() {
   std::vector<std::string> devices;
-  CGPSEngine engine;
-  const std::string last = ReadConfig(engine).port;
+  const std::string last = ReadConfig().port;
   for (const SerialPortInfo& port : FindPorts()) {
     if (port.state != PortState::free) {
       Complain(port.device + " is passed over: " + port.note);
@@ -201,8 +180,7 @@ std::vector<std::string> Candidates() {
 }
 
 LineChoice LastLine(LineChoice choice, bool model_given) {
-  CGPSEngine engine;
-  const Config config = ReadConfig(engine);
+  const Config config = ReadConfig();
   if (config.port.empty()) {
     throw Failure(ExitCode::usage,
                   "no port is remembered yet; \"gpsengine ports\" lists the serial ports, and --port auto "
@@ -217,8 +195,7 @@ LineChoice LastLine(LineChoice choice, bool model_given) {
 }  // namespace
 
 std::vector<int> LikelyRates(const std::string& model) {
-  CGPSEngine engine;
-  CGPSReceiver& receiver = SelectModel(engine, model);
+  CGPSReceiver& receiver = FindModel(model);
   receiver.SetProperties();
   std::vector<int> rates;
   for (const int rate : {receiver.GetCurrentBaudrate(), receiver.GetDefaultBaudrate(), 9600, 4800, 38400,

@@ -3,7 +3,7 @@
 #include <atomic>
 
 #include "gpsengine/platform/messagebox.h"
-#include "host/run/descriptor.h"
+#include "host/run/event.h"
 
 namespace host {
 
@@ -17,15 +17,15 @@ class Boxes {
   Boxes& operator=(const Boxes&) = delete;
 
   /// From now on no box waits, and one that does goes on.
-  void Release();
+  void Release() { released_.Set(); }
   /// From now on the keyboard is read by someone else, who calls GoOn when the user wants a box to go on.
   void GiveUpKeyboard() { has_keyboard_ = false; }
-  void GoOn();
+  void GoOn() { go_on_.Set(); }
 
  private:
   void Show(const CString& text, BoxKind kind) const;
 
-  UniqueDescriptor released_, go_on_;
+  Event released_, go_on_;
   std::atomic<bool> has_keyboard_{true};
 };
 

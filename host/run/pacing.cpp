@@ -12,8 +12,8 @@ constexpr DWORD kPiece = 50;
 constexpr long long kLongSequence = 1500;
 
 std::function<bool(long long)> ShowProgress(const std::string& label, long long time) {
-  const auto progress = std::make_shared<Progress>(label, static_cast<double>(time),
-                                                   time >= kLongSequence && CanShowProgress(false));
+  const auto progress = std::make_shared<Progress>(
+      label, static_cast<double>(time), !label.empty() && time >= kLongSequence && CanShowProgress(false));
   progress->Update(0.0);
   return [progress](long long passed) {
     progress->Update(static_cast<double>(passed));
@@ -25,11 +25,8 @@ std::function<bool(long long)> ShowProgress(const std::string& label, long long 
 
 // It stays in place for good: a thread of the library may still be waiting by it when the program ends.
 PacingClock& PacingClock::Installed() {
-  static PacingClock* const clock = [] {
-    auto* made = new PacingClock;
-    SetClock(made);
-    return made;
-  }();
+  static PacingClock* const clock = new PacingClock;
+  SetClock(clock);
   return *clock;
 }
 

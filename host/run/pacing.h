@@ -28,11 +28,12 @@ class PacingClock : public Clock {
     /// queue.
     Sequence(const Interrupt& interrupt, std::function<bool(long long)> passed);
     ~Sequence();
-    /// Milliseconds that the sequence has waited so far.
-    long long Passed() const { return Installed().passed_; }
     Sequence(const Sequence&) = delete;
     Sequence& operator=(const Sequence&) = delete;
   };
+
+  /// Milliseconds that the last sequence has waited so far.
+  static long long Passed() { return Installed().passed_; }
 
   void Sleep(DWORD ms) override;
   bool Wait(WaitKind kind, DWORD ms, const std::function<bool(DWORD)>& block) override;

@@ -6,8 +6,8 @@
 #include <string>
 #include <string_view>
 
+#include "host/run/deadline.h"
 #include "host/run/descriptor.h"
-#include "host/run/waiter.h"
 #include "host/server/gpsdrequest.h"
 
 namespace host {

@@ -2,17 +2,12 @@
 
 #include <string>
 
+#include "host/records/tally.h"
 #include "host/tui/canvas.h"
 #include "host/tui/position.h"
 #include "host/tui/readings.h"
 
 namespace host {
-
-/// What the library counts by itself.
-struct LineCounters {
-  int sentences = 0, checksum_errors = 0;
-  int binary = 0, bad_binary = 0;
-};
 
 /// All that a screen shows.
 struct View {
@@ -21,7 +16,7 @@ struct View {
   const Readings& readings;
   std::string model;
   std::string source;  ///< Where the bytes come from.
-  LineCounters counters;
+  Tally counters;
   PositionFormat position = PositionFormat::degrees;
   bool sentences = false;  ///< The stream of sentences has a panel.
   std::string status;      ///< The line above the keys.

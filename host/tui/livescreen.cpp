@@ -23,11 +23,6 @@ constexpr std::chrono::seconds kAnswerTime{10};
 constexpr const char* kSection = "Monitor";
 constexpr const char* kPositionEntry = "PositionFormat";
 
-long long StartTimeOf(CGPSReceiver& receiver) {
-  const Operation& start = FindOperation("start");
-  return Rehearse(receiver.GetName().ToUtf8(), start, Prepare(start, {})).Time();
-}
-
 PositionFormat KeptPositionFormat() {
   CWinApp* app = AfxGetApp();
   const int kept = app == nullptr ? 0 : app->GetProfileInt(kSection, kPositionEntry, 0);
@@ -36,16 +31,15 @@ PositionFormat KeptPositionFormat() {
 
 }  // namespace
 
-LiveScreen::LiveScreen(Readings& readings, CGPSEngine& engine, CGPSReceiver& receiver,
-                       const Interrupt& interrupt)
-    : readings_(readings),
-      engine_(engine),
-      receiver_(receiver),
-      interrupt_(interrupt),
-      menu_(receiver),
-      start_time_(StartTimeOf(receiver)),
+LiveScreen::LiveScreen(Session& session, Readings& readings)
+    : session_(session),
+      readings_(readings),
+      menu_(session.Receiver()),
+      start_time_(StartTimeOf(session.Receiver())),
       view_(readings) {
-  view_.model = receiver.GetName().ToUtf8();
+  session.GetBoxes().GiveUpKeyboard();
+  view_.model = session.Options().model;
+  view_.source = session.GetFeed().Description(session.Receiver().GetCurrentBaudrate());
   view_.position = KeptPositionFormat();
   SetComplaintHandler([this](const std::string& text) {
     const std::lock_guard lock(notices_mutex_);
@@ -56,17 +50,29 @@ LiveScreen::LiveScreen(Readings& readings, CGPSEngine& engine, CGPSReceiver& rec
   if (silences_trace_) SetTraceHandler([](const CString&) {});
 }
 
-LiveScreen::~LiveScreen() {
-  Close();
-}
-
 void LiveScreen::Close() {
   SetComplaintHandler({});
   if (std::exchange(silences_trace_, false)) SetTraceHandler({});
   terminal_.Close();
 }
 
-LiveScreen::Clock::time_point LiveScreen::NextDraw() const {
+void LiveScreen::OnEvent(RunEvent event) {
+  if (event == RunEvent::starting && session_.GetFeed().IsLive()) {
+    start_.emplace(*this, "starting the receiver", start_time_);
+  }
+  if (event == RunEvent::started) start_.reset();
+  if (event == RunEvent::over) Close();
+}
+
+void LiveScreen::AddWaits(std::vector<pollfd>& waits) {
+  waits.push_back({has_input_ ? terminal_.Descriptor() : -1, POLLIN, 0});
+}
+
+void LiveScreen::Handle(const std::vector<pollfd>& waits, std::size_t first) {
+  if ((waits[first].revents & (POLLERR | POLLHUP | POLLNVAL)) != 0) has_input_ = false;
+}
+
+LiveScreen::Clock::time_point LiveScreen::NextAt() const {
   const bool news = dirty_ || readings_.Version() != drawn_version_;
   return drawn_at_ + (news ? Clock::duration(kLeastInterval) : Clock::duration(kTick));
 }
@@ -74,10 +80,10 @@ LiveScreen::Clock::time_point LiveScreen::NextDraw() const {
 void LiveScreen::Step() {
   while (const auto key = terminal_.ReadKey()) OnKey(*key);
   TakeNotices();
-  TakeParameterLines();
-  KeepCapturing();
+  if (busy_.empty() && answers_until_ && Clock::now() >= *answers_until_) answers_until_.reset();
+  readings_.ShowAnswers(WantsTexts());
   if (terminal_.TakeChange()) drawn_at_ = {};
-  if (Clock::now() >= NextDraw()) Draw();
+  if (Clock::now() >= NextAt()) Draw();
 }
 
 void LiveScreen::OnKey(int key) {
@@ -109,7 +115,7 @@ void LiveScreen::OnKey(int key) {
       view_.sentences = !view_.sentences;
       break;
     case key::kEnter:
-      if (enter_) enter_();
+      session_.GetBoxes().GoOn();
       break;
     default:
       break;
@@ -129,16 +135,18 @@ void LiveScreen::NextPositionFormat() {
 }
 
 void LiveScreen::Perform(const CommandMenu::Order& order) {
-  if (receiver_.GetPortHandle() == INVALID_HANDLE_VALUE) {
+  if (session_.Receiver().GetPortHandle() == INVALID_HANDLE_VALUE) {
     return Tell("no port is open: " + order.text + " has not been sent", Style::bad);
   }
   const bool asks = order.operation->kind == Operation::Kind::asks;
-  Listen();
+  answers_until_ = Clock::now() + kAnswerTime;
+  readings_.ShowAnswers(true);
+  session_.PassOn();
   readings_.Log("> " + order.text, Style::label);
   Result result = Result::none;
   try {
     const Busy busy(*this, order.text, order.time);
-    result = order.action(receiver_);
+    result = order.action(session_.Receiver());
   } catch (const PacingClock::Interrupted&) {
     return Tell("stopped: what was left of " + order.text + " has not been sent", Style::warn);
   }
@@ -147,8 +155,9 @@ void LiveScreen::Perform(const CommandMenu::Order& order) {
 }
 
 LiveScreen::Busy::Busy(LiveScreen& screen, const std::string& label, long long time)
-    : screen_(screen),
-      sequence_(screen.interrupt_, [&screen](long long passed) { return screen.OnPassed(passed); }) {
+    : screen_(screen), sequence_(screen.session_.GetInterrupt(), [&screen](long long passed) {
+        return screen.OnPassed(passed);
+      }) {
   screen.stop_ = false;
   screen.busy_ = label;
   screen.busy_time_ = time;
@@ -165,7 +174,7 @@ LiveScreen::Busy::~Busy() {
 bool LiveScreen::OnPassed(long long passed) {
   busy_passed_ = passed;
   dirty_ = true;
-  if (drain_) drain_();
+  session_.PassOn();
   Step();
   return !stop_;
 }
@@ -189,39 +198,12 @@ void LiveScreen::Tell(const std::string& text, Style style) {
   dirty_ = true;
 }
 
-// The library keeps what it captures, and stops when it has kept much of it.
-void LiveScreen::KeepCapturing() {
-  if (busy_.empty() && answers_until_ && Clock::now() >= *answers_until_) {
-    answers_until_.reset();
-    if (std::exchange(taps_, false)) engine_.m_bRecordRaw = false;
-  }
-  readings_.ShowAnswers(view_.sentences || answers_until_);
-  const bool wanted = view_.sentences || answers_until_ || keeps_texts_;
-  CComBuffer& capture = engine_.m_ComBuffer;
-  if (capture.m_bOverflow && capture.m_bPaused) {
-    capture.m_strData.Empty();
-    capture.m_bOverflow = false;
-  }
-  if (capture.m_bPaused == wanted) capture.m_bPaused = !wanted;
-}
-
-// For what answers a command.
-void LiveScreen::Listen() {
-  answers_until_ = Clock::now() + kAnswerTime;
-  KeepCapturing();
-  if (tap_ == nullptr || engine_.m_bRecordRaw) return;
-  tap_->Restart();
-  taps_ = true;
-  engine_.m_bRecordRaw = true;
-}
-
-void LiveScreen::TakeParameterLines() {
-  if (!taps_) return;
-  parameters_.Feed(tap_->Take());
-  const auto& lines = parameters_.Lines();
-  for (; parameters_shown_ < lines.size(); ++parameters_shown_) {
-    readings_.Log("answer: " + lines[parameters_shown_], Style::normal);
-  }
+void LiveScreen::OnBytes(std::string_view bytes) {
+  if (!answers_until_) return;
+  answers_.Feed(bytes, [this](std::string_view text) {
+    if (IsParameterLine(text))
+      readings_.Log("answer: " + std::string(text.substr(0, text.size() - 2)), Style::normal);
+  });
 }
 
 void LiveScreen::Draw() {
@@ -229,8 +211,7 @@ void LiveScreen::Draw() {
     status_until_.reset();
     view_.status.clear();
   }
-  view_.counters = {receiver_.GetSentencesRecognised(), receiver_.GetChecksumErrors(),
-                    receiver_.GetBinaryMessages(), receiver_.GetBadBinaryMessages()};
+  view_.counters = TallyOf(session_.Engine());
   Canvas canvas = terminal_.MakeCanvas();
   View view = view_;
   if (!busy_.empty()) {

@@ -2,17 +2,16 @@
 
 #include <algorithm>
 #include <cmath>
-#include <numbers>
 #include <vector>
 
 #include "host/records/fixkind.h"
+#include "host/records/units.h"
 #include "host/tui/dashboard.h"
 
 namespace host {
 
 namespace {
 
-constexpr double kDegrees = 180.0 / std::numbers::pi;
 constexpr double kKnots = 3600.0 / 1852.0;
 
 struct Kind {
@@ -249,7 +248,7 @@ void DrawSentences(Pane pane, const View& view) {
 }
 
 void DrawCounters(Pane pane, const View& view) {
-  const LineCounters& line = view.counters;
+  const Tally& line = view.counters;
   const Readings& readings = view.readings;
   const struct {
     const char* label;

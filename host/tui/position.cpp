@@ -1,17 +1,13 @@
 #include "host/tui/position.h"
 
 #include <cmath>
-#include <numbers>
 
+#include "host/records/units.h"
 #include "host/tui/canvas.h"
 
 namespace host {
 
-namespace {
-
-constexpr double kDegrees = 180.0 / std::numbers::pi;
-
-}  // namespace
+namespace {}  // namespace
 
 std::string AngleText(double radians, PositionFormat format, char positive, char negative) {
   const double degrees = std::isfinite(radians) ? std::fabs(radians) * kDegrees : 0.0;

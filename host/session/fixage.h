@@ -1,38 +1,29 @@
 #pragma once
 
 #include <functional>
-#include <memory>
 #include <string>
 
-#include "host/records/sink.h"
-#include "host/run/waiter.h"
+#include "host/session/outlet.h"
 
 namespace host {
 
 /// Tells a reader of lines that the last fix grows old, which by itself is seen only by what does not come: a
 /// line once there was none for some seconds, and another when there is one again. The lines count as no
-/// records. A receiver that has a fix every half minute is given time accordingly.
-class FixAge : public Sink {
+/// records. A receiver that has a fix every half minute is given time accordingly. It takes the records ahead
+/// of whoever shows them.
+class FixAge : public NoSink, public Outlet {
  public:
   /// The age at which a fix is old, in seconds.
   static constexpr double kOld = 5.0;
 
-  /// Hands everything on to `inner`; its lines go to `out`. `messages` tells how many messages have come from
-  /// the receiver, fixes or not.
-  FixAge(std::unique_ptr<Sink> inner, std::string& out, std::function<long long()> messages,
-         double old = kOld);
+  /// Its lines go to `out`. `messages` tells how many messages have come from the receiver, fixes or not.
+  FixAge(std::string& out, std::function<long long()> messages, double old = kOld);
 
+  Sink* Records() override { return this; }
   bool OnData(const CGPSData& data) override;
-  bool OnRawData(const CGPSDataRaw& epoch) override { return inner_->OnRawData(epoch); }
-  bool OnEphemeris(const CGPSDataEphemeris& ephemeris) override { return inner_->OnEphemeris(ephemeris); }
-  bool OnBin() override { return inner_->OnBin(); }
-  bool OnString(const CString& text) override { return inner_->OnString(text); }
-  void SetReference(std::optional<Moment> reference) override { inner_->SetReference(reference); }
-
   /// Says that the fix is old, if it has become so.
-  void Check();
-  /// When to call Check.
-  const Deadline& Due() const { return due_; }
+  void Step() override;
+  Deadline::Moment NextAt() const override { return due_.Earlier(Deadline::kNever); }
 
  private:
   using Clock = Deadline::Clock;
@@ -40,7 +31,6 @@ class FixAge : public Sink {
   void Await(double age);
   double Age() const { return std::chrono::duration<double>(Clock::now() - last_).count(); }
 
-  const std::unique_ptr<Sink> inner_;
   std::string& out_;
   const std::function<long long()> messages_;
   const double old_;

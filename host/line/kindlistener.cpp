@@ -1,4 +1,4 @@
-#include "host/run/kindlistener.h"
+#include "host/line/kindlistener.h"
 
 #include <algorithm>
 

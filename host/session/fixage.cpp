@@ -1,4 +1,4 @@
-#include "host/records/fixage.h"
+#include "host/session/fixage.h"
 
 #include <algorithm>
 #include <cmath>
@@ -17,8 +17,8 @@ std::string Rounded(double seconds) {
 
 }  // namespace
 
-FixAge::FixAge(std::unique_ptr<Sink> inner, std::string& out, std::function<long long()> messages, double old)
-    : inner_(std::move(inner)), out_(out), messages_(std::move(messages)), old_(old) {
+FixAge::FixAge(std::string& out, std::function<long long()> messages, double old)
+    : out_(out), messages_(std::move(messages)), old_(old) {
   Await(old_);
 }
 
@@ -40,10 +40,10 @@ bool FixAge::OnData(const CGPSData& data) {
     last_ = Clock::now();
     had_fix_ = true;
   }
-  return inner_->OnData(data);
+  return false;
 }
 
-void FixAge::Check() {
+void FixAge::Step() {
   if (!due_.HasPassed()) return;
   if (halves_++ == 0) {
     messages_then_ = messages_();

@@ -4,16 +4,14 @@
 #include <string>
 
 #include "host/commands/operations.h"
-#include "host/run/failure.h"
 #include "host/run/interrupt.h"
 #include "host/run/output.h"
+#include "host/session/session.h"
 
 namespace host {
 
-struct CommandOptions {
-  std::string port;  ///< Needed unless dry_run is set.
-  int baud = 0;      ///< Bits a second; 0 for what is set for the model.
-  std::string model = "Other";
+/// The port is needed unless dry_run is set.
+struct CommandOptions : RunOptions {
   std::string operation;
   Arguments arguments;
   bool force = false;            ///< Even if the model's capability answers do not open the operation.

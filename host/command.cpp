@@ -1,0 +1,187 @@
+#include "host/command.h"
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "host/commands/models.h"
+#include "host/commands/outcome.h"
+#include "host/commands/rehearse.h"
+#include "host/line/sentences.h"
+#include "host/records/textsink.h"
+#include "host/session/linefeed.h"
+#include "host/session/printer.h"
+
+namespace host {
+
+namespace {
+
+// How long an answer may take, and how long a silence ends an answer of several reports.
+constexpr double kAnswerTime = 5.0;
+constexpr double kAnswerGap = 1.0;
+
+/// The outlet that shows what answers an operation, until that is all.
+class Answers : public Outlet {
+ public:
+  Answers(const CommandOptions& options, const Operation& operation, Outcome& outcome, Session& session,
+          Output& output)
+      : options_(options),
+        operation_(operation),
+        outcome_(outcome),
+        session_(session),
+        sink_(output.Text(), TextSink::Shows::reports) {}
+
+  Sink* Records() override { return &sink_; }
+  bool WantsTexts() const override { return Asks() || options_.listen; }
+  void OnBytes(std::string_view bytes) override;
+  void OnEvent(RunEvent event) override;
+  Deadline::Moment NextAt() const override { return settled_.Earlier(end_.Earlier(Deadline::kNever)); }
+  void Step() override;
+  bool IsDone() const override { return settled_.HasPassed() || end_.HasPassed(); }
+  bool Finish() override;
+
+ private:
+  bool Asks() const { return operation_.kind == Operation::Kind::asks; }
+  bool Sets() const { return operation_.kind == Operation::Kind::sets; }
+
+  const CommandOptions& options_;
+  const Operation& operation_;
+  Outcome& outcome_;
+  Session& session_;
+  TextSink sink_;
+  SentenceFinder finder_;
+  std::vector<std::string> lines_;  // of parameters
+  std::size_t answers_ = 0;
+  Deadline::Moment begun_;
+  Deadline end_, settled_;
+};
+
+void Answers::OnEvent(RunEvent event) {
+  if (event != RunEvent::started) return;
+  begun_ = Deadline::Clock::now();
+  end_.Set(options_.listen.value_or(Asks() || Sets() ? kAnswerTime : 0.0));
+}
+
+void Answers::OnBytes(std::string_view bytes) {
+  outcome_.Feed(bytes);
+  finder_.Feed(bytes, [this](std::string_view text) {
+    if (IsParameterLine(text)) lines_.emplace_back(text.substr(0, text.size() - 2));
+  });
+}
+
+void Answers::Step() {
+  if (options_.listen) return;
+  const auto so_far = static_cast<std::size_t>(session_.Window().Shown()) + lines_.size();
+  if (Asks() && so_far > answers_) end_.Set(kAnswerGap);
+  answers_ = so_far;
+  const std::chrono::duration<double> listened = Deadline::Clock::now() - begun_;
+  if (Sets()) settled_.Set(outcome_.Patience(session_.Understood() > 0) - listened.count());
+}
+
+// Parse belongs to the reader thread as long as there is one.
+bool Answers::Finish() {
+  for (const std::string& line : lines_) {
+    CString text(line.data(), static_cast<int>(line.size()));
+    session_.Receiver().Parse(text);
+  }
+  session_.PassOn();
+  return true;
+}
+
+void FailIfNothingAnswered(const CommandOptions& options, const Session& session) {
+  if (session.Window().Shown() > 0) return;
+  const std::string nothing = "no report answered " + options.operation;
+  if (!session.HasHeard()) {
+    throw Failure(ExitCode::refused, nothing + ", and no data came from " + session.GetFeed().Name() +
+                                         ": check that the receiver is on, and its cable");
+  }
+  throw Failure(ExitCode::refused, nothing + "; is it a " + options.model + " at " +
+                                       std::to_string(session.Receiver().GetCurrentBaudrate()) +
+                                       " baud? --baud auto tries others");
+}
+
+/// Throws a Failure if it did not work, or tells what came of it.
+void Judge(const CommandOptions& options, const Operation& operation, Result result, const Outcome& outcome,
+           const Session& session) {
+  if (result == Result::no) {
+    throw Failure(ExitCode::refused,
+                  options.operation + (options.arguments.wait
+                                           ? " was not acknowledged in time"
+                                           : " did not work: the receiver's port did not take it, or the "
+                                             "model does not take these arguments"));
+  }
+  if (operation.kind == Operation::Kind::asks) FailIfNothingAnswered(options, session);
+  // With a time of 0 the user wants to hear nothing.
+  if (operation.kind != Operation::Kind::sets || options.listen == 0.0) return;
+  Complain(outcome.Tell({session.GetFeed().Name(), options.model, session.Receiver().GetCurrentBaudrate(),
+                         session.Understood() > 0, session.Window().Shown()}));
+}
+
+/// `time` is how long the operation and the start of the run take, in milliseconds.
+ExitCode CommandLive(const CommandOptions& options, const Operation& operation, const Action& action,
+                     const Transcript& transcript, long long time, const Interrupt& interrupt,
+                     Output& output) {
+  Session session(options, interrupt);
+  session.Read(std::make_unique<LineFeed>(options.port, options.model));
+  Printer printer(output);
+  session.Add(printer);
+  Outcome outcome(transcript);
+  Answers answers(options, operation, outcome, session, output);
+  session.Add(answers);  // behind the printer, since its last lines come ahead of the last flush
+  std::optional<long long> begun;
+  std::optional<Result> result;
+  RunRules rules;
+  rules.label = operation.name;
+  rules.time = time;
+  rules.on_open = [&](CGPSReceiver& receiver) {
+    begun = PacingClock::Passed();
+    result = operation.kind == Operation::Kind::starts ? Result::none : action(receiver);
+  };
+  const ExitCode code = session.Run(std::move(rules));
+  if (!result) {
+    Complain(outcome.TellInterrupted(operation.name, begun ? PacingClock::Passed() - *begun : -1));
+  } else if (code == ExitCode::done) {
+    Judge(options, operation, *result, outcome, session);
+  }
+  return code;
+}
+
+ExitCode PrintTranscript(const Transcript& transcript, Output& output) {
+  output.Text() += transcript.Text() + "result " + NameOf(transcript.result) + '\n';
+  output.Flush();
+  return ExitCode::done;
+}
+
+/// Refuses what the model's capability answers do not open.
+void CheckOffer(const CommandOptions& options, const Operation& operation) {
+  CGPSReceiver& receiver = FindModel(options.model);
+  if (options.force || IsOffered(operation, receiver)) return;
+  std::string names;
+  for (const Offer& offer : OffersOf(receiver))
+    names += std::string(names.empty() ? "" : ", ") + offer.operation->name;
+  throw Failure(ExitCode::refused, "the model " + options.model + " does not offer " + operation.name +
+                                       "; it offers " + names + ". --force sends it all the same");
+}
+
+}  // namespace
+
+ExitCode Command(const CommandOptions& options, const Interrupt& interrupt, Output& output) {
+  const Operation& operation = FindOperation(options.operation);
+  const Action action = Prepare(operation, options.arguments, FindModel(options.model));
+  if (options.port.empty() && !options.dry_run)
+    throw Failure(ExitCode::usage, "--port or --dry-run is needed");
+  CheckOffer(options, operation);
+  const Transcript transcript = Rehearse(options.model, operation, action, !options.closed);
+  if (options.dry_run) return PrintTranscript(transcript, output);
+  if (HasNoEffect(operation, transcript)) {
+    throw Failure(ExitCode::refused, "the model " + options.model + " has no " +
+                                         CallText(operation, options.arguments) + ": nothing was sent");
+  }
+  long long time = transcript.Time();
+  if (operation.kind != Operation::Kind::starts) time += StartTimeOf(FindModel(options.model));
+  return CommandLive(options, operation, action, transcript, time, interrupt, output);
+}
+
+}  // namespace host

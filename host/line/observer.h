@@ -1,0 +1,32 @@
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "gpsengine/platform/serial.h"
+
+namespace host {
+
+/// Sees what a serial line gives, whoever reads it: every byte, and that the line is gone. Lines are read on
+/// one thread, and the observer is asked on another.
+class LineObserver {
+ public:
+  LineObserver();
+
+  /// Opens lines to that device which the observer sees. It sees one at a time.
+  SerialLineFactory Opener(const std::string& device) const;
+
+  /// Readable when there are bytes to take, or the line has gone.
+  int Descriptor() const;
+  /// The bytes since the last call.
+  std::string Take() const;
+  /// The line has gone, and has not been opened again.
+  bool IsLost() const;
+
+ private:
+  struct State;
+
+  std::shared_ptr<State> state_;  // with the lines, which end when the library is done with them
+};
+
+}  // namespace host

@@ -1,0 +1,64 @@
+#pragma once
+
+#include <string>
+#include <utility>
+
+#include "gpsengine/engine/gpsengine.h"
+#include "host/records/hostwindow.h"
+#include "host/run/deadline.h"
+
+namespace host {
+
+/// Where the bytes of a run come from. What kind of run it is, is asked here. A feed outlives the engine,
+/// whose end may still write to the line.
+class Feed {
+ public:
+  enum class Kind { device, simulated, recording };
+
+  Feed(Kind kind, std::string name) : kind_(kind), name_(std::move(name)) {}
+  virtual ~Feed() = default;
+  Feed(const Feed&) = delete;
+  Feed& operator=(const Feed&) = delete;
+
+  Kind GetKind() const { return kind_; }
+  /// The device or the file, as the user and the records name it.
+  const std::string& Name() const { return name_; }
+  /// A receiver at the end of a line: it may be commanded, be silent and get lost.
+  bool IsLive() const { return kind_ != Kind::recording; }
+  /// What the source of the bytes is called on a screen; `baud` is the rate of its line.
+  virtual std::string Description(int /*baud*/) const { return "playing " + name_; }
+  /// Tells the user what may be taken for something else.
+  virtual void Announce(const std::string& /*model*/) const {}
+  /// The host hands the engine the bytes, whose own port stays closed.
+  virtual bool MovesBytes() const { return false; }
+
+  /// Sets the engine going, whose receiver is selected and whose records go to that window. Throws a Failure
+  /// that says why that does not work.
+  virtual void Open(CGPSEngine& engine, HostWindow& window) = 0;
+  /// Moves the bytes that are due.
+  virtual void Step(CGPSEngine& /*engine*/) {}
+  /// When Step is to be called at the latest.
+  virtual Deadline::Moment NextAt() const { return Deadline::kNever; }
+  virtual bool IsAtEnd() const { return false; }
+  /// Throws a Failure that says what there was, if the feed is at its end and nothing of use was in it.
+  virtual void CheckUnderstood(const HostWindow& /*window*/) const {}
+
+  /// The bytes since the last call.
+  virtual std::string TakeBytes() { return {}; }
+  /// Readable when there are bytes, or the line has gone; -1 for none.
+  virtual int Descriptor() const { return -1; }
+  /// The line has gone since it was opened.
+  virtual bool IsLost() const { return false; }
+  /// The name to look for a lost line by.
+  virtual const std::string& StablePath() const { return name_; }
+  /// Takes the records; null if it wants none.
+  virtual Sink* Records() { return nullptr; }
+  /// The texts of messages are wanted among them.
+  virtual bool WantsTexts() const { return false; }
+
+ private:
+  const Kind kind_;
+  const std::string name_;
+};
+
+}  // namespace host

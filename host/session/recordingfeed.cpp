@@ -1,0 +1,122 @@
+#include "host/session/recordingfeed.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "host/line/kindlistener.h"
+
+namespace host {
+
+namespace {
+
+// What is read, and the most that is played, at a time. The engine takes up to 16 KB.
+constexpr std::size_t kPiece = 4096;
+// Bytes without a line end are played in lines of this length.
+constexpr std::size_t kLongestLine = 512;
+constexpr double kDayInSeconds = 86'400.0;
+// A sentence may tell of a moment a little earlier than one before it. What goes back further begins anew.
+constexpr double kDisorder = 60.0;
+// From this size on a file takes long enough for someone to wonder.
+constexpr std::int64_t kLargeFile = 8 << 20;
+
+bool HasTimes(std::string_view bytes) {
+  while (!bytes.empty()) {
+    const auto end = std::min(bytes.find('\n'), bytes.size() - 1);
+    if (TimeOfDayOf(bytes.substr(0, end))) return true;
+    bytes.remove_prefix(end + 1);
+  }
+  return false;
+}
+
+}  // namespace
+
+void RecordingFeed::ShowProgress(const std::string& label, bool output_is_busy) {
+  progress_.emplace(label, static_cast<double>(recording_.Size()),
+                    recording_.Size() >= kLargeFile && CanShowProgress(output_is_busy));
+}
+
+void RecordingFeed::Open(CGPSEngine& engine, HostWindow& window) {
+  clock_.emplace();
+  engine.GetReceiver()->Initialize();
+  window_ = &window;
+  window.SetReference(date_);
+  Date(recording_.Head());  // it may have its date some way behind its first fix
+}
+
+/// Tells when the recording was made, as far as it says so itself.
+void RecordingFeed::Date(std::string_view bytes) {
+  if (!scans_) return;
+  dates_.Feed(bytes);
+  window_->SetReference(dates_.Latest());
+}
+
+void RecordingFeed::Step(CGPSEngine& engine) {
+  const auto bytes = recording_.Next(chunk_);
+  at_end_ = bytes.empty();
+  if (!at_end_) Play(engine, bytes);
+}
+
+void RecordingFeed::Play(CGPSEngine& engine, std::string_view bytes) {
+  Date(bytes);
+  CBinBuffer chunk(bytes.data(), static_cast<int>(bytes.size()));
+  engine.UpdateGPSBuffer(chunk);
+  played_ += bytes;
+  if (progress_) progress_->Update(static_cast<double>(recording_.Done()));
+}
+
+void RecordingFeed::CheckUnderstood(const HostWindow& window) const {
+  if (at_end_) host::CheckUnderstood(recording_, window);
+}
+
+PacedFeed::PacedFeed(const std::string& file, double speed)
+    : RecordingFeed(file), speed_(speed), timed_(HasTimes(recording_.Head())) {}
+
+void PacedFeed::Open(CGPSEngine& engine, HostWindow& window) {
+  RecordingFeed::Open(engine, window);
+  seconds_per_byte_ = 10.0 / std::max(engine.GetReceiver()->GetCurrentBaudrate(), 1);
+  due_ = Clock::now();
+  ReadLine();
+}
+
+void PacedFeed::ReadLine() {
+  std::size_t end = bytes_.find('\n', taken_);
+  if (end == std::string::npos && bytes_.size() - taken_ < kLongestLine) {
+    bytes_.erase(0, taken_);
+    taken_ = 0;
+    bytes_ += recording_.Next(kPiece);
+    end = bytes_.find('\n');
+  }
+  const std::size_t rest = bytes_.size() - taken_;
+  const std::size_t length =
+      std::min({end == std::string::npos ? rest : end + 1 - taken_, rest, kLongestLine});
+  line_.assign(bytes_, taken_, length);
+  taken_ += length;
+  at_end_ = line_.empty();
+  if (speed_ < kMax) Pace();
+}
+
+void PacedFeed::Pace() {
+  if (!timed_) return Wait(static_cast<double>(line_.size()) * seconds_per_byte_);
+  const auto time = TimeOfDayOf(line_);
+  if (!time) return;
+  const double step = time_ ? std::remainder(*time - *time_, kDayInSeconds) : 0.0;
+  if (step < 0.0 && step > -kDisorder) return;
+  time_ = time;
+  if (step > 0.0) Wait(step);
+}
+
+void PacedFeed::Wait(double seconds) {
+  due_ += std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>(seconds / speed_));
+}
+
+void PacedFeed::Step(CGPSEngine& engine) {
+  std::string due;
+  const auto now = Clock::now();
+  while (!IsAtEnd() && due_ <= now && due.size() < kPiece) {
+    due += line_;
+    ReadLine();
+  }
+  if (!due.empty()) Play(engine, due);
+}
+
+}  // namespace host

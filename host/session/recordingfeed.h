@@ -1,0 +1,91 @@
+#pragma once
+
+#include <limits>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "host/records/moment.h"
+#include "host/run/progress.h"
+#include "host/run/recording.h"
+#include "host/run/unpacedclock.h"
+#include "host/session/feed.h"
+
+namespace host {
+
+/// A recording, or standard input, whose bytes the host moves, all of them and once, as fast as it goes.
+class RecordingFeed : public Feed {
+ public:
+  /// `file` "-" is standard input. Throws a Failure that names the file if it cannot be read.
+  explicit RecordingFeed(const std::string& file) : Feed(Kind::recording, file), recording_(file) {}
+
+  /// Bytes to hand over at a time.
+  void SetChunk(int bytes) { chunk_ = static_cast<std::size_t>(bytes); }
+  /// When it was made, if that is known; else whether anyone wants to know.
+  void SetDate(std::optional<Moment> date, bool scans) {
+    date_ = date;
+    scans_ = scans && !date;
+  }
+  /// Shows on a terminal how far it has got, if that takes long.
+  void ShowProgress(const std::string& label, bool output_is_busy);
+
+  bool MovesBytes() const override { return true; }
+  void Open(CGPSEngine& engine, HostWindow& window) override;
+  void Step(CGPSEngine& engine) override;
+  Deadline::Moment NextAt() const override { return {}; }  // at once
+  bool IsAtEnd() const override { return at_end_; }
+  void CheckUnderstood(const HostWindow& window) const override;
+  std::string TakeBytes() override { return std::exchange(played_, {}); }
+
+ protected:
+  /// Hands bytes to the engine.
+  void Play(CGPSEngine& engine, std::string_view bytes);
+
+  Recording recording_;
+  bool at_end_ = false;
+
+ private:
+  void Date(std::string_view bytes);
+
+  std::optional<UnpacedClock> clock_;  // while it plays: a rehearsal has one of its own
+  std::size_t chunk_ = 4096;
+  std::optional<Moment> date_;
+  bool scans_ = true;
+  HostWindow* window_ = nullptr;
+  DateScan dates_;
+  std::optional<Progress> progress_;
+  std::string played_;
+};
+
+/// A recording at the pace of the times in it or a multiple of that. One without times goes at the pace of
+/// its line.
+class PacedFeed : public RecordingFeed {
+ public:
+  using Clock = Deadline::Clock;
+  /// As fast as it goes.
+  static constexpr double kMax = std::numeric_limits<double>::infinity();
+
+  /// `speed` is a multiple of the recording's pace.
+  PacedFeed(const std::string& file, double speed);
+
+  void Open(CGPSEngine& engine, HostWindow& window) override;
+  /// Plays what is due, some of it if that is much.
+  void Step(CGPSEngine& engine) override;
+  Deadline::Moment NextAt() const override { return due_; }
+
+ private:
+  void ReadLine();
+  void Pace();
+  void Wait(double seconds);
+
+  const double speed_;
+  const bool timed_;
+  double seconds_per_byte_ = 0.0;
+  std::string bytes_;           // read ahead
+  std::size_t taken_ = 0;       // of them
+  std::string line_;            // the next one to be played
+  std::optional<double> time_;  // of day, the latest that a sentence has told
+  Clock::time_point due_;
+};
+
+}  // namespace host

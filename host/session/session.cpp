@@ -1,0 +1,270 @@
+#include "host/session/session.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "host/commands/models.h"
+#include "host/line/config.h"
+#include "host/line/ports.h"
+#include "host/records/tally.h"
+#include "host/run/port.h"
+
+namespace host {
+
+Session::Session(const RunOptions& options, const Interrupt& interrupt)
+    : options_(options),
+      interrupt_(interrupt),
+      receiver_(*engine_.FindReceiver(FindModel(options.model).GetName())),
+      window_(options.count) {
+  options_.model = receiver_.GetName().ToUtf8();
+}
+
+void Session::Read(std::unique_ptr<Feed> feed) {
+  feed_ = std::move(feed);
+  if (Sink* const records = feed_->Records()) window_.Add(*records);
+  engine_.InitReceivers();
+  if (options_.baud > 0) receiver_.UseBaudrate(options_.baud);
+  receiver_.SetupReceiver(kPort, static_cast<int>(options_.geoid), options_.antenna_height, "",
+                          feed_->MovesBytes());
+  engine_.SetReceiver(&receiver_);
+  if (options_.reconnect && feed_->IsLive()) reconnect_.emplace(*options_.reconnect);
+}
+
+void Session::Add(Outlet& outlet) {
+  outlets_.push_back(&outlet);
+  if (Sink* const records = outlet.Records()) window_.Add(*records);
+}
+
+ExitCode Session::Run(RunRules rules) {
+  rules_ = std::move(rules);
+  engine_.m_bAttachRawData = rules_.attach_raw.value_or(feed_->MovesBytes() || receiver_.HasRawData());
+  try {
+    if (const auto ending = Start()) return *ending;
+    std::optional<ExitCode> ending;
+    while (!ending) {
+      Wait();
+      Step();
+      ending = Ending();
+    }
+    return Finish(*ending);
+  } catch (...) {
+    PassBytes();  // of a run that has failed, too
+    throw;
+  }
+}
+
+std::optional<ExitCode> Session::Start() {
+  try {
+    Open();
+  } catch (const PacingClock::Interrupted&) {
+    return interrupt_.HasCome() ? ExitCode::interrupted : ExitCode::done;
+  } catch (const Failure& failure) {
+    if (!reconnect_ || failure.Code() != ExitCode::port_closed || IsThere(feed_->StablePath())) throw;
+    Complain(failure.what());
+    reconnect_->Begin(feed_->StablePath(), false);
+  }
+  if (options_.duration > 0.0) end_.Set(options_.duration);
+  return std::nullopt;
+}
+
+// The waits of a receiver's start can be interrupted. Where nothing waits, time may be another than the real
+// one.
+void Session::Open() {
+  struct Starting {
+    explicit Starting(Session& run) : session(run) { session.Tell(RunEvent::starting); }
+    ~Starting() { session.Tell(RunEvent::started); }
+    Session& session;
+  };
+  std::optional<PacingClock::Sequence> sequence;
+  if (feed_->IsLive()) sequence.emplace(interrupt_, rules_.label, rules_.time);
+  const Starting starting(*this);
+  KeepCapturing();
+  feed_->Open(engine_, window_);
+  if (rules_.on_open) rules_.on_open(receiver_);
+  if (rules_.silence > 0.0) silence_.Set(rules_.silence);
+}
+
+void Session::Tell(RunEvent event) {
+  for (Outlet* outlet : outlets_) outlet->OnEvent(event);
+}
+
+void Session::PassBytes() {
+  const std::string bytes = feed_->TakeBytes();
+  if (bytes.empty()) return;
+  heard_ = true;
+  for (Outlet* outlet : outlets_) outlet->OnBytes(bytes);
+}
+
+// The library keeps what it captures, and stops when it has kept much.
+void Session::KeepCapturing() {
+  const bool wanted = feed_->WantsTexts() || std::any_of(outlets_.begin(), outlets_.end(),
+                                                         [](auto* outlet) { return outlet->WantsTexts(); });
+  CComBuffer& capture = engine_.m_ComBuffer;
+  const bool stopped = capture.m_bOverflow && capture.m_bPaused;
+  if (stopped || !engine_.IsActive()) capture.m_strData.Empty();
+  if (stopped) capture.m_bOverflow = false;
+  if (capture.m_bPaused == wanted) capture.m_bPaused = !wanted;
+}
+
+// Bytes go ahead of what was made of them, but for a playback's, which come with the texts of messages.
+void Session::PassOn() {
+  KeepCapturing();
+  PassBytes();
+  window_.Drain();
+  PassBytes();
+}
+
+Deadline::Moment Session::NextAt() const {
+  Deadline::Moment next = feed_->NextAt();
+  next = end_.Earlier(silence_.Earlier(next));
+  if (reconnect_) next = reconnect_->NextLook().Earlier(next);
+  for (const Outlet* outlet : outlets_) next = std::min(next, outlet->NextAt());
+  return next;
+}
+
+void Session::Wait() {
+  std::vector<pollfd> waits = {{GetQueueDescriptor(), POLLIN, 0},
+                               {interrupt_.Descriptor(), POLLIN, 0},
+                               {feed_->Descriptor(), POLLIN, 0}};
+  std::vector<std::size_t> firsts;
+  for (Outlet* outlet : outlets_) {
+    firsts.push_back(waits.size());
+    outlet->AddWaits(waits);
+  }
+  WaitFor(waits, NextAt());
+  for (std::size_t i = 0; i < outlets_.size(); ++i) outlets_[i]->Handle(waits, firsts[i]);
+}
+
+void Session::Step() {
+  feed_->Step(engine_);
+  PassOn();
+  for (Outlet* outlet : outlets_) outlet->Step();
+}
+
+bool Session::IsDone() const {
+  const auto is_done = [](const Outlet* outlet) { return outlet->IsDone(); };
+  return window_.IsFull() || std::any_of(outlets_.begin(), outlets_.end(), is_done);
+}
+
+std::optional<ExitCode> Session::Ending() {
+  NoteUnderstood();
+  if (IsDone()) return ExitCode::done;
+  if (interrupt_.HasCome()) return ExitCode::interrupted;
+  if (feed_->IsAtEnd()) return ExitCode::done;
+  FollowLine();
+  CheckSilence();
+  if (IsDone()) return ExitCode::done;  // with the last of a line that has gone
+  if (!end_.HasPassed()) return std::nullopt;
+  Judge();
+  return ExitCode::done;
+}
+
+ExitCode Session::Finish(ExitCode ending) {
+  boxes_.Release();
+  Tell(RunEvent::over);
+  engine_.Stop();
+  PassOn();
+  bool finished = true;
+  for (auto outlet = outlets_.rbegin(); outlet != outlets_.rend(); ++outlet) finished &= (*outlet)->Finish();
+  NoteUnderstood();  // the outlets may have decoded the last of it
+  return finished || ending != ExitCode::done ? ending : ExitCode::failed;
+}
+
+long long Session::Understood() const {
+  return TallyOf(engine_).Good() + window_.GetPublished().All();
+}
+
+/// The first message that is understood shows that port and model belong together.
+void Session::NoteUnderstood() {
+  if (understood_ || IsWaiting() || Understood() <= understood_before_) return;
+  understood_ = true;
+  silence_.Clear();
+  if (feed_->GetKind() == Feed::Kind::device) {
+    rules_.remembers ? Remember(feed_->Name(), receiver_) : KeepRate(receiver_);
+  }
+  Tell(RunEvent::understood);
+}
+
+void Session::FollowLine() {
+  const bool holds_out = rules_.is_strict && !reconnect_ && end_.IsSet();
+  if (feed_->IsLost() && !IsWaiting() && !holds_out) WaitForPort();
+  if (reconnect_ && reconnect_->IsBack()) Reopen();
+}
+
+void Session::WaitForPort() {
+  engine_.Stop();  // what the reader has in hand still reaches the outlets
+  PassOn();
+  for (Outlet* outlet : outlets_) outlet->Step();
+  if (IsDone()) return;
+  if (!reconnect_) throw PortLost();
+  silence_.Clear();
+  understood_before_ = Understood();
+  understood_ = false;
+  reconnect_->Begin(feed_->StablePath(), true);
+  Tell(RunEvent::lost);
+}
+
+// A receiver that refuses what it is asked for is listened to all the same.
+void Session::Reopen() {
+  receiver_.ResetSpeedEngine();
+  try {
+    Open();
+  } catch (const Failure& failure) {
+    Complain(failure.what());
+    if (!engine_.IsActive()) return reconnect_->Begin(feed_->StablePath(), true);
+  } catch (const PacingClock::Interrupted&) {
+    return reconnect_->Begin(feed_->StablePath(), true);  // unless it was the end of the run
+  }
+  reconnect_->End();
+  Tell(RunEvent::back);
+}
+
+void Session::CheckSilence() {
+  if (!silence_.HasPassed()) return;
+  silence_.Clear();
+  if (IsLost() || (rules_.is_strict && Understood() > 0)) return;
+  if (rules_.is_strict) throw NothingUnderstood(rules_.silence);
+  Complain(NothingUnderstood(rules_.silence).what());
+}
+
+void Session::Judge() const {
+  if (rules_.is_strict && IsLost()) throw PortLost();
+  if (Understood() == 0) throw NothingUnderstood(options_.duration);
+}
+
+Failure Session::NothingUnderstood(double seconds) const {
+  const std::string& name = feed_->Name();
+  if (!feed_->IsLive()) {
+    return Failure(ExitCode::nothing_understood, "no message of " + name + " was understood so far");
+  }
+  const char* const kept = IsKeptRate(receiver_)
+                               ? ", the rate that is remembered for this model (\"gpsengine config forget\" "
+                                 "forgets it)"
+                               : "";
+  const std::string in_time = " came from " + name + " in " + Seconds(seconds);
+  return Failure(ExitCode::nothing_understood,
+                 heard_ ? "bytes" + in_time + ", but no message was understood at " +
+                              std::to_string(receiver_.GetCurrentBaudrate()) + " baud" + kept +
+                              ": set the receiver's baud rate with --baud, let --baud auto "
+                              "find it, or let the receiver send NMEA"
+                        : "no data" + in_time + ": check that the receiver is on, and its cable");
+}
+
+Failure Session::PortLost() const {
+  if (reconnect_ && !reconnect_->WasThere()) {
+    return Failure(ExitCode::port_closed, WhyNotOpen(feed_->Name()));
+  }
+  return Failure(ExitCode::port_lost,
+                 "the port " + feed_->Name() +
+                     " was lost: it was unplugged, or the other side hung up. Plug it in "
+                     "again and start once more" +
+                     (rules_.could_reconnect && !reconnect_ ? ", or let --reconnect wait for it" : ""));
+}
+
+std::string Seconds(double seconds) {
+  CString text;
+  text.Format("%g s", seconds);
+  return text.ToUtf8();
+}
+
+}  // namespace host

@@ -1,0 +1,27 @@
+#include "host/shown.h"
+
+namespace host {
+
+namespace {
+
+RunFacts FactsOf(const Session& session) {
+  const Feed& feed = session.GetFeed();
+  const bool simulated = feed.GetKind() == Feed::Kind::simulated;
+  return {simulated ? "simulated receiver" : feed.Name(), session.Options().model, session.Options().geoid};
+}
+
+}  // namespace
+
+Shown::Shown(Session& session, const ShownOptions& options, Output& output, Sink* screen)
+    : lines_(MakeSink(options.format, output.Text(), session.GetFeed().Name(), session.Options().geoid)),
+      exports_(options.exports, FactsOf(session), session.GetFeed().IsLive() ? "" : session.GetFeed().Name(),
+               session.Engine(), screen != nullptr ? *screen : *lines_),
+      printer_(output) {
+  const RunOptions& run = session.Options();
+  if (!options.rinex.base.empty()) {
+    session.Add(rinex_.emplace(options.rinex, run.model, run.antenna_height));
+  }
+  session.Add(exports_);
+}
+
+}  // namespace host
