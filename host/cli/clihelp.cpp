@@ -16,12 +16,6 @@ std::vector<Command> AllCommands(const CLI::App& app, const std::string& parent)
   return all;
 }
 
-std::vector<std::string> NamesOfCommands(const CLI::App& app) {
-  std::vector<std::string> names;
-  for (const CLI::App* command : Commands(app)) names.push_back(command->get_name());
-  return names;
-}
-
 std::vector<const CLI::Option*> Options(const CLI::App& command) {
   return command.get_options([](const CLI::Option* option) { return !option->get_group().empty(); });
 }

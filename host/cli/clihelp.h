@@ -19,7 +19,6 @@ struct Command {
 std::vector<const CLI::App*> Commands(const CLI::App& app);
 /// All commands, each ahead of its own.
 std::vector<Command> AllCommands(const CLI::App& app, const std::string& parent = "");
-std::vector<std::string> NamesOfCommands(const CLI::App& app);
 std::vector<const CLI::Option*> Options(const CLI::App& command);
 bool IsFlag(const CLI::Option& option);
 /// What an option's value is called, and behind it what the help says of its limits.

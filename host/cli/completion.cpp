@@ -1,218 +1,169 @@
-#include <string_view>
+#include "host/cli/completion.h"
 
-#include "host/cli/clidoc.h"
+#include <glob.h>
+
+#include <algorithm>
+#include <set>
+#include <sstream>
+
+#include "gpsengine/engine/gpsengine.h"
 #include "host/cli/clihelp.h"
+#include "host/commands/models.h"
+#include "host/commands/operations.h"
 
 namespace host {
 
 namespace {
 
-/// A word for a shell, which reads it as it is.
-std::string Quoted(const std::string& text) {
-  std::string out = "'";
-  for (const char c : text) out += c == '\'' ? std::string("'\\''") : std::string(1, c);
-  return out + "'";
+// In the place of words: the shell knows its files best, with "~" and its variables.
+constexpr char kFiles[] = ":files";
+
+// Words that may stand at the cursor; behind a tab, what one means.
+using Words = std::vector<std::string>;
+
+/// What a command line up to the cursor has come to.
+struct Place {
+  const CLI::App* command = nullptr;
+  const CLI::Option* option = nullptr;  // whose value comes next
+  std::set<const CLI::Option*> given;
+  std::size_t arguments = 0;
+  std::string previous;
+};
+
+Place PlaceBehind(const CLI::App& app, const Words& words) {
+  Place place;
+  place.command = &app;
+  for (const std::string& word : words) {
+    const auto commands = Commands(*place.command);
+    const auto nested = std::find_if(commands.begin(), commands.end(),
+                                     [&](const CLI::App* command) { return command->get_name() == word; });
+    if (place.option != nullptr) {
+      place.option = nullptr;
+    } else if (word.starts_with('-')) {
+      const CLI::Option* option = place.command->get_option_no_throw(word);
+      if (option != nullptr && !IsFlag(*option)) place.option = option;
+      place.given.insert(option);
+    } else if (nested != commands.end()) {
+      place.command = *nested;
+    } else {
+      ++place.arguments;
+    }
+    place.previous = word;
+  }
+  return place;
 }
 
-/// How the values of an option are found.
-enum class Values { none, words, files, devices, arguments, unknown };
+/// What stands for a device, and the devices themselves.
+Words DeviceWords(const std::string& begun) {
+  Words words = {"auto\tlook for a receiver", "last\tthe port and model of the last run"};
+  glob_t paths{};
+  glob(((begun.empty() ? "/dev/tty" : begun) + '*').c_str(), 0, nullptr, &paths);
+  words.insert(words.end(), paths.gl_pathv, paths.gl_pathv + paths.gl_pathc);
+  globfree(&paths);
+  return words;
+}
 
-// What stands for a device in the place of its name.
-constexpr char kDeviceWords[] = "auto last";
-
-Values ValuesOf(const CLI::Option& option, const KnownWords& known, std::vector<std::string>& words) {
-  words = ChoicesOf(option);
-  for (const std::string& key : {option.get_name(), TypeOf(option)}) {
-    if (const auto found = known.find(key); words.empty() && found != known.end()) words = found->second;
+/// The words that an operation takes as they are: "auto" of "auto | KHZ [BITRATE]".
+Words ArgumentWords(const std::string& name) {
+  Words words;
+  for (const Operation& operation : Operations()) {
+    std::istringstream alternatives(operation.name == name ? operation.arguments : "");
+    for (std::string word; std::getline(alternatives, word, '|');) {
+      std::erase(word, ' ');
+      const bool is_word = word.find_first_not_of("abcdefghijklmnopqrstuvwxyz") == std::string::npos;
+      if (is_word && !word.empty()) words.push_back(word);
+    }
   }
-  if (IsFlag(option)) return Values::none;
+  return words;
+}
+
+Words ValuesOf(const CLI::Option& option, const std::string& previous, const std::string& begun) {
   const std::string type = TypeOf(option);
-  if (type == "DEVICE") return Values::devices;
-  if (type == "ARGUMENT") return Values::arguments;
-  if (!words.empty()) return Values::words;
-  return type == "FILE" || type == "BASE" ? Values::files : Values::unknown;
+  Words words = ChoicesOf(option);
+  if (!words.empty()) return words;
+  if (type == "FILE" || type == "BASE") return {kFiles};
+  if (type == "DEVICE") return DeviceWords(begun);
+  if (type == "ARGUMENT") return ArgumentWords(previous);
+  if (type == "OPERATION") {
+    for (const Operation& operation : Operations())
+      words.push_back(std::string(operation.name) + '\t' + operation.summary);
+  }
+  if (type == "MODEL" || type == "NAME" || option.get_name() == "--model") {
+    for (const auto& receiver : Models()) words.push_back(receiver->GetName().ToUtf8());
+  }
+  return words;
 }
 
-std::string BashAction(Values values, const std::vector<std::string>& words) {
-  switch (values) {
-    case Values::words:
-      return "_gpsengine_words " + Quoted(Join(words, "\n"));
-    case Values::files:
-      return "COMPREPLY=($(compgen -f -- \"$cur\"))";
-    case Values::devices:
-      return std::string("COMPREPLY=($(compgen -W '") + kDeviceWords +
-             "' -- \"$cur\") $(compgen -G \"${cur:-/dev/tty}*\"))";
-    default:
-      return ":";
+/// The commands and arguments that may come next.
+Words ArgumentsAt(const Place& place, const std::string& begun) {
+  Words words;
+  for (const CLI::App* command : Commands(*place.command))
+    words.push_back(command->get_name() + '\t' + command->get_description());
+  std::size_t position = 0;
+  for (const CLI::Option* option : Options(*place.command)) {
+    if (!option->get_positional()) continue;
+    const bool repeats = option->get_expected_max() > 1;
+    if (position == place.arguments || (repeats && position < place.arguments))
+      return ValuesOf(*option, place.previous, begun);
+    ++position;
   }
+  return words;
 }
 
-// A value in a list of _arguments has its blanks, colons and parentheses escaped.
-std::string ZshEscaped(const std::string& text, std::string_view specials) {
-  std::string out;
-  for (const char c : text) {
-    if (specials.find(c) != std::string_view::npos) out += '\\';
-    out += c;
+Words OptionsAt(const Place& place) {
+  Words words;
+  for (const CLI::Option* option : Options(*place.command)) {
+    if (place.given.contains(option)) continue;
+    for (const std::string& name : NamesOf(*option)) words.push_back(name + '\t' + option->get_description());
   }
-  return out;
-}
-
-std::string ZshAction(Values values, const std::vector<std::string>& words) {
-  std::vector<std::string> escaped;
-  for (const std::string& word : words) escaped.push_back(ZshEscaped(word, " :()\\"));
-  switch (values) {
-    case Values::words:
-      return '(' + Join(escaped, " ") + ')';
-    case Values::files:
-      return "_files";
-    case Values::devices:
-      return "_gpsengine_devices";
-    case Values::arguments:
-      return "_gpsengine_arguments";
-    default:
-      return " ";
-  }
-}
-
-void AppendZshOption(std::string& script, const CLI::Option& option, const KnownWords& known) {
-  std::vector<std::string> words;
-  const std::string action = ZshAction(ValuesOf(option, known, words), words);
-  const std::string value = ZshEscaped(ValueName(option), ":") + ':' + action;
-  if (option.get_positional()) {
-    const bool repeats = option.get_expected_max() > 1;
-    script += " \\\n        " + Quoted((repeats ? "*:" : ":") + value);
-    return;
-  }
-  const std::string help = '[' + ZshEscaped(option.get_description(), "[]:\\") + ']';
-  for (const std::string& name : NamesOf(option))
-    script += " \\\n        " + Quoted(name + help + (IsFlag(option) ? "" : ':' + value));
-}
-
-/// Calls with each word of a command line that decides on its next argument, and what that may be. Their keys
-/// are the words behind "ARGUMENT ".
-template <class Take>
-void VisitArguments(const KnownWords& known, Take take) {
-  const std::string head = "ARGUMENT ";
-  for (const auto& [key, words] : known) {
-    if (key.starts_with(head)) take(key.substr(head.size()), words);
-  }
+  return words;
 }
 
 }  // namespace
 
-std::string BashCompletion(const CLI::App& app, const KnownWords& known) {
-  std::vector<std::string> two_words;
-  std::string values, options, arguments;
-  VisitArguments(known, [&](const std::string& word, const std::vector<std::string>& words) {
-    values += "    " + Quoted("command:" + word) + ") " + BashAction(Values::words, words) + "; return ;;\n";
-  });
-  for (const auto& [name, command] : AllCommands(app)) {
-    if (name.find(' ') != std::string::npos) two_words.push_back(Quoted(name));
-    std::vector<std::string> spellings;
-    std::string argument;
-    if (const auto nested = NamesOfCommands(*command); !nested.empty())
-      argument = BashAction(Values::words, nested);
-    for (const CLI::Option* option : Options(*command)) {
-      std::vector<std::string> words;
-      const Values kind = ValuesOf(*option, known, words);
-      const std::string action = BashAction(kind, words);
-      for (const std::string& spelling : NamesOf(*option)) {
-        spellings.push_back(spelling);
-        if (kind != Values::none)
-          values += "    " + Quoted(name + ':' + spelling) + ") " + action + "; return ;;\n";
-      }
-      if (option->get_positional() && argument.empty()) argument = action;
-    }
-    options += "      " + Quoted(name) + ") " + BashAction(Values::words, spellings) + " ;;\n";
-    if (!argument.empty()) arguments += "    " + Quoted(name) + ") " + argument + " ;;\n";
-  }
-  return "# Completion for bash, printed by \"gpsengine completion bash\".\n"
-         "_gpsengine_words() {\n"
-         "  local IFS=$'\\n'\n"
-         "  COMPREPLY=($(compgen -W \"$1\" -- \"$cur\"))\n"
-         "  COMPREPLY=(\"${COMPREPLY[@]// /\\\\ }\")\n"
-         "}\n"
-         "_gpsengine() {\n"
-         "  local cur=${COMP_WORDS[COMP_CWORD]//\\\\/} prev=${COMP_WORDS[COMP_CWORD - 1]} command=\n"
-         "  COMPREPLY=()\n"
-         "  ((COMP_CWORD > 1)) && command=${COMP_WORDS[1]}\n" +
-         (two_words.empty() ? ""
-                            : "  ((COMP_CWORD > 2)) && case \"$command ${COMP_WORDS[2]}\" in\n    " +
-                                  Join(two_words, " | ") +
-                                  ") command+=\" ${COMP_WORDS[2]}\" ;;\n"
-                                  "  esac\n") +
-         "  case $command:$prev in\n" + values +
-         "  esac\n"
-         "  if [[ $cur == -* ]]; then\n"
-         "    case $command in\n"
-         "      '') _gpsengine_words $'--help\\n--version' ;;\n" +
-         options +
-         "    esac\n"
-         "    return\n"
-         "  fi\n"
-         "  case $command in\n"
-         "    '') " +
-         BashAction(Values::words, NamesOfCommands(app)) + " ;;\n" + arguments +
-         "  esac\n"
-         "}\n"
-         "complete -F _gpsengine gpsengine\n";
+const char kBashCompletion[] = R"sh(# Completion for bash, printed by "gpsengine completion bash".
+_gpsengine() {
+  local line=("${COMP_WORDS[@]:1:COMP_CWORD}")
+  mapfile -t COMPREPLY < <("${COMP_WORDS[0]/#\~/$HOME}" complete -- "${line[@]//\\/}" 2>/dev/null)
+  if [[ ${COMPREPLY[0]} == :files ]]; then
+    compopt -o filenames
+    mapfile -t COMPREPLY < <(compgen -f -- "${COMP_WORDS[COMP_CWORD]}")
+  else
+    COMPREPLY=("${COMPREPLY[@]%%$'\t'*}")
+    COMPREPLY=("${COMPREPLY[@]// /\\ }")
+  fi
 }
+complete -F _gpsengine gpsengine
+)sh";
 
-std::string ZshCompletion(const CLI::App& app, const KnownWords& known) {
-  std::vector<std::string> two_words;
-  std::string names, commands;
-  for (const CLI::App* command : Commands(app)) {
-    const std::string text = command->get_name() + ':' + ZshEscaped(command->get_description(), ":");
-    names += "    " + Quoted(text) + '\n';
+const char kZshCompletion[] = R"sh(#compdef gpsengine
+# Completion for zsh, printed by "gpsengine completion zsh".
+_gpsengine() {
+  local -a found=(${(f)"$(${~words[1]} complete -- "${(@Q)words[2,CURRENT-1]}" "${(Q)PREFIX}" 2>/dev/null)"})
+  if [[ $found == :files ]]; then
+    _files
+  else
+    found=("${(@)found//:/\\:}")
+    found=("${(@)found/$'\t'/:}")
+    _describe gpsengine found
+  fi
+}
+if [ "$funcstack[1]" = _gpsengine ]; then _gpsengine "$@"; else compdef _gpsengine gpsengine; fi
+)sh";
+
+std::string Completions(const CLI::App& app, std::vector<std::string> words) {
+  const std::string begun = words.empty() ? "" : words.back();
+  if (!words.empty()) words.pop_back();
+  const Place place = PlaceBehind(app, words);
+  Words found;
+  if (place.option != nullptr) {
+    found = ValuesOf(*place.option, place.previous, begun);
+  } else {
+    if (!begun.starts_with('-')) found = ArgumentsAt(place, begun);
+    if (found.empty()) found = OptionsAt(place);
   }
-  for (const auto& [name, command] : AllCommands(app)) {
-    if (name.find(' ') != std::string::npos) two_words.push_back(Quoted(name));
-    commands += "    " + Quoted(name) + ")\n      _arguments";
-    for (const CLI::Option* option : Options(*command)) AppendZshOption(commands, *option, known);
-    if (const auto nested = NamesOfCommands(*command); !nested.empty())
-      commands += " \\\n        " + Quoted(":command:" + ZshAction(Values::words, nested));
-    commands += " ;;\n";
-  }
-  std::string arguments;
-  VisitArguments(known, [&](const std::string& word, const std::vector<std::string>& words) {
-    arguments += "    " + Quoted(word) + ") compadd -- " + Join(words, " ") + " ;;\n";
-  });
-  return "#compdef gpsengine\n"
-         "# Completion for zsh, printed by \"gpsengine completion zsh\".\n"
-         "_gpsengine_devices() {\n"
-         "  compadd -- " +
-         std::string(kDeviceWords) +
-         "\n"
-         "  _files -g \"/dev/tty*\"\n"
-         "}\n"
-         "_gpsengine_arguments() {\n"
-         "  case $words[CURRENT-1] in\n" +
-         arguments +
-         "  esac\n"
-         "}\n"
-         "_gpsengine() {\n"
-         "  local curcontext=$curcontext state line\n"
-         "  typeset -A opt_args\n"
-         "  local -a commands=(\n" +
-         names +
-         "  )\n"
-         "  _arguments -C '(- *)--help[What the program takes]' '(- *)--version[The version]' \\\n"
-         "    '1:command:->command' '*::argument:->argument'\n"
-         "  case $state in\n"
-         "    command) _describe command commands; return ;;\n"
-         "    argument) ;;\n"
-         "    *) return ;;\n"
-         "  esac\n" +
-         (two_words.empty()
-              ? ""
-              : "  ((CURRENT > 2)) && case \"$words[1] $words[2]\" in\n    " + Join(two_words, " | ") +
-                    ") words=(\"$words[1] $words[2]\" \"${(@)words[3,-1]}\"); ((CURRENT--)) ;;\n"
-                    "  esac\n") +
-         "  case $words[1] in\n" + commands +
-         "  esac\n"
-         "}\n"
-         "if [ \"$funcstack[1]\" = _gpsengine ]; then _gpsengine \"$@\"; else compdef _gpsengine gpsengine; "
-         "fi\n";
+  std::erase_if(found, [&](const std::string& word) { return word != kFiles && !word.starts_with(begun); });
+  return found.empty() ? "" : Join(found, "\n") + '\n';
 }
 
 }  // namespace host

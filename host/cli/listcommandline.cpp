@@ -3,13 +3,12 @@
 #include <CLI/CLI.hpp>
 #include <chrono>
 #include <memory>
-#include <sstream>
 
 #include "gpsengine/platform/application.h"
 #include "host/cli/clidoc.h"
+#include "host/cli/completion.h"
 #include "host/cli/values.h"
 #include "host/commands/models.h"
-#include "host/commands/operations.h"
 #include "host/commands/receiversdoc.h"
 #include "host/line/config.h"
 #include "host/line/ports.h"
@@ -29,31 +28,6 @@ void AddListFormat(CLI::App& command, std::string& format, const std::string& pl
       ->check(CLI::IsMember({plain, std::string("json")}))
       ->type_name("FORMAT")
       ->capture_default_str();
-}
-
-/// The words that an operation takes as they are: "auto" of "auto | KHZ [BITRATE]".
-std::vector<std::string> ArgumentWords(const Operation& operation) {
-  std::vector<std::string> words;
-  std::istringstream alternatives(operation.arguments);
-  for (std::string word; std::getline(alternatives, word, '|');) {
-    std::erase(word, ' ');
-    const bool is_word = word.find_first_not_of("abcdefghijklmnopqrstuvwxyz") == std::string::npos;
-    if (is_word && !word.empty()) words.push_back(word);
-  }
-  return words;
-}
-
-KnownWords WordsToComplete() {
-  KnownWords words;
-  for (const auto& receiver : Models()) words["--model"].push_back(receiver->GetName().ToUtf8());
-  words["NAME"] = words["--model"];
-  words["MODEL"] = words["--model"];
-  for (const Operation& operation : Operations()) {
-    words["OPERATION"].push_back(operation.name);
-    for (const std::string& word : ArgumentWords(operation))
-      words[std::string("ARGUMENT ") + operation.name].push_back(word);
-  }
-  return words;
 }
 
 }  // namespace
@@ -210,8 +184,13 @@ void AddDocuments(CLI::App& app, Job& job) {
   add(app, "man", "Print the manual page", [&app] { return ManualPage(app, GPSENGINE_VERSION); });
   auto* completion = app.add_subcommand("completion", "Print a script that completes commands in a shell");
   completion->require_subcommand(1);
-  add(*completion, "bash", "For bash", [&app] { return BashCompletion(app, WordsToComplete()); });
-  add(*completion, "zsh", "For zsh", [&app] { return ZshCompletion(app, WordsToComplete()); });
+  add(*completion, "bash", "For bash", [] { return std::string(kBashCompletion); });
+  add(*completion, "zsh", "For zsh", [] { return std::string(kZshCompletion); });
+  auto words = std::make_shared<std::vector<std::string>>();
+  add(app, "complete", "List what may stand at the cursor",
+      [&app, words] { return Completions(app, *words); })
+      ->group("")
+      ->add_option("words", *words, "The words up to the cursor");
   add(app, "version", "Print the version", [] { return std::string(GPSENGINE_VERSION "\n"); })->group("");
   auto topic = std::make_shared<std::string>();
   auto* help = add(app, "help", "Print what a command takes", [&app, topic] {
