@@ -12,6 +12,7 @@
 #include "host/line/portsearch.h"
 #include "host/run/failure.h"
 #include "host/run/nearest.h"
+#include "host/session/recordingfeed.h"
 
 namespace host {
 
@@ -117,6 +118,14 @@ int BaudOf(const std::string& text) {
   const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), baud);
   if (error == std::errc() && end == text.data() + text.size() && baud > 0) return baud;
   throw CLI::ValidationError("--baud", text + " is no baud rate such as 9600, nor auto");
+}
+
+double SpeedOf(const std::string& text) {
+  double speed = 0.0;
+  const char* const end = text.data() + text.size();
+  if (text == "max") return PacedFeed::kMax;
+  if (std::from_chars(text.data(), end, speed).ptr == end && speed > 0.0 && speed <= 1e6) return speed;
+  throw CLI::ValidationError("--speed", text + " is no number above 0, and not \"max\"");
 }
 
 Moment MomentOfDate(const std::string& date) {

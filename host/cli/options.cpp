@@ -1,0 +1,125 @@
+#include "host/cli/options.h"
+
+#include <chrono>
+
+namespace host {
+
+namespace {
+
+const std::map<std::string, Geoid> kGeoids = {
+    {"none", Geoid::none}, {"add", Geoid::add}, {"subtract", Geoid::subtract}};
+const std::map<std::string, Kind> kKinds = {
+    {"fix", Kind::fix}, {"satellites", Kind::satellites}, {"report", Kind::report},
+    {"raw", Kind::raw}, {"ephemeris", Kind::ephemeris},   {"bin", Kind::bin}};
+
+void AddRinex(CLI::App& command, RinexOptions& rinex) {
+  auto* base = AddValue(command, "--rinex", rinex.base, "BASE", AName(),
+                        "Log raw data to BASE.obs and BASE.nav, as RINEX 2.11");
+  AddValue(command, "--interval", rinex.interval, "S", Between(0.1, 86400.0),
+           "Seconds between the epochs that are logged")
+      ->needs(base);
+}
+
+void AddExports(CLI::App& command, ExportOptions& exports) {
+  const auto add = [&](const char* name, std::string& path, const char* description) {
+    AddValue(command, name, path, "FILE", AName(), description)->group("Exports");
+  };
+  add("--gpx", exports.gpx, "Write the track as GPX 1.1");
+  add("--kml", exports.kml, "Write the track as KML 2.2");
+  add("--csv", exports.csv, "Write the fixes as a table");
+  add("--nmea", exports.nmea, "Write the fixes as NMEA 0183");
+  add("--report", exports.report, "Write a page about the run, in HTML");
+}
+
+void AddFilters(CLI::App& command, FilterOptions& filter) {
+  command
+      .add_option_function<std::vector<std::string>>(
+          "--only",
+          [&filter](const std::vector<std::string>& words) {
+            filter.only = Kinds();
+            for (const auto& word : words) filter.only.Add(kKinds.at(word));
+          },
+          "Kinds to show and export: fix, satellites, report, raw, ephemeris, bin")
+      ->check(CLI::IsMember(kKinds))
+      ->delimiter(',')
+      ->allow_extra_args(false)
+      ->type_name("KIND,...")
+      ->group("Filters");
+  AddValue(command, "--min-distance", filter.min_distance, "M", AboveZero(),
+           "Only fixes so many metres off the last one")
+      ->group("Filters");
+  AddValue(command, "--min-interval", filter.min_interval, "S", AboveZero(),
+           "Only fixes so many seconds after the last one")
+      ->group("Filters");
+}
+
+}  // namespace
+
+void AddModel(CLI::App& command, std::string& model) {
+  command.add_option("--model", model, "Receiver model, as \"gpsengine models\" lists them")
+      ->transform(AModel())
+      ->capture_default_str();
+}
+
+void AddDuration(CLI::App& command, double& seconds, const std::string& description) {
+  AddValue(command, "--duration", seconds, "S", AboveZero(), description);
+}
+
+void AddLine(CLI::App& command, LineChoice& line, const std::string& description) {
+  auto* port =
+      AddValue(command, "--port", line.port, "DEVICE", AName(),
+               description + "; auto: look for a receiver; last: the port and model of the last run");
+  command
+      .add_option_function<std::string>(
+          "--baud", [&line](const std::string& baud) { line.baud = BaudOf(baud); },
+          "Baud rate, which is kept for the model once something is understood; auto: try the common ones")
+      ->type_name("N")
+      ->needs(port);
+}
+
+void AddReceiver(CLI::App& command, RunOptions& run) {
+  AddModel(command, run.model);
+  AddValue(command, "--antenna-height", run.antenna_height, "M", AnyNumber(),
+           "Metres to take off every height");
+  AddChoice(command, "--geoid", run.geoid, kGeoids, "What to do with the geoid separation");
+}
+
+void AddSource(CLI::App& command, RunOptions& run) {
+  AddLine(command, run, "Serial device; without one, a simulated receiver");
+  AddValue(command, "--play", run.play, "FILE", AName(),
+           "Play a recording, a line every half second, over and over")
+      ->excludes("--port");
+  command
+      .add_flag_callback(
+          "--reconnect", [&run] { run.reconnect = std::chrono::seconds(1); },
+          "Wait for a port that is lost, or is not there yet, instead of ending")
+      ->needs("--port");
+  AddReceiver(command, run);
+}
+
+void AddSpeed(CLI::App& command, double& speed) {
+  command
+      .add_option_function<std::string>(
+          "--speed", [&speed](const std::string& word) { speed = SpeedOf(word); },
+          "Play once, so many times as fast as the recording's own times; max: as fast as it goes")
+      ->type_name("N|max")
+      ->needs("--play");
+}
+
+void AddShown(CLI::App& command, RunOptions& run, ShownOptions& shown,
+              const std::map<std::string, Format>& formats, const std::string& description) {
+  AddChoice(command, "--format", shown.format, formats, description);
+  AddRinex(command, shown.rinex);
+  AddExports(command, shown.exports);
+  AddFilters(command, shown.exports.filter);
+  AddValue(command, "--count", run.count, "N", WholeAboveZero(), "End after so many records were shown");
+}
+
+void AddListFormat(CLI::App& command, std::string& format, const std::string& plain) {
+  format = plain;
+  AddValue(command, "--format", format, "FORMAT", CLI::IsMember({plain, std::string("json")}),
+           plain + " or json")
+      ->capture_default_str();
+}
+
+}  // namespace host

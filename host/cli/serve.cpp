@@ -1,0 +1,32 @@
+#include "host/serve.h"
+#include "host/cli/commands.h"
+#include "host/cli/options.h"
+
+namespace host {
+
+void AddServe(CLI::App& app, Job& job) {
+  auto* command =
+      app.add_subcommand("serve", "Serve what a receiver sends to gpsd's clients, and as a live page");
+  command->footer(
+      "Clients cannot change anything: no request reaches the receiver.\n"
+      "Examples:\n"
+      "  gpsengine serve --port /dev/ttyUSB0 --model Trimble   then: gpspipe -w, cgps, gpsmon ...\n"
+      "  gpsengine serve --port auto --reconnect               goes on when it is plugged in again\n"
+      "  gpsengine serve --http 8080                           a simulated receiver, and a page\n"
+      "  gpsengine serve --play drive.log --tcp 2950           then: gpspipe -r 127.0.0.1:2950\n"
+      "  gpsengine serve --geoid add                           then: gpxlogger 127.0.0.1:2947");
+  auto options = std::make_shared<ServeOptions>();
+  AddSource(*command, *options);
+  command->add_option("--listen", options->listen, "Address to listen on")
+      ->type_name("ADDRESS")
+      ->capture_default_str();
+  AddValue(*command, "--tcp", options->tcp, "PORT", WholeBetween(0, 65535),
+           "Port of gpsd's protocol, 0 for any that is free")
+      ->capture_default_str();
+  AddValue(*command, "--http", options->http, "PORT", WholeBetween(0, 65535),
+           "Port of the live page, 0 for any that is free; without it, no page");
+  AddDuration(*command, options->duration, "End after so many seconds");
+  command->callback([&job, options, command] { job = OnLine(*command, options, &Serve); });
+}
+
+}  // namespace host
