@@ -6,6 +6,7 @@
 #include <iterator>
 #include <optional>
 #include <string_view>
+#include <type_traits>
 
 #include "host/commands/rawdata.h"
 #include "host/records/reports.h"
@@ -31,11 +32,20 @@ std::optional<T> ReadNumber(const std::string& word) {
   return read.ec == std::errc() && read.ptr == end ? std::optional(value) : std::nullopt;
 }
 
+}  // namespace
+
 /// Reads an operation's arguments one by one. A word that is none of what is asked for ends the command.
-class Words {
+class ArgumentReader {
  public:
-  explicit Words(const Arguments& arguments) : words_(arguments.words) {}
+  explicit ArgumentReader(const Arguments& arguments) : words_(arguments.words), wait_(arguments.wait) {}
+  bool Wait() const { return wait_; }
   bool AtEnd() const { return next_ == words_.size(); }
+  /// Whether that is the next word, which is then read.
+  bool Takes(const std::string& word) {
+    const bool takes = !AtEnd() && words_[next_] == word;
+    next_ += takes ? 1 : 0;
+    return takes;
+  }
   const std::string& Word(const char* what) {
     if (AtEnd()) throw Failure(ExitCode::usage, std::string("an argument is missing: ") + what);
     return words_[next_++];
@@ -51,9 +61,9 @@ class Words {
     Refuse(word, std::string("a number of ") + what);
   }
   bool OnOff() {
-    const std::string& word = Word("on or off");
-    if (word != "on" && word != "off") Refuse(word, "on or off");
-    return word == "on";
+    const bool on = Takes("on");
+    if (!on && !Takes("off")) Refuse(Word("on or off"), "on or off");
+    return on;
   }
   /// A number that fits, in the digits in which it is given.
   CString Digits(const char* what, bool (*fits)(double)) {
@@ -69,126 +79,96 @@ class Words {
 
  private:
   const std::vector<std::string>& words_;
+  const bool wait_;
   std::size_t next_ = 0;
 };
 
+namespace {
+
+/// An action with the result of what it calls, if that has one.
+template <class Call>
+Action ActionOf(Call call) {
+  return [call](CGPSReceiver& receiver) {
+    if constexpr (std::is_void_v<std::invoke_result_t<Call, CGPSReceiver&>>) {
+      call(receiver);
+      return Result::none;
+    } else {
+      return call(receiver) ? Result::yes : Result::no;
+    }
+  };
+}
+
 template <void (CGPSReceiver::*method)()>
-Action Call(const Arguments& arguments) {
-  Words(arguments).End();
-  return [](CGPSReceiver& receiver) {
-    (receiver.*method)();
-    return Result::none;
-  };
+Action Call(ArgumentReader&) {
+  return ActionOf([](CGPSReceiver& receiver) { (receiver.*method)(); });
 }
 
-Result ResultOf(bool worked) {
-  return worked ? Result::yes : Result::no;
-}
-
-Action SetElevationMask(const Arguments& arguments) {
-  Words words(arguments);
+Action SetElevationMask(ArgumentReader& words) {
   const int degrees = words.Whole("degrees");
-  words.End();
-  if (degrees < 0 || degrees > 90) Refuse(arguments.words[0], "an elevation from 0 to 90 degrees");
-  return [degrees](CGPSReceiver& receiver) {
-    receiver.SetSatElevMask(degrees);
-    return Result::none;
-  };
+  if (degrees < 0 || degrees > 90) Refuse(std::to_string(degrees), "an elevation from 0 to 90 degrees");
+  return ActionOf([degrees](CGPSReceiver& receiver) { receiver.SetSatElevMask(degrees); });
 }
 
 // The band of the beacons, in kHz, and the bit rates that they send at.
 constexpr double kFirstBeacon = 283.5, kLastBeacon = 325.0;
 constexpr double kBeaconBitRates[] = {25, 50, 100, 200};
 
-Action SetBeacon(const Arguments& arguments) {
-  Words words(arguments);
-  const bool automatic = !arguments.words.empty() && arguments.words[0] == "auto";
-  if (automatic) words.Word("auto");
+Action SetBeacon(ArgumentReader& words) {
+  if (words.Takes("auto"))
+    return ActionOf([](CGPSReceiver& receiver) { receiver.SetBeacon(BEACON_MODE_AUTO, "", ""); });
   const CString frequency =
-      automatic ? CString()
-                : words.Digits("\"auto\", nor a beacon's frequency from 283.5 to 325 kHz",
-                               [](double khz) { return khz >= kFirstBeacon && khz <= kLastBeacon; });
-  const CString bit_rate = automatic || words.AtEnd()
-                               ? CString()
-                               : words.Digits("a beacon's bit rate: 25, 50, 100 or 200", [](double rate) {
-                                   return std::find(std::begin(kBeaconBitRates), std::end(kBeaconBitRates),
-                                                    rate) != std::end(kBeaconBitRates);
-                                 });
-  words.End();
-  return [=](CGPSReceiver& receiver) {
-    receiver.SetBeacon(automatic ? BEACON_MODE_AUTO : BEACON_MODE_MANUAL, frequency, bit_rate);
-    return Result::none;
-  };
+      words.Digits("\"auto\", nor a beacon's frequency from 283.5 to 325 kHz",
+                   [](double khz) { return khz >= kFirstBeacon && khz <= kLastBeacon; });
+  CString bit_rate;
+  if (!words.AtEnd()) {
+    bit_rate = words.Digits("a beacon's bit rate: 25, 50, 100 or 200", [](double rate) {
+      return std::ranges::find(kBeaconBitRates, rate) != std::end(kBeaconBitRates);
+    });
+  }
+  return ActionOf(
+      [=](CGPSReceiver& receiver) { receiver.SetBeacon(BEACON_MODE_MANUAL, frequency, bit_rate); });
 }
 
-Action SetDgps(const Arguments& arguments) {
-  Words words(arguments);
+Action SetDgps(ArgumentReader& words) {
   const std::string& source = words.Word("the source");
-  words.End();
   for (int mode = DGPS_MODE_NONE; mode <= DGPS_MODE_OMNISTAR; ++mode) {
     if (source != NameOf(static_cast<DgpsMode>(mode))) continue;
-    return [mode](CGPSReceiver& receiver) {
-      receiver.SetDgpsMode(static_cast<DgpsMode>(mode));
-      return Result::none;
-    };
+    return ActionOf([mode](CGPSReceiver& receiver) { receiver.SetDgpsMode(static_cast<DgpsMode>(mode)); });
   }
   Refuse(source, "none, beacon, lband, waas, cdgps or omnistar");
 }
 
-Action SetLband(const Arguments& arguments) {
-  Words words(arguments);
+Action SetLband(ArgumentReader& words) {
   const double frequency = words.Number("MHz");
   const int bit_rate = words.Whole("bits a second");
-  words.End();
-  return [=](CGPSReceiver& receiver) {
-    receiver.SetLbandFrequency(frequency, bit_rate);
-    return Result::none;
-  };
+  return ActionOf([=](CGPSReceiver& receiver) { receiver.SetLbandFrequency(frequency, bit_rate); });
 }
 
-Action SetCdgpsFrequency(const Arguments& arguments) {
-  Words words(arguments);
-  const double frequency = words.Number("MHz");
-  words.End();
-  return [frequency](CGPSReceiver& receiver) {
-    receiver.ChangeCDGPS_Freq(frequency);
-    return Result::none;
-  };
+Action SetCdgpsFrequency(ArgumentReader& words) {
+  return ActionOf(
+      [frequency = words.Number("MHz")](CGPSReceiver& receiver) { receiver.ChangeCDGPS_Freq(frequency); });
 }
 
-Action DgpsStatus(const Arguments& arguments) {
-  Words words(arguments);
-  const bool on = words.OnOff();
-  words.End();
-  return [on](CGPSReceiver& receiver) {
-    receiver.DgpsStatusMsg(on);
-    return Result::none;
-  };
+Action DgpsStatus(ArgumentReader& words) {
+  return ActionOf([on = words.OnOff()](CGPSReceiver& receiver) { receiver.DgpsStatusMsg(on); });
 }
 
-Action PostProcessing(const Arguments& arguments) {
-  Words words(arguments);
-  const bool on = words.OnOff();
-  words.End();
-  return [on](CGPSReceiver& receiver) { return ResultOf(receiver.EnablePostProcessing(on)); };
+Action PostProcessing(ArgumentReader& words) {
+  return ActionOf([on = words.OnOff()](CGPSReceiver& receiver) { return receiver.EnablePostProcessing(on); });
 }
 
-Action RawInterval(const Arguments& arguments) {
-  Words words(arguments);
-  const double seconds = words.Number("seconds");
-  words.End();
-  return [seconds](CGPSReceiver& receiver) { return ResultOf(SetRawInterval(receiver, seconds)); };
+Action RawInterval(ArgumentReader& words) {
+  return ActionOf([seconds = words.Number("seconds")](CGPSReceiver& receiver) {
+    return SetRawInterval(receiver, seconds);
+  });
 }
 
-Action Reset(const Arguments& arguments) {
-  Words(arguments).End();
-  return [wait = arguments.wait](CGPSReceiver& receiver) { return ResultOf(receiver.ResetAll(wait)); };
+Action Reset(ArgumentReader& words) {
+  return ActionOf([wait = words.Wait()](CGPSReceiver& receiver) { return receiver.ResetAll(wait); });
 }
 
-Action Send(const Arguments& arguments) {
-  Words words(arguments);
+Action Send(ArgumentReader& words) {
   const std::string& word = words.Word("the text");
-  words.End();
   const CString text = CString::FromUtf8(word);
   std::string bytes;
   const auto is_control = [](char c) { return static_cast<unsigned char>(c) < ' ' || c == 0x7F; };
@@ -198,15 +178,11 @@ Action Send(const Arguments& arguments) {
   if (bytes.size() > kLongestText) {
     throw Failure(ExitCode::usage, "the text is longer than " + std::to_string(kLongestText) + " characters");
   }
-  return [text](CGPSReceiver& receiver) {
-    receiver.Send(text);
-    return Result::none;
-  };
+  return ActionOf([text](CGPSReceiver& receiver) { receiver.Send(text); });
 }
 
-Action Start(const Arguments& arguments) {
-  Words(arguments).End();
-  return [](CGPSReceiver& receiver) { return ResultOf(receiver.Initialize()); };
+Action Start(ArgumentReader&) {
+  return ActionOf([](CGPSReceiver& receiver) { return receiver.Initialize(); });
 }
 
 #define OPENED_BY(answer) #answer, [](CGPSReceiver & receiver) -> bool { return receiver.answer(); }
@@ -287,7 +263,7 @@ std::vector<Operation> MakeOperations() {
        RawInterval,
        {{{"1"}}, {{"0.2"}}, {{"5"}}},
        [](CGPSReceiver& receiver, const Arguments& arguments) {
-         CheckRawInterval(receiver, Words(arguments).Number("seconds"));
+         CheckRawInterval(receiver, ArgumentReader(arguments).Number("seconds"));
        }},
       {"reset",
        "[--wait]",
@@ -335,7 +311,10 @@ bool IsOffered(const Operation& operation, CGPSReceiver& receiver) {
 Action Prepare(const Operation& operation, const Arguments& arguments) {
   if (arguments.wait && operation.prepare != Reset)
     throw Failure(ExitCode::usage, "--wait belongs to the operation reset");
-  return operation.prepare(arguments);
+  ArgumentReader words(arguments);
+  const Action action = operation.prepare(words);
+  words.End();
+  return action;
 }
 
 Action Prepare(const Operation& operation, const Arguments& arguments, CGPSReceiver& receiver) {

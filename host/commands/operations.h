@@ -20,6 +20,8 @@ struct Arguments {
   bool wait = false;  ///< For the acknowledgement; the reset alone knows it.
 };
 
+class ArgumentReader;
+
 /// One operation of the interface to receivers, under the same name for every make.
 struct Operation {
   enum class Kind {
@@ -35,7 +37,7 @@ struct Operation {
   Kind kind;
   const char* answer;              ///< The capability answer that opens it; null: every model has it.
   bool (*is_open)(CGPSReceiver&);  ///< That answer; null likewise.
-  Action (*prepare)(const Arguments&);
+  Action (*prepare)(ArgumentReader&);
   std::vector<Arguments> examples;  ///< Arguments to show it with, as far as the model takes them.
   /// Throws a Failure if a receiver does not take the arguments; null: every model takes the same.
   void (*check)(CGPSReceiver&, const Arguments&) = nullptr;
