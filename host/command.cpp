@@ -11,6 +11,7 @@
 #include "host/commands/rehearse.h"
 #include "host/line/sentences.h"
 #include "host/records/textsink.h"
+#include "host/run/words.h"
 #include "host/session/linefeed.h"
 #include "host/session/printer.h"
 
@@ -158,11 +159,10 @@ ExitCode PrintTranscript(const Transcript& transcript, Output& output) {
 void CheckOffer(const CommandOptions& options, const Operation& operation) {
   CGPSReceiver& receiver = FindModel(options.model);
   if (options.force || IsOffered(operation, receiver)) return;
-  std::string names;
-  for (const Offer& offer : OffersOf(receiver))
-    names += std::string(names.empty() ? "" : ", ") + offer.operation->name;
+  std::vector<std::string> names;
+  for (const Offer& offer : OffersOf(receiver)) names.push_back(offer.operation->name);
   throw Failure(ExitCode::refused, "the model " + options.model + " does not offer " + operation.name +
-                                       "; it offers " + names + ". --force sends it all the same");
+                                       "; it offers " + Join(names) + ". --force sends it all the same");
 }
 
 }  // namespace

@@ -5,6 +5,7 @@
 #include <string_view>
 
 #include "host/cli/clihelp.h"
+#include "host/run/words.h"
 
 namespace host {
 
@@ -74,8 +75,9 @@ std::string Sentence(std::string text) {
 }
 
 void AppendOption(std::string& page, const CLI::Option& option) {
-  std::string head;
-  for (const std::string& name : NamesOf(option)) head += (head.empty() ? "" : ", ") + Bold(name);
+  std::vector<std::string> names = NamesOf(option);
+  for (std::string& name : names) name = Bold(name);
+  std::string head = Join(names);
   if (option.get_positional()) head = Italic(ValueName(option));
   if (!option.get_positional() && !IsFlag(option)) head += ' ' + Italic(ValueName(option));
   std::string text = Sentence(option.get_description());
@@ -84,9 +86,9 @@ void AppendOption(std::string& page, const CLI::Option& option) {
   if (!IsFlag(option) && !option.get_default_str().empty())
     text += " Without it: " + option.get_default_str() + ".";
   if (const auto needed = SortedNames(option.get_needs()); !needed.empty())
-    text += " Goes with " + Join(needed, ", ") + ".";
+    text += " Goes with " + Join(needed) + ".";
   if (const auto excluded = SortedNames(option.get_excludes()); !excluded.empty())
-    text += " Not with " + Join(excluded, ", ") + ".";
+    text += " Not with " + Join(excluded) + ".";
   page += ".TP\n" + head + '\n' + Roff(text) + '\n';
 }
 

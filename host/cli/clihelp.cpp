@@ -1,5 +1,7 @@
 #include "host/cli/clihelp.h"
 
+#include "host/run/words.h"
+
 namespace host {
 
 std::vector<const CLI::App*> Commands(const CLI::App& app) {
@@ -45,15 +47,6 @@ std::vector<std::string> ChoicesOf(const CLI::Option& option) {
     begin = end + 1;
   }
   return choices;
-}
-
-std::string Join(const std::vector<std::string>& words, std::string_view separator) {
-  std::string text;
-  for (const std::string& word : words) {
-    if (!text.empty()) text += separator;
-    text += word;
-  }
-  return text;
 }
 
 std::string ValueName(const CLI::Option& option) {

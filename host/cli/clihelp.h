@@ -2,7 +2,6 @@
 
 #include <CLI/App.hpp>
 #include <string>
-#include <string_view>
 #include <vector>
 
 namespace host {
@@ -29,6 +28,5 @@ std::vector<std::string> ChoicesOf(const CLI::Option& option);
 std::string ValueName(const CLI::Option& option);
 /// Its spellings, with their dashes.
 std::vector<std::string> NamesOf(const CLI::Option& option);
-std::string Join(const std::vector<std::string>& words, std::string_view separator);
 
 }  // namespace host

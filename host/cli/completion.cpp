@@ -10,6 +10,7 @@
 #include "host/cli/clihelp.h"
 #include "host/commands/models.h"
 #include "host/commands/operations.h"
+#include "host/run/words.h"
 
 namespace host {
 

@@ -1,7 +1,6 @@
 #include "host/cli/values.h"
 
 #include <CLI/CLI.hpp>
-#include <charconv>
 #include <chrono>
 #include <cmath>
 #include <sstream>
@@ -11,7 +10,7 @@
 #include "host/commands/models.h"
 #include "host/line/portsearch.h"
 #include "host/run/failure.h"
-#include "host/run/nearest.h"
+#include "host/run/words.h"
 #include "host/session/recordingfeed.h"
 
 namespace host {
@@ -22,12 +21,8 @@ namespace {
 template <class T, class Fits>
 CLI::Validator Numbers(const std::string& text, Fits fits) {
   const auto check = [text, fits](const std::string& word) -> std::string {
-    T value{};
-    const char* const end = word.data() + word.size();
-    const auto read = std::from_chars(word.data(), end, value);
-    const bool is_number =
-        read.ec == std::errc() && read.ptr == end && std::isfinite(static_cast<double>(value));
-    if (is_number && fits(value)) return "";
+    const auto value = ReadNumber<T>(word);
+    if (value && std::isfinite(static_cast<double>(*value)) && fits(*value)) return "";
     return '"' + word + "\" is no " + (std::is_integral_v<T> ? "whole " : "") + "number " + text;
   };
   return CLI::Validator(check, text);
@@ -114,17 +109,13 @@ CLI::Validator AModel() {
 
 int BaudOf(const std::string& text) {
   if (text == "auto") return kAutoBaud;
-  int baud = 0;
-  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), baud);
-  if (error == std::errc() && end == text.data() + text.size() && baud > 0) return baud;
+  if (const auto baud = ReadNumber<int>(text); baud && *baud > 0) return *baud;
   throw CLI::ValidationError("--baud", text + " is no baud rate such as 9600, nor auto");
 }
 
 double SpeedOf(const std::string& text) {
-  double speed = 0.0;
-  const char* const end = text.data() + text.size();
   if (text == "max") return PacedFeed::kMax;
-  if (std::from_chars(text.data(), end, speed).ptr == end && speed > 0.0 && speed <= 1e6) return speed;
+  if (const auto speed = ReadNumber<double>(text); speed && *speed > 0.0 && *speed <= 1e6) return *speed;
   throw CLI::ValidationError("--speed", text + " is no number above 0, and not \"max\"");
 }
 

@@ -8,7 +8,7 @@
 #include "host/commands/rehearse.h"
 #include "host/records/jsonwriter.h"
 #include "host/run/failure.h"
-#include "host/run/nearest.h"
+#include "host/run/words.h"
 
 namespace host {
 
@@ -44,18 +44,6 @@ std::string Padded(std::string text, std::size_t width) {
   return text;
 }
 
-/// The failure of a name that is no model's.
-Failure NoModel(const std::string& name) {
-  std::vector<std::string> names;
-  std::string list;
-  for (const auto& receiver : Models()) {
-    names.push_back(receiver->GetName().ToUtf8());
-    list += (list.empty() ? "\"" : ", \"") + names.back() + '"';
-  }
-  return Failure(ExitCode::usage,
-                 "no model is called \"" + name + '"' + DidYouMean(name, names) + "; the models are " + list);
-}
-
 /// Writes the members that tell of a model.
 void Describe(CGPSReceiver& receiver, JsonWriter& json) {
   json.Key("name");
@@ -85,8 +73,10 @@ CGPSReceiver& FindModel(const std::string& name) {
   const auto found = std::find_if(Models().begin(), Models().end(), [&](const auto& receiver) {
     return IsSameName(receiver->GetName().ToUtf8(), name);
   });
-  if (found == Models().end()) throw NoModel(name);
-  return **found;
+  if (found != Models().end()) return **found;
+  std::vector<std::string> names;
+  for (const auto& receiver : Models()) names.push_back(receiver->GetName().ToUtf8());
+  throw NoSuch("model", name, names, "\"");
 }
 
 std::string ModelsAsTable() {

@@ -1,17 +1,15 @@
 #include "host/commands/operations.h"
 
 #include <algorithm>
-#include <charconv>
 #include <cmath>
 #include <iterator>
-#include <optional>
 #include <string_view>
 #include <type_traits>
 
 #include "host/commands/rawdata.h"
 #include "host/records/reports.h"
 #include "host/run/failure.h"
-#include "host/run/nearest.h"
+#include "host/run/words.h"
 
 namespace host {
 
@@ -22,14 +20,6 @@ constexpr std::size_t kLongestText = 198;
 
 [[noreturn]] void Refuse(const std::string& word, const std::string& wanted) {
   throw Failure(ExitCode::usage, "\"" + word + "\" is not " + wanted);
-}
-
-template <class T>
-std::optional<T> ReadNumber(const std::string& word) {
-  T value{};
-  const auto end = word.data() + word.size();
-  const auto read = std::from_chars(word.data(), end, value);
-  return read.ec == std::errc() && read.ptr == end ? std::optional(value) : std::nullopt;
 }
 
 }  // namespace
@@ -295,13 +285,8 @@ const Operation& FindOperation(const std::string& name) {
                                   [&](const Operation& operation) { return operation.name == name; });
   if (found != operations.end()) return *found;
   std::vector<std::string> names;
-  std::string list;
-  for (const auto& operation : operations) {
-    names.push_back(operation.name);
-    list += (list.empty() ? "" : ", ") + names.back();
-  }
-  throw Failure(ExitCode::usage, "no operation is called \"" + name + '"' + DidYouMean(name, names) +
-                                     "; the operations are " + list);
+  for (const auto& operation : operations) names.push_back(operation.name);
+  throw NoSuch("operation", name, names);
 }
 
 bool IsOffered(const Operation& operation, CGPSReceiver& receiver) {

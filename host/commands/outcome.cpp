@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "host/run/failure.h"
+#include "host/run/words.h"
 
 namespace host {
 
@@ -57,9 +58,9 @@ std::string Told(const std::vector<std::string>& lines) {
   if (lines.size() > kFewLines)
     return std::to_string(lines.size()) + " messages, " + quoted(lines.front()) + " to " +
            quoted(lines.back());
-  std::string text;
-  for (const std::string& line : lines) text += (text.empty() ? "" : ", ") + quoted(line);
-  return text;
+  std::vector<std::string> all;
+  std::transform(lines.begin(), lines.end(), std::back_inserter(all), quoted);
+  return Join(all);
 }
 
 /// The first step that is not done when the steps have waited for so long.

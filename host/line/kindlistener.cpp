@@ -4,6 +4,7 @@
 
 #include "gpsengine/engine/gpsengine.h"
 #include "host/run/failure.h"
+#include "host/run/words.h"
 
 namespace host {
 
@@ -55,13 +56,13 @@ std::string WhatIsIn(const Recording& recording) {
   std::vector<std::string> parts, useless;
   for (const auto* list : {&listener->sentences, &listener->reports, &listener->foreign})
     useless.insert(useless.end(), list->begin(), list->end());
-  if (!useless.empty()) parts.push_back("sentences that tell no position (" + Joined(useless) + ")");
+  if (!useless.empty()) parts.push_back("sentences that tell no position (" + Join(useless) + ")");
   if (listener->GetChecksumErrors() > 0) parts.push_back("sentences whose checksum is wrong");
   if (!listener->binary.empty())
-    parts.push_back("binary blocks that are handed on undecoded (" + Joined(listener->binary) + ")");
+    parts.push_back("binary blocks that are handed on undecoded (" + Join(listener->binary) + ")");
   const std::string where =
       recording.IsAllInHead() ? "" : "in its first " + std::to_string(head.size() / 1024) + " KB ";
-  return where + (parts.empty() ? "its bytes make no message" : "it holds only " + Joined(parts));
+  return where + (parts.empty() ? "its bytes make no message" : "it holds only " + Join(parts));
 }
 
 }  // namespace
@@ -84,12 +85,6 @@ bool KindListener::Parse(CString& message, GPSStringType type) {
     AddOnce(reports, HeadOf(message));
   }
   return published;
-}
-
-std::string Joined(const std::vector<std::string>& list) {
-  std::string text;
-  for (const std::string& entry : list) text += (text.empty() ? "" : ", ") + entry;
-  return text;
 }
 
 void CheckUnderstood(const Recording& recording, const HostWindow& window) {

@@ -26,9 +26,6 @@ class KindListener : public CGPSReceiver {
   std::vector<std::string> foreign;    ///< Well-formed and not known.
 };
 
-/// "GGA, RMC".
-std::string Joined(const std::vector<std::string>& list);
-
 /// Throws a Failure that says what a recording holds, if nothing of it was decoded, nor shown by the window.
 /// Called behind its end.
 void CheckUnderstood(const Recording& recording, const HostWindow& window);

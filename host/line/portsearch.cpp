@@ -11,6 +11,7 @@
 #include "host/line/kindlistener.h"
 #include "host/line/ports.h"
 #include "host/run/failure.h"
+#include "host/run/words.h"
 
 namespace host {
 
@@ -38,13 +39,13 @@ Heard Judge(const KindListener& listener, std::size_t bytes) {
   if (listener.HasUnderstood()) {
     std::vector<std::string> parts = listener.reports;
     if (!listener.sentences.empty()) {
-      parts.insert(parts.begin(), "NMEA (" + Joined(listener.sentences) + ')');
+      parts.insert(parts.begin(), "NMEA (" + Join(listener.sentences) + ')');
     }
     for (const std::string& record : listener.binary) parts.push_back("binary records " + record);
-    return {Heard::Verdict::understood, bytes, Joined(parts)};
+    return {Heard::Verdict::understood, bytes, Join(parts)};
   }
   if (!listener.foreign.empty()) {
-    return {Heard::Verdict::foreign, bytes, "NMEA, but no GPS receiver's (" + Joined(listener.foreign) + ')'};
+    return {Heard::Verdict::foreign, bytes, "NMEA, but no GPS receiver's (" + Join(listener.foreign) + ')'};
   }
   return {Heard::Verdict::nothing, bytes, bytes == 0 ? "no bytes" : "bytes that make no message"};
 }

@@ -1,4 +1,4 @@
-#include "host/run/nearest.h"
+#include "host/run/words.h"
 
 #include <algorithm>
 #include <cctype>
@@ -29,6 +29,15 @@ std::size_t Distance(std::string_view one, std::string_view other) {
 
 }  // namespace
 
+std::string Join(const std::vector<std::string>& words, std::string_view separator) {
+  std::string text;
+  for (const std::string& word : words) {
+    if (&word != &words.front()) text += separator;
+    text += word;
+  }
+  return text;
+}
+
 bool IsSameName(std::string_view one, std::string_view other) {
   return std::equal(one.begin(), one.end(), other.begin(), other.end(),
                     [](char a, char b) { return Lower(a) == Lower(b); });
@@ -47,6 +56,13 @@ std::string DidYouMean(std::string_view word, const std::vector<std::string>& na
     name = candidate;
   }
   return name.empty() ? "" : " (did you mean \"" + name + "\"?)";
+}
+
+Failure NoSuch(const std::string& kind, const std::string& name, const std::vector<std::string>& names,
+               const std::string& quote) {
+  return Failure(ExitCode::usage, "no " + kind + " is called \"" + name + '"' + DidYouMean(name, names) +
+                                      "; the " + kind + "s are " + quote + Join(names, quote + ", " + quote) +
+                                      quote);
 }
 
 }  // namespace host
