@@ -2,7 +2,7 @@
 
 #include <CLI/CLI.hpp>
 #include <chrono>
-#include <cmath>
+#include <limits>
 #include <sstream>
 #include <type_traits>
 
@@ -17,12 +17,15 @@ namespace host {
 
 namespace {
 
-/// A validator of the numbers for which `fits` holds. The text is for the help, and for who gave another.
-template <class T, class Fits>
-CLI::Validator Numbers(const std::string& text, Fits fits) {
-  const auto check = [text, fits](const std::string& word) -> std::string {
+// The least number above 0.
+constexpr double kLeast = std::numeric_limits<double>::denorm_min();
+
+/// A validator of the numbers within limits. The text is for the help, and for who gave another.
+template <class T>
+CLI::Validator Numbers(const std::string& text, T least, T most = std::numeric_limits<T>::max()) {
+  const auto check = [=](const std::string& word) -> std::string {
     const auto value = ReadNumber<T>(word);
-    if (value && std::isfinite(static_cast<double>(*value)) && fits(*value)) return "";
+    if (value && *value >= least && *value <= most) return "";
     return '"' + word + "\" is no " + (std::is_integral_v<T> ? "whole " : "") + "number " + text;
   };
   return CLI::Validator(check, text);
@@ -58,40 +61,36 @@ std::vector<std::string> NamesIn(const CLI::App& command, bool options) {
 }  // namespace
 
 CLI::Validator AnyNumber() {
-  return Numbers<double>("", [](double) { return true; });
+  return Numbers("", std::numeric_limits<double>::lowest());
 }
 
 CLI::Validator Between(double least, double most) {
-  return Numbers<double>("from " + Digits(least) + " to " + Digits(most),
-                         [=](double value) { return value >= least && value <= most; });
+  return Numbers("from " + Digits(least) + " to " + Digits(most), least, most);
 }
 
 CLI::Validator ZeroOrMore() {
-  return Numbers<double>("from 0 up", [](double value) { return value >= 0.0; });
+  return Numbers("from 0 up", 0.0);
 }
 
 CLI::Validator AboveZero() {
-  return Numbers<double>("above 0", [](double value) { return value > 0.0; });
+  return Numbers("above 0", kLeast);
 }
 
 CLI::Validator AboveZeroUpTo(double most) {
-  return Numbers<double>("above 0 and up to " + Digits(most),
-                         [most](double value) { return value > 0.0 && value <= most; });
+  return Numbers("above 0 and up to " + Digits(most), kLeast, most);
 }
 
 CLI::Validator WholeBetween(long long least, long long most) {
-  return Numbers<long long>("from " + std::to_string(least) + " to " + std::to_string(most),
-                            [=](long long value) { return value >= least && value <= most; });
+  return Numbers("from " + std::to_string(least) + " to " + std::to_string(most), least, most);
 }
 
 CLI::Validator WholeAboveZero() {
-  return Numbers<long long>("above 0", [](long long value) { return value > 0; });
+  return Numbers("above 0", 1LL);
 }
 
 CLI::Validator AName() {
-  CLI::Validator validator(
+  return CLI::Validator(
       [](const std::string& word) { return word.empty() ? "the name is empty" : std::string(); }, "");
-  return validator;
 }
 
 CLI::Validator AModel() {

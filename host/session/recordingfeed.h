@@ -5,13 +5,22 @@
 #include <string>
 #include <string_view>
 
+#include "gpsengine/platform/clock.h"
 #include "host/records/moment.h"
 #include "host/run/progress.h"
 #include "host/run/recording.h"
-#include "host/run/unpacedclock.h"
 #include "host/session/feed.h"
 
 namespace host {
+
+/// Time without pauses, as long as it lives. The decoders pace a receiver here and there, and behind a
+/// recording there is none.
+class UnpacedClock : public Clock {
+ public:
+  UnpacedClock() { SetClock(this); }
+  ~UnpacedClock() override { SetClock(nullptr); }
+  void Sleep(DWORD) override {}
+};
 
 /// A recording, or standard input, whose bytes the host moves, all of them and once, as fast as it goes.
 class RecordingFeed : public Feed {
