@@ -1,7 +1,7 @@
 #include "gpsengine/platform/application.h"
-#include "host/cli/clidoc.h"
 #include "host/cli/commands.h"
 #include "host/cli/completion.h"
+#include "host/cli/manual.h"
 #include "host/commands/receiversdoc.h"
 
 namespace host {

@@ -1,4 +1,4 @@
-#include "host/cli/clidoc.h"
+#include "host/cli/manual.h"
 
 #include <algorithm>
 #include <cctype>
@@ -36,26 +36,21 @@ constexpr struct {
      "meaning."},
 };
 
-std::vector<std::string> SortedNames(const std::set<CLI::Option*>& options) {
+std::string SortedNames(const std::set<CLI::Option*>& options) {
   std::vector<std::string> names;
   for (const CLI::Option* option : options) names.push_back(option->get_name());
   std::sort(names.begin(), names.end());
-  return names;
+  return Join(names);
 }
 
 // What man would take for its own language becomes text.
 std::string Roff(const std::string& text) {
   std::string out;
-  for (std::size_t i = 0; i < text.size(); ++i) {
-    const bool begins_line = i == 0 || text[i - 1] == '\n';
-    if (begins_line && (text[i] == '.' || text[i] == '\'')) out += "\\&";
-    if (text[i] == '-') {
-      out += "\\-";
-    } else if (text[i] == '\\') {
-      out += "\\e";
-    } else {
-      out += text[i];
-    }
+  for (const char c : text) {
+    const bool begins_line = out.empty() || out.back() == '\n';
+    if (begins_line && (c == '.' || c == '\'')) out += "\\&";
+    if (c == '-' || c == '\\') out += '\\';
+    out += c == '\\' ? 'e' : c;
   }
   return out;
 }
@@ -74,22 +69,24 @@ std::string Sentence(std::string text) {
   return text;
 }
 
-void AppendOption(std::string& page, const CLI::Option& option) {
+/// An entry of a list: a term and what it means.
+std::string Item(const std::string& term, const std::string& meaning) {
+  return ".TP\n" + term + '\n' + Roff(meaning) + '\n';
+}
+
+std::string ItemOf(const CLI::Option& option) {
   std::vector<std::string> names = NamesOf(option);
   for (std::string& name : names) name = Bold(name);
-  std::string head = Join(names);
-  if (option.get_positional()) head = Italic(ValueName(option));
-  if (!option.get_positional() && !IsFlag(option)) head += ' ' + Italic(ValueName(option));
+  const std::string value = IsFlag(option) ? "" : Italic(ValueName(option));
   std::string text = Sentence(option.get_description());
   if (!IsFlag(option) && ChoicesOf(option).empty() && !LimitsOf(option).empty())
     text += " Takes numbers " + LimitsOf(option) + ".";
   if (!IsFlag(option) && !option.get_default_str().empty())
     text += " Without it: " + option.get_default_str() + ".";
-  if (const auto needed = SortedNames(option.get_needs()); !needed.empty())
-    text += " Goes with " + Join(needed) + ".";
-  if (const auto excluded = SortedNames(option.get_excludes()); !excluded.empty())
-    text += " Not with " + Join(excluded) + ".";
-  page += ".TP\n" + head + '\n' + Roff(text) + '\n';
+  if (!option.get_needs().empty()) text += " Goes with " + SortedNames(option.get_needs()) + ".";
+  if (!option.get_excludes().empty()) text += " Not with " + SortedNames(option.get_excludes()) + ".";
+  const char* const blank = names.empty() || value.empty() ? "" : " ";
+  return Item(Join(names) + blank + value, text);
 }
 
 void AppendCommand(std::string& page, const std::string& name, const CLI::App& command) {
@@ -100,7 +97,7 @@ void AppendCommand(std::string& page, const std::string& name, const CLI::App& c
   }
   page += ".SS " + Roff(head) + '\n' + Roff(Sentence(command.get_description())) + '\n';
   for (const CLI::Option* option : Options(command)) {
-    if (option->get_name() != "--help") AppendOption(page, *option);
+    if (option->get_name() != "--help") page += ItemOf(*option);
   }
   // A command within a command takes the other's examples over, unless it has its own.
   const CLI::App* parent = command.get_parent();
@@ -124,9 +121,9 @@ std::string ManualPage(const CLI::App& app, const std::string& version) {
   page += ".SH COMMANDS\nEach takes " + Bold("--help") + " too.\n";
   for (const Command& command : AllCommands(app)) AppendCommand(page, command.name, *command.app);
   page += ".SH EXIT STATUS\n";
-  for (const auto& row : kExitCodes) page += ".TP\n" + Bold(row.code) + '\n' + Roff(row.meaning) + '\n';
+  for (const auto& row : kExitCodes) page += Item(Bold(row.code), row.meaning);
   page += ".SH FILES\n";
-  for (const auto& row : kFiles) page += ".TP\n" + Italic(row.path) + '\n' + Roff(row.meaning) + '\n';
+  for (const auto& row : kFiles) page += Item(Italic(row.path), row.meaning);
   return page;
 }
 
