@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <iterator>
+#include <sstream>
 #include <string_view>
 #include <type_traits>
 
@@ -153,6 +154,10 @@ Action RawInterval(ArgumentReader& words) {
   });
 }
 
+void CheckInterval(CGPSReceiver& receiver, const Arguments& arguments) {
+  CheckRawInterval(receiver, ArgumentReader(arguments).Number("seconds"));
+}
+
 Action Reset(ArgumentReader& words) {
   return ActionOf([wait = words.Wait()](CGPSReceiver& receiver) { return receiver.ResetAll(wait); });
 }
@@ -178,10 +183,25 @@ Action Start(ArgumentReader&) {
 #define OPENED_BY(answer) #answer, [](CGPSReceiver & receiver) -> bool { return receiver.answer(); }
 #define ALWAYS_OPEN nullptr, nullptr
 
+/// Examples of arguments, as a user writes them.
+template <class... Texts>
+std::vector<Arguments> Examples(Texts... texts) {
+  std::vector<Arguments> examples;
+  for (const char* text : {texts...}) {
+    std::istringstream words(text);
+    Arguments& arguments = examples.emplace_back();
+    for (std::string word; words >> word;) {
+      arguments.wait = word == "--wait";
+      if (!arguments.wait) arguments.words.push_back(word);
+    }
+  }
+  return examples;
+}
+
 std::vector<Operation> MakeOperations() {
   using enum Operation::Kind;
-  const std::vector<Arguments> plain = {{}};
-  const std::vector<Arguments> on_off = {{{"on"}}, {{"off"}}};
+  const std::vector<Arguments> plain = Examples("");
+  const std::vector<Arguments> on_off = Examples("on", "off");
   return {
       {"start", "", "what the start of a run writes", starts, ALWAYS_OPEN, Start, plain},
       {"default-nmea", "", "the full set of NMEA sentences", sets, OPENED_BY(ImplementsSetNmea),
@@ -192,31 +212,16 @@ std::vector<Operation> MakeOperations() {
        Call<&CGPSReceiver::QueryNmeaActive>, plain},
       {"query-settings", "", "the receiver's settings", asks, OPENED_BY(ImplementsQueryGpsSettings),
        Call<&CGPSReceiver::QueryGpsSettings>, plain},
-      {"set-elevation-mask",
-       "DEGREES",
-       "the least elevation of a satellite",
-       sets,
-       OPENED_BY(ImplementsSetElevMask),
-       SetElevationMask,
-       {{{"10"}}}},
+      {"set-elevation-mask", "DEGREES", "the least elevation of a satellite", sets,
+       OPENED_BY(ImplementsSetElevMask), SetElevationMask, Examples("10")},
       {"query-elevation-mask", "", "that elevation", asks, OPENED_BY(ImplementsSetElevMask),
        Call<&CGPSReceiver::QuerySatElevMask>, plain},
-      {"set-beacon",
-       "auto | KHZ [BITRATE]",
-       "the beacon to listen to",
-       sets,
-       OPENED_BY(ImplementsBeacon),
-       SetBeacon,
-       {{{"auto"}}, {{"304.5", "200"}}}},
+      {"set-beacon", "auto | KHZ [BITRATE]", "the beacon to listen to", sets, OPENED_BY(ImplementsBeacon),
+       SetBeacon, Examples("auto", "304.5 200")},
       {"query-beacon", "", "the beacon and its signal", asks, OPENED_BY(ImplementsBeacon),
        Call<&CGPSReceiver::QueryBeacon>, plain},
-      {"set-dgps",
-       "none|beacon|lband|waas|cdgps|omnistar",
-       "the source of differential corrections",
-       sets,
-       OPENED_BY(HasDGPSSupport),
-       SetDgps,
-       {{{"none"}}, {{"beacon"}}, {{"lband"}}, {{"waas"}}, {{"cdgps"}}, {{"omnistar"}}}},
+      {"set-dgps", "none|beacon|lband|waas|cdgps|omnistar", "the source of differential corrections", sets,
+       OPENED_BY(HasDGPSSupport), SetDgps, Examples("none", "beacon", "lband", "waas", "cdgps", "omnistar")},
       {"query-dgps", "", "that source", asks, OPENED_BY(HasDGPSSupport), Call<&CGPSReceiver::QueryDgpsMode>,
        plain},
       {"query-omnistar", "", "the Omnistar subscription", asks, OPENED_BY(HasDGPSSupport),
@@ -225,43 +230,20 @@ std::vector<Operation> MakeOperations() {
        Call<&CGPSReceiver::QueryWAAS>, plain},
       {"query-lband-satellites", "", "the L-band satellites", asks, OPENED_BY(HasDGPSSupport),
        Call<&CGPSReceiver::QueryLbandSatellites>, plain},
-      {"set-lband",
-       "MHZ BITRATE",
-       "the L-band satellite to listen to, 0 for the receiver's choice",
-       sets,
-       OPENED_BY(HasDGPSSupport),
-       SetLband,
-       {{{"0", "1200"}}, {{"1557.845", "1200"}}}},
-      {"set-cdgps-frequency",
-       "MHZ",
-       "the CDGPS satellite to listen to",
-       sets,
-       OPENED_BY(HasDGPSSupport),
-       SetCdgpsFrequency,
-       {{{"1547"}}}},
+      {"set-lband", "MHZ BITRATE", "the L-band satellite to listen to, 0 for the receiver's choice", sets,
+       OPENED_BY(HasDGPSSupport), SetLband, Examples("0 1200", "1557.845 1200")},
+      {"set-cdgps-frequency", "MHZ", "the CDGPS satellite to listen to", sets, OPENED_BY(HasDGPSSupport),
+       SetCdgpsFrequency, Examples("1547")},
       {"dgps-status", "on|off", "messages on the state of the corrections", sets, OPENED_BY(HasDGPSSupport),
        DgpsStatus, on_off},
       {"send-correction", "", "the datum of the corrections", sets, OPENED_BY(HasDGPSSupport),
        Call<&CGPSReceiver::SendCorrection>, plain},
       {"post-processing", "on|off", "raw measurements and ephemerides, until the end of the run", sets,
        OPENED_BY(HasRawData), PostProcessing, on_off},
-      {"raw-interval",
-       "SECONDS",
-       "the interval of raw measurements",
-       sets,
-       OPENED_BY(HasRawData),
-       RawInterval,
-       {{{"1"}}, {{"0.2"}}, {{"5"}}},
-       [](CGPSReceiver& receiver, const Arguments& arguments) {
-         CheckRawInterval(receiver, ArgumentReader(arguments).Number("seconds"));
-       }},
-      {"reset",
-       "[--wait]",
-       "a known configuration; --wait: and see that it acknowledges",
-       sets,
-       OPENED_BY(ImplementsResetAll),
-       Reset,
-       {{{}, false}, {{}, true}}},
+      {"raw-interval", "SECONDS", "the interval of raw measurements", sets, OPENED_BY(HasRawData),
+       RawInterval, Examples("1", "0.2", "5"), CheckInterval},
+      {"reset", "[--wait]", "a known configuration; --wait: and see that it acknowledges", sets,
+       OPENED_BY(ImplementsResetAll), Reset, Examples("", "--wait")},
       {"send", "TEXT", "a line of your own", sets, ALWAYS_OPEN, Send, {}},
       {"keep-alive", "", "what a silent line is sent", sets, ALWAYS_OPEN, Call<&CGPSReceiver::KeepAlive>,
        plain},
