@@ -157,6 +157,30 @@ TEST_F(HostExports, MakesNmeaOfWhatAReceiverSaid) {
                 WithChecksum("$GPGSV,1,1,01,07,45,180,41"));
 }
 
+TEST_F(HostExports, TellOfSatellitesOfEverySystem) {
+  const auto epoch = [](const std::string& time) {
+    return WithChecksum("$GNGGA," + time + ",4807.038,N,01131.000,E,1,12,0.9,545.4,M,46.9,M,,") +
+           WithChecksum("$GNGSA,A,3,01,02,03,04,05,06,07,08,09,10,11,12,2.5,1.3,2.1,1") +
+           WithChecksum("$GNGSA,A,3,13,,,,,,,,,,,,2.5,1.3,2.1,1") +
+           WithChecksum("$GNGSA,A,3,33,,,,,,,,,,,,2.5,1.3,2.1,3") +
+           WithChecksum("$GPGSV,4,1,13,01,10,020,30,02,10,020,30,03,10,020,30,04,10,020,30,1") +
+           WithChecksum("$GPGSV,4,2,13,05,10,020,30,06,10,020,30,07,10,020,30,08,10,020,30,1") +
+           WithChecksum("$GPGSV,4,3,13,09,10,020,30,10,10,020,30,11,10,020,30,12,10,020,30,1") +
+           WithChecksum("$GPGSV,4,4,13,13,10,020,30,1") +
+           WithChecksum("$GAGSV,1,1,02,33,05,010,44,08,-3,,,7");
+  };
+  Decode(kDate + epoch("000000") + epoch("000001"));
+  const auto row = Table(Export("csv")).back();
+  EXPECT_EQ(row.at("used") + ' ' + row.at("in_view") + ' ' + row.at("mean_snr"), "14 15 31.0");
+  const std::string dilution = "2.50,0.90,2.10,";
+  for (const std::string& sentence :
+       {"$GNGSA,A,3,01,02,03,04,05,06,07,08,09,10,11,12," + dilution + "1",
+        "$GNGSA,A,3,13,,,,,,,,,,,," + dilution + "1", "$GNGSA,A,3,33,,,,,,,,,,,," + dilution + "3",
+        std::string("$GPGSV,4,4,13,13,10,020,30"), std::string("$GAGSV,1,1,02,08,-3,,,33,05,010,44")}) {
+    EXPECT_EQ(Count(Export("nmea"), WithChecksum(sentence)), 1) << sentence;
+  }
+}
+
 TEST_F(HostExports, TellHeightsForWhatTheyAre) {
   const auto gga = [](const std::string& time, const std::string& tail) {
     return WithChecksum("$GPGGA," + time + ",4807.038,N,01131.000,E,2,08,0.9,545.4,M," + tail);

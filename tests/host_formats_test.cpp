@@ -9,10 +9,11 @@
 #include "host/records/gpsdsink.h"
 #include "host/records/jsonwriter.h"
 #include "host/records/lastposition.h"
-#include "host/records/moment.h"
 #include "host/records/recordsink.h"
+#include "host/records/skysource.h"
 #include "host/records/textsink.h"
 #include "host/run/progress.h"
+#include "host/sentences/datescan.h"
 #include "tests/support/receivertest.h"
 
 using namespace host;
@@ -51,20 +52,34 @@ CGPSData Group() {
   return data;
 }
 
-/// What a format makes of records.
+/// What a format makes of records and their satellites.
 class Lines {
  public:
-  explicit Lines(Format format, Geoid geoid = Geoid::none) : sink_(MakeSink(format, out_, "dev", geoid)) {}
+  explicit Lines(Format format, Geoid geoid = Geoid::none) : sink_(MakeSink(format, out_, "dev", geoid)) {
+    sink_->SetReference(kMidday);
+  }
   std::string Of(const CGPSData& data) {
     out_.clear();
     shown = sink_->OnData(data);
-    return out_;
+    Show(skies_.OnData(data));
+    return OfText("");
+  }
+  /// Of the text that comes behind.
+  std::string OfText(std::string_view text) {
+    Show(skies_.OnText(text));
+    sink_->OnString(CString(text.data(), static_cast<int>(text.size())));
+    return std::exchange(out_, {});
   }
   bool shown = false;
 
  private:
+  void Show(const Sky* sky) {
+    if (sky != nullptr) sink_->OnSky(*sky);
+  }
+
   std::string out_;
   std::unique_ptr<Sink> sink_;
+  SkySource skies_;
 };
 
 }  // namespace
@@ -122,10 +137,10 @@ TEST(HostMoment, FindsTheDateOfARecordingHoweverItIsCut) {
       "$GPZDA,120000,15,05,2031,00,00*00\r\n";          // broken
   for (const std::size_t cut : {std::size_t{1}, std::size_t{13}, stream.size()}) {
     DateScan scan;
+    scan.Feed(WithChecksum("$GPRMC,120001,V,,,,,,,010199,,"));
+    EXPECT_EQ(scan.Latest(), 915192001000) << "as long as there is no other";
     for (std::size_t i = 0; i < stream.size(); i += cut) scan.Feed(std::string_view(stream).substr(i, cut));
-    EXPECT_EQ(scan.Latest(), 915192001000) << "the first sentence stands behind a stray dollar sign";
-    scan.Feed(WithChecksum("$GNRMC,120000.00,A,4807,N,01131,E,0,0,140524,,"));
-    EXPECT_EQ(scan.Latest(), kMidday);
+    EXPECT_EQ(scan.Latest(), kMidday) << "behind a stray dollar sign";
     scan.Feed(WithChecksum("$GPRMC,120001,V,,,,,,,010199,,"));
     EXPECT_EQ(scan.Latest(), kMidday) << "a date with a fix is better than one without";
     scan.Feed(WithChecksum("$GPZDA,000001.00,15,05,1999,00,00"));
@@ -228,7 +243,7 @@ TEST(HostJsonFormat, WritesEachGroupOfSatellitesOnce) {
   const std::string sky =
       R"({"class":"SKY","device":"dev","time":"2024-05-14T12:35:19.250Z","hdop":0.90,"nSat":11,"uSat":8,"satellites":[)"
       R"({"PRN":7,"gnssid":0,"svid":7,"el":45.0,"az":180.0,"ss":41,"used":true},)"
-      R"({"PRN":40,"gnssid":1,"svid":127,"el":5.0,"az":359.0,"ss":0,"used":false}]})"
+      R"({"PRN":40,"gnssid":1,"svid":127,"el":5.0,"az":359.0,"used":false}]})"
       "\n";
   EXPECT_EQ(json.Of(Group()), sky);
   CGPSData next = Group();
@@ -247,6 +262,15 @@ TEST(HostJsonFormat, SaysNothingOfUsedSatellitesUntilTheReceiverDoes) {
   json.Of(Group());
   EXPECT_NE(json.Of(data).find("\"used\":false"), std::string::npos) << "a fix was lost";
   EXPECT_NE(json.Of(data).find("\"uSat\":0"), std::string::npos);
+}
+
+TEST(HostJsonFormat, WritesTheErrorsOfAPosition) {
+  Lines json(Format::json);
+  EXPECT_EQ(
+      json.OfText(WithChecksum("$GNGST,123519.25,8.5,,,45,2.3,3.5,-")),
+      R"({"class":"GST","device":"dev","time":"2024-05-14T12:35:19.250Z","rms":8.500,"orient":45.000,"lat":2.300,"lon":3.500})"
+      "\n");
+  EXPECT_EQ(json.OfText("$GNGST,123519.25,8.5,,,,2.3,3.5,4*00"), "");
 }
 
 TEST(HostJsonFormat, TellsHowOldThePositionIs) {

@@ -19,7 +19,6 @@ std::string Labels(const Axis& axis) {
 
 /// A walk to the north at one metre a second, with a fix each second.
 void Walk(RunStatistics& run, Moment start, int seconds, int signal = UDF_SIGNAL_GPS) {
-  CGPSData data;
   for (int i = 0; i < seconds; ++i) {
     PositionEpoch epoch;
     epoch.time = start + i * 1000;
@@ -29,7 +28,7 @@ void Walk(RunStatistics& run, Moment start, int seconds, int signal = UDF_SIGNAL
     epoch.latitude = static_cast<double>(i) / 111'000.0;
     epoch.height = i == 777 ? 5000.0 : 100.0;
     epoch.speed = 1.0;
-    run.Add(epoch, data);
+    run.Add(epoch);
   }
 }
 
@@ -78,12 +77,12 @@ TEST(HostReport, KeepsALongRunInLittleMemoryAndItsExtremes) {
 
 TEST(HostReport, KeepsTheBeginningOfALongRunAsFineAsItsEnd) {
   RunStatistics run;
-  CGPSData data;
-  data.m_Satellites[0] = {std::numbers::pi / 4, 0.0, 17, true, true, 41};
+  Sky sky;
+  sky.satellites = {{{Gnss::galileo, 17}, 45, 0, 41, true}};
   for (int i = 0; i < 3000; ++i) {
     Walk(run, i * 60'000, 60, i % 2);
-    data.m_Satellites[0].m_dAzimuth = i % 360 * std::numbers::pi / 180.0;
-    run.AddSatellites(data);
+    sky.satellites[0].azimuth = i % 360;
+    run.AddSatellites(sky);
   }
   EXPECT_LE(run.signals.size(), 400u);
   Moment without_fix = 0;
@@ -94,7 +93,7 @@ TEST(HostReport, KeepsTheBeginningOfALongRunAsFineAsItsEnd) {
     if (span.mixed.empty() && span.signal == UDF_SIGNAL_NONE) without_fix += span.end - span.start;
   }
   EXPECT_NEAR(static_cast<double>(without_fix), 3000 * 60'000 / 2, 2 * 60'000.0) << "every other minute";
-  const auto& places = run.satellites.at(17).places;
+  const auto& places = run.satellites.at({Gnss::galileo, 17}).places;
   EXPECT_LE(places.size(), 400u);
   for (std::size_t i = 1; i < places.size(); ++i) {
     EXPECT_LT(std::fabs(std::remainder(places[i].azimuth - places[i - 1].azimuth, 360.0)), 5.0);
@@ -105,10 +104,9 @@ TEST(HostReport, TellsWhatTheRunWasLikeInOneFile) {
   RunStatistics run;
   Walk(run, 1'700'000'000'000, 120);
   Walk(run, 1'700'000'120'000, 30, UDF_SIGNAL_NONE);
-  CGPSData data;
-  data.m_Satellites[0] = {std::numbers::pi / 4, std::numbers::pi, 17, true, true, 41};
-  data.m_Satellites[0].m_nPRN = 17;
-  run.AddSatellites(data);
+  Sky sky;
+  sky.satellites = {{{Gnss::galileo, 17}, 45, 180, 41, true}, {{Gnss::gps, 17}}};
+  run.AddSatellites(sky);
   Tally tally;
   tally.checksum_errors = 12'345;
   const std::string page = ReportPage({"a<b>.log", "Other", Geoid::none}, run, tally);
@@ -116,7 +114,7 @@ TEST(HostReport, TellsWhatTheRunWasLikeInOneFile) {
                            ">120 (80.0 %)<", ">30 (20.0 %)<", ">118 m<", ">3.6 / 3.6 / 3.6<",
                            ">12\xE2\x80\xAF"
                            "345<",
-                           "satellite 17, mean 41 dB-Hz, used 100 %"}) {
+                           "satellite E17, mean 41 dB-Hz, used 100 %"}) {
     EXPECT_NE(page.find(text), std::string::npos) << text;
   }
   for (const char* fetch : {"http:", "https:", "url(", "@import", "<script", "<link", "src="}) {
@@ -165,7 +163,6 @@ TEST(HostReport, DrawsADayAtTenHertzWithinTwoPixels) {
   const Offset degree = OffsetOf(kLatitude - 0.5, 9.0, kLatitude + 0.5, 10.0);
   for (const auto& [way, pixel] : {std::pair{&OnCircles, 400.0 / 500.0}, {&OnLanes, 4260.0 / 770.0}}) {
     RunStatistics run;
-    const CGPSData data;
     PositionEpoch epoch;
     epoch.fix = true;
     epoch.signal = UDF_SIGNAL_RTK_FIXED;
@@ -175,7 +172,7 @@ TEST(HostReport, DrawsADayAtTenHertzWithinTwoPixels) {
       epoch.starts_segment = i == 0;
       epoch.latitude = kLatitude + place.north / degree.north;
       epoch.longitude = 9.0 + place.east / degree.east;
-      run.Add(epoch, data);
+      run.Add(epoch);
     }
     const auto points = run.track.Points();
     EXPECT_LT(points.size(), 3000u);

@@ -206,7 +206,8 @@ bool Contains(const std::string& text, std::string_view part) {
 
 const std::string kEpoch = WithChecksum("$GPGGA,123519,4807.038,N,01131.000,E,1,08,0.9,545.4,M,46.9,M,,") +
                            WithChecksum("$GPGSA,A,3,07,,,,,,,,,,,,1.9,0.9,1.7") +
-                           WithChecksum("$GPGSV,1,1,02,07,45,180,41,40,05,359,33") + "$PXYZ,<b id=x>&\"\r\n";
+                           WithChecksum("$GPGSV,1,1,02,07,45,180,41,40,05,359,33") + "$PXYZ,<b id=x>&\"\r\n" +
+                           WithChecksum("$GPGLL,4807.038,N,01131.000,E,123520,A");  // the next epoch
 
 }  // namespace
 

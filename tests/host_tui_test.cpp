@@ -31,14 +31,18 @@ CGPSData Fix() {
   data.m_dAltitude = 545.4;
   data.m_dHDOP = 0.9;
   data.m_nSatellitesUsed = 1;
-  data.m_nSatellitesInView = 2;
   data.m_nSignalType = UDF_SIGNAL_RTK_FLOAT;
   data.m_dHeading = 270.0 * kRadians;
   data.m_dSpeed = 5.0;
   data.m_bPositionValid = data.m_bVelocityValid = data.m_bDOPValid = true;
-  data.m_Satellites[0] = {45.0 * kRadians, 90.0 * kRadians, 27, false, true, 25};
-  data.m_Satellites[3] = {90.0 * kRadians, 0.0, 7, true, true, 50};
   return data;
+}
+
+Sky InView() {
+  Sky sky;
+  sky.in_view = 2;
+  sky.satellites = {{{Gnss::gps, 7}, 90, 0, 50, true}, {{Gnss::glonass, 4}, 45, 90, 25}};
+  return sky;
 }
 
 /// A screen of readings whose time stands still until it is told to go on.
@@ -74,6 +78,7 @@ class HostScreen : public testing::Test {
 
 TEST_F(HostScreen, ShowsAFixAtAGlance) {
   readings_.OnData(Fix());
+  readings_.OnSky(InView());
   view_.model = "Trimble";
   view_.source = "/dev/ttyUSB0";
   view_.counters = {0, 12, 3, 4, 5, 0};
@@ -86,18 +91,34 @@ TEST_F(HostScreen, ShowsAFixAtAGlance) {
       "| Satellites        1 used   2 in view |", "| HDOP   0.9   PDOP     -   VDOP     - |"};
   for (int row = 0; row < 10; ++row) EXPECT_EQ(Row(1 + row).substr(0, 40), fix[row]);
   // Half of the strength is half of the bar, in other marks than those of a used satellite.
-  const char* const bars[] = {
-      "| 50    ", "| ##    ", "| ## 25 ", "| ## :: ", "| ## :: ", "| ## :: ", "|  7 27 "};
-  for (int row = 0; row < 7; ++row) EXPECT_EQ(Row(13 + row).substr(0, 8), bars[row]) << row;
-  EXPECT_EQ(Row(7).substr(40), "|         W    .    *7   o27  E        |")
+  const char* const bars[] = {"| 50        ", "| ####      ", "| #### 25   ", "| #### :::: ",
+                              "| #### :::: ", "| #### :::: ", "| G07  R04  "};
+  for (int row = 0; row < 7; ++row) EXPECT_EQ(Row(13 + row).substr(0, 12), bars[row]) << row;
+  EXPECT_EQ(Row(7).substr(40), "|         W    .    *G07 oR04 E        |")
       << "the zenith, and halfway to the east";
   EXPECT_EQ(Row(21), " sentences 12  bad 3  binary 4  bad 5  epochs 0  eph 0  BIN 0");
-  EXPECT_NE(Screen(24, 80, true).find("●7   ○27"), std::string::npos);
+  EXPECT_NE(Screen(24, 80, true).find("●G07 ○R04"), std::string::npos);
+}
+
+TEST_F(HostScreen, MakesRoomForManySatellites) {
+  Sky sky;
+  for (int i = 1; i <= 30; ++i) {
+    const Gnss system = i <= 20 ? Gnss::gps : Gnss::galileo;
+    sky.satellites.push_back({{system, i}, 45, {}, i % 3 == 0 ? std::nullopt : std::optional(50), i == 30});
+  }
+  readings_.OnSky(sky);
+  const std::string bars = std::string(14, ':') + ' ' + std::string(6, ':');
+  EXPECT_TRUE(Shows("| " + bars)) << Screen();
+  EXPECT_TRUE(Shows("| G              E")) << Screen();
+  const std::string tall = Screen(40, 100);
+  EXPECT_NE(tall.find("*  E30        45        -        -"), std::string::npos) << "used ones first" << tall;
+  EXPECT_NE(tall.find("and 19 more"), std::string::npos) << tall;
 }
 
 TEST_F(HostScreen, TellsAnOldFixFromAFreshOne) {
   EXPECT_TRUE(Shows("waiting"));
   readings_.OnData(Fix());
+  readings_.OnSky(InView());
   now_ += std::chrono::seconds(4);
   EXPECT_TRUE(Shows("STALE 4 s"));
   EXPECT_EQ(Styles(), std::pair(Style::dim, Style::dim)) << "satellites are as old";

@@ -3,7 +3,7 @@
 #include <CLI/App.hpp>
 #include <string>
 
-#include "host/records/moment.h"
+#include "host/sentences/moment.h"
 
 namespace host {
 

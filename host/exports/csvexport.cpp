@@ -18,7 +18,7 @@ class CsvExport : public Export {
     CsvExport::Flush();
   }
 
-  void OnEpoch(const PositionEpoch& epoch, const CGPSData& data) override {
+  void OnEpoch(const PositionEpoch& epoch, const CGPSData&) override {
     if (!epoch.fix) return;
     if (epoch.starts_segment || segment_ == 0) ++segment_;
     std::string& out = file_.Text();
@@ -33,7 +33,7 @@ class CsvExport : public Export {
     for (const auto& dilution : {epoch.hdop, epoch.pdop, epoch.vdop}) Append(dilution, 2);
     Append(epoch.speed, 3);
     Append(epoch.course, 2);
-    Append(data.m_dAverageSNR > 0.0 ? std::optional(data.m_dAverageSNR) : std::nullopt, 1);
+    Append(epoch.strength, 1);
     out += '\n';
   }
   void Flush() override { file_.Flush(""); }

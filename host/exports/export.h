@@ -8,6 +8,7 @@
 #include "host/records/epoch.h"
 #include "host/records/geoid.h"
 #include "host/records/tally.h"
+#include "host/sentences/sky.h"
 
 namespace host {
 
@@ -25,8 +26,8 @@ class Export {
   virtual ~Export() = default;
   /// An epoch with a time that was not told before, whether or not it has a fix. `data` is its record.
   virtual void OnEpoch(const PositionEpoch& epoch, const CGPSData& data) = 0;
-  /// A record with a whole group of satellites.
-  virtual void OnSatellites(const CGPSData& /*data*/) {}
+  /// The satellites of an epoch, ahead of the next one's position.
+  virtual void OnSky(const Sky& /*sky*/) {}
   /// Writes what is new.
   virtual void Flush() {}
   /// Completes the file.

@@ -35,8 +35,7 @@ Exports::Exports(const ExportOptions& options, const RunFacts& facts, const std:
       inner_(inner),
       filter_(options.filter),
       geoid_(facts.geoid),
-      recording_(input.empty() ? "" : NameOf(input)),
-      needs_texts_(!options.nmea.empty() || (options.IsAny() && geoid_ != Geoid::none)) {
+      recording_(input.empty() ? "" : NameOf(input)) {
   RunFacts named = facts;
   named.source = NameOf(facts.source);
   for (const auto& [option, path, make] : kExports) {
@@ -73,24 +72,34 @@ bool Exports::OnData(const CGPSData& data) {
   if (data.m_bPositionValid) epoch = reader_.Read(data);
   const Kinds kinds = filter_.Pass(data, epoch ? &*epoch : nullptr);
   if (kinds.IsEmpty()) return false;
-  if (kinds.Has(Kind::satellites)) {
-    for (const auto& file : exports_) file->OnSatellites(data);
-  }
-  if (kinds.Has(Kind::fix) && epoch->time && !epoch->repeats) {
-    held_ = {*epoch, data};
-    if (!needs_texts_) Tell(std::nullopt);
-  }
+  if (kinds.Has(Kind::fix) && epoch->time && !epoch->repeats) held_ = {*epoch, data};
   inner_.SetKinds(kinds);
   return inner_.OnData(data);
 }
 
 bool Exports::OnString(const CString& text) {
   std::string bytes;
-  if (held_ && text.ToBytes(bytes)) Tell(GgaTailOf(bytes));
+  if (held_ && text.ToBytes(bytes)) Tell(PositionTailOf(bytes));
+  inner_.SetKinds(filter_.Passing());
   return inner_.OnString(text);
 }
 
-void Exports::Tell(const std::optional<GgaTail>& tail) {
+bool Exports::OnSky(const Sky& sky) {
+  if (sky.has_list) sky_ = sky;
+  if (!filter_.Passes(Kind::satellites)) return false;
+  for (const auto& file : exports_) file->OnSky(sky);
+  return inner_.WantsSky() && inner_.OnSky(sky);
+}
+
+/// A record tells of twelve satellites, of one system.
+void Exports::CountSatellites(PositionEpoch& epoch) const {
+  if (!sky_) return;
+  epoch.in_view = sky_->in_view;
+  epoch.strength = sky_->MeanSignal();
+  epoch.used = sky_->UsedBy(epoch.used);
+}
+
+void Exports::Tell(const std::optional<PositionTail>& tail) {
   if (!held_) return;
   PositionEpoch& epoch = held_->epoch;
   if (tail) {
@@ -100,6 +109,7 @@ void Exports::Tell(const std::optional<GgaTail>& tail) {
     epoch.tail.separation = separation_;  // the capture has missed the sentence
   }
   ResolveHeights(epoch, tail.has_value());
+  CountSatellites(epoch);
   epoch.undated = !recording_.empty() && !dated_;
   undated_ = undated_ || (epoch.undated && !exports_.empty());
   for (const auto& file : exports_) file->OnEpoch(epoch, held_->data);

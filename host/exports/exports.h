@@ -36,10 +36,12 @@ class Exports : public Sink, public Outlet {
   bool OnEphemeris(const CGPSDataEphemeris& ephemeris) override;
   bool OnBin() override;
   bool OnString(const CString& text) override;
+  bool WantsSky() const override { return !exports_.empty() || inner_.WantsSky(); }
+  bool OnSky(const Sky& sky) override;
   void SetReference(std::optional<Moment> reference) override;
 
   Sink* Records() override { return this; }
-  bool WantsTexts() const override { return needs_texts_; }
+  bool WantsTexts() const override { return !exports_.empty(); }
   /// Writes what is new. Throws a Failure if a file cannot be written. A sink is called from inside the
   /// library, and so leaves that until it is asked.
   void Step() override;
@@ -55,7 +57,8 @@ class Exports : public Sink, public Outlet {
     CGPSData data;
   };
 
-  void Tell(const std::optional<GgaTail>& tail);
+  void Tell(const std::optional<PositionTail>& tail);
+  void CountSatellites(PositionEpoch& epoch) const;
   void ResolveHeights(PositionEpoch& epoch, bool has_sentence);
   void ComplainOfDates();
 
@@ -65,10 +68,10 @@ class Exports : public Sink, public Outlet {
   Filter filter_;
   const Geoid geoid_;
   const std::string recording_;  // its name; empty for a receiver that sends now
-  bool needs_texts_ = false;
   bool dated_ = false;
   bool undated_ = false, told_undated_ = false;  // some epoch was; the user knows
   std::optional<Held> held_;
+  std::optional<Sky> sky_;            // the last one that has a list
   std::optional<double> separation_;  // the last one that was stated
   long long without_height_ = 0;      // fixes
   std::vector<std::unique_ptr<Export>> exports_;

@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "host/line/kindlistener.h"
+#include "host/sentences/fields.h"
 
 namespace host {
 

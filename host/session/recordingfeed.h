@@ -5,10 +5,10 @@
 #include <string>
 #include <string_view>
 
-#include "host/records/moment.h"
 #include "host/run/progress.h"
 #include "host/run/recording.h"
 #include "host/run/unpacedclock.h"
+#include "host/sentences/datescan.h"
 #include "host/session/feed.h"
 
 namespace host {

@@ -38,6 +38,7 @@ LiveScreen::LiveScreen(Session& session, Readings& readings)
       start_time_(StartTimeOf(session.Receiver())),
       view_(readings) {
   session.GetBoxes().GiveUpKeyboard();
+  readings.ShowAnswers(false);  // until something is asked
   view_.model = session.Options().model;
   view_.source = session.GetFeed().Description(session.Receiver().GetCurrentBaudrate());
   view_.position = KeptPositionFormat();

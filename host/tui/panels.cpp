@@ -88,12 +88,6 @@ void DrawKind(Pane& pane, const Readings& readings) {
   }
 }
 
-/// A satellite grows pale with the position that it was told of with.
-Style StyleOf(const CGPSSatelliteData& satellite, const Readings& readings) {
-  if (readings.IsSilent()) return Style::dim;
-  return satellite.m_bUsed ? Style::used : Style::in_view;
-}
-
 /// Breaks a text at its blanks, and words that are too long anywhere.
 std::vector<std::string> Wrap(std::string_view text, std::size_t width) {
   std::vector<std::string> rows;
@@ -137,85 +131,6 @@ void DrawFix(Pane pane, const View& view) {
   lines.Add("Satellites", readings.Signal() ? Print("%d", readings.SatellitesUsed()) : "-", "used",
             Print("%d", std::max(readings.SatellitesInView(), readings.SatellitesUsed())), "in view");
   lines.AddDops(readings.Dops());
-}
-
-void DrawSky(Pane pane, const View& view) {
-  Pane inside = pane.Frame(pane.Columns() >= 30 ? "Sky   ● used  ○ in view" : "Sky");
-  // A character is about twice as high as it is wide.
-  const int radius = std::min((inside.Rows() - 1) / 2, (inside.Columns() - 5) / 4);
-  if (radius < 2) return;
-  const int row = inside.Rows() / 2, column = inside.Columns() / 2;
-  const auto at = [&](double azimuth, double distance) {
-    return std::pair(row - static_cast<int>(std::lround(radius * distance * std::cos(azimuth))),
-                     column + static_cast<int>(std::lround(2.0 * radius * distance * std::sin(azimuth))));
-  };
-  for (const double distance : {1.0, 0.5}) {
-    const int step = std::max(static_cast<int>(30 / (radius * distance)), 1);
-    for (int degrees = 0; degrees < 360; degrees += step) {
-      const auto [y, x] = at(degrees / kDegrees, distance);
-      inside.Put(y, x, U'·', Style::frame);
-    }
-  }
-  inside.Put(row, column, U'+', Style::frame);
-  constexpr char32_t kWinds[] = {U'N', U'E', U'S', U'W'};
-  for (int wind = 0; wind < 4; ++wind) {
-    const auto [y, x] = at(wind * 90 / kDegrees, 1.0);
-    inside.Put(y, x, kWinds[wind], Style::label);
-  }
-  for (const CGPSSatelliteData& satellite : view.readings.Satellites()) {
-    if (satellite.m_dElevation == 0.0 && satellite.m_dAzimuth == 0.0) continue;  // known by number alone
-    const double distance = std::clamp(1.0 - satellite.m_dElevation * kDegrees / 90.0, 0.0, 1.0);
-    const auto [y, x] = at(satellite.m_dAzimuth, distance);
-    const Style style = StyleOf(satellite, view.readings);
-    const std::string number = Print("%d", satellite.m_nPRN);
-    const bool left = x + 1 + Width(number) > inside.Columns();
-    inside.Put(y, x, satellite.m_bUsed ? U'●' : U'○', style);
-    inside.Text(y, left ? x - Width(number) : x + 1, number, style);
-  }
-}
-
-void DrawSignals(Pane pane, const View& view) {
-  Pane inside = pane.Frame("Signal   █ used  ▒ in view");
-  const auto& satellites = view.readings.Satellites();
-  if (satellites.empty()) {
-    inside.Text(0, 1, "no satellites reported", Style::dim);
-    return;
-  }
-  constexpr char32_t kEighths[] = {U' ', U'▁', U'▂', U'▃', U'▄', U'▅', U'▆', U'▇'};
-  int full = 50;  // what a good receiver reaches, unless this one counts otherwise
-  for (const auto& satellite : satellites) full = std::max(full, satellite.m_nSNR);
-  // Numbers stand below the bars, strengths on top of them.
-  const int base = inside.Rows() - 2;
-  const int step = std::clamp((inside.Columns() - 2) / kSatelliteSlots, 3, 5);
-  int column = 1;
-  for (const auto& satellite : satellites) {
-    const Style style = StyleOf(satellite, view.readings);
-    const int eighths = std::max(satellite.m_nSNR, 0) * 8 * base / full;
-    for (int row = 0; row < base; ++row) {
-      const int part = std::clamp(eighths - row * 8, 0, 8);
-      char32_t glyph = part == 8 ? U'█' : kEighths[part];
-      if (!satellite.m_bUsed && part > 0) glyph = part >= 4 || row == 0 ? U'▒' : U' ';
-      for (int i = 0; i + 1 < step; ++i) inside.Put(base - row, column + i, glyph, style);
-    }
-    const int top = base - std::min((eighths + 7) / 8, base);
-    if (satellite.m_nSNR > 0) inside.Text(top, column, Print("%2d", satellite.m_nSNR), style);
-    inside.Text(base + 1, column, Print("%2d", satellite.m_nPRN), style);
-    column += step;
-  }
-}
-
-void DrawSatellites(Pane pane, const View& view) {
-  Pane inside = pane.Frame("Satellites");
-  inside.Text(0, 1, "Number  Elevation  Azimuth  Signal", Style::label);
-  int row = 1;
-  for (const auto& satellite : view.readings.Satellites()) {
-    const Style style = StyleOf(satellite, view.readings);
-    inside.Put(row, 1, satellite.m_bUsed ? U'●' : U'○', style);
-    inside.Text(row++, 2,
-                Print("%5d  %8.0f°  %6.0f°  %6d", satellite.m_nPRN, satellite.m_dElevation * kDegrees,
-                      satellite.m_dAzimuth * kDegrees, satellite.m_nSNR),
-                style);
-  }
 }
 
 void DrawReports(Pane pane, const View& view) {

@@ -34,6 +34,8 @@ class Readings : public Sink {
   bool OnEphemeris(const CGPSDataEphemeris& ephemeris) override;
   bool OnBin() override;
   bool OnString(const CString& text) override;
+  bool WantsSky() const override { return true; }
+  bool OnSky(const Sky& sky) override;
 
   /// Whether texts that look like answers are told of among the reports.
   void ShowAnswers(bool shows) { shows_answers_ = shows; }
@@ -59,10 +61,10 @@ class Readings : public Sink {
     double hdop = 0.0, pdop = 0.0, vdop = 0.0;  ///< 0: not reported.
   };
   const Dilution& Dops() const { return dops_; }
-  /// Those that are used or in view, by their numbers.
-  const std::vector<CGPSSatelliteData>& Satellites() const { return satellites_; }
+  /// Those in view, by system and number.
+  const std::vector<Satellite>& Satellites() const { return sky_.satellites; }
   int SatellitesUsed() const { return used_; }
-  int SatellitesInView() const { return in_view_; }
+  int SatellitesInView() const { return sky_.in_view; }
 
   long long RawEpochs() const { return raw_epochs_; }
   long long Ephemerides() const { return ephemerides_; }
@@ -76,7 +78,6 @@ class Readings : public Sink {
 
  private:
   void TakeFix(const CGPSData& data);
-  void TakeSatellites(const CGPSData& data);
   bool LogReports();
   bool IsOld(const std::optional<Clock::time_point>& since) const;
 
@@ -88,8 +89,8 @@ class Readings : public Sink {
   Clock::duration interval_{};  // between the last two records with a position
   std::optional<double> time_of_day_, speed_, course_;
   Dilution dops_;
-  std::vector<CGPSSatelliteData> satellites_;
-  int used_ = 0, in_view_ = 0;
+  Sky sky_;
+  int used_ = 0;
   long long raw_epochs_ = 0, ephemerides_ = 0, bins_ = 0;
   std::deque<LogLine> log_;
   std::deque<std::string> sentences_;

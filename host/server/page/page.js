@@ -4,13 +4,19 @@
 
 const MOST_FIXES = 5000;   // of the track
 const MOST_SAMPLES = 300;  // of the two lines
+const MOST_BARS = 24;      // of satellites that are not heard, too
 const STALE = 5000;        // ms without a position, or more for a receiver that is slow
 const MOST_STALE = 60000;
 const LEAST_STEP = 1;      // m
 const BREAK = 10000;       // ms between two fixes that are not joined
 
-const SYSTEMS = {0: ['gps', 'G'], 1: ['sbas', 'S'], 6: ['glonass', 'R']};
-const LEGEND = [['gps', 'GPS'], ['glonass', 'GLONASS'], ['sbas', 'SBAS'], ['other', 'other system'], ['unused', 'in view, not used']];
+// By gnssid, with the letters of RINEX.
+const SYSTEMS = {
+  0: ['gps', 'G'], 1: ['sbas', 'S'], 2: ['galileo', 'E'], 3: ['beidou', 'C'], 4: ['other', 'I'], 5: ['qzss', 'J'], 6: ['glonass', 'R'],
+  7: ['navic', 'N'],
+};
+const LEGEND = [['gps', 'GPS'], ['glonass', 'GLONASS'], ['galileo', 'Galileo'], ['beidou', 'BeiDou'], ['qzss', 'QZSS'], ['navic', 'NavIC'], ['sbas', 'SBAS'],
+  ['other', 'other system'], ['unused', 'in view, not used']];
 const DASH = '\u2013';
 
 const state = {fix: null, sky: null, server: null, serverAt: 0, interval: 0, reports: new Map(), way: [], length: 0, anchor: null, trails: new Map()};
@@ -199,13 +205,18 @@ function systemOf(sat) {
 }
 
 function nameOf(sat) {
-  const letter = systemOf(sat)[1];
-  return letter ? letter + String(sat.svid).padStart(2, '0') : String(sat.PRN);
+  const [kind, letter] = systemOf(sat);
+  return letter ? letter + String(kind === 'sbas' ? sat.svid - 100 : sat.svid).padStart(2, '0') : String(sat.PRN);
+}
+
+function signalOf(sat) {
+  return isNumber(sat.ss) ? `${sat.ss} dB-Hz` : 'no signal';
 }
 
 function satellites() {
   const list = state.sky && Array.isArray(state.sky.satellites) ? state.sky.satellites : [];
-  return list.map(sat => ({...sat, name: nameOf(sat), kind: systemOf(sat)[0]})).sort((a, b) => a.name.localeCompare(b.name));
+  const order = sat => (isNumber(sat.gnssid) ? sat.gnssid : 9) * 1000 + sat.PRN;
+  return list.map(sat => ({...sat, name: nameOf(sat), kind: systemOf(sat)[0]})).sort((a, b) => order(a) - order(b));
 }
 
 // North is up, the zenith in the middle.
@@ -231,10 +242,10 @@ function drawSky() {
     const points = trail.map(point => skyPoint(point.el, point.az).map(value => value.toFixed(1)).join(' ')).join(' ');
     parts.push(draw('polyline', {points, class: `trail ${sat.kind}`}));
   }
-  for (const sat of seen) {
+  for (const sat of [...seen].sort((a, b) => Boolean(a.used) - Boolean(b.used))) {
     const [x, y] = skyPoint(sat.el, sat.az);
     parts.push(draw('g', {class: `sat ${sat.kind}${sat.used ? ' used' : ''}`, transform: `translate(${x.toFixed(1)} ${y.toFixed(1)})`},
-      draw('title', {}, `${sat.name}: elevation ${sat.el}\u00b0, azimuth ${sat.az}\u00b0, ${sat.ss} dB-Hz`),
+      draw('title', {}, `${sat.name}: elevation ${sat.el}\u00b0, azimuth ${sat.az}\u00b0, ${signalOf(sat)}`),
       draw('circle', {r: 9}), draw('text', {y: 2.7}, sat.name)));
   }
   $('sky').replaceChildren(...parts);
@@ -243,11 +254,13 @@ function drawSky() {
 }
 
 function drawSignals() {
-  const bars = satellites().map(sat => {
+  // Of many satellites those that are heard matter.
+  const all = satellites(), shown = all.length > MOST_BARS ? all.filter(sat => isNumber(sat.ss)) : all;
+  const bars = shown.map(sat => {
     const level = isNumber(sat.ss) ? sat.ss : 0;
     const bar = make('div', {class: 'bar'});
     bar.style.height = `${Math.max(0, Math.min(100, level / 55 * 100))}%`;
-    return make('div', {class: `${sat.kind}${sat.used ? ' used' : ''}`, role: 'listitem', title: `${sat.name}: ${level} dB-Hz`},
+    return make('div', {class: `${sat.kind}${sat.used ? ' used' : ''}`, role: 'listitem', title: `${sat.name}: ${signalOf(sat)}`},
       make('span', {class: 'number'}, level > 0 ? String(Math.round(level)) : DASH),
       make('div', {class: 'well'}, bar), make('b', {}, sat.name));
   });
