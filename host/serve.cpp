@@ -12,8 +12,7 @@
 #include "host/server/gpsdserver.h"
 #include "host/server/pagehub.h"
 #include "host/server/pageserver.h"
-#include "host/session/linefeed.h"
-#include "host/session/playbackfeed.h"
+#include "host/session/recorder.h"
 
 namespace host {
 
@@ -177,23 +176,25 @@ std::string Service::Status() const {
   return line;
 }
 
-std::unique_ptr<Feed> MakeFeed(const ServeOptions& options, const std::string& model) {
-  if (options.play.empty()) return std::make_unique<LineFeed>(options.port, model);
-  return std::make_unique<PlaybackFeed>(options.play, /*tells_bytes=*/true);
-}
-
 }  // namespace
 
-ExitCode Serve(const ServeOptions& options, const Interrupt& interrupt, Output& output) {
+ExitCode Serve(const ServeOptions& given, const Interrupt& interrupt, Output& output) {
+  const ServeOptions options = ByItsOwnTime(given);
   Session session(options, interrupt);
-  session.Read(MakeFeed(options, session.Options().model));
+  session.Read(MakeLiveFeed(options, session.Options().model, /*tells_bytes=*/true));
+  const Feed& feed = session.GetFeed();
   Service service(session, options, output);
   session.Add(service);
-  session.GetFeed().Announce(options.model);
+  Shown beside(session, options, output);
+  std::optional<Recorder> recorder;
+  if (!options.record.empty()) session.Add(recorder.emplace(options.record));
+  feed.Announce(options.model);
   RunRules rules;
   rules.silence = kFirstMessageTime;
   rules.could_reconnect = rules.remembers = true;
-  return session.Run(std::move(rules));
+  const ExitCode code = session.Run(std::move(rules));
+  if (code == ExitCode::done) feed.CheckUnderstood(session.Window());
+  return code;
 }
 
 }  // namespace host

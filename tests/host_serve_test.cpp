@@ -141,6 +141,7 @@ class Serving {
   ~Serving() {
     m_bDone = true;
     m_Sender.join();
+    std::filesystem::remove(m_strRecord);
   }
   Serving(const Serving&) = delete;
   Serving& operator=(const Serving&) = delete;
@@ -148,6 +149,8 @@ class Serving {
   int Tcp() const { return m_nTcp; }
   int Http() const { return m_nHttp; }
   Program& Process() { return m_Program; }
+  /// Where it records what comes.
+  const std::string& Record() const { return m_strRecord; }
   /// What the page's server answers.
   std::string Fetch(const std::string& path, const std::string& host = "localhost:1") const {
     Peer peer(m_nHttp);
@@ -166,11 +169,12 @@ class Serving {
 
  private:
   Strings Arguments(bool hasPage) const {
-    Strings arguments = {"serve", "--port", m_Line.Name(), "--tcp", "0"};
+    Strings arguments = {"serve", "--port", m_Line.Name(), "--tcp", "0", "--record", m_strRecord};
     if (hasPage) arguments.insert(arguments.end(), {"--http", "0"});
     return arguments;
   }
 
+  const std::string m_strRecord = testing::TempDir() + "gpsengine-served-" + std::to_string(getpid());
   PseudoTerminal m_Line;
   Program m_Program;
   int m_nTcp, m_nHttp = 0;
@@ -382,6 +386,8 @@ TEST(Serve, GivesGpspipePositionsAndSentences) {
   EXPECT_TRUE(Contains(*RunTool("gpspipe", "-r -n 9 " + server), kEpoch.substr(0, 60)));
   serving.Process().Signal(SIGTERM);
   EXPECT_EQ(serving.Process().Wait(), 130);
+  Program decode({"decode", serving.Record(), "--format", "text"});
+  EXPECT_TRUE(Contains(decode.Line(), "48.1173000N"));
 }
 
 TEST(Serve, KeepsItsClientsWhileThePortIsAway) {
