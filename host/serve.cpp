@@ -19,6 +19,9 @@ namespace host {
 namespace {
 
 constexpr std::chrono::seconds kStatusInterval{1};
+// Of the sentences on pages: those of the last moments, for so many that look at them.
+constexpr std::size_t kSentenceHistory = 4096;
+constexpr int kSentenceReaders = 6;
 /// A receiver that has not been understood for so long from the start is worth a word.
 constexpr double kFirstMessageTime = 10.0;
 
@@ -58,7 +61,10 @@ class Service : public Outlet {
  public:
   /// Listens. A line on the output names each port.
   Service(Session& session, const ServeOptions& options, Output& output);
-  ~Service() override { hub_.Close(); }
+  ~Service() override {
+    hub_.Close();
+    sentence_hub_.Close();
+  }
   Service(const Service&) = delete;
   Service& operator=(const Service&) = delete;
 
@@ -82,7 +88,8 @@ class Service : public Outlet {
   GpsdDevice device_;
   std::optional<GpsdServer> server_;
   Deadline status_;
-  PageHub hub_;  // outlives the page's threads
+  PageHub hub_;  // both outlive the page's threads
+  PageHub sentence_hub_{kSentenceHistory, kSentenceReaders};
   std::unique_ptr<PageServer> page_;
 };
 
@@ -98,7 +105,7 @@ Service::Service(Session& session, const ServeOptions& options, Output& output)
   server_->SetDevice(device_);
   output.Text() += "gpsd protocol: " + AddressAndPort(address, server_->Port()) + "\n";
   if (options.http) {
-    page_ = StartPageServer(hub_, address, *options.http);
+    page_ = StartPageServer(hub_, sentence_hub_, address, *options.http);
     hub_.SetStatus(Status());
     output.Text() += "page: http://" + AddressAndPort(address, page_->Port()) + "/\n";
   }
@@ -117,6 +124,7 @@ void Service::OnEvent(RunEvent event) {
 void Service::OnBytes(std::string_view bytes) {
   server_->PublishBytes(bytes);
   sentences_.Feed(bytes, [this](std::string_view text) {
+    if (page_) sentence_hub_.Publish(text.substr(0, text.size() - 2));
     if (!IsParameterLine(text)) server_->PublishSentence(text);
   });
 }

@@ -449,12 +449,12 @@ TEST(Serve, ShowsOnThePageHowOldAFixIs) {
       {R"("lost":false,"fix":"SBAS","fixAge":60,"positionAge":60)", ">silent, last fix 60 s ago<"},
       {R"("lost":true,"fix":"SBAS","fixAge":1,"positionAge":1)", ">port lost, last fix 1 s ago<"}};
   for (const auto& [server, shows] : cases) {
-    PageHub hub;
+    PageHub hub, sentences;
     hub.SetStatus(R"({"class":"SERVER",)" + std::string(server) + "}");
     hub.Publish(R"({"class":"TPV","mode":3,"time":"2024-05-14T12:35:19.250Z","lat":48.1,"lon":11.5})");
     std::unique_ptr<PageServer> page_server;
     try {
-      page_server = StartPageServer(hub, "127.0.0.1", 0);
+      page_server = StartPageServer(hub, sentences, "127.0.0.1", 0);
     } catch (const Failure&) {
       GTEST_SKIP() << "built without libcpp-httplib-dev";
     }
@@ -476,6 +476,12 @@ TEST(Serve, ShowsAPage) {
   events.Send("GET /events HTTP/1.0\r\nHost: [::1]\r\n\r\n");
   while (!Contains(events.Rest(), "data: {\"class\":\"SKY\"")) ASSERT_TRUE(events.Take());
 
+  Peer sentences(serving.Http());
+  sentences.Send("GET /sentences HTTP/1.0\r\nHost: [::1]\r\n\r\n");
+  while (!Contains(sentences.Rest(), "data: $GPGSV,1,1,02,07,45,180,41,40,05,359,33*")) {
+    ASSERT_TRUE(sentences.Take());
+  }
+
   const auto page = LookAtPage(serving.Http());
   serving.Process().Signal(SIGTERM);  // with a stream of events still open
   EXPECT_EQ(serving.Process().Wait(10s), 130);
@@ -483,5 +489,6 @@ TEST(Serve, ShowsAPage) {
   EXPECT_TRUE(Contains(*page, "48.1173000\u00B0 N")) << *page;
   EXPECT_TRUE(Contains(*page, ">GPS<") && !Contains(*page, "class=\"old\"")) << *page;
   EXPECT_TRUE(Contains(*page, "class=\"sat gps used\"") && Contains(*page, "class=\"sat sbas\"")) << *page;
+  EXPECT_TRUE(Contains(*page, "class=\"way\"")) << *page;
   EXPECT_TRUE(Contains(*page, "&lt;b id=x&gt;&amp;\"") && !Contains(*page, "<b id=")) << *page;
 }
