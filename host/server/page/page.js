@@ -44,6 +44,7 @@ function onPosition(tpv) {
   if (state.fix) state.interval = Math.abs(Date.parse(tpv.time) - Date.parse(state.fix.time)) || 0;
   state.fix = tpv;
   if (isNumber(tpv.lat) && isNumber(tpv.lon)) addToWay(tpv);
+  state.wasLost = tpv.mode === 1;
 }
 
 function onSky(sky) {

@@ -30,7 +30,7 @@ function addToWay(tpv) {
   };
   const last = state.way.at(-1);
   const gap = last ? here.at - last.at : 0;
-  here.isBreak = !last || gap > BREAK || gap < 0;
+  here.isBreak = !last || gap > BREAK || gap < 0 || state.wasLost;
   measure(here);
   state.way.push(here);
   if (state.way.length <= MOST_FIXES) return;
