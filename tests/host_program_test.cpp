@@ -209,12 +209,16 @@ TEST(HostProgram, TellsSilenceFromWhatItDoesNotUnderstand) {
   EXPECT_EQ(RunToEnd("config forget Other").output.find("for Other"), std::string::npos);
 }
 
-TEST(HostProgram, PlaysARecordingPackedOrNotUntilItIsInterrupted) {
+TEST(HostProgram, PlaysARecordingPackedOrNotOnceOrOverAndOver) {
   const File file(kFix), packed("");
   ASSERT_EQ(std::system(("gzip -c " + file.Path() + " > " + packed.Path()).c_str()), 0);
   for (const std::string& path : {file.Path(), packed.Path()}) {
-    Program monitor({"monitor", "--play", path, "--format", "json"});
-    EXPECT_TRUE(monitor.Line().starts_with(R"({"class":"TPV","device":")" + path + R"(","mode":3,)"));
+    const std::string fix = R"({"class":"TPV","device":")" + path + R"(","mode":3,)";
+    Program once({"monitor", "--play", path, "--format", "json"});
+    EXPECT_TRUE(once.Line().starts_with(fix));
+    EXPECT_EQ(once.Wait(), 0);
+    Program monitor({"monitor", "--play", path, "--format", "json", "--speed", "engine"});
+    for (int i = 0; i < 2; ++i) EXPECT_TRUE(monitor.Line().starts_with(fix));
     monitor.Signal(SIGINT);
     EXPECT_EQ(monitor.Wait(), 130 /* interrupted */);
   }

@@ -283,7 +283,7 @@ TEST(HostLiveScreen, HoldsThePauseOfARecordingAndGivesTheTerminalBack) {
       << WithChecksum("$GPGGA,123519,4807.038,N,01131.000,E,4,08,0.9,545.4,M,46.9,M,,")
       << "QRV PAUSE,turn the antenna\r\n"
       << WithChecksum("$GPGGA,123520,4807.038,N,01131.000,E,5,08,0.9,545.4,M,46.9,M,,");
-  OnTerminal terminal({"monitor", "--play", path});
+  OnTerminal terminal({"monitor", "--play", path, "--speed", "engine"});
   EXPECT_TRUE(terminal.Writes("turn the antenna"));
   EXPECT_FALSE(terminal.IsAsItWas());
   terminal.Type("\r");

@@ -86,10 +86,10 @@ CLI::Option* AddLineOptions(CLI::App& command, RunOptions& options, const std::s
   return port;
 }
 
-/// Where a run that has no end of its own gets its bytes from.
-void AddSourceOptions(CLI::App& command, RunOptions& options) {
+/// Where a run that follows a receiver gets its bytes from, and keeps them.
+void AddLiveOptions(CLI::App& command, LiveOptions& options) {
   auto* port = AddLineOptions(command, options, "Serial device; without one, a simulated receiver");
-  command.add_option("--play", options.play, "Play a recording, a line every half second, over and over")
+  command.add_option("--play", options.play, "Play a recording instead, once and in real time")
       ->check(AName())
       ->type_name("FILE")
       ->excludes(port);
@@ -98,7 +98,12 @@ void AddSourceOptions(CLI::App& command, RunOptions& options) {
           "--reconnect", [&options] { options.reconnect = std::chrono::seconds(1); },
           "Wait for a port that is lost, or is not there yet, instead of ending")
       ->needs(port);
+  AddSpeedOption(command, options.speed);
   AddReceiverOptions(command, options);
+  command.add_option("--record", options.record, "Record the port's bytes")
+      ->check(AName())
+      ->type_name("FILE")
+      ->excludes("--play");
 }
 
 void AddDuration(CLI::App& command, double& seconds, const std::string& description) {
@@ -146,17 +151,12 @@ void AddMonitor(CLI::App& app, Job& job) {
       "  gpsengine monitor --port /dev/ttyUSB0 --gpx walk.gpx --min-distance 2\n"
       "On a terminal it is a screen: q quits, ? lists the keys, c commands the receiver.");
   auto options = std::make_shared<MonitorOptions>();
-  AddSourceOptions(*command, *options);
-  AddSpeedOption(*command, options->speed);
+  AddLiveOptions(*command, *options);
   AddShownOptions(*command, *options, *options, kLiveFormats,
                   "How to show records; without it, tui on a terminal and text elsewhere");
-  command->add_option("--record", options->record, "Record the port's bytes")
-      ->check(AName())
-      ->type_name("FILE")
-      ->excludes("--play");
   command->add_flag_function(
       "--attach-raw,!--no-attach-raw", [options](std::int64_t sign) { options->attach_raw = sign > 0; },
-      "Decode raw data; on where the model has them, and with --speed");
+      "Decode raw data; on where the model has them, and in a recording");
   AddDuration(*command, options->duration, "End after so many seconds");
   command->add_option("--timeout", options->timeout, "Seconds to wait for a first message, 0 for ever")
       ->check(ZeroOrMore())
@@ -178,10 +178,12 @@ void AddServe(CLI::App& app, Job& job) {
       "  gpsengine serve --port /dev/ttyUSB0 --model Trimble   then: gpspipe -w, cgps, gpsmon ...\n"
       "  gpsengine serve --port auto --reconnect               goes on when it is plugged in again\n"
       "  gpsengine serve --http 8080                           a simulated receiver, and a page\n"
-      "  gpsengine serve --play drive.log --tcp 2950           then: gpspipe -r 127.0.0.1:2950\n"
+      "  gpsengine serve --play drive.log --speed engine       over and over, for trying a client\n"
+      "  gpsengine serve --port auto --record drive.log --gpx drive.gpx\n"
       "  gpsengine serve --geoid add                           then: gpxlogger 127.0.0.1:2947");
   auto options = std::make_shared<ServeOptions>();
-  AddSourceOptions(*command, *options);
+  AddLiveOptions(*command, *options);
+  AddExportOptions(*command, options->exports);
   command->add_option("--listen", options->listen, "Address to listen on")
       ->type_name("ADDRESS")
       ->capture_default_str();

@@ -52,15 +52,17 @@ void AddSpeedOption(CLI::App& command, double& speed) {
           "--speed",
           [&speed](const std::string& word) {
             const char* const end = word.data() + word.size();
-            if (word == "max") {
-              speed = PacedFeed::kMax;
+            if (word == "max" || word == "engine") {
+              speed = word == "max" ? PacedFeed::kMax : 0.0;
             } else if (std::from_chars(word.data(), end, speed).ptr != end ||
                        !(speed > 0.0 && speed <= 1e6)) {
-              throw CLI::ValidationError("--speed", word + " is no number above 0, and not \"max\"");
+              throw CLI::ValidationError("--speed",
+                                         word + " is no number above 0, and neither \"max\" nor \"engine\"");
             }
           },
-          "Play once, so many times as fast as the recording's own times; max: as fast as it goes")
-      ->type_name("N|max")
+          "Play so many times as fast as the recording's own times; max: as fast as it goes; "
+          "engine: a line every half second, over and over")
+      ->type_name("N|max|engine")
       ->needs("--play");
 }
 
