@@ -7,6 +7,7 @@
 
 #include "host/line/sentences.h"
 #include "host/records/gpsdsink.h"
+#include "host/records/lastposition.h"
 #include "host/server/gpsdserver.h"
 #include "host/server/pagehub.h"
 #include "host/server/pageserver.h"
@@ -40,6 +41,18 @@ const char* NameOf(Feed::Kind kind) {
   return "recording";
 }
 
+/// Makes JSON lines of what the library publishes, and keeps how old the position is.
+class ServiceSink : public GpsdSink {
+ public:
+  using GpsdSink::GpsdSink;
+  bool OnData(const CGPSData& data) override {
+    position.Note(data);
+    return GpsdSink::OnData(data);
+  }
+
+  LastPosition position;
+};
+
 /// The outlet to gpsd's clients and to pages.
 class Service : public Outlet {
  public:
@@ -64,7 +77,7 @@ class Service : public Outlet {
   Session& session_;
   const std::string started_ = Now();
   std::string json_;
-  GpsdSink sink_;
+  ServiceSink sink_;
   SentenceFinder sentences_;
   GpsdDevice device_;
   std::optional<GpsdServer> server_;
@@ -110,7 +123,8 @@ void Service::OnBytes(std::string_view bytes) {
 
 void Service::Step() {
   PassLines();
-  if (!page_ || (status_.IsSet() && !status_.HasPassed())) return;
+  const bool has_news = sink_.position.TakeNews();
+  if (!page_ || (status_.IsSet() && !status_.HasPassed() && !has_news)) return;
   status_.Set(kStatusInterval);
   hub_.SetStatus(Status());
 }
@@ -144,6 +158,7 @@ std::string Service::Status() const {
   if (device_.bps > 0) json.Member("baud", device_.bps);
   json.Member("lost", session_.IsWaiting());
   json.Member("understood", !device_.activated.empty());
+  sink_.position.Write(json);
   json.Member("messages", session_.Engine().GetMessages());
   json.Member("checksumErrors", receiver.GetChecksumErrors());
   json.Member("binaryMessages", receiver.GetBinaryMessages());

@@ -86,6 +86,9 @@ class HostExports : public testing::Test {
     EXPECT_EQ(host::Decode(options_, interrupt_, output), ExitCode::done);
     close(output.Descriptor());
   }
+  bool Contains(const std::string& extension, const std::string& text) const {
+    return Export(extension).find(text) != std::string::npos;
+  }
   void ExpectWellFormed() const {
     for (const char* extension : {"gpx", "kml"}) EXPECT_EQ(UnclosedTag(Export(extension)), "") << extension;
   }
@@ -127,16 +130,15 @@ TEST_F(HostExports, JoinsTheSentencesOfAnEpochAndSplitsATrackAtAGap) {
     EXPECT_EQ(rows[i].at("time"), times[i]);
     EXPECT_EQ(rows[i].at("segment"), segments[i]);
   }
-  EXPECT_EQ(
-      rows[0].at("lat") + ' ' + rows[0].at("lon") + ' ' + rows[0].at("height_m") + ' ' + rows[0].at("hdop"),
-      "48.117300000 11.516666667 545.400 0.90");
+  EXPECT_EQ(rows[0].at("lat") + ' ' + rows[0].at("lon") + ' ' + rows[0].at("height_msl_m") + ' ' +
+                rows[0].at("hdop"),
+            "48.117300000 11.516666667 545.400 0.90");
   for (const char* extension : {"gpx", "kml"}) {
     EXPECT_EQ(Count(Export(extension), "2023-12-31T23:59:59.000Z"), 1);
     EXPECT_EQ(Count(Export(extension), extension[0] == 'g' ? "<trkseg>" : "<Placemark>"), 4);
   }
-  EXPECT_NE(
-      Export("gpx").find("<name>" + folder_ + "/a&lt;b&gt;&amp;&quot;\xEF\xBF\xBD\xEF\xBF\xBD.log</name>"),
-      std::string::npos);
+  EXPECT_NE(Export("gpx").find("<name>a&lt;b&gt;&amp;&quot;\xEF\xBF\xBD\xEF\xBF\xBD.log</name>"),
+            std::string::npos);
 }
 
 TEST_F(HostExports, MakesNmeaOfWhatAReceiverSaid) {
@@ -145,7 +147,7 @@ TEST_F(HostExports, MakesNmeaOfWhatAReceiverSaid) {
          WithChecksum("$GPVTG,084.4,T,,M,022.4,N,041.5,K") + Fix("123519", "4807.0381234", 4) +
          Fix("123520", "4807.038", 0));
   EXPECT_EQ(Export("nmea"),
-            WithChecksum("$GPGGA,123519.000,4807.0381234,N,01131.0000000,E,4,08,0.90,545.400,M,,M,,") +
+            WithChecksum("$GPGGA,123519.000,4807.0381234,N,01131.0000000,E,4,08,0.90,545.400,M,46.900,M,,") +
                 WithChecksum("$GPRMC,123519.000,A,4807.0381234,N,01131.0000000,E,22.408,84.40,230394,,,R") +
                 WithChecksum("$GPGSA,A,3,07,,,,,,,,,,,,2.50,0.90,2.10") +
                 WithChecksum("$GPGSV,1,1,01,07,45,180,41") +
@@ -153,6 +155,57 @@ TEST_F(HostExports, MakesNmeaOfWhatAReceiverSaid) {
                 WithChecksum("$GPRMC,123520.000,V,,,,,,,230394,,,N") +
                 WithChecksum("$GPGSA,A,1,07,,,,,,,,,,,,2.50,0.90,2.10") +
                 WithChecksum("$GPGSV,1,1,01,07,45,180,41"));
+}
+
+TEST_F(HostExports, TellHeightsForWhatTheyAre) {
+  const auto gga = [](const std::string& time, const std::string& tail) {
+    return WithChecksum("$GPGGA," + time + ",4807.038,N,01131.000,E,2,08,0.9,545.4,M," + tail);
+  };
+  const struct {
+    Geoid geoid;
+    const char *column, *height, *msl;
+    const char *height_alone, *msl_alone;  // where no separation is stated
+  } cases[] = {{Geoid::none, "height_msl_m", "545.400", "545.400", "545.400", "545.400"},
+               {Geoid::add, "height_hae_m", "592.300", "545.400", "", "545.400"},
+               {Geoid::subtract, "height_msl_m", "498.500", "498.500", "", ""}};
+  for (const auto& [geoid, column, height, msl, height_alone, msl_alone] : cases) {
+    options_.geoid = geoid;
+    Decode(kDate + gga("000001", "46.9,M,2.5,0120") + gga("000002", ",M,,"));
+    const auto rows = Table(Export("csv"));
+    ASSERT_EQ(rows.size(), 2u);
+    EXPECT_EQ(rows[0].at(column), height);
+    EXPECT_EQ(rows[1].at(column), height_alone);
+    EXPECT_TRUE(Contains("nmea", std::string(",0.90,") + msl + ",M,46.900,M,2.5,0120*")) << Export("nmea");
+    EXPECT_TRUE(Contains("nmea", std::string(",0.90,") + msl_alone + ",M,,M,,*")) << Export("nmea");
+    EXPECT_TRUE(Contains("gpx", std::string("<ele>") + msl + "</ele>"));
+    EXPECT_EQ(Count(Export("gpx"), "<ele>"), *msl_alone == '\0' ? 1 : 2);
+    EXPECT_TRUE(Contains("kml", std::string(" ") + msl + "</gx:coord>"));
+    EXPECT_EQ(Count(Export("kml"), "absolute"), 1);
+  }
+}
+
+TEST_F(HostExports, SayWhereNoDateIsKnown) {
+  const std::string rmc = "000000,V,,,,,,,311223,,";
+  const struct {
+    std::string stream;
+    const char* date;  // empty: that of today
+  } cases[] = {
+      {Fix("000001"), ""},
+      {WithChecksum("$GPRMC," + rmc) + Fix("000001"), "2023-12-31"},
+      {WithChecksum("$GPRMC,000000,A,,,,,,,010124,,") + WithChecksum("$GPRMC," + rmc) + Fix("000001"),
+       "2024-01-01"}};
+  options_.exports.report = Path("html");
+  for (const auto& [stream, date] : cases) {
+    std::string complaints;
+    SetComplaintHandler([&](const std::string& text) { complaints += text + '\n'; });
+    Decode(stream);
+    SetComplaintHandler({});
+    const bool known = *date != '\0';
+    EXPECT_EQ(Count(complaints, "no date is known for a<b>"), known ? 0 : 1) << complaints;
+    EXPECT_EQ(Count(complaints, "\n"), known ? 0 : 1) << complaints;
+    EXPECT_EQ(Contains("html", "The date is not known"), !known);
+    EXPECT_TRUE(Contains("csv", std::string("\n") + date)) << Export("csv");
+  }
 }
 
 // A converter that no one here wrote. It takes any number for a coordinate and ends well on broken input, so
@@ -179,7 +232,7 @@ TEST_F(HostExports, AreReadByAConverterAsTheSamePoints) {
       auto row = rows[i], point = points[i];
       EXPECT_NEAR(std::stod(point["Latitude"]), std::stod(row["lat"]), 1e-6) << format;
       EXPECT_NEAR(std::stod(point["Longitude"]), std::stod(row["lon"]), 1e-6) << format;
-      EXPECT_NEAR(std::stod(point["Altitude"]), std::stod(row["height_m"]), 0.1) << format;
+      EXPECT_NEAR(std::stod(point["Altitude"]), std::stod(row["height_msl_m"]), 0.1) << format;
       std::string date = row["time"].substr(0, 10);
       std::replace(date.begin(), date.end(), '-', '/');
       EXPECT_EQ(point["Date"], date) << format;

@@ -8,6 +8,7 @@
 #include "host/records/format.h"
 #include "host/records/gpsdsink.h"
 #include "host/records/jsonwriter.h"
+#include "host/records/lastposition.h"
 #include "host/records/moment.h"
 #include "host/records/recordsink.h"
 #include "host/records/textsink.h"
@@ -103,24 +104,30 @@ TEST(HostJsonWriter, RoundsFixedDecimals) {
 TEST(HostMoment, GivesATimeOfDayTheNearestDate) {
   const Moment midnight = kMidday + kDay / 2;
   std::string out;
-  for (const auto& [seconds, near] :
-       {std::pair{86399.5, midnight + 1000}, {0.25, midnight - 1000}, {43200.0, kMidday}}) {
+  for (const auto& [seconds, near] : {std::pair{86399.5, midnight + 1000},
+                                      {0.25, midnight - 1000},
+                                      {0.0, kMidday},
+                                      {0.0, kMidday + kDay}}) {
     AppendIso(out, DateTimeOfDay(seconds, near));
   }
-  EXPECT_EQ(out, "2024-05-14T23:59:59.500Z2024-05-15T00:00:00.250Z2024-05-14T12:00:00.000Z");
+  EXPECT_EQ(
+      out,
+      "2024-05-14T23:59:59.500Z2024-05-15T00:00:00.250Z2024-05-14T00:00:00.000Z2024-05-15T00:00:00.000Z");
 }
 
 TEST(HostMoment, FindsTheDateOfARecordingHoweverItIsCut) {
   const std::string stream =
       "noise$" + WithChecksum("$GNRMC,120000.00,A,4807,N,01131,E,0,0,140524,,") +
-      WithChecksum("$GPRMC,120001,V,,,,,,,010199,,") +  // no fix: the date may be anything
+      WithChecksum("$GPRMC,120001,V,,,,,,,010199,,") +  // no fix: its clock may tell anything
       "$GPZDA,120000,15,05,2031,00,00*00\r\n";          // broken
   for (const std::size_t cut : {std::size_t{1}, std::size_t{13}, stream.size()}) {
     DateScan scan;
     for (std::size_t i = 0; i < stream.size(); i += cut) scan.Feed(std::string_view(stream).substr(i, cut));
-    EXPECT_FALSE(scan.Latest()) << "the first sentence stands behind a stray dollar sign";
+    EXPECT_EQ(scan.Latest(), 915192001000) << "the first sentence stands behind a stray dollar sign";
     scan.Feed(WithChecksum("$GNRMC,120000.00,A,4807,N,01131,E,0,0,140524,,"));
     EXPECT_EQ(scan.Latest(), kMidday);
+    scan.Feed(WithChecksum("$GPRMC,120001,V,,,,,,,010199,,"));
+    EXPECT_EQ(scan.Latest(), kMidday) << "a date with a fix is better than one without";
     scan.Feed(WithChecksum("$GPZDA,000001.00,15,05,1999,00,00"));
     EXPECT_EQ(scan.Latest(), 926726401000);
   }
@@ -228,6 +235,45 @@ TEST(HostJsonFormat, WritesEachGroupOfSatellitesOnce) {
   next.m_bPositionValid = true;
   EXPECT_EQ(json.Of(next).find("SKY"), std::string::npos);
   EXPECT_EQ(json.Of(Group()), sky) << "the next group, though nothing has changed";
+}
+
+TEST(HostJsonFormat, SaysNothingOfUsedSatellitesUntilTheReceiverDoes) {
+  Lines json(Format::json);
+  CGPSData data = Group();
+  data.m_nSatellitesUsed = 0;
+  data.m_Satellites[0].m_bUsed = false;
+  EXPECT_EQ(json.Of(data).find("\"used\""), std::string::npos);
+  EXPECT_EQ(json.Of(data).find("\"uSat\""), std::string::npos);
+  json.Of(Group());
+  EXPECT_NE(json.Of(data).find("\"used\":false"), std::string::npos) << "a fix was lost";
+  EXPECT_NE(json.Of(data).find("\"uSat\":0"), std::string::npos);
+}
+
+TEST(HostJsonFormat, TellsHowOldThePositionIs) {
+  LastPosition::Clock::time_point now;
+  LastPosition last([&] { return now; });
+  const auto told = [&] {
+    std::string out;
+    JsonWriter json(out);
+    json.BeginObject();
+    last.Write(json);
+    json.EndObject();
+    return out;
+  };
+  EXPECT_EQ(told(), "{}");
+  CGPSData data = Fix();
+  last.Note(data);
+  EXPECT_TRUE(last.TakeNews());
+  now += std::chrono::seconds(1);
+  last.Note(data);
+  EXPECT_FALSE(last.TakeNews());
+  now += std::chrono::seconds(60);
+  data.m_nSignalType = UDF_SIGNAL_NONE;
+  last.Note(data);
+  now += std::chrono::milliseconds(500);
+  last.Note(Group());
+  EXPECT_EQ(told(), R"({"fix":"no fix","fixAge":60.5,"positionAge":0.5})");
+  EXPECT_TRUE(last.TakeNews());
 }
 
 TEST(HostJsonFormat, WritesTheDilutionOfAReceiverThatSendsNoSatellites) {

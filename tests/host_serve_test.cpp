@@ -13,9 +13,11 @@
 
 #include "gpsengine/platform/application.h"
 #include "host/line/sentences.h"
+#include "host/run/failure.h"
 #include "host/serve.h"
 #include "host/server/gpsdserver.h"
 #include "host/server/pagehub.h"
+#include "host/server/pageserver.h"
 #include "tests/support/program.h"
 #include "tests/support/pseudoterminal.h"
 #include "tests/support/receivertest.h"
@@ -185,6 +187,17 @@ std::optional<std::string> RunTool(const std::string& command, const std::string
   for (std::size_t count; (count = fread(piece, 1, sizeof piece, pipe)) > 0;) output.append(piece, count);
   pclose(pipe);
   return output;
+}
+
+/// What a browser makes of the page; nothing if there is none.
+std::optional<std::string> LookAtPage(int port) {
+  const std::string scratch = testing::TempDir() + "gpsengine-chromium-" + std::to_string(getpid());
+  auto page = RunTool("chromium",
+                      "--headless --no-sandbox --disable-gpu --no-first-run --disable-background-networking "
+                      "--disable-component-update --disable-sync --dump-dom --user-data-dir=" +
+                          scratch + " 'http://127.0.0.1:" + std::to_string(port) + "/?once'");
+  std::filesystem::remove_all(scratch);
+  return page;
 }
 
 bool Contains(const std::string& text, std::string_view part) {
@@ -418,6 +431,33 @@ TEST(Serve, KeepsItsClientsWhileThePortIsAway) {
   std::filesystem::remove_all(folder);
 }
 
+TEST(Serve, EndsWithACodeOfItsOwnWhereNothingWasUnderstood) {
+  const PseudoTerminal line;
+  Program serve({"serve", "--port", line.Name(), "--tcp", "0", "--duration", "0.1"});
+  EXPECT_EQ(serve.Wait(), 4);
+  EXPECT_TRUE(Contains(serve.Errors(), "no data came from"));
+}
+
+TEST(Serve, ShowsOnThePageHowOldAFixIs) {
+  constexpr std::pair<const char*, const char*> cases[] = {
+      {R"("lost":false,"fix":"SBAS","fixAge":60,"positionAge":60)", ">silent, last fix 60 s ago<"},
+      {R"("lost":true,"fix":"SBAS","fixAge":1,"positionAge":1)", ">port lost, last fix 1 s ago<"}};
+  for (const auto& [server, shows] : cases) {
+    PageHub hub;
+    hub.SetStatus(R"({"class":"SERVER",)" + std::string(server) + "}");
+    hub.Publish(R"({"class":"TPV","mode":3,"time":"2024-05-14T12:35:19.250Z","lat":48.1,"lon":11.5})");
+    std::unique_ptr<PageServer> page_server;
+    try {
+      page_server = StartPageServer(hub, "127.0.0.1", 0);
+    } catch (const Failure&) {
+      GTEST_SKIP() << "built without libcpp-httplib-dev";
+    }
+    const auto page = LookAtPage(page_server->Port());
+    if (!page) GTEST_SKIP() << "no chromium to look at the page with";
+    EXPECT_TRUE(Contains(*page, shows) && Contains(*page, "<body class=\"old\">")) << *page;
+  }
+}
+
 TEST(Serve, ShowsAPage) {
   Serving serving(kEpoch, /*hasPage=*/true);
   if (serving.Http() == 0) GTEST_SKIP() << "built without libcpp-httplib-dev";
@@ -430,17 +470,12 @@ TEST(Serve, ShowsAPage) {
   events.Send("GET /events HTTP/1.0\r\nHost: [::1]\r\n\r\n");
   while (!Contains(events.Rest(), "data: {\"class\":\"SKY\"")) ASSERT_TRUE(events.Take());
 
-  const std::string scratch = testing::TempDir() + "gpsengine-chromium-" + std::to_string(getpid());
-  const auto page =
-      RunTool("chromium",
-              "--headless --no-sandbox --disable-gpu --no-first-run --disable-background-networking "
-              "--disable-component-update --disable-sync --dump-dom --user-data-dir=" +
-                  scratch + " 'http://127.0.0.1:" + std::to_string(serving.Http()) + "/?once'");
-  std::filesystem::remove_all(scratch);
+  const auto page = LookAtPage(serving.Http());
   serving.Process().Signal(SIGTERM);  // with a stream of events still open
   EXPECT_EQ(serving.Process().Wait(10s), 130);
   if (!page) GTEST_SKIP() << "no chromium to look at the page with";
   EXPECT_TRUE(Contains(*page, "48.1173000\u00B0 N")) << *page;
+  EXPECT_TRUE(Contains(*page, ">GPS<") && !Contains(*page, "class=\"old\"")) << *page;
   EXPECT_TRUE(Contains(*page, "class=\"sat gps used\"") && Contains(*page, "class=\"sat sbas\"")) << *page;
   EXPECT_TRUE(Contains(*page, "&lt;b id=x&gt;&amp;\"") && !Contains(*page, "<b id=")) << *page;
 }

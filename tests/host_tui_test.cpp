@@ -56,6 +56,12 @@ class HostScreen : public testing::Test {
     for (int i = 0; i <= row; ++i) std::getline(screen, line);
     return line;
   }
+  /// Of a satellite's bar and of its place in the sky.
+  std::pair<Style, Style> Styles() const {
+    Canvas canvas(24, 80, false);
+    DrawDashboard(canvas, view_);
+    return {canvas.At(19, 3).style, canvas.At(7, 60).style};
+  }
   bool Shows(const std::string& text) const { return Screen().find(text) != std::string::npos; }
 
   Readings::Clock::time_point now_{};
@@ -72,7 +78,7 @@ TEST_F(HostScreen, ShowsAFixAtAGlance) {
   view_.counters = {12, 3, 4, 5};
   EXPECT_EQ(Row(0), " gpsengine  Trimble  /dev/ttyUSB0");
   const char* const fix[] = {
-      "+- Fix --------------------------------+", "| RTK FLOAT                    age 0 s |",
+      "+- Fix --------------------------------+", "| RTK float                    age 0 s |",
       "| Latitude         48.1173000  N       |", "| Longitude        10.0000000  W       |",
       "| Speed           9.7 kn  18.0 km/h    |", "| Course          180  true            |",
       "| Height       545.40 m                |", "| Time       12:35:19 UTC              |",
@@ -89,18 +95,20 @@ TEST_F(HostScreen, ShowsAFixAtAGlance) {
 }
 
 TEST_F(HostScreen, TellsAnOldFixFromAFreshOne) {
-  EXPECT_TRUE(Shows("WAITING"));
+  EXPECT_TRUE(Shows("waiting"));
   readings_.OnData(Fix());
   now_ += std::chrono::seconds(4);
   EXPECT_TRUE(Shows("STALE 4 s"));
+  EXPECT_EQ(Styles(), std::pair(Style::dim, Style::dim)) << "satellites are as old";
   readings_.OnData(Fix());
+  EXPECT_EQ(Styles(), std::pair(Style::used, Style::used));
   now_ += std::chrono::seconds(9);
   EXPECT_TRUE(Shows("  age 9 s")) << "a receiver that sends every four seconds";
   CGPSData none = Fix();
   none.m_nSignalType = UDF_SIGNAL_NONE;
   none.m_dLatitude = 0.0;
   readings_.OnData(none);
-  EXPECT_TRUE(Shows("NO FIX")) << "the kind of fix is news";
+  EXPECT_TRUE(Shows("no fix")) << "the kind of fix is news";
   EXPECT_TRUE(Shows("48.1173000")) << "the place is the last that was known";
   now_ += std::chrono::seconds(200);
   EXPECT_TRUE(Shows("STALE 3 min"));
@@ -261,7 +269,7 @@ TEST(HostLiveScreen, HoldsThePauseOfARecordingAndGivesTheTerminalBack) {
   EXPECT_TRUE(terminal.Writes("turn the antenna"));
   EXPECT_FALSE(terminal.IsAsItWas());
   terminal.Type("\r");
-  EXPECT_TRUE(terminal.Writes("LOAT")) << "RTK FLOAT in the place of RTK FIXED";
+  EXPECT_TRUE(terminal.Writes("loat")) << "RTK float in the place of RTK fixed";
   terminal.Type("q");
   EXPECT_EQ(terminal.Run().Wait(), 0);
   EXPECT_EQ(terminal.Run().Errors(), "");
@@ -283,7 +291,7 @@ TEST(HostLiveScreen, CommandsTheReceiver) {
     std::vector<std::string> arguments = {"monitor", "--model", "CSI"};
     if (records) arguments.insert(arguments.end(), {"--record", record});
     OnTerminal terminal(arguments);
-    EXPECT_TRUE(terminal.Writes("DIFFERENTIAL"));
+    EXPECT_TRUE(terminal.Writes("DGPS"));
     terminal.Type("cjjjjj\r");
     EXPECT_TRUE(terminal.Writes("EM:05 SAV")) << "what answers query-elevation-mask is no sentence";
     terminal.Type("q");

@@ -5,10 +5,10 @@
 #include <numbers>
 
 #include "host/exports/axis.h"
+#include "host/exports/chartframe.h"
 #include "host/exports/svg.h"
 #include "host/exports/timescale.h"
-#include "host/records/jsonwriter.h"
-#include "host/records/reports.h"
+#include "host/records/fixkind.h"
 
 namespace host {
 
@@ -18,21 +18,7 @@ using Anchor = Svg::Anchor;
 
 constexpr double kDegree = std::numbers::pi / 180.0;
 
-struct Frame {
-  double left, top, width, height;
-
-  double Right() const { return left + width; }
-  double Bottom() const { return top + height; }
-};
-
-std::string Fixed(double value, int decimals) {
-  std::string text;
-  AppendFixed(text, value, decimals);
-  return text;
-}
-
 // Charts over time stand below each other, and so share their left and right.
-constexpr double kWidth = 960.0;
 constexpr Frame kCourse{58.0, 26.0, 888.0, 150.0};
 
 TimeScale TimeScaleOf(const RunStatistics& run) {
@@ -109,114 +95,20 @@ class EnvelopePainter {
   const double factor_;
 };
 
-/// The places of a track on paper, equal in scale to the east and to the north.
-class TrackPlan {
- public:
-  explicit TrackPlan(const RunStatistics& run) : run_(run) {
-    const double middle = (run.south + run.north) / 2.0;
-    const Offset size = OffsetOf(run.south, run.west, run.north, run.east);
-    scale_ = OffsetOf(middle, 0.0, middle + 1e-3, 1e-3);
-    // Neither a still receiver nor a straight road fills a page.
-    const double wide = std::max({size.east, size.north / 3.0, kLeast}) * 1.12;
-    const double high = std::max({size.north, size.east / 3.0, kLeast / 2.0}) * 1.12;
-    const double height = std::clamp(kMostWidth * high / wide, 300.0, 560.0);
-    per_metre_ = std::min(kMostWidth / wide, height / high);
-    frame_ = {kLeft, 14.0, kMostWidth, height};
-    const Offset centre = ToMetres((run.south + run.north) / 2.0, (run.west + run.east) / 2.0);
-    east_ = ExactAxis(centre.east - kMostWidth / 2.0 / per_metre_,
-                      centre.east + kMostWidth / 2.0 / per_metre_, 9);
-    north_ = ExactAxis(centre.north - height / 2.0 / per_metre_, centre.north + height / 2.0 / per_metre_,
-                       static_cast<int>(std::lround(9.0 * height / kMostWidth)));
-  }
-
-  double X(double longitude) const {
-    return frame_.left + east_.Part(ToMetres(0.0, longitude).east) * frame_.width;
-  }
-  double Y(double latitude) const {
-    return frame_.Bottom() - north_.Part(ToMetres(latitude, 0.0).north) * frame_.height;
-  }
-  const Frame& GetFrame() const { return frame_; }
-  const Axis& East() const { return east_; }
-  const Axis& North() const { return north_; }
-  double PerMetre() const { return per_metre_; }
-
- private:
-  static constexpr double kLeft = 84.0, kMostWidth = 862.0;
-  static constexpr double kLeast = 0.1;  // metres
-
-  // Linear in the angles, so that the picture is equirectangular.
-  Offset ToMetres(double latitude, double longitude) const {
-    return {(longitude - run_.first_fix->longitude) * 1e3 * scale_.east,
-            (latitude - run_.first_fix->latitude) * 1e3 * scale_.north};
-  }
-
-  const RunStatistics& run_;
-  Offset scale_{};
-  double per_metre_ = 1.0;
-  Frame frame_{};
-  Axis east_, north_;
-};
-
-/// Labels of metres, or of kilometres where those are large.
-std::string LengthLabel(double metres, double step) {
-  const bool kilometres = step >= 1000.0;
-  const double unit = kilometres ? 1000.0 : 1.0;
-  std::string label = Fixed(metres / unit, DecimalsOf(step / unit));
-  if (label.starts_with('-')) label.replace(0, 1, "\xE2\x88\x92");
-  return label + (kilometres ? " km" : " m");
-}
-
-void DrawGround(Svg& svg, const TrackPlan& plan) {
-  const Frame& frame = plan.GetFrame();
-  svg.Rect("plot", frame.left, frame.top, frame.width, frame.height, 4.0);
-  for (const auto& tick : plan.East().ticks) {
-    const double x = frame.left + plan.East().Part(tick.value) * frame.width;
-    svg.Line("grid", x, frame.top, x, frame.Bottom());
-    svg.Text("tick", std::min(x, frame.Right() - 12.0), frame.Bottom() + 16.0,
-             LengthLabel(tick.value, plan.East().step), Anchor::middle);
-  }
-  for (const auto& tick : plan.North().ticks) {
-    const double y = frame.Bottom() - plan.North().Part(tick.value) * frame.height;
-    svg.Line("grid", frame.left, y, frame.Right(), y);
-    svg.Text("tick", frame.left - 6.0, std::max(y + 4.0, frame.top + 9.0),
-             LengthLabel(tick.value, plan.North().step), Anchor::end);
-  }
-  svg.Text("axis", frame.left + frame.width / 2.0, frame.Bottom() + 34.0, "east of the start",
-           Anchor::middle);
-  svg.Upright("axis", 12.0, frame.top + frame.height / 2.0, "north of the start");
-}
-
-void DrawScaleBar(Svg& svg, const TrackPlan& plan) {
-  const Frame& frame = plan.GetFrame();
-  const double metres = RoundDown(frame.width / 5.0 / plan.PerMetre());
-  const double length = metres * plan.PerMetre();
-  const double right = frame.Right() - 16.0, y = frame.Bottom() - 16.0;
-  svg.Rect("plate", right - length - 8.0, y - 22.0, length + 16.0, 30.0, 4.0);
-  svg.Line("rule", right - length, y, right, y);
-  for (const double x : {right - length, right}) svg.Line("rule", x, y - 4.0, x, y + 4.0);
-  svg.Text("tick strong", right - length / 2.0, y - 7.0, LengthLabel(metres, metres), Anchor::middle);
-}
-
-void DrawWay(Svg& svg, const TrackPlan& plan, const std::vector<Sketch::Point>& points) {
-  // A piece of line for each kind of fix, from the end of the one before.
-  for (std::size_t start = 0, end; start < points.size(); start = end) {
-    const auto& first = points[start];
-    end = start + 1;
-    while (end < points.size() && !points[end].broken && points[end].signal == first.signal) ++end;
-    svg.BeginPath(std::string(StyleOf(first.signal)) + " way");
-    const auto& from = first.broken || start == 0 ? first : points[start - 1];
-    svg.MoveTo(plan.X(from.longitude), plan.Y(from.latitude));
-    for (std::size_t i = start; i < end; ++i)
-      svg.LineTo(plan.X(points[i].longitude) + (end - start == 1 ? 0.1 : 0.0), plan.Y(points[i].latitude));
-    svg.EndPath();
-  }
-}
-
-void DrawEnds(Svg& svg, const TrackPlan& plan, const RunStatistics& run) {
-  const auto& first = run.track.Points().front();
-  const auto& last = *run.track.Last();
-  svg.Circle("start", plan.X(first.longitude), plan.Y(first.latitude), 6.0, "start");
-  svg.Circle("end", plan.X(last.longitude), plan.Y(last.latitude), 6.0, "end");
+/// The kinds of fix of a span, each as high as its share of the time.
+void DrawSpan(Svg& svg, const TimeScale& time, const Frame& frame, const SignalSpan& span) {
+  const double x = time.X(span.start), width = std::max(1.5, time.X(span.end) - x);
+  Moment all = 0;
+  for (const auto& entry : span.mixed) all += entry.second;
+  double top = frame.top;
+  const auto draw = [&](int signal, double part) {
+    const FixKind& kind = FixKindOf(signal);
+    svg.Rect(std::string(kind.style) + " span", x, top, width, part * frame.height, 0.0, kind.name);
+    top += part * frame.height;
+  };
+  if (all == 0) return draw(span.signal, 1.0);
+  for (const auto& [signal, part] : span.mixed)
+    draw(signal, static_cast<double>(part) / static_cast<double>(all));
 }
 
 // The sky: a disc whose rim is the horizon and whose centre is overhead.
@@ -275,19 +167,12 @@ void DrawTrail(Svg& svg, int number, const SatelliteTrail& trail) {
     }
     svg.EndPath();
   }
-  const Spot last = SpotOf(trail.places.back());
+  const Spot last = SpotOf(trail.last);
   svg.Circle(used ? "satellite" : "satellite unused", last.x, last.y, 11.0, DescribeSatellite(number, trail));
   svg.Text(used ? "number" : "number unused", last.x, last.y + 4.0, std::to_string(number), Anchor::middle);
 }
 
 }  // namespace
-
-std::string_view StyleOf(int signal) {
-  constexpr std::string_view kStyles[] = {"none",  "gps",   "dgps", "other", "other", "float",
-                                          "fixed", "float", "dgps", "sbas",  "other"};
-  const auto index = static_cast<std::size_t>(signal);
-  return index < std::size(kStyles) ? kStyles[index] : "other";
-}
 
 void DrawCourse(std::string& out, const Course& course, const RunStatistics& run) {
   const Range& all = course.values->All();
@@ -296,7 +181,7 @@ void DrawCourse(std::string& out, const Course& course, const RunStatistics& run
   const double low = course.from_zero ? std::min(0.0, all.least * course.factor) : all.least * course.factor;
   const Axis axis = RoundAxis(low, all.most * course.factor, 4, course.least_step);
   const Frame& frame = kCourse;
-  Svg svg(out, kWidth, frame.Bottom() + 24.0, course.title);
+  Svg svg(out, kChartWidth, frame.Bottom() + 24.0, course.title);
   svg.Text("caption", 0.0, 13.0,
            std::string(course.title) + (course.unit.empty() ? "" : ", ") + std::string(course.unit));
   svg.Rect("plot", frame.left, frame.top, frame.width, frame.height, 4.0);
@@ -314,24 +199,11 @@ void DrawCourse(std::string& out, const Course& course, const RunStatistics& run
 void DrawSignals(std::string& out, const RunStatistics& run) {
   const TimeScale time = TimeScaleOf(run);
   const Frame frame{kCourse.left, 24.0, kCourse.width, 18.0};
-  Svg svg(out, kWidth, frame.Bottom() + 6.0, "kind of fix over time");
+  Svg svg(out, kChartWidth, frame.Bottom() + 6.0, "kind of fix over time");
   svg.Text("caption", 0.0, 13.0, "Kind of fix");
   svg.Rect("plot", frame.left, frame.top, frame.width, frame.height, 4.0);
-  for (const auto& span : run.signals) {
-    const double x = time.X(span.start), end = time.X(span.end);
-    svg.Rect(std::string(StyleOf(span.signal)) + " span", x, frame.top, std::max(1.5, end - x), frame.height,
-             0.0, NameOfSignal(span.signal));
-  }
+  for (const auto& span : run.signals) DrawSpan(svg, time, frame, span);
   DrawCuts(svg, time, frame, true);
-}
-
-void DrawTrack(std::string& out, const RunStatistics& run) {
-  const TrackPlan plan(run);
-  Svg svg(out, kWidth, plan.GetFrame().Bottom() + 40.0, "the track from above");
-  DrawGround(svg, plan);
-  DrawWay(svg, plan, run.track.Points());
-  DrawEnds(svg, plan, run);
-  DrawScaleBar(svg, plan);
 }
 
 void DrawSky(std::string& out, const RunStatistics& run) {

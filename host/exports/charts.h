@@ -7,9 +7,6 @@
 
 namespace host {
 
-/// The style of a kind of fix: the name of a colour in the page's style sheet.
-std::string_view StyleOf(int signal);
-
 /// A value over time.
 struct Course {
   std::string_view title, unit, style;

@@ -1,19 +1,20 @@
 #include "host/exports/export.h"
+#include "host/records/fixkind.h"
 #include "host/records/jsonwriter.h"
-#include "host/records/reports.h"
 
 namespace host {
 
 namespace {
 
 // docs/program.md has what they hold.
-constexpr std::string_view kHead =
-    "time,lat,lon,height_m,fix,segment,used,in_view,hdop,pdop,vdop,speed_mps,course_deg,mean_snr\n";
+constexpr std::string_view kHeads[] = {"time,lat,lon,",
+                                       ",fix,segment,used,in_view,hdop,pdop,vdop,"
+                                       "speed_mps,course_deg,mean_snr\n"};
 
 class CsvExport : public Export {
  public:
-  explicit CsvExport(const ExportPath& path) : file_(path) {
-    file_.Text() += kHead;
+  CsvExport(const ExportPath& path, Geoid geoid) : file_(path) {
+    ((file_.Text() += kHeads[0]) += geoid == Geoid::add ? "height_hae_m" : "height_msl_m") += kHeads[1];
     CsvExport::Flush();
   }
 
@@ -25,7 +26,7 @@ class CsvExport : public Export {
     Append(epoch.latitude, 9);
     Append(epoch.longitude, 9);
     Append(epoch.height, 3);
-    (out += ',') += NameOfSignal(epoch.signal);
+    (out += ',') += FixKindOf(epoch.signal).name;
     Append(segment_, 0);
     Append(epoch.used, 0);
     Append(epoch.in_view, 0);
@@ -50,8 +51,8 @@ class CsvExport : public Export {
 
 }  // namespace
 
-std::unique_ptr<Export> MakeCsvExport(const ExportPath& path, const RunFacts&) {
-  return std::make_unique<CsvExport>(path);
+std::unique_ptr<Export> MakeCsvExport(const ExportPath& path, const RunFacts& facts) {
+  return std::make_unique<CsvExport>(path, facts.geoid);
 }
 
 }  // namespace host

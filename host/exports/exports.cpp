@@ -20,11 +20,25 @@ constexpr struct {
     {"--report", &ExportOptions::report, MakeReportExport},
 };
 
+/// What files carry of where the bytes came from: a recording may be handed on without telling whose folder
+/// it lay in.
+std::string NameOf(const std::string& source) {
+  if (source == "-") return "standard input";
+  return source.starts_with("/dev/") ? source : source.substr(source.rfind('/') + 1);
+}
+
 }  // namespace
 
 Exports::Exports(const ExportOptions& options, const RunFacts& facts, const std::string& input,
                  CGPSEngine& engine, Sink& inner)
-    : engine_(engine), inner_(inner), filter_(options.filter) {
+    : engine_(engine),
+      inner_(inner),
+      filter_(options.filter),
+      geoid_(facts.geoid),
+      recording_(input.empty() ? "" : NameOf(input)),
+      needs_texts_(!options.nmea.empty() || (options.IsAny() && geoid_ != Geoid::none)) {
+  RunFacts named = facts;
+  named.source = NameOf(facts.source);
   for (const auto& [option, path, make] : kExports) {
     const std::string& file = options.*path;
     if (file.empty()) continue;
@@ -33,7 +47,7 @@ Exports::Exports(const ExportOptions& options, const RunFacts& facts, const std:
         throw Failure(ExitCode::usage, std::string(option) + " and " + other.option + " both name " + file);
       }
     }
-    exports_.push_back(make({option, file, input}, facts));
+    exports_.push_back(make({option, file, input}, named));
   }
 }
 
@@ -48,21 +62,60 @@ Exports::~Exports() {
 }
 
 void Exports::SetReference(std::optional<Moment> reference) {
+  dated_ = dated_ || reference;
   reader_.SetReference(reference);
   inner_.SetReference(reference);
 }
 
 bool Exports::OnData(const CGPSData& data) {
+  Tell(std::nullopt);
   std::optional<PositionEpoch> epoch;
   if (data.m_bPositionValid) epoch = reader_.Read(data);
   const Kinds kinds = filter_.Pass(data, epoch ? &*epoch : nullptr);
   if (kinds.IsEmpty()) return false;
-  for (const auto& file : exports_) {
-    if (kinds.Has(Kind::satellites)) file->OnSatellites(data);
-    if (kinds.Has(Kind::fix) && epoch->time && !epoch->repeats) file->OnEpoch(*epoch, data);
+  if (kinds.Has(Kind::satellites)) {
+    for (const auto& file : exports_) file->OnSatellites(data);
+  }
+  if (kinds.Has(Kind::fix) && epoch->time && !epoch->repeats) {
+    held_ = {*epoch, data};
+    if (!needs_texts_) Tell(std::nullopt);
   }
   inner_.SetKinds(kinds);
   return inner_.OnData(data);
+}
+
+bool Exports::OnString(const CString& text) {
+  std::string bytes;
+  if (held_ && text.ToBytes(bytes)) Tell(GgaTailOf(bytes));
+  return inner_.OnString(text);
+}
+
+void Exports::Tell(const std::optional<GgaTail>& tail) {
+  if (!held_) return;
+  PositionEpoch& epoch = held_->epoch;
+  if (tail) {
+    epoch.tail = *tail;
+    separation_ = tail->separation;
+  } else {
+    epoch.tail.separation = separation_;  // the capture has missed the sentence
+  }
+  ResolveHeights(epoch, tail.has_value());
+  epoch.undated = !recording_.empty() && !dated_;
+  undated_ = undated_ || (epoch.undated && !exports_.empty());
+  for (const auto& file : exports_) file->OnEpoch(epoch, held_->data);
+  held_.reset();
+}
+
+/// The library has applied the separation that the sentence states, if it states one.
+void Exports::ResolveHeights(PositionEpoch& epoch, bool has_sentence) {
+  if (!epoch.fix || geoid_ == Geoid::none) return;
+  if (const auto& separation = epoch.tail.separation) {
+    if (geoid_ == Geoid::add) *epoch.height_msl -= *separation;
+    return;
+  }
+  ++without_height_;
+  epoch.height.reset();
+  if (geoid_ == Geoid::subtract || !has_sentence) epoch.height_msl.reset();
 }
 
 bool Exports::OnRawData(const CGPSDataRaw& epoch) {
@@ -78,10 +131,24 @@ bool Exports::OnBin() {
 }
 
 void Exports::Step() {
+  ComplainOfDates();
   for (const auto& file : exports_) file->Flush();
 }
 
+void Exports::ComplainOfDates() {
+  if (!undated_ || std::exchange(told_undated_, true)) return;
+  Complain("no date is known for " + recording_ +
+           ": the exported times have the date of today. \"decode --date\" gives them another");
+}
+
 bool Exports::Finish() {
+  Tell(std::nullopt);
+  ComplainOfDates();
+  const long long count = std::exchange(without_height_, 0);
+  if (count > 0 && !exports_.empty()) {
+    Complain("fixes without a geoid separation: " + std::to_string(count) +
+             ". Heights that need it are left out of the exports");
+  }
   while (!exports_.empty()) {
     const auto file = std::move(exports_.back());
     exports_.pop_back();

@@ -35,10 +35,11 @@ class Exports : public Sink, public Outlet {
   bool OnRawData(const CGPSDataRaw& epoch) override;
   bool OnEphemeris(const CGPSDataEphemeris& ephemeris) override;
   bool OnBin() override;
-  bool OnString(const CString& text) override { return inner_.OnString(text); }
+  bool OnString(const CString& text) override;
   void SetReference(std::optional<Moment> reference) override;
 
   Sink* Records() override { return this; }
+  bool WantsTexts() const override { return needs_texts_; }
   /// Writes what is new. Throws a Failure if a file cannot be written. A sink is called from inside the
   /// library, and so leaves that until it is asked.
   void Step() override;
@@ -48,12 +49,29 @@ class Exports : public Sink, public Outlet {
   bool Finish() override;
 
  private:
+  /// An epoch that waits for the sentence which gave it.
+  struct Held {
+    PositionEpoch epoch;
+    CGPSData data;
+  };
+
   Tally TallyOf() const;
+  void Tell(const std::optional<GgaTail>& tail);
+  void ResolveHeights(PositionEpoch& epoch, bool has_sentence);
+  void ComplainOfDates();
 
   CGPSEngine& engine_;
   Sink& inner_;
   EpochReader reader_;
   Filter filter_;
+  const Geoid geoid_;
+  const std::string recording_;  // its name; empty for a receiver that sends now
+  bool needs_texts_ = false;
+  bool dated_ = false;
+  bool undated_ = false, told_undated_ = false;  // some epoch was; the user knows
+  std::optional<Held> held_;
+  std::optional<double> separation_;  // the last one that was stated
+  long long without_height_ = 0;      // fixes
   std::vector<std::unique_ptr<Export>> exports_;
 };
 

@@ -1,5 +1,6 @@
 #include "host/exports/export.h"
 #include "host/exports/markup.h"
+#include "host/records/fixkind.h"
 #include "host/records/jsonwriter.h"
 
 namespace host {
@@ -17,9 +18,6 @@ constexpr std::string_view kHead =
 )";
 constexpr std::string_view kSegmentEnd = "    </trkseg>\n";
 constexpr std::string_view kTail = "  </trk>\n</gpx>\n";
-
-// The format's name for the kind of fix, by SignalType; none for positions that are not of satellites alone.
-constexpr std::string_view kFixes[] = {"", "3d", "dgps", "", "", "dgps", "dgps", "dgps", "dgps", "dgps", ""};
 
 void AppendNumber(std::string& out, std::string_view tag, double value, int decimals) {
   ((out += '<') += tag) += '>';
@@ -58,12 +56,12 @@ class GpxExport : public Export {
     out += "\" lon=\"";
     AppendFixed(out, epoch.longitude, 9);
     out += "\">";
-    AppendNumber(out, "ele", epoch.height, 3);
+    AppendNumber(out, "ele", epoch.height_msl, 3);
     out += "<time>";
     AppendIso(out, *epoch.time);
     out += "</time>";
-    const auto fix = static_cast<std::size_t>(epoch.signal);
-    if (fix < std::size(kFixes) && !kFixes[fix].empty()) ((out += "<fix>") += kFixes[fix]) += "</fix>";
+    const std::string_view fix = FixKindOf(epoch.signal).gpx;
+    if (!fix.empty()) ((out += "<fix>") += fix) += "</fix>";
     AppendNumber(out, "sat", epoch.used, 0);
     AppendNumber(out, "hdop", epoch.hdop, 2);
     AppendNumber(out, "vdop", epoch.vdop, 2);

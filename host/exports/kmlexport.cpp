@@ -22,7 +22,7 @@ constexpr int kMostOfTrack = 100;
 
 class KmlExport : public Export {
  public:
-  KmlExport(const ExportPath& path, const RunFacts& facts) : geoid_(facts.geoid), file_(path) {
+  KmlExport(const ExportPath& path, const RunFacts& facts) : file_(path) {
     std::string& out = file_.Text();
     out += kHead;
     AppendMarkup(out, facts.source);
@@ -38,10 +38,11 @@ class KmlExport : public Export {
     if (epoch.starts_segment || segments_ == 0) {
       EndSegment();
       BeginSegment();
-    } else if (points_ == kMostOfTrack) {
+    } else if (points_ == kMostOfTrack || has_heights_ != epoch.height_msl.has_value()) {
       EndTrack();
     }
     ++points_;
+    has_heights_ = epoch.height_msl.has_value();
     whens_ += "          <when>";
     AppendIso(whens_, *epoch.time);
     whens_ += "</when>\n";
@@ -50,7 +51,7 @@ class KmlExport : public Export {
     coords_ += ' ';
     AppendFixed(coords_, epoch.latitude, 9);
     coords_ += ' ';
-    AppendFixed(coords_, epoch.height, 3);
+    AppendFixed(coords_, epoch.height_msl.value_or(0.0), 3);
     coords_ += "</gx:coord>\n";
   }
   void Flush() override { file_.Flush(Tail()); }
@@ -75,10 +76,8 @@ class KmlExport : public Export {
   }
   void AppendTrack(std::string& out) const {
     if (points_ == 0) return;
-    // A height above the ellipsoid is none that a map of the ground knows.
-    const bool absolute = geoid_ != Geoid::add;
     out += "        <gx:Track>\n";
-    if (absolute) out += "          <altitudeMode>absolute</altitudeMode>\n";
+    if (has_heights_) out += "          <altitudeMode>absolute</altitudeMode>\n";
     out += whens_;
     out += coords_;
     out += "        </gx:Track>\n";
@@ -90,10 +89,10 @@ class KmlExport : public Export {
     return tail.append(kTail);
   }
 
-  const Geoid geoid_;
   GrowingFile file_;
   int segments_ = 0;
-  int points_ = 0;  // of the track at hand
+  int points_ = 0;            // of the track at hand
+  bool has_heights_ = false;  // likewise; without them it lies on the ground
   std::string whens_, coords_;
 };
 

@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "host/exports/export.h"
+#include "host/records/fixkind.h"
 #include "host/records/jsonwriter.h"
 
 namespace host {
@@ -12,18 +13,6 @@ namespace {
 
 constexpr double kDegrees = 180.0 / std::numbers::pi;
 constexpr double kKnots = 3600.0 / 1852.0;  // in a metre a second
-
-// The quality indicator of a GGA and the mode of an RMC, by SignalType.
-struct Quality {
-  char gga, rmc;
-};
-constexpr Quality kQualities[] = {{'0', 'N'}, {'1', 'A'}, {'2', 'D'}, {'6', 'E'}, {'7', 'M'}, {'2', 'D'},
-                                  {'4', 'R'}, {'5', 'F'}, {'2', 'D'}, {'9', 'D'}, {'1', 'A'}};
-
-Quality QualityOf(int signal) {
-  const auto index = static_cast<std::size_t>(signal);
-  return index < std::size(kQualities) ? kQualities[index] : Quality{'1', 'A'};
-}
 
 void AppendDigits(std::string& out, long long value, int width) {
   const std::string digits = std::to_string(value);
@@ -112,11 +101,12 @@ class NmeaExport : public Export {
  private:
   void AppendGga(const PositionEpoch& epoch) {
     Sentence gga(file_.Text(), "GPGGA");
-    gga.TimeOfDay(*epoch.time).Position(epoch).Letter(QualityOf(epoch.signal).gga);
+    gga.TimeOfDay(*epoch.time).Position(epoch).Letter(FixKindOf(epoch.signal).gga);
     gga.Digits(std::clamp(epoch.used, 0, 99), 2).Number(epoch.hdop, 2);
-    // The separation is not known, and a height has nowhere to say what it is above.
-    gga.Number(epoch.fix ? std::optional(epoch.height) : std::nullopt, 3).Text("M").Empty().Text("M");
-    gga.Empty().Empty();
+    const std::optional<double> none;
+    gga.Number(epoch.fix ? epoch.height_msl : none, 3).Text("M");
+    gga.Number(epoch.fix ? epoch.tail.separation : none, 3).Text("M");
+    gga.Text(epoch.tail.age).Text(epoch.tail.station);
   }
 
   void AppendRmc(const PositionEpoch& epoch) {
@@ -124,7 +114,7 @@ class NmeaExport : public Export {
     rmc.TimeOfDay(*epoch.time).Letter(epoch.fix ? 'A' : 'V').Position(epoch);
     rmc.Number(epoch.speed ? std::optional(*epoch.speed * kKnots) : std::nullopt, 3).Number(epoch.course, 2);
     AppendDate(rmc, *epoch.time);
-    rmc.Empty().Empty().Letter(QualityOf(epoch.signal).rmc);
+    rmc.Empty().Empty().Letter(FixKindOf(epoch.signal).rmc);
   }
 
   void AppendGsa(const PositionEpoch& epoch, const CGPSData& data) {

@@ -7,8 +7,8 @@
 #include "host/exports/charts.h"
 #include "host/exports/markup.h"
 #include "host/exports/reportstyle.h"
+#include "host/records/fixkind.h"
 #include "host/records/jsonwriter.h"
-#include "host/records/reports.h"
 
 namespace host {
 
@@ -79,7 +79,7 @@ class Page {
     out_ =
         "<!DOCTYPE html>\n<html lang=\"en\">\n<head>\n<meta charset=\"utf-8\">\n"
         "<meta name=\"viewport\" content=\"width=device-width, initial-scale=1\">\n<title>";
-    AppendMarkup(out_, Name());
+    AppendMarkup(out_, facts_.source);
     out_ += "</title>\n<style>";
     out_ += kReportStyle;
     out_ += "</style>\n</head>\n<body>\n<main>\n";
@@ -93,12 +93,6 @@ class Page {
   }
 
  private:
-  std::string Name() const {
-    const std::string& source = facts_.source;
-    if (source == "-") return "standard input";
-    return source.starts_with("/dev/") ? source : source.substr(source.rfind('/') + 1);
-  }
-
   void Tagged(const char* tag, std::string_view text) {
     ((out_ += '<') += tag) += '>';
     AppendMarkup(out_, text);
@@ -107,11 +101,12 @@ class Page {
 
   void AddHeader() {
     out_ += "<header>\n";
-    Tagged("h1", Name());
+    Tagged("h1", facts_.source);
     std::string line = "Receiver model " + facts_.model;
     if (run_.start) line += " \xC2\xB7 " + Time(*run_.start) + " to " + Time(*run_.end);
     if (!run_.first_fix) line += " \xC2\xB7 no fix was found";
     Tagged("p", line);
+    if (run_.undated) Tagged("p", "The date is not known: times have the date of the day they were read on.");
     out_ += "</header>\n";
     if (run_.start) AddFigures();
   }
@@ -137,11 +132,14 @@ class Page {
     Figure("Fixes", Whole(run_.fixes));
     if (run_.first_fix) Figure("Distance", Length(run_.distance));
     if (run_.speed.All().count > 0) Figure("Greatest speed", Speed(run_.speed.All().most));
-    if (run_.first_fix) Figure("Mean height", Fixed(run_.height.All().Mean(), 1) + " m");
+    if (run_.height.All().count > 0) Figure("Mean height", Fixed(run_.height.All().Mean(), 1) + " m");
     Figure("Satellites used", Fixed(run_.used.All().Mean(), 1) + " mean");
     out_ += "</dl>\n";
   }
 
+  std::string_view HeightName() const {
+    return facts_.geoid == Geoid::add ? "Height above the ellipsoid" : "Height above mean sea level";
+  }
   double Seconds() const { return static_cast<double>(*run_.end - *run_.start) / 1000.0; }
   long long Epochs() const {
     long long all = 0;
@@ -153,8 +151,8 @@ class Page {
     out_ += "<ul class=\"legend\">\n";
     for (const auto& [signal, count] : run_.epochs) {
       if (track && signal == UDF_SIGNAL_NONE) continue;
-      ((out_ += "<li><i class=\"") += StyleOf(signal)) += "\"></i>";
-      AppendMarkup(out_, NameOfSignal(signal));
+      ((out_ += "<li><i class=\"") += FixKindOf(signal).style) += "\"></i>";
+      AppendMarkup(out_, FixKindOf(signal).name);
       out_ += "</li>\n";
     }
     if (track) {
@@ -169,15 +167,16 @@ class Page {
     DrawTrack(out_, run_);
     out_ += "<p class=\"note\">Start ";
     AppendMarkup(out_, Place(*run_.first_fix));
+    if (run_.epochs.size() > 1) out_ += ". Where kinds of fix lie on each other, the rarer one is on top.";
     out_ += "</p>\n</section>\n";
   }
 
   void AddCourses() {
     out_ += "<section>\n<h2>Over time</h2>\n";
-    if (run_.epochs.size() > 1) AddLegend(false);
+    AddLegend(false);
     DrawSignals(out_, run_);
     const Course courses[] = {
-        {"Height", "m", "height", &run_.height, 1.0, 0.01, false},
+        {HeightName(), "m", "height", &run_.height, 1.0, 0.01, false},
         {"Speed", "km/h", "speed", &run_.speed, kKilometresAnHour, 0.1, true},
         {"Satellites used", "", "used", &run_.used, 1.0, 1.0, true},
         {"Mean signal to noise of those", "dB-Hz", "strength", &run_.strength, 1.0, 1.0, false}};
@@ -224,7 +223,7 @@ class Page {
       Row("Epochs", Whole(Epochs()));
     }
     for (const auto& [signal, count] : run_.epochs) {
-      Row("\xE2\x80\x83" + std::string(NameOfSignal(signal)),
+      Row("\xE2\x80\x83" + std::string(FixKindOf(signal).name),
           Whole(count) + " (" + Percent(count, Epochs()) + ")");
     }
     if (!run_.first_fix) return;
@@ -238,8 +237,7 @@ class Page {
 
   void AddQualities() {
     Row("", "least / mean / greatest");
-    constexpr std::string_view kHeights[] = {"Height, m", "Height above the ellipsoid, m", "Height, m"};
-    Row(kHeights[static_cast<int>(facts_.geoid)], run_.height.All(), 2);
+    Row(std::string(HeightName()) + ", m", run_.height.All(), 2);
     Row("Speed, km/h", run_.speed.All(), 1, kKilometresAnHour);
     Row("Satellites used", run_.used.All(), 1);
     Row("Satellites in view", run_.in_view, 1);

@@ -54,6 +54,7 @@ svg { display: block; width: 100%; height: auto; margin-bottom: 6px; font: 12px 
 .curve { fill: none; stroke: currentColor; stroke-width: 1.8; stroke-linejoin: round; stroke-linecap: round; }
 .band { fill: currentColor; opacity: .22; }
 .way { fill: none; stroke: currentColor; stroke-width: 3; stroke-linejoin: round; stroke-linecap: round; }
+.thin { stroke-width: 1.2; }
 .span { fill: currentColor; }
 .gps { color: var(--gps); } .dgps { color: var(--dgps); } .sbas { color: var(--sbas); } .float { color: var(--float); }
 .fixed { color: var(--fixed); } .other { color: var(--other); } .none { color: var(--none); }

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <numbers>
+#include <utility>
 
 namespace host {
 
@@ -11,19 +12,13 @@ namespace {
 constexpr double kDegrees = 180.0 / std::numbers::pi;
 // More than these a drawing does not show.
 constexpr std::size_t kMostPieces = 1200;
-constexpr std::size_t kMostPoints = 4000;
 constexpr std::size_t kMostSpans = 400;
 constexpr std::size_t kMostPlaces = 400;
+constexpr double kTrailStep = 2.0;  // degrees
 constexpr std::size_t kMostSatellites = 200;
 // Metres. Shorter steps are the receiver's noise, which adds up.
 constexpr double kStep = 1.0;
 constexpr long long kFixesOfSpeed = 3;
-
-void DropEverySecond(std::vector<SatelliteTrail::Place>& places) {
-  std::size_t kept = 0;
-  for (std::size_t i = 0; i < places.size(); i += 2) places[kept++] = places[i];
-  places.resize(kept);
-}
 
 }  // namespace
 
@@ -68,44 +63,11 @@ void Envelope::Merge(bool over_breaks) {
   pieces_.resize(kept);
 }
 
-bool Sketch::IsWorthIt(const Point& point) const {
-  if (points_.empty() || point.signal != points_.back().signal) return true;
-  const Point& last = points_.back();
-  return OffsetOf(last.latitude, last.longitude, point.latitude, point.longitude).Length() >= distance_;
-}
-
-void Sketch::Add(const Point& point) {
-  last_ = point;
-  held_break_ = held_break_ || point.broken;
-  if (!IsWorthIt(point)) return;
-  points_.push_back(point);
-  points_.back().broken = held_break_;
-  held_break_ = false;
-  if (points_.size() >= kMostPoints) Thin();
-}
-
-void Sketch::Thin() {
-  std::vector<Point> all;
-  all.swap(points_);
-  distance_ *= 2.0;
-  for (const Point& point : all) {
-    held_break_ = held_break_ || point.broken;
-    if (!IsWorthIt(point)) continue;
-    points_.push_back(point);
-    points_.back().broken = held_break_;
-    held_break_ = false;
-  }
-  if (points_.size() < kMostPoints / 4 * 3) return;
-  // It changes its kind of fix all the time, or goes straight on.
-  std::size_t kept = 0;
-  for (std::size_t i = 0; i < points_.size(); i += 2) points_[kept++] = points_[i];
-  points_.resize(kept);
-}
-
 void RunStatistics::Add(const PositionEpoch& epoch, const CGPSData& data) {
   if (!start || *epoch.time < *start) start = epoch.time;
   if (!end || *epoch.time > *end) end = epoch.time;
   ++epochs[epoch.signal];
+  undated = undated || epoch.undated;
   // A segment begins behind epochs without a fix as well, and then nothing has paused.
   const bool paused = epoch.starts_segment && (signals.empty() || signals.back().signal != UDF_SIGNAL_NONE);
   AddSignal(epoch, paused);
@@ -116,10 +78,7 @@ void RunStatistics::Add(const PositionEpoch& epoch, const CGPSData& data) {
 }
 
 void RunStatistics::AddFix(const PositionEpoch& epoch) {
-  if (!first_fix) {
-    first_fix = epoch;
-    west = east = epoch.longitude;
-  }
+  if (!first_fix) first_fix = epoch;
   ++fixes;
   if (epoch.starts_segment) ++segments;
   if (last_fix && epoch.time > last_fix->time) {
@@ -128,7 +87,7 @@ void RunStatistics::AddFix(const PositionEpoch& epoch) {
       moving += static_cast<double>(*epoch.time - *last_fix->time) / 1000.0;
     }
   }
-  height.Add(*epoch.time, epoch.height, epoch.starts_segment);
+  if (epoch.height) height.Add(*epoch.time, *epoch.height, epoch.starts_segment);
   of_segment_ = epoch.starts_segment ? 1 : of_segment_ + 1;
   // A speed that is worked out from the last fixes is worked out across the gap at first.
   if (epoch.speed && (segments <= 1 || of_segment_ > kFixesOfSpeed)) {
@@ -138,12 +97,8 @@ void RunStatistics::AddFix(const PositionEpoch& epoch) {
   hdop.Add(epoch.hdop);
   pdop.Add(epoch.pdop);
   vdop.Add(epoch.vdop);
-  south = std::min(south, epoch.latitude);
-  north = std::max(north, epoch.latitude);
   const double longitude =
       first_fix->longitude + std::remainder(epoch.longitude - first_fix->longitude, 360.0);
-  west = std::min(west, longitude);
-  east = std::max(east, longitude);
   track.Add({epoch.latitude, longitude, epoch.signal, epoch.starts_segment});
   if (epoch.starts_segment || !anchor_) {
     anchor_ = epoch;
@@ -158,19 +113,44 @@ void RunStatistics::AddFix(const PositionEpoch& epoch) {
 
 void RunStatistics::AddSignal(const PositionEpoch& epoch, bool paused) {
   const Moment time = *epoch.time;
-  if (signals.empty() || paused || signals.back().signal != epoch.signal) {
+  if (signals.empty() || paused || signals.back().signal != epoch.signal || !signals.back().mixed.empty()) {
     if (!signals.empty() && !paused) signals.back().end = std::max(signals.back().end, time);
     signals.push_back({time, time, epoch.signal});
   }
   signals.back().end = time;
   if (signals.size() < kMostSpans) return;
-  // Of two neighbours the longer one stands for both.
+  for (MergeSpans(); signals.size() > kMostSpans / 2; MergeSpans()) span_ *= 2;
+}
+
+/// Makes one of all spans of a time that a drawing shows as one.
+void RunStatistics::MergeSpans() {
   std::size_t kept = 0;
-  for (std::size_t i = 0; i + 1 < signals.size(); i += 2) {
-    const SignalSpan &a = signals[i], &b = signals[i + 1];
-    signals[kept++] = {a.start, b.end, a.end - a.start >= b.end - b.start ? a.signal : b.signal};
+  for (std::size_t first = 0, next; first < signals.size(); first = next) {
+    const Moment from = signals[first].start;
+    std::map<int, Moment> times;
+    for (next = first; next == first || (next < signals.size() && signals[next].end - from <= span_);
+         ++next) {
+      const SignalSpan& span = signals[next];
+      if (span.mixed.empty()) times[span.signal] += span.end - span.start;
+      for (const auto& [signal, time] : span.mixed) times[signal] += time;
+    }
+    const SignalSpan& last = signals[next - 1];
+    if (times.size() == 1) times.clear();
+    signals[kept++] = {from, last.end, last.signal, std::move(times)};
   }
   signals.resize(kept);
+}
+
+void SatelliteTrail::Add(const Place& place) {
+  last = place;
+  if (!places.empty()) {
+    // As a map of the sky has it, where azimuths lie close together towards the zenith.
+    const double turn = std::remainder(place.azimuth - places.back().azimuth, 360.0) / kDegrees;
+    const double way = std::hypot(place.elevation - places.back().elevation, turn * (90.0 - place.elevation));
+    if (way < kTrailStep) return;
+  }
+  places.push_back(place);
+  if (places.size() > kMostPlaces) places.erase(places.begin());
 }
 
 void RunStatistics::AddSatellites(const CGPSData& data) {
@@ -185,9 +165,7 @@ void RunStatistics::AddSatellites(const CGPSData& data) {
     // Both are 0 where the receiver does not know yet.
     const bool known = place != SatelliteTrail::Place{0.0, 0.0} && place.elevation >= 0.0 &&
                        place.elevation <= 90.0 && std::fabs(place.azimuth) <= 360.0;
-    if (!known || (!trail.places.empty() && trail.places.back() == place)) continue;
-    trail.places.push_back(place);
-    if (trail.places.size() > kMostPlaces) DropEverySecond(trail.places);
+    if (known) trail.Add(place);
   }
 }
 

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "gpsengine/records/gpsdata.h"
+#include "host/exports/sketch.h"
 #include "host/records/epoch.h"
 
 namespace host {
@@ -48,34 +49,11 @@ class Envelope {
   Range all_;
 };
 
-/// A track in a bounded number of points: those that lie so far apart that a drawing shows it.
-class Sketch {
- public:
-  struct Point {
-    double latitude, longitude;
-    int signal;
-    bool broken;  ///< No line leads here from the point before.
-  };
-
-  void Add(const Point& point);
-  const std::vector<Point>& Points() const { return points_; }
-  /// The end of the track, where the sketch may stop a little short of it.
-  const std::optional<Point>& Last() const { return last_; }
-
- private:
-  bool IsWorthIt(const Point& point) const;
-  void Thin();
-
-  std::vector<Point> points_;
-  std::optional<Point> last_;
-  double distance_ = 0.001;  // metres that are worth a point
-  bool held_break_ = false;  // a break at a point that was left out
-};
-
 /// For how long the receiver had which kind of fix.
 struct SignalSpan {
   Moment start, end;
   int signal;
+  std::map<int, Moment> mixed = {};  ///< How long each was there in a time of several; empty for one.
 };
 
 /// Where a satellite was seen, and how well.
@@ -84,7 +62,10 @@ struct SatelliteTrail {
     double elevation, azimuth;  ///< Degrees.
     bool operator==(const Place&) const = default;
   };
-  std::vector<Place> places;  ///< Whole degrees, and so few.
+  void Add(const Place& place);
+
+  std::vector<Place> places;  ///< Some degrees apart; of several days the last ones.
+  Place last{};
   long long seen = 0, used = 0;
   Range strength;  ///< While it was tracked.
 };
@@ -97,13 +78,13 @@ struct RunStatistics {
   std::optional<Moment> start, end;  ///< Of the epochs.
   std::map<int, long long> epochs;   ///< By SignalType; UDF_SIGNAL_NONE are those without a fix.
   long long fixes = 0, segments = 0;
+  bool undated = false;   ///< Some epochs have the date of the day on which they were read.
   double distance = 0.0;  ///< Metres, in steps of one metre and more.
   double moving = 0.0;    ///< Seconds in which a speed was told that is not 0.
   Moment longest_gap = 0;
   Envelope height, speed, used, strength;
   Range in_view, hdop, pdop, vdop;
   Sketch track;
-  double south = 90.0, north = -90.0, west = 0.0, east = 0.0;  ///< Bounds; west and east from the first fix.
   std::vector<SignalSpan> signals;
   std::map<int, SatelliteTrail> satellites;  ///< By their numbers in sentences.
   std::optional<PositionEpoch> first_fix, last_fix;
@@ -111,7 +92,9 @@ struct RunStatistics {
  private:
   void AddFix(const PositionEpoch& epoch);
   void AddSignal(const PositionEpoch& epoch, bool paused);
+  void MergeSpans();
 
+  Moment span_ = 1000;                   // what is drawn as one kind of fix
   long long of_segment_ = 0;             // fixes of the one at hand
   std::optional<PositionEpoch> anchor_;  // from which the next step of the distance is measured
 };

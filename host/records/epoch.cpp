@@ -69,9 +69,9 @@ PositionEpoch EpochReader::Read(const CGPSData& data) {
   PositionEpoch epoch;
   epoch.latitude = data.m_dLatitude * kDegrees;
   epoch.longitude = data.m_dLongitude * kDegrees;
-  epoch.height = data.m_dAltitude;
+  epoch.height = epoch.height_msl = data.m_dAltitude;
   epoch.fix =
-      data.m_nSignalType != UDF_SIGNAL_NONE && IsOnEarth(epoch.latitude, epoch.longitude, epoch.height);
+      data.m_nSignalType != UDF_SIGNAL_NONE && IsOnEarth(epoch.latitude, epoch.longitude, data.m_dAltitude);
   if (epoch.fix) epoch.signal = data.m_nSignalType;
   epoch.used = data.m_nSatellitesUsed;
   epoch.in_view = data.m_nSatellitesInView;

@@ -3,6 +3,7 @@
 #include <optional>
 
 #include "gpsengine/records/gpsdata.h"
+#include "host/records/ggatail.h"
 #include "host/records/moment.h"
 
 namespace host {
@@ -15,11 +16,14 @@ struct PositionEpoch {
   bool starts_segment = false;  ///< Behind a gap: the way from the last fix to this one is not known.
   int signal = UDF_SIGNAL_NONE;
   double latitude = 0.0, longitude = 0.0;  ///< Degrees, south and west negative.
-  double height = 0.0;                     ///< Metres, as set up.
+  std::optional<double> height;            ///< Metres, above what is set up.
+  std::optional<double> height_msl;        ///< Metres above mean sea level.
   std::optional<double> speed;             ///< Metres a second.
   std::optional<double> course;            ///< Degrees from north, clockwise; none at rest.
   std::optional<double> hdop, pdop, vdop;
   int used = 0, in_view = 0;  ///< Satellites.
+  GgaTail tail;               ///< What else its sentence says, where that is known.
+  bool undated = false;       ///< Nothing tells the date of the recording.
 };
 
 /// Metres from one place to another. Exact for the steps of a track, less so from one continent to another.

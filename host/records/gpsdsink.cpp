@@ -1,9 +1,11 @@
 #include "host/records/gpsdsink.h"
 
+#include <algorithm>
 #include <cmath>
 #include <numbers>
 #include <utility>
 
+#include "host/records/fixkind.h"
 #include "host/records/gpstime.h"
 
 namespace host {
@@ -11,9 +13,6 @@ namespace host {
 namespace {
 
 constexpr double kDegrees = 180.0 / std::numbers::pi;
-
-// gpsd's numbers for the kind of fix, by SignalType; 0 where it has none.
-constexpr std::array kStatus = {0, 1, 2, 5, 7, 2, 3, 4, 0, 2, 0};
 
 // The height that a position sentence states is one above mean sea level. With the separation added it is one
 // above the ellipsoid. Subtracting is for makes that state the ellipsoidal height there, and leaves one above
@@ -59,13 +58,13 @@ void WriteMeasurement(JsonWriter& json, const CGPSSatelliteDataRaw& satellite) {
   json.EndObject();
 }
 
-void WriteSatellite(JsonWriter& json, const CGPSSatelliteData& satellite) {
+void WriteSatellite(JsonWriter& json, const CGPSSatelliteData& satellite, bool tells_used) {
   json.BeginObject();
   WriteVehicle(json, satellite.m_nPRN);
   json.MemberFixed("el", satellite.m_dElevation * kDegrees, 1);
   json.MemberFixed("az", satellite.m_dAzimuth * kDegrees, 1);
   json.Member("ss", satellite.m_nSNR);
-  json.Member("used", satellite.m_bUsed);
+  if (tells_used) json.Member("used", satellite.m_bUsed);
   json.EndObject();
 }
 
@@ -94,6 +93,9 @@ void GpsdSink::End(JsonWriter& json) {
 }
 
 bool GpsdSink::OnData(const CGPSData& data) {
+  tells_count_ = tells_count_ || data.m_bPositionValid || data.m_nSatellitesUsed > 0;
+  tells_used_ = tells_used_ || std::any_of(std::begin(data.m_Satellites), std::end(data.m_Satellites),
+                                           [](const auto& satellite) { return satellite.m_bUsed; });
   const bool position = data.m_bPositionValid && kinds_.Has(Kind::fix);
   if (position) WritePosition(data);
   const bool satellites = kinds_.Has(Kind::satellites) && WriteSatellites(data);
@@ -115,8 +117,8 @@ void GpsdSink::WritePosition(const CGPSData& data) {
   json.Member("mode", fix ? 3 : 1);
   WriteTime(json, data);
   if (fix) {
-    const auto signal = static_cast<std::size_t>(data.m_nSignalType);
-    if (signal < kStatus.size() && kStatus[signal] != 0) json.Member("status", kStatus[signal]);
+    const int status = FixKindOf(data.m_nSignalType).gpsd;
+    if (status != 0) json.Member("status", status);
     json.MemberFixed("lat", data.m_dLatitude * kDegrees, 9);
     json.MemberFixed("lon", data.m_dLongitude * kDegrees, 9);
     json.MemberFixed(height_key_, data.m_dAltitude, 4);
@@ -152,12 +154,12 @@ bool GpsdSink::WriteSatellites(const CGPSData& data) {
   WriteDilution(json, "pdop", data.m_dPDOP);
   WriteDilution(json, "vdop", data.m_dVDOP);
   if (whole) json.Member("nSat", data.m_nSatellitesInView);
-  json.Member("uSat", data.m_nSatellitesUsed);
+  if (tells_count_) json.Member("uSat", data.m_nSatellitesUsed);
   if (whole) {
     json.Key("satellites");
     json.BeginArray();
     for (const auto& satellite : data.m_Satellites) {
-      if (satellite.m_nPRN != 0 && satellite.m_bInView) WriteSatellite(json, satellite);
+      if (satellite.m_nPRN != 0 && satellite.m_bInView) WriteSatellite(json, satellite, tells_used_);
     }
     json.EndArray();
   }

@@ -47,6 +47,8 @@ class GpsdSink : public Sink {
   Kinds kinds_ = Kinds::All();
   std::optional<Table> table_;  // the satellites that were last shown
   bool had_position_ = false;   // ahead of any satellites
+  bool tells_count_ = false;    // a position has told how many satellites it uses
+  bool tells_used_ = false;     // the receiver has told which
   ReportReader reports_;
   std::string iso_;  // the time at hand, kept for its memory
 };

@@ -1,6 +1,7 @@
 #include "host/records/hostwindow.h"
 
 #include <memory>
+#include <utility>
 
 #include "gpsengine/receiver/messages.h"
 
@@ -33,6 +34,7 @@ LRESULT HostWindow::WindowProc(UINT message, WPARAM wParam, LPARAM lParam) {
     case WM_GPS_NEW_DATA: {
       const auto data = Take<CGPSData>(wParam);
       ++published_.data;
+      owes_text_ = !IsFull();
       if (!IsFull()) Show(sink_.OnData(*data));
       return 0;
     }
@@ -54,7 +56,8 @@ LRESULT HostWindow::WindowProc(UINT message, WPARAM wParam, LPARAM lParam) {
       return 0;
     case WM_GPS_NEW_STRING: {
       const auto text = Take<CString>(wParam);
-      if (!IsFull()) Show(sink_.OnString(*text));
+      // That of the last record that was shown is told too.
+      if (std::exchange(owes_text_, false) || !IsFull()) Show(sink_.OnString(*text));
       return 0;
     }
     default:

@@ -36,6 +36,7 @@ class HostWindow : public CWnd {
   Sink& sink_;
   long long limit_;
   long long shown_ = 0;
+  bool owes_text_ = false;  // of the last message
   Published published_;
 };
 

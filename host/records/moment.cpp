@@ -28,15 +28,6 @@ bool IsChecksumGood(std::string_view sentence) {
   return std::from_chars(digits, digits + 2, stated, 16).ptr == digits + 2 && sum == stated;
 }
 
-std::string_view FieldOf(std::string_view sentence, int number) {
-  for (; number > 0; --number) {
-    const auto comma = sentence.find(',');
-    if (comma == std::string_view::npos) return {};
-    sentence.remove_prefix(comma + 1);
-  }
-  return sentence.substr(0, sentence.find_first_of(",*"));
-}
-
 int Number(std::string_view digits) {
   int value = -1;
   const auto end = digits.data() + digits.size();
@@ -57,7 +48,7 @@ std::optional<Moment> MomentOf(int year, int month, int day, std::string_view ti
 
 std::optional<Moment> MomentOfRmc(std::string_view sentence) {
   const auto date = FieldOf(sentence, 9);
-  if (date.size() != 6 || FieldOf(sentence, 2) != "A") return std::nullopt;
+  if (date.size() != 6) return std::nullopt;
   const int year = Number(date.substr(4));
   return MomentOf(year + (year < 80 ? 2000 : 1900), Number(date.substr(2, 2)), Number(date.substr(0, 2)),
                   FieldOf(sentence, 1));
@@ -70,9 +61,20 @@ std::optional<Moment> MomentOfZda(std::string_view sentence) {
 
 }  // namespace
 
+std::string_view FieldOf(std::string_view sentence, int number) {
+  for (; number > 0; --number) {
+    const auto comma = sentence.find(',');
+    if (comma == std::string_view::npos) return {};
+    sentence.remove_prefix(comma + 1);
+  }
+  return sentence.substr(0, sentence.find_first_of(",*"));
+}
+
 Moment DateTimeOfDay(double seconds_of_day, Moment near) {
   const Moment time = std::llround(seconds_of_day * 1000.0);
-  const auto days = std::chrono::round<std::chrono::days>(std::chrono::milliseconds(near - time));
+  // Midnight lies as near to the noon of one day as to that of another: it begins its day.
+  const auto days =
+      std::chrono::floor<std::chrono::days>(std::chrono::milliseconds(near - time + kDay / 2 - 1));
   return days.count() * kDay + time;
 }
 
@@ -144,7 +146,13 @@ void DateScan::FeedSentence(std::string_view sentence) {
   const auto kind = sentence.substr(0, 6);
   const bool is_rmc = kind.ends_with("RMC");
   if ((!is_rmc && !kind.ends_with("ZDA")) || !IsChecksumGood(sentence)) return;
-  if (const auto moment = is_rmc ? MomentOfRmc(sentence) : MomentOfZda(sentence)) latest_ = moment;
+  // A receiver without a fix may keep its date by a clock of its own, or have none yet.
+  const bool has_fix = !is_rmc || FieldOf(sentence, 2) == "A";
+  if (had_fix_ && !has_fix) return;
+  const auto moment = is_rmc ? MomentOfRmc(sentence) : MomentOfZda(sentence);
+  if (!moment) return;
+  latest_ = moment;
+  had_fix_ = has_fix;
 }
 
 }  // namespace host

@@ -16,12 +16,6 @@ std::string_view NameOf(DgpsMode mode) {
   return Pick(kNames, mode, "unknown");
 }
 
-std::string_view NameOfSignal(int signal_type) {
-  constexpr std::string_view kNames[] = {"no fix",   "GPS",       "DGPS",      "estimated", "manual",
-                                         "RTK code", "RTK fixed", "RTK float", "processed", "SBAS"};
-  return Pick(kNames, signal_type, "unknown");
-}
-
 bool HasTimeOfDay(const CGPSData& data) {
   const bool in_range = data.m_dTimeOfDay >= 0.0 && data.m_dTimeOfDay < 86'401.0;  // a leap second counts
   return in_range && (data.m_dTimeOfDay > 0.0 || data.m_nSignalType != UDF_SIGNAL_NONE);

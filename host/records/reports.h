@@ -11,8 +11,6 @@ namespace host {
 
 /// "none", "beacon", "lband", "waas", "cdgps" or "omnistar"; "unknown" for another value.
 std::string_view NameOf(DgpsMode mode);
-/// The kind of fix for people: "no fix", "GPS", "DGPS", …
-std::string_view NameOfSignal(int signal_type);
 /// Whether m_dTimeOfDay holds a time. A receiver that has found none yet sends position sentences all the
 /// same.
 bool HasTimeOfDay(const CGPSData& data);

@@ -6,6 +6,7 @@
 #include <type_traits>
 #include <utility>
 
+#include "host/records/fixkind.h"
 #include "host/records/jsonwriter.h"
 
 namespace host {
@@ -89,7 +90,7 @@ void TextSink::WriteFix(const CGPSData& data) {
   } else {
     out_ += "--:--:--.--";
   }
-  const auto signal = NameOfSignal(data.m_nSignalType);
+  const auto signal = FixKindOf(data.m_nSignalType).name;
   out_ += "  ";
   out_ += signal;
   out_.append(signal.size() < 9 ? 9 - signal.size() : 0, ' ');

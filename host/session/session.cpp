@@ -128,10 +128,9 @@ void Session::KeepCapturing() {
   const bool wanted = feed_->WantsTexts() || std::any_of(outlets_.begin(), outlets_.end(),
                                                          [](auto* outlet) { return outlet->WantsTexts(); });
   CComBuffer& capture = engine_.m_ComBuffer;
-  if (capture.m_bOverflow && capture.m_bPaused) {
-    capture.m_strData.Empty();
-    capture.m_bOverflow = false;
-  }
+  const bool stopped = capture.m_bOverflow && capture.m_bPaused;
+  if (stopped || !engine_.IsActive()) capture.m_strData.Empty();
+  if (stopped) capture.m_bOverflow = false;
   if (capture.m_bPaused == wanted) capture.m_bPaused = !wanted;
 }
 
@@ -178,7 +177,7 @@ std::optional<ExitCode> Session::Ending() {
   FollowLine();
   CheckSilence();
   if (!end_.HasPassed()) return std::nullopt;
-  if (rules_.is_strict) Judge();
+  Judge();
   return ExitCode::done;
 }
 
@@ -248,8 +247,8 @@ void Session::CheckSilence() {
 }
 
 void Session::Judge() const {
-  if (IsLost()) throw PortLost();
-  if (feed_->IsLive() && Understood() == 0) throw NothingUnderstood(options_.duration);
+  if (rules_.is_strict && IsLost()) throw PortLost();
+  if (Understood() == 0) throw NothingUnderstood(options_.duration);
 }
 
 Failure Session::NothingUnderstood(double seconds) const {

@@ -86,6 +86,7 @@ void LiveScreen::Step() {
   while (const auto key = terminal_.ReadKey()) OnKey(*key);
   TakeNotices();
   if (busy_.empty() && answers_until_ && Clock::now() >= *answers_until_) answers_until_.reset();
+  readings_.ShowAnswers(WantsTexts());
   if (terminal_.TakeChange()) drawn_at_ = {};
   if (Clock::now() >= NextAt()) Draw();
 }
@@ -144,6 +145,7 @@ void LiveScreen::Perform(const CommandMenu::Order& order) {
   }
   const bool asks = order.operation->kind == Operation::Kind::asks;
   answers_until_ = Clock::now() + kAnswerTime;
+  readings_.ShowAnswers(true);
   session_.PassOn();
   readings_.Log("> " + order.text, Style::label);
   Result result = Result::none;

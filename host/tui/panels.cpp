@@ -5,6 +5,7 @@
 #include <numbers>
 #include <vector>
 
+#include "host/records/fixkind.h"
 #include "host/tui/dashboard.h"
 
 namespace host {
@@ -15,21 +16,16 @@ constexpr double kDegrees = 180.0 / std::numbers::pi;
 constexpr double kKnots = 3600.0 / 1852.0;
 
 struct Kind {
-  const char* words;
+  std::string_view words;
   Style style;
 };
 
 Kind KindOf(const Readings& readings) {
-  // In the order of SignalType.
-  constexpr Kind kKinds[] = {{"NO FIX", Style::bad},          {"AUTONOMOUS", Style::good},
-                             {"DIFFERENTIAL", Style::good},   {"ESTIMATED", Style::warn},
-                             {"MANUAL", Style::warn},         {"RTK CODE", Style::good},
-                             {"RTK FIXED", Style::good},      {"RTK FLOAT", Style::good},
-                             {"POST-PROCESSED", Style::good}, {"SBAS", Style::good}};
   const auto signal = readings.Signal();
-  if (!signal) return {"WAITING", Style::warn};
-  if (*signal < 0 || *signal >= static_cast<int>(std::size(kKinds))) return {"UNKNOWN KIND", Style::warn};
-  return kKinds[*signal];
+  if (!signal) return {"waiting", Style::warn};
+  const FixKind& kind = FixKindOf(*signal);
+  if (*signal == UDF_SIGNAL_NONE) return {kind.name, Style::bad};
+  return {kind.name, kind.gpx.empty() ? Style::warn : Style::good};
 }
 
 std::string AgeText(double seconds) {
@@ -58,7 +54,7 @@ class FixLines {
     Label(label);
     pane_.Text(row_, kNumberEnd - Width(number), number, value_);
     pane_.Text(row_, kNumberEnd + (unit.starts_with("°") ? 0 : 1), unit);
-    pane_.Text(row_, kSecondEnd - Width(number2), number2);
+    pane_.Text(row_, kSecondEnd - Width(number2), number2, value_ == Style::dim ? value_ : Style::normal);
     pane_.Text(row_, kSecondEnd + 1, unit2);
     ++row_;
   }
@@ -91,6 +87,12 @@ void DrawKind(Pane& pane, const Readings& readings) {
   if (const auto age = readings.Age(); age && readings.Fix() != nullptr) {
     pane.Right(0, (stale ? " STALE " : "age ") + AgeText(*age) + ' ', stale ? Style::bad : Style::normal);
   }
+}
+
+/// A satellite grows pale with the position that it was told of with.
+Style StyleOf(const CGPSSatelliteData& satellite, const Readings& readings) {
+  if (readings.IsSilent()) return Style::dim;
+  return satellite.m_bUsed ? Style::used : Style::in_view;
 }
 
 /// Breaks a text at its blanks, and words that are too long anywhere.
@@ -133,7 +135,7 @@ void DrawFix(Pane pane, const View& view) {
   lines.Add("Height", fix != nullptr ? NumberText("%.2f", fix->m_dAltitude) : "-", "m");
   const auto time = readings.TimeOfDay();
   lines.Add("Time", time ? TimeText(static_cast<std::int64_t>(*time)) : "-", "UTC");
-  lines.Add("Satellites", Print("%d", readings.SatellitesUsed()), "used",
+  lines.Add("Satellites", readings.Signal() ? Print("%d", readings.SatellitesUsed()) : "-", "used",
             Print("%d", std::max(readings.SatellitesInView(), readings.SatellitesUsed())), "in view");
   lines.AddDops(readings.Dops());
 }
@@ -165,7 +167,7 @@ void DrawSky(Pane pane, const View& view) {
     if (satellite.m_dElevation == 0.0 && satellite.m_dAzimuth == 0.0) continue;  // known by number alone
     const double distance = std::clamp(1.0 - satellite.m_dElevation * kDegrees / 90.0, 0.0, 1.0);
     const auto [y, x] = at(satellite.m_dAzimuth, distance);
-    const Style style = satellite.m_bUsed ? Style::used : Style::in_view;
+    const Style style = StyleOf(satellite, view.readings);
     const std::string number = Print("%d", satellite.m_nPRN);
     const bool left = x + 1 + Width(number) > inside.Columns();
     inside.Put(y, x, satellite.m_bUsed ? U'●' : U'○', style);
@@ -188,7 +190,7 @@ void DrawSignals(Pane pane, const View& view) {
   const int step = std::clamp((inside.Columns() - 2) / kSatelliteSlots, 3, 5);
   int column = 1;
   for (const auto& satellite : satellites) {
-    const Style style = satellite.m_bUsed ? Style::used : Style::in_view;
+    const Style style = StyleOf(satellite, view.readings);
     const int eighths = std::max(satellite.m_nSNR, 0) * 8 * base / full;
     for (int row = 0; row < base; ++row) {
       const int part = std::clamp(eighths - row * 8, 0, 8);
@@ -208,7 +210,7 @@ void DrawSatellites(Pane pane, const View& view) {
   inside.Text(0, 1, "Number  Elevation  Azimuth  Signal", Style::label);
   int row = 1;
   for (const auto& satellite : view.readings.Satellites()) {
-    const Style style = satellite.m_bUsed ? Style::used : Style::in_view;
+    const Style style = StyleOf(satellite, view.readings);
     inside.Put(row, 1, satellite.m_bUsed ? U'●' : U'○', style);
     inside.Text(row++, 2,
                 Print("%5d  %8.0f°  %6.0f°  %6d", satellite.m_nPRN, satellite.m_dElevation * kDegrees,

@@ -95,7 +95,7 @@ bool Readings::OnString(const CString& text) {
     bytes.erase(bytes.find_last_not_of("\r\n") + 1);
     Keep(sentences_, Plain(bytes));
   }
-  return reports_.OnString(text) && LogReports();
+  return shows_answers_ && reports_.OnString(text) && LogReports();
 }
 
 void Readings::Log(const std::string& text, Style style) {
@@ -110,10 +110,18 @@ std::optional<double> Readings::Age() const {
 }
 
 bool Readings::IsStale() const {
-  if (!fix_at_) return false;
+  return IsOld(fix_at_);
+}
+
+bool Readings::IsSilent() const {
+  return IsOld(position_at_);
+}
+
+bool Readings::IsOld(const std::optional<Clock::time_point>& since) const {
+  if (!since) return false;
   const Clock::duration patience =
       std::clamp<Clock::duration>(interval_ * 5 / 2, kLeastPatience, kMostPatience);
-  return now_() - *fix_at_ > patience;
+  return now_() - *since > patience;
 }
 
 }  // namespace host

@@ -35,6 +35,8 @@ class Readings : public Sink {
   bool OnBin() override;
   bool OnString(const CString& text) override;
 
+  /// Whether texts that look like answers are told of among the reports.
+  void ShowAnswers(bool shows) { shows_answers_ = shows; }
   /// A line of the program's own among the reports.
   void Log(const std::string& text, Style style);
 
@@ -46,6 +48,8 @@ class Readings : public Sink {
   std::optional<double> Age() const;
   /// Longer ago than this receiver leaves between its fixes.
   bool IsStale() const;
+  /// Nothing was heard of a position for so long, whether or not it was a fix.
+  bool IsSilent() const;
   /// Seconds of day of the last record that had a time.
   std::optional<double> TimeOfDay() const { return time_of_day_; }
   /// Metres a second, and the course over ground in degrees, of the last record that had them.
@@ -74,6 +78,7 @@ class Readings : public Sink {
   void TakeFix(const CGPSData& data);
   void TakeSatellites(const CGPSData& data);
   bool LogReports();
+  bool IsOld(const std::optional<Clock::time_point>& since) const;
 
   const Now now_;
   std::uint64_t version_ = 0;
@@ -88,6 +93,7 @@ class Readings : public Sink {
   long long raw_epochs_ = 0, ephemerides_ = 0, bins_ = 0;
   std::deque<LogLine> log_;
   std::deque<std::string> sentences_;
+  bool shows_answers_ = true;
   std::string report_text_;
   TextSink reports_{report_text_, TextSink::Shows::reports};
 };

@@ -4,15 +4,16 @@
 
 const MOST_FIXES = 5000;   // of the track
 const MOST_SAMPLES = 300;  // of the two lines
-const STALE = 5000;        // ms without a position
+const STALE = 5000;        // ms without a position, or more for a receiver that is slow
+const MOST_STALE = 60000;
+const LEAST_STEP = 1;      // m
 const BREAK = 10000;       // ms between two fixes that are not joined
 
 const SYSTEMS = {0: ['gps', 'G'], 1: ['sbas', 'S'], 6: ['glonass', 'R']};
 const LEGEND = [['gps', 'GPS'], ['glonass', 'GLONASS'], ['sbas', 'SBAS'], ['other', 'other system'], ['unused', 'in view, not used']];
-const KINDS = {1: 'GPS', 2: 'DGPS', 3: 'RTK fixed', 4: 'RTK float', 5: 'dead reckoning', 7: 'manual'};
 const DASH = '\u2013';
 
-const state = {fix: null, fixAt: 0, sky: null, server: null, reports: new Map(), way: [], length: 0, trails: new Map()};
+const state = {fix: null, sky: null, server: null, serverAt: 0, interval: 0, reports: new Map(), way: [], length: 0, anchor: null, trails: new Map()};
 const $ = id => document.getElementById(id);
 const isNumber = value => typeof value === 'number' && Number.isFinite(value);
 const fixed = (value, digits) => isNumber(value) ? value.toFixed(digits) : DASH;
@@ -50,8 +51,8 @@ function wrap(degrees) {
 }
 
 function onPosition(tpv) {
+  if (state.fix) state.interval = Math.abs(Date.parse(tpv.time) - Date.parse(state.fix.time)) || 0;
   state.fix = tpv;
-  state.fixAt = Date.now();
   if (!isNumber(tpv.lat) || !isNumber(tpv.lon)) return;
   const here = {
     lat: tpv.lat, lon: tpv.lon, at: Date.parse(tpv.time), speed: tpv.speed,
@@ -60,9 +61,20 @@ function onPosition(tpv) {
   const last = state.way.at(-1);
   const gap = last ? here.at - last.at : 0;
   here.isBreak = !last || gap > BREAK || gap < 0;
-  if (!here.isBreak) state.length += metresBetween(last, here).length;
+  measure(here);
   state.way.push(here);
-  if (state.way.length > MOST_FIXES) state.way.shift();
+  if (state.way.length <= MOST_FIXES) return;
+  state.way.shift();
+  // The distance is that of the way which is drawn.
+  state.length -= state.way[0].step;
+}
+
+// Adds to the distance in steps from a metre up: shorter ones are the receiver's noise.
+function measure(here) {
+  const step = here.isBreak ? 0 : metresBetween(state.anchor, here).length;
+  here.step = step < LEAST_STEP ? 0 : step;
+  if (here.isBreak || here.step > 0) state.anchor = here;
+  state.length += here.step;
 }
 
 function onSky(sky) {
@@ -80,9 +92,10 @@ function onSky(sky) {
 function onServer(server) {
   // A server that was started anew knows nothing of the way so far.
   if (state.server && state.server.started !== server.started) {
-    Object.assign(state, {fix: null, sky: null, way: [], length: 0, trails: new Map(), reports: new Map()});
+    Object.assign(state, {fix: null, sky: null, way: [], length: 0, anchor: null, trails: new Map(), reports: new Map()});
   }
   state.server = server;
+  state.serverAt = Date.now();
 }
 
 function onReports(status) {
@@ -110,18 +123,38 @@ function pill(id, text, mood) {
   $(id).dataset.state = mood;
 }
 
+// How old something is by the server's word, in ms: lines of its history do not tell. Without an age it is for ever.
+function ageOf(key) {
+  const seconds = state.server ? state.server[key] : undefined;
+  return isNumber(seconds) ? seconds * 1000 + Date.now() - state.serverAt : Infinity;
+}
+
+// Nothing was heard of a position for long. What is shown is then old, satellites too.
+function isOld() {
+  const patience = Math.min(MOST_STALE, Math.max(STALE, 2.5 * state.interval));
+  return !state.server || state.server.lost || ageOf('positionAge') > patience;
+}
+
+function drawKind(fix) {
+  const age = ageOf('fixAge');
+  const since = Number.isFinite(age) ? `, last fix ${span(age)} ago` : '';
+  const isFix = fix.mode >= 2;
+  if (state.server && state.server.lost) return pill('fix', `port lost${since}`, 'bad');
+  if (!state.fix) return pill('fix', 'no position yet', 'wait');
+  if (isOld()) return pill('fix', `silent${since}`, 'bad');
+  if (!isFix) return pill('fix', `no fix${since}`, 'warn');
+  pill('fix', state.server.fix, 'good');
+}
+
+function span(ms) {
+  const seconds = Math.round(ms / 1000);
+  return seconds < 100 ? `${seconds} s` : seconds < 6000 ? `${Math.floor(seconds / 60)} min` : `${Math.floor(seconds / 3600)} h`;
+}
+
 function drawPosition() {
   const fix = state.fix || {};
-  const age = Date.now() - state.fixAt;
-  if (!state.fix) {
-    pill('fix', 'no position yet', 'wait');
-  } else if (age > STALE) {
-    pill('fix', `silent for ${Math.round(age / 1000)} s`, 'bad');
-  } else if (fix.mode >= 2) {
-    pill('fix', `${KINDS[fix.status] || 'a'} fix`, 'good');
-  } else {
-    pill('fix', 'no fix', 'warn');
-  }
+  drawKind(fix);
+  document.body.classList.toggle('old', state.fix !== null && isOld());
   put('lat', angle(fix.lat, 'N', 'S'));
   put('lon', angle(fix.lon, 'E', 'W'));
   put('speed', isNumber(fix.speed) ? fixed(fix.speed * 3.6, 1) : DASH);
@@ -130,8 +163,8 @@ function drawPosition() {
   put('heightname', isMsl ? 'Height MSL' : 'Height HAE');
   put('height', fixed(isMsl ? fix.altMSL : fix.altHAE, 1));
   const sky = state.sky || {};
-  const inView = sky.nSat === undefined ? '' : ` / ${sky.nSat}`;
-  put('count', isNumber(sky.uSat) ? `${sky.uSat}${inView}` : DASH);
+  const inView = isNumber(sky.nSat) ? ` / ${sky.nSat}` : '';
+  put('count', `${isNumber(sky.uSat) ? sky.uSat : DASH}${inView}`);
   for (const dop of ['hdop', 'vdop', 'pdop']) put(dop, fixed(sky[dop], 1));
   put('time', typeof fix.time === 'string' ? `${fix.time.slice(0, 10)} ${fix.time.slice(11, 19)}` : DASH);
   const needle = isNumber(fix.track) ? [draw('path', {d: 'M0-9 6 7 0 3.5-6 7z', transform: `rotate(${fix.track})`})] : [];
@@ -205,7 +238,7 @@ function drawSky() {
       draw('circle', {r: 9}), draw('text', {y: 2.7}, sat.name)));
   }
   $('sky').replaceChildren(...parts);
-  const legend = LEGEND.filter(([kind]) => seen.some(sat => kind === 'unused' ? !sat.used : sat.kind === kind));
+  const legend = LEGEND.filter(([kind]) => seen.some(sat => kind === 'unused' ? sat.used === false : sat.kind === kind));
   $('legend').replaceChildren(...legend.map(([kind, text]) => make('span', {class: kind}, text)));
 }
 

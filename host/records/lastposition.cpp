@@ -1,0 +1,33 @@
+#include "host/records/lastposition.h"
+
+#include "host/records/fixkind.h"
+
+namespace host {
+
+namespace {
+
+constexpr std::chrono::seconds kSilence{2};
+
+}  // namespace
+
+void LastPosition::Note(const CGPSData& data) {
+  if (!data.m_bPositionValid) return;
+  const auto now = now_();
+  has_news_ = has_news_ || !position_at_ || now - *position_at_ > kSilence || signal_ != data.m_nSignalType;
+  signal_ = data.m_nSignalType;
+  position_at_ = now;
+  if (signal_ != UDF_SIGNAL_NONE) fix_at_ = position_at_;
+}
+
+void LastPosition::Write(JsonWriter& json) const {
+  if (position_at_) json.Member("fix", FixKindOf(signal_).name);
+  WriteAge(json, "fixAge", fix_at_);
+  WriteAge(json, "positionAge", position_at_);
+}
+
+void LastPosition::WriteAge(JsonWriter& json, std::string_view key,
+                            const std::optional<Clock::time_point>& since) const {
+  if (since) json.MemberFixed(key, std::chrono::duration<double>(now_() - *since).count(), 1);
+}
+
+}  // namespace host
