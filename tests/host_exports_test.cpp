@@ -141,6 +141,30 @@ TEST_F(HostExports, JoinsTheSentencesOfAnEpochAndSplitsATrackAtAGap) {
             std::string::npos);
 }
 
+// The places are those of "cs2cs EPSG:4326", by whoever wrote the tables.
+TEST_F(HostExports, TellsEastingsAndNorthingsInMetres) {
+  if (Projection::Version() == "without PROJ") GTEST_SKIP() << "PROJ is missing";
+  const struct {
+    const char* code;
+    double easting, northing;
+    const char* name;
+  } rows[] = {{"utm", 687'299.575, 5'332'401.246, "EPSG:32632"},
+              {"EPSG:25832", 687'299.575, 5'332'401.245, "EPSG:25832"},
+              {"EPSG:3035", 4'433'972.399, 2'779'353.199, "EPSG:3035"},  // northing first
+              {"EPSG:2263", 18'859'192.593 * 1200 / 3937, 12'396'973.520 * 1200 / 3937, "EPSG:2263"}};
+  for (const auto& [code, easting, northing, name] : rows) {
+    options_.display.projection = std::make_shared<Projection>(code);
+    Decode(kDate + Fix("235959"));
+    const auto table = Table(Export("csv"));
+    ASSERT_EQ(table.size(), 1u);
+    EXPECT_NEAR(std::stod(table[0].at("easting_m")), easting, 0.002) << code;
+    EXPECT_NEAR(std::stod(table[0].at("northing_m")), northing, 0.002) << code;
+    EXPECT_EQ(options_.display.projection->Name(), name);
+  }
+  Projection zones("utm");
+  EXPECT_NEAR(zones.Of(60.0, 4.0)->easting, 221'288.770, 0.001) << "the zone is wider at Norway";
+}
+
 TEST_F(HostExports, MakesNmeaOfWhatAReceiverSaid) {
   Decode(WithChecksum("$GPRMC,123518,A,4807.038,N,01131.000,E,022.4,084.4,230394,,") +
          WithChecksum("$GPGSA,A,3,07,,,,,,,,,,,,2.5,1.3,2.1") + WithChecksum("$GPGSV,1,1,01,07,45,180,41") +

@@ -184,6 +184,7 @@ void AddMonitor(CLI::App& app, Job& job) {
       "Decode raw data; on where the model has them, and with --speed");
   AddRinexOptions(*command, options->rinex);
   AddExportOptions(*command, options->exports);
+  AddDisplayOptions(*command, options->display);
   command->add_option("--count", options->count, "End after so many records were shown")
       ->check(CLI::PositiveNumber)
       ->type_name("N");
@@ -261,6 +262,7 @@ void AddDecode(CLI::App& app, Job& job) {
   AddChoice(*command, "--format", options->format, kFormats, "How to show records; none: the summary alone");
   AddRinexOptions(*command, options->rinex);
   AddExportOptions(*command, options->exports);
+  AddDisplayOptions(*command, options->display);
   command->add_option("--count", options->count, "End after so many records were shown")
       ->check(CLI::PositiveNumber)
       ->type_name("N");
@@ -459,7 +461,7 @@ ExitCode Perform(const Job& job) {
 
 int RunCommandLine(int argc, char** argv) {
   CLI::App app("One interface to nineteen models of GPS receiver", "gpsengine");
-  app.set_version_flag("--version", GPSENGINE_VERSION);
+  app.set_version_flag("--version", GPSENGINE_VERSION "\n" + Projection::Version());
   app.require_subcommand(1);
   Job job;
   AddModels(app, job);

@@ -13,8 +13,27 @@ const std::map<std::string, Kind> kKinds = {
     {"fix", Kind::fix}, {"satellites", Kind::satellites}, {"report", Kind::report},
     {"raw", Kind::raw}, {"ephemeris", Kind::ephemeris},   {"bin", Kind::bin}};
 
+const std::map<std::string, Units> kUnits = {
+    {"metric", Units::metric}, {"imperial", Units::imperial}, {"nautical", Units::nautical}};
+const std::map<std::string, AngleFormat> kAngles = {
+    {"degrees", AngleFormat::degrees}, {"minutes", AngleFormat::minutes}, {"dms", AngleFormat::seconds}};
+
 void AddFile(CLI::App& command, const std::string& name, std::string& path, const std::string& what) {
   command.add_option(name, path, what)->type_name("FILE")->group("Exports");
+}
+
+/// An option that takes one of some words.
+template <class Value, class Word>
+void AddWord(CLI::App& command, const std::string& name, Value& value,
+             const std::map<std::string, Word>& words, const std::string& what) {
+  std::vector<std::string> names;
+  for (const auto& word : words) names.push_back(word.first);
+  command
+      .add_option_function<std::string>(
+          name, [&value, &words](const std::string& word) { value = words.at(word); }, what)
+      ->check(CLI::IsMember(names))
+      ->type_name("CHOICE")
+      ->group("For people");
 }
 
 void AddFilters(CLI::App& command, FilterOptions& filter) {
@@ -61,6 +80,20 @@ void AddSpeedOption(CLI::App& command, double& speed) {
           "Play once, so many times as fast as the recording's own times; max: as fast as it goes")
       ->type_name("N|max")
       ->needs("--play");
+}
+
+void AddDisplayOptions(CLI::App& command, Display& display) {
+  AddWord(command, "--units", display.units, kUnits,
+          "Of lengths and speeds for people: metric, imperial (ft, mi, mph), nautical (ft, nmi, kn)");
+  AddWord(command, "--angles", display.angles, kAngles, "Latitudes and longitudes for people");
+  command
+      .add_option_function<std::string>(
+          "--crs",
+          [&display](const std::string& code) { display.projection = std::make_shared<Projection>(code); },
+          "Eastings and northings too, in a system that PROJ knows, such as EPSG:25832; utm: the zone of the "
+          "first fix")
+      ->type_name("CODE")
+      ->group("For people");
 }
 
 void AddExportOptions(CLI::App& command, ExportOptions& options) {

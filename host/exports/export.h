@@ -7,6 +7,7 @@
 #include "host/exports/exportfile.h"
 #include "host/records/epoch.h"
 #include "host/records/geoid.h"
+#include "host/records/units.h"
 
 namespace host {
 
@@ -15,6 +16,7 @@ struct RunFacts {
   std::string source;  ///< The recording or the port.
   std::string model;
   Geoid geoid = Geoid::none;
+  Display display = {};
 };
 
 /// What the library has counted in a run.

@@ -8,6 +8,7 @@
 #include "gpsengine/records/gpsdata.h"
 #include "host/exports/sketch.h"
 #include "host/records/epoch.h"
+#include "host/records/survey.h"
 
 namespace host {
 
@@ -88,6 +89,7 @@ struct RunStatistics {
   std::vector<SignalSpan> signals;
   std::map<int, SatelliteTrail> satellites;  ///< By their numbers in sentences.
   std::optional<PositionEpoch> first_fix, last_fix;
+  Survey survey;
 
  private:
   void AddFix(const PositionEpoch& epoch);

@@ -2,8 +2,9 @@
 
 #include <string>
 
+#include "host/records/geoid.h"
+#include "host/records/units.h"
 #include "host/tui/canvas.h"
-#include "host/tui/position.h"
 #include "host/tui/readings.h"
 
 namespace host {
@@ -22,7 +23,10 @@ struct View {
   std::string model;
   std::string source;  ///< Where the bytes come from.
   LineCounters counters;
-  PositionFormat position = PositionFormat::degrees;
+  Display display = {};
+  Geoid geoid = Geoid::none;
+  bool is_live = true;     ///< Times are of the date that this computer has.
+  bool survey = false;     ///< The survey has the place of the sky.
   bool sentences = false;  ///< The stream of sentences has a panel.
   std::string status;      ///< The line above the keys.
   Style status_style = Style::normal;
