@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "host/commands/models.h"
+#include "host/commands/outcome.h"
 #include "host/commands/rehearse.h"
 #include "host/line/sentences.h"
 #include "host/records/textsink.h"
@@ -24,49 +25,59 @@ constexpr double kAnswerGap = 1.0;
 /// The outlet that shows what answers an operation, until that is all.
 class Answers : public Outlet {
  public:
-  Answers(const CommandOptions& options, bool is_request, Session& session, Output& output)
+  Answers(const CommandOptions& options, const Operation& operation, Outcome& outcome, Session& session,
+          Output& output)
       : options_(options),
-        is_request_(is_request),
+        operation_(operation),
+        outcome_(outcome),
         session_(session),
         sink_(output.Text(), TextSink::Shows::reports) {}
 
   Sink* Records() override { return &sink_; }
-  bool WantsTexts() const override { return AreWanted(); }
+  bool WantsTexts() const override { return Asks() || options_.listen; }
   void OnBytes(std::string_view bytes) override;
   void OnEvent(RunEvent event) override;
-  Deadline::Moment NextAt() const override { return end_.Earlier(Deadline::kNever); }
+  Deadline::Moment NextAt() const override { return settled_.Earlier(end_.Earlier(Deadline::kNever)); }
   void Step() override;
-  bool IsDone() const override { return end_.HasPassed(); }
+  bool IsDone() const override { return settled_.HasPassed() || end_.HasPassed(); }
   bool Finish() override;
 
  private:
-  bool AreWanted() const { return is_request_ || options_.listen; }
+  bool Asks() const { return operation_.kind == Operation::Kind::asks; }
+  bool Sets() const { return operation_.kind == Operation::Kind::sets; }
 
   const CommandOptions& options_;
-  const bool is_request_;
+  const Operation& operation_;
+  Outcome& outcome_;
   Session& session_;
   TextSink sink_;
   SentenceFinder finder_;
   std::vector<std::string> lines_;  // of parameters
   std::size_t answers_ = 0;
-  Deadline end_;
+  Deadline::Moment begun_;
+  Deadline end_, settled_;
 };
 
 void Answers::OnEvent(RunEvent event) {
-  if (event == RunEvent::started) end_.Set(options_.listen.value_or(is_request_ ? kAnswerTime : 0.0));
+  if (event != RunEvent::started) return;
+  begun_ = Deadline::Clock::now();
+  end_.Set(options_.listen.value_or(Asks() || Sets() ? kAnswerTime : 0.0));
 }
 
 void Answers::OnBytes(std::string_view bytes) {
-  if (!AreWanted()) return;
+  outcome_.Feed(bytes);
   finder_.Feed(bytes, [this](std::string_view text) {
     if (IsParameterLine(text)) lines_.emplace_back(text.substr(0, text.size() - 2));
   });
 }
 
 void Answers::Step() {
+  if (options_.listen) return;
   const auto so_far = static_cast<std::size_t>(session_.Window().Shown()) + lines_.size();
-  if (!options_.listen && so_far > answers_) end_.Set(kAnswerGap);
+  if (Asks() && so_far > answers_) end_.Set(kAnswerGap);
   answers_ = so_far;
+  const std::chrono::duration<double> listened = Deadline::Clock::now() - begun_;
+  if (Sets()) settled_.Set(outcome_.Patience(session_.Understood() > 0) - listened.count());
 }
 
 // Parse belongs to the reader thread as long as there is one.
@@ -77,15 +88,6 @@ bool Answers::Finish() {
   }
   session_.PassOn();
   return true;
-}
-
-void FailIfItDidNotWork(const CommandOptions& options, Result result) {
-  if (result != Result::no) return;
-  throw Failure(ExitCode::refused,
-                options.operation + (options.arguments.wait
-                                         ? " was not acknowledged in time"
-                                         : " did not work: the receiver's port did not take it, or the model "
-                                           "does not take these arguments"));
 }
 
 void FailIfNothingAnswered(const CommandOptions& options, const Session& session) {
@@ -100,29 +102,49 @@ void FailIfNothingAnswered(const CommandOptions& options, const Session& session
                                        " baud? --baud auto tries others");
 }
 
+/// Throws a Failure if it did not work, or tells what came of it.
+void Judge(const CommandOptions& options, const Operation& operation, Result result, const Outcome& outcome,
+           const Session& session) {
+  if (result == Result::no) {
+    throw Failure(ExitCode::refused,
+                  options.operation + (options.arguments.wait
+                                           ? " was not acknowledged in time"
+                                           : " did not work: the receiver's port did not take it, or the "
+                                             "model does not take these arguments"));
+  }
+  if (operation.kind == Operation::Kind::asks) FailIfNothingAnswered(options, session);
+  // With a time of 0 the user wants to hear nothing.
+  if (operation.kind != Operation::Kind::sets || options.listen == 0.0) return;
+  Complain(outcome.Tell({session.GetFeed().Name(), options.model, session.Receiver().GetCurrentBaudrate(),
+                         session.Understood() > 0, session.Window().Shown()}));
+}
+
 /// `time` is how long the operation and the start of the run take, in milliseconds.
 ExitCode CommandLive(const CommandOptions& options, const Operation& operation, const Action& action,
-                     long long time, const Interrupt& interrupt, Output& output) {
+                     const Transcript& transcript, long long time, const Interrupt& interrupt,
+                     Output& output) {
   Session session(options, interrupt);
   session.Read(std::make_unique<LineFeed>(options.port, options.model));
-  const bool is_request = operation.kind == Operation::Kind::asks;
-  // Its end comes ahead of the last flush.
   Printer printer(output);
   session.Add(printer);
-  Answers answers(options, is_request, session, output);
-  session.Add(answers);
+  Outcome outcome(transcript);
+  Answers answers(options, operation, outcome, session, output);
+  session.Add(answers);  // behind the printer, since its last lines come ahead of the last flush
+  std::optional<long long> begun;
   std::optional<Result> result;
   RunRules rules;
   rules.label = operation.name;
   rules.time = time;
   rules.on_open = [&](CGPSReceiver& receiver) {
+    begun = PacingClock::Passed();
     result = operation.kind == Operation::Kind::starts ? Result::none : action(receiver);
   };
   const ExitCode code = session.Run(std::move(rules));
-  if (!result) Complain("interrupted: what was left of " + options.operation + " has not been sent");
-  if (code != ExitCode::done) return code;
-  FailIfItDidNotWork(options, *result);
-  if (is_request) FailIfNothingAnswered(options, session);
+  if (!result) {
+    Complain(outcome.TellInterrupted(operation.name, begun ? PacingClock::Passed() - *begun : -1));
+  } else if (code == ExitCode::done) {
+    Judge(options, operation, *result, outcome, session);
+  }
   return code;
 }
 
@@ -134,22 +156,20 @@ ExitCode PrintTranscript(const Transcript& transcript, Output& output) {
 
 /// Refuses what the model's capability answers do not open.
 void CheckOffer(const CommandOptions& options, const Operation& operation) {
-  CGPSEngine engine;
-  CGPSReceiver& receiver = SelectModel(engine, options.model);
+  CGPSReceiver& receiver = FindModel(options.model);
   if (options.force || IsOffered(operation, receiver)) return;
   std::string names;
-  for (const Operation* offered : OperationsOf(receiver))
-    names += std::string(names.empty() ? "" : ", ") + offered->name;
-  throw Failure(ExitCode::refused, "the model " + options.model + " does not offer " + operation.name + " (" +
-                                       operation.answer + " is false); it offers " + names +
-                                       ". --force sends it all the same");
+  for (const Offer& offer : OffersOf(receiver))
+    names += std::string(names.empty() ? "" : ", ") + offer.operation->name;
+  throw Failure(ExitCode::refused, "the model " + options.model + " does not offer " + operation.name +
+                                       "; it offers " + names + ". --force sends it all the same");
 }
 
 }  // namespace
 
 ExitCode Command(const CommandOptions& options, const Interrupt& interrupt, Output& output) {
   const Operation& operation = FindOperation(options.operation);
-  const Action action = Prepare(operation, options.arguments);
+  const Action action = Prepare(operation, options.arguments, FindModel(options.model));
   if (options.port.empty() && !options.dry_run)
     throw Failure(ExitCode::usage, "--port or --dry-run is needed");
   CheckOffer(options, operation);
@@ -160,11 +180,8 @@ ExitCode Command(const CommandOptions& options, const Interrupt& interrupt, Outp
                                          CallText(operation, options.arguments) + ": nothing was sent");
   }
   long long time = transcript.Time();
-  if (operation.kind != Operation::Kind::starts) {
-    const Operation& start = FindOperation("start");
-    time += Rehearse(options.model, start, Prepare(start, {})).Time();
-  }
-  return CommandLive(options, operation, action, time, interrupt, output);
+  if (operation.kind != Operation::Kind::starts) time += StartTimeOf(FindModel(options.model));
+  return CommandLive(options, operation, action, transcript, time, interrupt, output);
 }
 
 }  // namespace host

@@ -11,19 +11,18 @@ namespace host {
 namespace {
 
 void WriteSummary(std::string& out, Session& session) {
-  const CGPSEngine& engine = session.Engine();
-  const CGPSReceiver& receiver = session.Receiver();
+  const Tally tally = TallyOf(session.Engine());
   const Published& published = session.Window().GetPublished();
   JsonWriter json(out);
   json.BeginObject();
   json.Key("summary");
   json.BeginObject();
-  json.Member("messages", engine.GetMessages());
-  json.Member("sentencesRecognised", receiver.GetSentencesRecognised());
-  json.Member("checksumErrors", receiver.GetChecksumErrors());
-  json.Member("binaryMessages", receiver.GetBinaryMessages());
-  json.Member("badBinaryMessages", receiver.GetBadBinaryMessages());
-  json.Member("droppedBuffers", engine.GetDroppedBuffers());
+  json.Member("messages", tally.messages);
+  json.Member("sentencesRecognised", tally.sentences);
+  json.Member("checksumErrors", tally.checksum_errors);
+  json.Member("binaryMessages", tally.binary);
+  json.Member("badBinaryMessages", tally.bad_binary);
+  json.Member("droppedBuffers", tally.dropped);
   json.Key("published");
   json.BeginObject();
   json.Member("WM_GPS_NEW_DATA", published.data);
@@ -58,6 +57,7 @@ ExitCode Decode(const DecodeOptions& options, const Interrupt& interrupt, Output
     WriteSummary(output.Text(), session);
     output.Flush();
   }
+  if (code != ExitCode::interrupted) session.GetFeed().CheckUnderstood(session.Window());
   return code;
 }
 

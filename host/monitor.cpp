@@ -4,6 +4,7 @@
 #include <optional>
 #include <utility>
 
+#include "host/commands/rawdata.h"
 #include "host/session/fixage.h"
 #include "host/session/linefeed.h"
 #include "host/session/playbackfeed.h"
@@ -15,8 +16,8 @@ namespace host {
 
 namespace {
 
-std::unique_ptr<Feed> MakeFeed(const MonitorOptions& options) {
-  if (options.play.empty()) return std::make_unique<LineFeed>(options.port, options.model);
+std::unique_ptr<Feed> MakeFeed(const MonitorOptions& options, const std::string& model) {
+  if (options.play.empty()) return std::make_unique<LineFeed>(options.port, model);
   if (options.speed > 0.0) return std::make_unique<PacedFeed>(options.play, options.speed);
   return std::make_unique<PlaybackFeed>(options.play);
 }
@@ -28,10 +29,7 @@ MonitorOptions ByItsOwnTime(MonitorOptions options) {
 }
 
 void AskForRawData(CGPSReceiver& receiver, double interval) {
-  if (receiver.EnablePostProcessing(true) &&
-      (interval <= 0.0 || receiver.SetRawDataOutputInterval(interval))) {
-    return;
-  }
+  if (receiver.EnablePostProcessing(true) && (interval <= 0.0 || SetRawInterval(receiver, interval))) return;
   throw Failure(ExitCode::refused, "the receiver did not take the command to send raw data" +
                                        (interval > 0.0 ? " every " + Seconds(interval) : std::string()));
 }
@@ -56,11 +54,13 @@ RunRules RulesOf(const MonitorOptions& options, bool is_live) {
 ExitCode Monitor(const MonitorOptions& given, const Interrupt& interrupt, Output& output) {
   const MonitorOptions options = ByItsOwnTime(given);
   Session session(options, interrupt);
-  session.Read(MakeFeed(options));
+  session.Read(MakeFeed(options, session.Options().model));
   const Feed& feed = session.GetFeed();
   if (!options.rinex.base.empty() && feed.IsLive() && !session.Receiver().HasRawData()) {
     throw Failure(ExitCode::usage, "the model " + options.model + " has no raw data to log");
   }
+  if (options.rinex.interval > 0.0 && feed.IsLive())
+    CheckRawInterval(session.Receiver(), options.rinex.interval);
   const bool on_screen = options.format == Format::tui;
   Readings readings;
   FixAge fix_age(output.Text(), [&session] { return session.Engine().GetMessages(); });
@@ -75,7 +75,9 @@ ExitCode Monitor(const MonitorOptions& given, const Interrupt& interrupt, Output
     feed.Announce(options.model);
   }
   shown.AddPrinter(session);
-  return session.Run(RulesOf(options, feed.IsLive()));
+  const ExitCode code = session.Run(RulesOf(options, feed.IsLive()));
+  if (code == ExitCode::done) feed.CheckUnderstood(session.Window());
+  return code;
 }
 
 }  // namespace host

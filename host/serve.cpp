@@ -8,6 +8,7 @@
 #include "host/line/sentences.h"
 #include "host/records/gpsdsink.h"
 #include "host/records/lastposition.h"
+#include "host/records/tally.h"
 #include "host/server/gpsdserver.h"
 #include "host/server/pagehub.h"
 #include "host/server/pageserver.h"
@@ -142,7 +143,7 @@ void Service::PassLines() {
 }
 
 std::string Service::Status() const {
-  const CGPSReceiver& receiver = session_.Receiver();
+  const Tally tally = TallyOf(session_.Engine());
   const GpsdCounts counts = server_->Counts();
   const PageHub::Counts pages = hub_.GetCounts();
   std::string line;
@@ -159,9 +160,9 @@ std::string Service::Status() const {
   json.Member("lost", session_.IsWaiting());
   json.Member("understood", !device_.activated.empty());
   sink_.position.Write(json);
-  json.Member("messages", session_.Engine().GetMessages());
-  json.Member("checksumErrors", receiver.GetChecksumErrors());
-  json.Member("binaryMessages", receiver.GetBinaryMessages());
+  json.Member("messages", tally.messages);
+  json.Member("checksumErrors", tally.checksum_errors);
+  json.Member("binaryMessages", tally.binary);
   json.Member("records", session_.Window().GetPublished().All());
   json.Member("lostRecords", GetLostMessages());
   json.Member("clients", server_->Clients());
@@ -176,8 +177,8 @@ std::string Service::Status() const {
   return line;
 }
 
-std::unique_ptr<Feed> MakeFeed(const ServeOptions& options) {
-  if (options.play.empty()) return std::make_unique<LineFeed>(options.port, options.model);
+std::unique_ptr<Feed> MakeFeed(const ServeOptions& options, const std::string& model) {
+  if (options.play.empty()) return std::make_unique<LineFeed>(options.port, model);
   return std::make_unique<PlaybackFeed>(options.play, /*tells_bytes=*/true);
 }
 
@@ -185,7 +186,7 @@ std::unique_ptr<Feed> MakeFeed(const ServeOptions& options) {
 
 ExitCode Serve(const ServeOptions& options, const Interrupt& interrupt, Output& output) {
   Session session(options, interrupt);
-  session.Read(MakeFeed(options));
+  session.Read(MakeFeed(options, session.Options().model));
   Service service(session, options, output);
   session.Add(service);
   session.GetFeed().Announce(options.model);

@@ -5,8 +5,8 @@
 
 #include "host/exports/exports.h"
 #include "host/exports/rinexsink.h"
+#include "host/records/display.h"
 #include "host/records/format.h"
-#include "host/records/units.h"
 #include "host/session/printer.h"
 #include "host/session/session.h"
 

@@ -1,11 +1,13 @@
 #include <gtest/gtest.h>
 #include <sys/mman.h>
 #include <unistd.h>
+#include <zlib.h>
 
 #include <cstdio>
 #include <fstream>
 
 #include "host/decode.h"
+#include "host/run/recording.h"
 #include "tests/support/receivertest.h"
 
 using namespace host;
@@ -25,18 +27,38 @@ std::string Stream() {
   return stream + "$GPGGA,1,2*00\r\n";
 }
 
+std::string Packed(std::string bytes) {
+  std::string packed(bytes.size() + 64, '\0');
+  z_stream stream{};
+  deflateInit2(&stream, 9, Z_DEFLATED, 16 + MAX_WBITS, 9, Z_DEFAULT_STRATEGY);
+  stream.next_in = reinterpret_cast<Bytef*>(bytes.data());
+  stream.avail_in = static_cast<uInt>(bytes.size());
+  stream.next_out = reinterpret_cast<Bytef*>(packed.data());
+  stream.avail_out = static_cast<uInt>(packed.size());
+  deflate(&stream, Z_FINISH);
+  packed.resize(stream.total_out);
+  deflateEnd(&stream);
+  return packed;
+}
+
 class HostDecode : public testing::Test {
  protected:
   HostDecode() { options_.file = testing::TempDir() + "host_decode_" + std::to_string(getpid()) + ".log"; }
   ~HostDecode() override { std::remove(options_.file.c_str()); }
 
   /// What Decode writes for a file of these bytes, without the moment of publication, which is never the
-  /// same.
-  std::string Decoded(const std::string& bytes) {
+  /// same. A failure's text is part of it.
+  std::string Decoded(const std::string& bytes, ExitCode code = ExitCode::done) {
     std::ofstream(options_.file, std::ios::binary) << bytes;
     const int descriptor = memfd_create("output", 0);
     Output output(descriptor);
-    EXPECT_EQ(Decode(options_, interrupt_, output), ExitCode::done);
+    try {
+      EXPECT_EQ(Decode(options_, interrupt_, output), code);
+    } catch (const Failure& failure) {
+      EXPECT_EQ(failure.Code(), code);
+      output.Text() = failure.what();
+      output.Flush();
+    }
     std::string text(static_cast<std::size_t>(lseek(descriptor, 0, SEEK_END)), '\0');
     EXPECT_EQ(pread(descriptor, text.data(), text.size(), 0), static_cast<ssize_t>(text.size()));
     close(descriptor);
@@ -84,6 +106,45 @@ TEST_F(HostDecode, TakesHeightsAsTheyAreSetUpAndDatesARecordingByItself) {
   const std::string text = Decoded(Stream() + WithChecksum("$GPZDA,123512,31,12,1998,00,00"));
   EXPECT_NE(text.find("\"altHAE\":590.3000"), std::string::npos) << text;
   EXPECT_NE(text.find("\"time\":\"1998-12-31T12:35:10.000Z\""), std::string::npos) << text;
-  options_.format = Format::none;
-  EXPECT_TRUE(Decoded("").starts_with("{\"summary\":{\"messages\":0,"));
+}
+
+TEST_F(HostDecode, ReadsAPackedRecordingAsWhatItHoldsFromAFileAndFromAPipe) {
+  options_.format = Format::json;
+  Decoded(Stream());  // for the library's working record, as above
+  const std::string plain = Decoded(Stream());
+  EXPECT_EQ(Decoded(Packed(Stream().substr(0, 100)) + Packed(Stream().substr(100))), plain);
+  int ends[2];
+  ASSERT_EQ(pipe(ends), 0);
+  const std::string packed = Packed(Stream());
+  ASSERT_EQ(write(ends[1], packed.data(), packed.size()), static_cast<ssize_t>(packed.size()));
+  close(ends[1]);
+  Recording recording("/dev/fd/" + std::to_string(ends[0]));
+  EXPECT_EQ(recording.Next(10000), Stream());
+  close(ends[0]);
+  testing::internal::CaptureStderr();
+  EXPECT_NE(Decoded(packed.substr(0, packed.size() - 9)), "");
+  EXPECT_NE(testing::internal::GetCapturedStderr().find("in the middle"), std::string::npos);
+}
+
+TEST_F(HostDecode, SaysWhatARecordingHoldsOfWhichNothingIsUnderstood) {
+  const std::pair<std::string, const char*> rows[] = {
+      {"", "it holds no bytes"},
+      {"\xB5\x62\x01\x07 another language\r\n", "its bytes make no message"},
+      {std::string("\xFF\xFE$\0G\0", 6), "byte order mark"},
+      {WithChecksum("$GPRMC,,V,,,,,,,,,") + WithChecksum("$HEHDT,1.0,T") + WithChecksum("$PGRMX,00,1"),
+       "no position (RMC, $HEHDT, $PGRMX)"},
+      {"$HEHDT,1.0,T*2E\n", "no position ($HEHDT)"},
+      {"$GPGGA,1,2*00\r\n", "checksum is wrong"},
+      {std::string(65'536, 'x') + WithChecksum("$HEHDT,1.0,T"),
+       "in its first 64 KB its bytes make no message"},
+      {Packed(std::string("$BIN_\0\x80\0", 8) + std::string(130, 'x') + "\r\n"),
+       "handed on undecoded ($BIN)"},
+  };
+  for (const auto& [bytes, text] : rows) {
+    for (const Format format : {Format::text, Format::none}) {
+      options_.format = format;
+      EXPECT_NE(Decoded(bytes, ExitCode::nothing_understood).find(text), std::string::npos)
+          << Decoded(bytes, ExitCode::nothing_understood);
+    }
+  }
 }

@@ -109,7 +109,7 @@ const std::string kDate = WithChecksum("$GPZDA,235958,31,12,2023,00,00");
 }  // namespace
 
 TEST_F(HostExports, WritesWholeFilesOfNothing) {
-  Decode("");
+  Decode(WithChecksum("$GPGSV,1,1,01,07,45,180,41"));
   ExpectWellFormed();
   EXPECT_EQ(Count(Export("csv"), "\n"), 1);
   EXPECT_EQ(Export("nmea"), "");

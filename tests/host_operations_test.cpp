@@ -3,9 +3,10 @@
 #include <sstream>
 #include <vector>
 
-#include "gpsengine/engine/gpsengine.h"
 #include "gpsengine/platform/application.h"
 #include "host/commands/models.h"
+#include "host/commands/outcome.h"
+#include "host/commands/rawdata.h"
 #include "host/commands/rehearse.h"
 #include "host/run/failure.h"
 
@@ -52,8 +53,10 @@ TEST_F(HostOperations, WriteAndResultInWhatTheModelSays) {
       {"Ashtech", {"start"}, "true"},
       {"CSI", {"set-elevation-mask", "12"}, "write \"$PASHS,PEM,12\\r\\n\"\nwait 200\nnone"},
       {"CSI", {"set-beacon", "304.50", "200"}, "write \"$GPMSK,304.50,M,200,M,0\\r\\n\"\nwait 200\nnone"},
+      {"Sokkia Axis3",
+       {"raw-interval", "0.2"},
+       "write \"$JBIN,96,0.2\\r\\n\"\nwrite \"$JBIN,95,0.2\\r\\n\"\nwrite \"$JSAVE\\r\\n\"\ntrue"},
       {"Ashtech", {"raw-interval", "5"}, "write \"$PASHS,RCI,5.000000\\r\\n\"\nwait 200\ntrue"},
-      {"Ashtech", {"raw-interval", "0.1"}, "false"},
       {"Other", {"send", "$JSHOW"}, "write \"$JSHOW\\r\\n\"\nnone"},
       {"Other", {"set-dgps", "waas"}, "none"},
   };
@@ -64,6 +67,84 @@ TEST_F(HostOperations, CountAWaitForAnAcknowledgementAsAcknowledged) {
   const std::string steps = Steps("CSI", {"reset"}, true);
   EXPECT_TRUE(steps.starts_with("write \"$PASHS,RST\\r\\n\"\nwait-ack 10000\nwait 3000\n")) << steps;
   EXPECT_TRUE(steps.ends_with("write \"$PASHS,SAV,Y\\r\\n\"\nwait-ack 1000\ntrue")) << steps;
+}
+
+TEST_F(HostOperations, RefuseAnIntervalThatTheModelDoesNotHave) {
+  const std::pair<const char*, const char*> rows[] = {
+      {"CSI - MAX", "5"}, {"Sokkia Axis3", "0.5"}, {"GSR2650 LB", "0.2"}, {"CSI", "0.2"}, {"Racal", "90000"}};
+  for (const auto& [model, seconds] : rows) {
+    const Operation& operation = FindOperation("raw-interval");
+    EXPECT_THROW(Prepare(operation, {{seconds}}, FindModel(model)), Failure) << model;
+    EXPECT_EQ(Steps(model, {"raw-interval", seconds}), "false") << model;
+  }
+}
+
+TEST_F(HostOperations, SayWhatWasSentAndHowTheLineAnswered) {
+  const struct {
+    const char* model;
+    std::vector<std::string> words;
+    const char* bytes;
+    long long reports;
+    const char* text;
+  } rows[] = {
+      {"CSI",
+       {"set-elevation-mask", "12"},
+       "$PASHR,ACK*3D\r\n",
+       0,
+       R"(sent "$PASHS,PEM,12"; the receiver ack)"},
+      {"CSI", {"set-elevation-mask", "12"}, "$PASHR,NAK*30\r\n", 0, "refused: sent"},
+      {"CSI", {"set-elevation-mask", "12"}, "$GPGGA,\r\n", 0, "refused: sent"},
+      {"CSI", {"gga-only"}, "$PASHR,NAK*30\r\n$PASHR,ACK*3D\r\n", 1, "took 1 and refused 1"},
+      {"GSR2650 LB", {"gga-only"}, "\r\n<OK\r\n[COM2]", 0, R"(sent 13 messages, "UNLOG  GPALM" to "UN)"},
+      {"SiRF", {"gga-only"}, "\xA0", 0, "no message was understood: is it the model SiRF, at 4800 baud"},
+      {"SiRF", {"gga-only"}, "$GPGGA,", 0, "this make gives none to such commands"},
+      {"Starlink", {"gga-only"}, "", 0, "no bytes came from /dev/x"},
+      {"CSI", {"keep-alive"}, "", 0, "nothing was sent"},
+  };
+  for (const auto& [model, words, bytes, reports, text] : rows) {
+    const Operation& operation = FindOperation(words[0]);
+    const Arguments arguments{{words.begin() + 1, words.end()}, false};
+    Outcome outcome(Rehearse(model, operation, Prepare(operation, arguments)));
+    for (const char c : std::string_view(bytes)) outcome.Feed({&c, 1});
+    std::string told;
+    try {
+      told = outcome.Tell({"/dev/x", model, 4800, bytes[0] == '$', reports});
+    } catch (const Failure& failure) {
+      EXPECT_EQ(failure.Code(), ExitCode::refused);
+      told = std::string("refused: ") + failure.what();
+    }
+    EXPECT_NE(told.find(text), std::string::npos) << told;
+  }
+}
+
+TEST_F(HostOperations, SayWhatAnInterruptionHasLeftUndone) {
+  const Operation& operation = FindOperation("set-dgps");
+  const Outcome outcome(Rehearse("SiRF", operation, Prepare(operation, {{"none"}, false})));
+  const std::pair<long long, const char*> rows[] = {
+      {-1, "has not been sent 9 messages"},
+      {0, "left in its binary protocol. Give the command again and let it end, which brings it back"},
+      {5999, R"(not been sent 7 messages, a binary message to)"},
+      {9000, R"(been sent 5 messages, "$PSRF103,02,00,02,01*24" to "$PSRF103,01,00,00,01*25". Give the)"},
+      {100'000, "all of set-dgps had been sent"},
+  };
+  for (const auto& [passed, text] : rows)
+    EXPECT_NE(outcome.TellInterrupted("set-dgps", passed).find(text), std::string::npos)
+        << outcome.TellInterrupted("set-dgps", passed);
+}
+
+TEST_F(HostOperations, SayWhyALogOfRawDataIsEmptyByTheModel) {
+  EXPECT_NE(WhyNoRawData("CSI").find("gga-only"), std::string::npos);
+  for (const char* model : {"CSI - MAX", "Sokkia Axis3", "GSR2650 LB"})
+    EXPECT_NE(WhyNoRawData(model).find("without decoding"), std::string::npos) << model;
+  EXPECT_NE(WhyNoRawData("Other").find("only the raw data of an Ashtech"), std::string::npos);
+}
+
+TEST_F(HostOperations, LeaveNothingBehindWhenTheyAreRehearsed) {
+  const std::string before = Steps("Sokkia Axis3", {"gga-only"});
+  for (const char* seconds : {"0.2", "1"}) {
+    EXPECT_NE(Steps("CSI - MAX", {"raw-interval", seconds}), "false");
+    EXPECT_EQ(Steps("Sokkia Axis3", {"gga-only"}), before) << seconds;
+  }
 }
 
 TEST_F(HostOperations, DoNothingOnAPortThatDoesNotOpen) {
@@ -79,6 +160,10 @@ TEST_F(HostOperations, TakeNoArgumentsButTheirOwn) {
                                "set-elevation-mask 10 20",
                                "set-beacon 304.5\r\n$JRESET",
                                "set-beacon -1",
+                               "set-beacon 283.4",
+                               "set-beacon 325.1",
+                               "set-beacon nan",
+                               "set-beacon 304.5 150",
                                "set-beacon auto 200",
                                "set-dgps WAAS",
                                "set-lband 1557.845",
@@ -102,11 +187,9 @@ TEST_F(HostOperations, TakeNoArgumentsButTheirOwn) {
 }
 
 TEST_F(HostOperations, AreListedWhereTheModelHasThem) {
-  CGPSEngine engine;
   const auto names = [&](const char* model) {
     std::string list;
-    for (const Operation* operation : OperationsOf(SelectModel(engine, model)))
-      list += std::string(operation->name) + ' ';
+    for (const Offer& offer : OffersOf(FindModel(model))) list += std::string(offer.operation->name) + ' ';
     return list;
   };
   EXPECT_EQ(names("Other"), "start send keep-alive suspend ");

@@ -26,11 +26,11 @@ class HostPlayer : public testing::Test {
   /// The recording on its way to a receiver, whose line has that baud rate.
   std::unique_ptr<PacedFeed> Play(double speed, int baud) {
     CGPSReceiver* const receiver = engine_.FindReceiver("Other");
-    receiver->SaveDifferentSettings(baud);
+    receiver->UseBaudrate(baud);
     receiver->SetupReceiver(1, 0, 0.0, "", true);
     engine_.SetReceiver(receiver);
     auto feed = std::make_unique<PacedFeed>(path_, speed);
-    feed->Open(engine_, sink_);
+    feed->Open(engine_, window_);
     return feed;
   }
   /// Plays what is due, and tells how many seconds later the next piece is.
@@ -42,7 +42,7 @@ class HostPlayer : public testing::Test {
 
   const std::string path_;
   CWinApp app_{"gpsengine-test"};
-  NoSink sink_;
+  host::HostWindow window_;
   CGPSEngine engine_;
 };
 

@@ -10,7 +10,9 @@
 #include <fstream>
 #include <thread>
 
+#include "gpsengine/engine/gpsengine.h"
 #include "gpsengine/platform/application.h"
+#include "host/commands/models.h"
 #include "host/line/config.h"
 #include "host/line/ports.h"
 #include "host/line/portsearch.h"
@@ -191,14 +193,23 @@ TEST_F(SearchTest, TakesTheRememberedLineOnlyWhenAsked) {
   CWinApp app{"gpsengine-test"};
   app.SetProfilePath(CString::FromUtf8(system.Dev("host.ini")));
   EXPECT_THROW(host::ChooseLine({"last", 0, "Other"}, false, interrupt), host::Failure);
-  host::Remember("/dev/ttyX7", "Trimble");
+  CGPSEngine engine;
+  CGPSReceiver& receiver = *engine.FindReceiver("Trimble");
+  receiver.UseBaudrate(4800);
+  host::Remember("/dev/ttyX7", receiver);
   EXPECT_EQ(host::ChooseLine({"", 0, "Other"}, false, interrupt).port, "");
   const host::LineChoice last = host::ChooseLine({"last", 0, "Other"}, false, interrupt);
   EXPECT_EQ(last.port + last.model, "/dev/ttyX7Trimble");
   EXPECT_EQ(host::ChooseLine({"last", 0, "SiRF"}, true, interrupt).model, "SiRF");
   EXPECT_EQ(host::LikelyRates("Trimble")[0], 4800);
-  app.WriteProfileInt("Trimble", "Baud", 1200);
+  EXPECT_TRUE(host::ReadConfig().rates.empty()) << "that is the model's own";
+  receiver.UseBaudrate(1200);
+  EXPECT_EQ(host::LikelyRates("Trimble")[0], 4800) << "until something was understood";
+  host::Remember("/dev/ttyX7", receiver);
   EXPECT_EQ(host::LikelyRates("Trimble")[0], 1200);
+  EXPECT_TRUE(host::IsKeptRate(receiver));
+  host::ForgetRate("Trimble");
+  EXPECT_EQ(host::LikelyRates("Trimble")[0], 4800);
 }
 
 TEST(Config, IsWhatWasRememberedSetOrForgotten) {
@@ -206,24 +217,32 @@ TEST(Config, IsWhatWasRememberedSetOrForgotten) {
   CWinApp app{"gpsengine-test"};
   app.SetProfilePath(CString::FromUtf8(system.Dev("host.ini")));
   CGPSEngine engine;
-  EXPECT_NE(host::ConfigAsText(host::ReadConfig(engine)).find("host.ini (not there yet)\nport   none yet\n"),
+  EXPECT_NE(host::ConfigAsText(host::ReadConfig()).find("host.ini (not there yet)\nport   none yet\n"),
             std::string::npos);
-  host::Remember("/dev/../dev/ttyX7", "Trimble");
+  engine.InitReceivers();
+  host::Remember("/dev/../dev/ttyX7", *engine.FindReceiver("Trimble"));
   app.WriteProfileInt("SiRF", "Baud", 57600);
-  EXPECT_NE(host::ConfigAsText(host::ReadConfig(engine))
+  EXPECT_NE(host::ConfigAsText(host::ReadConfig())
                 .find("port   /dev/ttyX7\nmodel  Trimble\nbaud   57600 for SiRF\n"),
             std::string::npos);
-  host::SetConfig(engine, "port", "/dev/ttyX8");
-  EXPECT_THROW(host::SetConfig(engine, "model", "Nobody's"), host::Failure);
-  EXPECT_EQ(host::ConfigAsJson(host::ReadConfig(engine)),
+  testing::internal::CaptureStderr();
+  host::SetConfig("port", "/dev/ttyX8");
+  EXPECT_NE(testing::internal::GetCapturedStderr().find("there is no /dev/ttyX8 now"), std::string::npos);
+  EXPECT_THROW(host::SetConfig("model", "Nobody's"), host::Failure);
+  EXPECT_EQ(host::ConfigAsJson(host::ReadConfig()),
             R"({"file":")" + system.Dev("host.ini") +
                 R"(","port":"/dev/ttyX8","model":"Trimble","baud":{"SiRF":57600}})"
                 "\n");
-  host::ResetConfig(engine);
-  EXPECT_EQ(host::ReadConfig(engine).port + host::ReadConfig(engine).model, "");
-  EXPECT_TRUE(host::ReadConfig(engine).rates.empty());
+  host::ResetConfig();
+  EXPECT_EQ(host::ReadConfig().port + host::ReadConfig().model, "");
+  EXPECT_TRUE(host::ReadConfig().rates.empty());
   app.SetProfilePath("/proc/nowhere/host.ini");
-  EXPECT_THROW(host::SetConfig(engine, "model", "SiRF"), host::Failure);
+  try {
+    host::SetConfig("model", "SiRF");
+    ADD_FAILURE();
+  } catch (const host::Failure& failure) {
+    EXPECT_STREQ(failure.what(), "cannot write /proc/nowhere/host.ini: No such file or directory");
+  }
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 
 #include <chrono>
 #include <cstdio>
+#include <cstdlib>
 #include <fstream>
 #include <iterator>
 #include <sstream>
@@ -49,7 +50,9 @@ class File {
   const std::string& Path() const { return m_strPath; }
 
  private:
-  const std::string m_strPath = testing::TempDir() + "host_program_" + std::to_string(getpid());
+  static inline int s_nFiles = 0;
+  const std::string m_strPath =
+      testing::TempDir() + "host_program_" + std::to_string(getpid()) + '_' + std::to_string(++s_nFiles);
 };
 
 }  // namespace
@@ -68,22 +71,40 @@ TEST(HostProgram, NamesWhatIsWrongAndExitsAccordingly) {
       {"decode x.log --format xml", ExitCode::usage, "xml"},
       {"decode /nonexistent.log", ExitCode::failed,
        "cannot read /nonexistent.log: No such file or directory"},
-      {"decode /tmp --model other", ExitCode::usage, R"("Ashtech", "CSI")"},
+      {"decode /tmp --model othr", ExitCode::usage,
+       R"((did you mean "Other"?); the models are "Ashtech", "CSI")"},
       {"decode /tmp --date 2024-13-01", ExitCode::usage, "2024-13-01"},
-      {"decode /tmp --units miles", ExitCode::usage, "miles not in {imperial,metric,nautical}"},
+      {"decode /tmp --units miles", ExitCode::usage, "miles"},
       {"decode /tmp --crs EPSG:99999", ExitCode::usage, "--crs EPSG:99999 "},
       {"monitor --play /nonexistent.log --crs EPSG:4326", ExitCode::usage, "--crs EPSG:4326 "},
-      {"monitor --count 0", ExitCode::usage, "--count"},
       {"monitor --port /dev/x --play y", ExitCode::usage, "--play"},
-      {"monitor --model Garmin", ExitCode::usage, "\"Garmin 17-N\""},
       {"monitor --port /dev/nonexistent", ExitCode::port_closed, "/dev/nonexistent"},
       {"monitor --play /nonexistent.log", ExitCode::failed, "/nonexistent.log"},
+      {"monitor --speed max --play /dev/null", ExitCode::nothing_understood, "it holds no bytes"},
       {"monitor --record /nonexistent/x", ExitCode::failed, "/nonexistent/x"},
       {"monitor --rinex x", ExitCode::usage, "raw data"},
-      {"command --dry-run --model Trimble gga-only", ExitCode::refused, "it offers start, send"},
+      {"command --dry-run --model Trimble gga-only", ExitCode::refused, "gga-only; it offers start, send"},
       {"command --model CSI gga-only", ExitCode::usage, "--port"},
       {"command --port /dev/nonexistent --model CSI gga-only", ExitCode::port_closed, "/dev/nonexistent"},
-      {"simulate --rate -1", ExitCode::usage, "rate"},
+      {"simulate --model trimbel", ExitCode::usage,
+       R"(--model: no model is called "trimbel" (did you mean "Trimble"?))"},
+      {"simulate --rate -1", ExitCode::usage, "--rate: \"-1\" is no number above 0 and up to 20"},
+      {"monitor --count -1", ExitCode::usage, "--count: \"-1\" is no whole number above 0"},
+      {"monitor --duration nan", ExitCode::usage, "--duration: \"nan\" is no number above 0"},
+      {"decode x --antenna-height inf", ExitCode::usage, "--antenna-height: \"inf\" is no number"},
+      {"decode x --gpx=", ExitCode::usage, "--gpx"},
+      {"monitor --fromat text", ExitCode::usage,
+       R"(no option is called "--fromat" (did you mean "--format"?))"},
+      {"monitor --reconn", ExitCode::usage, R"((did you mean "--reconnect"?))"},
+      {"monitor --datum", ExitCode::usage, R"(no option is called "--datum"; )"},
+      {"montor", ExitCode::usage, R"((did you mean "monitor"?))"},
+      {"command --dry-run --model CSI gga-olny", ExitCode::usage, R"((did you mean "gga-only"?))"},
+      {"command --dry-run --model csi gga-only", ExitCode::done, ""},
+      {"models trimble", ExitCode::done, ""},
+      {"-v", ExitCode::done, ""},
+      {"version", ExitCode::done, ""},
+      {"help config", ExitCode::done, ""},
+      {"help fly", ExitCode::usage, "fly"},
   };
   for (const auto& [arguments, code, text] : cases) {
     const Ended ended = RunToEnd(arguments);
@@ -166,19 +187,40 @@ TEST(HostProgram, TellsSilenceFromWhatItDoesNotUnderstand) {
   EXPECT_EQ(silent.code, 4 /* nothing_understood */);
   EXPECT_NE(silent.errors.find("no data came from " + line.Name() + " in 0.2 s"), std::string::npos);
 
-  Program noisy({"monitor", "--port", line.Name(), "--timeout", "0.6", "--baud", "4800"});
-  SendUntilShown(line, noisy, "\xF8\x80$\xFE\r\n");
-  EXPECT_EQ(noisy.Wait(), 4 /* nothing_understood */);
-  EXPECT_NE(noisy.Errors().find("no message was understood at 4800 baud"), std::string::npos);
+  // A rate is kept once something was understood at it.
+  const struct {
+    std::vector<std::string> baud;
+    std::string_view bytes;
+    int code;
+    const char* text;
+  } rows[] = {
+      {{"--baud", "4800"}, "\xF8\x80$\xFE\r\n", 4, "understood at 4800 baud: set"},
+      {{}, "\xF8\x80$\xFE\r\n", 4, "understood at 9600 baud: set"},
+      {{"--baud", "4800"}, kFix, 0, ""},
+      {{}, "\xF8\x80$\xFE\r\n", 4, "understood at 4800 baud, the rate that is remembered"},
+  };
+  RunToEnd("config reset");
+  for (const auto& [baud, bytes, code, text] : rows) {
+    std::vector<std::string> arguments = {"monitor", "--port",  line.Name(), "--timeout",
+                                          "0.6",     "--count", "1"};
+    arguments.insert(arguments.end(), baud.begin(), baud.end());
+    Program monitor(arguments);
+    SendUntilShown(line, monitor, bytes);
+    EXPECT_EQ(monitor.Wait(), code);
+    EXPECT_NE(monitor.Errors().find(text), std::string::npos) << text;
+  }
+  EXPECT_EQ(RunToEnd("config forget Other").output.find("for Other"), std::string::npos);
 }
 
-TEST(HostProgram, PlaysARecordingUntilItIsInterrupted) {
-  const File file(kFix);
-  Program monitor({"monitor", "--play", file.Path(), "--format", "json"});
-  EXPECT_TRUE(
-      monitor.Line().starts_with("{\"class\":\"TPV\",\"device\":\"" + file.Path() + "\",\"mode\":3,"));
-  monitor.Signal(SIGINT);
-  EXPECT_EQ(monitor.Wait(), 130 /* interrupted */);
+TEST(HostProgram, PlaysARecordingPackedOrNotUntilItIsInterrupted) {
+  const File file(kFix), packed("");
+  ASSERT_EQ(std::system(("gzip -c " + file.Path() + " > " + packed.Path()).c_str()), 0);
+  for (const std::string& path : {file.Path(), packed.Path()}) {
+    Program monitor({"monitor", "--play", path, "--format", "json"});
+    EXPECT_TRUE(monitor.Line().starts_with(R"({"class":"TPV","device":")" + path + R"(","mode":3,)"));
+    monitor.Signal(SIGINT);
+    EXPECT_EQ(monitor.Wait(), 130 /* interrupted */);
+  }
 }
 
 TEST(HostProgram, CommandsASimulatedReceiver) {
@@ -204,10 +246,15 @@ TEST(HostProgram, CommandsASimulatedReceiver) {
 
 TEST(HostProgram, SaysThatNothingAnswered) {
   PseudoTerminal line;
-  const Ended query = RunToEnd("command --port " + line.Name() + " --model Starlink query-nmea --listen 0.1");
-  EXPECT_EQ(query.code, 6 /* refused */);
-  EXPECT_NE(query.errors.find("no report answered query-nmea, and no data came"), std::string::npos)
-      << query.errors;
+  const std::pair<const char*, const char*> rows[] = {
+      {"query-nmea", "no report answered query-nmea, and no data came"},
+      {"set-elevation-mask 9", R"(sent "$PSLIS,ELM,9", but no bytes came from )"}};
+  for (const auto& [words, text] : rows) {
+    const Ended ended =
+        RunToEnd("command --port " + line.Name() + " --model Starlink " + words + " --listen 0.1");
+    EXPECT_EQ(ended.code, 6 /* refused */);
+    EXPECT_NE(ended.errors.find(text), std::string::npos) << ended.errors;
+  }
 }
 
 TEST(HostProgram, LogsRawDataOfALiveReceiver) {

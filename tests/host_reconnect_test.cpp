@@ -104,8 +104,7 @@ TEST_F(ReconnectTest, GoesOnUnderTheSameNameAndInTheSameRecording) {
   recorded << std::ifstream(options.record).rdbuf();
   EXPECT_TRUE(recorded.str().starts_with(FixAt(1))) << recorded.str();
   EXPECT_TRUE(recorded.str().ends_with(FixAt(2))) << recorded.str();
-  const CGPSEngine engine;
-  EXPECT_EQ(host::ReadConfig(engine).port, options.port) << "remembered, since it was understood";
+  EXPECT_EQ(host::ReadConfig().port, options.port) << "remembered, since it was understood";
 }
 
 TEST_F(ReconnectTest, EndsWhileItWaitsWhenItsTimeIsOverOrItIsInterrupted) {

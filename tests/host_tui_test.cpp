@@ -8,6 +8,7 @@
 #include <sstream>
 
 #include "gpsengine/engine/gpsengine.h"
+#include "host/commands/models.h"
 #include "host/run/failure.h"
 #include "host/tui/commandmenu.h"
 #include "host/tui/dashboard.h"
@@ -75,7 +76,7 @@ TEST_F(HostScreen, ShowsAFixAtAGlance) {
   readings_.OnData(Fix());
   view_.model = "Trimble";
   view_.source = "/dev/ttyUSB0";
-  view_.counters = {12, 3, 4, 5};
+  view_.counters = {0, 12, 3, 4, 5, 0};
   view_.is_live = false;
   EXPECT_EQ(Row(0), " gpsengine  Trimble  /dev/ttyUSB0");
   const char* const fix[] = {
@@ -199,7 +200,7 @@ namespace {
 /// What a model's menu makes of keys.
 class Menu {
  public:
-  explicit Menu(const char* model) : menu_(*engine_.FindReceiver(model)) { menu_.Open(); }
+  explicit Menu(const char* model) : menu_(FindModel(model)) { menu_.Open(); }
   std::optional<CommandMenu::Order> Type(const std::string& text) {
     std::optional<CommandMenu::Order> order;
     for (const char c : text) order = menu_.OnKey(c == '\n' ? key::kEnter : c);
@@ -213,10 +214,6 @@ class Menu {
     return screen.find(text) != std::string::npos;
   }
 
- private:
-  CGPSEngine engine_;
-
- public:
   CommandMenu menu_;
 };
 

@@ -155,7 +155,7 @@ TEST_F(Simulated, ReceiverDoesWhatItIsToldAndReportsIt) {
        "\r\nPRTA: OFF OFF OFF OFF OFF ON  OFF OFF OFF OFF OFF OFF OFF OFF OFF\r\n", "GGA"},
       {"CSI", "set-beacon 290.5 100;query-beacon", R"("beaconFrequency":290.5,"beaconBitRate":100)", kCsi},
       {"CSI", "set-beacon auto;query-beacon", R"("beaconAutoTune":true)", kCsi},
-      {"CSI", "set-beacon 120;gga-only", R"("status":1)", "GGA"},  // no beacon there
+      {"CSI", "send $GPMSK,120,M,,A,0;gga-only", R"("status":1)", "GGA"},  // no beacon there
       {"CSI", "raw-interval 5;reset", R"("status":2)", kCsi},
       {"Starlink", "gga-only;query-nmea", R"("nmeaGGA":"on","nmeaGSA":"off")", "GGA"},
       {"Starlink", "set-elevation-mask 15;query-elevation-mask", R"("elevationMask":15)", kUsual},

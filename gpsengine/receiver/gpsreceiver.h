@@ -155,6 +155,9 @@ class CGPSReceiver : public CObject {
   void SetProperties();
   /// Another baud rate, for the next Initialize and in the profile. False if it is the current one.
   bool SaveDifferentSettings(int nBaudrate);
+  /// Another baud rate for the next Initialize, up to the next SetProperties: the profile does not hear of
+  /// it.
+  void UseBaudrate(int nBaudrate) { m_nBaudrate = nBaudrate; }
   /// The open port, for the calls of platform/serial.h; INVALID_HANDLE_VALUE while it is closed.
   void* GetPortHandle() const;
   /// Lets the estimate of speed and heading begin anew, as after a gap in the positions.
@@ -353,8 +356,8 @@ class CGPSReceiver : public CObject {
   /// The registered callbacks, which a thread may look up while another registers one: through the
   /// operations.
   std::map<GPSNotificationType, GPSNotificationEntry> m_Notifications;
-  CShared<int> m_nBaudrate = 9600;  ///< Bits a second, as SetProperties or SaveDifferentSettings left it.
-  CGPSNotification m_Notification;  ///< What callbacks get.
+  CShared<int> m_nBaudrate = 9600;                ///< Bits a second, as last set.
+  CGPSNotification m_Notification;                ///< What callbacks get.
   CShared<bool> m_bAlternateSignalTable = false;  ///< The file GPSStatus has been read.
   std::map<int, int> m_AlternateSignalTable;  ///< Signal types by quality indicator. Behind the record lock.
 

@@ -4,6 +4,8 @@
 #include <cctype>
 #include <string_view>
 
+#include "host/cli/clihelp.h"
+
 namespace host {
 
 namespace {
@@ -16,7 +18,7 @@ constexpr struct {
     {"1", "The job failed: a file cannot be read or written, a log stayed empty."},
     {"2", "Wrong usage."},
     {"3", "The port cannot be opened."},
-    {"4", "No data, or no message that was understood, in the time given."},
+    {"4", "No data, or nothing that was understood, in the time given or in a recording."},
     {"5", "The port was lost."},
     {"6", "A command was refused, did not work, or was not answered in time."},
     {"130", "Interrupted."},
@@ -27,94 +29,13 @@ constexpr struct {
   const char* meaning;
 } kFiles[] = {
     {"~/.config/gpsengine/gpsengine.ini",
-     "What is remembered, such as the baud rates that were set with --baud."},
+     "What is remembered, such as the baud rates that --baud gave and that worked."},
     {"GPSStatus, beside the program",
      "Lines such as 4,UDF_SIGNAL_RTK_CODE: what a quality indicator means, in place of the built-in "
      "meaning."},
 };
 
-std::vector<const CLI::App*> Commands(const CLI::App& app) {
-  return app.get_subcommands([](const CLI::App* command) { return !command->get_group().empty(); });
-}
-
-/// A command under the words that a user types for it: "config set".
-struct Command {
-  std::string name;
-  const CLI::App* app;
-};
-
-/// All commands, each ahead of its own.
-std::vector<Command> AllCommands(const CLI::App& app, const std::string& parent = "") {
-  std::vector<Command> all;
-  for (const CLI::App* command : Commands(app)) {
-    const std::string name = parent + command->get_name();
-    all.push_back({name, command});
-    for (const Command& nested : AllCommands(*command, name + ' ')) all.push_back(nested);
-  }
-  return all;
-}
-
-std::vector<std::string> NamesOfCommands(const CLI::App& app) {
-  std::vector<std::string> names;
-  for (const CLI::App* command : Commands(app)) names.push_back(command->get_name());
-  return names;
-}
-
-std::vector<const CLI::Option*> Options(const CLI::App& command) {
-  return command.get_options([](const CLI::Option* option) { return !option->get_group().empty(); });
-}
-
-bool IsFlag(const CLI::Option& option) {
-  return option.get_items_expected_max() == 0;
-}
-
-/// What an option's value is called, and behind it what the help says of its limits.
-std::string TypeOf(const CLI::Option& option) {
-  const std::string type = option.get_type_name();
-  return type.substr(0, type.find(':'));
-}
-
-std::string LimitsOf(const CLI::Option& option) {
-  const std::string type = option.get_type_name();
-  const auto colon = type.find(':');
-  return colon == std::string::npos ? "" : type.substr(colon + 1);
-}
-
-/// The values of an option that takes one of a few: "{add,none}" in the help.
-std::vector<std::string> ChoicesOf(const CLI::Option& option) {
-  std::vector<std::string> choices;
-  const std::string limits = LimitsOf(option);
-  if (!limits.starts_with('{') || !limits.ends_with('}')) return choices;
-  for (std::size_t begin = 1; begin < limits.size();) {
-    const std::size_t end = limits.find_first_of(",}", begin);
-    choices.push_back(limits.substr(begin, end - begin));
-    begin = end + 1;
-  }
-  return choices;
-}
-
-std::string Join(const std::vector<std::string>& words, std::string_view separator) {
-  std::string text;
-  for (const std::string& word : words) {
-    if (!text.empty()) text += separator;
-    text += word;
-  }
-  return text;
-}
-
-std::string ValueName(const CLI::Option& option) {
-  const auto choices = ChoicesOf(option);
-  return choices.empty() ? TypeOf(option) : Join(choices, "|");
-}
-
-std::vector<std::string> NamesOf(const CLI::Option& option) {
-  std::vector<std::string> names;
-  for (const std::string& name : option.get_snames()) names.push_back("-" + name);
-  for (const std::string& name : option.get_lnames()) names.push_back("--" + name);
-  return names;
-}
-
-std::vector<std::string> NamesOf(const std::set<CLI::Option*>& options) {
+std::vector<std::string> SortedNames(const std::set<CLI::Option*>& options) {
   std::vector<std::string> names;
   for (const CLI::Option* option : options) names.push_back(option->get_name());
   std::sort(names.begin(), names.end());
@@ -152,15 +73,6 @@ std::string Sentence(std::string text) {
   return text;
 }
 
-/// Limits as the manual puts them: "FLOAT in [0.1 - 86400]" is 0.1 to 86400.
-std::string LimitsText(const std::string& limits) {
-  if (limits == "POSITIVE") return "above 0";
-  if (limits == "NONNEGATIVE") return "0 or more";
-  const auto begin = limits.find('['), dash = limits.find(" - "), end = limits.find(']');
-  if (begin == std::string::npos || dash == std::string::npos || end == std::string::npos) return limits;
-  return limits.substr(begin + 1, dash - begin - 1) + " to " + limits.substr(dash + 3, end - dash - 3);
-}
-
 void AppendOption(std::string& page, const CLI::Option& option) {
   std::string head;
   for (const std::string& name : NamesOf(option)) head += (head.empty() ? "" : ", ") + Bold(name);
@@ -168,12 +80,12 @@ void AppendOption(std::string& page, const CLI::Option& option) {
   if (!option.get_positional() && !IsFlag(option)) head += ' ' + Italic(ValueName(option));
   std::string text = Sentence(option.get_description());
   if (!IsFlag(option) && ChoicesOf(option).empty() && !LimitsOf(option).empty())
-    text += " Takes " + LimitsText(LimitsOf(option)) + ".";
+    text += " Takes numbers " + LimitsOf(option) + ".";
   if (!IsFlag(option) && !option.get_default_str().empty())
     text += " Without it: " + option.get_default_str() + ".";
-  if (const auto needed = NamesOf(option.get_needs()); !needed.empty())
+  if (const auto needed = SortedNames(option.get_needs()); !needed.empty())
     text += " Goes with " + Join(needed, ", ") + ".";
-  if (const auto excluded = NamesOf(option.get_excludes()); !excluded.empty())
+  if (const auto excluded = SortedNames(option.get_excludes()); !excluded.empty())
     text += " Not with " + Join(excluded, ", ") + ".";
   page += ".TP\n" + head + '\n' + Roff(text) + '\n';
 }
@@ -192,80 +104,6 @@ void AppendCommand(std::string& page, const std::string& name, const CLI::App& c
   const CLI::App* parent = command.get_parent();
   if (!command.get_footer().empty() && (parent == nullptr || parent->get_footer() != command.get_footer()))
     page += ".PP\n.EX\n" + Roff(command.get_footer()) + "\n.EE\n";
-}
-
-/// A word for a shell, which reads it as it is.
-std::string Quoted(const std::string& text) {
-  std::string out = "'";
-  for (const char c : text) out += c == '\'' ? std::string("'\\''") : std::string(1, c);
-  return out + "'";
-}
-
-/// How the values of an option are found.
-enum class Values { none, words, files, devices, unknown };
-
-Values ValuesOf(const CLI::Option& option, const KnownWords& known, std::vector<std::string>& words) {
-  words = ChoicesOf(option);
-  for (const std::string& key : {option.get_name(), TypeOf(option)}) {
-    if (const auto found = known.find(key); words.empty() && found != known.end()) words = found->second;
-  }
-  if (IsFlag(option)) return Values::none;
-  if (!words.empty()) return Values::words;
-  const std::string type = TypeOf(option);
-  if (type == "DEVICE") return Values::devices;
-  return type == "FILE" || type == "BASE" ? Values::files : Values::unknown;
-}
-
-std::string BashAction(Values values, const std::vector<std::string>& words) {
-  switch (values) {
-    case Values::words:
-      return "_gpsengine_words " + Quoted(Join(words, "\n"));
-    case Values::files:
-      return "COMPREPLY=($(compgen -f -- \"$cur\"))";
-    case Values::devices:
-      return "COMPREPLY=($(compgen -G \"${cur:-/dev/tty}*\"))";
-    default:
-      return ":";
-  }
-}
-
-// A value in a list of _arguments has its blanks, colons and parentheses escaped.
-std::string ZshEscaped(const std::string& text, std::string_view specials) {
-  std::string out;
-  for (const char c : text) {
-    if (specials.find(c) != std::string_view::npos) out += '\\';
-    out += c;
-  }
-  return out;
-}
-
-std::string ZshAction(Values values, const std::vector<std::string>& words) {
-  std::vector<std::string> escaped;
-  for (const std::string& word : words) escaped.push_back(ZshEscaped(word, " :()\\"));
-  switch (values) {
-    case Values::words:
-      return '(' + Join(escaped, " ") + ')';
-    case Values::files:
-      return "_files";
-    case Values::devices:
-      return "_files -g \"/dev/tty*\"";
-    default:
-      return " ";
-  }
-}
-
-void AppendZshOption(std::string& script, const CLI::Option& option, const KnownWords& known) {
-  std::vector<std::string> words;
-  const std::string action = ZshAction(ValuesOf(option, known, words), words);
-  const std::string value = ZshEscaped(ValueName(option), ":") + ':' + action;
-  if (option.get_positional()) {
-    const bool repeats = option.get_expected_max() > 1;
-    script += " \\\n        " + Quoted((repeats ? "*:" : ":") + value);
-    return;
-  }
-  const std::string help = '[' + ZshEscaped(option.get_description(), "[]:\\") + ']';
-  for (const std::string& name : NamesOf(option))
-    script += " \\\n        " + Quoted(name + help + (IsFlag(option) ? "" : ':' + value));
 }
 
 }  // namespace
@@ -288,103 +126,6 @@ std::string ManualPage(const CLI::App& app, const std::string& version) {
   page += ".SH FILES\n";
   for (const auto& row : kFiles) page += ".TP\n" + Italic(row.path) + '\n' + Roff(row.meaning) + '\n';
   return page;
-}
-
-std::string BashCompletion(const CLI::App& app, const KnownWords& known) {
-  std::vector<std::string> two_words;
-  std::string values, options, arguments;
-  for (const auto& [name, command] : AllCommands(app)) {
-    if (name.find(' ') != std::string::npos) two_words.push_back(Quoted(name));
-    std::vector<std::string> spellings;
-    std::string argument;
-    if (const auto nested = NamesOfCommands(*command); !nested.empty())
-      argument = BashAction(Values::words, nested);
-    for (const CLI::Option* option : Options(*command)) {
-      std::vector<std::string> words;
-      const Values kind = ValuesOf(*option, known, words);
-      const std::string action = BashAction(kind, words);
-      for (const std::string& spelling : NamesOf(*option)) {
-        spellings.push_back(spelling);
-        if (kind != Values::none)
-          values += "    " + Quoted(name + ':' + spelling) + ") " + action + "; return ;;\n";
-      }
-      if (option->get_positional() && argument.empty()) argument = action;
-    }
-    options += "      " + Quoted(name) + ") " + BashAction(Values::words, spellings) + " ;;\n";
-    if (!argument.empty()) arguments += "    " + Quoted(name) + ") " + argument + " ;;\n";
-  }
-  return "# Completion for bash, printed by \"gpsengine completion bash\".\n"
-         "_gpsengine_words() {\n"
-         "  local IFS=$'\\n'\n"
-         "  COMPREPLY=($(compgen -W \"$1\" -- \"$cur\"))\n"
-         "  COMPREPLY=(\"${COMPREPLY[@]// /\\\\ }\")\n"
-         "}\n"
-         "_gpsengine() {\n"
-         "  local cur=${COMP_WORDS[COMP_CWORD]//\\\\/} prev=${COMP_WORDS[COMP_CWORD - 1]} command=\n"
-         "  COMPREPLY=()\n"
-         "  ((COMP_CWORD > 1)) && command=${COMP_WORDS[1]}\n" +
-         (two_words.empty() ? ""
-                            : "  ((COMP_CWORD > 2)) && case \"$command ${COMP_WORDS[2]}\" in\n    " +
-                                  Join(two_words, " | ") +
-                                  ") command+=\" ${COMP_WORDS[2]}\" ;;\n"
-                                  "  esac\n") +
-         "  case $command:$prev in\n" + values +
-         "  esac\n"
-         "  if [[ $cur == -* ]]; then\n"
-         "    case $command in\n"
-         "      '') _gpsengine_words $'--help\\n--version' ;;\n" +
-         options +
-         "    esac\n"
-         "    return\n"
-         "  fi\n"
-         "  case $command in\n"
-         "    '') " +
-         BashAction(Values::words, NamesOfCommands(app)) + " ;;\n" + arguments +
-         "  esac\n"
-         "}\n"
-         "complete -F _gpsengine gpsengine\n";
-}
-
-std::string ZshCompletion(const CLI::App& app, const KnownWords& known) {
-  std::vector<std::string> two_words;
-  std::string names, commands;
-  for (const CLI::App* command : Commands(app)) {
-    const std::string text = command->get_name() + ':' + ZshEscaped(command->get_description(), ":");
-    names += "    " + Quoted(text) + '\n';
-  }
-  for (const auto& [name, command] : AllCommands(app)) {
-    if (name.find(' ') != std::string::npos) two_words.push_back(Quoted(name));
-    commands += "    " + Quoted(name) + ")\n      _arguments";
-    for (const CLI::Option* option : Options(*command)) AppendZshOption(commands, *option, known);
-    if (const auto nested = NamesOfCommands(*command); !nested.empty())
-      commands += " \\\n        " + Quoted(":command:" + ZshAction(Values::words, nested));
-    commands += " ;;\n";
-  }
-  return "#compdef gpsengine\n"
-         "# Completion for zsh, printed by \"gpsengine completion zsh\".\n"
-         "_gpsengine() {\n"
-         "  local curcontext=$curcontext state line\n"
-         "  typeset -A opt_args\n"
-         "  local -a commands=(\n" +
-         names +
-         "  )\n"
-         "  _arguments -C '(- *)--help[What the program takes]' '(- *)--version[The version]' \\\n"
-         "    '1:command:->command' '*::argument:->argument'\n"
-         "  case $state in\n"
-         "    command) _describe command commands; return ;;\n"
-         "    argument) ;;\n"
-         "    *) return ;;\n"
-         "  esac\n" +
-         (two_words.empty()
-              ? ""
-              : "  ((CURRENT > 2)) && case \"$words[1] $words[2]\" in\n    " + Join(two_words, " | ") +
-                    ") words=(\"$words[1] $words[2]\" \"${(@)words[3,-1]}\"); ((CURRENT--)) ;;\n"
-                    "  esac\n") +
-         "  case $words[1] in\n" + commands +
-         "  esac\n"
-         "}\n"
-         "if [ \"$funcstack[1]\" = _gpsengine ]; then _gpsengine \"$@\"; else compdef _gpsengine gpsengine; "
-         "fi\n";
 }
 
 }  // namespace host

@@ -8,7 +8,7 @@
 namespace host {
 
 /// Values to offer for an option or an argument, by its long name ("--model") or by what it is called in the
-/// help ("OPERATION").
+/// help ("OPERATION"); for what follows an operation, by "ARGUMENT set-dgps".
 using KnownWords = std::map<std::string, std::vector<std::string>>;
 
 // The program's documents, made out of what the command line says of itself, so that they have what the help

@@ -3,6 +3,7 @@
 #include <CLI/CLI.hpp>
 #include <charconv>
 
+#include "host/cli/values.h"
 #include "host/session/recordingfeed.h"
 
 namespace host {
@@ -19,7 +20,7 @@ const std::map<std::string, AngleFormat> kAngles = {
     {"degrees", AngleFormat::degrees}, {"minutes", AngleFormat::minutes}, {"dms", AngleFormat::seconds}};
 
 void AddFile(CLI::App& command, const std::string& name, std::string& path, const std::string& what) {
-  command.add_option(name, path, what)->type_name("FILE")->group("Exports");
+  command.add_option(name, path, what)->check(AName())->type_name("FILE")->group("Exports");
 }
 
 /// An option that takes one of some words.
@@ -53,11 +54,11 @@ void AddFilters(CLI::App& command, FilterOptions& filter) {
       ->type_name("KIND,...")
       ->group("Filters");
   command.add_option("--min-distance", filter.min_distance, "Only fixes so many metres off the last one")
-      ->check(CLI::PositiveNumber)
+      ->check(AboveZero())
       ->type_name("M")
       ->group("Filters");
   command.add_option("--min-interval", filter.min_interval, "Only fixes so many seconds after the last one")
-      ->check(CLI::PositiveNumber)
+      ->check(AboveZero())
       ->type_name("S")
       ->group("Filters");
 }
@@ -92,6 +93,7 @@ void AddDisplayOptions(CLI::App& command, Display& display) {
           [&display](const std::string& code) { display.projection = std::make_shared<Projection>(code); },
           "Eastings and northings too, in a system that PROJ knows, such as EPSG:25832; utm: the zone of the "
           "first fix")
+      ->check(AName())
       ->type_name("CODE")
       ->group("For people");
 }

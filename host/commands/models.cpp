@@ -4,50 +4,56 @@
 #include <iterator>
 #include <string_view>
 
+#include "gpsengine/engine/gpsengine.h"
 #include "host/commands/rehearse.h"
 #include "host/records/jsonwriter.h"
 #include "host/run/failure.h"
+#include "host/run/nearest.h"
 
 namespace host {
 
 namespace {
 
-#define ANSWER(operation, heading)                                                            \
-  {                                                                                           \
-#operation, heading, [](CGPSReceiver & receiver) -> bool { return receiver.operation(); } \
+#define ANSWER(operation, heading, meaning)                                                            \
+  {                                                                                                    \
+#operation, heading, meaning, [](CGPSReceiver & receiver) -> bool { return receiver.operation(); } \
   }
 
 constexpr Answer kAnswers[] = {
-    ANSWER(HasRawData, "RAW"),
-    ANSWER(GGASendsOrthoHeight, "ORTHO"),
-    ANSWER(HasDGPSSupport, "DGPS"),
-    ANSWER(ImplementsQueryNmea, "QNMEA"),
-    ANSWER(ImplementsQueryGpsSettings, "QSET"),
-    ANSWER(ImplementsBeacon, "BEACON"),
-    ANSWER(ImplementsSetElevMask, "MASK"),
-    ANSWER(ImplementsSetNmea, "NMEA"),
-    ANSWER(ImplementsResetAll, "RESET"),
-    ANSWER(IsAvailable, "AVAIL"),
-    ANSWER(IsRtkReceiver, "RTK"),
-    ANSWER(IsExternalDriver, "EXTDRV"),
-    ANSWER(UseExternalSettings, "EXTSET"),
+    ANSWER(HasRawData, "RAW", "sends raw measurements"),
+    ANSWER(GGASendsOrthoHeight, "ORTHO", "its heights are above mean sea level"),
+    ANSWER(HasDGPSSupport, "DGPS", "its source of corrections can be chosen"),
+    ANSWER(ImplementsQueryNmea, "QNMEA", "tells which sentences are on"),
+    ANSWER(ImplementsQueryGpsSettings, "QSET", "tells its settings"),
+    ANSWER(ImplementsBeacon, "BEACON", "has a beacon receiver"),
+    ANSWER(ImplementsSetElevMask, "MASK", "its elevation mask can be set"),
+    ANSWER(ImplementsSetNmea, "NMEA", "its sentences can be chosen"),
+    ANSWER(ImplementsResetAll, "RESET", "can be reset to a known configuration"),
+    ANSWER(IsAvailable, "AVAIL", "can be used"),
+    ANSWER(IsRtkReceiver, "RTK", "is an RTK receiver"),
+    ANSWER(IsExternalDriver, "EXTDRV", "is read by a driver of its own"),
+    ANSWER(UseExternalSettings, "EXTSET", "is set up outside the library"),
 };
 
 #undef ANSWER
 
-constexpr std::size_t kNameWidth = 17, kAnswerWidth = 26;
+constexpr std::size_t kNameWidth = 17, kAnswerWidth = 39;
 
 std::string Padded(std::string text, std::size_t width) {
   if (text.size() < width) text.append(width - text.size(), ' ');
   return text;
 }
 
-std::string ListOfNames(const CGPSEngine& engine) {
-  std::string names;
-  for (const auto& receiver : engine.GetReceivers()) {
-    names += (names.empty() ? "\"" : ", \"") + receiver->GetName().ToUtf8() + '"';
+/// The failure of a name that is no model's.
+Failure NoModel(const std::string& name) {
+  std::vector<std::string> names;
+  std::string list;
+  for (const auto& receiver : Models()) {
+    names.push_back(receiver->GetName().ToUtf8());
+    list += (list.empty() ? "\"" : ", \"") + names.back() + '"';
   }
-  return names;
+  return Failure(ExitCode::usage,
+                 "no model is called \"" + name + '"' + DidYouMean(name, names) + "; the models are " + list);
 }
 
 /// Writes the members that tell of a model.
@@ -70,22 +76,24 @@ std::span<const Answer> Answers() {
   return kAnswers;
 }
 
-CGPSReceiver& SelectModel(CGPSEngine& engine, const std::string& name) {
-  const auto& receivers = engine.GetReceivers();
-  const auto found = std::find_if(receivers.begin(), receivers.end(),
-                                  [&](const auto& receiver) { return receiver->GetName().ToUtf8() == name; });
-  if (found == receivers.end()) {
-    throw Failure(ExitCode::usage,
-                  "no model is called \"" + name + "\"; the models are " + ListOfNames(engine));
-  }
+const std::vector<std::unique_ptr<CGPSReceiver>>& Models() {
+  static const auto* const engine = new CGPSEngine;
+  return engine->GetReceivers();
+}
+
+CGPSReceiver& FindModel(const std::string& name) {
+  const auto found = std::find_if(Models().begin(), Models().end(), [&](const auto& receiver) {
+    return IsSameName(receiver->GetName().ToUtf8(), name);
+  });
+  if (found == Models().end()) throw NoModel(name);
   return **found;
 }
 
-std::string ModelsAsTable(const CGPSEngine& engine) {
+std::string ModelsAsTable() {
   std::string table = Padded("MODEL", kNameWidth) + " BAUD";
   for (const auto& answer : kAnswers) table += std::string("  ") + answer.heading;
   table += '\n';
-  for (const auto& receiver : engine.GetReceivers()) {
+  for (const auto& receiver : Models()) {
     table += Padded(receiver->GetName().ToUtf8(), kNameWidth) + ' ' +
              std::to_string(receiver->GetDefaultBaudrate());
     for (const auto& answer : kAnswers) {
@@ -94,16 +102,18 @@ std::string ModelsAsTable(const CGPSEngine& engine) {
     table.erase(table.find_last_not_of(' ') + 1);
     table += '\n';
   }
-  table += "\nBAUD is GetDefaultBaudrate; the columns behind it are the answers of\n";
-  for (const auto& answer : kAnswers) table += "  " + Padded(answer.heading, 7) + answer.operation + '\n';
+  table += "\nBAUD is GetDefaultBaudrate; the columns behind it:\n";
+  for (const auto& answer : kAnswers)
+    table += "  " + Padded(answer.heading, 7) + Padded(answer.meaning, kAnswerWidth) + ' ' +
+             answer.operation + '\n';
   return table;
 }
 
-std::string ModelsAsJson(const CGPSEngine& engine) {
+std::string ModelsAsJson() {
   std::string text;
   JsonWriter json(text);
   json.BeginArray();
-  for (const auto& receiver : engine.GetReceivers()) {
+  for (const auto& receiver : Models()) {
     json.BeginObject();
     Describe(*receiver, json);
     json.EndObject();
@@ -116,14 +126,14 @@ std::string ModelAsText(CGPSReceiver& receiver) {
   std::string text = receiver.GetName().ToUtf8() + " (" + receiver.GetRuntimeClass()->m_lpszClassName +
                      "), " + std::to_string(receiver.GetDefaultBaudrate()) + " baud\n\n";
   for (const auto& answer : kAnswers) {
-    text += "  " + Padded(answer.operation, kAnswerWidth) + (answer.ask(receiver) ? " yes\n" : " no\n");
+    text += "  " + Padded(answer.meaning, kAnswerWidth) + (answer.ask(receiver) ? " yes\n" : " no\n");
   }
   text += "\nOperations for \"gpsengine command --model\":\n";
-  const auto operations = OperationsOf(receiver);
+  const auto& offers = OffersOf(receiver);
   std::size_t width = 0;
-  for (const Operation* operation : operations) width = std::max(width, Usage(*operation).size());
-  for (const Operation* operation : operations) {
-    text += "  " + Padded(Usage(*operation), width) + "  " + operation->summary + '\n';
+  for (const Offer& offer : offers) width = std::max(width, Usage(*offer.operation).size());
+  for (const Offer& offer : offers) {
+    text += "  " + Padded(Usage(*offer.operation), width) + "  " + offer.operation->summary + '\n';
   }
   return text;
 }
@@ -135,7 +145,7 @@ std::string ModelAsJson(CGPSReceiver& receiver) {
   Describe(receiver, json);
   json.Key("operations");
   json.BeginArray();
-  for (const Operation* operation : OperationsOf(receiver)) {
+  for (const auto& [operation, times] : OffersOf(receiver)) {
     json.BeginObject();
     json.Member("name", operation->name);
     json.Member("arguments", operation->arguments);

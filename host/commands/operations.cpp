@@ -7,8 +7,10 @@
 #include <optional>
 #include <string_view>
 
+#include "host/commands/rawdata.h"
 #include "host/records/reports.h"
 #include "host/run/failure.h"
+#include "host/run/nearest.h"
 
 namespace host {
 
@@ -53,12 +55,12 @@ class Words {
     if (word != "on" && word != "off") Refuse(word, "on or off");
     return word == "on";
   }
-  /// A number, in the digits in which it is given.
-  CString Digits(const char* what) {
+  /// A number that fits, in the digits in which it is given.
+  CString Digits(const char* what, bool (*fits)(double)) {
     const std::string& word = Word(what);
-    if (!ReadNumber<double>(word) || word.find_first_not_of("0123456789.") != std::string::npos) {
-      Refuse(word, std::string("a number of ") + what);
-    }
+    const auto value = ReadNumber<double>(word);
+    if (!value || word.find_first_not_of("0123456789.") != std::string::npos || !fits(*value))
+      Refuse(word, what);
     return word.c_str();
   }
   void End() const {
@@ -94,12 +96,24 @@ Action SetElevationMask(const Arguments& arguments) {
   };
 }
 
+// The band of the beacons, in kHz, and the bit rates that they send at.
+constexpr double kFirstBeacon = 283.5, kLastBeacon = 325.0;
+constexpr double kBeaconBitRates[] = {25, 50, 100, 200};
+
 Action SetBeacon(const Arguments& arguments) {
   Words words(arguments);
   const bool automatic = !arguments.words.empty() && arguments.words[0] == "auto";
   if (automatic) words.Word("auto");
-  const CString frequency = automatic ? CString() : words.Digits("kHz, nor \"auto\"");
-  const CString bit_rate = automatic || words.AtEnd() ? CString() : words.Digits("bits a second");
+  const CString frequency =
+      automatic ? CString()
+                : words.Digits("\"auto\", nor a beacon's frequency from 283.5 to 325 kHz",
+                               [](double khz) { return khz >= kFirstBeacon && khz <= kLastBeacon; });
+  const CString bit_rate = automatic || words.AtEnd()
+                               ? CString()
+                               : words.Digits("a beacon's bit rate: 25, 50, 100 or 200", [](double rate) {
+                                   return std::find(std::begin(kBeaconBitRates), std::end(kBeaconBitRates),
+                                                    rate) != std::end(kBeaconBitRates);
+                                 });
   words.End();
   return [=](CGPSReceiver& receiver) {
     receiver.SetBeacon(automatic ? BEACON_MODE_AUTO : BEACON_MODE_MANUAL, frequency, bit_rate);
@@ -163,7 +177,7 @@ Action RawInterval(const Arguments& arguments) {
   Words words(arguments);
   const double seconds = words.Number("seconds");
   words.End();
-  return [seconds](CGPSReceiver& receiver) { return ResultOf(receiver.SetRawDataOutputInterval(seconds)); };
+  return [seconds](CGPSReceiver& receiver) { return ResultOf(SetRawInterval(receiver, seconds)); };
 }
 
 Action Reset(const Arguments& arguments) {
@@ -265,14 +279,16 @@ std::vector<Operation> MakeOperations() {
        Call<&CGPSReceiver::SendCorrection>, plain},
       {"post-processing", "on|off", "raw measurements and ephemerides, until the end of the run", sets,
        OPENED_BY(HasRawData), PostProcessing, on_off},
-      // A receiver of the $J language that is at 5 is at the interval that it starts with.
       {"raw-interval",
        "SECONDS",
        "the interval of raw measurements",
        sets,
        OPENED_BY(HasRawData),
        RawInterval,
-       {{{"1"}}, {{"5"}}}},
+       {{{"1"}}, {{"0.2"}}, {{"5"}}},
+       [](CGPSReceiver& receiver, const Arguments& arguments) {
+         CheckRawInterval(receiver, Words(arguments).Number("seconds"));
+       }},
       {"reset",
        "[--wait]",
        "a known configuration; --wait: and see that it acknowledges",
@@ -283,7 +299,7 @@ std::vector<Operation> MakeOperations() {
       {"send", "TEXT", "a line of your own", sets, ALWAYS_OPEN, Send, {}},
       {"keep-alive", "", "what a silent line is sent", sets, ALWAYS_OPEN, Call<&CGPSReceiver::KeepAlive>,
        plain},
-      {"suspend", "", "what the end of a run writes", sets, ALWAYS_OPEN, Call<&CGPSReceiver::Suspend>, plain},
+      {"suspend", "", "what the end of a run writes", ends, ALWAYS_OPEN, Call<&CGPSReceiver::Suspend>, plain},
   };
 }
 
@@ -302,9 +318,14 @@ const Operation& FindOperation(const std::string& name) {
   const auto found = std::find_if(operations.begin(), operations.end(),
                                   [&](const Operation& operation) { return operation.name == name; });
   if (found != operations.end()) return *found;
-  std::string names;
-  for (const auto& operation : operations) names += std::string(names.empty() ? "" : ", ") + operation.name;
-  throw Failure(ExitCode::usage, "no operation is called \"" + name + "\"; the operations are " + names);
+  std::vector<std::string> names;
+  std::string list;
+  for (const auto& operation : operations) {
+    names.push_back(operation.name);
+    list += (list.empty() ? "" : ", ") + names.back();
+  }
+  throw Failure(ExitCode::usage, "no operation is called \"" + name + '"' + DidYouMean(name, names) +
+                                     "; the operations are " + list);
 }
 
 bool IsOffered(const Operation& operation, CGPSReceiver& receiver) {
@@ -315,6 +336,12 @@ Action Prepare(const Operation& operation, const Arguments& arguments) {
   if (arguments.wait && operation.prepare != Reset)
     throw Failure(ExitCode::usage, "--wait belongs to the operation reset");
   return operation.prepare(arguments);
+}
+
+Action Prepare(const Operation& operation, const Arguments& arguments, CGPSReceiver& receiver) {
+  Action action = Prepare(operation, arguments);
+  if (operation.check != nullptr) operation.check(receiver, arguments);
+  return action;
 }
 
 std::string CallText(const Operation& operation, const Arguments& arguments) {

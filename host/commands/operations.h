@@ -23,9 +23,10 @@ struct Arguments {
 /// One operation of the interface to receivers, under the same name for every make.
 struct Operation {
   enum class Kind {
-    sets,   ///< Writes commands.
-    asks,   ///< Writes a request, which a report answers.
-    starts  ///< What the start of a run does by itself.
+    sets,    ///< Writes commands.
+    asks,    ///< Writes a request, which a report answers.
+    starts,  ///< What the start of a run does by itself.
+    ends     ///< What the end of a run does by itself: the line is closed behind it.
   };
 
   const char* name;
@@ -35,7 +36,9 @@ struct Operation {
   const char* answer;              ///< The capability answer that opens it; null: every model has it.
   bool (*is_open)(CGPSReceiver&);  ///< That answer; null likewise.
   Action (*prepare)(const Arguments&);
-  std::vector<Arguments> examples;  ///< Arguments to show it with.
+  std::vector<Arguments> examples;  ///< Arguments to show it with, as far as the model takes them.
+  /// Throws a Failure if a receiver does not take the arguments; null: every model takes the same.
+  void (*check)(CGPSReceiver&, const Arguments&) = nullptr;
 };
 
 /// All operations, in the order in which they are listed.
@@ -46,6 +49,8 @@ const Operation& FindOperation(const std::string& name);
 bool IsOffered(const Operation& operation, CGPSReceiver& receiver);
 /// The operation on its arguments, ready to be called. Throws a Failure if they are not what it takes.
 Action Prepare(const Operation& operation, const Arguments& arguments);
+/// The same for receivers of this one's model, which may not take all that others do.
+Action Prepare(const Operation& operation, const Arguments& arguments, CGPSReceiver& receiver);
 /// The operation and its arguments as a user writes them.
 std::string CallText(const Operation& operation, const Arguments& arguments);
 

@@ -24,7 +24,7 @@ std::string Seconds(long long ms) {
   return text + " s";
 }
 
-std::string CapabilityTable(const CGPSEngine& engine) {
+std::string CapabilityTable() {
   std::string table = "| Model | Baud |";
   std::string rule = "|---|---|";
   for (const auto& answer : Answers()) {
@@ -32,7 +32,7 @@ std::string CapabilityTable(const CGPSEngine& engine) {
     rule += "---|";
   }
   table += '\n' + rule + '\n';
-  for (const auto& receiver : engine.GetReceivers()) {
+  for (const auto& receiver : Models()) {
     table +=
         "| " + receiver->GetName().ToUtf8() + " | " + std::to_string(receiver->GetDefaultBaudrate()) + " |";
     for (const auto& answer : Answers()) table += answer.ask(*receiver) ? " yes |" : " |";
@@ -52,20 +52,21 @@ std::string Call(const Operation& operation, const Arguments& arguments, const s
 std::string OperationsText(CGPSReceiver& receiver) {
   const std::string model = receiver.GetName().ToUtf8();
   std::string text;
-  for (const Operation* operation : OperationsOf(receiver)) {
+  for (const auto& [operation, times] : OffersOf(receiver)) {
     if (operation->examples.empty()) continue;
     text += "### " + std::string(operation->name) + ": " + operation->summary + "\n\n";
-    for (const auto& arguments : operation->examples) text += Call(*operation, arguments, model);
+    for (const auto& arguments : ExamplesFor(*operation, receiver))
+      text += Call(*operation, arguments, model);
   }
   return text;
 }
 
 }  // namespace
 
-std::string ReceiversDoc(const CGPSEngine& engine) {
-  std::string doc = kIntroduction + CapabilityTable(engine);
+std::string ReceiversDoc() {
+  std::string doc = kIntroduction + CapabilityTable();
   std::map<std::string, std::string> first_with;  // the model that was the first to have these operations
-  for (const auto& receiver : engine.GetReceivers()) {
+  for (const auto& receiver : Models()) {
     const std::string model = receiver->GetName().ToUtf8();
     doc += "## " + model + "\n\n";
     const std::string operations = OperationsText(*receiver);

@@ -2,12 +2,10 @@
 
 #include <string>
 
-#include "gpsengine/engine/gpsengine.h"
-
 namespace host {
 
 /// docs/receivers.md: for each model its capability answers and, for each operation that they open, the lines
 /// it writes and the times it waits. No engine may run meanwhile.
-std::string ReceiversDoc(const CGPSEngine& engine);
+std::string ReceiversDoc();
 
 }  // namespace host

@@ -1,10 +1,13 @@
 #include "host/commands/rehearse.h"
 
 #include <algorithm>
+#include <map>
+#include <utility>
 
 #include "gpsengine/engine/gpsengine.h"
 #include "gpsengine/link/ack.h"
 #include "host/commands/models.h"
+#include "host/run/failure.h"
 #include "host/run/port.h"
 
 namespace host {
@@ -16,6 +19,18 @@ void Acknowledge() {
   data.m_Status.m_bAck = true;
   CAck::OnNewGPSData(&data);
 }
+
+/// The interval of block 95, which is one for all receivers of the $J language. It is as it was when the
+/// object goes.
+class BinInterval : CGPSReceiver {
+ public:
+  /// Never made: the interval is reached from within a receiver alone.
+  BinInterval() = delete;
+  struct Kept {
+    ~Kept() { s_dBinInterval = before; }
+    const double before = s_dBinInterval;
+  };
+};
 
 }  // namespace
 
@@ -33,9 +48,10 @@ std::string Transcript::Text() const {
 
 Transcript Rehearse(const std::string& model, const Operation& operation, const Action& action,
                     bool port_opens) {
+  const BinInterval::Kept interval;
   CRehearsal line(kPort, port_opens);
-  CGPSEngine engine;
-  CGPSReceiver& receiver = SelectModel(engine, model);
+  CGPSEngine engine;  // whose receivers are as new
+  CGPSReceiver& receiver = *engine.FindReceiver(FindModel(model).GetName());
   receiver.SetProperties();  // some commands carry the baud rate
   receiver.SetupReceiver(kPort, 0, 0.0, "", false);
   if (port_opens) operation.kind == Operation::Kind::starts ? receiver.OpenPort() : receiver.Initialize();
@@ -54,20 +70,49 @@ bool HasNoEffect(const Operation& operation, const Transcript& transcript) {
   return operation.answer != nullptr && transcript.result == Result::none && transcript.steps.empty();
 }
 
-std::vector<const Operation*> OperationsOf(CGPSReceiver& receiver) {
-  const std::string model = receiver.GetName().ToUtf8();
-  const auto is_empty = [&](const Operation& operation) {
-    return std::all_of(operation.examples.begin(), operation.examples.end(), [&](const Arguments& arguments) {
-      return HasNoEffect(operation, Rehearse(model, operation, Prepare(operation, arguments)));
-    });
-  };
-  std::vector<const Operation*> operations;
-  for (const auto& operation : Operations()) {
-    if (IsOffered(operation, receiver) && !(operation.answer != nullptr && is_empty(operation))) {
-      operations.push_back(&operation);
+std::vector<Arguments> ExamplesFor(const Operation& operation, CGPSReceiver& receiver) {
+  std::vector<Arguments> examples = operation.examples;
+  std::erase_if(examples, [&](const Arguments& arguments) {
+    try {
+      Prepare(operation, arguments, receiver);
+      return false;
+    } catch (const Failure&) {
+      return true;
     }
+  });
+  return examples;
+}
+
+namespace {
+
+std::vector<Offer> FindOffers(CGPSReceiver& receiver) {
+  const std::string model = receiver.GetName().ToUtf8();
+  std::vector<Offer> offers;
+  for (const Operation& operation : Operations()) {
+    if (!IsOffered(operation, receiver)) continue;
+    Offer offer{&operation, {}};
+    bool has_effect = operation.answer == nullptr;
+    for (const Arguments& arguments : ExamplesFor(operation, receiver)) {
+      const Transcript transcript = Rehearse(model, operation, Prepare(operation, arguments));
+      has_effect = has_effect || !HasNoEffect(operation, transcript);
+      offer.times.emplace_back(CallText(operation, arguments), transcript.Time());
+    }
+    if (has_effect) offers.push_back(std::move(offer));
   }
-  return operations;
+  return offers;
+}
+
+}  // namespace
+
+const std::vector<Offer>& OffersOf(CGPSReceiver& receiver) {
+  static std::map<std::string, std::vector<Offer>> found;
+  const auto [offers, is_new] = found.try_emplace(receiver.GetName().ToUtf8());
+  if (is_new) offers->second = FindOffers(receiver);
+  return offers->second;
+}
+
+long long StartTimeOf(CGPSReceiver& receiver) {
+  return OffersOf(receiver).front().times.front().second;
 }
 
 const char* NameOf(Result result) {

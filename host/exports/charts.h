@@ -4,7 +4,7 @@
 #include <string_view>
 
 #include "host/exports/runstatistics.h"
-#include "host/records/units.h"
+#include "host/records/display.h"
 
 namespace host {
 

@@ -5,9 +5,10 @@
 
 #include "gpsengine/records/gpsdata.h"
 #include "host/exports/exportfile.h"
+#include "host/records/display.h"
 #include "host/records/epoch.h"
 #include "host/records/geoid.h"
-#include "host/records/units.h"
+#include "host/records/tally.h"
 
 namespace host {
 
@@ -17,11 +18,6 @@ struct RunFacts {
   std::string model;
   Geoid geoid = Geoid::none;
   Display display = {};
-};
-
-/// What the library has counted in a run.
-struct Tally {
-  long long messages = 0, sentences = 0, checksum_errors = 0, binary = 0, bad_binary = 0, dropped = 0;
 };
 
 /// A file that is made of the epochs of a run. What it is told it keeps until Flush, so that it may be told

@@ -152,22 +152,9 @@ bool Exports::Finish() {
   while (!exports_.empty()) {
     const auto file = std::move(exports_.back());
     exports_.pop_back();
-    file->Finish(TallyOf());
+    file->Finish(TallyOf(engine_));
   }
   return true;
-}
-
-Tally Exports::TallyOf() const {
-  Tally tally;
-  tally.messages = engine_.GetMessages();
-  tally.dropped = engine_.GetDroppedBuffers();
-  if (const CGPSReceiver* receiver = engine_.GetReceiver()) {
-    tally.sentences = receiver->GetSentencesRecognised();
-    tally.checksum_errors = receiver->GetChecksumErrors();
-    tally.binary = receiver->GetBinaryMessages();
-    tally.bad_binary = receiver->GetBadBinaryMessages();
-  }
-  return tally;
 }
 
 }  // namespace host

@@ -55,7 +55,6 @@ class Exports : public Sink, public Outlet {
     CGPSData data;
   };
 
-  Tally TallyOf() const;
   void Tell(const std::optional<GgaTail>& tail);
   void ResolveHeights(PositionEpoch& epoch, bool has_sentence);
   void ComplainOfDates();

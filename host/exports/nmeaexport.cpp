@@ -1,17 +1,16 @@
 #include <algorithm>
 #include <cmath>
-#include <numbers>
 #include <vector>
 
 #include "host/exports/export.h"
 #include "host/records/fixkind.h"
 #include "host/records/jsonwriter.h"
+#include "host/records/units.h"
 
 namespace host {
 
 namespace {
 
-constexpr double kDegrees = 180.0 / std::numbers::pi;
 constexpr double kKnots = 3600.0 / 1852.0;  // in a metre a second
 
 void AppendDigits(std::string& out, long long value, int width) {

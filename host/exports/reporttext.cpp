@@ -1,16 +1,9 @@
 #include "host/exports/reporttext.h"
 
-#include <numbers>
-
 #include "host/records/jsonwriter.h"
+#include "host/records/units.h"
 
 namespace host {
-
-namespace {
-
-constexpr double kRadians = std::numbers::pi / 180.0;
-
-}  // namespace
 
 std::string Number(double value, int decimals) {
   std::string text;
@@ -54,7 +47,7 @@ std::string Time(Moment moment) {
 }
 
 std::string Angle(double degrees, AngleFormat format, char positive, char negative) {
-  std::string text = AngleText(degrees * kRadians, format, positive, negative);
+  std::string text = AngleText(degrees / kDegrees, format, positive, negative);
   text.erase(0, text.find_first_not_of(' '));
   for (std::size_t at = 0; (at = text.find(' ', at)) != std::string::npos;) text.replace(at, 1, "\xC2\xA0");
   return text;

@@ -2,8 +2,8 @@
 
 #include <string>
 
+#include "host/records/display.h"
 #include "host/records/moment.h"
-#include "host/records/units.h"
 
 namespace host {
 

@@ -4,9 +4,11 @@
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <cmath>
 #include <cstdarg>
 #include <cstdio>
+#include <cstring>
 #include <ctime>
 #include <numbers>
 #include <string_view>
@@ -275,7 +277,7 @@ bool RinexLog::Write(CFile& file, const std::string& path, const std::string& te
     error_.Empty();
     return true;
   }
-  return Break("cannot write " + CString::FromUtf8(path));
+  return Break("cannot write " + CString::FromUtf8(path) + ": " + std::strerror(errno));
 }
 
 bool RinexLog::Break(const CString& reason) {

@@ -1,5 +1,6 @@
 #include "host/exports/rinexsink.h"
 
+#include "host/commands/rawdata.h"
 #include "host/run/failure.h"
 
 namespace host {
@@ -11,7 +12,9 @@ constexpr double kEveryEpoch = 0.1;
 
 }  // namespace
 
-RinexSink::RinexSink(const RinexOptions& options, const std::string& model, double antenna_height) {
+RinexSink::RinexSink(const RinexOptions& options, const std::string& model, double antenna_height)
+    : model_(model) {
+  if (!IsRawDataDecoded(model)) Complain(WhyNoRawData(model));
   log_.SetBase(options.base);
   log_.SetReceiver(model);
   log_.SetLogInterval(options.interval > 0.0 ? options.interval : kEveryEpoch);
@@ -38,8 +41,8 @@ void RinexSink::Step() {
 bool RinexSink::Finish() {
   log_.Close();
   if (log_.GetNumEpochs() == 0) {
-    Complain("no raw epoch came, so that there is no " + log_.ObservationPath() +
-             ". Beside GSA and GSV sentences raw data are passed over: the operation gga-only ends them");
+    Complain("no raw epoch came, so that there is no " + log_.ObservationPath() + "; " +
+             WhyNoRawData(model_));
     return false;
   }
   Complain(log_.ObservationPath() + ": " + log_.GetStatusString().ToUtf8());

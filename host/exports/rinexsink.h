@@ -30,6 +30,7 @@ class RinexSink : public NoSink, public Outlet {
   bool Finish() override;
 
  private:
+  const std::string model_;
   RinexLog log_;
 };
 

@@ -2,14 +2,14 @@
 
 #include <algorithm>
 #include <cmath>
-#include <numbers>
 #include <utility>
+
+#include "host/records/units.h"
 
 namespace host {
 
 namespace {
 
-constexpr double kDegrees = 180.0 / std::numbers::pi;
 // More than these a drawing does not show.
 constexpr std::size_t kMostPieces = 1200;
 constexpr std::size_t kMostSpans = 400;

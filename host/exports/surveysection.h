@@ -3,8 +3,8 @@
 #include <string>
 #include <string_view>
 
+#include "host/records/display.h"
 #include "host/records/survey.h"
-#include "host/records/units.h"
 
 namespace host {
 

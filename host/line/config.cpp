@@ -1,6 +1,10 @@
 #include "host/line/config.h"
 
+#include <unistd.h>
+
+#include <cerrno>
 #include <filesystem>
+#include <system_error>
 
 #include "gpsengine/platform/application.h"
 #include "host/commands/models.h"
@@ -23,8 +27,16 @@ bool Write(const char* entry, const std::string& value) {
   return Read(entry) == value || AfxGetApp()->WriteProfileString(kSection, entry, CString::FromUtf8(value));
 }
 
+/// The failure to write the profile, whose folder or disk is most often why.
 Failure CannotWrite() {
-  return Failure(ExitCode::failed, "cannot write " + AfxGetApp()->GetProfilePath().ToUtf8());
+  const std::filesystem::path path = AfxGetApp()->GetProfilePath().ToUtf8();
+  std::error_code error;
+  std::filesystem::create_directories(path.parent_path(), error);
+  if (!error &&
+      (access(path.parent_path().c_str(), W_OK) != 0 || (access(path.c_str(), R_OK) != 0 && errno != ENOENT)))
+    error = {errno, std::generic_category()};
+  return Failure(ExitCode::failed,
+                 "cannot write " + path.string() + ": " + (error ? error.message() : "is the disk full?"));
 }
 
 std::string Absolute(const std::string& path) {
@@ -35,9 +47,9 @@ std::string Absolute(const std::string& path) {
 
 }  // namespace
 
-Config ReadConfig(const CGPSEngine& engine) {
+Config ReadConfig() {
   Config config{AfxGetApp()->GetProfilePath().ToUtf8(), Read(kPortEntry), Read(kModelEntry), {}};
-  for (const auto& receiver : engine.GetReceivers()) {
+  for (const auto& receiver : Models()) {
     const CString name = receiver->GetName();
     const int rate = AfxGetApp()->GetProfileInt(name, kBaudEntry, 0);
     if (rate > 0) config.rates[name.ToUtf8()] = rate;
@@ -72,31 +84,48 @@ std::string ConfigAsJson(const Config& config) {
   return text + '\n';
 }
 
-void Remember(const std::string& port, const std::string& model) {
+void Remember(const std::string& port, CGPSReceiver& receiver) {
   Write(kPortEntry, StableName(Absolute(port)));
-  Write(kModelEntry, model);
+  Write(kModelEntry, receiver.GetName().ToUtf8());
+  KeepRate(receiver);
 }
 
-void SetConfig(CGPSEngine& engine, const std::string& name, const std::string& value) {
+void KeepRate(CGPSReceiver& receiver) {
+  const int rate = receiver.GetCurrentBaudrate();
+  const int used = AfxGetApp()->GetProfileInt(receiver.GetName(), kBaudEntry, receiver.GetDefaultBaudrate());
+  if (rate != used) AfxGetApp()->WriteProfileInt(receiver.GetName(), kBaudEntry, rate);
+}
+
+bool IsKeptRate(CGPSReceiver& receiver) {
+  return AfxGetApp()->GetProfileInt(receiver.GetName(), kBaudEntry, 0) == receiver.GetCurrentBaudrate();
+}
+
+void SetConfig(const std::string& name, const std::string& value) {
   bool written = false;
   if (name == "port") {
     if (value.empty()) throw Failure(ExitCode::usage, "the name of a port is not empty");
     written = Write(kPortEntry, StableName(Absolute(value)));
+    std::error_code error;
+    if (!std::filesystem::exists(value, error))
+      Complain("there is no " + value + " now; it is remembered all the same");
   } else if (name == "model") {
-    SelectModel(engine, value);  // throws if there is none of the name
-    written = Write(kModelEntry, value);
+    written = Write(kModelEntry, FindModel(value).GetName().ToUtf8());
   } else {
     throw Failure(ExitCode::usage, "\"" + name + "\" cannot be set; port and model can");
   }
   if (!written) throw CannotWrite();
 }
 
-void ResetConfig(const CGPSEngine& engine) {
+void ForgetRate(const std::string& model) {
+  if (!AfxGetApp()->RemoveProfileEntry(FindModel(model).GetName(), kBaudEntry)) throw CannotWrite();
+}
+
+void ResetConfig() {
   bool written = true;
   for (const char* entry : {kPortEntry, kModelEntry}) {
     written &= AfxGetApp()->RemoveProfileEntry(kSection, entry);
   }
-  for (const auto& receiver : engine.GetReceivers()) {
+  for (const auto& receiver : Models()) {
     written &= AfxGetApp()->RemoveProfileEntry(receiver->GetName(), kBaudEntry);
   }
   if (!written) throw CannotWrite();

@@ -8,6 +8,7 @@
 #include "gpsengine/platform/serial.h"
 #include "host/commands/models.h"
 #include "host/line/config.h"
+#include "host/line/kindlistener.h"
 #include "host/line/ports.h"
 #include "host/run/failure.h"
 
@@ -19,62 +20,6 @@ using Clock = std::chrono::steady_clock;
 
 // So soon a signal is noticed.
 constexpr std::chrono::milliseconds kPiece{50};
-
-void AddOnce(std::vector<std::string>& list, const std::string& entry) {
-  if (std::find(list.begin(), list.end(), entry) == list.end()) list.push_back(entry);
-}
-
-std::string Joined(const std::vector<std::string>& list) {
-  std::string text;
-  for (const std::string& entry : list) text += (text.empty() ? "" : ", ") + entry;
-  return text;
-}
-
-/// The head of a text message, "$GPGGA" of "$GPGGA,…", as far as it can be shown.
-std::string HeadOf(const CString& message) {
-  constexpr int kLongest = 12;
-  std::string head;
-  for (int i = 0; i < std::min(message.GetLength(), kLongest); ++i) {
-    const WCHAR c = message.GetAt(i);
-    if (c <= u' ' || c > u'~' || c == u',' || c == u'*' || c == u':') break;
-    head += static_cast<char>(c);
-  }
-  return head;
-}
-
-/// Notes which kinds of message a line carries.
-class Listener : public CGPSReceiver {
- public:
-  Listener() { SetupReceiver(0, 0, 0.0, "", true); }
-  CString GetName() override { return "listener"; }
-
-  using CGPSReceiver::Parse;
-  bool Parse(CString& message, GPSStringType type) override {
-    const int binary = GetBinaryMessages(), bad = GetBadBinaryMessages();
-    const bool published = CGPSReceiver::Parse(message, type);
-    if (type == GPS_STRING_NONE) {
-      // A good checksum makes noise unlikely: another instrument, or a sentence that is not decoded.
-      if (message.StartsWith("$") && message.Find("*") > 0 && IsChecksumOK(message)) {
-        AddOnce(foreign, HeadOf(message));
-      }
-    } else if (type == GPS_STRING_AXIS4_BIN) {
-      AddOnce(reports, "binary records AA 44 12");
-    } else if (GetBinaryMessages() > binary) {
-      if (GetBadBinaryMessages() == bad) AddOnce(reports, "binary records " + HeadOf(message));
-    } else if (type <= GPS_STRING_MSK) {
-      AddOnce(sentences, HeadOf(message).substr(3));
-    } else {
-      AddOnce(reports, HeadOf(message));
-    }
-    return published;
-  }
-
-  bool HasUnderstood() const { return !sentences.empty() || !reports.empty(); }
-
-  std::vector<std::string> sentences;  ///< Of NMEA, as "GGA".
-  std::vector<std::string> reports;    ///< In a make's own language.
-  std::vector<std::string> foreign;    ///< Well-formed and not known.
-};
 
 /// What was heard on a line at one rate.
 struct Heard {
@@ -89,12 +34,13 @@ struct Heard {
   std::string text;  ///< For the user.
 };
 
-Heard Judge(const Listener& listener, std::size_t bytes) {
+Heard Judge(const KindListener& listener, std::size_t bytes) {
   if (listener.HasUnderstood()) {
     std::vector<std::string> parts = listener.reports;
     if (!listener.sentences.empty()) {
       parts.insert(parts.begin(), "NMEA (" + Joined(listener.sentences) + ')');
     }
+    for (const std::string& record : listener.binary) parts.push_back("binary records " + record);
     return {Heard::Verdict::understood, bytes, Joined(parts)};
   }
   if (!listener.foreign.empty()) {
@@ -168,7 +114,7 @@ class Search {
       return {Heard::Verdict::closed, 0, reason.empty() ? "cannot open " + device : reason};
     }
     CGPSEngine engine;
-    auto* const listener = new Listener;
+    auto* const listener = new KindListener;
     engine.AddReceiver(listener);
     engine.SetReceiver(listener);
     engine.m_bAttachRawData = true;
@@ -180,7 +126,7 @@ class Search {
   }
 
   /// Counts the bytes that come. False if the port goes away.
-  bool Hear(SerialLine& line, CGPSEngine& engine, const Listener& listener, std::size_t& bytes) const {
+  bool Hear(SerialLine& line, CGPSEngine& engine, const KindListener& listener, std::size_t& bytes) const {
     Clock::time_point now = Clock::now(), end = now + plan_.listen;
     for (bool understood = false; now < end; understood = listener.HasUnderstood()) {
       if (interrupt_.HasCome()) throw Failure(ExitCode::interrupted, "the search was interrupted");
@@ -216,8 +162,7 @@ class Search {
 /// The ports to search, that of the last run first.
 std::vector<std::string> Candidates() {
   std::vector<std::string> devices;
-  CGPSEngine engine;
-  const std::string last = ReadConfig(engine).port;
+  const std::string last = ReadConfig().port;
   for (const SerialPortInfo& port : FindPorts()) {
     if (port.state != PortState::free) {
       Complain(port.device + " is passed over: " + port.note);
@@ -235,8 +180,7 @@ std::vector<std::string> Candidates() {
 }
 
 LineChoice LastLine(LineChoice choice, bool model_given) {
-  CGPSEngine engine;
-  const Config config = ReadConfig(engine);
+  const Config config = ReadConfig();
   if (config.port.empty()) {
     throw Failure(ExitCode::usage,
                   "no port is remembered yet; \"gpsengine ports\" lists the serial ports, and --port auto "
@@ -251,8 +195,7 @@ LineChoice LastLine(LineChoice choice, bool model_given) {
 }  // namespace
 
 std::vector<int> LikelyRates(const std::string& model) {
-  CGPSEngine engine;
-  CGPSReceiver& receiver = SelectModel(engine, model);
+  CGPSReceiver& receiver = FindModel(model);
   receiver.SetProperties();
   std::vector<int> rates;
   for (const int rate : {receiver.GetCurrentBaudrate(), receiver.GetDefaultBaudrate(), 9600, 4800, 38400,

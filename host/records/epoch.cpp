@@ -2,15 +2,14 @@
 
 #include <algorithm>
 #include <cmath>
-#include <numbers>
 
 #include "host/records/reports.h"
+#include "host/records/units.h"
 
 namespace host {
 
 namespace {
 
-constexpr double kDegrees = 180.0 / std::numbers::pi;
 // A track breaks off where nothing came for this long, and for several of the receiver's own intervals.
 constexpr Moment kShortestGap = 10'000;
 constexpr Moment kStepsOfGap = 4;

@@ -3,9 +3,9 @@
 #include <memory>
 #include <string>
 
+#include "host/records/display.h"
 #include "host/records/geoid.h"
 #include "host/records/sink.h"
-#include "host/records/units.h"
 
 namespace host {
 

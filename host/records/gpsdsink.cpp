@@ -2,17 +2,15 @@
 
 #include <algorithm>
 #include <cmath>
-#include <numbers>
 #include <utility>
 
 #include "host/records/fixkind.h"
 #include "host/records/gpstime.h"
+#include "host/records/units.h"
 
 namespace host {
 
 namespace {
-
-constexpr double kDegrees = 180.0 / std::numbers::pi;
 
 // The height that a position sentence states is one above mean sea level. With the separation added it is one
 // above the ellipsoid. Subtracting is for makes that state the ellipsoidal height there, and leaves one above
@@ -125,7 +123,7 @@ void GpsdSink::WritePosition(const CGPSData& data) {
     if (data.m_bVelocityValid) {
       // A speed of 0 stands for one too small to have a direction.
       if (data.m_dSpeed > 0.0) {
-        json.MemberFixed("track", std::fmod(450.0 - data.m_dHeading * kDegrees, 360.0), 4);
+        json.MemberFixed("track", CourseOf(data), 4);
       }
       json.MemberFixed("speed", data.m_dSpeed, 3);
     }

@@ -16,13 +16,17 @@ std::unique_ptr<T> Take(WPARAM wParam) {
 
 }  // namespace
 
-HostWindow::HostWindow(Sink& sink, long long limit) : sink_(sink), limit_(limit) {
+HostWindow::HostWindow(long long limit) : limit_(limit) {
   Create();
   if (CWinApp* app = AfxGetApp()) app->SetMainWnd(this);
 }
 
 HostWindow::~HostWindow() {
   DestroyWindow();
+}
+
+void HostWindow::SetReference(std::optional<Moment> reference) {
+  for (Sink* sink : sinks_) sink->SetReference(reference);
 }
 
 void HostWindow::Drain() {
@@ -34,30 +38,31 @@ LRESULT HostWindow::WindowProc(UINT message, WPARAM wParam, LPARAM lParam) {
     case WM_GPS_NEW_DATA: {
       const auto data = Take<CGPSData>(wParam);
       ++published_.data;
+      published_.unread += data->m_bProprietaryValid ? 1 : 0;
       owes_text_ = !IsFull();
-      if (!IsFull()) Show(sink_.OnData(*data));
+      if (!IsFull()) Show(&Sink::OnData, *data);
       return 0;
     }
     case WM_GPS_NEW_RAW_DATA: {
       const auto epoch = Take<CGPSDataRaw>(wParam);
       ++published_.raw_data;
-      if (!IsFull()) Show(sink_.OnRawData(*epoch));
+      if (!IsFull()) Show(&Sink::OnRawData, *epoch);
       return 0;
     }
     case WM_GPS_NEW_EPHEMERIS: {
       const auto ephemeris = Take<CGPSDataEphemeris>(wParam);
       ++published_.ephemeris;
-      if (!IsFull()) Show(sink_.OnEphemeris(*ephemeris));
+      if (!IsFull()) Show(&Sink::OnEphemeris, *ephemeris);
       return 0;
     }
     case WM_GPS_NEW_BIN:
       ++published_.bin;
-      if (!IsFull()) Show(sink_.OnBin());
+      if (!IsFull()) Show(&Sink::OnBin);
       return 0;
     case WM_GPS_NEW_STRING: {
       const auto text = Take<CString>(wParam);
       // That of the last record that was shown is told too.
-      if (std::exchange(owes_text_, false) || !IsFull()) Show(sink_.OnString(*text));
+      if (std::exchange(owes_text_, false) || !IsFull()) Show(&Sink::OnString, *text);
       return 0;
     }
     default:

@@ -1,5 +1,8 @@
 #pragma once
 
+#include <optional>
+#include <vector>
+
 #include "gpsengine/platform/application.h"
 #include "host/records/sink.h"
 
@@ -8,6 +11,7 @@ namespace host {
 /// The messages that the library has posted, by kind.
 struct Published {
   long long data = 0;
+  long long unread = 0;  ///< Of those, the ones that have a sentence of a make as it came, and nothing else.
   long long raw_data = 0;
   long long ephemeris = 0;
   long long bin = 0;
@@ -15,13 +19,17 @@ struct Published {
   long long All() const { return data + raw_data + ephemeris + bin; }
 };
 
-/// The host's main window: hands what the library posts to a sink, until enough was shown.
+/// The host's main window: hands what the library posts to the sinks, until enough was shown.
 class HostWindow : public CWnd {
  public:
-  /// `sink` outlives the window. `limit` is how many records to show at most, 0 for no limit.
-  explicit HostWindow(Sink& sink, long long limit = 0);
+  /// `limit` is how many records to show at most, 0 for no limit.
+  explicit HostWindow(long long limit = 0);
   ~HostWindow() override;
 
+  /// A sink more, which takes each record behind those before it.
+  void Add(Sink& sink) { sinks_.push_back(&sink); }
+  /// Tells the sinks the moment near which the records to come belong.
+  void SetReference(std::optional<Moment> reference);
   /// Handles what is in the queue.
   void Drain();
   bool IsFull() const { return limit_ > 0 && shown_ >= limit_; }
@@ -31,10 +39,16 @@ class HostWindow : public CWnd {
   LRESULT WindowProc(UINT message, WPARAM wParam, LPARAM lParam) override;
 
  private:
-  void Show(bool shown) { shown_ += shown ? 1 : 0; }
+  /// What several sinks show counts once.
+  template <class... Parameters, class... Record>
+  void Show(bool (Sink::*on)(Parameters...), const Record&... record) {
+    bool shown = false;
+    for (Sink* sink : sinks_) shown |= (sink->*on)(record...);
+    shown_ += shown ? 1 : 0;
+  }
 
-  Sink& sink_;
-  long long limit_;
+  std::vector<Sink*> sinks_;
+  const long long limit_;
   long long shown_ = 0;
   bool owes_text_ = false;  // of the last message
   Published published_;

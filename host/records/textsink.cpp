@@ -1,19 +1,17 @@
 #include "host/records/textsink.h"
 
 #include <cmath>
-#include <numbers>
 #include <string_view>
 #include <type_traits>
 #include <utility>
 
 #include "host/records/fixkind.h"
 #include "host/records/jsonwriter.h"
+#include "host/records/units.h"
 
 namespace host {
 
 namespace {
-
-constexpr double kDegrees = 180.0 / std::numbers::pi;
 
 void AppendPadded(std::string& out, double value, int decimals, std::size_t width) {
   std::string digits;
@@ -128,7 +126,7 @@ void TextSink::WriteFix(const CGPSData& data) {
     AppendPadded(out_, data.m_dSpeed * units.speed.per_metre, 1, 7);
     (out_ += ' ') += units.speed.name;
     if (data.m_dSpeed > 0.0) {
-      AppendPadded(out_, std::fmod(450.0 - data.m_dHeading * kDegrees, 360.0), 0, 5);
+      AppendPadded(out_, CourseOf(data), 0, 5);
       out_ += " deg";
     }
   }

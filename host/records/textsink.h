@@ -3,9 +3,9 @@
 #include <string>
 #include <utility>
 
+#include "host/records/display.h"
 #include "host/records/reports.h"
 #include "host/records/sink.h"
-#include "host/records/units.h"
 
 namespace host {
 

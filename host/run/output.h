@@ -15,7 +15,6 @@ class Output {
   /// False once nobody reads the descriptor any more, which is an orderly end and no error. Throws a Failure
   /// if it cannot be written, such as on a full disk.
   bool Flush();
-  bool IsClosed() const { return closed_; }
   int Descriptor() const { return descriptor_; }
 
  private:

@@ -32,6 +32,9 @@ class PacingClock : public Clock {
     Sequence& operator=(const Sequence&) = delete;
   };
 
+  /// Milliseconds that the last sequence has waited so far.
+  static long long Passed() { return Installed().passed_; }
+
   void Sleep(DWORD ms) override;
   bool Wait(WaitKind kind, DWORD ms, const std::function<bool(DWORD)>& block) override;
 

@@ -1,11 +1,13 @@
 #include "host/run/recording.h"
 
 #include <fcntl.h>
+#include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <cstring>
+#include <stdexcept>
 
 #include "host/run/failure.h"
 
@@ -25,7 +27,18 @@ Recording::Recording(const std::string& path) : path_(path == "-" ? "standard in
   }
   seekable_ = S_ISREG(about.st_mode);
   size_ = seekable_ ? about.st_size : 0;
-  head_ = ReadPiece();
+  head_ = ReadBytes();
+  while (head_.size() == 1) {  // a pipe's; it takes two to tell a packed file
+    const std::string piece = ReadBytes();
+    if (piece.empty()) break;
+    head_ += piece;
+  }
+  if (Unpacker::IsPacked(head_)) {
+    unpacker_.emplace();
+    head_ = Unpack(head_);
+    if (head_.empty()) head_ = ReadPiece();
+  }
+  unpacked_ = head_.size();
   text_log_ = head_.find('\r') == std::string::npos;
   if (!seekable_) held_ = head_;
   while (text_log_) {
@@ -37,7 +50,25 @@ Recording::Recording(const std::string& path) : path_(path == "-" ? "standard in
   Rewind();
 }
 
+/// The next piece of what the file holds; empty at the end.
 std::string Recording::ReadPiece() {
+  std::string bytes;
+  do {
+    bytes = ReadBytes();
+    if (!unpacker_ || bytes.empty()) break;
+    bytes = Unpack(bytes);
+  } while (bytes.empty());
+  unpacked_ += bytes.size();
+  return bytes;
+}
+
+std::string Recording::Unpack(const std::string& packed) try {
+  return unpacker_->Unpack(packed);
+} catch (const std::runtime_error& error) {
+  throw Failure(ExitCode::failed, "cannot unpack " + path_ + ": " + error.what());
+}
+
+std::string Recording::ReadBytes() {
   std::string piece(kPiece, '\0');
   ssize_t count;
   do {
@@ -45,12 +76,16 @@ std::string Recording::ReadPiece() {
   } while (count < 0 && errno == EINTR);
   if (count < 0) throw Failure(ExitCode::failed, "cannot read " + path_ + ": " + std::strerror(errno));
   piece.resize(static_cast<std::size_t>(count));
+  done_ += count;
   return piece;
 }
 
 void Recording::Rewind() {
   if (seekable_) {
     lseek(descriptor_.Get(), 0, SEEK_SET);
+    done_ = 0;
+    unpacked_ = 0;
+    if (unpacker_) unpacker_.emplace();
   } else {
     Append(held_);
     held_.clear();
@@ -66,6 +101,7 @@ std::string_view Recording::Next(std::size_t most) {
     if (piece.empty()) {
       ended_ = true;
       if (text_log_ && in_line_) ready_ += "\r\n";
+      if (unpacker_ && !unpacker_->IsWhole()) Complain(path_ + " ends in the middle of its packed data");
     } else {
       Append(piece);
     }
@@ -76,7 +112,6 @@ std::string_view Recording::Next(std::size_t most) {
 }
 
 void Recording::Append(std::string_view piece) {
-  done_ += static_cast<std::int64_t>(piece.size());
   if (!piece.empty()) in_line_ = piece.back() != '\n';
   if (!text_log_) {
     ready_ += piece;
@@ -89,6 +124,19 @@ void Recording::Append(std::string_view piece) {
     ready_ += "\r\n";
     piece.remove_prefix(end + 1);
   }
+}
+
+std::string NameOfUnpacked(const std::string& path) {
+  const UniqueDescriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC));
+  char head[2] = {};
+  if (!file || read(file.Get(), head, 2) != 2 || !Unpacker::IsPacked({head, 2})) return path;
+  const int copy = memfd_create("recording", MFD_CLOEXEC);
+  Recording recording(path);
+  for (std::string_view piece; !(piece = recording.Next(kPiece)).empty();) {
+    if (write(copy, piece.data(), piece.size()) != static_cast<ssize_t>(piece.size()))
+      throw Failure(ExitCode::failed, "cannot unpack " + path + ": " + std::strerror(errno));
+  }
+  return "/proc/self/fd/" + std::to_string(copy);
 }
 
 }  // namespace host

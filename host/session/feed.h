@@ -4,7 +4,7 @@
 #include <utility>
 
 #include "gpsengine/engine/gpsengine.h"
-#include "host/records/sink.h"
+#include "host/records/hostwindow.h"
 #include "host/run/deadline.h"
 
 namespace host {
@@ -32,14 +32,16 @@ class Feed {
   /// The host hands the engine the bytes, whose own port stays closed.
   virtual bool MovesBytes() const { return false; }
 
-  /// Sets the engine going, whose receiver is selected. `records` is where the records go. Throws a Failure
+  /// Sets the engine going, whose receiver is selected and whose records go to that window. Throws a Failure
   /// that says why that does not work.
-  virtual void Open(CGPSEngine& engine, Sink& records) = 0;
+  virtual void Open(CGPSEngine& engine, HostWindow& window) = 0;
   /// Moves the bytes that are due.
   virtual void Step(CGPSEngine& /*engine*/) {}
   /// When Step is to be called at the latest.
   virtual Deadline::Moment NextAt() const { return Deadline::kNever; }
   virtual bool IsAtEnd() const { return false; }
+  /// Throws a Failure that says what there was, if the feed is at its end and nothing of use was in it.
+  virtual void CheckUnderstood(const HostWindow& /*window*/) const {}
 
   /// The bytes since the last call.
   virtual std::string TakeBytes() { return {}; }
@@ -49,9 +51,10 @@ class Feed {
   virtual bool IsLost() const { return false; }
   /// The name to look for a lost line by.
   virtual const std::string& StablePath() const { return name_; }
-  /// The texts of messages are wanted, each of which goes to OnString.
+  /// Takes the records; null if it wants none.
+  virtual Sink* Records() { return nullptr; }
+  /// The texts of messages are wanted among them.
   virtual bool WantsTexts() const { return false; }
-  virtual void OnString(const CString& /*text*/) {}
 
  private:
   const Kind kind_;

@@ -41,7 +41,7 @@ void LineFeed::Announce(const std::string& model) const {
            "; --port DEVICE reads a real one, Ctrl-C ends");
 }
 
-void LineFeed::Open(CGPSEngine& engine, Sink&) {
+void LineFeed::Open(CGPSEngine& engine, HostWindow&) {
   if (simulation_ && !std::exchange(simulates_, true)) simulation_->Start();
   MapComPort(kPort, observer_.Opener(path_));
   if (engine.Start()) {

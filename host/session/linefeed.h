@@ -16,7 +16,7 @@ class LineFeed : public Feed {
 
   std::string Description(int baud) const override;
   void Announce(const std::string& model) const override;
-  void Open(CGPSEngine& engine, Sink& records) override;
+  void Open(CGPSEngine& engine, HostWindow& window) override;
   std::string TakeBytes() override { return observer_.Take(); }
   int Descriptor() const override { return observer_.Descriptor(); }
   bool IsLost() const override { return observer_.IsLost(); }

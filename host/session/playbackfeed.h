@@ -8,18 +8,20 @@
 namespace host {
 
 /// A recording that the engine plays by itself, a line every half second, over and over.
-class PlaybackFeed : public Feed {
+class PlaybackFeed : public Feed, private NoSink {
  public:
   /// `tells_bytes`: its sentences are wanted as bytes.
   explicit PlaybackFeed(const std::string& file, bool tells_bytes = false)
       : Feed(Kind::recording, file), tells_bytes_(tells_bytes) {}
 
-  void Open(CGPSEngine& engine, Sink& records) override;
+  void Open(CGPSEngine& engine, HostWindow& window) override;
   std::string TakeBytes() override { return std::exchange(bytes_, {}); }
+  Sink* Records() override { return this; }
   bool WantsTexts() const override { return tells_bytes_; }
-  void OnString(const CString& text) override;
 
  private:
+  bool OnString(const CString& text) override;
+
   const bool tells_bytes_;
   SentenceFinder sentences_;
   std::string bytes_;

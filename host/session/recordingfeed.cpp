@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cmath>
 
+#include "host/line/kindlistener.h"
+
 namespace host {
 
 namespace {
@@ -33,10 +35,10 @@ void RecordingFeed::ShowProgress(const std::string& label, bool output_is_busy) 
                     recording_.Size() >= kLargeFile && CanShowProgress(output_is_busy));
 }
 
-void RecordingFeed::Open(CGPSEngine& engine, Sink& records) {
+void RecordingFeed::Open(CGPSEngine& engine, HostWindow& window) {
   engine.GetReceiver()->Initialize();
-  records_ = &records;
-  records.SetReference(date_);
+  window_ = &window;
+  window.SetReference(date_);
   Date(recording_.Head());  // it may have its date some way behind its first fix
 }
 
@@ -44,7 +46,7 @@ void RecordingFeed::Open(CGPSEngine& engine, Sink& records) {
 void RecordingFeed::Date(std::string_view bytes) {
   if (!scans_) return;
   dates_.Feed(bytes);
-  records_->SetReference(dates_.Latest());
+  window_->SetReference(dates_.Latest());
 }
 
 void RecordingFeed::Step(CGPSEngine& engine) {
@@ -61,11 +63,15 @@ void RecordingFeed::Play(CGPSEngine& engine, std::string_view bytes) {
   if (progress_) progress_->Update(static_cast<double>(recording_.Done()));
 }
 
+void RecordingFeed::CheckUnderstood(const HostWindow& window) const {
+  if (at_end_) host::CheckUnderstood(recording_, window);
+}
+
 PacedFeed::PacedFeed(const std::string& file, double speed)
     : RecordingFeed(file), speed_(speed), timed_(HasTimes(recording_.Head())) {}
 
-void PacedFeed::Open(CGPSEngine& engine, Sink& records) {
-  RecordingFeed::Open(engine, records);
+void PacedFeed::Open(CGPSEngine& engine, HostWindow& window) {
+  RecordingFeed::Open(engine, window);
   seconds_per_byte_ = 10.0 / std::max(engine.GetReceiver()->GetCurrentBaudrate(), 1);
   due_ = Clock::now();
   ReadLine();

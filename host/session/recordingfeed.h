@@ -30,10 +30,11 @@ class RecordingFeed : public Feed {
   void ShowProgress(const std::string& label, bool output_is_busy);
 
   bool MovesBytes() const override { return true; }
-  void Open(CGPSEngine& engine, Sink& records) override;
+  void Open(CGPSEngine& engine, HostWindow& window) override;
   void Step(CGPSEngine& engine) override;
   Deadline::Moment NextAt() const override { return {}; }  // at once
   bool IsAtEnd() const override { return at_end_; }
+  void CheckUnderstood(const HostWindow& window) const override;
   std::string TakeBytes() override { return std::exchange(played_, {}); }
 
  protected:
@@ -50,7 +51,7 @@ class RecordingFeed : public Feed {
   std::size_t chunk_ = 4096;
   std::optional<Moment> date_;
   bool scans_ = true;
-  Sink* records_ = nullptr;
+  HostWindow* window_ = nullptr;
   DateScan dates_;
   std::optional<Progress> progress_;
   std::string played_;
@@ -67,7 +68,7 @@ class PacedFeed : public RecordingFeed {
   /// `speed` is a multiple of the recording's pace.
   PacedFeed(const std::string& file, double speed);
 
-  void Open(CGPSEngine& engine, Sink& records) override;
+  void Open(CGPSEngine& engine, HostWindow& window) override;
   /// Plays what is due, some of it if that is much.
   void Step(CGPSEngine& engine) override;
   Deadline::Moment NextAt() const override { return due_; }

@@ -6,61 +6,33 @@
 #include "host/commands/models.h"
 #include "host/line/config.h"
 #include "host/line/ports.h"
+#include "host/records/tally.h"
 #include "host/run/port.h"
 
 namespace host {
 
-template <class Call>
-bool Session::Fan::Each(Call&& call) {
-  bool shown = false;
-  for (Outlet* outlet : session_.outlets_) {
-    if (Sink* const sink = outlet->Records()) shown |= call(*sink);
-  }
-  return shown;
-}
-
-bool Session::Fan::OnData(const CGPSData& data) {
-  return Each([&](Sink& sink) { return sink.OnData(data); });
-}
-
-bool Session::Fan::OnRawData(const CGPSDataRaw& epoch) {
-  return Each([&](Sink& sink) { return sink.OnRawData(epoch); });
-}
-
-bool Session::Fan::OnEphemeris(const CGPSDataEphemeris& ephemeris) {
-  return Each([&](Sink& sink) { return sink.OnEphemeris(ephemeris); });
-}
-
-bool Session::Fan::OnBin() {
-  return Each([](Sink& sink) { return sink.OnBin(); });
-}
-
-bool Session::Fan::OnString(const CString& text) {
-  session_.feed_->OnString(text);
-  return Each([&](Sink& sink) { return sink.OnString(text); });
-}
-
-void Session::Fan::SetReference(std::optional<Moment> reference) {
-  Each([&](Sink& sink) {
-    sink.SetReference(reference);
-    return false;
-  });
-}
-
 Session::Session(const RunOptions& options, const Interrupt& interrupt)
     : options_(options),
       interrupt_(interrupt),
-      receiver_(SelectModel(engine_, options.model)),
-      window_(fan_, options.count) {}
+      receiver_(*engine_.FindReceiver(FindModel(options.model).GetName())),
+      window_(options.count) {
+  options_.model = receiver_.GetName().ToUtf8();
+}
 
 void Session::Read(std::unique_ptr<Feed> feed) {
   feed_ = std::move(feed);
+  if (Sink* const records = feed_->Records()) window_.Add(*records);
   engine_.InitReceivers();
-  if (options_.baud > 0) receiver_.SaveDifferentSettings(options_.baud);
+  if (options_.baud > 0) receiver_.UseBaudrate(options_.baud);
   receiver_.SetupReceiver(kPort, static_cast<int>(options_.geoid), options_.antenna_height, "",
                           feed_->MovesBytes());
   engine_.SetReceiver(&receiver_);
   if (options_.reconnect && feed_->IsLive()) reconnect_.emplace(*options_.reconnect);
+}
+
+void Session::Add(Outlet& outlet) {
+  outlets_.push_back(&outlet);
+  if (Sink* const records = outlet.Records()) window_.Add(*records);
 }
 
 ExitCode Session::Run(RunRules rules) {
@@ -107,7 +79,7 @@ void Session::Open() {
   if (feed_->IsLive()) sequence.emplace(interrupt_, rules_.label, rules_.time);
   const Starting starting(*this);
   KeepCapturing();
-  feed_->Open(engine_, fan_);
+  feed_->Open(engine_, window_);
   if (rules_.on_open) rules_.on_open(receiver_);
   if (rules_.silence > 0.0) silence_.Set(rules_.silence);
 }
@@ -168,14 +140,19 @@ void Session::Step() {
   for (Outlet* outlet : outlets_) outlet->Step();
 }
 
-std::optional<ExitCode> Session::Ending() {
+bool Session::IsDone() const {
   const auto is_done = [](const Outlet* outlet) { return outlet->IsDone(); };
-  if (std::any_of(outlets_.begin(), outlets_.end(), is_done) || window_.IsFull()) return ExitCode::done;
+  return window_.IsFull() || std::any_of(outlets_.begin(), outlets_.end(), is_done);
+}
+
+std::optional<ExitCode> Session::Ending() {
+  NoteUnderstood();
+  if (IsDone()) return ExitCode::done;
   if (interrupt_.HasCome()) return ExitCode::interrupted;
   if (feed_->IsAtEnd()) return ExitCode::done;
-  NoteUnderstood();
   FollowLine();
   CheckSilence();
+  if (IsDone()) return ExitCode::done;  // with the last of a line that has gone
   if (!end_.HasPassed()) return std::nullopt;
   Judge();
   return ExitCode::done;
@@ -188,12 +165,12 @@ ExitCode Session::Finish(ExitCode ending) {
   PassOn();
   bool finished = true;
   for (auto outlet = outlets_.rbegin(); outlet != outlets_.rend(); ++outlet) finished &= (*outlet)->Finish();
+  NoteUnderstood();  // the outlets may have decoded the last of it
   return finished || ending != ExitCode::done ? ending : ExitCode::failed;
 }
 
 long long Session::Understood() const {
-  return receiver_.GetSentencesRecognised() - receiver_.GetChecksumErrors() + receiver_.GetBinaryMessages() +
-         window_.GetPublished().All();
+  return TallyOf(engine_).Good() + window_.GetPublished().All();
 }
 
 /// The first message that is understood shows that port and model belong together.
@@ -201,7 +178,9 @@ void Session::NoteUnderstood() {
   if (understood_ || IsWaiting() || Understood() <= understood_before_) return;
   understood_ = true;
   silence_.Clear();
-  if (rules_.remembers && feed_->GetKind() == Feed::Kind::device) Remember(feed_->Name(), options_.model);
+  if (feed_->GetKind() == Feed::Kind::device) {
+    rules_.remembers ? Remember(feed_->Name(), receiver_) : KeepRate(receiver_);
+  }
   Tell(RunEvent::understood);
 }
 
@@ -215,6 +194,7 @@ void Session::WaitForPort() {
   engine_.Stop();  // what the reader has in hand still reaches the outlets
   PassOn();
   for (Outlet* outlet : outlets_) outlet->Step();
+  if (IsDone()) return;
   if (!reconnect_) throw PortLost();
   silence_.Clear();
   understood_before_ = Understood();
@@ -256,11 +236,15 @@ Failure Session::NothingUnderstood(double seconds) const {
   if (!feed_->IsLive()) {
     return Failure(ExitCode::nothing_understood, "no message of " + name + " was understood so far");
   }
+  const char* const kept = IsKeptRate(receiver_)
+                               ? ", the rate that is remembered for this model (\"gpsengine config forget\" "
+                                 "forgets it)"
+                               : "";
   const std::string in_time = " came from " + name + " in " + Seconds(seconds);
   return Failure(ExitCode::nothing_understood,
                  heard_ ? "bytes" + in_time + ", but no message was understood at " +
-                              std::to_string(receiver_.GetCurrentBaudrate()) +
-                              " baud: set the receiver's baud rate with --baud, let --baud auto "
+                              std::to_string(receiver_.GetCurrentBaudrate()) + " baud" + kept +
+                              ": set the receiver's baud rate with --baud, let --baud auto "
                               "find it, or let the receiver send NMEA"
                         : "no data" + in_time + ": check that the receiver is on, and its cable");
 }

@@ -39,8 +39,9 @@ struct RunRules {
   /// The run is about what the receiver sends, and fails if that is nothing; without it, that is worth a
   /// word. A run of a stated length goes on to its end when its line is lost.
   bool is_strict = false;
-  bool could_reconnect = false;    ///< The command has the option, and tells of it.
-  bool remembers = false;          ///< The port and the model, once something was understood.
+  bool could_reconnect = false;  ///< The command has the option, and tells of it.
+  bool remembers =
+      false;  ///< Port, model and rate, once something was understood; without it, the rate alone.
   std::optional<bool> attach_raw;  ///< Decode raw data; without it, where the model has them.
   std::string label;   ///< What the start is called, for showing its progress; empty: it is not shown.
   long long time = 0;  ///< How long the start takes, in milliseconds.
@@ -59,6 +60,7 @@ class Session {
 
   CGPSEngine& Engine() { return engine_; }
   CGPSReceiver& Receiver() const { return receiver_; }
+  /// The model by its own name.
   const RunOptions& Options() const { return options_; }
   const Interrupt& GetInterrupt() const { return interrupt_; }
   Boxes& GetBoxes() { return boxes_; }
@@ -68,36 +70,20 @@ class Session {
   void Read(std::unique_ptr<Feed> feed);
   const Feed& GetFeed() const { return *feed_; }
   /// The outlets in the order in which they are told. They are not asked for anything behind the run.
-  void Add(Outlet& outlet) { outlets_.push_back(&outlet); }
+  void Add(Outlet& outlet);
   /// Runs until there is a reason to end. Throws a Failure if the run cannot begin or comes to nothing.
   ExitCode Run(RunRules rules);
 
   /// Passes on what has come, and sees to it that what the outlets want goes on coming.
   void PassOn();
+  /// How many messages were understood.
+  long long Understood() const;
   /// Some byte has come.
   bool HasHeard() const { return heard_; }
   /// The port is waited for.
   bool IsWaiting() const { return reconnect_ && reconnect_->IsWaiting(); }
 
  private:
-  /// Gives each record to every outlet that takes records.
-  class Fan : public Sink {
-   public:
-    explicit Fan(Session& session) : session_(session) {}
-    bool OnData(const CGPSData& data) override;
-    bool OnRawData(const CGPSDataRaw& epoch) override;
-    bool OnEphemeris(const CGPSDataEphemeris& ephemeris) override;
-    bool OnBin() override;
-    bool OnString(const CString& text) override;
-    void SetReference(std::optional<Moment> reference) override;
-
-   private:
-    template <class Call>
-    bool Each(Call&& call);
-
-    Session& session_;
-  };
-
   std::optional<ExitCode> Start();
   void Open();
   void Tell(RunEvent event);
@@ -113,13 +99,13 @@ class Session {
   void WaitForPort();
   void Reopen();
   void CheckSilence();
+  bool IsDone() const;
   void Judge() const;
-  long long Understood() const;
   bool IsLost() const { return feed_->IsLost() || IsWaiting(); }
   Failure NothingUnderstood(double seconds) const;
   Failure PortLost() const;
 
-  const RunOptions options_;
+  RunOptions options_;
   const Interrupt& interrupt_;
   RunRules rules_;
   std::vector<Outlet*> outlets_;
@@ -128,7 +114,6 @@ class Session {
   std::unique_ptr<Feed> feed_;
   CGPSEngine engine_;
   CGPSReceiver& receiver_;
-  Fan fan_{*this};
   HostWindow window_;
   std::optional<Reconnect> reconnect_;
   bool heard_ = false, understood_ = false;

@@ -4,7 +4,6 @@
 #include <sstream>
 #include <string_view>
 
-#include "host/commands/rehearse.h"
 #include "host/run/failure.h"
 #include "host/tui/dashboard.h"
 #include "host/tui/keys.h"
@@ -43,15 +42,8 @@ Arguments ReadArguments(const Operation& operation, const std::string& input) {
 }  // namespace
 
 CommandMenu::CommandMenu(CGPSReceiver& receiver) {
-  const std::string model = receiver.GetName().ToUtf8();
-  for (const Operation* operation : OperationsOf(receiver)) {
-    if (!FitsARun(*operation)) continue;
-    Entry entry{operation, {}};
-    for (const Arguments& example : operation->examples) {
-      const Action action = Prepare(*operation, example);
-      entry.times.emplace_back(CallText(*operation, example), Rehearse(model, *operation, action).Time());
-    }
-    entries_.push_back(std::move(entry));
+  for (const Offer& offer : OffersOf(receiver)) {
+    if (FitsARun(*offer.operation)) entries_.push_back(offer);
   }
 }
 

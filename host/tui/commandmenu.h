@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "host/commands/operations.h"
+#include "host/commands/rehearse.h"
 #include "host/tui/canvas.h"
 
 namespace host {
@@ -20,7 +20,7 @@ class CommandMenu {
     long long time;    ///< How long it takes, in milliseconds.
   };
 
-  /// Rehearses the model's operations, so that no engine may run meanwhile, and no port be named yet.
+  /// No engine may run meanwhile, since the model's operations may have to be rehearsed.
   explicit CommandMenu(CGPSReceiver& receiver);
 
   void Open();
@@ -31,18 +31,13 @@ class CommandMenu {
 
  private:
   enum class State { closed, list, prompt };
-  struct Entry {
-    const Operation* operation;
-    std::vector<std::pair<std::string, long long>> times;  // of its examples
-  };
-
   const Operation& Selected() const { return *entries_[selected_].operation; }
   std::optional<Order> OnListKey(int key);
   std::optional<Order> OnPromptKey(int key);
   std::optional<Order> Complete();
   long long TimeOf(const std::string& call) const;
 
-  std::vector<Entry> entries_;
+  std::vector<Offer> entries_;
   State state_ = State::closed;
   std::size_t selected_ = 0;
   std::string input_, error_;

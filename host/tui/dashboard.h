@@ -2,18 +2,13 @@
 
 #include <string>
 
+#include "host/records/display.h"
 #include "host/records/geoid.h"
-#include "host/records/units.h"
+#include "host/records/tally.h"
 #include "host/tui/canvas.h"
 #include "host/tui/readings.h"
 
 namespace host {
-
-/// What the library counts by itself.
-struct LineCounters {
-  int sentences = 0, checksum_errors = 0;
-  int binary = 0, bad_binary = 0;
-};
 
 /// All that a screen shows.
 struct View {
@@ -22,7 +17,7 @@ struct View {
   const Readings& readings;
   std::string model;
   std::string source;  ///< Where the bytes come from.
-  LineCounters counters;
+  Tally counters;
   Display display = {};
   Geoid geoid = Geoid::none;
   bool is_live = true;     ///< Times are of the date that this computer has.

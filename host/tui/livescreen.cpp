@@ -23,11 +23,6 @@ constexpr std::chrono::seconds kAnswerTime{10};
 constexpr const char* kSection = "Monitor";
 constexpr const char* kPositionEntry = "PositionFormat";
 
-long long StartTimeOf(CGPSReceiver& receiver) {
-  const Operation& start = FindOperation("start");
-  return Rehearse(receiver.GetName().ToUtf8(), start, Prepare(start, {})).Time();
-}
-
 AngleFormat KeptAngles() {
   CWinApp* app = AfxGetApp();
   const int kept = app == nullptr ? 0 : app->GetProfileInt(kSection, kPositionEntry, 0);
@@ -226,8 +221,7 @@ void LiveScreen::Draw() {
     status_until_.reset();
     view_.status.clear();
   }
-  view_.counters = {session_.Receiver().GetSentencesRecognised(), session_.Receiver().GetChecksumErrors(),
-                    session_.Receiver().GetBinaryMessages(), session_.Receiver().GetBadBinaryMessages()};
+  view_.counters = TallyOf(session_.Engine());
   Canvas canvas = terminal_.MakeCanvas();
   View view = view_;
   if (!busy_.empty()) {

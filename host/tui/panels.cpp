@@ -2,17 +2,15 @@
 
 #include <algorithm>
 #include <cmath>
-#include <numbers>
 #include <vector>
 
 #include "host/records/fixkind.h"
+#include "host/records/units.h"
 #include "host/tui/dashboard.h"
 
 namespace host {
 
 namespace {
-
-constexpr double kDegrees = 180.0 / std::numbers::pi;
 
 struct Kind {
   std::string_view words;
@@ -291,7 +289,7 @@ void DrawSentences(Pane pane, const View& view) {
 }
 
 void DrawCounters(Pane pane, const View& view) {
-  const LineCounters& line = view.counters;
+  const Tally& line = view.counters;
   const Readings& readings = view.readings;
   const struct {
     const char* label;

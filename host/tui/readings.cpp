@@ -2,15 +2,14 @@
 
 #include <algorithm>
 #include <cmath>
-#include <numbers>
 
 #include "gpsengine/platform/clock.h"
+#include "host/records/units.h"
 
 namespace host {
 
 namespace {
 
-constexpr double kDegrees = 180.0 / std::numbers::pi;
 constexpr std::size_t kLongestLog = 300;
 constexpr auto kLeastPatience = std::chrono::seconds(3);
 constexpr auto kMostPatience = std::chrono::seconds(60);
@@ -50,7 +49,7 @@ void Readings::TakeFix(const CGPSData& data) {
   if (!data.m_bVelocityValid) return;
   speed_ = data.m_dSpeed;
   course_.reset();  // a receiver at rest has none
-  if (data.m_dSpeed > 0.0) course_ = std::fmod(450.0 - data.m_dHeading * kDegrees, 360.0);
+  if (data.m_dSpeed > 0.0) course_ = CourseOf(data);
 }
 
 void Readings::TakeSatellites(const CGPSData& data) {

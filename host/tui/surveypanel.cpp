@@ -2,9 +2,9 @@
 #include <array>
 #include <cmath>
 #include <map>
-#include <numbers>
 
 #include "host/records/fixkind.h"
+#include "host/records/units.h"
 #include "host/tui/dashboard.h"
 #include "host/tui/panels.h"
 
@@ -12,7 +12,6 @@ namespace host {
 
 namespace {
 
-constexpr double kRadians = std::numbers::pi / 180.0;
 constexpr int kLeastPlotRows = 5;
 
 /// A length in no more columns than there are, with as many decimals as there is room for.
@@ -75,8 +74,8 @@ Rows RowsOf(const SurveyResult& all, const std::map<int, SurveyResult>& kinds, L
 void AddMean(SurveyLines& lines, const SurveyResult& all, const Display& display) {
   const AngleFormat format = display.Angles();
   lines.Add("Fixes", Print("%lld", all.fixes));
-  lines.Add("Mean lat.", AngleText(all.latitude * kRadians, format, 'N', 'S'));
-  lines.Add("Mean lon.", AngleText(all.longitude * kRadians, format, 'E', 'W'));
+  lines.Add("Mean lat.", AngleText(all.latitude / kDegrees, format, 'N', 'S'));
+  lines.Add("Mean lon.", AngleText(all.longitude / kDegrees, format, 'E', 'W'));
   if (Projection* const projection = display.projection.get()) {
     if (const auto place = projection->Of(all.latitude, all.longitude)) {
       lines.Add("Mean easting", Print("%.3f", place->easting), ' ' + projection->UnitName());

@@ -1,14 +1,14 @@
-#include "host/records/units.h"
+#include "host/records/display.h"
 
 #include <cmath>
 #include <cstdio>
-#include <numbers>
+
+#include "host/records/units.h"
 
 namespace host {
 
 namespace {
 
-constexpr double kDegrees = 180.0 / std::numbers::pi;
 constexpr Unit kFeet{"ft", 1.0 / 0.3048};
 constexpr Unit kKilometresAnHour{"km/h", 3.6};
 constexpr Unit kMilesAnHour{"mph", 3600.0 / 1609.344};

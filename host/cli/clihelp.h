@@ -1,0 +1,35 @@
+#pragma once
+
+#include <CLI/App.hpp>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace host {
+
+// What the command line says of itself, for the documents that are made of it. Commands and options without a
+// group are left out.
+
+/// A command under the words that a user types for it: "config set".
+struct Command {
+  std::string name;
+  const CLI::App* app;
+};
+
+std::vector<const CLI::App*> Commands(const CLI::App& app);
+/// All commands, each ahead of its own.
+std::vector<Command> AllCommands(const CLI::App& app, const std::string& parent = "");
+std::vector<std::string> NamesOfCommands(const CLI::App& app);
+std::vector<const CLI::Option*> Options(const CLI::App& command);
+bool IsFlag(const CLI::Option& option);
+/// What an option's value is called, and behind it what the help says of its limits.
+std::string TypeOf(const CLI::Option& option);
+std::string LimitsOf(const CLI::Option& option);
+/// The values of an option that takes one of a few: "{add,none}" in the help.
+std::vector<std::string> ChoicesOf(const CLI::Option& option);
+std::string ValueName(const CLI::Option& option);
+/// Its spellings, with their dashes.
+std::vector<std::string> NamesOf(const CLI::Option& option);
+std::string Join(const std::vector<std::string>& words, std::string_view separator);
+
+}  // namespace host

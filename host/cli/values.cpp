@@ -1,0 +1,150 @@
+#include "host/cli/values.h"
+
+#include <CLI/CLI.hpp>
+#include <charconv>
+#include <chrono>
+#include <cmath>
+#include <sstream>
+#include <type_traits>
+
+#include "gpsengine/engine/gpsengine.h"
+#include "host/commands/models.h"
+#include "host/line/portsearch.h"
+#include "host/run/failure.h"
+#include "host/run/nearest.h"
+
+namespace host {
+
+namespace {
+
+/// A validator of the numbers for which `fits` holds. The text is for the help, and for who gave another.
+template <class T, class Fits>
+CLI::Validator Numbers(const std::string& text, Fits fits) {
+  const auto check = [text, fits](const std::string& word) -> std::string {
+    T value{};
+    const char* const end = word.data() + word.size();
+    const auto read = std::from_chars(word.data(), end, value);
+    const bool is_number =
+        read.ec == std::errc() && read.ptr == end && std::isfinite(static_cast<double>(value));
+    if (is_number && fits(value)) return "";
+    return '"' + word + "\" is no " + (std::is_integral_v<T> ? "whole " : "") + "number " + text;
+  };
+  return CLI::Validator(check, text);
+}
+
+std::string Digits(double value) {
+  std::string text = std::to_string(value);
+  text.erase(text.find_last_not_of('0') + 1);
+  if (text.ends_with('.')) text.pop_back();
+  return text;
+}
+
+/// The command that the command line has come to.
+const CLI::App& DeepestOf(const CLI::App& app) {
+  const auto nested = app.get_subcommands();
+  return nested.empty() ? app : DeepestOf(*nested.front());
+}
+
+/// What a user may have meant by a word that the command does not take.
+std::vector<std::string> NamesIn(const CLI::App& command, bool options) {
+  std::vector<std::string> names;
+  if (!options) {
+    for (const CLI::App* nested : command.get_subcommands([](const CLI::App*) { return true; }))
+      names.push_back(nested->get_name());
+    return names;
+  }
+  for (const CLI::Option* option : command.get_options()) {
+    for (const std::string& name : option->get_lnames()) names.push_back("--" + name);
+  }
+  return names;
+}
+
+}  // namespace
+
+CLI::Validator AnyNumber() {
+  return Numbers<double>("", [](double) { return true; });
+}
+
+CLI::Validator Between(double least, double most) {
+  return Numbers<double>("from " + Digits(least) + " to " + Digits(most),
+                         [=](double value) { return value >= least && value <= most; });
+}
+
+CLI::Validator ZeroOrMore() {
+  return Numbers<double>("from 0 up", [](double value) { return value >= 0.0; });
+}
+
+CLI::Validator AboveZero() {
+  return Numbers<double>("above 0", [](double value) { return value > 0.0; });
+}
+
+CLI::Validator AboveZeroUpTo(double most) {
+  return Numbers<double>("above 0 and up to " + Digits(most),
+                         [most](double value) { return value > 0.0 && value <= most; });
+}
+
+CLI::Validator WholeBetween(long long least, long long most) {
+  return Numbers<long long>("from " + std::to_string(least) + " to " + std::to_string(most),
+                            [=](long long value) { return value >= least && value <= most; });
+}
+
+CLI::Validator WholeAboveZero() {
+  return Numbers<long long>("above 0", [](long long value) { return value > 0; });
+}
+
+CLI::Validator AName() {
+  CLI::Validator validator(
+      [](const std::string& word) { return word.empty() ? "the name is empty" : std::string(); }, "");
+  return validator;
+}
+
+CLI::Validator AModel() {
+  return CLI::Validator(
+      [](std::string& word) -> std::string {
+        try {
+          word = FindModel(word).GetName().ToUtf8();
+          return "";
+        } catch (const Failure& failure) {
+          return failure.what();
+        }
+      },
+      "");
+}
+
+int BaudOf(const std::string& text) {
+  if (text == "auto") return kAutoBaud;
+  int baud = 0;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), baud);
+  if (error == std::errc() && end == text.data() + text.size() && baud > 0) return baud;
+  throw CLI::ValidationError("--baud", text + " is no baud rate such as 9600, nor auto");
+}
+
+Moment MomentOfDate(const std::string& date) {
+  int year = 0, month = 0, day = 0;
+  char dash1 = 0, dash2 = 0;
+  std::istringstream text(date);
+  text >> year >> dash1 >> std::noskipws >> month >> dash2 >> day;
+  const auto ymd = std::chrono::year(year) / month / day;
+  if (!text || !text.eof() || dash1 != '-' || dash2 != '-' || month < 0 || day < 0 || !ymd.ok()) {
+    throw CLI::ValidationError("--date", date + " is no date such as 2024-05-14");
+  }
+  return std::chrono::sys_days(ymd).time_since_epoch().count() * kDay + kDay / 2;
+}
+
+int TellParseError(const CLI::App& app, const CLI::ParseError& error) {
+  const CLI::App& command = DeepestOf(app);
+  const auto extra = app.remaining(true);
+  if (error.get_exit_code() == 0 || extra.empty())
+    return app.exit(error) == 0 ? 0 : static_cast<int>(ExitCode::usage);
+  const std::string word = extra.front().substr(0, extra.front().find('='));
+  const bool is_option = word.size() > 1 && word.starts_with('-');
+  const std::string kind = is_option ? "option" : "command";
+  const bool is_argument = !is_option && command.get_parent() != nullptr;
+  const std::string where = command.get_parent() == nullptr ? "gpsengine" : "gpsengine " + command.get_name();
+  Complain((is_argument ? '"' + word + "\" is one argument too many"
+                        : "no " + kind + " is called \"" + word + '"') +
+           DidYouMean(word, NamesIn(command, is_option)) + "; " + where + " --help lists them");
+  return static_cast<int>(ExitCode::usage);
+}
+
+}  // namespace host

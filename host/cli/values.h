@@ -1,0 +1,35 @@
+#pragma once
+
+#include <CLI/App.hpp>
+#include <string>
+
+#include "host/records/moment.h"
+
+namespace host {
+
+// What options take, with limits in words, which the help shows behind the value's name.
+
+// No number is infinite, nor what is no number at all.
+CLI::Validator AnyNumber();
+CLI::Validator Between(double least, double most);
+CLI::Validator ZeroOrMore();
+CLI::Validator AboveZero();
+CLI::Validator AboveZeroUpTo(double most);
+/// Whole numbers.
+CLI::Validator WholeBetween(long long least, long long most);
+CLI::Validator WholeAboveZero();
+/// A name that is not empty.
+CLI::Validator AName();
+/// A receiver model, in any case of its letters, which becomes the name that it is listed by.
+CLI::Validator AModel();
+
+/// A baud rate, or kAutoBaud for "auto". Throws a CLI::ValidationError that names --baud.
+int BaudOf(const std::string& text);
+/// Noon of a day such as 2024-05-14. Throws a CLI::ValidationError that names --date.
+Moment MomentOfDate(const std::string& date);
+
+/// Tells on standard error what is wrong with the command line, and gives the exit code: 0 if the user has
+/// asked for help.
+int TellParseError(const CLI::App& app, const CLI::ParseError& error);
+
+}  // namespace host

@@ -1,0 +1,46 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "host/commands/rehearse.h"
+
+namespace host {
+
+/// What became of a command that sets something: what was sent, and what the line has answered.
+class Outcome {
+ public:
+  /// `transcript` is the rehearsal of the command.
+  explicit Outcome(Transcript transcript);
+
+  /// The line that the command went out on, and what the library made of its data.
+  struct Line {
+    std::string device, model;
+    int baud;
+    bool understood;    ///< Some message was.
+    long long reports;  ///< So many were shown.
+  };
+
+  /// The next bytes of the line since the run began, in pieces of any size.
+  void Feed(std::string_view bytes);
+  /// How many seconds to listen behind the end of the command, by what has been heard so far.
+  double Patience(bool understood) const;
+  /// What to tell the user. Throws a Failure if nothing was heard or understood, no answer came where the
+  /// make gives one, or the receiver refused.
+  std::string Tell(const Line& line) const;
+  /// What to tell of a command that was interrupted when it had waited for so many milliseconds;
+  /// below 0, ahead of its beginning.
+  std::string TellInterrupted(const std::string& operation, long long passed) const;
+
+ private:
+  void OnLine();
+  bool IsAwaited() const;
+
+  const Transcript transcript_;
+  std::string line_;  // not yet ended
+  std::string refusal_;
+  int taken_ = 0, refused_ = 0;
+  bool heard_ = false;
+};
+
+}  // namespace host

@@ -1,0 +1,75 @@
+#include "host/commands/rawdata.h"
+
+#include <cmath>
+
+#include "gpsengine/drivers/gsr2650lb.h"
+#include "gpsengine/drivers/sokkiaaxis3.h"
+#include "host/commands/models.h"
+#include "host/run/failure.h"
+
+namespace host {
+
+namespace {
+
+// The longest interval that a whole number of seconds is taken for.
+constexpr double kLongest = 86'400.0;
+
+/// Intervals in seconds that a language has.
+struct Intervals {
+  const char* text;
+  bool (*has)(double seconds);
+  /// What the library takes for one of them.
+  double (*value)(double seconds);
+};
+
+double AsItIs(double seconds) {
+  return seconds;
+}
+
+// Receivers of the $J language are given a rate: 5 is 5 a second, any other number 1 a second.
+constexpr Intervals kRates = {"0.2 or 1", [](double seconds) { return seconds == 0.2 || seconds == 1.0; },
+                              [](double seconds) { return seconds == 0.2 ? 5.0 : 1.0; }};
+constexpr Intervals kWhole = {
+    "whole numbers from 1 to 86400",
+    [](double seconds) { return seconds >= 1.0 && seconds <= kLongest && seconds == std::floor(seconds); },
+    AsItIs};
+constexpr Intervals kAny = {"numbers from 0.25 to 86400",
+                            [](double seconds) { return seconds >= 0.25 && seconds <= kLongest; }, AsItIs};
+
+const Intervals& IntervalsOf(CGPSReceiver& receiver) {
+  if (dynamic_cast<CSokkiaAxis3*>(&receiver) != nullptr) return kRates;
+  return dynamic_cast<Cgsr2650lb*>(&receiver) != nullptr ? kWhole : kAny;
+}
+
+}  // namespace
+
+void CheckRawInterval(CGPSReceiver& receiver, double seconds) {
+  const Intervals& intervals = IntervalsOf(receiver);
+  if (intervals.has(seconds)) return;
+  CString given;
+  given.Format("%g", seconds);
+  throw Failure(ExitCode::usage, "the model " + receiver.GetName().ToUtf8() +
+                                     " does not send raw data every " + given.ToUtf8() +
+                                     " s; its intervals in seconds are " + intervals.text);
+}
+
+bool SetRawInterval(CGPSReceiver& receiver, double seconds) {
+  const Intervals& intervals = IntervalsOf(receiver);
+  return intervals.has(seconds) && receiver.SetRawDataOutputInterval(intervals.value(seconds));
+}
+
+bool IsRawDataDecoded(const std::string& model) {
+  return &IntervalsOf(FindModel(model)) == &kAny;
+}
+
+std::string WhyNoRawData(const std::string& model) {
+  if (!IsRawDataDecoded(model)) {
+    return "the raw data of the model " + model +
+           " are blocks that this program hands on without decoding them, so that it cannot log them";
+  }
+  const std::string beside = "beside GSA and GSV sentences raw data are passed over";
+  if (FindModel(model).HasRawData()) return beside + ": the operation gga-only ends them";
+  return "only the raw data of an Ashtech, CSI or Racal receiver are decoded, and " + beside;
+}
+
+}  // namespace host
