@@ -74,7 +74,8 @@ class HostExports : public testing::Test {
     std::filesystem::create_directory(folder_);
     options_.file = folder_ + "/a<b>&\"\x01\xFF.log";
     options_.format = Format::none;
-    options_.exports = {Path("gpx"), Path("kml"), Path("csv"), Path("nmea"), "", {}};
+    options_.exports = {Path("gpx"), Path("kml"),     Path("csv"), Path("nmea"),
+                        Path("pos"), Path("geojson"), "",          {}};
   }
   ~HostExports() override { std::filesystem::remove_all(folder_); }
 
@@ -113,6 +114,9 @@ TEST_F(HostExports, WritesWholeFilesOfNothing) {
   ExpectWellFormed();
   EXPECT_EQ(Count(Export("csv"), "\n"), 1);
   EXPECT_EQ(Export("nmea"), "");
+  EXPECT_EQ(Export("geojson"),
+            "{\"type\":\"FeatureCollection\",\"name\":\"a<b>&\\\"\\u0001\xEF\xBF\xBD.log\","
+            "\"features\":[\n]}\n");
 }
 
 TEST_F(HostExports, JoinsTheSentencesOfAnEpochAndSplitsATrackAtAGap) {
@@ -205,7 +209,33 @@ TEST_F(HostExports, TellHeightsForWhatTheyAre) {
     EXPECT_EQ(Count(Export("gpx"), "<ele>"), *msl_alone == '\0' ? 1 : 2);
     EXPECT_TRUE(Contains("kml", std::string(" ") + msl + "</gx:coord>"));
     EXPECT_EQ(Count(Export("kml"), "absolute"), 1);
+    // Above the ellipsoid, with the separation that was stated last where a whole file states what it means.
+    const std::string ellipsoid = geoid == Geoid::subtract ? "545.4000" : "592.3000";
+    EXPECT_TRUE(Contains("pos", "WGS84/ellipsoidal")) << Export("pos");
+    EXPECT_EQ(Count(Export("pos"), ' ' + ellipsoid + ' '), *msl_alone == '\0' ? 1 : 2) << Export("pos");
+    EXPECT_TRUE(Contains("geojson", "[11.516666667,48.117300000," + ellipsoid.substr(0, 7) + "]},"));
+    EXPECT_TRUE(Contains("geojson", "[11.516666667,48.117300000]},")) << Export("geojson");
   }
+}
+
+TEST_F(HostExports, WriteWhatRtklibAndMapsRead) {
+  Decode(kDate + WithChecksum("$GPGGA,235959.5,4807.038,S,01131.000,W,4,08,0.9,545.4,M,46.9,M,2.5,0120") +
+         Fix("000001", "4807.038", 5));
+  EXPECT_TRUE(Export("pos").ends_with(
+      "\n2023/12/31 23:59:59.500  -48.117300000  -11.516666667   592.3000   1   8   0.0000   0.0000   0.0000 "
+      "  "
+      "0.0000   0.0000   0.0000   2.50    0.0\n"
+      "2024/01/01 00:00:01.000   48.117300000   11.516666667   592.3000   2   8   0.0000   0.0000   0.0000   "
+      "0.0000   0.0000   0.0000   0.00    0.0\n"))
+      << Export("pos");
+  EXPECT_TRUE(Contains(
+      "geojson",
+      R"({"type":"Feature","geometry":{"type":"Point","coordinates":[11.516666667,48.117300000,592.300]},)"
+      R"("properties":{"time":"2024-01-01T00:00:01.000Z","height_msl_m":545.400,"height_hae_m":592.300,)"
+      R"("fix":"RTK float","segment":1,"used":8,"in_view":8,"hdop":0.90,)"))
+      << Export("geojson");
+  EXPECT_TRUE(Export("geojson").ends_with("}}\n]}\n"));
+  EXPECT_EQ(Count(Export("geojson"), "},\n{"), 1);
 }
 
 TEST_F(HostExports, SayWhereNoDateIsKnown) {

@@ -103,6 +103,8 @@ void AddExportOptions(CLI::App& command, ExportOptions& options) {
   AddFile(command, "--kml", options.kml, "Write the track as KML 2.2");
   AddFile(command, "--csv", options.csv, "Write the fixes as a table");
   AddFile(command, "--nmea", options.nmea, "Write the fixes as NMEA 0183");
+  AddFile(command, "--pos", options.pos, "Write the fixes as RTKLIB's solutions");
+  AddFile(command, "--geojson", options.geojson, "Write the fixes as points in GeoJSON");
   AddFile(command, "--report", options.report, "Write a page about the run, in HTML");
   AddFilters(command, options.filter);
 }

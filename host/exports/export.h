@@ -43,6 +43,10 @@ std::unique_ptr<Export> MakeKmlExport(const ExportPath& path, const RunFacts& fa
 std::unique_ptr<Export> MakeCsvExport(const ExportPath& path, const RunFacts& facts);
 /// Sentences in NMEA 0183.
 std::unique_ptr<Export> MakeNmeaExport(const ExportPath& path, const RunFacts& facts);
+/// Solutions as RTKLIB writes them.
+std::unique_ptr<Export> MakePosExport(const ExportPath& path, const RunFacts& facts);
+/// Points in GeoJSON.
+std::unique_ptr<Export> MakeGeoJsonExport(const ExportPath& path, const RunFacts& facts);
 /// A page for people, in HTML. It is written when the run begins and when it ends.
 std::unique_ptr<Export> MakeReportExport(const ExportPath& path, const RunFacts& facts);
 

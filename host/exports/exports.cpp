@@ -15,8 +15,12 @@ constexpr struct {
   std::string ExportOptions::*path;
   Make make;
 } kExports[] = {
-    {"--gpx", &ExportOptions::gpx, MakeGpxExport},          {"--kml", &ExportOptions::kml, MakeKmlExport},
-    {"--csv", &ExportOptions::csv, MakeCsvExport},          {"--nmea", &ExportOptions::nmea, MakeNmeaExport},
+    {"--gpx", &ExportOptions::gpx, MakeGpxExport},
+    {"--kml", &ExportOptions::kml, MakeKmlExport},
+    {"--csv", &ExportOptions::csv, MakeCsvExport},
+    {"--nmea", &ExportOptions::nmea, MakeNmeaExport},
+    {"--pos", &ExportOptions::pos, MakePosExport},
+    {"--geojson", &ExportOptions::geojson, MakeGeoJsonExport},
     {"--report", &ExportOptions::report, MakeReportExport},
 };
 
@@ -36,7 +40,8 @@ Exports::Exports(const ExportOptions& options, const RunFacts& facts, const std:
       filter_(options.filter),
       geoid_(facts.geoid),
       recording_(input.empty() ? "" : NameOf(input)),
-      needs_texts_(!options.nmea.empty() || (options.IsAny() && geoid_ != Geoid::none)) {
+      needs_texts_(!(options.nmea + options.pos + options.geojson).empty() ||
+                   (options.IsAny() && geoid_ != Geoid::none)) {
   RunFacts named = facts;
   named.source = NameOf(facts.source);
   for (const auto& [option, path, make] : kExports) {

@@ -15,10 +15,10 @@ namespace host {
 /// The files that are made beside what is shown, each a path or empty, and what the run holds back from
 /// both.
 struct ExportOptions {
-  std::string gpx, kml, csv, nmea, report;
+  std::string gpx, kml, csv, nmea, pos, geojson, report;
   FilterOptions filter;
 
-  bool IsAny() const { return !(gpx + kml + csv + nmea + report).empty(); }
+  bool IsAny() const { return !(gpx + kml + csv + nmea + pos + geojson + report).empty(); }
 };
 
 /// Filters what is published on its way to another sink, and writes files of what passes.
