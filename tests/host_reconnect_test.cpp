@@ -107,6 +107,22 @@ TEST_F(ReconnectTest, GoesOnUnderTheSameNameAndInTheSameRecording) {
   EXPECT_EQ(host::ReadConfig().port, options.port) << "remembered, since it was understood";
 }
 
+TEST_F(ReconnectTest, WaitsForAPortThatIsNotThereYet) {
+  Unplug();
+  options.duration = 0.05;
+  EXPECT_EQ(Run([] {}), host::ExitCode::port_closed) << "it was not lost";
+  options.duration = 0.0;
+  EXPECT_EQ(Run([&] {
+              std::this_thread::sleep_for(30ms);
+              Plug();
+              SendUntilShown(1);
+              CloseOutput();
+            }),
+            host::ExitCode::done);
+  ExpectError("waiting for " + options.port + " to be plugged in");
+  ExpectError("the port is there as " + terminal->Name());
+}
+
 TEST_F(ReconnectTest, EndsWhileItWaitsWhenItsTimeIsOverOrItIsInterrupted) {
   options.duration = 0.7;
   EXPECT_EQ(Run([&] {

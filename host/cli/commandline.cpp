@@ -55,11 +55,14 @@ void AddRinexOptions(CLI::App& command, RinexOptions& options) {
       ->needs(rinex);
 }
 
-template <class Options>
-void AddReceiverOptions(CLI::App& command, Options& options) {
+void AddModelOption(CLI::App& command, RunOptions& options) {
   command.add_option("--model", options.model, "Receiver model, as \"gpsengine models\" lists them")
       ->transform(AModel())
       ->capture_default_str();
+}
+
+void AddReceiverOptions(CLI::App& command, RunOptions& options) {
+  AddModelOption(command, options);
   command.add_option("--antenna-height", options.antenna_height, "Metres to take off every height")
       ->check(AnyNumber())
       ->type_name("M");
@@ -67,8 +70,7 @@ void AddReceiverOptions(CLI::App& command, Options& options) {
 }
 
 /// --port and --baud, whose words ChooseLine looks up. Gives the option --port.
-template <class Options>
-CLI::Option* AddLineOptions(CLI::App& command, Options& options, const std::string& description) {
+CLI::Option* AddLineOptions(CLI::App& command, RunOptions& options, const std::string& description) {
   auto* port =
       command
           .add_option("--port", options.port,
@@ -84,13 +86,51 @@ CLI::Option* AddLineOptions(CLI::App& command, Options& options, const std::stri
   return port;
 }
 
-template <class Options>
-void AddReconnect(CLI::App& command, Options& options, CLI::Option* port) {
+/// Where a run that has no end of its own gets its bytes from.
+void AddSourceOptions(CLI::App& command, RunOptions& options) {
+  auto* port = AddLineOptions(command, options, "Serial device; without one, a simulated receiver");
+  command.add_option("--play", options.play, "Play a recording, a line every half second, over and over")
+      ->check(AName())
+      ->type_name("FILE")
+      ->excludes(port);
   command
       .add_flag_callback(
           "--reconnect", [&options] { options.reconnect = std::chrono::seconds(1); },
-          "When the port is lost, wait for it to come back instead of ending")
+          "Wait for a port that is lost, or is not there yet, instead of ending")
       ->needs(port);
+  AddReceiverOptions(command, options);
+}
+
+void AddDuration(CLI::App& command, double& seconds, const std::string& description) {
+  command.add_option("--duration", seconds, description)->check(AboveZero())->type_name("S");
+}
+
+/// What is shown of a run's records, and written beside that.
+void AddShownOptions(CLI::App& command, RunOptions& run, ShownOptions& shown,
+                     const std::map<std::string, Format>& formats, const std::string& description) {
+  AddChoice(command, "--format", shown.format, formats, description);
+  AddRinexOptions(command, shown.rinex);
+  AddExportOptions(command, shown.exports);
+  AddDisplayOptions(command, shown.display);
+  command.add_option("--count", run.count, "End after so many records were shown")
+      ->check(WholeAboveZero())
+      ->type_name("N");
+}
+
+template <class Options>
+Job JobOf(std::shared_ptr<Options> options, ExitCode (*perform)(const Options&, const Interrupt&, Output&)) {
+  return [=](const Interrupt& interrupt, Output& output) { return perform(*options, interrupt, output); };
+}
+
+/// The same on a line, which is looked for first if it has to be.
+template <class Options>
+Job OnLine(CLI::App& command, std::shared_ptr<Options> options,
+           ExitCode (*perform)(const Options&, const Interrupt&, Output&)) {
+  return [=, model = command.get_option("--model")](const Interrupt& interrupt, Output& output) {
+    LineChoice& line = *options;
+    line = ChooseLine(line, model->count() > 0, interrupt);
+    return perform(*options, interrupt, output);
+  };
 }
 
 void AddMonitor(CLI::App& app, Job& job) {
@@ -105,17 +145,13 @@ void AddMonitor(CLI::App& app, Job& job) {
       "  gpsengine monitor --play drive.log --format json --count 20\n"
       "  gpsengine monitor --play drive.log --speed 10         ten times as fast as it was\n"
       "  gpsengine monitor --port /dev/ttyUSB0 --gpx walk.gpx --min-distance 2\n"
+      "  gpsengine monitor --port auto --crs EPSG:25832        a point: s shows its survey\n"
       "On a terminal it is a screen: q quits, ? lists the keys, c commands the receiver.");
   auto options = std::make_shared<MonitorOptions>();
-  auto* port = AddLineOptions(*command, *options, "Serial device; without one, a simulated receiver");
-  command->add_option("--play", options->play, "Play a recording, a line every half second, over and over")
-      ->check(AName())
-      ->type_name("FILE")
-      ->excludes(port);
+  AddSourceOptions(*command, *options);
   AddSpeedOption(*command, options->speed);
-  AddReceiverOptions(*command, *options);
-  AddChoice(*command, "--format", options->format, kLiveFormats,
-            "How to show records; without it, tui on a terminal and text elsewhere");
+  AddShownOptions(*command, *options, *options, kLiveFormats,
+                  "How to show records; without it, tui on a terminal and text elsewhere");
   command->add_option("--record", options->record, "Record the port's bytes")
       ->check(AName())
       ->type_name("FILE")
@@ -123,16 +159,7 @@ void AddMonitor(CLI::App& app, Job& job) {
   command->add_flag_function(
       "--attach-raw,!--no-attach-raw", [options](std::int64_t sign) { options->attach_raw = sign > 0; },
       "Decode raw data; on where the model has them, and with --speed");
-  AddRinexOptions(*command, options->rinex);
-  AddExportOptions(*command, options->exports);
-  AddDisplayOptions(*command, options->display);
-  command->add_option("--count", options->count, "End after so many records were shown")
-      ->check(WholeAboveZero())
-      ->type_name("N");
-  command->add_option("--duration", options->duration, "End after so many seconds")
-      ->check(AboveZero())
-      ->type_name("S");
-  AddReconnect(*command, *options, port);
+  AddDuration(*command, options->duration, "End after so many seconds");
   command->add_option("--timeout", options->timeout, "Seconds to wait for a first message, 0 for ever")
       ->check(ZeroOrMore())
       ->type_name("S")
@@ -140,10 +167,7 @@ void AddMonitor(CLI::App& app, Job& job) {
   command->callback([&job, options, command] {
     const bool chosen = command->get_option("--format")->count() > 0;
     if (!chosen && Terminal::Obstacle().empty()) options->format = Format::tui;
-    job = [options, model = command->get_option("--model")](const Interrupt& interrupt, Output& output) {
-      ChooseLine(*options, model->count() > 0, interrupt);
-      return Monitor(*options, interrupt, output);
-    };
+    job = OnLine(*command, options, &Monitor);
   });
 }
 
@@ -159,12 +183,7 @@ void AddServe(CLI::App& app, Job& job) {
       "  gpsengine serve --play drive.log --tcp 2950           then: gpspipe -r 127.0.0.1:2950\n"
       "  gpsengine serve --geoid add                           then: gpxlogger 127.0.0.1:2947");
   auto options = std::make_shared<ServeOptions>();
-  auto* port = AddLineOptions(*command, *options, "Serial device; without one, a simulated receiver");
-  command->add_option("--play", options->play, "Play a recording, a line every half second, over and over")
-      ->check(AName())
-      ->type_name("FILE")
-      ->excludes(port);
-  AddReceiverOptions(*command, *options);
+  AddSourceOptions(*command, *options);
   command->add_option("--listen", options->listen, "Address to listen on")
       ->type_name("ADDRESS")
       ->capture_default_str();
@@ -177,16 +196,8 @@ void AddServe(CLI::App& app, Job& job) {
                    "Port of the live page, 0 for any that is free; without it, no page")
       ->check(WholeBetween(0, 65535))
       ->type_name("PORT");
-  command->add_option("--duration", options->duration, "End after so many seconds")
-      ->check(AboveZero())
-      ->type_name("S");
-  AddReconnect(*command, *options, port);
-  command->callback([&job, options, model = command->get_option("--model")] {
-    job = [options, model](const Interrupt& interrupt, Output& output) {
-      ChooseLine(*options, model->count() > 0, interrupt);
-      return Serve(*options, interrupt, output);
-    };
-  });
+  AddDuration(*command, options->duration, "End after so many seconds");
+  command->callback([&job, options, command] { job = OnLine(*command, options, &Serve); });
 }
 
 void AddDecode(CLI::App& app, Job& job) {
@@ -203,18 +214,9 @@ void AddDecode(CLI::App& app, Job& job) {
       ->required()
       ->type_name("FILE");
   AddReceiverOptions(*command, *options);
-  AddChoice(*command, "--format", options->format, kFormats, "How to show records; none: the summary alone");
-  AddRinexOptions(*command, options->rinex);
-  AddExportOptions(*command, options->exports);
-  AddDisplayOptions(*command, options->display);
-  command->add_option("--count", options->count, "End after so many records were shown")
-      ->check(WholeAboveZero())
-      ->type_name("N");
-  command
-      ->add_option("--duration", options->exports.filter.duration,
-                   "End after so many seconds of the recording's own time")
-      ->check(AboveZero())
-      ->type_name("S");
+  AddShownOptions(*command, *options, *options, kFormats, "How to show records; none: the summary alone");
+  AddDuration(*command, options->exports.filter.duration,
+              "End after so many seconds of the recording's own time");
   command
       ->add_option_function<std::string>(
           "--date", [options](const std::string& date) { options->date = MomentOfDate(date); },
@@ -224,11 +226,7 @@ void AddDecode(CLI::App& app, Job& job) {
       ->check(WholeBetween(1, 1 << 24))
       ->type_name("BYTES")
       ->capture_default_str();
-  command->callback([&job, options] {
-    job = [options](const Interrupt& interrupt, Output& output) {
-      return Decode(*options, interrupt, output);
-    };
-  });
+  command->callback([&job, options] { job = JobOf(options, &Decode); });
 }
 
 void AddCommand(CLI::App& app, Job& job) {
@@ -242,9 +240,7 @@ void AddCommand(CLI::App& app, Job& job) {
       "  gpsengine command --dry-run --model SiRF set-dgps waas");
   auto options = std::make_shared<CommandOptions>();
   AddLineOptions(*command, *options, "Serial device");
-  command->add_option("--model", options->model, "Receiver model, as \"gpsengine models\" lists them")
-      ->transform(AModel())
-      ->capture_default_str();
+  AddModelOption(*command, *options);
   command->add_option("operation", options->operation, "What to do")->required()->type_name("OPERATION");
   command->add_option("arguments", options->arguments.words, "What the operation takes")
       ->type_name("ARGUMENT");
@@ -258,11 +254,8 @@ void AddCommand(CLI::App& app, Job& job) {
   auto* dry_run = command->add_flag("--dry-run", options->dry_run, "Print the steps and take none");
   command->add_flag("--closed", options->closed, "With --dry-run: the port is closed and does not open")
       ->needs(dry_run);
-  command->callback([&job, options, model = command->get_option("--model")] {
-    job = [options, model](const Interrupt& interrupt, Output& output) {
-      if (!options->dry_run) ChooseLine(*options, model->count() > 0, interrupt);
-      return Command(*options, interrupt, output);
-    };
+  command->callback([&job, options, command] {
+    job = options->dry_run ? JobOf(options, &Command) : OnLine(*command, options, &Command);
   });
 }
 

@@ -34,7 +34,7 @@ void AddWord(CLI::App& command, const std::string& name, Value& value,
           name, [&value, &words](const std::string& word) { value = words.at(word); }, what)
       ->check(CLI::IsMember(names))
       ->type_name("CHOICE")
-      ->group("For people");
+      ->group("Units and reference systems");
 }
 
 void AddFilters(CLI::App& command, FilterOptions& filter) {
@@ -95,7 +95,7 @@ void AddDisplayOptions(CLI::App& command, Display& display) {
           "first fix")
       ->check(AName())
       ->type_name("CODE")
-      ->group("For people");
+      ->group("Units and reference systems");
 }
 
 void AddExportOptions(CLI::App& command, ExportOptions& options) {

@@ -17,22 +17,13 @@ constexpr int kAutoBaud = -1;
 struct LineChoice {
   std::string port;  ///< A device, kAutoPort or kLastPort; empty for none.
   int baud = 0;      ///< Bits a second, kAutoBaud, or 0 for what is kept for the model.
-  std::string model;
+  std::string model = "Other";
 };
 
 /// Puts a device and a rate in the place of "auto" and "last". With "last" the model is the remembered one,
 /// unless `model_given`. Tells on standard error what it hears. Throws a Failure if there is none, or if a
 /// signal ends the search.
 LineChoice ChooseLine(LineChoice choice, bool model_given, const Interrupt& interrupt);
-
-/// The same for a command's options.
-template <class Options>
-void ChooseLine(Options& options, bool model_given, const Interrupt& interrupt) {
-  LineChoice choice = ChooseLine({options.port, options.baud, options.model}, model_given, interrupt);
-  options.port = std::move(choice.port);
-  options.baud = choice.baud;
-  options.model = std::move(choice.model);
-}
 
 /// What to listen to, and for how long.
 struct SearchPlan {

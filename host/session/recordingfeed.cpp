@@ -36,6 +36,7 @@ void RecordingFeed::ShowProgress(const std::string& label, bool output_is_busy) 
 }
 
 void RecordingFeed::Open(CGPSEngine& engine, HostWindow& window) {
+  clock_.emplace();
   engine.GetReceiver()->Initialize();
   window_ = &window;
   window.SetReference(date_);

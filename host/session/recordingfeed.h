@@ -47,7 +47,7 @@ class RecordingFeed : public Feed {
  private:
   void Date(std::string_view bytes);
 
-  const UnpacedClock clock_;
+  std::optional<UnpacedClock> clock_;  // while it plays: a rehearsal has one of its own
   std::size_t chunk_ = 4096;
   std::optional<Moment> date_;
   bool scans_ = true;

@@ -106,11 +106,12 @@ void Session::KeepCapturing() {
   if (capture.m_bPaused == wanted) capture.m_bPaused = !wanted;
 }
 
-// Bytes go ahead of what was made of them.
+// Bytes go ahead of what was made of them, but for a playback's, which come with the texts of messages.
 void Session::PassOn() {
   KeepCapturing();
   PassBytes();
   window_.Drain();
+  PassBytes();
 }
 
 Deadline::Moment Session::NextAt() const {

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "gpsengine/engine/gpsengine.h"
+#include "host/line/portsearch.h"
 #include "host/records/geoid.h"
 #include "host/records/hostwindow.h"
 #include "host/run/boxes.h"
@@ -19,12 +20,10 @@
 
 namespace host {
 
-/// What the user says of a run, whatever becomes of its bytes.
-struct RunOptions {
-  std::string port;  ///< Device to read; empty for none.
-  std::string play;  ///< Recording to play instead; empty for none. With neither, a simulated receiver.
-  int baud = 0;      ///< Bits a second; 0 for what is set for the model.
-  std::string model = "Other";
+/// What the user says of a run, whatever becomes of its bytes: a device to read, a recording to play instead,
+/// or neither for a simulated receiver.
+struct RunOptions : LineChoice {
+  std::string play;
   Geoid geoid = Geoid::none;
   double antenna_height = 0.0;  ///< Metres.
   double duration = 0.0;        ///< Seconds to run; 0 for no limit.
@@ -39,9 +38,8 @@ struct RunRules {
   /// The run is about what the receiver sends, and fails if that is nothing; without it, that is worth a
   /// word. A run of a stated length goes on to its end when its line is lost.
   bool is_strict = false;
-  bool could_reconnect = false;  ///< The command has the option, and tells of it.
-  bool remembers =
-      false;  ///< Port, model and rate, once something was understood; without it, the rate alone.
+  bool could_reconnect = false;    ///< The command has the option, and tells of it.
+  bool remembers = false;          ///< Port and model, once something was understood, as the rate always is.
   std::optional<bool> attach_raw;  ///< Decode raw data; without it, where the model has them.
   std::string label;   ///< What the start is called, for showing its progress; empty: it is not shown.
   long long time = 0;  ///< How long the start takes, in milliseconds.
