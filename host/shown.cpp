@@ -16,9 +16,8 @@ RunFacts FactsOf(const Session& session, const Display& display) {
 Shown::Shown(Session& session, const ShownOptions& options, Output& output, Sink* screen)
     : lines_(MakeSink(options.format, output.Text(), session.GetFeed().Name(), session.Options().geoid,
                       options.display)),
-      exports_(options.exports, FactsOf(session, options.display),
-               session.GetFeed().IsLive() ? "" : session.GetFeed().Name(), session.Engine(),
-               screen != nullptr ? *screen : *lines_),
+      exports_(options.exports, FactsOf(session, options.display), session.GetFeed().Files(),
+               session.Engine(), screen != nullptr ? *screen : *lines_),
       printer_(output) {
   const RunOptions& run = session.Options();
   if (!options.rinex.base.empty()) {

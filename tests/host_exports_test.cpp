@@ -72,7 +72,7 @@ class HostExports : public testing::Test {
  protected:
   HostExports() : folder_(testing::TempDir() + "host_exports_" + std::to_string(getpid()) + ".d") {
     std::filesystem::create_directory(folder_);
-    options_.file = folder_ + "/a<b>&\"\x01\xFF.log";
+    options_.files = {folder_ + "/a<b>&\"\x01\xFF.log"};
     options_.format = Format::none;
     options_.exports = {Path("gpx"), Path("kml"),     Path("csv"), Path("nmea"),
                         Path("pos"), Path("geojson"), "",          {}};
@@ -82,7 +82,7 @@ class HostExports : public testing::Test {
   std::string Path(const std::string& extension) const { return folder_ + "/out." + extension; }
   std::string Export(const std::string& extension) const { return Read(Path(extension)); }
   void Decode(const std::string& bytes) {
-    std::ofstream(options_.file, std::ios::binary) << bytes;
+    std::ofstream(options_.files[0], std::ios::binary) << bytes;
     Output output(open("/dev/null", O_WRONLY | O_CLOEXEC));
     EXPECT_EQ(host::Decode(options_, interrupt_, output), ExitCode::done);
     close(output.Descriptor());
@@ -262,6 +262,26 @@ TEST_F(HostExports, SayWhereNoDateIsKnown) {
   }
 }
 
+TEST_F(HostExports, MakeOneFileOfSeveralRecordings) {
+  const std::string second = folder_ + "/second.log";
+  std::ofstream(second, std::ios::binary)
+      << WithChecksum("$GPZDA,060000,05,01,2024,00,00") << Fix("060001") << Fix("060002");
+  options_.files.push_back(second);
+  const std::string cut = Fix("000001");
+  Decode(kDate + Fix("235959") + Fix("000000") + cut.substr(0, cut.size() / 2));
+  std::string times;
+  for (auto& row : Table(Export("csv"))) times += row["time"].substr(0, 19) + '/' + row["segment"] + ' ';
+  EXPECT_EQ(times,
+            "2023-12-31T23:59:59/1 2024-01-01T00:00:00/1 2024-01-05T06:00:01/2 2024-01-05T06:00:02/2 ");
+  EXPECT_TRUE(Contains("gpx", ".log and 1 more</name>"));
+  options_.exports.csv = second;
+  EXPECT_THROW(Decode(kDate), Failure) << "it is read";
+  options_.exports.csv = Path("never");
+  options_.files.push_back(folder_ + "/missing.log");
+  EXPECT_THROW(Decode(kDate), Failure);
+  EXPECT_FALSE(std::filesystem::exists(Path("never"))) << "nothing has begun";
+}
+
 // A converter that no one here wrote. It takes any number for a coordinate and ends well on broken input, so
 // what counts is how many points it finds, and where.
 TEST_F(HostExports, AreReadByAConverterAsTheSamePoints) {
@@ -316,10 +336,10 @@ TEST_F(HostExports, FiltersWhatIsShownAndExported) {
   EXPECT_EQ(seconds(), "00/1 01/1 02/1 ");
   filter = {.only = Kinds(static_cast<unsigned>(Kind::report))};
   EXPECT_EQ(seconds(), "");
-  Program decode({"decode", options_.file, "--only", "report"});
+  Program decode({"decode", options_.files[0], "--only", "report"});
   EXPECT_EQ(decode.Wait(), 0);
   EXPECT_EQ(Count(decode.Output(), "\n"), 0) << "text shows no sentences of a make";
-  Program json({"decode", options_.file, "--only", "fix", "--count", "2", "--format", "json"});
+  Program json({"decode", options_.files[0], "--only", "fix", "--count", "2", "--format", "json"});
   EXPECT_EQ(json.Wait(), 0);
   const std::string shown = json.Output();
   EXPECT_EQ(Count(shown, "{\"class\":\"TPV\""), 2) << shown;
@@ -339,9 +359,9 @@ TEST_F(HostExports, NameThePathThatCannotBeWritten) {
   EXPECT_EQ(failure(), "cannot write /nonexistent/x.kml (--kml): No such file or directory");
   options_.exports.kml = Path("gpx");
   EXPECT_EQ(failure(), "--gpx and --kml both name " + Path("gpx"));
-  options_.exports.kml = options_.file;
-  EXPECT_EQ(failure(), "--kml " + options_.file + " is the recording itself");
-  EXPECT_EQ(Read(options_.file), Fix("000000"));
+  options_.exports.kml = options_.files[0];
+  EXPECT_EQ(failure(), "--kml " + options_.files[0] + " is the recording itself");
+  EXPECT_EQ(Read(options_.files[0]), Fix("000000"));
   options_.exports.kml.clear();
   options_.exports.report = "/nonexistent/x.html";
   EXPECT_EQ(failure(), "cannot write /nonexistent/x.html (--report): No such file or directory");
@@ -353,7 +373,7 @@ TEST_F(HostExports, LeaveWholeFilesOnAFullDisk) {
     const std::string time = std::to_string(1'000'000 + i / 3600 * 10000 + i / 60 % 60 * 100 + i % 60);
     stream += Fix(time.substr(1));
   }
-  std::ofstream(options_.file, std::ios::binary) << stream;
+  std::ofstream(options_.files[0], std::ios::binary) << stream;
   try {
     options_.exports.report = Path("html");
     const SmallDisk disk(100'000);

@@ -206,10 +206,12 @@ void AddDecode(CLI::App& app, Job& job) {
       "Examples:\n"
       "  gpsengine decode drive.log --format json > drive.json\n"
       "  gpsengine decode drive.log --gpx drive.gpx --report drive.html\n"
+      "  gpsengine decode monday.log tuesday.log.gz --format none --report survey.html\n"
       "  gpsengine decode drive.log --only fix --min-distance 10 --csv drive.csv");
   auto options = std::make_shared<DecodeOptions>();
   command
-      ->add_option("file", options->file, "The recording, which may be packed by gzip; - for standard input")
+      ->add_option("file", options->files,
+                   "Recordings, one behind the other, which may be packed by gzip; - for standard input")
       ->check(AName())
       ->required()
       ->type_name("FILE");

@@ -33,13 +33,13 @@ std::string NameOf(const std::string& source) {
 
 }  // namespace
 
-Exports::Exports(const ExportOptions& options, const RunFacts& facts, const std::string& input,
+Exports::Exports(const ExportOptions& options, const RunFacts& facts, const std::vector<std::string>& inputs,
                  CGPSEngine& engine, Sink& inner)
     : engine_(engine),
       inner_(inner),
       filter_(options.filter),
       geoid_(facts.geoid),
-      recording_(input.empty() ? "" : NameOf(input)),
+      recording_(inputs.empty() ? "" : NameOf(facts.source)),
       needs_texts_(!(options.nmea + options.pos + options.geojson).empty() ||
                    (options.IsAny() && geoid_ != Geoid::none)) {
   RunFacts named = facts;
@@ -52,7 +52,7 @@ Exports::Exports(const ExportOptions& options, const RunFacts& facts, const std:
         throw Failure(ExitCode::usage, std::string(option) + " and " + other.option + " both name " + file);
       }
     }
-    exports_.push_back(make({option, file, input}, named));
+    exports_.push_back(make({option, file, inputs}, named));
   }
 }
 

@@ -24,10 +24,10 @@ struct ExportOptions {
 /// Filters what is published on its way to another sink, and writes files of what passes.
 class Exports : public Sink, public Outlet {
  public:
-  /// `engine` and `inner` outlive the exports. `input` is the file that the run reads, if any. Throws a
+  /// `engine` and `inner` outlive the exports. `inputs` are the files that the run reads. Throws a
   /// Failure if a file cannot be written.
-  Exports(const ExportOptions& options, const RunFacts& facts, const std::string& input, CGPSEngine& engine,
-          Sink& inner);
+  Exports(const ExportOptions& options, const RunFacts& facts, const std::vector<std::string>& inputs,
+          CGPSEngine& engine, Sink& inner);
   /// Completes the files of a run that has failed.
   ~Exports() override;
 
