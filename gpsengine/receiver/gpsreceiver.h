@@ -366,7 +366,8 @@ class CGPSReceiver : public CObject {
 
   bool Decode(CString& strMessage, GPSStringType type);
   bool TakeAck(const CString& strMessage);
-  void ReadCoordinate(CParser& parser, std::u16string_view positive, double& coordinate);
+  bool ReadCoordinate(CParser& parser, std::u16string_view positive, double& coordinate);
+  bool ReadPlace(CParser& parser, int& nQuality);
   bool MapQuality(int nQuality, int& nSignalType) const;
   void ApplySeparation(CParser& parser, const char* pszName);
   static bool IsWorthPosting(bool bForce);

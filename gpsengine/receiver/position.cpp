@@ -1,9 +1,9 @@
 #include <cmath>
 #include <numbers>
 
-#include "gpsengine/platform/object.h"
 #include "gpsengine/platform/trace.h"
 #include "gpsengine/receiver/gpsreceiver.h"
+#include "gpsengine/receiver/invalid.h"
 #include "gpsengine/text/parser.h"
 
 namespace {
@@ -46,6 +46,13 @@ bool IsMetres(std::u16string_view unit) {
   return unit == u"M" || unit == u"m";
 }
 
+// The unit of a height.
+bool IsInMetres(std::u16string_view unit, const char* pszName) {
+  if (IsMetres(unit)) return true;
+  Trace("%s Ellipsoid Height is not in meters!\n", pszName);
+  return false;
+}
+
 }  // namespace
 
 double CGPSReceiver::GPSPosToRadians(double dPos) {
@@ -57,11 +64,17 @@ double CGPSReceiver::GPSPosToRadians(double dPos) {
 
 // A coordinate and its hemisphere, whose letter `positive` is the positive one. Without a hemisphere the
 // coordinate stays as the sentence has it.
-void CGPSReceiver::ReadCoordinate(CParser& parser, std::u16string_view positive, double& coordinate) {
+bool CGPSReceiver::ReadCoordinate(CParser& parser, std::u16string_view positive, double& coordinate) {
   std::u16string_view hemisphere;
-  parser.GetDouble(coordinate);
-  parser.GetField(hemisphere);
+  if (!parser.GetDouble(coordinate) || !parser.GetField(hemisphere)) return false;
   coordinate = GPSPosToRadians(hemisphere == positive ? coordinate : -coordinate);
+  return true;
+}
+
+// Both coordinates, and the quality indicator behind them.
+bool CGPSReceiver::ReadPlace(CParser& parser, int& nQuality) {
+  return ReadCoordinate(parser, u"N", m_GPSData.m_dLatitude) &&
+         ReadCoordinate(parser, u"E", m_GPSData.m_dLongitude) && parser.GetInt(nQuality);
 }
 
 // The signal type of a quality indicator, if the host's own table has one for it.
@@ -93,36 +106,24 @@ bool CGPSReceiver::ProcessGGA(CString& strMessage) {
   CGPSData& data = m_GPSData;
   data.m_nSignalType = UDF_SIGNAL_NONE;
   data.m_bPositionValid = true;
-  try {
-    CParser parser(CParser::InPlace(strMessage), ",*", true);
-    parser.SkipField();
-    double time = 0.0;
-    parser.GetDouble(time);
-    data.m_dTimeOfDay = SecondsOfDay(time);
-    ReadCoordinate(parser, u"N", data.m_dLatitude);
-    ReadCoordinate(parser, u"E", data.m_dLongitude);
-    int quality = 0;
-    parser.GetInt(quality);
-    if (!MapQuality(quality, data.m_nSignalType)) data.m_nSignalType = GgaSignalType(quality);
-    parser.GetInt(data.m_nSatellitesUsed);
-    if (data.m_nSatellitesUsed < kLeastSatellites) data.m_nSignalType = UDF_SIGNAL_NONE;
-    parser.GetDouble(data.m_dHDOP);
-    data.m_bDOPValid = true;
-    parser.GetDouble(data.m_dAltitude);
-    std::u16string_view unit;
-    parser.GetField(unit);
-    if (!IsMetres(unit)) {
-      Trace("GGA Ellipsoid Height is not in meters!\n");
-      AfxThrowUserException();
-    }
-    data.m_dAltitude -= m_dAntennaHeight;
-    parser.SetExceptionThrowing(false);
-    ApplySeparation(parser, "GGA");
-    return true;
-  } catch (const CException&) {
-    Trace("Invalid GGA string.\n");
-    return false;
-  }
+  CParser parser(CParser::InPlace(strMessage), ",*", false);
+  parser.SkipField();
+  double time = 0.0;
+  if (!parser.GetDouble(time)) return InvalidSentence("GGA");
+  data.m_dTimeOfDay = SecondsOfDay(time);
+  int quality = 0;
+  if (!ReadPlace(parser, quality)) return InvalidSentence("GGA");
+  if (!MapQuality(quality, data.m_nSignalType)) data.m_nSignalType = GgaSignalType(quality);
+  if (!parser.GetInt(data.m_nSatellitesUsed)) return InvalidSentence("GGA");
+  if (data.m_nSatellitesUsed < kLeastSatellites) data.m_nSignalType = UDF_SIGNAL_NONE;
+  if (!parser.GetDouble(data.m_dHDOP)) return InvalidSentence("GGA");
+  data.m_bDOPValid = true;
+  std::u16string_view unit;
+  if (!parser.GetDouble(data.m_dAltitude) || !parser.GetField(unit) || !IsInMetres(unit, "GGA"))
+    return InvalidSentence("GGA");
+  data.m_dAltitude -= m_dAntennaHeight;
+  ApplySeparation(parser, "GGA");
+  return true;
 }
 
 // $INGGA,123519,4807.038,N,01131.000,E,1,08,0.9,545.4,M,46.9,M,,*50
@@ -132,35 +133,22 @@ bool CGPSReceiver::ProcessINGGA(CString& strMessage) {
   CGPSData& data = m_GPSData;
   data.m_nSignalType = UDF_SIGNAL_NONE;
   data.m_bPositionValid = true;
-  try {
-    CParser parser(CParser::InPlace(strMessage), ",*", true);
-    parser.SkipField();
-    parser.SetExceptionThrowing(false);
-    double time = 0.0;
-    if (parser.GetDouble(time)) data.m_dTimeOfDay = SecondsOfDay(time);
-    parser.SetExceptionThrowing(true);
-    ReadCoordinate(parser, u"N", data.m_dLatitude);
-    ReadCoordinate(parser, u"E", data.m_dLongitude);
-    int quality = 0;
-    parser.GetInt(quality);
-    if (!MapQuality(quality, data.m_nSignalType)) data.m_nSignalType = InggaSignalType(quality);
-    parser.SetExceptionThrowing(false);
-    parser.GetInt(data.m_nSatellitesUsed);
-    data.m_bDOPValid = parser.GetDouble(data.m_dHDOP);
-    const bool height = parser.GetDouble(data.m_dAltitude);
-    std::u16string_view unit;
-    parser.GetField(unit);
-    if (!IsMetres(unit)) {
-      Trace("INGGA Ellipsoid Height is not in meters!\n");
-      AfxThrowUserException();
-    }
-    // A height that was kept has had its corrections already.
-    if (!height) return true;
-    data.m_dAltitude -= m_dAntennaHeight;
-    ApplySeparation(parser, "INGGA");
-    return true;
-  } catch (const CException&) {
-    Trace("Invalid INGGA string.\n");
-    return false;
-  }
+  CParser parser(CParser::InPlace(strMessage), ",*", false);
+  parser.SkipField();
+  double time = 0.0;
+  if (parser.GetDouble(time)) data.m_dTimeOfDay = SecondsOfDay(time);
+  int quality = 0;
+  if (!ReadPlace(parser, quality)) return InvalidSentence("INGGA");
+  if (!MapQuality(quality, data.m_nSignalType)) data.m_nSignalType = InggaSignalType(quality);
+  parser.GetInt(data.m_nSatellitesUsed);
+  data.m_bDOPValid = parser.GetDouble(data.m_dHDOP);
+  const bool height = parser.GetDouble(data.m_dAltitude);
+  std::u16string_view unit;
+  parser.GetField(unit);
+  if (!IsInMetres(unit, "INGGA")) return InvalidSentence("INGGA");
+  // A height that was kept has had its corrections already.
+  if (!height) return true;
+  data.m_dAltitude -= m_dAntennaHeight;
+  ApplySeparation(parser, "INGGA");
+  return true;
 }

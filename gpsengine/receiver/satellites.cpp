@@ -5,9 +5,8 @@
 #include <iterator>
 #include <numbers>
 
-#include "gpsengine/platform/object.h"
-#include "gpsengine/platform/trace.h"
 #include "gpsengine/receiver/gpsreceiver.h"
+#include "gpsengine/receiver/invalid.h"
 #include "gpsengine/text/parser.h"
 
 namespace {
@@ -111,104 +110,86 @@ void CGPSReceiver::ComputeAverageSNR() {
 // $GPGSA,A,3,04,05,,09,12,,,24,,,,,2.5,1.3,2.1*39
 bool CGPSReceiver::ProcessGSA(CString& strMessage) {
   CGPSData& data = m_GPSData;
-  try {
-    CParser parser(CParser::InPlace(strMessage), ",*", false);
-    parser.SkipField();
-    parser.SkipField();
-    parser.SkipField();
-    for (CGPSSatelliteData& slot : data.m_Satellites) slot.m_bUsed = false;
-    for (int field = 0; field < kSatelliteSlots; ++field) {
-      int number = 0;
-      int slot = 0;
-      if (!parser.GetInt(number) || !FindSlot(number, slot)) continue;
-      CGPSSatelliteData& satellite = data.m_Satellites[slot];
-      satellite.m_nPRN = number;
-      satellite.m_bUsed = satellite.m_bInView = true;
-      data.m_bSatellitesChanged = true;
-    }
-    parser.GetDouble(data.m_dPDOP);
-    parser.GetDouble(data.m_dHDOP);
-    data.m_bDOPValid = true;
-    parser.GetDouble(data.m_dVDOP);
-    return true;
-  } catch (const CException&) {
-    Trace("Invalid GSA string.\n");
-    return false;
+  CParser parser(CParser::InPlace(strMessage), ",*", false);
+  parser.SkipField();
+  parser.SkipField();
+  parser.SkipField();
+  for (CGPSSatelliteData& slot : data.m_Satellites) slot.m_bUsed = false;
+  for (int field = 0; field < kSatelliteSlots; ++field) {
+    int number = 0;
+    int slot = 0;
+    if (!parser.GetInt(number) || !FindSlot(number, slot)) continue;
+    CGPSSatelliteData& satellite = data.m_Satellites[slot];
+    satellite.m_nPRN = number;
+    satellite.m_bUsed = satellite.m_bInView = true;
+    data.m_bSatellitesChanged = true;
   }
+  parser.GetDouble(data.m_dPDOP);
+  parser.GetDouble(data.m_dHDOP);
+  data.m_bDOPValid = true;
+  parser.GetDouble(data.m_dVDOP);
+  return true;
 }
 
 // $GPGSV,2,1,08,01,40,083,46,02,17,308,41,12,07,344,39,14,22,228,45*75
 bool CGPSReceiver::ProcessGSV(CString& strMessage) {
   CGPSData& data = m_GPSData;
   data.m_bSatellitesComplete = false;
-  try {
-    CParser parser(CParser::InPlace(strMessage), ",*", true);
-    parser.SkipField();
-    int total = m_nTotalGSV;
-    int number = 0;
-    parser.GetInt(total);
-    m_nTotalGSV = total;
-    parser.GetInt(number);
-    // Sentence 1 is good at any time: it restarts the group.
-    if (number != m_nNextGSV && number != 1) {
-      m_nNextGSV = 1;
-      return false;
-    }
-    if (number == 1) {
-      for (CGPSSatelliteData& slot : data.m_Satellites) slot.m_bInView = false;
-    }
-    const bool last = number == total;
-    m_nNextGSV = number < total ? number + 1 : 1;
-    parser.GetInt(data.m_nSatellitesInView);
-    parser.SetExceptionThrowing(false);
-
-    SatelliteGroup group;
-    for (int i = 0; i < kGroupsInGsv && group.Read(parser); ++i) {
-      int slot = 0;
-      const bool known = GetSatellite(group.nPRN, slot);
-      if (!known && !GetEmptySatellite(slot) && !GetUnusedSatellite(slot)) break;
-      CGPSSatelliteData& satellite = data.m_Satellites[slot];
-      satellite.m_nPRN = group.nPRN;
-      satellite.m_dElevation = group.dElevation;
-      satellite.m_dAzimuth = group.dAzimuth;
-      satellite.m_nSNR = group.nSNR;
-      satellite.m_bUsed = known && satellite.m_bUsed;
-      satellite.m_bInView = data.m_bSatellitesChanged = true;
-    }
-    ComputeAverageSNR();
-    if (last) data.m_bSatellitesComplete = true;
-    return last;
-  } catch (const CException&) {
-    Trace("Invalid GSV string.\n");
+  CParser parser(CParser::InPlace(strMessage), ",*", false);
+  parser.SkipField();
+  int total = 0;
+  int number = 0;
+  if (!parser.GetInt(total)) return InvalidSentence("GSV");
+  m_nTotalGSV = total;
+  if (!parser.GetInt(number)) return InvalidSentence("GSV");
+  // Sentence 1 is good at any time: it restarts the group.
+  if (number != m_nNextGSV && number != 1) {
+    m_nNextGSV = 1;
     return false;
   }
+  if (number == 1) {
+    for (CGPSSatelliteData& slot : data.m_Satellites) slot.m_bInView = false;
+  }
+  const bool last = number == total;
+  m_nNextGSV = number < total ? number + 1 : 1;
+  if (!parser.GetInt(data.m_nSatellitesInView)) return InvalidSentence("GSV");
+
+  SatelliteGroup group;
+  for (int i = 0; i < kGroupsInGsv && group.Read(parser); ++i) {
+    int slot = 0;
+    const bool known = GetSatellite(group.nPRN, slot);
+    if (!known && !GetEmptySatellite(slot) && !GetUnusedSatellite(slot)) break;
+    CGPSSatelliteData& satellite = data.m_Satellites[slot];
+    satellite.m_nPRN = group.nPRN;
+    satellite.m_dElevation = group.dElevation;
+    satellite.m_dAzimuth = group.dAzimuth;
+    satellite.m_nSNR = group.nSNR;
+    satellite.m_bUsed = known && satellite.m_bUsed;
+    satellite.m_bInView = data.m_bSatellitesChanged = true;
+  }
+  ComputeAverageSNR();
+  if (last) data.m_bSatellitesComplete = true;
+  return last;
 }
 
 // $GPVTG,054.7,T,034.4,M,005.5,N,010.2,K*48
 bool CGPSReceiver::ProcessVTG(CString& strMessage) {
+  constexpr int kPassedOver = 4;  // magnetic course and knots, with their letters
   CGPSData& data = m_GPSData;
-  try {
-    CParser parser(CParser::InPlace(strMessage), ",*", true);
-    double course = 0.0;
-    double speed = 0.0;
-    std::u16string_view letter;
-    parser.SkipField();
-    parser.GetDouble(course);
-    parser.GetField(letter);
-    if (letter != u"T" && letter != u"t") return false;
-    data.m_dHeading = HeadingOfCourse(course);
-    for (int field = 0; field < 4; ++field)
-      parser.SkipField();  // magnetic course and knots, with their letters
-    parser.GetDouble(speed);
-    parser.GetField(letter);
-    if (letter != u"K" && letter != u"k") return false;
-    data.m_dSpeed = speed / kKmhPerMetreASecond;
-    // A receiver that reports its motion is believed: the estimator stays out from now on.
-    m_bComputeMotion = false;
-    data.m_bVelocityValid = true;
-    return true;
-  } catch (const CException&) {
-    Trace("Invalid VTG string.\n");
-    return false;
-  }
+  CParser parser(CParser::InPlace(strMessage), ",*", false);
+  double course = 0.0;
+  double speed = 0.0;
+  std::u16string_view letter;
+  parser.SkipField();
+  if (!parser.GetDouble(course) || !parser.GetField(letter)) return InvalidSentence("VTG");
+  if (letter != u"T" && letter != u"t") return false;
+  data.m_dHeading = HeadingOfCourse(course);
+  for (int field = 0; field < kPassedOver; ++field) parser.SkipField();
+  if (!parser.GetDouble(speed) || !parser.GetField(letter)) return InvalidSentence("VTG");
+  if (letter != u"K" && letter != u"k") return false;
+  data.m_dSpeed = speed / kKmhPerMetreASecond;
+  // A receiver that reports its motion is believed: the estimator stays out from now on.
+  m_bComputeMotion = false;
+  data.m_bVelocityValid = true;
+  return true;
 }

@@ -50,7 +50,8 @@ void RecordingFeed::ShowProgress(const std::string& label, bool output_is_busy) 
 
 void RecordingFeed::Open(CGPSEngine& engine, HostWindow& window) {
   clock_.emplace();
-  engine.GetReceiver()->Initialize();
+  // Without what the make would set up: there is no receiver to hear it.
+  engine.GetReceiver()->CGPSReceiver::Initialize();
   window_ = &window;
   window.SetReference(date_);
   Date(Current().Head());  // it may have its date some way behind its first fix
