@@ -165,6 +165,11 @@ TEST_F(HostExports, TellsEastingsAndNorthingsInMetres) {
     EXPECT_NEAR(std::stod(table[0].at("northing_m")), northing, 0.002) << code;
     EXPECT_EQ(options_.display.projection->Name(), name);
   }
+  options_.exports.report = Path("html");
+  options_.display.projection = std::make_shared<Projection>("utm");
+  Decode(kDate + WithChecksum("$GPGGA,000001,4807.038,N,01159.999,E,1,08,0.9,545.4,M,46.9,M,,") +
+         WithChecksum("$GPGGA,000002,4807.038,N,01200.002,E,1,08,0.9,545.4,M,46.9,M,,"));
+  EXPECT_TRUE(Contains("html", "<th>Mean easting, EPSG:32632</th>")) << "the zone is that of the first fix";
   Projection zones("utm");
   EXPECT_NEAR(zones.Of(60.0, 4.0)->easting, 221'288.770, 0.001) << "the zone is wider at Norway";
 }

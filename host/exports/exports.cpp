@@ -39,6 +39,7 @@ Exports::Exports(const ExportOptions& options, const RunFacts& facts, const std:
       inner_(inner),
       filter_(options.filter),
       geoid_(facts.geoid),
+      projection_(facts.display.projection),
       recording_(inputs.empty() ? "" : NameOf(facts.source)),
       needs_texts_(!(options.nmea + options.pos + options.geojson).empty() ||
                    (options.IsAny() && geoid_ != Geoid::none)) {
@@ -105,6 +106,8 @@ void Exports::Tell(const std::optional<GgaTail>& tail) {
     epoch.tail.separation = separation_;  // the capture has missed the sentence
   }
   ResolveHeights(epoch, tail.has_value());
+  // The first fix decides the zone, whoever asks for places first.
+  if (projection_ && epoch.fix) std::exchange(projection_, nullptr)->Of(epoch.latitude, epoch.longitude);
   epoch.undated = !recording_.empty() && !dated_;
   undated_ = undated_ || (epoch.undated && !exports_.empty());
   for (const auto& file : exports_) file->OnEpoch(epoch, held_->data);

@@ -64,7 +64,8 @@ class Exports : public Sink, public Outlet {
   EpochReader reader_;
   Filter filter_;
   const Geoid geoid_;
-  const std::string recording_;  // its name; empty for a receiver that sends now
+  std::shared_ptr<Projection> projection_;  // until it knows its zone
+  const std::string recording_;             // its name; empty for a receiver that sends now
   bool needs_texts_ = false;
   bool dated_ = false;
   bool undated_ = false, told_undated_ = false;  // some epoch was; the user knows
