@@ -24,7 +24,7 @@ class CloudPlan {
  public:
   CloudPlan(const SurveyResult& all, const Unit& unit) : unit_(unit) {
     // A few fixes lie far out, and would leave the others a spot.
-    reach_ = std::max(1.6 * all.r95, 1e-3) * unit.per_metre;
+    reach_ = std::max(1.5 * all.r95, 1e-3) * unit.per_metre;
     axis_ = ExactAxis(-reach_, reach_, 6);
   }
 
