@@ -54,7 +54,7 @@ ExitCode Monitor(const MonitorOptions& given, const Interrupt& interrupt, Output
   if (!options.record.empty()) session.Add(recorder.emplace(options.record));
   std::optional<LiveScreen> screen;  // the last, so that its terminal is given back first
   if (on_screen) {
-    session.Add(screen.emplace(session, readings));
+    session.Add(screen.emplace(session, readings, options.display));
   } else {
     feed.Announce(options.model);
   }

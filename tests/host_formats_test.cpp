@@ -100,6 +100,26 @@ TEST(HostJsonWriter, WritesNumbersThatReadBackAndTextThatIsUtf8) {
                  R"(\u0000z"])");
 }
 
+TEST(HostText, WritesInTheUnitsAndAnglesThatAreAskedFor) {
+  CGPSData data = Fix();
+  data.m_dLatitude = -9.9999999999 * kRadians;
+  data.m_dLongitude = 122.5125 * kRadians;
+  data.m_dAltitude = 100.0;
+  data.m_dSpeed = 10.0;
+  const std::tuple<Units, AngleFormat, const char*> rows[] = {
+      {Units::metric, AngleFormat::degrees, "  10.0000000S  122.5125000E    100.0 m "},
+      {Units::imperial, AngleFormat::minutes, "  10 00.00000S  122 30.75000E    328.1 ft "},
+      {Units::nautical, AngleFormat::seconds, "  10 00 00.0000S  122 30 45.0000E    328.1 ft "}};
+  const char* const speeds[] = {" 36.0 km/h", " 22.4 mph", " 19.4 kn"};
+  for (std::size_t i = 0; i < std::size(rows); ++i) {
+    const auto& [units, angles, place] = rows[i];
+    std::string out;
+    MakeSink(Format::text, out, "", Geoid::none, {units, angles, nullptr})->OnData(data);
+    EXPECT_NE(out.find(place), std::string::npos) << out;
+    EXPECT_NE(out.find(speeds[i]), std::string::npos) << out;
+  }
+}
+
 TEST(HostJsonWriter, RoundsFixedDecimals) {
   constexpr std::tuple<double, int, const char*> cases[] = {{1.0049, 2, "1.00"},
                                                             {-1.005, 1, "-1.0"},

@@ -126,6 +126,45 @@ TEST(HostReport, TellsWhatTheRunWasLikeInOneFile) {
   EXPECT_TRUE(empty.ends_with("</html>\n"));
 }
 
+TEST(HostReport, TellsWhereAStillReceiverStandsAndInWhichUnits) {
+  RunStatistics run;
+  PositionEpoch epoch;
+  epoch.fix = true;
+  epoch.height = 100.0;
+  for (int i = 0; i < 200; ++i) {
+    epoch.time = i * 1000;
+    epoch.signal = i < 100 ? UDF_SIGNAL_GPS : UDF_SIGNAL_RTK_FIXED;
+    epoch.latitude = 47.0 + (i < 100 ? (i % 2) * 2.0 / 111'170.0 : 0.0);
+    epoch.longitude = -9.0;
+    run.Add(epoch);
+  }
+  RunFacts facts{"x", "Other", Geoid::none};
+  const std::string metric = ReportPage(facts, run, Tally());
+  const auto row = [](const std::string& name, const std::string& all, const std::string& gps,
+                      const std::string& fixed) {
+    return "<th>" + name + "</th><td>" + all + "</td><td>" + gps + "</td><td>" + fixed + "</td>";
+  };
+  for (const std::string& text :
+       {row("Fixes", "200", "100", "100"), row("CEP50", "0.500 m", "1.000 m", "0.000 m"),
+        row("95 %", "1.500 m", "1.000 m", "0.000 m"),
+        row("Deviation north", "0.868 m", "1.005 m", "0.000 m")})
+    EXPECT_NE(metric.find(text), std::string::npos) << text;
+  facts.display.units = Units::imperial;
+  facts.display.angles = AngleFormat::minutes;
+  const std::string imperial = ReportPage(facts, run, Tally());
+  for (const char* text : {">1.640 ft<", ">328.084 ft<", "ft</small>", "east of the mean, ft",
+                           "47°\xC2\xA0"
+                           "00.00000'\xC2\xA0N, 9°"})
+    EXPECT_NE(imperial.find(text), std::string::npos) << text;
+  EXPECT_EQ(imperial.find(" m<"), std::string::npos);
+  epoch.latitude = 48.0;
+  for (int i = 200; i < 300; ++i) {
+    epoch.time = i * 1000;
+    run.Add(epoch);
+  }
+  EXPECT_EQ(ReportPage(facts, run, Tally()).find("Static survey"), std::string::npos) << "it has moved";
+}
+
 namespace {
 
 /// Where a vehicle is after so many seconds, in metres from its start.

@@ -82,6 +82,7 @@ TEST_F(HostScreen, ShowsAFixAtAGlance) {
   view_.model = "Trimble";
   view_.source = "/dev/ttyUSB0";
   view_.counters = {0, 12, 3, 4, 5, 0};
+  view_.is_live = false;
   EXPECT_EQ(Row(0), " gpsengine  Trimble  /dev/ttyUSB0");
   const char* const fix[] = {
       "+- Fix --------------------------------+", "| RTK float                    age 0 s |",
@@ -113,6 +114,43 @@ TEST_F(HostScreen, MakesRoomForManySatellites) {
   const std::string tall = Screen(40, 100);
   EXPECT_NE(tall.find("*  E30        45        -        -"), std::string::npos) << "used ones first" << tall;
   EXPECT_NE(tall.find("and 19 more"), std::string::npos) << tall;
+}
+
+TEST_F(HostScreen, TellsBothHeightsAndTheDateWhereTheyAreKnown) {
+  view_.is_live = false;
+  readings_.SetReference(1'700'000'000'000);
+  readings_.OnData(Fix());
+  readings_.OnString(WithChecksum("$GPGGA,123519,4807.038,N,01000.000,W,5,08,0.9,545.4,M,46.9,M,,").c_str());
+  EXPECT_EQ(Row(7).substr(0, 40), "| Height MSL   545.40 m 592.30 m HAE   |");
+  EXPECT_EQ(Row(8).substr(0, 40), "| Time       12:35:19 UTC  2023-11-14  |");
+  view_.geoid = Geoid::add;
+  view_.display.units = Units::imperial;
+  EXPECT_EQ(Row(7).substr(0, 40), "| Height HAE  1789.37 ft  1635 ft MSL  |");
+  EXPECT_EQ(Row(5).substr(0, 40), "| Speed          11.2 mph  9.7 kn      |");
+}
+
+TEST_F(HostScreen, ShowsWhereAStillReceiverStands) {
+  view_.survey = true;
+  EXPECT_TRUE(Shows("no fix so far"));
+  CGPSData data = Fix();
+  for (int i = 0; i < 10; ++i) {
+    data.m_dTimeOfDay += 1.0;
+    data.m_dLatitude = 48.1173 * kRadians + (i % 2) * 2.0 / 6'371'000.0;
+    data.m_nSignalType = i < 8 ? UDF_SIGNAL_RTK_FLOAT : UDF_SIGNAL_RTK_FIXED;
+    readings_.OnData(data);
+    readings_.OnData(data);  // another sentence of the same epoch
+  }
+  for (const char* text : {"Fixes                       10", "Mean lat.        48.1173090  N",
+                           "Mean height            545.400 m", "RTK fixed      0.000   1.4"})
+    EXPECT_TRUE(Shows(text)) << text << '\n' << Screen();
+  data.m_dLatitude = 50.0 * kRadians;
+  for (int i = 0; i < 10; ++i) {
+    data.m_dTimeOfDay += 1.0;
+    readings_.OnData(data);
+  }
+  EXPECT_TRUE(Shows("the receiver has moved"));
+  readings_.BeginSurvey();
+  EXPECT_TRUE(Shows("no fix so far"));
 }
 
 TEST_F(HostScreen, TellsAnOldFixFromAFreshOne) {
@@ -156,6 +194,7 @@ TEST_F(HostScreen, FitsAnySize) {
   for (int i = 0; i < 50; ++i) readings_.Log("a report", Style::normal);
   for (const bool sentences : {false, true}) {
     view_.sentences = sentences;
+    view_.survey = sentences;
     for (int rows = 0; rows < 60; rows += 2) {
       for (int columns = 0; columns < 150; columns += 3) {
         const std::string screen = Screen(rows, columns);
@@ -172,9 +211,9 @@ TEST_F(HostScreen, FitsAnySize) {
 
 TEST(HostPosition, RoundsWithoutASixty) {
   const double angle = -(9.0 + 59.9999999 / 60) * kRadians;
-  EXPECT_EQ(AngleText(angle, PositionFormat::minutes, 'E', 'W'), " 10° 00.00000' W");
-  EXPECT_EQ(AngleText(angle, PositionFormat::seconds, 'E', 'W'), " 10° 00' 00.0000\" W");
-  EXPECT_EQ(AngleText(122.5125 * kRadians, PositionFormat::seconds, 'E', 'W'), "122° 30' 45.0000\" E");
+  EXPECT_EQ(AngleText(angle, AngleFormat::minutes, 'E', 'W'), " 10° 00.00000' W");
+  EXPECT_EQ(AngleText(angle, AngleFormat::seconds, 'E', 'W'), " 10° 00' 00.0000\" W");
+  EXPECT_EQ(AngleText(122.5125 * kRadians, AngleFormat::seconds, 'E', 'W'), "122° 30' 45.0000\" E");
 }
 
 namespace {

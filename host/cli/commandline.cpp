@@ -116,6 +116,7 @@ void AddShownOptions(CLI::App& command, RunOptions& run, ShownOptions& shown,
   AddChoice(command, "--format", shown.format, formats, description);
   AddRinexOptions(command, shown.rinex);
   AddExportOptions(command, shown.exports);
+  AddDisplayOptions(command, shown.display);
   command.add_option("--count", run.count, "End after so many records were shown")
       ->check(WholeAboveZero())
       ->type_name("N");
@@ -149,6 +150,7 @@ void AddMonitor(CLI::App& app, Job& job) {
       "  gpsengine monitor --play drive.log --format json --count 20\n"
       "  gpsengine monitor --play drive.log --speed 10         ten times as fast as it was\n"
       "  gpsengine monitor --port /dev/ttyUSB0 --gpx walk.gpx --min-distance 2\n"
+      "  gpsengine monitor --port auto --crs EPSG:25832        a point: s shows its survey\n"
       "On a terminal it is a screen: q quits, ? lists the keys, c commands the receiver.");
   auto options = std::make_shared<MonitorOptions>();
   AddLiveOptions(*command, *options);
@@ -206,10 +208,12 @@ void AddDecode(CLI::App& app, Job& job) {
       "Examples:\n"
       "  gpsengine decode drive.log --format json > drive.json\n"
       "  gpsengine decode drive.log --gpx drive.gpx --report drive.html\n"
+      "  gpsengine decode monday.log tuesday.log.gz --format none --report survey.html\n"
       "  gpsengine decode drive.log --only fix --min-distance 10 --csv drive.csv");
   auto options = std::make_shared<DecodeOptions>();
   command
-      ->add_option("file", options->file, "The recording, which may be packed by gzip; - for standard input")
+      ->add_option("file", options->files,
+                   "Recordings, one behind the other, which may be packed by gzip; - for standard input")
       ->check(AName())
       ->required()
       ->type_name("FILE");
@@ -270,7 +274,7 @@ ExitCode Perform(const Job& job) {
 
 int RunCommandLine(int argc, char** argv) {
   CLI::App app("One interface to nineteen models of GPS receiver", "gpsengine");
-  app.set_version_flag("-v,--version", GPSENGINE_VERSION);
+  app.set_version_flag("-v,--version", VersionText());
   app.require_subcommand(1);
   Job job;
   AddModels(app, job);

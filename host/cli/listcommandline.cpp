@@ -13,6 +13,7 @@
 #include "host/commands/receiversdoc.h"
 #include "host/line/config.h"
 #include "host/line/ports.h"
+#include "host/records/projection.h"
 #include "host/simulate.h"
 
 namespace host {
@@ -57,6 +58,10 @@ KnownWords WordsToComplete() {
 }
 
 }  // namespace
+
+std::string VersionText() {
+  return GPSENGINE_VERSION "\n" + Projection::Version();
+}
 
 void AddModels(CLI::App& app, Job& job) {
   struct Options {
@@ -212,7 +217,7 @@ void AddDocuments(CLI::App& app, Job& job) {
   completion->require_subcommand(1);
   add(*completion, "bash", "For bash", [&app] { return BashCompletion(app, WordsToComplete()); });
   add(*completion, "zsh", "For zsh", [&app] { return ZshCompletion(app, WordsToComplete()); });
-  add(app, "version", "Print the version", [] { return std::string(GPSENGINE_VERSION "\n"); })->group("");
+  add(app, "version", "Print the version", [] { return VersionText() + '\n'; })->group("");
   auto topic = std::make_shared<std::string>();
   auto* help = add(app, "help", "Print what a command takes", [&app, topic] {
     const auto print = [](const CLI::App& command, const std::string& name) {

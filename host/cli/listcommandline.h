@@ -2,6 +2,7 @@
 
 #include <CLI/App.hpp>
 #include <functional>
+#include <string>
 
 #include "host/run/failure.h"
 #include "host/run/interrupt.h"
@@ -11,6 +12,9 @@ namespace host {
 
 /// What a command does once the command line is understood.
 using Job = std::function<ExitCode(const Interrupt&, Output&)>;
+
+/// The version of the program, and what it was built with that it could do without.
+std::string VersionText();
 
 // The commands that read no receiver. Each adds itself to the application.
 void AddModels(CLI::App& app, Job& job);

@@ -5,6 +5,7 @@
 
 #include "gpsengine/records/gpsdata.h"
 #include "host/exports/exportfile.h"
+#include "host/records/display.h"
 #include "host/records/epoch.h"
 #include "host/records/geoid.h"
 #include "host/records/tally.h"
@@ -17,6 +18,7 @@ struct RunFacts {
   std::string source;  ///< The recording or the port.
   std::string model;
   Geoid geoid = Geoid::none;
+  Display display = {};
 };
 
 /// A file that is made of the epochs of a run. What it is told it keeps until Flush, so that it may be told
@@ -42,6 +44,10 @@ std::unique_ptr<Export> MakeKmlExport(const ExportPath& path, const RunFacts& fa
 std::unique_ptr<Export> MakeCsvExport(const ExportPath& path, const RunFacts& facts);
 /// Sentences in NMEA 0183.
 std::unique_ptr<Export> MakeNmeaExport(const ExportPath& path, const RunFacts& facts);
+/// Solutions as RTKLIB writes them.
+std::unique_ptr<Export> MakePosExport(const ExportPath& path, const RunFacts& facts);
+/// Points in GeoJSON.
+std::unique_ptr<Export> MakeGeoJsonExport(const ExportPath& path, const RunFacts& facts);
 /// A page for people, in HTML. It is written when the run begins and when it ends.
 std::unique_ptr<Export> MakeReportExport(const ExportPath& path, const RunFacts& facts);
 

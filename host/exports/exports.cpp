@@ -15,8 +15,12 @@ constexpr struct {
   std::string ExportOptions::*path;
   Make make;
 } kExports[] = {
-    {"--gpx", &ExportOptions::gpx, MakeGpxExport},          {"--kml", &ExportOptions::kml, MakeKmlExport},
-    {"--csv", &ExportOptions::csv, MakeCsvExport},          {"--nmea", &ExportOptions::nmea, MakeNmeaExport},
+    {"--gpx", &ExportOptions::gpx, MakeGpxExport},
+    {"--kml", &ExportOptions::kml, MakeKmlExport},
+    {"--csv", &ExportOptions::csv, MakeCsvExport},
+    {"--nmea", &ExportOptions::nmea, MakeNmeaExport},
+    {"--pos", &ExportOptions::pos, MakePosExport},
+    {"--geojson", &ExportOptions::geojson, MakeGeoJsonExport},
     {"--report", &ExportOptions::report, MakeReportExport},
 };
 
@@ -29,13 +33,14 @@ std::string NameOf(const std::string& source) {
 
 }  // namespace
 
-Exports::Exports(const ExportOptions& options, const RunFacts& facts, const std::string& input,
+Exports::Exports(const ExportOptions& options, const RunFacts& facts, const std::vector<std::string>& inputs,
                  CGPSEngine& engine, Sink& inner)
     : engine_(engine),
       inner_(inner),
       filter_(options.filter),
       geoid_(facts.geoid),
-      recording_(input.empty() ? "" : NameOf(input)) {
+      projection_(facts.display.projection),
+      recording_(inputs.empty() ? "" : NameOf(facts.source)) {
   RunFacts named = facts;
   named.source = NameOf(facts.source);
   for (const auto& [option, path, make] : kExports) {
@@ -46,7 +51,7 @@ Exports::Exports(const ExportOptions& options, const RunFacts& facts, const std:
         throw Failure(ExitCode::usage, std::string(option) + " and " + other.option + " both name " + file);
       }
     }
-    exports_.push_back(make({option, file, input}, named));
+    exports_.push_back(make({option, file, inputs}, named));
   }
 }
 
@@ -110,6 +115,8 @@ void Exports::Tell(const std::optional<PositionTail>& tail) {
   }
   ResolveHeights(epoch, tail.has_value());
   CountSatellites(epoch);
+  // The first fix decides the zone, whoever asks for places first.
+  if (projection_ && epoch.fix) std::exchange(projection_, nullptr)->Of(epoch.latitude, epoch.longitude);
   epoch.undated = !recording_.empty() && !dated_;
   undated_ = undated_ || (epoch.undated && !exports_.empty());
   for (const auto& file : exports_) file->OnEpoch(epoch, held_->data);

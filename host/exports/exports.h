@@ -15,19 +15,19 @@ namespace host {
 /// The files that are made beside what is shown, each a path or empty, and what the run holds back from
 /// both.
 struct ExportOptions {
-  std::string gpx, kml, csv, nmea, report;
+  std::string gpx, kml, csv, nmea, pos, geojson, report;
   FilterOptions filter;
 
-  bool IsAny() const { return !(gpx + kml + csv + nmea + report).empty(); }
+  bool IsAny() const { return !(gpx + kml + csv + nmea + pos + geojson + report).empty(); }
 };
 
 /// Filters what is published on its way to another sink, and writes files of what passes.
 class Exports : public Sink, public Outlet {
  public:
-  /// `engine` and `inner` outlive the exports. `input` is the file that the run reads, if any. Throws a
+  /// `engine` and `inner` outlive the exports. `inputs` are the files that the run reads. Throws a
   /// Failure if a file cannot be written.
-  Exports(const ExportOptions& options, const RunFacts& facts, const std::string& input, CGPSEngine& engine,
-          Sink& inner);
+  Exports(const ExportOptions& options, const RunFacts& facts, const std::vector<std::string>& inputs,
+          CGPSEngine& engine, Sink& inner);
   /// Completes the files of a run that has failed.
   ~Exports() override;
 
@@ -67,7 +67,8 @@ class Exports : public Sink, public Outlet {
   EpochReader reader_;
   Filter filter_;
   const Geoid geoid_;
-  const std::string recording_;  // its name; empty for a receiver that sends now
+  std::shared_ptr<Projection> projection_;  // until it knows its zone
+  const std::string recording_;             // its name; empty for a receiver that sends now
   bool dated_ = false;
   bool undated_ = false, told_undated_ = false;  // some epoch was; the user knows
   std::optional<Held> held_;

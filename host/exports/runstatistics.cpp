@@ -80,6 +80,7 @@ void RunStatistics::Add(const PositionEpoch& epoch) {
 void RunStatistics::AddFix(const PositionEpoch& epoch) {
   if (!first_fix) first_fix = epoch;
   ++fixes;
+  survey.Add(epoch);
   if (epoch.starts_segment) ++segments;
   if (last_fix && epoch.time > last_fix->time) {
     longest_gap = std::max(longest_gap, *epoch.time - *last_fix->time);

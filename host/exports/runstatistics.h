@@ -7,6 +7,7 @@
 
 #include "host/exports/sketch.h"
 #include "host/records/epoch.h"
+#include "host/records/survey.h"
 #include "host/sentences/sky.h"
 
 namespace host {
@@ -88,6 +89,7 @@ struct RunStatistics {
   std::vector<SignalSpan> signals;
   std::map<SatelliteId, SatelliteTrail> satellites;
   std::optional<PositionEpoch> first_fix, last_fix;
+  Survey survey;
 
  private:
   void AddFix(const PositionEpoch& epoch);

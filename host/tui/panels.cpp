@@ -12,8 +12,6 @@ namespace host {
 
 namespace {
 
-constexpr double kKnots = 3600.0 / 1852.0;
-
 struct Kind {
   std::string_view words;
   Style style;
@@ -88,6 +86,49 @@ void DrawKind(Pane& pane, const Readings& readings) {
   }
 }
 
+void AddPlace(FixLines& lines, const View& view) {
+  const CGPSData* fix = view.readings.Fix();
+  const AngleFormat format = view.display.Angles();
+  lines.AddAngle("Latitude", fix != nullptr ? AngleText(fix->m_dLatitude, format, 'N', 'S') : "-");
+  lines.AddAngle("Longitude", fix != nullptr ? AngleText(fix->m_dLongitude, format, 'E', 'W') : "-");
+  Projection* const projection = view.display.projection.get();
+  if (projection == nullptr) return;
+  std::optional<Projection::Place> place;
+  if (fix != nullptr) place = projection->Of(fix->m_dLatitude * kDegrees, fix->m_dLongitude * kDegrees);
+  const std::string unit = ' ' + projection->UnitName();
+  lines.AddAngle("Easting", place ? Print("%.3f", place->easting) + unit : "-");
+  lines.AddAngle("Northing", place ? Print("%.3f", place->northing) + unit : "-");
+}
+
+/// The height as it is set up, and the other one where the separation between both is known.
+void AddHeight(FixLines& lines, const View& view) {
+  const CGPSData* fix = view.readings.Fix();
+  const auto& separation = view.readings.Separation();
+  const Unit& unit = view.display.System().length;
+  const std::string name(unit.name);
+  if (fix == nullptr) return lines.Add("Height", "-", name);
+  const std::string height = NumberText("%.2f", fix->m_dAltitude * unit.per_metre);
+  if (!separation) return lines.Add("Height", height, name);
+  const bool adds = view.geoid == Geoid::add;
+  const double other = (fix->m_dAltitude + (adds ? -*separation : *separation)) * unit.per_metre;
+  const int room = 7 - Width(name);  // behind the first one
+  int decimals = 2;
+  while (decimals > 0 && Width(Print("%.*f", decimals, other)) > room) --decimals;
+  lines.Add(adds ? "Height HAE" : "Height MSL", height, name, Print("%.*f", decimals, other),
+            name + (adds ? " MSL" : " HAE"));
+}
+
+void AddTime(FixLines& lines, const View& view) {
+  const auto time = view.readings.TimeOfDay();
+  const auto moment = view.readings.Time();
+  std::string date;
+  if (moment && (view.is_live || view.readings.IsDated())) {
+    AppendIso(date, *moment);
+    date = "  " + date.substr(0, 10);
+  }
+  lines.Add("Time", time ? TimeText(static_cast<std::int64_t>(*time)) : "-", "UTC" + date);
+}
+
 /// Breaks a text at its blanks, and words that are too long anywhere.
 std::vector<std::string> Wrap(std::string_view text, std::size_t width) {
   std::vector<std::string> rows;
@@ -113,21 +154,21 @@ std::string TimeText(std::int64_t moment) {
 
 void DrawFix(Pane pane, const View& view) {
   const Readings& readings = view.readings;
-  Pane inside = pane.Frame("Fix");
+  const Projection* const projection = view.display.projection.get();
+  Pane inside = pane.Frame(projection != nullptr ? "Fix   " + Plain(projection->Name()) : "Fix");
   DrawKind(inside, readings);
   const CGPSData* fix = readings.Fix();
   const bool holds = fix != nullptr && readings.Signal() != UDF_SIGNAL_NONE && !readings.IsStale();
   FixLines lines(inside, holds ? Style::value : Style::dim);
-  lines.AddAngle("Latitude", fix != nullptr ? AngleText(fix->m_dLatitude, view.position, 'N', 'S') : "-");
-  lines.AddAngle("Longitude", fix != nullptr ? AngleText(fix->m_dLongitude, view.position, 'E', 'W') : "-");
+  AddPlace(lines, view);
   const auto speed = readings.Speed();
-  lines.Add("Speed", speed ? NumberText("%.1f", *speed * kKnots) : "-", "kn",
-            speed ? NumberText("%.1f", *speed * 3.6) : "-", "km/h");
+  const auto& [first, second] = view.display.System().both_speeds;
+  const auto in = [&](const Unit& unit) { return speed ? NumberText("%.1f", *speed * unit.per_metre) : "-"; };
+  lines.Add("Speed", in(first), std::string(first.name), in(second), std::string(second.name));
   const auto course = readings.Course();
   lines.Add("Course", course ? NumberText("%03.0f", std::fmod(std::round(*course), 360.0)) : "-", "° true");
-  lines.Add("Height", fix != nullptr ? NumberText("%.2f", fix->m_dAltitude) : "-", "m");
-  const auto time = readings.TimeOfDay();
-  lines.Add("Time", time ? TimeText(static_cast<std::int64_t>(*time)) : "-", "UTC");
+  AddHeight(lines, view);
+  AddTime(lines, view);
   lines.Add("Satellites", readings.Signal() ? Print("%d", readings.SatellitesUsed()) : "-", "used",
             Print("%d", std::max(readings.SatellitesInView(), readings.SatellitesUsed())), "in view");
   lines.AddDops(readings.Dops());

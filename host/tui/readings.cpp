@@ -5,6 +5,7 @@
 
 #include "gpsengine/platform/clock.h"
 #include "host/records/units.h"
+#include "host/sentences/positiontail.h"
 
 namespace host {
 
@@ -39,6 +40,9 @@ void Readings::TakeFix(const CGPSData& data) {
   signal_ = data.m_nSignalType;
   if (HasTimeOfDay(data)) time_of_day_ = data.m_dTimeOfDay;
   used_ = sky_.UsedBy(data.m_nSatellitesUsed);
+  const PositionEpoch epoch = epochs_.Read(data);
+  if (epoch.time) time_ = epoch.time;
+  if (epoch.fix && epoch.time && !epoch.repeats) survey_.Add(epoch);
   if (data.m_nSignalType == UDF_SIGNAL_NONE) return;
   fix_ = data;
   fix_at_ = now;
@@ -89,8 +93,14 @@ bool Readings::OnString(const CString& text) {
   if (text.ToBytes(bytes)) {
     bytes.erase(bytes.find_last_not_of("\r\n") + 1);
     Keep(sentences_, Plain(bytes));
+    if (const auto tail = PositionTailOf(bytes)) separation_ = tail->separation;
   }
   return shows_answers_ && reports_.OnString(text) && LogReports();
+}
+
+void Readings::SetReference(std::optional<Moment> reference) {
+  dated_ = dated_ || reference;
+  epochs_.SetReference(reference);
 }
 
 void Readings::Log(const std::string& text, Style style) {

@@ -8,7 +8,9 @@
 #include <optional>
 #include <string>
 
+#include "host/records/epoch.h"
 #include "host/records/sink.h"
+#include "host/records/survey.h"
 #include "host/records/textsink.h"
 #include "host/tui/canvas.h"
 
@@ -36,6 +38,7 @@ class Readings : public Sink {
   bool OnString(const CString& text) override;
   bool WantsSky() const override { return true; }
   bool OnSky(const Sky& sky) override;
+  void SetReference(std::optional<Moment> reference) override;
 
   /// Whether texts that look like answers are told of among the reports.
   void ShowAnswers(bool shows) { shows_answers_ = shows; }
@@ -54,6 +57,15 @@ class Readings : public Sink {
   bool IsSilent() const;
   /// Seconds of day of the last record that had a time.
   std::optional<double> TimeOfDay() const { return time_of_day_; }
+  /// The moment of the last position that had a time, on a date that only SetReference makes sure of where a
+  /// recording is played.
+  std::optional<Moment> Time() const { return time_; }
+  bool IsDated() const { return dated_; }
+  /// Metres that the geoid lies above the ellipsoid, as the last GGA states.
+  const std::optional<double>& Separation() const { return separation_; }
+  /// Of all fixes since the start, or since it was begun anew.
+  const Survey& GetSurvey() const { return survey_; }
+  void BeginSurvey() { survey_.Clear(); }
   /// Metres a second, and the course over ground in degrees, of the last record that had them.
   std::optional<double> Speed() const { return speed_; }
   std::optional<double> Course() const { return course_; }
@@ -88,6 +100,11 @@ class Readings : public Sink {
   std::optional<Clock::time_point> fix_at_, position_at_;
   Clock::duration interval_{};  // between the last two records with a position
   std::optional<double> time_of_day_, speed_, course_;
+  EpochReader epochs_;
+  std::optional<Moment> time_;
+  bool dated_ = false;
+  std::optional<double> separation_;
+  Survey survey_;
   Dilution dops_;
   Sky sky_;
   int used_ = 0;
