@@ -129,6 +129,21 @@ BENCHMARK_CAPTURE(BM_Sentence, GSV, "GSV")->UseManualTime();
 BENCHMARK_CAPTURE(BM_Sentence, VTG, "VTG")->UseManualTime();
 BENCHMARK_CAPTURE(BM_Sentence, RMC, "RMC")->UseManualTime();
 
+// The same for a sentence without its values, as a receiver at rest or without a fix sends it all the time.
+void BM_EmptySentence(benchmark::State& state, const char* pszSentence) {
+  Host host;
+  CString text(pszSentence);
+  constexpr int kSentences = 1000;
+  Measure(state, kSentences, [&] {
+    for (int i = 0; i < kSentences; ++i) host.receiver.Parse(text);
+    host.window.Drain();
+  });
+}
+BENCHMARK_CAPTURE(BM_EmptySentence, GGA, "$GPGGA,080001.00,,,,,0,00,99.9,,,,,,*56\r\n")->UseManualTime();
+BENCHMARK_CAPTURE(BM_EmptySentence, GSA, "$GPGSA,A,1,,,,,,,,,,,,,,,*1E\r\n")->UseManualTime();
+BENCHMARK_CAPTURE(BM_EmptySentence, GSV, "$GPGSV,1,1,00*79\r\n")->UseManualTime();
+BENCHMARK_CAPTURE(BM_EmptySentence, VTG, "$GPVTG,,T,,M,0.00,N,0.0,K*7E\r\n")->UseManualTime();
+
 // From bytes to drained records, in reads of this many bytes.
 void BM_WholeRoad(benchmark::State& state) {
   Host host;

@@ -36,7 +36,7 @@ void WriteSummary(std::string& out, Session& session) {
 }
 
 std::unique_ptr<Feed> MakeFeed(const DecodeOptions& options) {
-  auto feed = std::make_unique<RecordingFeed>(options.file);
+  auto feed = std::make_unique<RecordingFeed>(options.files);
   feed->SetChunk(options.chunk);
   feed->SetDate(options.date,
                 options.format == Format::json || !options.rinex.base.empty() || options.exports.IsAny());

@@ -2,31 +2,15 @@
 
 #include <memory>
 #include <optional>
-#include <utility>
 
 #include "host/commands/rawdata.h"
 #include "host/session/fixage.h"
-#include "host/session/linefeed.h"
-#include "host/session/playbackfeed.h"
 #include "host/session/recorder.h"
-#include "host/session/recordingfeed.h"
 #include "host/tui/livescreen.h"
 
 namespace host {
 
 namespace {
-
-std::unique_ptr<Feed> MakeFeed(const MonitorOptions& options, const std::string& model) {
-  if (options.play.empty()) return std::make_unique<LineFeed>(options.port, model);
-  if (options.speed > 0.0) return std::make_unique<PacedFeed>(options.play, options.speed);
-  return std::make_unique<PlaybackFeed>(options.play);
-}
-
-/// The options, of which the recording's own time ends a run at that pace, and not the clock.
-MonitorOptions ByItsOwnTime(MonitorOptions options) {
-  if (options.speed > 0.0) options.exports.filter.duration = std::exchange(options.duration, 0.0);
-  return options;
-}
 
 void AskForRawData(CGPSReceiver& receiver, double interval) {
   if (receiver.EnablePostProcessing(true) && (interval <= 0.0 || SetRawInterval(receiver, interval))) return;
@@ -54,7 +38,7 @@ RunRules RulesOf(const MonitorOptions& options, bool is_live) {
 ExitCode Monitor(const MonitorOptions& given, const Interrupt& interrupt, Output& output) {
   const MonitorOptions options = ByItsOwnTime(given);
   Session session(options, interrupt);
-  session.Read(MakeFeed(options, session.Options().model));
+  session.Read(MakeLiveFeed(options, session.Options().model, /*tells_bytes=*/false));
   const Feed& feed = session.GetFeed();
   if (!options.rinex.base.empty() && feed.IsLive() && !session.Receiver().HasRawData()) {
     throw Failure(ExitCode::usage, "the model " + options.model + " has no raw data to log");
@@ -70,7 +54,7 @@ ExitCode Monitor(const MonitorOptions& given, const Interrupt& interrupt, Output
   if (!options.record.empty()) session.Add(recorder.emplace(options.record));
   std::optional<LiveScreen> screen;  // the last, so that its terminal is given back first
   if (on_screen) {
-    session.Add(screen.emplace(session, readings));
+    session.Add(screen.emplace(session, readings, options.display));
   } else {
     feed.Announce(options.model);
   }

@@ -1,20 +1,16 @@
 #pragma once
 
 #include <optional>
-#include <string>
 
+#include "host/live.h"
 #include "host/run/interrupt.h"
 #include "host/run/output.h"
-#include "host/session/session.h"
-#include "host/shown.h"
 
 namespace host {
 
 /// With a RINEX log, the receiver is told to send raw data.
-struct MonitorOptions : RunOptions, ShownOptions {
-  double speed = 0.0;  ///< Of the playback, by the recording's own times; 0 for the engine's own pace.
+struct MonitorOptions : LiveOptions {
   std::optional<bool> attach_raw;  ///< Decode raw data; without it, where the model has them.
-  std::string record;              ///< File for the port's bytes; empty for none.
   double timeout = 10.0;  ///< Seconds to wait for a first message that is understood; 0 for no limit.
 };
 

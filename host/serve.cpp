@@ -12,14 +12,16 @@
 #include "host/server/gpsdserver.h"
 #include "host/server/pagehub.h"
 #include "host/server/pageserver.h"
-#include "host/session/linefeed.h"
-#include "host/session/playbackfeed.h"
+#include "host/session/recorder.h"
 
 namespace host {
 
 namespace {
 
 constexpr std::chrono::seconds kStatusInterval{1};
+// Of the sentences on pages: those of the last moments, for so many that look at them.
+constexpr std::size_t kSentenceHistory = 4096;
+constexpr int kSentenceReaders = 6;
 /// A receiver that has not been understood for so long from the start is worth a word.
 constexpr double kFirstMessageTime = 10.0;
 
@@ -59,7 +61,10 @@ class Service : public Outlet {
  public:
   /// Listens. A line on the output names each port.
   Service(Session& session, const ServeOptions& options, Output& output);
-  ~Service() override { hub_.Close(); }
+  ~Service() override {
+    hub_.Close();
+    sentence_hub_.Close();
+  }
   Service(const Service&) = delete;
   Service& operator=(const Service&) = delete;
 
@@ -83,7 +88,8 @@ class Service : public Outlet {
   GpsdDevice device_;
   std::optional<GpsdServer> server_;
   Deadline status_;
-  PageHub hub_;  // outlives the page's threads
+  PageHub hub_;  // both outlive the page's threads
+  PageHub sentence_hub_{kSentenceHistory, kSentenceReaders};
   std::unique_ptr<PageServer> page_;
 };
 
@@ -99,7 +105,7 @@ Service::Service(Session& session, const ServeOptions& options, Output& output)
   server_->SetDevice(device_);
   output.Text() += "gpsd protocol: " + AddressAndPort(address, server_->Port()) + "\n";
   if (options.http) {
-    page_ = StartPageServer(hub_, address, *options.http);
+    page_ = StartPageServer(hub_, sentence_hub_, address, *options.http);
     hub_.SetStatus(Status());
     output.Text() += "page: http://" + AddressAndPort(address, page_->Port()) + "/\n";
   }
@@ -118,6 +124,7 @@ void Service::OnEvent(RunEvent event) {
 void Service::OnBytes(std::string_view bytes) {
   server_->PublishBytes(bytes);
   sentences_.Feed(bytes, [this](std::string_view text) {
+    if (page_) sentence_hub_.Publish(text.substr(0, text.size() - 2));
     if (!IsParameterLine(text)) server_->PublishSentence(text);
   });
 }
@@ -177,23 +184,25 @@ std::string Service::Status() const {
   return line;
 }
 
-std::unique_ptr<Feed> MakeFeed(const ServeOptions& options, const std::string& model) {
-  if (options.play.empty()) return std::make_unique<LineFeed>(options.port, model);
-  return std::make_unique<PlaybackFeed>(options.play, /*tells_bytes=*/true);
-}
-
 }  // namespace
 
-ExitCode Serve(const ServeOptions& options, const Interrupt& interrupt, Output& output) {
+ExitCode Serve(const ServeOptions& given, const Interrupt& interrupt, Output& output) {
+  const ServeOptions options = ByItsOwnTime(given);
   Session session(options, interrupt);
-  session.Read(MakeFeed(options, session.Options().model));
+  session.Read(MakeLiveFeed(options, session.Options().model, /*tells_bytes=*/true));
+  const Feed& feed = session.GetFeed();
   Service service(session, options, output);
   session.Add(service);
-  session.GetFeed().Announce(options.model);
+  Shown beside(session, options, output);
+  std::optional<Recorder> recorder;
+  if (!options.record.empty()) session.Add(recorder.emplace(options.record));
+  feed.Announce(options.model);
   RunRules rules;
   rules.silence = kFirstMessageTime;
   rules.could_reconnect = rules.remembers = true;
-  return session.Run(std::move(rules));
+  const ExitCode code = session.Run(std::move(rules));
+  if (code == ExitCode::done) feed.CheckUnderstood(session.Window());
+  return code;
 }
 
 }  // namespace host

@@ -3,13 +3,16 @@
 #include <optional>
 #include <string>
 
+#include "host/live.h"
 #include "host/run/interrupt.h"
 #include "host/run/output.h"
-#include "host/session/session.h"
 
 namespace host {
 
-struct ServeOptions : RunOptions {
+/// Exports and the record are made beside what is served, and the filters act on the exports alone.
+struct ServeOptions : LiveOptions {
+  ServeOptions() { format = Format::none; }
+
   std::string listen = "127.0.0.1";  ///< Address to listen on.
   int tcp = 2947;                    ///< Port of gpsd's protocol; 0 for any that is free.
   std::optional<int> http;           ///< Port of the page, likewise; none for no page.

@@ -4,17 +4,19 @@ namespace host {
 
 namespace {
 
-RunFacts FactsOf(const Session& session) {
+RunFacts FactsOf(const Session& session, const Display& display) {
   const Feed& feed = session.GetFeed();
   const bool simulated = feed.GetKind() == Feed::Kind::simulated;
-  return {simulated ? "simulated receiver" : feed.Name(), session.Options().model, session.Options().geoid};
+  return {simulated ? "simulated receiver" : feed.Name(), session.Options().model, session.Options().geoid,
+          display};
 }
 
 }  // namespace
 
 Shown::Shown(Session& session, const ShownOptions& options, Output& output, Sink* screen)
-    : lines_(MakeSink(options.format, output.Text(), session.GetFeed().Name(), session.Options().geoid)),
-      exports_(options.exports, FactsOf(session), session.GetFeed().IsLive() ? "" : session.GetFeed().Name(),
+    : lines_(MakeSink(options.format, output.Text(), session.GetFeed().Name(), session.Options().geoid,
+                      options.display)),
+      exports_(options.exports, FactsOf(session, options.display), session.GetFeed().Files(),
                session.Engine(), screen != nullptr ? *screen : *lines_),
       printer_(output) {
   const RunOptions& run = session.Options();

@@ -5,6 +5,7 @@
 
 #include "host/exports/exports.h"
 #include "host/exports/rinexsink.h"
+#include "host/records/display.h"
 #include "host/records/format.h"
 #include "host/session/printer.h"
 #include "host/session/session.h"
@@ -16,6 +17,7 @@ struct ShownOptions {
   Format format = Format::text;
   RinexOptions rinex;
   ExportOptions exports;
+  Display display;
 };
 
 /// The outlets of a run that shows records: lines on the output, exports, RINEX.

@@ -43,13 +43,13 @@ std::string Packed(std::string bytes) {
 
 class HostDecode : public testing::Test {
  protected:
-  HostDecode() { options_.file = testing::TempDir() + "host_decode_" + std::to_string(getpid()) + ".log"; }
-  ~HostDecode() override { std::remove(options_.file.c_str()); }
+  HostDecode() { options_.files = {testing::TempDir() + "host_decode_" + std::to_string(getpid()) + ".log"}; }
+  ~HostDecode() override { std::remove(options_.files[0].c_str()); }
 
   /// What Decode writes for a file of these bytes, without the moment of publication, which is never the
   /// same. A failure's text is part of it.
   std::string Decoded(const std::string& bytes, ExitCode code = ExitCode::done) {
-    std::ofstream(options_.file, std::ios::binary) << bytes;
+    std::ofstream(options_.files[0], std::ios::binary) << bytes;
     const int descriptor = memfd_create("output", 0);
     Output output(descriptor);
     try {

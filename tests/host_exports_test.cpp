@@ -72,16 +72,17 @@ class HostExports : public testing::Test {
  protected:
   HostExports() : folder_(testing::TempDir() + "host_exports_" + std::to_string(getpid()) + ".d") {
     std::filesystem::create_directory(folder_);
-    options_.file = folder_ + "/a<b>&\"\x01\xFF.log";
+    options_.files = {folder_ + "/a<b>&\"\x01\xFF.log"};
     options_.format = Format::none;
-    options_.exports = {Path("gpx"), Path("kml"), Path("csv"), Path("nmea"), "", {}};
+    options_.exports = {Path("gpx"), Path("kml"),     Path("csv"), Path("nmea"),
+                        Path("pos"), Path("geojson"), "",          {}};
   }
   ~HostExports() override { std::filesystem::remove_all(folder_); }
 
   std::string Path(const std::string& extension) const { return folder_ + "/out." + extension; }
   std::string Export(const std::string& extension) const { return Read(Path(extension)); }
   void Decode(const std::string& bytes) {
-    std::ofstream(options_.file, std::ios::binary) << bytes;
+    std::ofstream(options_.files[0], std::ios::binary) << bytes;
     Output output(open("/dev/null", O_WRONLY | O_CLOEXEC));
     EXPECT_EQ(host::Decode(options_, interrupt_, output), ExitCode::done);
     close(output.Descriptor());
@@ -113,6 +114,9 @@ TEST_F(HostExports, WritesWholeFilesOfNothing) {
   ExpectWellFormed();
   EXPECT_EQ(Count(Export("csv"), "\n"), 1);
   EXPECT_EQ(Export("nmea"), "");
+  EXPECT_EQ(Export("geojson"),
+            "{\"type\":\"FeatureCollection\",\"name\":\"a<b>&\\\"\\u0001\xEF\xBF\xBD.log\","
+            "\"features\":[\n]}\n");
 }
 
 TEST_F(HostExports, JoinsTheSentencesOfAnEpochAndSplitsATrackAtAGap) {
@@ -141,6 +145,35 @@ TEST_F(HostExports, JoinsTheSentencesOfAnEpochAndSplitsATrackAtAGap) {
             std::string::npos);
 }
 
+// The places are those of "cs2cs EPSG:4326", by whoever wrote the tables.
+TEST_F(HostExports, TellsEastingsAndNorthingsInMetres) {
+  if (Projection::Version() == "without PROJ") GTEST_SKIP() << "PROJ is missing";
+  const struct {
+    const char* code;
+    double easting, northing;
+    const char* name;
+  } rows[] = {{"utm", 687'299.575, 5'332'401.246, "EPSG:32632"},
+              {"EPSG:25832", 687'299.575, 5'332'401.245, "EPSG:25832"},
+              {"EPSG:3035", 4'433'972.399, 2'779'353.199, "EPSG:3035"},  // northing first
+              {"EPSG:2263", 18'859'192.593 * 1200 / 3937, 12'396'973.520 * 1200 / 3937, "EPSG:2263"}};
+  for (const auto& [code, easting, northing, name] : rows) {
+    options_.display.projection = std::make_shared<Projection>(code);
+    Decode(kDate + Fix("235959"));
+    const auto table = Table(Export("csv"));
+    ASSERT_EQ(table.size(), 1u);
+    EXPECT_NEAR(std::stod(table[0].at("easting_m")), easting, 0.002) << code;
+    EXPECT_NEAR(std::stod(table[0].at("northing_m")), northing, 0.002) << code;
+    EXPECT_EQ(options_.display.projection->Name(), name);
+  }
+  options_.exports.report = Path("html");
+  options_.display.projection = std::make_shared<Projection>("utm");
+  Decode(kDate + WithChecksum("$GPGGA,000001,4807.038,N,01159.999,E,1,08,0.9,545.4,M,46.9,M,,") +
+         WithChecksum("$GPGGA,000002,4807.038,N,01200.002,E,1,08,0.9,545.4,M,46.9,M,,"));
+  EXPECT_TRUE(Contains("html", "<th>Mean easting, EPSG:32632</th>")) << "the zone is that of the first fix";
+  Projection zones("utm");
+  EXPECT_NEAR(zones.Of(60.0, 4.0)->easting, 221'288.770, 0.001) << "the zone is wider at Norway";
+}
+
 TEST_F(HostExports, MakesNmeaOfWhatAReceiverSaid) {
   Decode(WithChecksum("$GPRMC,123518,A,4807.038,N,01131.000,E,022.4,084.4,230394,,") +
          WithChecksum("$GPGSA,A,3,07,,,,,,,,,,,,2.5,1.3,2.1") + WithChecksum("$GPGSV,1,1,01,07,45,180,41") +
@@ -155,6 +188,30 @@ TEST_F(HostExports, MakesNmeaOfWhatAReceiverSaid) {
                 WithChecksum("$GPRMC,123520.000,V,,,,,,,230394,,,N") +
                 WithChecksum("$GPGSA,A,1,07,,,,,,,,,,,,2.50,0.90,2.10") +
                 WithChecksum("$GPGSV,1,1,01,07,45,180,41"));
+}
+
+TEST_F(HostExports, TellOfSatellitesOfEverySystem) {
+  const auto epoch = [](const std::string& time) {
+    return WithChecksum("$GNGGA," + time + ",4807.038,N,01131.000,E,1,12,0.9,545.4,M,46.9,M,,") +
+           WithChecksum("$GNGSA,A,3,01,02,03,04,05,06,07,08,09,10,11,12,2.5,1.3,2.1,1") +
+           WithChecksum("$GNGSA,A,3,13,,,,,,,,,,,,2.5,1.3,2.1,1") +
+           WithChecksum("$GNGSA,A,3,33,,,,,,,,,,,,2.5,1.3,2.1,3") +
+           WithChecksum("$GPGSV,4,1,13,01,10,020,30,02,10,020,30,03,10,020,30,04,10,020,30,1") +
+           WithChecksum("$GPGSV,4,2,13,05,10,020,30,06,10,020,30,07,10,020,30,08,10,020,30,1") +
+           WithChecksum("$GPGSV,4,3,13,09,10,020,30,10,10,020,30,11,10,020,30,12,10,020,30,1") +
+           WithChecksum("$GPGSV,4,4,13,13,10,020,30,1") +
+           WithChecksum("$GAGSV,1,1,02,33,05,010,44,08,-3,,,7");
+  };
+  Decode(kDate + epoch("000000") + epoch("000001"));
+  const auto row = Table(Export("csv")).back();
+  EXPECT_EQ(row.at("used") + ' ' + row.at("in_view") + ' ' + row.at("mean_snr"), "14 15 31.0");
+  const std::string dilution = "2.50,0.90,2.10,";
+  for (const std::string& sentence :
+       {"$GNGSA,A,3,01,02,03,04,05,06,07,08,09,10,11,12," + dilution + "1",
+        "$GNGSA,A,3,13,,,,,,,,,,,," + dilution + "1", "$GNGSA,A,3,33,,,,,,,,,,,," + dilution + "3",
+        std::string("$GPGSV,4,4,13,13,10,020,30"), std::string("$GAGSV,1,1,02,08,-3,,,33,05,010,44")}) {
+    EXPECT_EQ(Count(Export("nmea"), WithChecksum(sentence)), 1) << sentence;
+  }
 }
 
 TEST_F(HostExports, TellHeightsForWhatTheyAre) {
@@ -181,7 +238,33 @@ TEST_F(HostExports, TellHeightsForWhatTheyAre) {
     EXPECT_EQ(Count(Export("gpx"), "<ele>"), *msl_alone == '\0' ? 1 : 2);
     EXPECT_TRUE(Contains("kml", std::string(" ") + msl + "</gx:coord>"));
     EXPECT_EQ(Count(Export("kml"), "absolute"), 1);
+    // Above the ellipsoid, with the separation that was stated last where a whole file states what it means.
+    const std::string ellipsoid = geoid == Geoid::subtract ? "545.4000" : "592.3000";
+    EXPECT_TRUE(Contains("pos", "WGS84/ellipsoidal")) << Export("pos");
+    EXPECT_EQ(Count(Export("pos"), ' ' + ellipsoid + ' '), *msl_alone == '\0' ? 1 : 2) << Export("pos");
+    EXPECT_TRUE(Contains("geojson", "[11.516666667,48.117300000," + ellipsoid.substr(0, 7) + "]},"));
+    EXPECT_TRUE(Contains("geojson", "[11.516666667,48.117300000]},")) << Export("geojson");
   }
+}
+
+TEST_F(HostExports, WriteWhatRtklibAndMapsRead) {
+  Decode(kDate + WithChecksum("$GPGGA,235959.5,4807.038,S,01131.000,W,4,08,0.9,545.4,M,46.9,M,2.5,0120") +
+         Fix("000001", "4807.038", 5));
+  EXPECT_TRUE(Export("pos").ends_with(
+      "\n2023/12/31 23:59:59.500  -48.117300000  -11.516666667   592.3000   1   8   0.0000   0.0000   0.0000 "
+      "  "
+      "0.0000   0.0000   0.0000   2.50    0.0\n"
+      "2024/01/01 00:00:01.000   48.117300000   11.516666667   592.3000   2   8   0.0000   0.0000   0.0000   "
+      "0.0000   0.0000   0.0000   0.00    0.0\n"))
+      << Export("pos");
+  EXPECT_TRUE(Contains(
+      "geojson",
+      R"({"type":"Feature","geometry":{"type":"Point","coordinates":[11.516666667,48.117300000,592.300]},)"
+      R"("properties":{"time":"2024-01-01T00:00:01.000Z","height_msl_m":545.400,"height_hae_m":592.300,)"
+      R"("fix":"RTK float","segment":1,"used":8,"in_view":13,"hdop":0.90,)"))
+      << Export("geojson");
+  EXPECT_TRUE(Export("geojson").ends_with("}}\n]}\n"));
+  EXPECT_EQ(Count(Export("geojson"), "},\n{"), 1);
 }
 
 TEST_F(HostExports, SayWhereNoDateIsKnown) {
@@ -206,6 +289,26 @@ TEST_F(HostExports, SayWhereNoDateIsKnown) {
     EXPECT_EQ(Contains("html", "The date is not known"), !known);
     EXPECT_TRUE(Contains("csv", std::string("\n") + date)) << Export("csv");
   }
+}
+
+TEST_F(HostExports, MakeOneFileOfSeveralRecordings) {
+  const std::string second = folder_ + "/second.log";
+  std::ofstream(second, std::ios::binary)
+      << WithChecksum("$GPZDA,060000,05,01,2024,00,00") << Fix("060001") << Fix("060002");
+  options_.files.push_back(second);
+  const std::string cut = Fix("000001");
+  Decode(kDate + Fix("235959") + Fix("000000") + cut.substr(0, cut.size() / 2));
+  std::string times;
+  for (auto& row : Table(Export("csv"))) times += row["time"].substr(0, 19) + '/' + row["segment"] + ' ';
+  EXPECT_EQ(times,
+            "2023-12-31T23:59:59/1 2024-01-01T00:00:00/1 2024-01-05T06:00:01/2 2024-01-05T06:00:02/2 ");
+  EXPECT_TRUE(Contains("gpx", ".log and 1 more</name>"));
+  options_.exports.csv = second;
+  EXPECT_THROW(Decode(kDate), Failure) << "it is read";
+  options_.exports.csv = Path("never");
+  options_.files.push_back(folder_ + "/missing.log");
+  EXPECT_THROW(Decode(kDate), Failure);
+  EXPECT_FALSE(std::filesystem::exists(Path("never"))) << "nothing has begun";
 }
 
 // A converter that no one here wrote. It takes any number for a coordinate and ends well on broken input, so
@@ -262,10 +365,10 @@ TEST_F(HostExports, FiltersWhatIsShownAndExported) {
   EXPECT_EQ(seconds(), "00/1 01/1 02/1 ");
   filter = {.only = Kinds(static_cast<unsigned>(Kind::report))};
   EXPECT_EQ(seconds(), "");
-  Program decode({"decode", options_.file, "--only", "report"});
+  Program decode({"decode", options_.files[0], "--only", "report"});
   EXPECT_EQ(decode.Wait(), 0);
   EXPECT_EQ(Count(decode.Output(), "\n"), 0) << "text shows no sentences of a make";
-  Program json({"decode", options_.file, "--only", "fix", "--count", "2", "--format", "json"});
+  Program json({"decode", options_.files[0], "--only", "fix", "--count", "2", "--format", "json"});
   EXPECT_EQ(json.Wait(), 0);
   const std::string shown = json.Output();
   EXPECT_EQ(Count(shown, "{\"class\":\"TPV\""), 2) << shown;
@@ -285,9 +388,9 @@ TEST_F(HostExports, NameThePathThatCannotBeWritten) {
   EXPECT_EQ(failure(), "cannot write /nonexistent/x.kml (--kml): No such file or directory");
   options_.exports.kml = Path("gpx");
   EXPECT_EQ(failure(), "--gpx and --kml both name " + Path("gpx"));
-  options_.exports.kml = options_.file;
-  EXPECT_EQ(failure(), "--kml " + options_.file + " is the recording itself");
-  EXPECT_EQ(Read(options_.file), Fix("000000"));
+  options_.exports.kml = options_.files[0];
+  EXPECT_EQ(failure(), "--kml " + options_.files[0] + " is the recording itself");
+  EXPECT_EQ(Read(options_.files[0]), Fix("000000"));
   options_.exports.kml.clear();
   options_.exports.report = "/nonexistent/x.html";
   EXPECT_EQ(failure(), "cannot write /nonexistent/x.html (--report): No such file or directory");
@@ -299,7 +402,7 @@ TEST_F(HostExports, LeaveWholeFilesOnAFullDisk) {
     const std::string time = std::to_string(1'000'000 + i / 3600 * 10000 + i / 60 % 60 * 100 + i % 60);
     stream += Fix(time.substr(1));
   }
-  std::ofstream(options_.file, std::ios::binary) << stream;
+  std::ofstream(options_.files[0], std::ios::binary) << stream;
   try {
     options_.exports.report = Path("html");
     const SmallDisk disk(100'000);

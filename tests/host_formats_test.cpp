@@ -9,10 +9,11 @@
 #include "host/records/gpsdsink.h"
 #include "host/records/jsonwriter.h"
 #include "host/records/lastposition.h"
-#include "host/records/moment.h"
 #include "host/records/recordsink.h"
+#include "host/records/skysource.h"
 #include "host/records/textsink.h"
 #include "host/run/progress.h"
+#include "host/sentences/datescan.h"
 #include "tests/support/receivertest.h"
 
 using namespace host;
@@ -51,20 +52,34 @@ CGPSData Group() {
   return data;
 }
 
-/// What a format makes of records.
+/// What a format makes of records and their satellites.
 class Lines {
  public:
-  explicit Lines(Format format, Geoid geoid = Geoid::none) : sink_(MakeSink(format, out_, "dev", geoid)) {}
+  explicit Lines(Format format, Geoid geoid = Geoid::none) : sink_(MakeSink(format, out_, "dev", geoid)) {
+    sink_->SetReference(kMidday);
+  }
   std::string Of(const CGPSData& data) {
     out_.clear();
     shown = sink_->OnData(data);
-    return out_;
+    Show(skies_.OnData(data));
+    return OfText("");
+  }
+  /// Of the text that comes behind.
+  std::string OfText(std::string_view text) {
+    Show(skies_.OnText(text));
+    sink_->OnString(CString(text.data(), static_cast<int>(text.size())));
+    return std::exchange(out_, {});
   }
   bool shown = false;
 
  private:
+  void Show(const Sky* sky) {
+    if (sky != nullptr) sink_->OnSky(*sky);
+  }
+
   std::string out_;
   std::unique_ptr<Sink> sink_;
+  SkySource skies_;
 };
 
 }  // namespace
@@ -83,6 +98,26 @@ TEST(HostJsonWriter, WritesNumbersThatReadBackAndTextThatIsUtf8) {
   EXPECT_EQ(out, R"([0.1,-0,1e+300,20,null,null,-7,true,"a\"\\\r\n\t\u0001\u007f)"
                  "\xC3\xA9"
                  R"(\u0000z"])");
+}
+
+TEST(HostText, WritesInTheUnitsAndAnglesThatAreAskedFor) {
+  CGPSData data = Fix();
+  data.m_dLatitude = -9.9999999999 * kRadians;
+  data.m_dLongitude = 122.5125 * kRadians;
+  data.m_dAltitude = 100.0;
+  data.m_dSpeed = 10.0;
+  const std::tuple<Units, AngleFormat, const char*> rows[] = {
+      {Units::metric, AngleFormat::degrees, "  10.0000000S  122.5125000E    100.0 m "},
+      {Units::imperial, AngleFormat::minutes, "  10 00.00000S  122 30.75000E    328.1 ft "},
+      {Units::nautical, AngleFormat::seconds, "  10 00 00.0000S  122 30 45.0000E    328.1 ft "}};
+  const char* const speeds[] = {" 36.0 km/h", " 22.4 mph", " 19.4 kn"};
+  for (std::size_t i = 0; i < std::size(rows); ++i) {
+    const auto& [units, angles, place] = rows[i];
+    std::string out;
+    MakeSink(Format::text, out, "", Geoid::none, {units, angles, nullptr})->OnData(data);
+    EXPECT_NE(out.find(place), std::string::npos) << out;
+    EXPECT_NE(out.find(speeds[i]), std::string::npos) << out;
+  }
 }
 
 TEST(HostJsonWriter, RoundsFixedDecimals) {
@@ -122,10 +157,10 @@ TEST(HostMoment, FindsTheDateOfARecordingHoweverItIsCut) {
       "$GPZDA,120000,15,05,2031,00,00*00\r\n";          // broken
   for (const std::size_t cut : {std::size_t{1}, std::size_t{13}, stream.size()}) {
     DateScan scan;
+    scan.Feed(WithChecksum("$GPRMC,120001,V,,,,,,,010199,,"));
+    EXPECT_EQ(scan.Latest(), 915192001000) << "as long as there is no other";
     for (std::size_t i = 0; i < stream.size(); i += cut) scan.Feed(std::string_view(stream).substr(i, cut));
-    EXPECT_EQ(scan.Latest(), 915192001000) << "the first sentence stands behind a stray dollar sign";
-    scan.Feed(WithChecksum("$GNRMC,120000.00,A,4807,N,01131,E,0,0,140524,,"));
-    EXPECT_EQ(scan.Latest(), kMidday);
+    EXPECT_EQ(scan.Latest(), kMidday) << "behind a stray dollar sign";
     scan.Feed(WithChecksum("$GPRMC,120001,V,,,,,,,010199,,"));
     EXPECT_EQ(scan.Latest(), kMidday) << "a date with a fix is better than one without";
     scan.Feed(WithChecksum("$GPZDA,000001.00,15,05,1999,00,00"));
@@ -228,7 +263,7 @@ TEST(HostJsonFormat, WritesEachGroupOfSatellitesOnce) {
   const std::string sky =
       R"({"class":"SKY","device":"dev","time":"2024-05-14T12:35:19.250Z","hdop":0.90,"nSat":11,"uSat":8,"satellites":[)"
       R"({"PRN":7,"gnssid":0,"svid":7,"el":45.0,"az":180.0,"ss":41,"used":true},)"
-      R"({"PRN":40,"gnssid":1,"svid":127,"el":5.0,"az":359.0,"ss":0,"used":false}]})"
+      R"({"PRN":40,"gnssid":1,"svid":127,"el":5.0,"az":359.0,"used":false}]})"
       "\n";
   EXPECT_EQ(json.Of(Group()), sky);
   CGPSData next = Group();
@@ -247,6 +282,15 @@ TEST(HostJsonFormat, SaysNothingOfUsedSatellitesUntilTheReceiverDoes) {
   json.Of(Group());
   EXPECT_NE(json.Of(data).find("\"used\":false"), std::string::npos) << "a fix was lost";
   EXPECT_NE(json.Of(data).find("\"uSat\":0"), std::string::npos);
+}
+
+TEST(HostJsonFormat, WritesTheErrorsOfAPosition) {
+  Lines json(Format::json);
+  EXPECT_EQ(
+      json.OfText(WithChecksum("$GNGST,123519.25,8.5,,,45,2.3,3.5,-")),
+      R"({"class":"GST","device":"dev","time":"2024-05-14T12:35:19.250Z","rms":8.500,"orient":45.000,"lat":2.300,"lon":3.500})"
+      "\n");
+  EXPECT_EQ(json.OfText("$GNGST,123519.25,8.5,,,,2.3,3.5,4*00"), "");
 }
 
 TEST(HostJsonFormat, TellsHowOldThePositionIs) {

@@ -7,6 +7,7 @@
 #include <memory>
 
 #include "gpsengine/platform/application.h"
+#include "host/sentences/fields.h"
 #include "host/session/recordingfeed.h"
 #include "tests/support/program.h"
 #include "tests/support/receivertest.h"
@@ -20,7 +21,9 @@ class HostPlayer : public testing::Test {
   HostPlayer() : path_(testing::TempDir() + "host_player_" + std::to_string(getpid())) {
     app_.SetProfilePath("");
   }
-  ~HostPlayer() override { std::remove(path_.c_str()); }
+  ~HostPlayer() override {
+    for (const char* end : {"", ".nmea"}) std::remove((path_ + end).c_str());
+  }
 
   void Record(const std::string& bytes) const { std::ofstream(path_, std::ios::binary) << bytes; }
   /// The recording on its way to a receiver, whose line has that baud rate.
@@ -90,6 +93,10 @@ TEST_F(HostPlayer, ShowsWhatDecodeShowsAndEnds) {
   EXPECT_EQ(quick.Wait(), 0);
   const std::string all = decode.Output();
   EXPECT_EQ(play.Output(), all);
+  Program serve({"serve", "--play", path_, "--speed", "max", "--tcp", "0", "--nmea", path_ + ".nmea"});
+  EXPECT_EQ(serve.Wait(), 0) << serve.Errors();
+  Program nmea({"decode", path_ + ".nmea", "--format", "text"}), text({"decode", path_, "--format", "text"});
+  EXPECT_EQ(nmea.Output(), text.Output());
   Program bin({"monitor", "--play", path_, "--format", "record", "--speed", "max", "--only", "bin"});
   EXPECT_EQ(bin.Wait(), 0);
   EXPECT_EQ(bin.Output(), "{\"message\":\"WM_GPS_NEW_BIN\"}\n");

@@ -74,6 +74,9 @@ TEST(HostProgram, NamesWhatIsWrongAndExitsAccordingly) {
       {"decode /tmp --model othr", ExitCode::usage,
        R"((did you mean "Other"?); the models are "Ashtech", "CSI")"},
       {"decode /tmp --date 2024-13-01", ExitCode::usage, "2024-13-01"},
+      {"decode /tmp --units miles", ExitCode::usage, "miles"},
+      {"decode /tmp --crs EPSG:99999", ExitCode::usage, "--crs EPSG:99999 "},
+      {"monitor --play /nonexistent.log --crs EPSG:4326", ExitCode::usage, "--crs EPSG:4326 "},
       {"monitor --port /dev/x --play y", ExitCode::usage, "--play"},
       {"monitor --port /dev/nonexistent", ExitCode::port_closed, "/dev/nonexistent"},
       {"monitor --play /nonexistent.log", ExitCode::failed, "/nonexistent.log"},
@@ -209,12 +212,16 @@ TEST(HostProgram, TellsSilenceFromWhatItDoesNotUnderstand) {
   EXPECT_EQ(RunToEnd("config forget Other").output.find("for Other"), std::string::npos);
 }
 
-TEST(HostProgram, PlaysARecordingPackedOrNotUntilItIsInterrupted) {
+TEST(HostProgram, PlaysARecordingPackedOrNotOnceOrOverAndOver) {
   const File file(kFix), packed("");
   ASSERT_EQ(std::system(("gzip -c " + file.Path() + " > " + packed.Path()).c_str()), 0);
   for (const std::string& path : {file.Path(), packed.Path()}) {
-    Program monitor({"monitor", "--play", path, "--format", "json"});
-    EXPECT_TRUE(monitor.Line().starts_with(R"({"class":"TPV","device":")" + path + R"(","mode":3,)"));
+    const std::string fix = R"({"class":"TPV","device":")" + path + R"(","mode":3,)";
+    Program once({"monitor", "--play", path, "--format", "json"});
+    EXPECT_TRUE(once.Line().starts_with(fix));
+    EXPECT_EQ(once.Wait(), 0);
+    Program monitor({"monitor", "--play", path, "--format", "json", "--speed", "engine"});
+    for (int i = 0; i < 2; ++i) EXPECT_TRUE(monitor.Line().starts_with(fix));
     monitor.Signal(SIGINT);
     EXPECT_EQ(monitor.Wait(), 130 /* interrupted */);
   }

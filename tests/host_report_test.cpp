@@ -19,7 +19,6 @@ std::string Labels(const Axis& axis) {
 
 /// A walk to the north at one metre a second, with a fix each second.
 void Walk(RunStatistics& run, Moment start, int seconds, int signal = UDF_SIGNAL_GPS) {
-  CGPSData data;
   for (int i = 0; i < seconds; ++i) {
     PositionEpoch epoch;
     epoch.time = start + i * 1000;
@@ -29,7 +28,7 @@ void Walk(RunStatistics& run, Moment start, int seconds, int signal = UDF_SIGNAL
     epoch.latitude = static_cast<double>(i) / 111'000.0;
     epoch.height = i == 777 ? 5000.0 : 100.0;
     epoch.speed = 1.0;
-    run.Add(epoch, data);
+    run.Add(epoch);
   }
 }
 
@@ -78,12 +77,12 @@ TEST(HostReport, KeepsALongRunInLittleMemoryAndItsExtremes) {
 
 TEST(HostReport, KeepsTheBeginningOfALongRunAsFineAsItsEnd) {
   RunStatistics run;
-  CGPSData data;
-  data.m_Satellites[0] = {std::numbers::pi / 4, 0.0, 17, true, true, 41};
+  Sky sky;
+  sky.satellites = {{{Gnss::galileo, 17}, 45, 0, 41, true}};
   for (int i = 0; i < 3000; ++i) {
     Walk(run, i * 60'000, 60, i % 2);
-    data.m_Satellites[0].m_dAzimuth = i % 360 * std::numbers::pi / 180.0;
-    run.AddSatellites(data);
+    sky.satellites[0].azimuth = i % 360;
+    run.AddSatellites(sky);
   }
   EXPECT_LE(run.signals.size(), 400u);
   Moment without_fix = 0;
@@ -94,7 +93,7 @@ TEST(HostReport, KeepsTheBeginningOfALongRunAsFineAsItsEnd) {
     if (span.mixed.empty() && span.signal == UDF_SIGNAL_NONE) without_fix += span.end - span.start;
   }
   EXPECT_NEAR(static_cast<double>(without_fix), 3000 * 60'000 / 2, 2 * 60'000.0) << "every other minute";
-  const auto& places = run.satellites.at(17).places;
+  const auto& places = run.satellites.at({Gnss::galileo, 17}).places;
   EXPECT_LE(places.size(), 400u);
   for (std::size_t i = 1; i < places.size(); ++i) {
     EXPECT_LT(std::fabs(std::remainder(places[i].azimuth - places[i - 1].azimuth, 360.0)), 5.0);
@@ -105,10 +104,9 @@ TEST(HostReport, TellsWhatTheRunWasLikeInOneFile) {
   RunStatistics run;
   Walk(run, 1'700'000'000'000, 120);
   Walk(run, 1'700'000'120'000, 30, UDF_SIGNAL_NONE);
-  CGPSData data;
-  data.m_Satellites[0] = {std::numbers::pi / 4, std::numbers::pi, 17, true, true, 41};
-  data.m_Satellites[0].m_nPRN = 17;
-  run.AddSatellites(data);
+  Sky sky;
+  sky.satellites = {{{Gnss::galileo, 17}, 45, 180, 41, true}, {{Gnss::gps, 17}}};
+  run.AddSatellites(sky);
   Tally tally;
   tally.checksum_errors = 12'345;
   const std::string page = ReportPage({"a<b>.log", "Other", Geoid::none}, run, tally);
@@ -116,7 +114,7 @@ TEST(HostReport, TellsWhatTheRunWasLikeInOneFile) {
                            ">120 (80.0 %)<", ">30 (20.0 %)<", ">118 m<", ">3.6 / 3.6 / 3.6<",
                            ">12\xE2\x80\xAF"
                            "345<",
-                           "satellite 17, mean 41 dB-Hz, used 100 %"}) {
+                           "satellite E17, mean 41 dB-Hz, used 100 %"}) {
     EXPECT_NE(page.find(text), std::string::npos) << text;
   }
   for (const char* fetch : {"http:", "https:", "url(", "@import", "<script", "<link", "src="}) {
@@ -126,6 +124,45 @@ TEST(HostReport, TellsWhatTheRunWasLikeInOneFile) {
   const std::string empty = ReportPage({"x", "Other", Geoid::none}, RunStatistics(), Tally());
   EXPECT_NE(empty.find("no fix was found"), std::string::npos);
   EXPECT_TRUE(empty.ends_with("</html>\n"));
+}
+
+TEST(HostReport, TellsWhereAStillReceiverStandsAndInWhichUnits) {
+  RunStatistics run;
+  PositionEpoch epoch;
+  epoch.fix = true;
+  epoch.height = 100.0;
+  for (int i = 0; i < 200; ++i) {
+    epoch.time = i * 1000;
+    epoch.signal = i < 100 ? UDF_SIGNAL_GPS : UDF_SIGNAL_RTK_FIXED;
+    epoch.latitude = 47.0 + (i < 100 ? (i % 2) * 2.0 / 111'170.0 : 0.0);
+    epoch.longitude = -9.0;
+    run.Add(epoch);
+  }
+  RunFacts facts{"x", "Other", Geoid::none};
+  const std::string metric = ReportPage(facts, run, Tally());
+  const auto row = [](const std::string& name, const std::string& all, const std::string& gps,
+                      const std::string& fixed) {
+    return "<th>" + name + "</th><td>" + all + "</td><td>" + gps + "</td><td>" + fixed + "</td>";
+  };
+  for (const std::string& text :
+       {row("Fixes", "200", "100", "100"), row("CEP50", "0.500 m", "1.000 m", "0.000 m"),
+        row("95 %", "1.500 m", "1.000 m", "0.000 m"),
+        row("Deviation north", "0.868 m", "1.005 m", "0.000 m")})
+    EXPECT_NE(metric.find(text), std::string::npos) << text;
+  facts.display.units = Units::imperial;
+  facts.display.angles = AngleFormat::minutes;
+  const std::string imperial = ReportPage(facts, run, Tally());
+  for (const char* text : {">1.640 ft<", ">328.084 ft<", "ft</small>", "east of the mean, ft",
+                           "47°\xC2\xA0"
+                           "00.00000'\xC2\xA0N, 9°"})
+    EXPECT_NE(imperial.find(text), std::string::npos) << text;
+  EXPECT_EQ(imperial.find(" m<"), std::string::npos);
+  epoch.latitude = 48.0;
+  for (int i = 200; i < 300; ++i) {
+    epoch.time = i * 1000;
+    run.Add(epoch);
+  }
+  EXPECT_EQ(ReportPage(facts, run, Tally()).find("Static survey"), std::string::npos) << "it has moved";
 }
 
 namespace {
@@ -165,7 +202,6 @@ TEST(HostReport, DrawsADayAtTenHertzWithinTwoPixels) {
   const Offset degree = OffsetOf(kLatitude - 0.5, 9.0, kLatitude + 0.5, 10.0);
   for (const auto& [way, pixel] : {std::pair{&OnCircles, 400.0 / 500.0}, {&OnLanes, 4260.0 / 770.0}}) {
     RunStatistics run;
-    const CGPSData data;
     PositionEpoch epoch;
     epoch.fix = true;
     epoch.signal = UDF_SIGNAL_RTK_FIXED;
@@ -175,7 +211,7 @@ TEST(HostReport, DrawsADayAtTenHertzWithinTwoPixels) {
       epoch.starts_segment = i == 0;
       epoch.latitude = kLatitude + place.north / degree.north;
       epoch.longitude = 9.0 + place.east / degree.east;
-      run.Add(epoch, data);
+      run.Add(epoch);
     }
     const auto points = run.track.Points();
     EXPECT_LT(points.size(), 3000u);

@@ -222,11 +222,11 @@ TEST_F(HostRinex, IsReadByAPostProcessorThatFindsTheAntenna) {
     options.start_utc += std::chrono::seconds(later);
     const auto receiver = simulator::MakeReceiver(options);
     DecodeOptions decode;
-    decode.file = folder_ + "/raw.log";
+    decode.files = {folder_ + "/raw.log"};
     decode.format = Format::none;
     decode.rinex.base = folder_ + "/raw";
     decode.date = Day(2024, 5, 1);
-    std::ofstream(decode.file, std::ios::binary) << RawMinute(*receiver);
+    std::ofstream(decode.files[0], std::ios::binary) << RawMinute(*receiver);
     Output output(open("/dev/null", O_WRONLY));
     ASSERT_EQ(Decode(decode, Interrupt(), output), ExitCode::done);
 

@@ -141,6 +141,7 @@ class Serving {
   ~Serving() {
     m_bDone = true;
     m_Sender.join();
+    std::filesystem::remove(m_strRecord);
   }
   Serving(const Serving&) = delete;
   Serving& operator=(const Serving&) = delete;
@@ -148,6 +149,8 @@ class Serving {
   int Tcp() const { return m_nTcp; }
   int Http() const { return m_nHttp; }
   Program& Process() { return m_Program; }
+  /// Where it records what comes.
+  const std::string& Record() const { return m_strRecord; }
   /// What the page's server answers.
   std::string Fetch(const std::string& path, const std::string& host = "localhost:1") const {
     Peer peer(m_nHttp);
@@ -166,11 +169,12 @@ class Serving {
 
  private:
   Strings Arguments(bool hasPage) const {
-    Strings arguments = {"serve", "--port", m_Line.Name(), "--tcp", "0"};
+    Strings arguments = {"serve", "--port", m_Line.Name(), "--tcp", "0", "--record", m_strRecord};
     if (hasPage) arguments.insert(arguments.end(), {"--http", "0"});
     return arguments;
   }
 
+  const std::string m_strRecord = testing::TempDir() + "gpsengine-served-" + std::to_string(getpid());
   PseudoTerminal m_Line;
   Program m_Program;
   int m_nTcp, m_nHttp = 0;
@@ -206,7 +210,8 @@ bool Contains(const std::string& text, std::string_view part) {
 
 const std::string kEpoch = WithChecksum("$GPGGA,123519,4807.038,N,01131.000,E,1,08,0.9,545.4,M,46.9,M,,") +
                            WithChecksum("$GPGSA,A,3,07,,,,,,,,,,,,1.9,0.9,1.7") +
-                           WithChecksum("$GPGSV,1,1,02,07,45,180,41,40,05,359,33") + "$PXYZ,<b id=x>&\"\r\n";
+                           WithChecksum("$GPGSV,1,1,02,07,45,180,41,40,05,359,33") + "$PXYZ,<b id=x>&\"\r\n" +
+                           WithChecksum("$GPGLL,4807.038,N,01131.000,E,123520,A");  // the next epoch
 
 }  // namespace
 
@@ -382,6 +387,8 @@ TEST(Serve, GivesGpspipePositionsAndSentences) {
   EXPECT_TRUE(Contains(*RunTool("gpspipe", "-r -n 9 " + server), kEpoch.substr(0, 60)));
   serving.Process().Signal(SIGTERM);
   EXPECT_EQ(serving.Process().Wait(), 130);
+  Program decode({"decode", serving.Record(), "--format", "text"});
+  EXPECT_TRUE(Contains(decode.Line(), "48.1173000N"));
 }
 
 TEST(Serve, KeepsItsClientsWhileThePortIsAway) {
@@ -443,12 +450,12 @@ TEST(Serve, ShowsOnThePageHowOldAFixIs) {
       {R"("lost":false,"fix":"SBAS","fixAge":60,"positionAge":60)", ">silent, last fix 60 s ago<"},
       {R"("lost":true,"fix":"SBAS","fixAge":1,"positionAge":1)", ">port lost, last fix 1 s ago<"}};
   for (const auto& [server, shows] : cases) {
-    PageHub hub;
+    PageHub hub, sentences;
     hub.SetStatus(R"({"class":"SERVER",)" + std::string(server) + "}");
     hub.Publish(R"({"class":"TPV","mode":3,"time":"2024-05-14T12:35:19.250Z","lat":48.1,"lon":11.5})");
     std::unique_ptr<PageServer> page_server;
     try {
-      page_server = StartPageServer(hub, "127.0.0.1", 0);
+      page_server = StartPageServer(hub, sentences, "127.0.0.1", 0);
     } catch (const Failure&) {
       GTEST_SKIP() << "built without libcpp-httplib-dev";
     }
@@ -470,6 +477,12 @@ TEST(Serve, ShowsAPage) {
   events.Send("GET /events HTTP/1.0\r\nHost: [::1]\r\n\r\n");
   while (!Contains(events.Rest(), "data: {\"class\":\"SKY\"")) ASSERT_TRUE(events.Take());
 
+  Peer sentences(serving.Http());
+  sentences.Send("GET /sentences HTTP/1.0\r\nHost: [::1]\r\n\r\n");
+  while (!Contains(sentences.Rest(), "data: $GPGSV,1,1,02,07,45,180,41,40,05,359,33*")) {
+    ASSERT_TRUE(sentences.Take());
+  }
+
   const auto page = LookAtPage(serving.Http());
   serving.Process().Signal(SIGTERM);  // with a stream of events still open
   EXPECT_EQ(serving.Process().Wait(10s), 130);
@@ -477,5 +490,6 @@ TEST(Serve, ShowsAPage) {
   EXPECT_TRUE(Contains(*page, "48.1173000\u00B0 N")) << *page;
   EXPECT_TRUE(Contains(*page, ">GPS<") && !Contains(*page, "class=\"old\"")) << *page;
   EXPECT_TRUE(Contains(*page, "class=\"sat gps used\"") && Contains(*page, "class=\"sat sbas\"")) << *page;
+  EXPECT_TRUE(Contains(*page, "class=\"way\"")) << *page;
   EXPECT_TRUE(Contains(*page, "&lt;b id=x&gt;&amp;\"") && !Contains(*page, "<b id=")) << *page;
 }

@@ -31,14 +31,18 @@ CGPSData Fix() {
   data.m_dAltitude = 545.4;
   data.m_dHDOP = 0.9;
   data.m_nSatellitesUsed = 1;
-  data.m_nSatellitesInView = 2;
   data.m_nSignalType = UDF_SIGNAL_RTK_FLOAT;
   data.m_dHeading = 270.0 * kRadians;
   data.m_dSpeed = 5.0;
   data.m_bPositionValid = data.m_bVelocityValid = data.m_bDOPValid = true;
-  data.m_Satellites[0] = {45.0 * kRadians, 90.0 * kRadians, 27, false, true, 25};
-  data.m_Satellites[3] = {90.0 * kRadians, 0.0, 7, true, true, 50};
   return data;
+}
+
+Sky InView() {
+  Sky sky;
+  sky.in_view = 2;
+  sky.satellites = {{{Gnss::gps, 7}, 90, 0, 50, true}, {{Gnss::glonass, 4}, 45, 90, 25}};
+  return sky;
 }
 
 /// A screen of readings whose time stands still until it is told to go on.
@@ -74,9 +78,11 @@ class HostScreen : public testing::Test {
 
 TEST_F(HostScreen, ShowsAFixAtAGlance) {
   readings_.OnData(Fix());
+  readings_.OnSky(InView());
   view_.model = "Trimble";
   view_.source = "/dev/ttyUSB0";
   view_.counters = {0, 12, 3, 4, 5, 0};
+  view_.is_live = false;
   EXPECT_EQ(Row(0), " gpsengine  Trimble  /dev/ttyUSB0");
   const char* const fix[] = {
       "+- Fix --------------------------------+", "| RTK float                    age 0 s |",
@@ -86,18 +92,71 @@ TEST_F(HostScreen, ShowsAFixAtAGlance) {
       "| Satellites        1 used   2 in view |", "| HDOP   0.9   PDOP     -   VDOP     - |"};
   for (int row = 0; row < 10; ++row) EXPECT_EQ(Row(1 + row).substr(0, 40), fix[row]);
   // Half of the strength is half of the bar, in other marks than those of a used satellite.
-  const char* const bars[] = {
-      "| 50    ", "| ##    ", "| ## 25 ", "| ## :: ", "| ## :: ", "| ## :: ", "|  7 27 "};
-  for (int row = 0; row < 7; ++row) EXPECT_EQ(Row(13 + row).substr(0, 8), bars[row]) << row;
-  EXPECT_EQ(Row(7).substr(40), "|         W    .    *7   o27  E        |")
+  const char* const bars[] = {"| 50        ", "| ####      ", "| #### 25   ", "| #### :::: ",
+                              "| #### :::: ", "| #### :::: ", "| G07  R04  "};
+  for (int row = 0; row < 7; ++row) EXPECT_EQ(Row(13 + row).substr(0, 12), bars[row]) << row;
+  EXPECT_EQ(Row(7).substr(40), "|         W    .    *G07 oR04 E        |")
       << "the zenith, and halfway to the east";
   EXPECT_EQ(Row(21), " sentences 12  bad 3  binary 4  bad 5  epochs 0  eph 0  BIN 0");
-  EXPECT_NE(Screen(24, 80, true).find("●7   ○27"), std::string::npos);
+  EXPECT_NE(Screen(24, 80, true).find("●G07 ○R04"), std::string::npos);
+}
+
+TEST_F(HostScreen, MakesRoomForManySatellites) {
+  Sky sky;
+  for (int i = 1; i <= 30; ++i) {
+    const Gnss system = i <= 20 ? Gnss::gps : Gnss::galileo;
+    sky.satellites.push_back({{system, i}, 45, {}, i % 3 == 0 ? std::nullopt : std::optional(50), i == 30});
+  }
+  readings_.OnSky(sky);
+  const std::string bars = std::string(14, ':') + ' ' + std::string(6, ':');
+  EXPECT_TRUE(Shows("| " + bars)) << Screen();
+  EXPECT_TRUE(Shows("| G              E")) << Screen();
+  const std::string tall = Screen(40, 100);
+  EXPECT_NE(tall.find("*  E30        45        -        -"), std::string::npos) << "used ones first" << tall;
+  EXPECT_NE(tall.find("and 19 more"), std::string::npos) << tall;
+}
+
+TEST_F(HostScreen, TellsBothHeightsAndTheDateWhereTheyAreKnown) {
+  view_.is_live = false;
+  readings_.SetReference(1'700'000'000'000);
+  readings_.OnData(Fix());
+  readings_.OnString(WithChecksum("$GPGGA,123519,4807.038,N,01000.000,W,5,08,0.9,545.4,M,46.9,M,,").c_str());
+  EXPECT_EQ(Row(7).substr(0, 40), "| Height MSL   545.40 m 592.30 m HAE   |");
+  EXPECT_EQ(Row(8).substr(0, 40), "| Time       12:35:19 UTC  2023-11-14  |");
+  view_.geoid = Geoid::add;
+  view_.display.units = Units::imperial;
+  EXPECT_EQ(Row(7).substr(0, 40), "| Height HAE  1789.37 ft  1635 ft MSL  |");
+  EXPECT_EQ(Row(5).substr(0, 40), "| Speed          11.2 mph  9.7 kn      |");
+}
+
+TEST_F(HostScreen, ShowsWhereAStillReceiverStands) {
+  view_.survey = true;
+  EXPECT_TRUE(Shows("no fix so far"));
+  CGPSData data = Fix();
+  for (int i = 0; i < 10; ++i) {
+    data.m_dTimeOfDay += 1.0;
+    data.m_dLatitude = 48.1173 * kRadians + (i % 2) * 2.0 / 6'371'000.0;
+    data.m_nSignalType = i < 8 ? UDF_SIGNAL_RTK_FLOAT : UDF_SIGNAL_RTK_FIXED;
+    readings_.OnData(data);
+    readings_.OnData(data);  // another sentence of the same epoch
+  }
+  for (const char* text : {"Fixes                       10", "Mean lat.        48.1173090  N",
+                           "Mean height            545.400 m", "RTK fixed      0.000   1.4"})
+    EXPECT_TRUE(Shows(text)) << text << '\n' << Screen();
+  data.m_dLatitude = 50.0 * kRadians;
+  for (int i = 0; i < 10; ++i) {
+    data.m_dTimeOfDay += 1.0;
+    readings_.OnData(data);
+  }
+  EXPECT_TRUE(Shows("the receiver has moved"));
+  readings_.BeginSurvey();
+  EXPECT_TRUE(Shows("no fix so far"));
 }
 
 TEST_F(HostScreen, TellsAnOldFixFromAFreshOne) {
   EXPECT_TRUE(Shows("waiting"));
   readings_.OnData(Fix());
+  readings_.OnSky(InView());
   now_ += std::chrono::seconds(4);
   EXPECT_TRUE(Shows("STALE 4 s"));
   EXPECT_EQ(Styles(), std::pair(Style::dim, Style::dim)) << "satellites are as old";
@@ -135,6 +194,7 @@ TEST_F(HostScreen, FitsAnySize) {
   for (int i = 0; i < 50; ++i) readings_.Log("a report", Style::normal);
   for (const bool sentences : {false, true}) {
     view_.sentences = sentences;
+    view_.survey = sentences;
     for (int rows = 0; rows < 60; rows += 2) {
       for (int columns = 0; columns < 150; columns += 3) {
         const std::string screen = Screen(rows, columns);
@@ -151,9 +211,9 @@ TEST_F(HostScreen, FitsAnySize) {
 
 TEST(HostPosition, RoundsWithoutASixty) {
   const double angle = -(9.0 + 59.9999999 / 60) * kRadians;
-  EXPECT_EQ(AngleText(angle, PositionFormat::minutes, 'E', 'W'), " 10° 00.00000' W");
-  EXPECT_EQ(AngleText(angle, PositionFormat::seconds, 'E', 'W'), " 10° 00' 00.0000\" W");
-  EXPECT_EQ(AngleText(122.5125 * kRadians, PositionFormat::seconds, 'E', 'W'), "122° 30' 45.0000\" E");
+  EXPECT_EQ(AngleText(angle, AngleFormat::minutes, 'E', 'W'), " 10° 00.00000' W");
+  EXPECT_EQ(AngleText(angle, AngleFormat::seconds, 'E', 'W'), " 10° 00' 00.0000\" W");
+  EXPECT_EQ(AngleText(122.5125 * kRadians, AngleFormat::seconds, 'E', 'W'), "122° 30' 45.0000\" E");
 }
 
 namespace {
@@ -262,7 +322,7 @@ TEST(HostLiveScreen, HoldsThePauseOfARecordingAndGivesTheTerminalBack) {
       << WithChecksum("$GPGGA,123519,4807.038,N,01131.000,E,4,08,0.9,545.4,M,46.9,M,,")
       << "QRV PAUSE,turn the antenna\r\n"
       << WithChecksum("$GPGGA,123520,4807.038,N,01131.000,E,5,08,0.9,545.4,M,46.9,M,,");
-  OnTerminal terminal({"monitor", "--play", path});
+  OnTerminal terminal({"monitor", "--play", path, "--speed", "engine"});
   EXPECT_TRUE(terminal.Writes("turn the antenna"));
   EXPECT_FALSE(terminal.IsAsItWas());
   terminal.Type("\r");

@@ -27,6 +27,9 @@ void AddConfig(CLI::App& app, Job& job);
 /// Manual, completions, help and version. Behind all others, which they tell of.
 void AddDocuments(CLI::App& app, Job& job);
 
+/// The version of the program, and what it was built with that it could do without.
+std::string VersionText();
+
 /// A job that prints a text.
 inline Job Prints(std::function<std::string()> text) {
   return [=](const Interrupt&, Output& output) {

@@ -10,10 +10,11 @@ void AddDecode(CLI::App& app, Job& job) {
       "Examples:\n"
       "  gpsengine decode drive.log --format json > drive.json\n"
       "  gpsengine decode drive.log --gpx drive.gpx --report drive.html\n"
+      "  gpsengine decode monday.log tuesday.log.gz --format none --report survey.html\n"
       "  gpsengine decode drive.log --only fix --min-distance 10 --csv drive.csv");
   auto options = std::make_shared<DecodeOptions>();
-  AddValue(*command, "file", options->file, "FILE", AName(),
-           "The recording, which may be packed by gzip; - for standard input")
+  AddValue(*command, "file", options->files, "FILE", AName(),
+           "Recordings, one behind the other, which may be packed by gzip; - for standard input")
       ->required();
   AddReceiver(*command, *options);
   AddShown(

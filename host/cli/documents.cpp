@@ -3,6 +3,7 @@
 #include "host/cli/completion.h"
 #include "host/cli/manual.h"
 #include "host/commands/receiversdoc.h"
+#include "host/records/projection.h"
 
 namespace host {
 
@@ -21,6 +22,10 @@ std::string HelpOf(const CLI::App& app, const std::string& topic) {
 }
 
 }  // namespace
+
+std::string VersionText() {
+  return GPSENGINE_VERSION "\n" + Projection::Version();
+}
 
 void AddDocuments(CLI::App& app, Job& job) {
   const auto add = [&](CLI::App& parent, const char* name, const char* what,
@@ -43,7 +48,7 @@ void AddDocuments(CLI::App& app, Job& job) {
       [&app, words] { return Completions(app, *words); })
       ->group("")
       ->add_option("words", *words, "The words up to the cursor");
-  add(app, "version", "Print the version", [] { return GPSENGINE_VERSION "\n"; })->group("");
+  add(app, "version", "Print the version", [] { return VersionText() + '\n'; })->group("");
   auto topic = std::make_shared<std::string>();
   add(app, "help", "Print what a command takes", [&app, topic] { return HelpOf(app, *topic); })
       ->group("")

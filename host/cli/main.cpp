@@ -33,7 +33,7 @@ ExitCode Perform(const Job& job) {
 /// Runs the program and gives its exit code. Errors have been told on standard error.
 int RunCommandLine(int argc, char** argv) {
   CLI::App app("One interface to nineteen models of GPS receiver", "gpsengine");
-  app.set_version_flag("-v,--version", GPSENGINE_VERSION);
+  app.set_version_flag("-v,--version", VersionText());
   app.require_subcommand(1);
   Job job;
   for (const auto add : {AddModels, AddMonitor, AddServe, AddDecode, AddCommand, AddSimulate, AddPorts,

@@ -17,18 +17,16 @@ void AddMonitor(CLI::App& app, Job& job) {
       "  gpsengine monitor --play drive.log --format json --count 20\n"
       "  gpsengine monitor --play drive.log --speed 10         ten times as fast as it was\n"
       "  gpsengine monitor --port /dev/ttyUSB0 --gpx walk.gpx --min-distance 2\n"
+      "  gpsengine monitor --port auto --crs EPSG:25832        a point: s shows its survey\n"
       "On a terminal it is a screen: q quits, ? lists the keys, c commands the receiver.");
   auto options = std::make_shared<MonitorOptions>();
-  AddSource(*command, *options);
-  AddSpeed(*command, options->speed);
+  AddLive(*command, *options);
   AddShown(*command, *options, *options,
            {{"tui", Format::tui}, {"text", Format::text}, {"json", Format::json}, {"record", Format::record}},
            "How to show records; without it, tui on a terminal and text elsewhere");
-  AddValue(*command, "--record", options->record, "FILE", AName(), "Record the port's bytes")
-      ->excludes("--play");
   command->add_flag_function(
       "--attach-raw,!--no-attach-raw", [options](std::int64_t sign) { options->attach_raw = sign > 0; },
-      "Decode raw data; on where the model has them, and with --speed");
+      "Decode raw data; on where the model has them, and in a recording");
   AddDuration(*command, options->duration, "End after so many seconds");
   AddValue(*command, "--timeout", options->timeout, "S", ZeroOrMore(),
            "Seconds to wait for a first message, 0 for ever")

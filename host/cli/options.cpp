@@ -11,6 +11,10 @@ const std::map<std::string, Geoid> kGeoids = {
 const std::map<std::string, Kind> kKinds = {
     {"fix", Kind::fix}, {"satellites", Kind::satellites}, {"report", Kind::report},
     {"raw", Kind::raw}, {"ephemeris", Kind::ephemeris},   {"bin", Kind::bin}};
+const std::map<std::string, Units> kUnits = {
+    {"metric", Units::metric}, {"imperial", Units::imperial}, {"nautical", Units::nautical}};
+const std::map<std::string, AngleFormat> kAngles = {
+    {"degrees", AngleFormat::degrees}, {"minutes", AngleFormat::minutes}, {"dms", AngleFormat::seconds}};
 
 void AddRinex(CLI::App& command, RinexOptions& rinex) {
   auto* base = AddValue(command, "--rinex", rinex.base, "BASE", AName(),
@@ -18,17 +22,6 @@ void AddRinex(CLI::App& command, RinexOptions& rinex) {
   AddValue(command, "--interval", rinex.interval, "S", Between(0.1, 86400.0),
            "Seconds between the epochs that are logged")
       ->needs(base);
-}
-
-void AddExports(CLI::App& command, ExportOptions& exports) {
-  const auto add = [&](const char* name, std::string& path, const char* description) {
-    AddValue(command, name, path, "FILE", AName(), description)->group("Exports");
-  };
-  add("--gpx", exports.gpx, "Write the track as GPX 1.1");
-  add("--kml", exports.kml, "Write the track as KML 2.2");
-  add("--csv", exports.csv, "Write the fixes as a table");
-  add("--nmea", exports.nmea, "Write the fixes as NMEA 0183");
-  add("--report", exports.report, "Write a page about the run, in HTML");
 }
 
 void AddFilters(CLI::App& command, FilterOptions& filter) {
@@ -51,6 +44,24 @@ void AddFilters(CLI::App& command, FilterOptions& filter) {
   AddValue(command, "--min-interval", filter.min_interval, "S", AboveZero(),
            "Only fixes so many seconds after the last one")
       ->group("Filters");
+}
+
+void AddDisplay(CLI::App& command, Display& display) {
+  constexpr char kGroup[] = "Units and reference systems";
+  AddChoice(command, "--units", display.units, kUnits,
+            "Of lengths and speeds for people: metric, imperial (ft, mi, mph), nautical (ft, nmi, kn)")
+      ->group(kGroup);
+  AddChoice(command, "--angles", display.angles, kAngles, "Latitudes and longitudes for people")
+      ->group(kGroup);
+  command
+      .add_option_function<std::string>(
+          "--crs",
+          [&display](const std::string& code) { display.projection = std::make_shared<Projection>(code); },
+          "Eastings and northings too, in a system that PROJ knows, such as EPSG:25832; utm: the zone of the "
+          "first fix")
+      ->check(AName())
+      ->type_name("CODE")
+      ->group(kGroup);
 }
 
 }  // namespace
@@ -84,26 +95,38 @@ void AddReceiver(CLI::App& command, RunOptions& run) {
   AddChoice(command, "--geoid", run.geoid, kGeoids, "What to do with the geoid separation");
 }
 
-void AddSource(CLI::App& command, RunOptions& run) {
-  AddLine(command, run, "Serial device; without one, a simulated receiver");
-  AddValue(command, "--play", run.play, "FILE", AName(),
-           "Play a recording, a line every half second, over and over")
+void AddLive(CLI::App& command, LiveOptions& live) {
+  AddLine(command, live, "Serial device; without one, a simulated receiver");
+  AddValue(command, "--play", live.play, "FILE", AName(), "Play a recording instead, once and in real time")
       ->excludes("--port");
   command
       .add_flag_callback(
-          "--reconnect", [&run] { run.reconnect = std::chrono::seconds(1); },
+          "--reconnect", [&live] { live.reconnect = std::chrono::seconds(1); },
           "Wait for a port that is lost, or is not there yet, instead of ending")
       ->needs("--port");
-  AddReceiver(command, run);
-}
-
-void AddSpeed(CLI::App& command, double& speed) {
   command
       .add_option_function<std::string>(
-          "--speed", [&speed](const std::string& word) { speed = SpeedOf(word); },
-          "Play once, so many times as fast as the recording's own times; max: as fast as it goes")
-      ->type_name("N|max")
+          "--speed", [&live](const std::string& word) { live.speed = SpeedOf(word); },
+          "Play so many times as fast as the recording's own times; max: as fast as it goes; "
+          "engine: a line every half second, over and over")
+      ->type_name("N|max|engine")
       ->needs("--play");
+  AddReceiver(command, live);
+  AddValue(command, "--record", live.record, "FILE", AName(), "Record the port's bytes")->excludes("--play");
+}
+
+void AddExports(CLI::App& command, ExportOptions& exports) {
+  const auto add = [&](const char* name, std::string& path, const char* description) {
+    AddValue(command, name, path, "FILE", AName(), description)->group("Exports");
+  };
+  add("--gpx", exports.gpx, "Write the track as GPX 1.1");
+  add("--kml", exports.kml, "Write the track as KML 2.2");
+  add("--csv", exports.csv, "Write the fixes as a table");
+  add("--nmea", exports.nmea, "Write the fixes as NMEA 0183");
+  add("--pos", exports.pos, "Write the fixes as RTKLIB's solutions");
+  add("--geojson", exports.geojson, "Write the fixes as points in GeoJSON");
+  add("--report", exports.report, "Write a page about the run, in HTML");
+  AddFilters(command, exports.filter);
 }
 
 void AddShown(CLI::App& command, RunOptions& run, ShownOptions& shown,
@@ -111,7 +134,7 @@ void AddShown(CLI::App& command, RunOptions& run, ShownOptions& shown,
   AddChoice(command, "--format", shown.format, formats, description);
   AddRinex(command, shown.rinex);
   AddExports(command, shown.exports);
-  AddFilters(command, shown.exports.filter);
+  AddDisplay(command, shown.display);
   AddValue(command, "--count", run.count, "N", WholeAboveZero(), "End after so many records were shown");
 }
 

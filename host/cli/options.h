@@ -5,9 +5,8 @@
 #include <string>
 
 #include "host/cli/values.h"
+#include "host/live.h"
 #include "host/records/format.h"
-#include "host/session/session.h"
-#include "host/shown.h"
 
 namespace host {
 
@@ -19,10 +18,10 @@ CLI::Option* AddValue(CLI::App& command, const std::string& name, T& value, cons
 }
 
 /// An option that takes one of some names.
-template <class T>
-void AddChoice(CLI::App& command, const std::string& name, T& value, const std::map<std::string, T>& choices,
-               const std::string& description) {
-  command
+template <class Value, class Choice>
+CLI::Option* AddChoice(CLI::App& command, const std::string& name, Value& value,
+                       const std::map<std::string, Choice>& choices, const std::string& description) {
+  return command
       .add_option_function<std::string>(
           name, [&value, choices](const std::string& word) { value = choices.at(word); }, description)
       ->check(CLI::IsMember(choices))
@@ -37,10 +36,10 @@ void AddDuration(CLI::App& command, double& seconds, const std::string& descript
 void AddLine(CLI::App& command, LineChoice& line, const std::string& description);
 /// How a receiver's data are read.
 void AddReceiver(CLI::App& command, RunOptions& run);
-/// Where a run that has no end of its own gets its bytes from, and how they are read.
-void AddSource(CLI::App& command, RunOptions& run);
-/// The pace of the playback; behind AddSource.
-void AddSpeed(CLI::App& command, double& speed);
+/// Where a run that follows a receiver gets its bytes from, how they are read, and what keeps them.
+void AddLive(CLI::App& command, LiveOptions& live);
+/// What is written beside a run, and what of it passes.
+void AddExports(CLI::App& command, ExportOptions& exports);
 /// What is shown of a run's records, and written beside that.
 void AddShown(CLI::App& command, RunOptions& run, ShownOptions& shown,
               const std::map<std::string, Format>& formats, const std::string& description);

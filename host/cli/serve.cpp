@@ -13,10 +13,12 @@ void AddServe(CLI::App& app, Job& job) {
       "  gpsengine serve --port /dev/ttyUSB0 --model Trimble   then: gpspipe -w, cgps, gpsmon ...\n"
       "  gpsengine serve --port auto --reconnect               goes on when it is plugged in again\n"
       "  gpsengine serve --http 8080                           a simulated receiver, and a page\n"
-      "  gpsengine serve --play drive.log --tcp 2950           then: gpspipe -r 127.0.0.1:2950\n"
+      "  gpsengine serve --play drive.log --speed engine       over and over, for trying a client\n"
+      "  gpsengine serve --port auto --record drive.log --gpx drive.gpx\n"
       "  gpsengine serve --geoid add                           then: gpxlogger 127.0.0.1:2947");
   auto options = std::make_shared<ServeOptions>();
-  AddSource(*command, *options);
+  AddLive(*command, *options);
+  AddExports(*command, options->exports);
   command->add_option("--listen", options->listen, "Address to listen on")
       ->type_name("ADDRESS")
       ->capture_default_str();

@@ -114,8 +114,9 @@ int BaudOf(const std::string& text) {
 
 double SpeedOf(const std::string& text) {
   if (text == "max") return PacedFeed::kMax;
+  if (text == "engine") return 0.0;
   if (const auto speed = ReadNumber<double>(text); speed && *speed > 0.0 && *speed <= 1e6) return *speed;
-  throw CLI::ValidationError("--speed", text + " is no number above 0, and not \"max\"");
+  throw CLI::ValidationError("--speed", text + " is no number above 0, and neither \"max\" nor \"engine\"");
 }
 
 Moment MomentOfDate(const std::string& date) {

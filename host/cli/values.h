@@ -3,7 +3,7 @@
 #include <CLI/App.hpp>
 #include <string>
 
-#include "host/records/moment.h"
+#include "host/sentences/moment.h"
 
 namespace host {
 
@@ -25,7 +25,8 @@ CLI::Validator AModel();
 
 /// A baud rate, or kAutoBaud for "auto". Throws a CLI::ValidationError that names --baud.
 int BaudOf(const std::string& text);
-/// A pace such as 10, or PacedFeed::kMax for "max". Throws a CLI::ValidationError that names --speed.
+/// A pace such as 10, PacedFeed::kMax for "max", or 0 for "engine". Throws a CLI::ValidationError that names
+/// --speed.
 double SpeedOf(const std::string& text);
 /// Noon of a day such as 2024-05-14. Throws a CLI::ValidationError that names --date.
 Moment MomentOfDate(const std::string& date);

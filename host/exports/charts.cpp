@@ -144,15 +144,15 @@ void DrawDome(Svg& svg) {
   }
 }
 
-std::string DescribeSatellite(int number, const SatelliteTrail& trail) {
-  std::string text = "satellite " + std::to_string(number);
+std::string DescribeSatellite(const std::string& name, const SatelliteTrail& trail) {
+  std::string text = "satellite " + name;
   if (trail.strength.count > 0) text += ", mean " + Fixed(trail.strength.Mean(), 0) + " dB-Hz";
   return text + ", used " +
          Fixed(100.0 * static_cast<double>(trail.used) / static_cast<double>(trail.seen), 0) +
          " % of the time";
 }
 
-void DrawTrail(Svg& svg, int number, const SatelliteTrail& trail) {
+void DrawTrail(Svg& svg, const std::string& name, const SatelliteTrail& trail) {
   if (trail.places.empty()) return;
   const bool used = trail.used > 0;
   if (trail.places.size() > 1) {
@@ -168,8 +168,8 @@ void DrawTrail(Svg& svg, int number, const SatelliteTrail& trail) {
     svg.EndPath();
   }
   const Spot last = SpotOf(trail.last);
-  svg.Circle(used ? "satellite" : "satellite unused", last.x, last.y, 11.0, DescribeSatellite(number, trail));
-  svg.Text(used ? "number" : "number unused", last.x, last.y + 4.0, std::to_string(number), Anchor::middle);
+  svg.Circle(used ? "satellite" : "satellite unused", last.x, last.y, 11.0, DescribeSatellite(name, trail));
+  svg.Text(used ? "number" : "number unused", last.x, last.y + 4.0, name, Anchor::middle);
 }
 
 }  // namespace
@@ -209,13 +209,13 @@ void DrawSignals(std::string& out, const RunStatistics& run) {
 void DrawSky(std::string& out, const RunStatistics& run) {
   Svg svg(out, 2.0 * kSkyCentre, 2.0 * kSkyCentre, "where the satellites were in the sky");
   DrawDome(svg);
-  for (const auto& [number, trail] : run.satellites) DrawTrail(svg, number, trail);
+  for (const auto& [id, trail] : run.satellites) DrawTrail(svg, id.Name(), trail);
 }
 
 void DrawStrengths(std::string& out, const RunStatistics& run) {
   double most = 50.0;
   double rows = 0.0;
-  for (const auto& [number, trail] : run.satellites) {
+  for (const auto& [id, trail] : run.satellites) {
     if (trail.strength.count == 0) continue;
     ++rows;
     most = std::max(most, trail.strength.most);
@@ -236,16 +236,16 @@ void DrawStrengths(std::string& out, const RunStatistics& run) {
   svg.Text("tick", frame.left - 6.0, 13.0, "no.", Anchor::end);
   svg.Text("tick", frame.Right() + 56.0, 13.0, "used", Anchor::end);
   double y = frame.top + 3.0 + pitch / 2.0;
-  for (const auto& [number, trail] : run.satellites) {
+  for (const auto& [id, trail] : run.satellites) {
     if (trail.strength.count == 0) continue;
     const auto x = [&](double value) { return frame.left + axis.Part(value) * frame.width; };
     const std::string unused = trail.used > 0 ? "" : " unused";
     const double thick = std::min(12.0, pitch - 4.0);
     const double least = x(trail.strength.least), length = std::max(2.0, x(trail.strength.most) - least);
     svg.Line("stem" + unused, frame.left, y, least, y);
-    svg.Rect("bar" + unused, least, y - thick / 2.0, length, thick, 3.0, DescribeSatellite(number, trail));
+    svg.Rect("bar" + unused, least, y - thick / 2.0, length, thick, 3.0, DescribeSatellite(id.Name(), trail));
     svg.Circle("mean" + unused, x(trail.strength.Mean()), y, 3.5);
-    svg.Text("tick", frame.left - 6.0, y + 4.0, std::to_string(number), Anchor::end);
+    svg.Text("tick", frame.left - 6.0, y + 4.0, id.Name(), Anchor::end);
     svg.Text("tick", frame.Right() + 56.0, y + 4.0,
              Fixed(100.0 * static_cast<double>(trail.used) / static_cast<double>(trail.seen), 0) + " %",
              Anchor::end);

@@ -5,9 +5,11 @@
 
 #include "gpsengine/records/gpsdata.h"
 #include "host/exports/exportfile.h"
+#include "host/records/display.h"
 #include "host/records/epoch.h"
 #include "host/records/geoid.h"
 #include "host/records/tally.h"
+#include "host/sentences/sky.h"
 
 namespace host {
 
@@ -16,6 +18,7 @@ struct RunFacts {
   std::string source;  ///< The recording or the port.
   std::string model;
   Geoid geoid = Geoid::none;
+  Display display = {};
 };
 
 /// A file that is made of the epochs of a run. What it is told it keeps until Flush, so that it may be told
@@ -25,8 +28,8 @@ class Export {
   virtual ~Export() = default;
   /// An epoch with a time that was not told before, whether or not it has a fix. `data` is its record.
   virtual void OnEpoch(const PositionEpoch& epoch, const CGPSData& data) = 0;
-  /// A record with a whole group of satellites.
-  virtual void OnSatellites(const CGPSData& /*data*/) {}
+  /// The satellites of an epoch, ahead of the next one's position.
+  virtual void OnSky(const Sky& /*sky*/) {}
   /// Writes what is new.
   virtual void Flush() {}
   /// Completes the file.
@@ -41,6 +44,10 @@ std::unique_ptr<Export> MakeKmlExport(const ExportPath& path, const RunFacts& fa
 std::unique_ptr<Export> MakeCsvExport(const ExportPath& path, const RunFacts& facts);
 /// Sentences in NMEA 0183.
 std::unique_ptr<Export> MakeNmeaExport(const ExportPath& path, const RunFacts& facts);
+/// Solutions as RTKLIB writes them.
+std::unique_ptr<Export> MakePosExport(const ExportPath& path, const RunFacts& facts);
+/// Points in GeoJSON.
+std::unique_ptr<Export> MakeGeoJsonExport(const ExportPath& path, const RunFacts& facts);
 /// A page for people, in HTML. It is written when the run begins and when it ends.
 std::unique_ptr<Export> MakeReportExport(const ExportPath& path, const RunFacts& facts);
 

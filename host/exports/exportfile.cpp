@@ -5,6 +5,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <climits>
 #include <cstdio>
@@ -35,7 +36,9 @@ bool IsSameFile(const struct stat& about, const std::string& path) {
 
 void RefuseInput(const ExportPath& path) {
   struct stat about {};
-  if (stat(path.path.c_str(), &about) == 0 && S_ISREG(about.st_mode) && IsSameFile(about, path.input)) {
+  if (stat(path.path.c_str(), &about) != 0 || !S_ISREG(about.st_mode)) return;
+  const auto is_same = [&](const std::string& input) { return IsSameFile(about, input); };
+  if (std::any_of(path.inputs.begin(), path.inputs.end(), is_same)) {
     throw Failure(ExitCode::usage, path.option + ' ' + path.path + " is the recording itself");
   }
 }

@@ -4,6 +4,7 @@
 
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "host/run/descriptor.h"
 
@@ -12,7 +13,8 @@ namespace host {
 /// Where a file goes, and which option asked for it.
 struct ExportPath {
   std::string option, path;
-  std::string input;  ///< The file that the run reads, which is not to be overwritten.
+  std::vector<std::string> inputs =
+      {};  ///< The files that the run reads, none of which is to be overwritten.
 };
 
 /// A file that grows as a run goes and is whole all the while: behind what was written stands a tail that

@@ -15,8 +15,12 @@ constexpr struct {
   std::string ExportOptions::*path;
   Make make;
 } kExports[] = {
-    {"--gpx", &ExportOptions::gpx, MakeGpxExport},          {"--kml", &ExportOptions::kml, MakeKmlExport},
-    {"--csv", &ExportOptions::csv, MakeCsvExport},          {"--nmea", &ExportOptions::nmea, MakeNmeaExport},
+    {"--gpx", &ExportOptions::gpx, MakeGpxExport},
+    {"--kml", &ExportOptions::kml, MakeKmlExport},
+    {"--csv", &ExportOptions::csv, MakeCsvExport},
+    {"--nmea", &ExportOptions::nmea, MakeNmeaExport},
+    {"--pos", &ExportOptions::pos, MakePosExport},
+    {"--geojson", &ExportOptions::geojson, MakeGeoJsonExport},
     {"--report", &ExportOptions::report, MakeReportExport},
 };
 
@@ -29,14 +33,14 @@ std::string NameOf(const std::string& source) {
 
 }  // namespace
 
-Exports::Exports(const ExportOptions& options, const RunFacts& facts, const std::string& input,
+Exports::Exports(const ExportOptions& options, const RunFacts& facts, const std::vector<std::string>& inputs,
                  CGPSEngine& engine, Sink& inner)
     : engine_(engine),
       inner_(inner),
       filter_(options.filter),
       geoid_(facts.geoid),
-      recording_(input.empty() ? "" : NameOf(input)),
-      needs_texts_(!options.nmea.empty() || (options.IsAny() && geoid_ != Geoid::none)) {
+      projection_(facts.display.projection),
+      recording_(inputs.empty() ? "" : NameOf(facts.source)) {
   RunFacts named = facts;
   named.source = NameOf(facts.source);
   for (const auto& [option, path, make] : kExports) {
@@ -47,7 +51,7 @@ Exports::Exports(const ExportOptions& options, const RunFacts& facts, const std:
         throw Failure(ExitCode::usage, std::string(option) + " and " + other.option + " both name " + file);
       }
     }
-    exports_.push_back(make({option, file, input}, named));
+    exports_.push_back(make({option, file, inputs}, named));
   }
 }
 
@@ -73,24 +77,34 @@ bool Exports::OnData(const CGPSData& data) {
   if (data.m_bPositionValid) epoch = reader_.Read(data);
   const Kinds kinds = filter_.Pass(data, epoch ? &*epoch : nullptr);
   if (kinds.IsEmpty()) return false;
-  if (kinds.Has(Kind::satellites)) {
-    for (const auto& file : exports_) file->OnSatellites(data);
-  }
-  if (kinds.Has(Kind::fix) && epoch->time && !epoch->repeats) {
-    held_ = {*epoch, data};
-    if (!needs_texts_) Tell(std::nullopt);
-  }
+  if (kinds.Has(Kind::fix) && epoch->time && !epoch->repeats) held_ = {*epoch, data};
   inner_.SetKinds(kinds);
   return inner_.OnData(data);
 }
 
 bool Exports::OnString(const CString& text) {
   std::string bytes;
-  if (held_ && text.ToBytes(bytes)) Tell(GgaTailOf(bytes));
+  if (held_ && text.ToBytes(bytes)) Tell(PositionTailOf(bytes));
+  inner_.SetKinds(filter_.Passing());
   return inner_.OnString(text);
 }
 
-void Exports::Tell(const std::optional<GgaTail>& tail) {
+bool Exports::OnSky(const Sky& sky) {
+  if (sky.has_list) sky_ = sky;
+  if (!filter_.Passes(Kind::satellites)) return false;
+  for (const auto& file : exports_) file->OnSky(sky);
+  return inner_.WantsSky() && inner_.OnSky(sky);
+}
+
+/// A record tells of twelve satellites, of one system.
+void Exports::CountSatellites(PositionEpoch& epoch) const {
+  if (!sky_) return;
+  epoch.in_view = sky_->in_view;
+  epoch.strength = sky_->MeanSignal();
+  epoch.used = sky_->UsedBy(epoch.used);
+}
+
+void Exports::Tell(const std::optional<PositionTail>& tail) {
   if (!held_) return;
   PositionEpoch& epoch = held_->epoch;
   if (tail) {
@@ -100,6 +114,9 @@ void Exports::Tell(const std::optional<GgaTail>& tail) {
     epoch.tail.separation = separation_;  // the capture has missed the sentence
   }
   ResolveHeights(epoch, tail.has_value());
+  CountSatellites(epoch);
+  // The first fix decides the zone, whoever asks for places first.
+  if (projection_ && epoch.fix) std::exchange(projection_, nullptr)->Of(epoch.latitude, epoch.longitude);
   epoch.undated = !recording_.empty() && !dated_;
   undated_ = undated_ || (epoch.undated && !exports_.empty());
   for (const auto& file : exports_) file->OnEpoch(epoch, held_->data);

@@ -15,19 +15,19 @@ namespace host {
 /// The files that are made beside what is shown, each a path or empty, and what the run holds back from
 /// both.
 struct ExportOptions {
-  std::string gpx, kml, csv, nmea, report;
+  std::string gpx, kml, csv, nmea, pos, geojson, report;
   FilterOptions filter;
 
-  bool IsAny() const { return !(gpx + kml + csv + nmea + report).empty(); }
+  bool IsAny() const { return !(gpx + kml + csv + nmea + pos + geojson + report).empty(); }
 };
 
 /// Filters what is published on its way to another sink, and writes files of what passes.
 class Exports : public Sink, public Outlet {
  public:
-  /// `engine` and `inner` outlive the exports. `input` is the file that the run reads, if any. Throws a
+  /// `engine` and `inner` outlive the exports. `inputs` are the files that the run reads. Throws a
   /// Failure if a file cannot be written.
-  Exports(const ExportOptions& options, const RunFacts& facts, const std::string& input, CGPSEngine& engine,
-          Sink& inner);
+  Exports(const ExportOptions& options, const RunFacts& facts, const std::vector<std::string>& inputs,
+          CGPSEngine& engine, Sink& inner);
   /// Completes the files of a run that has failed.
   ~Exports() override;
 
@@ -36,10 +36,12 @@ class Exports : public Sink, public Outlet {
   bool OnEphemeris(const CGPSDataEphemeris& ephemeris) override;
   bool OnBin() override;
   bool OnString(const CString& text) override;
+  bool WantsSky() const override { return !exports_.empty() || inner_.WantsSky(); }
+  bool OnSky(const Sky& sky) override;
   void SetReference(std::optional<Moment> reference) override;
 
   Sink* Records() override { return this; }
-  bool WantsTexts() const override { return needs_texts_; }
+  bool WantsTexts() const override { return !exports_.empty(); }
   /// Writes what is new. Throws a Failure if a file cannot be written. A sink is called from inside the
   /// library, and so leaves that until it is asked.
   void Step() override;
@@ -55,7 +57,8 @@ class Exports : public Sink, public Outlet {
     CGPSData data;
   };
 
-  void Tell(const std::optional<GgaTail>& tail);
+  void Tell(const std::optional<PositionTail>& tail);
+  void CountSatellites(PositionEpoch& epoch) const;
   void ResolveHeights(PositionEpoch& epoch, bool has_sentence);
   void ComplainOfDates();
 
@@ -64,11 +67,12 @@ class Exports : public Sink, public Outlet {
   EpochReader reader_;
   Filter filter_;
   const Geoid geoid_;
-  const std::string recording_;  // its name; empty for a receiver that sends now
-  bool needs_texts_ = false;
+  std::shared_ptr<Projection> projection_;  // until it knows its zone
+  const std::string recording_;             // its name; empty for a receiver that sends now
   bool dated_ = false;
   bool undated_ = false, told_undated_ = false;  // some epoch was; the user knows
   std::optional<Held> held_;
+  std::optional<Sky> sky_;            // the last one that has a list
   std::optional<double> separation_;  // the last one that was stated
   long long without_height_ = 0;      // fixes
   std::vector<std::unique_ptr<Export>> exports_;

@@ -1,5 +1,9 @@
 #include <algorithm>
 #include <cmath>
+#include <iterator>
+#include <optional>
+#include <span>
+#include <utility>
 #include <vector>
 
 #include "host/exports/export.h"
@@ -87,17 +91,20 @@ class NmeaExport : public Export {
  public:
   explicit NmeaExport(const ExportPath& path) : file_(path) {}
 
-  void OnEpoch(const PositionEpoch& epoch, const CGPSData& data) override {
+  void OnEpoch(const PositionEpoch& epoch, const CGPSData&) override {
     AppendGga(epoch);
     AppendRmc(epoch);
-    if (!data.m_bSatellitesComplete) return;
-    AppendGsa(epoch, data);
-    AppendGsv(data);
+    if (sky_) AppendSky(epoch);
+  }
+  void OnSky(const Sky& sky) override {
+    if (sky.has_list) sky_ = sky;
   }
   void Flush() override { file_.Flush(""); }
   void Finish(const Tally&) override { file_.Close(""); }
 
  private:
+  using Satellites = std::vector<const Satellite*>;
+
   void AppendGga(const PositionEpoch& epoch) {
     Sentence gga(file_.Text(), "GPGGA");
     gga.TimeOfDay(*epoch.time).Position(epoch).Letter(FixKindOf(epoch.signal).gga);
@@ -116,28 +123,53 @@ class NmeaExport : public Export {
     rmc.Empty().Empty().Letter(FixKindOf(epoch.signal).rmc);
   }
 
-  void AppendGsa(const PositionEpoch& epoch, const CGPSData& data) {
-    Sentence gsa(file_.Text(), "GPGSA");
-    gsa.Letter('A').Letter(epoch.fix ? '3' : '1');
-    int fields = kSatelliteSlots;
-    for (const auto& satellite : data.m_Satellites) {
-      if (satellite.m_nPRN <= 0 || !satellite.m_bUsed) continue;
-      gsa.Digits(satellite.m_nPRN, 2);
-      --fields;
+  /// The systems that the sky has, in groups of those that share a talker.
+  static std::vector<std::pair<const Constellation*, Satellites>> BySystem(const Sky& sky) {
+    std::vector<std::pair<const Constellation*, Satellites>> groups;
+    for (const Satellite& satellite : sky.satellites) {
+      const Constellation* system = FindConstellation(satellite.id.system);
+      if (system == nullptr || system->talker == "GP") system = FindConstellation(Gnss::gps);
+      const auto same = [&](const auto& group) { return group.first == system; };
+      auto group = std::find_if(groups.begin(), groups.end(), same);
+      if (group == groups.end()) group = groups.insert(group, {system, {}});
+      group->second.push_back(&satellite);
     }
-    while (fields-- > 0) gsa.Empty();
-    gsa.Number(epoch.pdop, 2).Number(epoch.hdop, 2).Number(epoch.vdop, 2);
+    return groups;
   }
 
-  void AppendGsv(const CGPSData& data) {
-    std::vector<const CGPSSatelliteData*> in_view;
-    for (const auto& satellite : data.m_Satellites) {
-      if (satellite.m_nPRN > 0 && satellite.m_bInView) in_view.push_back(&satellite);
+  void AppendSky(const PositionEpoch& epoch) {
+    auto groups = BySystem(*sky_);
+    if (groups.empty()) groups.push_back({FindConstellation(Gnss::gps), {}});
+    for (const auto& [system, in_view] : groups) {
+      Satellites used;
+      std::copy_if(in_view.begin(), in_view.end(), std::back_inserter(used),
+                   [](auto* one) { return one->used; });
+      std::span<const Satellite* const> rest = used;
+      do {
+        const auto part = rest.first(std::min<std::size_t>(rest.size(), kSatelliteSlots));
+        AppendGsa(epoch, part, groups.size() > 1 ? system : nullptr);
+        rest = rest.subspan(part.size());
+      } while (!rest.empty());
     }
+    for (const auto& [system, in_view] : groups) AppendGsv(std::string(system->talker) + "GSV", in_view);
+  }
+
+  /// `system` is null where there is no other: it then has no need of a number.
+  void AppendGsa(const PositionEpoch& epoch, std::span<const Satellite* const> used,
+                 const Constellation* system) {
+    Sentence gsa(file_.Text(), system != nullptr ? "GNGSA" : "GPGSA");
+    gsa.Letter('A').Letter(epoch.fix ? '3' : '1');
+    for (const Satellite* satellite : used) gsa.Digits(satellite->id.SentenceNumber(), 2);
+    for (auto fields = used.size(); fields < kSatelliteSlots; ++fields) gsa.Empty();
+    gsa.Number(epoch.pdop, 2).Number(epoch.hdop, 2).Number(epoch.vdop, 2);
+    if (system != nullptr) gsa.Digits(system->system_id, 1);
+  }
+
+  void AppendGsv(const std::string& tag, const Satellites& in_view) {
     constexpr std::size_t kPerSentence = 4;
     const std::size_t sentences = (in_view.size() + kPerSentence - 1) / kPerSentence;
     for (std::size_t i = 0; i < sentences; ++i) {
-      Sentence gsv(file_.Text(), "GPGSV");
+      Sentence gsv(file_.Text(), tag);
       gsv.Digits(static_cast<int>(sentences), 1).Digits(static_cast<int>(i + 1), 1);
       gsv.Digits(static_cast<int>(in_view.size()), 2);
       const std::size_t end = std::min((i + 1) * kPerSentence, in_view.size());
@@ -145,15 +177,16 @@ class NmeaExport : public Export {
     }
   }
 
-  static void AppendSatellite(Sentence& gsv, const CGPSSatelliteData& satellite) {
-    gsv.Digits(satellite.m_nPRN, 2);
-    gsv.Digits(std::clamp(std::lround(satellite.m_dElevation * kDegrees), 0L, 90L), 2);
-    gsv.Digits((std::lround(satellite.m_dAzimuth * kDegrees) % 360 + 360) % 360, 3);
-    // None, where the satellite is not tracked.
-    satellite.m_nSNR > 0 ? gsv.Digits(std::min(satellite.m_nSNR, 99), 2) : gsv.Empty();
+  static void AppendSatellite(Sentence& gsv, const Satellite& satellite) {
+    gsv.Digits(satellite.id.SentenceNumber(), 2);
+    for (const auto& [value, width] :
+         {std::pair(satellite.elevation, 2), {satellite.azimuth, 3}, {satellite.signal, 2}}) {
+      value ? gsv.Digits(*value, width) : gsv.Empty();
+    }
   }
 
   GrowingFile file_;
+  std::optional<Sky> sky_;
 };
 
 }  // namespace

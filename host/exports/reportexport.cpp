@@ -11,11 +11,8 @@ class ReportExport : public Export {
     ReportExport::Finish({});  // whether it can be written is to be known now
   }
 
-  void OnEpoch(const PositionEpoch& epoch, const CGPSData& data) override { run_.Add(epoch, data); }
-  void OnSatellites(const CGPSData& data) override {
-    // The record of a position repeats the satellites of the one before it.
-    if (!data.m_bPositionValid) run_.AddSatellites(data);
-  }
+  void OnEpoch(const PositionEpoch& epoch, const CGPSData&) override { run_.Add(epoch); }
+  void OnSky(const Sky& sky) override { run_.AddSatellites(sky); }
   void Finish(const Tally& tally) override { ReplaceFile(path_, ReportPage(facts_, run_, tally)); }
 
  private:

@@ -1,79 +1,29 @@
 #include "host/exports/reportpage.h"
 
 #include <cctype>
-#include <cmath>
 #include <sstream>
 
 #include "host/exports/charts.h"
 #include "host/exports/markup.h"
 #include "host/exports/reportstyle.h"
+#include "host/exports/reporttext.h"
+#include "host/exports/surveysection.h"
 #include "host/records/fixkind.h"
-#include "host/records/jsonwriter.h"
 
 namespace host {
 
 namespace {
 
-constexpr double kKilometresAnHour = 3.6;  // in a metre a second
-
-std::string Fixed(double value, int decimals) {
-  std::string text;
-  AppendFixed(text, value, decimals);
-  if (text.starts_with('-')) text.replace(0, 1, "\xE2\x88\x92");
-  return text;
-}
-
-/// The digits in groups of three.
-std::string Whole(long long value) {
-  std::string text = std::to_string(value);
-  for (std::size_t at = text.size(); at > 3; at -= 3) text.insert(at - 3, "\xE2\x80\xAF");
-  return text;
-}
-
-std::string Length(double metres) {
-  return metres < 10'000.0 ? Fixed(metres, metres < 100.0 ? 1 : 0) + " m" : Fixed(metres / 1000.0, 2) + " km";
-}
-
-std::string Speed(double metres_a_second) {
-  return Fixed(metres_a_second * kKilometresAnHour, 1) + " km/h";
-}
-
-std::string Percent(long long part, long long whole) {
-  return whole > 0 ? Fixed(100.0 * static_cast<double>(part) / static_cast<double>(whole), 1) + " %" : "";
-}
-
-std::string Span(double seconds) {
-  const auto whole = static_cast<long long>(seconds);
-  if (whole < 60) return Fixed(seconds, 1) + " s";
-  if (whole < 3600) return std::to_string(whole / 60) + " min " + std::to_string(whole % 60) + " s";
-  const std::string hours =
-      std::to_string(whole / 3600 % 24) + " h " + std::to_string(whole / 60 % 60) + " min";
-  return whole < 86'400 ? hours : std::to_string(whole / 86'400) + " d " + hours;
-}
-
-std::string Time(Moment moment) {
-  std::string iso;
-  AppendIso(iso, moment);
-  return iso.substr(0, 10) + ' ' + iso.substr(11, iso.substr(19, 4) == ".000" ? 8 : 10) + " UTC";
-}
-
-std::string Place(const PositionEpoch& fix) {
-  const auto angle = [](double degrees, char positive, char negative) {
-    return Fixed(std::fabs(degrees), 7) + "\xC2\xB0\xC2\xA0" + (degrees < 0.0 ? negative : positive);
-  };
-  return angle(fix.latitude, 'N', 'S') + ", " + angle(fix.longitude, 'E', 'W');
-}
-
 /// "least / mean / greatest"
 std::string Three(const Range& range, int decimals, double factor = 1.0) {
-  return Fixed(range.least * factor, decimals) + " / " + Fixed(range.Mean() * factor, decimals) + " / " +
-         Fixed(range.most * factor, decimals);
+  return Number(range.least * factor, decimals) + " / " + Number(range.Mean() * factor, decimals) + " / " +
+         Number(range.most * factor, decimals);
 }
 
 class Page {
  public:
   Page(const RunFacts& facts, const RunStatistics& run, const Tally& tally)
-      : facts_(facts), run_(run), tally_(tally) {}
+      : facts_(facts), units_(facts.display.System()), run_(run), tally_(tally) {}
 
   std::string Make() {
     out_ =
@@ -85,6 +35,7 @@ class Page {
     out_ += "</style>\n</head>\n<body>\n<main>\n";
     AddHeader();
     if (run_.first_fix) AddTrack();
+    if (run_.fixes > 1) AddSurveySection(out_, run_.survey, facts_.display, HeightName());
     if (run_.start) AddCourses();
     AddSatellites();
     AddTables();
@@ -130,10 +81,10 @@ class Page {
     out_ += "<dl class=\"figures\">\n";
     Figure("Duration", Span(Seconds()));
     Figure("Fixes", Whole(run_.fixes));
-    if (run_.first_fix) Figure("Distance", Length(run_.distance));
-    if (run_.speed.All().count > 0) Figure("Greatest speed", Speed(run_.speed.All().most));
-    if (run_.height.All().count > 0) Figure("Mean height", Fixed(run_.height.All().Mean(), 1) + " m");
-    Figure("Satellites used", Fixed(run_.used.All().Mean(), 1) + " mean");
+    if (run_.first_fix) Figure("Distance", Length(run_.distance, units_));
+    if (run_.speed.All().count > 0) Figure("Greatest speed", In(units_.speed, run_.speed.All().most, 1));
+    if (run_.height.All().count > 0) Figure("Mean height", In(units_.length, run_.height.All().Mean(), 1));
+    Figure("Satellites used", Number(run_.used.All().Mean(), 1) + " mean");
     out_ += "</dl>\n";
   }
 
@@ -164,9 +115,9 @@ class Page {
   void AddTrack() {
     out_ += "<section>\n<h2>Track</h2>\n";
     AddLegend(true);
-    DrawTrack(out_, run_);
+    DrawTrack(out_, run_, units_);
     out_ += "<p class=\"note\">Start ";
-    AppendMarkup(out_, Place(*run_.first_fix));
+    AppendMarkup(out_, PlaceOf(*run_.first_fix));
     if (run_.epochs.size() > 1) out_ += ". Where kinds of fix lie on each other, the rarer one is on top.";
     out_ += "</p>\n</section>\n";
   }
@@ -176,8 +127,8 @@ class Page {
     AddLegend(false);
     DrawSignals(out_, run_);
     const Course courses[] = {
-        {HeightName(), "m", "height", &run_.height, 1.0, 0.01, false},
-        {"Speed", "km/h", "speed", &run_.speed, kKilometresAnHour, 0.1, true},
+        {HeightName(), units_.length.name, "height", &run_.height, units_.length.per_metre, 0.01, false},
+        {"Speed", units_.speed.name, "speed", &run_.speed, units_.speed.per_metre, 0.1, true},
         {"Satellites used", "", "used", &run_.used, 1.0, 1.0, true},
         {"Mean signal to noise of those", "dB-Hz", "strength", &run_.strength, 1.0, 1.0, false}};
     for (const auto& course : courses) DrawCourse(out_, course, run_);
@@ -229,16 +180,28 @@ class Page {
     if (!run_.first_fix) return;
     Row("Track segments", Whole(run_.segments));
     Row("Longest time between fixes", Span(static_cast<double>(run_.longest_gap) / 1000.0));
-    Row("Distance, in steps from 1 m up", Length(run_.distance));
+    Row("Distance, in steps from 1 m up", Length(run_.distance, units_));
     Row("Time in motion", Span(run_.moving));
-    Row("Start", Place(*run_.first_fix));
-    Row("End", Place(*run_.last_fix));
+    AddPlace("Start", *run_.first_fix);
+    AddPlace("End", *run_.last_fix);
+  }
+
+  std::string PlaceOf(const PositionEpoch& fix) const {
+    return Place(fix.latitude, fix.longitude, facts_.display.Angles());
+  }
+  void AddPlace(std::string_view name, const PositionEpoch& fix) {
+    Row(name, PlaceOf(fix));
+    Projection* const projection = facts_.display.projection.get();
+    if (projection == nullptr) return;
+    const auto [easting, northing] = GridOf(fix.latitude, fix.longitude, *projection);
+    Row("\xE2\x80\x83" + projection->Name(), easting + " E, " + northing + " N");
   }
 
   void AddQualities() {
     Row("", "least / mean / greatest");
-    Row(std::string(HeightName()) + ", m", run_.height.All(), 2);
-    Row("Speed, km/h", run_.speed.All(), 1, kKilometresAnHour);
+    Row(std::string(HeightName()) + ", " + std::string(units_.length.name), run_.height.All(), 2,
+        units_.length.per_metre);
+    Row("Speed, " + std::string(units_.speed.name), run_.speed.All(), 1, units_.speed.per_metre);
     Row("Satellites used", run_.used.All(), 1);
     Row("Satellites in view", run_.in_view, 1);
     Row("Mean signal to noise, dB-Hz", run_.strength.All(), 1);
@@ -255,6 +218,7 @@ class Page {
   }
 
   const RunFacts& facts_;
+  const UnitSystem& units_;
   const RunStatistics& run_;
   const Tally& tally_;
   std::string out_;

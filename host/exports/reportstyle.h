@@ -61,6 +61,8 @@ svg { display: block; width: 100%; height: auto; margin-bottom: 6px; font: 12px 
 .height { color: var(--height); } .speed { color: var(--speed); } .used { color: var(--used); }
 .strength { color: var(--strength); }
 .legend i.gps, .legend i.dgps, .legend i.sbas, .legend i.float, .legend i.fixed, .legend i.other, .legend i.none { background: currentColor; }
+.dots { fill: none; stroke: currentColor; stroke-width: 3.5; stroke-linecap: round; }
+.radius { fill: none; stroke: var(--ink); stroke-width: 1.5; stroke-dasharray: 5 4; }
 .start { fill: var(--paper); stroke: var(--ink); stroke-width: 2.5; }
 .end { fill: var(--ink); stroke: var(--paper); stroke-width: 2; }
 .plate { fill: var(--paper); opacity: .85; }
@@ -76,6 +78,9 @@ svg { display: block; width: 100%; height: auto; margin-bottom: 6px; font: 12px 
 .bar.unused { fill: var(--other); }
 .mean { fill: var(--gps); }
 .mean.unused { fill: var(--other); }
+.narrow { max-width: 480px; }
+.results th, .results td { padding-left: 14px; } .results th:first-child { padding-left: 0; }
+.results thead th { text-align: right; padding-right: 0; }
 .tables { display: grid; grid-template-columns: 1fr 1fr; gap: 0 44px; }
 table { width: 100%; border-collapse: collapse; font-size: 14px; align-self: start; }
 th, td { text-align: left; font-weight: 400; padding: 5px 0; border-bottom: 1px solid var(--grid); vertical-align: top; }

@@ -63,7 +63,7 @@ void Envelope::Merge(bool over_breaks) {
   pieces_.resize(kept);
 }
 
-void RunStatistics::Add(const PositionEpoch& epoch, const CGPSData& data) {
+void RunStatistics::Add(const PositionEpoch& epoch) {
   if (!start || *epoch.time < *start) start = epoch.time;
   if (!end || *epoch.time > *end) end = epoch.time;
   ++epochs[epoch.signal];
@@ -73,13 +73,14 @@ void RunStatistics::Add(const PositionEpoch& epoch, const CGPSData& data) {
   AddSignal(epoch, paused);
   in_view.Add(epoch.in_view);
   used.Add(*epoch.time, epoch.used, paused);
-  if (data.m_dAverageSNR > 0.0) strength.Add(*epoch.time, data.m_dAverageSNR, paused);
+  if (epoch.strength) strength.Add(*epoch.time, *epoch.strength, paused);
   if (epoch.fix) AddFix(epoch);
 }
 
 void RunStatistics::AddFix(const PositionEpoch& epoch) {
   if (!first_fix) first_fix = epoch;
   ++fixes;
+  survey.Add(epoch);
   if (epoch.starts_segment) ++segments;
   if (last_fix && epoch.time > last_fix->time) {
     longest_gap = std::max(longest_gap, *epoch.time - *last_fix->time);
@@ -153,19 +154,16 @@ void SatelliteTrail::Add(const Place& place) {
   if (places.size() > kMostPlaces) places.erase(places.begin());
 }
 
-void RunStatistics::AddSatellites(const CGPSData& data) {
-  for (const auto& satellite : data.m_Satellites) {
-    if (satellite.m_nPRN <= 0 || !satellite.m_bInView) continue;
-    if (satellites.size() >= kMostSatellites && !satellites.contains(satellite.m_nPRN)) continue;
-    SatelliteTrail& trail = satellites[satellite.m_nPRN];
+void RunStatistics::AddSatellites(const Sky& sky) {
+  for (const Satellite& satellite : sky.satellites) {
+    if (satellites.size() >= kMostSatellites && !satellites.contains(satellite.id)) continue;
+    SatelliteTrail& trail = satellites[satellite.id];
     ++trail.seen;
-    if (satellite.m_bUsed) ++trail.used;
-    if (satellite.m_nSNR > 0) trail.strength.Add(satellite.m_nSNR);
-    const SatelliteTrail::Place place{satellite.m_dElevation * kDegrees, satellite.m_dAzimuth * kDegrees};
-    // Both are 0 where the receiver does not know yet.
-    const bool known = place != SatelliteTrail::Place{0.0, 0.0} && place.elevation >= 0.0 &&
-                       place.elevation <= 90.0 && std::fabs(place.azimuth) <= 360.0;
-    if (known) trail.Add(place);
+    if (satellite.used) ++trail.used;
+    if (satellite.signal) trail.strength.Add(*satellite.signal);
+    if (satellite.azimuth && satellite.elevation.value_or(-1) >= 0) {
+      trail.Add({static_cast<double>(*satellite.elevation), static_cast<double>(*satellite.azimuth)});
+    }
   }
 }
 

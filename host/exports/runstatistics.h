@@ -5,9 +5,10 @@
 #include <optional>
 #include <vector>
 
-#include "gpsengine/records/gpsdata.h"
 #include "host/exports/sketch.h"
 #include "host/records/epoch.h"
+#include "host/records/survey.h"
+#include "host/sentences/sky.h"
 
 namespace host {
 
@@ -72,8 +73,8 @@ struct SatelliteTrail {
 
 /// What is told of a run: bounded, however long that is.
 struct RunStatistics {
-  void Add(const PositionEpoch& epoch, const CGPSData& data);
-  void AddSatellites(const CGPSData& data);
+  void Add(const PositionEpoch& epoch);
+  void AddSatellites(const Sky& sky);
 
   std::optional<Moment> start, end;  ///< Of the epochs.
   std::map<int, long long> epochs;   ///< By SignalType; UDF_SIGNAL_NONE are those without a fix.
@@ -86,8 +87,9 @@ struct RunStatistics {
   Range in_view, hdop, pdop, vdop;
   Sketch track;
   std::vector<SignalSpan> signals;
-  std::map<int, SatelliteTrail> satellites;  ///< By their numbers in sentences.
+  std::map<SatelliteId, SatelliteTrail> satellites;
   std::optional<PositionEpoch> first_fix, last_fix;
+  Survey survey;
 
  private:
   void AddFix(const PositionEpoch& epoch);

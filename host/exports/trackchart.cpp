@@ -18,7 +18,7 @@ using Anchor = Svg::Anchor;
 /// The places of a track on paper, equal in scale to the east and to the north.
 class TrackPlan {
  public:
-  explicit TrackPlan(const RunStatistics& run) : run_(run) {
+  TrackPlan(const RunStatistics& run, const UnitSystem& units) : run_(run) {
     const auto& [south, north, west, east] = run.track.GetBounds();
     const double middle = (south + north) / 2.0;
     const Offset size = OffsetOf(south, west, north, east);
@@ -27,51 +27,54 @@ class TrackPlan {
     const double wide = std::max({size.east, size.north / 3.0, kLeast}) * 1.12;
     const double high = std::max({size.north, size.east / 3.0, kLeast / 2.0}) * 1.12;
     const double height = std::clamp(kMostWidth * high / wide, 300.0, 560.0);
-    per_metre_ = std::min(kMostWidth / wide, height / high);
+    const double per_metre = std::min(kMostWidth / wide, height / high);
+    const bool far = kMostWidth / per_metre / kSteps * units.distance.per_metre >= kFar;
+    unit_ = far ? units.distance : units.length;
+    per_unit_ = per_metre / unit_.per_metre;
     frame_ = {kLeft, 14.0, kMostWidth, height};
-    const Offset centre = ToMetres(middle, (west + east) / 2.0);
-    east_ = ExactAxis(centre.east - kMostWidth / 2.0 / per_metre_,
-                      centre.east + kMostWidth / 2.0 / per_metre_, 9);
-    north_ = ExactAxis(centre.north - height / 2.0 / per_metre_, centre.north + height / 2.0 / per_metre_,
-                       static_cast<int>(std::lround(9.0 * height / kMostWidth)));
+    const Offset centre = ToUnits(middle, (west + east) / 2.0);
+    east_ = ExactAxis(centre.east - kMostWidth / 2.0 / per_unit_, centre.east + kMostWidth / 2.0 / per_unit_,
+                      kSteps);
+    north_ = ExactAxis(centre.north - height / 2.0 / per_unit_, centre.north + height / 2.0 / per_unit_,
+                       static_cast<int>(std::lround(kSteps * height / kMostWidth)));
   }
 
   double X(double longitude) const {
-    return frame_.left + east_.Part(ToMetres(0.0, longitude).east) * frame_.width;
+    return frame_.left + east_.Part(ToUnits(0.0, longitude).east) * frame_.width;
   }
   double Y(double latitude) const {
-    return frame_.Bottom() - north_.Part(ToMetres(latitude, 0.0).north) * frame_.height;
+    return frame_.Bottom() - north_.Part(ToUnits(latitude, 0.0).north) * frame_.height;
   }
   const Frame& GetFrame() const { return frame_; }
   const Axis& East() const { return east_; }
   const Axis& North() const { return north_; }
-  double PerMetre() const { return per_metre_; }
+  double PerUnit() const { return per_unit_; }
+  /// A length with so many decimals as tell multiples of `step` apart.
+  std::string Label(double length, double step) const {
+    std::string label = Fixed(length, DecimalsOf(step));
+    if (label.starts_with('-')) label.replace(0, 1, "\xE2\x88\x92");
+    return label + ' ' + std::string(unit_.name);
+  }
 
  private:
   static constexpr double kLeft = 84.0, kMostWidth = 862.0;
   static constexpr double kLeast = 0.1;  // metres
+  static constexpr double kFar = 0.7;    // of a distance, from one label to the next
+  static constexpr int kSteps = 9;
 
   // Linear in the angles, so that the picture is equirectangular.
-  Offset ToMetres(double latitude, double longitude) const {
-    return {(longitude - run_.first_fix->longitude) * 1e3 * scale_.east,
-            (latitude - run_.first_fix->latitude) * 1e3 * scale_.north};
+  Offset ToUnits(double latitude, double longitude) const {
+    return {(longitude - run_.first_fix->longitude) * 1e3 * scale_.east * unit_.per_metre,
+            (latitude - run_.first_fix->latitude) * 1e3 * scale_.north * unit_.per_metre};
   }
 
   const RunStatistics& run_;
   Offset scale_{};
-  double per_metre_ = 1.0;
+  Unit unit_{};
+  double per_unit_ = 1.0;  // pixels
   Frame frame_{};
   Axis east_, north_;
 };
-
-/// Labels of metres, or of kilometres where those are large.
-std::string LengthLabel(double metres, double step) {
-  const bool kilometres = step >= 1000.0;
-  const double unit = kilometres ? 1000.0 : 1.0;
-  std::string label = Fixed(metres / unit, DecimalsOf(step / unit));
-  if (label.starts_with('-')) label.replace(0, 1, "\xE2\x88\x92");
-  return label + (kilometres ? " km" : " m");
-}
 
 void DrawGround(Svg& svg, const TrackPlan& plan) {
   const Frame& frame = plan.GetFrame();
@@ -80,13 +83,13 @@ void DrawGround(Svg& svg, const TrackPlan& plan) {
     const double x = frame.left + plan.East().Part(tick.value) * frame.width;
     svg.Line("grid", x, frame.top, x, frame.Bottom());
     svg.Text("tick", std::min(x, frame.Right() - 12.0), frame.Bottom() + 16.0,
-             LengthLabel(tick.value, plan.East().step), Anchor::middle);
+             plan.Label(tick.value, plan.East().step), Anchor::middle);
   }
   for (const auto& tick : plan.North().ticks) {
     const double y = frame.Bottom() - plan.North().Part(tick.value) * frame.height;
     svg.Line("grid", frame.left, y, frame.Right(), y);
     svg.Text("tick", frame.left - 6.0, std::max(y + 4.0, frame.top + 9.0),
-             LengthLabel(tick.value, plan.North().step), Anchor::end);
+             plan.Label(tick.value, plan.North().step), Anchor::end);
   }
   svg.Text("axis", frame.left + frame.width / 2.0, frame.Bottom() + 34.0, "east of the start",
            Anchor::middle);
@@ -95,13 +98,13 @@ void DrawGround(Svg& svg, const TrackPlan& plan) {
 
 void DrawScaleBar(Svg& svg, const TrackPlan& plan) {
   const Frame& frame = plan.GetFrame();
-  const double metres = RoundDown(frame.width / 5.0 / plan.PerMetre());
-  const double length = metres * plan.PerMetre();
+  const double units = RoundDown(frame.width / 5.0 / plan.PerUnit());
+  const double length = units * plan.PerUnit();
   const double right = frame.Right() - 16.0, y = frame.Bottom() - 16.0;
   svg.Rect("plate", right - length - 8.0, y - 22.0, length + 16.0, 30.0, 4.0);
   svg.Line("rule", right - length, y, right, y);
   for (const double x : {right - length, right}) svg.Line("rule", x, y - 4.0, x, y + 4.0);
-  svg.Text("tick strong", right - length / 2.0, y - 7.0, LengthLabel(metres, metres), Anchor::middle);
+  svg.Text("tick strong", right - length / 2.0, y - 7.0, plan.Label(units, units), Anchor::middle);
 }
 
 /// The track line of one kind of fix, in pieces that each begin at the end of the piece before.
@@ -155,8 +158,8 @@ void DrawEnds(Svg& svg, const TrackPlan& plan, const RunStatistics& run) {
 
 }  // namespace
 
-void DrawTrack(std::string& out, const RunStatistics& run) {
-  const TrackPlan plan(run);
+void DrawTrack(std::string& out, const RunStatistics& run, const UnitSystem& units) {
+  const TrackPlan plan(run, units);
   Svg svg(out, kChartWidth, plan.GetFrame().Bottom() + 40.0, "the track from above");
   DrawGround(svg, plan);
   DrawWays(svg, plan, run);

@@ -74,6 +74,7 @@ PositionEpoch EpochReader::Read(const CGPSData& data) {
   if (epoch.fix) epoch.signal = data.m_nSignalType;
   epoch.used = data.m_nSatellitesUsed;
   epoch.in_view = data.m_nSatellitesInView;
+  if (data.m_dAverageSNR > 0.0) epoch.strength = data.m_dAverageSNR;
   if (data.m_bDOPValid) {
     epoch.hdop = Known(data.m_dHDOP);
     epoch.pdop = Known(data.m_dPDOP);

@@ -3,8 +3,8 @@
 #include <optional>
 
 #include "gpsengine/records/gpsdata.h"
-#include "host/records/ggatail.h"
-#include "host/records/moment.h"
+#include "host/sentences/moment.h"
+#include "host/sentences/positiontail.h"
 
 namespace host {
 
@@ -21,9 +21,10 @@ struct PositionEpoch {
   std::optional<double> speed;             ///< Metres a second.
   std::optional<double> course;            ///< Degrees from north, clockwise; none at rest.
   std::optional<double> hdop, pdop, vdop;
-  int used = 0, in_view = 0;  ///< Satellites.
-  GgaTail tail;               ///< What else its sentence says, where that is known.
-  bool undated = false;       ///< Nothing tells the date of the recording.
+  int used = 0, in_view = 0;       ///< Satellites.
+  std::optional<double> strength;  ///< Mean signal of those that are used.
+  PositionTail tail;               ///< What else its sentence says, where that is known.
+  bool undated = false;            ///< Nothing tells the date of the recording.
 };
 
 /// Metres from one place to another. Exact for the steps of a track, less so from one continent to another.

@@ -22,7 +22,8 @@ class Filter {
   /// The kinds of `data` that pass; none for a record that does not. `epoch` is that of its position
   /// sentence, if it has one; it then begins a segment if one that was held back did.
   Kinds Pass(const CGPSData& data, PositionEpoch* epoch);
-  bool Passes(Kind kind) const { return options_.only.Has(kind) && !over_; }
+  bool Passes(Kind kind) const { return Passing().Has(kind); }
+  Kinds Passing() const { return over_ ? Kinds() : options_.only; }
   /// The stated time of the receiver is over: nothing passes any more.
   bool IsOver() const { return over_; }
 

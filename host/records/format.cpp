@@ -6,10 +6,11 @@
 
 namespace host {
 
-std::unique_ptr<Sink> MakeSink(Format format, std::string& out, const std::string& device, Geoid geoid) {
+std::unique_ptr<Sink> MakeSink(Format format, std::string& out, const std::string& device, Geoid geoid,
+                               const Display& display) {
   switch (format) {
     case Format::text:
-      return std::make_unique<TextSink>(out);
+      return std::make_unique<TextSink>(out, TextSink::Shows::fixes, display);
     case Format::json:
       return std::make_unique<GpsdSink>(out, device, geoid);
     case Format::record:

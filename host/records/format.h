@@ -3,6 +3,7 @@
 #include <memory>
 #include <string>
 
+#include "host/records/display.h"
 #include "host/records/geoid.h"
 #include "host/records/sink.h"
 
@@ -12,7 +13,8 @@ namespace host {
 /// MakeSink.
 enum class Format { text, json, record, none, tui };
 
-/// A sink of that format, which appends to `out`. `device` and `geoid` are for "json".
-std::unique_ptr<Sink> MakeSink(Format format, std::string& out, const std::string& device, Geoid geoid);
+/// A sink of that format, which appends to `out`. `device` and `geoid` are for "json", `display` for "text".
+std::unique_ptr<Sink> MakeSink(Format format, std::string& out, const std::string& device, Geoid geoid,
+                               const Display& display = {});
 
 }  // namespace host

@@ -7,6 +7,7 @@
 #include "host/records/fixkind.h"
 #include "host/records/gpstime.h"
 #include "host/records/units.h"
+#include "host/sentences/positionerror.h"
 
 namespace host {
 
@@ -19,35 +20,16 @@ constexpr std::string_view HeightKey(Geoid geoid) {
   return geoid == Geoid::add ? "altHAE" : "altMSL";
 }
 
-/// The satellite system and the number in it behind a number of an NMEA sentence; nothing where makes differ.
-struct Vehicle {
-  int system;
-  int number;
-};
-std::optional<Vehicle> VehicleOf(int prn) {
-  constexpr int kGps = 0, kSbas = 1, kGlonass = 6;
-  if (prn >= 1 && prn <= 32) return Vehicle{kGps, prn};
-  if (prn >= 33 && prn <= 64) return Vehicle{kSbas, prn + 87};
-  if (prn >= 65 && prn <= 96) return Vehicle{kGlonass, prn - 64};
-  return std::nullopt;
-}
-
-bool SameSatellite(const CGPSSatelliteData& a, const CGPSSatelliteData& b) {
-  return a.m_nPRN == b.m_nPRN && a.m_bUsed == b.m_bUsed && a.m_bInView == b.m_bInView &&
-         a.m_nSNR == b.m_nSNR && a.m_dElevation == b.m_dElevation && a.m_dAzimuth == b.m_dAzimuth;
-}
-
-void WriteVehicle(JsonWriter& json, int prn) {
-  json.Member("PRN", prn);
-  if (const auto vehicle = VehicleOf(prn)) {
-    json.Member("gnssid", vehicle->system);
-    json.Member("svid", vehicle->number);
-  }
+void WriteVehicle(JsonWriter& json, const SatelliteId& id) {
+  json.Member("PRN", id.Prn());
+  if (id.system == Gnss::unknown) return;
+  json.Member("gnssid", static_cast<int>(id.system));
+  json.Member("svid", id.number);
 }
 
 void WriteMeasurement(JsonWriter& json, const CGPSSatelliteDataRaw& satellite) {
   json.BeginObject();
-  WriteVehicle(json, satellite.m_nPRN);
+  WriteVehicle(json, SatelliteOf(satellite.m_nPRN));
   json.Member("obs", "L1C");
   json.MemberFixed("pseudorange", satellite.m_dPseudorange, 3);
   json.MemberFixed("carrierphase", satellite.m_dCarrierPhase, 3);
@@ -56,18 +38,18 @@ void WriteMeasurement(JsonWriter& json, const CGPSSatelliteDataRaw& satellite) {
   json.EndObject();
 }
 
-void WriteSatellite(JsonWriter& json, const CGPSSatelliteData& satellite, bool tells_used) {
+void WriteSatellite(JsonWriter& json, const Satellite& satellite, bool has_used) {
   json.BeginObject();
-  WriteVehicle(json, satellite.m_nPRN);
-  json.MemberFixed("el", satellite.m_dElevation * kDegrees, 1);
-  json.MemberFixed("az", satellite.m_dAzimuth * kDegrees, 1);
-  json.Member("ss", satellite.m_nSNR);
-  if (tells_used) json.Member("used", satellite.m_bUsed);
+  WriteVehicle(json, satellite.id);
+  if (satellite.elevation) json.MemberFixed("el", *satellite.elevation, 1);
+  if (satellite.azimuth) json.MemberFixed("az", *satellite.azimuth, 1);
+  if (satellite.signal) json.Member("ss", *satellite.signal);
+  if (has_used) json.Member("used", satellite.used);
   json.EndObject();
 }
 
-void WriteDilution(JsonWriter& json, std::string_view key, double value) {
-  if (value > 0.0) json.MemberFixed(key, value, 2);
+void WriteDilution(JsonWriter& json, std::string_view key, const std::optional<double>& value) {
+  if (value && *value > 0.0) json.MemberFixed(key, *value, 2);
 }
 
 }  // namespace
@@ -91,20 +73,15 @@ void GpsdSink::End(JsonWriter& json) {
 }
 
 bool GpsdSink::OnData(const CGPSData& data) {
-  tells_count_ = tells_count_ || data.m_bPositionValid || data.m_nSatellitesUsed > 0;
-  tells_used_ = tells_used_ || std::any_of(std::begin(data.m_Satellites), std::end(data.m_Satellites),
-                                           [](const auto& satellite) { return satellite.m_bUsed; });
   const bool position = data.m_bPositionValid && kinds_.Has(Kind::fix);
   if (position) WritePosition(data);
-  const bool satellites = kinds_.Has(Kind::satellites) && WriteSatellites(data);
   const bool reports = kinds_.Has(Kind::report) && WriteReports(data);
-  return position || satellites || reports;
+  return position || reports;
 }
 
-void GpsdSink::WriteTime(JsonWriter& json, const CGPSData& data) {
-  if (!HasTimeOfDay(data)) return;
+void GpsdSink::WriteTime(JsonWriter& json, double time_of_day, const CTime& published) {
   iso_.clear();
-  AppendIso(iso_, DateTimeOfDay(data.m_dTimeOfDay, ReferenceFor(data.m_Time)));
+  AppendIso(iso_, DateTimeOfDay(time_of_day, ReferenceFor(published)));
   json.Member("time", std::string_view(iso_));
 }
 
@@ -113,7 +90,7 @@ void GpsdSink::WritePosition(const CGPSData& data) {
   Begin(json, "TPV");
   const bool fix = data.m_nSignalType != UDF_SIGNAL_NONE;
   json.Member("mode", fix ? 3 : 1);
-  WriteTime(json, data);
+  if (HasTimeOfDay(data)) WriteTime(json, data.m_dTimeOfDay, data.m_Time);
   if (fix) {
     const int status = FixKindOf(data.m_nSignalType).gpsd;
     if (status != 0) json.Member("status", status);
@@ -131,35 +108,39 @@ void GpsdSink::WritePosition(const CGPSData& data) {
   End(json);
 }
 
-bool GpsdSink::WriteSatellites(const CGPSData& data) {
-  const bool whole = data.m_bSatellitesComplete && data.m_bSatellitesChanged;
-  if (whole) {
-    // The record of a position repeats the satellites of the one before it.
-    Table table;
-    std::copy(std::begin(data.m_Satellites), std::end(data.m_Satellites), table.begin());
-    const bool seen = table_ && std::equal(table.begin(), table.end(), table_->begin(), SameSatellite);
-    if (seen && data.m_bPositionValid) return false;
-    table_ = table;
-  } else {
-    // A receiver that sends no satellites with its positions still has its dilution and its count shown.
-    if (!data.m_bPositionValid || !data.m_bDOPValid || table_) return false;
-    if (!std::exchange(had_position_, true)) return false;
-  }
+bool GpsdSink::OnSky(const Sky& sky) {
   JsonWriter json(out_);
   Begin(json, "SKY");
-  WriteTime(json, data);
-  WriteDilution(json, "hdop", data.m_dHDOP);
-  WriteDilution(json, "pdop", data.m_dPDOP);
-  WriteDilution(json, "vdop", data.m_dVDOP);
-  if (whole) json.Member("nSat", data.m_nSatellitesInView);
-  if (tells_count_) json.Member("uSat", data.m_nSatellitesUsed);
-  if (whole) {
+  if (sky.time_of_day) WriteTime(json, *sky.time_of_day, CTime::GetCurrentTime());
+  WriteDilution(json, "hdop", sky.hdop);
+  WriteDilution(json, "pdop", sky.pdop);
+  WriteDilution(json, "vdop", sky.vdop);
+  if (sky.has_list) json.Member("nSat", sky.in_view);
+  if (sky.used) json.Member("uSat", *sky.used);
+  if (sky.has_list) {
     json.Key("satellites");
     json.BeginArray();
-    for (const auto& satellite : data.m_Satellites) {
-      if (satellite.m_nPRN != 0 && satellite.m_bInView) WriteSatellite(json, satellite, tells_used_);
-    }
+    for (const Satellite& satellite : sky.satellites) WriteSatellite(json, satellite, sky.has_used);
     json.EndArray();
+  }
+  End(json);
+  return true;
+}
+
+bool GpsdSink::OnString(const CString& text) {
+  std::string bytes;
+  if (!kinds_.Has(Kind::fix) || !text.ToBytes(bytes)) return false;
+  const auto error = PositionErrorOf(bytes);
+  if (!error) return false;
+  JsonWriter json(out_);
+  Begin(json, "GST");
+  if (error->time_of_day) WriteTime(json, *error->time_of_day, CTime::GetCurrentTime());
+  const std::pair<std::string_view, std::optional<double>> members[] = {
+      {"rms", error->ranges},         {"major", error->major},  {"minor", error->minor},
+      {"orient", error->orientation}, {"lat", error->latitude}, {"lon", error->longitude},
+      {"alt", error->height}};
+  for (const auto& [key, value] : members) {
+    if (value) json.MemberFixed(key, *value, 3);
   }
   End(json);
   return true;
@@ -206,7 +187,7 @@ bool GpsdSink::OnRawData(const CGPSDataRaw& epoch) {
 bool GpsdSink::OnEphemeris(const CGPSDataEphemeris& e) {
   JsonWriter json(out_);
   Begin(json, "EPHEMERIS");
-  WriteVehicle(json, e.m_nPRN);
+  WriteVehicle(json, SatelliteOf(e.m_nPRN));
   json.Member("week", ResolveWeek(e.m_nWeek, ReferenceFor(CTime::GetCurrentTime())));
   json.Member("tow", e.m_lTow);
   json.Member("IODC", e.m_lAodc);

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "host/records/moment.h"
+#include "host/sentences/moment.h"
 
 namespace host {
 

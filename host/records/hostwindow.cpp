@@ -1,5 +1,6 @@
 #include "host/records/hostwindow.h"
 
+#include <algorithm>
 #include <memory>
 #include <utility>
 
@@ -29,6 +30,19 @@ void HostWindow::SetReference(std::optional<Moment> reference) {
   for (Sink* sink : sinks_) sink->SetReference(reference);
 }
 
+bool HostWindow::WantsSky() const {
+  return std::any_of(sinks_.begin(), sinks_.end(), [](const Sink* sink) { return sink->WantsSky(); });
+}
+
+void HostWindow::EndSky() {
+  ShowSky(skies_.Finish());
+  skies_ = SkySource();
+}
+
+void HostWindow::ShowSky(const Sky* sky) {
+  if (sky != nullptr && !IsFull()) Show(&Sink::OnSky, *sky);
+}
+
 void HostWindow::Drain() {
   for (MSG message; PeekMessageW(&message, PM_REMOVE);) DispatchMessageW(message);
 }
@@ -41,6 +55,7 @@ LRESULT HostWindow::WindowProc(UINT message, WPARAM wParam, LPARAM lParam) {
       published_.unread += data->m_bProprietaryValid ? 1 : 0;
       owes_text_ = !IsFull();
       if (!IsFull()) Show(&Sink::OnData, *data);
+      if (WantsSky()) ShowSky(skies_.OnData(*data));
       return 0;
     }
     case WM_GPS_NEW_RAW_DATA: {
@@ -61,6 +76,8 @@ LRESULT HostWindow::WindowProc(UINT message, WPARAM wParam, LPARAM lParam) {
       return 0;
     case WM_GPS_NEW_STRING: {
       const auto text = Take<CString>(wParam);
+      std::string bytes;
+      if (WantsSky() && text->ToBytes(bytes)) ShowSky(skies_.OnText(bytes));
       // That of the last record that was shown is told too.
       if (std::exchange(owes_text_, false) || !IsFull()) Show(&Sink::OnString, *text);
       return 0;

@@ -5,6 +5,7 @@
 
 #include "gpsengine/platform/application.h"
 #include "host/records/sink.h"
+#include "host/records/skysource.h"
 
 namespace host {
 
@@ -30,6 +31,10 @@ class HostWindow : public CWnd {
   void Add(Sink& sink) { sinks_.push_back(&sink); }
   /// Tells the sinks the moment near which the records to come belong.
   void SetReference(std::optional<Moment> reference);
+  /// Some sink wants satellites, for which the texts of messages are needed.
+  bool WantsSky() const;
+  /// Tells of the satellites that are left. What comes behind may be from another receiver.
+  void EndSky();
   /// Handles what is in the queue.
   void Drain();
   bool IsFull() const { return limit_ > 0 && shown_ >= limit_; }
@@ -47,7 +52,10 @@ class HostWindow : public CWnd {
     shown_ += shown ? 1 : 0;
   }
 
+  void ShowSky(const Sky* sky);
+
   std::vector<Sink*> sinks_;
+  SkySource skies_;
   const long long limit_;
   long long shown_ = 0;
   bool owes_text_ = false;  // of the last message

@@ -6,7 +6,8 @@
 #include "gpsengine/records/gpsdata.h"
 #include "gpsengine/records/gpsdataraw.h"
 #include "host/records/kinds.h"
-#include "host/records/moment.h"
+#include "host/sentences/moment.h"
+#include "host/sentences/sky.h"
 
 namespace host {
 
@@ -19,6 +20,10 @@ class Sink {
   virtual bool OnRawData(const CGPSDataRaw& epoch) = 0;
   virtual bool OnEphemeris(const CGPSDataEphemeris& ephemeris) = 0;
   virtual bool OnBin() = 0;
+  /// Satellites are wanted: they come as skies, for which the texts of messages are read.
+  virtual bool WantsSky() const { return false; }
+  /// The satellites of an epoch.
+  virtual bool OnSky(const Sky& /*sky*/) { return false; }
   /// The moment near which the records to come belong, for a recording, which is not of today. Without it,
   /// their moment of publication is that moment.
   virtual void SetReference(std::optional<Moment> /*reference*/) {}

@@ -40,9 +40,12 @@ void AppendTimeOfDay(std::string& out, double seconds) {
   AppendTwo(out, hundredths % 100);
 }
 
-void AppendAngle(std::string& out, double radians, std::size_t width, char positive, char negative) {
-  AppendPadded(out, std::fabs(radians) * kDegrees, 7, width);
-  out += radians < 0.0 ? negative : positive;
+/// `spare`: so many columns of those for a longitude are not needed.
+void AppendAngle(std::string& out, double radians, AngleFormat format, std::size_t spare, char positive,
+                 char negative) {
+  std::string text = PlainAngleText(radians, format, positive, negative);
+  if (!std::isfinite(radians)) text.replace(0, text.size() - 1, std::string(text.size() - 2, ' ') + '-');
+  out += text.starts_with(' ') ? text.substr(spare) : text;
 }
 
 template <class T>
@@ -82,7 +85,21 @@ bool TextSink::OnString(const CString& text) {
   return true;
 }
 
+void TextSink::WritePlace(const CGPSData& data) {
+  out_ += "  ";
+  AppendAngle(out_, data.m_dLatitude, display_.Angles(), 1, 'N', 'S');
+  out_ += "  ";
+  AppendAngle(out_, data.m_dLongitude, display_.Angles(), 0, 'E', 'W');
+  if (!display_.projection) return;
+  const auto place = display_.projection->Of(data.m_dLatitude * kDegrees, data.m_dLongitude * kDegrees);
+  AppendPadded(out_, place ? place->easting : NAN, 2, 13);
+  out_ += " E";
+  AppendPadded(out_, place ? place->northing : NAN, 2, 12);
+  out_ += " N";
+}
+
 void TextSink::WriteFix(const CGPSData& data) {
+  const UnitSystem& units = display_.System();
   if (HasTimeOfDay(data)) {
     AppendTimeOfDay(out_, data.m_dTimeOfDay);
   } else {
@@ -93,12 +110,9 @@ void TextSink::WriteFix(const CGPSData& data) {
   out_ += signal;
   out_.append(signal.size() < 9 ? 9 - signal.size() : 0, ' ');
   if (data.m_nSignalType != UDF_SIGNAL_NONE) {
-    out_ += "  ";
-    AppendAngle(out_, data.m_dLatitude, 10, 'N', 'S');
-    out_ += "  ";
-    AppendAngle(out_, data.m_dLongitude, 11, 'E', 'W');
-    AppendPadded(out_, data.m_dAltitude, 1, 9);
-    out_ += " m";
+    WritePlace(data);
+    AppendPadded(out_, data.m_dAltitude * units.length.per_metre, 1, 9);
+    (out_ += ' ') += units.length.name;
   }
   AppendPadded(out_, data.m_nSatellitesUsed, 0, 5);
   out_ += '/';
@@ -109,8 +123,8 @@ void TextSink::WriteFix(const CGPSData& data) {
     AppendPadded(out_, data.m_dHDOP, 1, 0);
   }
   if (data.m_nSignalType != UDF_SIGNAL_NONE && data.m_bVelocityValid) {
-    AppendPadded(out_, data.m_dSpeed * 3.6, 1, 7);
-    out_ += " km/h";
+    AppendPadded(out_, data.m_dSpeed * units.speed.per_metre, 1, 7);
+    (out_ += ' ') += units.speed.name;
     if (data.m_dSpeed > 0.0) {
       AppendPadded(out_, CourseOf(data), 0, 5);
       out_ += " deg";

@@ -1,7 +1,9 @@
 #pragma once
 
 #include <string>
+#include <utility>
 
+#include "host/records/display.h"
 #include "host/records/reports.h"
 #include "host/records/sink.h"
 
@@ -15,7 +17,8 @@ class TextSink : public Sink {
     reports,  ///< All reports, those in a make's own language too, and no fixes.
   };
 
-  explicit TextSink(std::string& out, Shows shows = Shows::fixes) : out_(out), shows_(shows) {}
+  explicit TextSink(std::string& out, Shows shows = Shows::fixes, Display display = {})
+      : out_(out), shows_(shows), display_(std::move(display)) {}
 
   void SetKinds(Kinds kinds) override { kinds_ = kinds; }
   bool OnData(const CGPSData& data) override;
@@ -27,10 +30,12 @@ class TextSink : public Sink {
 
  private:
   void WriteFix(const CGPSData& data);
+  void WritePlace(const CGPSData& data);
   bool WriteReports(const CGPSData& data);
 
   std::string& out_;
   const Shows shows_;
+  const Display display_;
   Kinds kinds_ = Kinds::All();
   ReportReader reports_;
   bool told_ = false;  // the record of the message at hand was shown

@@ -7,8 +7,8 @@
 #include <utility>
 
 #include "host/records/jsonwriter.h"
-#include "host/records/moment.h"
 #include "host/run/failure.h"
+#include "host/sentences/moment.h"
 
 namespace host {
 

@@ -18,8 +18,9 @@ namespace host {
 
 namespace {
 
-// A page holds one thread for its events, of which the hub allows 12; the rest are for all other requests.
-constexpr std::size_t kThreads = 16;
+// A page holds one thread for its events and one for sentences, of which the hubs allow 12 and 6; the rest
+// are for all other requests.
+constexpr std::size_t kThreads = 22;
 // Connections that wait for a thread. Any more wait in the kernel.
 constexpr std::ptrdiff_t kMostConnections = 32;
 constexpr int kBacklog = 64;
@@ -67,7 +68,7 @@ long long LastEvent(const httplib::Request& request) {
 
 class HttplibServer : public PageServer {
  public:
-  HttplibServer(PageHub& hub, const std::string& address, int port);
+  HttplibServer(PageHub& hub, PageHub& sentences, const std::string& address, int port);
   ~HttplibServer() override {
     server_.stop();
     thread_.join();
@@ -77,16 +78,18 @@ class HttplibServer : public PageServer {
  private:
   void Protect(bool is_loopback);
   void AddPages();
-  void SendEvents(const httplib::Request& request, httplib::Response& response);
+  static void SendEvents(PageHub& hub, const httplib::Request& request, httplib::Response& response);
 
   PageHub& hub_;
+  PageHub& sentences_;
   httplib::Server server_;
   socket_t socket_ = INVALID_SOCKET;  // that the server listens on
   int port_;
   std::thread thread_;
 };
 
-HttplibServer::HttplibServer(PageHub& hub, const std::string& address, int port) : hub_(hub) {
+HttplibServer::HttplibServer(PageHub& hub, PageHub& sentences, const std::string& address, int port)
+    : hub_(hub), sentences_(sentences) {
   server_.new_task_queue = [] { return new BoundedPool; };
   Protect(IsLoopback(address));
   AddPages();
@@ -140,12 +143,15 @@ void HttplibServer::AddPages() {
     response.set_content(hub_.History(), "application/x-ndjson");
   });
   server_.Get("/events", [this](const httplib::Request& request, httplib::Response& response) {
-    SendEvents(request, response);
+    SendEvents(hub_, request, response);
+  });
+  server_.Get("/sentences", [this](const httplib::Request& request, httplib::Response& response) {
+    SendEvents(sentences_, request, response);
   });
 }
 
-void HttplibServer::SendEvents(const httplib::Request& request, httplib::Response& response) {
-  const std::shared_ptr<PageHub::Reader> reader = hub_.Join(LastEvent(request));
+void HttplibServer::SendEvents(PageHub& hub, const httplib::Request& request, httplib::Response& response) {
+  const std::shared_ptr<PageHub::Reader> reader = hub.Join(LastEvent(request));
   if (!reader) {
     response.status = 503;
     response.set_content("Too many pages are open.\n", "text/plain");
@@ -162,8 +168,9 @@ void HttplibServer::SendEvents(const httplib::Request& request, httplib::Respons
 
 }  // namespace
 
-std::unique_ptr<PageServer> StartPageServer(PageHub& hub, const std::string& address, int port) {
-  return std::make_unique<HttplibServer>(hub, address, port);
+std::unique_ptr<PageServer> StartPageServer(PageHub& hub, PageHub& sentences, const std::string& address,
+                                            int port) {
+  return std::make_unique<HttplibServer>(hub, sentences, address, port);
 }
 
 }  // namespace host

@@ -2,6 +2,7 @@
 
 #include <string>
 #include <utility>
+#include <vector>
 
 #include "gpsengine/engine/gpsengine.h"
 #include "host/records/hostwindow.h"
@@ -23,6 +24,8 @@ class Feed {
   Kind GetKind() const { return kind_; }
   /// The device or the file, as the user and the records name it.
   const std::string& Name() const { return name_; }
+  /// The files that the bytes come from.
+  virtual std::vector<std::string> Files() const { return {}; }
   /// A receiver at the end of a line: it may be commanded, be silent and get lost.
   bool IsLive() const { return kind_ != Kind::recording; }
   /// What the source of the bytes is called on a screen; `baud` is the rate of its line.

@@ -14,6 +14,7 @@ class PlaybackFeed : public Feed, private NoSink {
   explicit PlaybackFeed(const std::string& file, bool tells_bytes = false)
       : Feed(Kind::recording, file), tells_bytes_(tells_bytes) {}
 
+  std::vector<std::string> Files() const override { return {Name()}; }
   void Open(CGPSEngine& engine, HostWindow& window) override;
   std::string TakeBytes() override { return std::exchange(bytes_, {}); }
   Sink* Records() override { return this; }

@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "host/line/kindlistener.h"
+#include "host/sentences/fields.h"
 
 namespace host {
 
@@ -19,6 +20,11 @@ constexpr double kDisorder = 60.0;
 // From this size on a file takes long enough for someone to wonder.
 constexpr std::int64_t kLargeFile = 8 << 20;
 
+std::string NameOf(const std::vector<std::string>& files) {
+  if (files.size() == 1) return files.front();
+  return files.front() + " and " + std::to_string(files.size() - 1) + " more";
+}
+
 bool HasTimes(std::string_view bytes) {
   while (!bytes.empty()) {
     const auto end = std::min(bytes.find('\n'), bytes.size() - 1);
@@ -30,9 +36,17 @@ bool HasTimes(std::string_view bytes) {
 
 }  // namespace
 
+RecordingFeed::RecordingFeed(const std::vector<std::string>& files)
+    : Feed(Kind::recording, NameOf(files)), files_(files) {
+  for (const std::string& file : files) {
+    recordings_.emplace_back(file);
+    size_ += recordings_.back().Size();
+  }
+}
+
 void RecordingFeed::ShowProgress(const std::string& label, bool output_is_busy) {
-  progress_.emplace(label, static_cast<double>(recording_.Size()),
-                    recording_.Size() >= kLargeFile && CanShowProgress(output_is_busy));
+  progress_.emplace(label, static_cast<double>(size_),
+                    size_ >= kLargeFile && CanShowProgress(output_is_busy));
 }
 
 void RecordingFeed::Open(CGPSEngine& engine, HostWindow& window) {
@@ -41,7 +55,7 @@ void RecordingFeed::Open(CGPSEngine& engine, HostWindow& window) {
   engine.GetReceiver()->CGPSReceiver::Initialize();
   window_ = &window;
   window.SetReference(date_);
-  Date(recording_.Head());  // it may have its date some way behind its first fix
+  Date(Current().Head());  // it may have its date some way behind its first fix
 }
 
 /// Tells when the recording was made, as far as it says so itself.
@@ -52,25 +66,40 @@ void RecordingFeed::Date(std::string_view bytes) {
 }
 
 void RecordingFeed::Step(CGPSEngine& engine) {
-  const auto bytes = recording_.Next(chunk_);
-  at_end_ = bytes.empty();
-  if (!at_end_) Play(engine, bytes);
+  const auto bytes = Current().Next(chunk_);
+  if (bytes.empty()) {
+    at_end_ = !GoOn(engine);
+  } else {
+    Play(engine, bytes);
+  }
+}
+
+/// A sentence that the end of a recording has cut is not to take the first one of the next with it.
+bool RecordingFeed::GoOn(CGPSEngine& engine) {
+  if (recordings_.size() < 2) return false;
+  if (in_line_) Play(engine, "\r\n");
+  done_ += Current().Size();
+  recordings_.pop_front();
+  dates_ = DateScan();
+  Date(Current().Head());
+  return true;
 }
 
 void RecordingFeed::Play(CGPSEngine& engine, std::string_view bytes) {
   Date(bytes);
   CBinBuffer chunk(bytes.data(), static_cast<int>(bytes.size()));
   engine.UpdateGPSBuffer(chunk);
+  in_line_ = bytes.back() != '\n';
   played_ += bytes;
-  if (progress_) progress_->Update(static_cast<double>(recording_.Done()));
+  if (progress_) progress_->Update(static_cast<double>(done_ + Current().Done()));
 }
 
 void RecordingFeed::CheckUnderstood(const HostWindow& window) const {
-  if (at_end_) host::CheckUnderstood(recording_, window);
+  if (at_end_) host::CheckUnderstood(recordings_.front(), window);
 }
 
 PacedFeed::PacedFeed(const std::string& file, double speed)
-    : RecordingFeed(file), speed_(speed), timed_(HasTimes(recording_.Head())) {}
+    : RecordingFeed({file}), speed_(speed), timed_(HasTimes(Current().Head())) {}
 
 void PacedFeed::Open(CGPSEngine& engine, HostWindow& window) {
   RecordingFeed::Open(engine, window);
@@ -84,7 +113,7 @@ void PacedFeed::ReadLine() {
   if (end == std::string::npos && bytes_.size() - taken_ < kLongestLine) {
     bytes_.erase(0, taken_);
     taken_ = 0;
-    bytes_ += recording_.Next(kPiece);
+    bytes_ += Current().Next(kPiece);
     end = bytes_.find('\n');
   }
   const std::size_t rest = bytes_.size() - taken_;

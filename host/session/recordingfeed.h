@@ -1,14 +1,16 @@
 #pragma once
 
+#include <deque>
 #include <limits>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "gpsengine/platform/clock.h"
-#include "host/records/moment.h"
 #include "host/run/progress.h"
 #include "host/run/recording.h"
+#include "host/sentences/datescan.h"
 #include "host/session/feed.h"
 
 namespace host {
@@ -22,11 +24,12 @@ class UnpacedClock : public Clock {
   void Sleep(DWORD) override {}
 };
 
-/// A recording, or standard input, whose bytes the host moves, all of them and once, as fast as it goes.
+/// Recordings, or standard input, whose bytes the host moves, all of them and once, one recording behind the
+/// other, as fast as it goes.
 class RecordingFeed : public Feed {
  public:
-  /// `file` "-" is standard input. Throws a Failure that names the file if it cannot be read.
-  explicit RecordingFeed(const std::string& file) : Feed(Kind::recording, file), recording_(file) {}
+  /// There is a file; "-" is standard input. Throws a Failure that names the one that cannot be read.
+  explicit RecordingFeed(const std::vector<std::string>& files);
 
   /// Bytes to hand over at a time.
   void SetChunk(int bytes) { chunk_ = static_cast<std::size_t>(bytes); }
@@ -38,6 +41,7 @@ class RecordingFeed : public Feed {
   /// Shows on a terminal how far it has got, if that takes long.
   void ShowProgress(const std::string& label, bool output_is_busy);
 
+  std::vector<std::string> Files() const override { return files_; }
   bool MovesBytes() const override { return true; }
   void Open(CGPSEngine& engine, HostWindow& window) override;
   void Step(CGPSEngine& engine) override;
@@ -50,12 +54,18 @@ class RecordingFeed : public Feed {
   /// Hands bytes to the engine.
   void Play(CGPSEngine& engine, std::string_view bytes);
 
-  Recording recording_;
+  Recording& Current() { return recordings_.front(); }
+
   bool at_end_ = false;
 
  private:
   void Date(std::string_view bytes);
+  bool GoOn(CGPSEngine& engine);
 
+  const std::vector<std::string> files_;
+  std::deque<Recording> recordings_;   // the one that plays, and those to come
+  bool in_line_ = false;               // the last byte ended no line
+  std::int64_t size_ = 0, done_ = 0;   // of all, and of those that have been played
   std::optional<UnpacedClock> clock_;  // while it plays: a rehearsal has one of its own
   std::size_t chunk_ = 4096;
   std::optional<Moment> date_;

@@ -97,8 +97,9 @@ void Session::PassBytes() {
 
 // The library keeps what it captures, and stops when it has kept much.
 void Session::KeepCapturing() {
-  const bool wanted = feed_->WantsTexts() || std::any_of(outlets_.begin(), outlets_.end(),
-                                                         [](auto* outlet) { return outlet->WantsTexts(); });
+  const auto wants = [](const Outlet* outlet) { return outlet->WantsTexts(); };
+  const bool wanted =
+      feed_->WantsTexts() || window_.WantsSky() || std::any_of(outlets_.begin(), outlets_.end(), wants);
   CComBuffer& capture = engine_.m_ComBuffer;
   const bool stopped = capture.m_bOverflow && capture.m_bPaused;
   if (stopped || !engine_.IsActive()) capture.m_strData.Empty();
@@ -164,6 +165,7 @@ ExitCode Session::Finish(ExitCode ending) {
   Tell(RunEvent::over);
   engine_.Stop();
   PassOn();
+  window_.EndSky();
   bool finished = true;
   for (auto outlet = outlets_.rbegin(); outlet != outlets_.rend(); ++outlet) finished &= (*outlet)->Finish();
   NoteUnderstood();  // the outlets may have decoded the last of it
@@ -194,6 +196,7 @@ void Session::FollowLine() {
 void Session::WaitForPort() {
   engine_.Stop();  // what the reader has in hand still reaches the outlets
   PassOn();
+  window_.EndSky();
   for (Outlet* outlet : outlets_) outlet->Step();
   if (IsDone()) return;
   if (!reconnect_) throw PortLost();

@@ -13,8 +13,13 @@ namespace {
 constexpr int kLeastRows = 8, kLeastColumns = 36;
 constexpr int kFixRows = 11, kFixColumns = 40;
 
+/// Eastings and northings take two more.
+int FixRows(const View& view) {
+  return view.display.projection ? kFixRows + 2 : kFixRows;
+}
+
 struct Layout {
-  std::optional<Area> fix, sky, signals, satellites, reports, sentences, counters;
+  std::optional<Area> fix, survey, sky, signals, satellites, reports, sentences, counters;
 };
 
 /// Takes rows off the end of a column of panels.
@@ -30,20 +35,28 @@ Area TakeTop(Area& area, int rows) {
   return top;
 }
 
-void LayOutOneColumn(Layout& layout, Area body) {
-  layout.fix = TakeTop(body, std::min(body.rows, kFixRows));
+void LayOutOneColumn(Layout& layout, Area body, const View& view) {
+  layout.fix = TakeTop(body, std::min(body.rows, FixRows(view)));
+  if (view.survey && body.rows >= 3) {
+    layout.survey = body;
+    return;
+  }
   if (body.rows >= 6) layout.signals = TakeTop(body, std::min(body.rows, 9));
   if (body.rows >= 3) layout.reports = body;
 }
 
-void LayOutTwoColumns(Layout& layout, const Area& body) {
+void LayOutTwoColumns(Layout& layout, const Area& body, const View& view) {
   const int middle = std::max(kFixColumns, std::min(body.columns / 2, 52));
   Area left{body.row, body.column, body.rows, middle};
   Area right{body.row, body.column + middle, body.rows, body.columns - middle};
   const bool tall = body.rows >= 30;
-  layout.fix = TakeTop(left, std::min(left.rows, kFixRows));
+  layout.fix = TakeTop(left, std::min(left.rows, FixRows(view)));
   if (left.rows >= 5) layout.signals = TakeTop(left, tall ? 12 : left.rows);
   if (left.rows >= 3) layout.reports = left;
+  if (view.survey) {
+    layout.survey = right;
+    return;
+  }
   if (tall && right.columns >= 34) {
     layout.satellites = TakeBottom(right, kSatelliteSlots + 3);
   } else if (!layout.reports && right.rows >= 17) {
@@ -52,17 +65,18 @@ void LayOutTwoColumns(Layout& layout, const Area& body) {
   layout.sky = right;
 }
 
-Layout LayOut(const Canvas& canvas, bool sentences) {
+Layout LayOut(const Canvas& canvas, const View& view) {
   Layout layout;
   // The title is above, the status and the keys are below.
   Area body{1, 0, canvas.Rows() - 3, canvas.Columns()};
   if (body.rows >= 11) layout.counters = TakeBottom(body, 1);
-  if (sentences) {
+  if (view.sentences) {
     const bool beside = body.rows >= 11;  // or in the place of everything
     layout.sentences = TakeBottom(body, beside ? std::clamp(body.rows / 3, 6, 16) : body.rows);
     if (!beside) return layout;
   }
-  canvas.Columns() < kFixColumns + 18 ? LayOutOneColumn(layout, body) : LayOutTwoColumns(layout, body);
+  canvas.Columns() < kFixColumns + 18 ? LayOutOneColumn(layout, body, view)
+                                      : LayOutTwoColumns(layout, body, view);
   return layout;
 }
 
@@ -73,7 +87,8 @@ void DrawTitle(Pane bar, const View& view) {
 }
 
 void DrawKeys(Pane bar) {
-  constexpr const char* kKeys[] = {"q quit", "? help", "c commands", "p position", "r raw sentences"};
+  constexpr const char* kKeys[] = {"q quit",     "? help",   "c commands",
+                                   "p position", "s survey", "r raw sentences"};
   bar.Fill(Style::title);
   int column = 1;
   for (const char* key : kKeys) {
@@ -105,11 +120,12 @@ void DrawDashboard(Canvas& canvas, const View& view) {
     pane.Text(1, 0, Print("%d x %d is the least", kLeastColumns, kLeastRows));
     return;
   }
-  const Layout layout = LayOut(canvas, view.sentences);
+  const Layout layout = LayOut(canvas, view);
   const auto draw = [&](const std::optional<Area>& area, void (*panel)(Pane, const View&)) {
     if (area) panel(Pane(canvas, *area), view);
   };
   draw(layout.fix, DrawFix);
+  draw(layout.survey, DrawSurvey);
   draw(layout.sky, DrawSky);
   draw(layout.signals, DrawSignals);
   draw(layout.satellites, DrawSatellites);
@@ -127,6 +143,8 @@ void DrawHelp(Canvas& canvas) {
       {"q", "quit"},
       {"c", "commands that this model offers"},
       {"p", "position: degrees, minutes, seconds"},
+      {"s", "survey: how the fixes of a still receiver lie"},
+      {"n", "begins the survey anew"},
       {"r", "the sentences as they come in"},
       {"?", "this help"},
       {"Esc", "leaves this, the menu, a command"},

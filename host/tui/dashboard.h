@@ -2,9 +2,10 @@
 
 #include <string>
 
+#include "host/records/display.h"
+#include "host/records/geoid.h"
 #include "host/records/tally.h"
 #include "host/tui/canvas.h"
-#include "host/tui/position.h"
 #include "host/tui/readings.h"
 
 namespace host {
@@ -17,7 +18,10 @@ struct View {
   std::string model;
   std::string source;  ///< Where the bytes come from.
   Tally counters;
-  PositionFormat position = PositionFormat::degrees;
+  Display display = {};
+  Geoid geoid = Geoid::none;
+  bool is_live = true;     ///< Times are of the date that this computer has.
+  bool survey = false;     ///< The survey has the place of the sky.
   bool sentences = false;  ///< The stream of sentences has a panel.
   std::string status;      ///< The line above the keys.
   Style status_style = Style::normal;

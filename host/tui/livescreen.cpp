@@ -23,24 +23,29 @@ constexpr std::chrono::seconds kAnswerTime{10};
 constexpr const char* kSection = "Monitor";
 constexpr const char* kPositionEntry = "PositionFormat";
 
-PositionFormat KeptPositionFormat() {
+AngleFormat KeptAngles() {
   CWinApp* app = AfxGetApp();
   const int kept = app == nullptr ? 0 : app->GetProfileInt(kSection, kPositionEntry, 0);
-  return kept > 0 && kept < kPositionFormats ? static_cast<PositionFormat>(kept) : PositionFormat::degrees;
+  return kept > 0 && kept < kAngleFormats ? static_cast<AngleFormat>(kept) : AngleFormat::degrees;
 }
 
 }  // namespace
 
-LiveScreen::LiveScreen(Session& session, Readings& readings)
+LiveScreen::LiveScreen(Session& session, Readings& readings, const Display& display)
     : session_(session),
       readings_(readings),
       menu_(session.Receiver()),
       start_time_(StartTimeOf(session.Receiver())),
       view_(readings) {
   session.GetBoxes().GiveUpKeyboard();
+  readings.ShowAnswers(false);  // until something is asked
   view_.model = session.Options().model;
   view_.source = session.GetFeed().Description(session.Receiver().GetCurrentBaudrate());
-  view_.position = KeptPositionFormat();
+  view_.display = display;
+  if (!display.angles) view_.display.angles = KeptAngles();
+  view_.geoid = session.Options().geoid;
+  readings_.ShowAnswers(false);
+  view_.is_live = session.GetFeed().IsLive();
   SetComplaintHandler([this](const std::string& text) {
     const std::lock_guard lock(notices_mutex_);
     notices_.push_back(text);
@@ -81,7 +86,7 @@ void LiveScreen::Step() {
   while (const auto key = terminal_.ReadKey()) OnKey(*key);
   TakeNotices();
   if (busy_.empty() && answers_until_ && Clock::now() >= *answers_until_) answers_until_.reset();
-  readings_.ShowAnswers(WantsTexts());
+  readings_.ShowAnswers(view_.sentences || answers_until_);
   if (terminal_.TakeChange()) drawn_at_ = {};
   if (Clock::now() >= NextAt()) Draw();
 }
@@ -109,10 +114,16 @@ void LiveScreen::OnKey(int key) {
       menu_.Open();
       break;
     case 'p':
-      NextPositionFormat();
+      NextAngles();
       break;
     case 'r':
       view_.sentences = !view_.sentences;
+      break;
+    case 's':
+      view_.survey = !view_.survey;
+      break;
+    case 'n':
+      if (view_.survey) readings_.BeginSurvey();
       break;
     case key::kEnter:
       session_.GetBoxes().GoOn();
@@ -128,9 +139,9 @@ bool LiveScreen::OnMenuKey(int key) {
   return true;
 }
 
-void LiveScreen::NextPositionFormat() {
-  const int next = (static_cast<int>(view_.position) + 1) % kPositionFormats;
-  view_.position = static_cast<PositionFormat>(next);
+void LiveScreen::NextAngles() {
+  const int next = (static_cast<int>(view_.display.Angles()) + 1) % kAngleFormats;
+  view_.display.angles = static_cast<AngleFormat>(next);
   if (CWinApp* app = AfxGetApp()) app->WriteProfileInt(kSection, kPositionEntry, next);
 }
 

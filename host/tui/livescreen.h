@@ -24,12 +24,13 @@ class LiveScreen : public Outlet {
 
   /// Made before the run begins. `readings` is where its records go. Both outlive the screen. Throws a
   /// Failure if the terminal has no screen.
-  LiveScreen(Session& session, Readings& readings);
+  LiveScreen(Session& session, Readings& readings, const Display& display);
   ~LiveScreen() override { Close(); }
   LiveScreen(const LiveScreen&) = delete;
   LiveScreen& operator=(const LiveScreen&) = delete;
 
-  bool WantsTexts() const override { return view_.sentences || answers_until_; }
+  /// All of them: a GGA says more than its record does.
+  bool WantsTexts() const override { return true; }
   void OnBytes(std::string_view bytes) override;
   void OnEvent(RunEvent event) override;
   Clock::time_point NextAt() const override;
@@ -65,7 +66,7 @@ class LiveScreen : public Outlet {
   void Close();
   void OnKey(int key);
   bool OnMenuKey(int key);
-  void NextPositionFormat();
+  void NextAngles();
   void Perform(const CommandMenu::Order& order);
   bool OnPassed(long long passed);
   void TakeNotices();

@@ -12,8 +12,6 @@ namespace host {
 
 namespace {
 
-constexpr double kKnots = 3600.0 / 1852.0;
-
 struct Kind {
   std::string_view words;
   Style style;
@@ -88,10 +86,47 @@ void DrawKind(Pane& pane, const Readings& readings) {
   }
 }
 
-/// A satellite grows pale with the position that it was told of with.
-Style StyleOf(const CGPSSatelliteData& satellite, const Readings& readings) {
-  if (readings.IsSilent()) return Style::dim;
-  return satellite.m_bUsed ? Style::used : Style::in_view;
+void AddPlace(FixLines& lines, const View& view) {
+  const CGPSData* fix = view.readings.Fix();
+  const AngleFormat format = view.display.Angles();
+  lines.AddAngle("Latitude", fix != nullptr ? AngleText(fix->m_dLatitude, format, 'N', 'S') : "-");
+  lines.AddAngle("Longitude", fix != nullptr ? AngleText(fix->m_dLongitude, format, 'E', 'W') : "-");
+  Projection* const projection = view.display.projection.get();
+  if (projection == nullptr) return;
+  std::optional<Projection::Place> place;
+  if (fix != nullptr) place = projection->Of(fix->m_dLatitude * kDegrees, fix->m_dLongitude * kDegrees);
+  const std::string unit = ' ' + projection->UnitName();
+  lines.AddAngle("Easting", place ? Print("%.3f", place->easting) + unit : "-");
+  lines.AddAngle("Northing", place ? Print("%.3f", place->northing) + unit : "-");
+}
+
+/// The height as it is set up, and the other one where the separation between both is known.
+void AddHeight(FixLines& lines, const View& view) {
+  const CGPSData* fix = view.readings.Fix();
+  const auto& separation = view.readings.Separation();
+  const Unit& unit = view.display.System().length;
+  const std::string name(unit.name);
+  if (fix == nullptr) return lines.Add("Height", "-", name);
+  const std::string height = NumberText("%.2f", fix->m_dAltitude * unit.per_metre);
+  if (!separation) return lines.Add("Height", height, name);
+  const bool adds = view.geoid == Geoid::add;
+  const double other = (fix->m_dAltitude + (adds ? -*separation : *separation)) * unit.per_metre;
+  const int room = 7 - Width(name);  // behind the first one
+  int decimals = 2;
+  while (decimals > 0 && Width(Print("%.*f", decimals, other)) > room) --decimals;
+  lines.Add(adds ? "Height HAE" : "Height MSL", height, name, Print("%.*f", decimals, other),
+            name + (adds ? " MSL" : " HAE"));
+}
+
+void AddTime(FixLines& lines, const View& view) {
+  const auto time = view.readings.TimeOfDay();
+  const auto moment = view.readings.Time();
+  std::string date;
+  if (moment && (view.is_live || view.readings.IsDated())) {
+    AppendIso(date, *moment);
+    date = "  " + date.substr(0, 10);
+  }
+  lines.Add("Time", time ? TimeText(static_cast<std::int64_t>(*time)) : "-", "UTC" + date);
 }
 
 /// Breaks a text at its blanks, and words that are too long anywhere.
@@ -119,103 +154,24 @@ std::string TimeText(std::int64_t moment) {
 
 void DrawFix(Pane pane, const View& view) {
   const Readings& readings = view.readings;
-  Pane inside = pane.Frame("Fix");
+  const Projection* const projection = view.display.projection.get();
+  Pane inside = pane.Frame(projection != nullptr ? "Fix   " + Plain(projection->Name()) : "Fix");
   DrawKind(inside, readings);
   const CGPSData* fix = readings.Fix();
   const bool holds = fix != nullptr && readings.Signal() != UDF_SIGNAL_NONE && !readings.IsStale();
   FixLines lines(inside, holds ? Style::value : Style::dim);
-  lines.AddAngle("Latitude", fix != nullptr ? AngleText(fix->m_dLatitude, view.position, 'N', 'S') : "-");
-  lines.AddAngle("Longitude", fix != nullptr ? AngleText(fix->m_dLongitude, view.position, 'E', 'W') : "-");
+  AddPlace(lines, view);
   const auto speed = readings.Speed();
-  lines.Add("Speed", speed ? NumberText("%.1f", *speed * kKnots) : "-", "kn",
-            speed ? NumberText("%.1f", *speed * 3.6) : "-", "km/h");
+  const auto& [first, second] = view.display.System().both_speeds;
+  const auto in = [&](const Unit& unit) { return speed ? NumberText("%.1f", *speed * unit.per_metre) : "-"; };
+  lines.Add("Speed", in(first), std::string(first.name), in(second), std::string(second.name));
   const auto course = readings.Course();
   lines.Add("Course", course ? NumberText("%03.0f", std::fmod(std::round(*course), 360.0)) : "-", "° true");
-  lines.Add("Height", fix != nullptr ? NumberText("%.2f", fix->m_dAltitude) : "-", "m");
-  const auto time = readings.TimeOfDay();
-  lines.Add("Time", time ? TimeText(static_cast<std::int64_t>(*time)) : "-", "UTC");
+  AddHeight(lines, view);
+  AddTime(lines, view);
   lines.Add("Satellites", readings.Signal() ? Print("%d", readings.SatellitesUsed()) : "-", "used",
             Print("%d", std::max(readings.SatellitesInView(), readings.SatellitesUsed())), "in view");
   lines.AddDops(readings.Dops());
-}
-
-void DrawSky(Pane pane, const View& view) {
-  Pane inside = pane.Frame(pane.Columns() >= 30 ? "Sky   ● used  ○ in view" : "Sky");
-  // A character is about twice as high as it is wide.
-  const int radius = std::min((inside.Rows() - 1) / 2, (inside.Columns() - 5) / 4);
-  if (radius < 2) return;
-  const int row = inside.Rows() / 2, column = inside.Columns() / 2;
-  const auto at = [&](double azimuth, double distance) {
-    return std::pair(row - static_cast<int>(std::lround(radius * distance * std::cos(azimuth))),
-                     column + static_cast<int>(std::lround(2.0 * radius * distance * std::sin(azimuth))));
-  };
-  for (const double distance : {1.0, 0.5}) {
-    const int step = std::max(static_cast<int>(30 / (radius * distance)), 1);
-    for (int degrees = 0; degrees < 360; degrees += step) {
-      const auto [y, x] = at(degrees / kDegrees, distance);
-      inside.Put(y, x, U'·', Style::frame);
-    }
-  }
-  inside.Put(row, column, U'+', Style::frame);
-  constexpr char32_t kWinds[] = {U'N', U'E', U'S', U'W'};
-  for (int wind = 0; wind < 4; ++wind) {
-    const auto [y, x] = at(wind * 90 / kDegrees, 1.0);
-    inside.Put(y, x, kWinds[wind], Style::label);
-  }
-  for (const CGPSSatelliteData& satellite : view.readings.Satellites()) {
-    if (satellite.m_dElevation == 0.0 && satellite.m_dAzimuth == 0.0) continue;  // known by number alone
-    const double distance = std::clamp(1.0 - satellite.m_dElevation * kDegrees / 90.0, 0.0, 1.0);
-    const auto [y, x] = at(satellite.m_dAzimuth, distance);
-    const Style style = StyleOf(satellite, view.readings);
-    const std::string number = Print("%d", satellite.m_nPRN);
-    const bool left = x + 1 + Width(number) > inside.Columns();
-    inside.Put(y, x, satellite.m_bUsed ? U'●' : U'○', style);
-    inside.Text(y, left ? x - Width(number) : x + 1, number, style);
-  }
-}
-
-void DrawSignals(Pane pane, const View& view) {
-  Pane inside = pane.Frame("Signal   █ used  ▒ in view");
-  const auto& satellites = view.readings.Satellites();
-  if (satellites.empty()) {
-    inside.Text(0, 1, "no satellites reported", Style::dim);
-    return;
-  }
-  constexpr char32_t kEighths[] = {U' ', U'▁', U'▂', U'▃', U'▄', U'▅', U'▆', U'▇'};
-  int full = 50;  // what a good receiver reaches, unless this one counts otherwise
-  for (const auto& satellite : satellites) full = std::max(full, satellite.m_nSNR);
-  // Numbers stand below the bars, strengths on top of them.
-  const int base = inside.Rows() - 2;
-  const int step = std::clamp((inside.Columns() - 2) / kSatelliteSlots, 3, 5);
-  int column = 1;
-  for (const auto& satellite : satellites) {
-    const Style style = StyleOf(satellite, view.readings);
-    const int eighths = std::max(satellite.m_nSNR, 0) * 8 * base / full;
-    for (int row = 0; row < base; ++row) {
-      const int part = std::clamp(eighths - row * 8, 0, 8);
-      char32_t glyph = part == 8 ? U'█' : kEighths[part];
-      if (!satellite.m_bUsed && part > 0) glyph = part >= 4 || row == 0 ? U'▒' : U' ';
-      for (int i = 0; i + 1 < step; ++i) inside.Put(base - row, column + i, glyph, style);
-    }
-    const int top = base - std::min((eighths + 7) / 8, base);
-    if (satellite.m_nSNR > 0) inside.Text(top, column, Print("%2d", satellite.m_nSNR), style);
-    inside.Text(base + 1, column, Print("%2d", satellite.m_nPRN), style);
-    column += step;
-  }
-}
-
-void DrawSatellites(Pane pane, const View& view) {
-  Pane inside = pane.Frame("Satellites");
-  inside.Text(0, 1, "Number  Elevation  Azimuth  Signal", Style::label);
-  int row = 1;
-  for (const auto& satellite : view.readings.Satellites()) {
-    const Style style = StyleOf(satellite, view.readings);
-    inside.Put(row, 1, satellite.m_bUsed ? U'●' : U'○', style);
-    inside.Text(row++, 2,
-                Print("%5d  %8.0f°  %6.0f°  %6d", satellite.m_nPRN, satellite.m_dElevation * kDegrees,
-                      satellite.m_dAzimuth * kDegrees, satellite.m_nSNR),
-                style);
-  }
 }
 
 void DrawReports(Pane pane, const View& view) {

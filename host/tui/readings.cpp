@@ -5,6 +5,7 @@
 
 #include "gpsengine/platform/clock.h"
 #include "host/records/units.h"
+#include "host/sentences/positiontail.h"
 
 namespace host {
 
@@ -25,7 +26,6 @@ void Keep(std::deque<T>& lines, T line) {
 bool Readings::OnData(const CGPSData& data) {
   ++version_;
   if (data.m_bPositionValid) TakeFix(data);
-  TakeSatellites(data);
   if (data.m_bDOPValid) dops_ = {data.m_dHDOP, data.m_dPDOP, data.m_dVDOP};
   // A receiver that has sentences of its own sends them with every fix: too many to tell of.
   const bool reports = data.m_Status.m_bStatusUpdated && reports_.OnData(data);
@@ -39,7 +39,10 @@ void Readings::TakeFix(const CGPSData& data) {
   position_at_ = now;
   signal_ = data.m_nSignalType;
   if (HasTimeOfDay(data)) time_of_day_ = data.m_dTimeOfDay;
-  used_ = data.m_nSatellitesUsed;
+  used_ = sky_.UsedBy(data.m_nSatellitesUsed);
+  const PositionEpoch epoch = epochs_.Read(data);
+  if (epoch.time) time_ = epoch.time;
+  if (epoch.fix && epoch.time && !epoch.repeats) survey_.Add(epoch);
   if (data.m_nSignalType == UDF_SIGNAL_NONE) return;
   fix_ = data;
   fix_at_ = now;
@@ -49,14 +52,11 @@ void Readings::TakeFix(const CGPSData& data) {
   if (data.m_dSpeed > 0.0) course_ = CourseOf(data);
 }
 
-void Readings::TakeSatellites(const CGPSData& data) {
-  in_view_ = data.m_nSatellitesInView;
-  satellites_.clear();
-  for (const CGPSSatelliteData& slot : data.m_Satellites) {
-    if (slot.m_nPRN > 0 && (slot.m_bUsed || slot.m_bInView)) satellites_.push_back(slot);
-  }
-  std::sort(satellites_.begin(), satellites_.end(),
-            [](const auto& one, const auto& other) { return one.m_nPRN < other.m_nPRN; });
+bool Readings::OnSky(const Sky& sky) {
+  ++version_;
+  sky_ = sky;
+  used_ = sky_.UsedBy(used_);
+  return false;  // --count counts what the format "text" shows
 }
 
 bool Readings::LogReports() {
@@ -93,8 +93,14 @@ bool Readings::OnString(const CString& text) {
   if (text.ToBytes(bytes)) {
     bytes.erase(bytes.find_last_not_of("\r\n") + 1);
     Keep(sentences_, Plain(bytes));
+    if (const auto tail = PositionTailOf(bytes)) separation_ = tail->separation;
   }
   return shows_answers_ && reports_.OnString(text) && LogReports();
+}
+
+void Readings::SetReference(std::optional<Moment> reference) {
+  dated_ = dated_ || reference;
+  epochs_.SetReference(reference);
 }
 
 void Readings::Log(const std::string& text, Style style) {

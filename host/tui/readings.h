@@ -8,7 +8,9 @@
 #include <optional>
 #include <string>
 
+#include "host/records/epoch.h"
 #include "host/records/sink.h"
+#include "host/records/survey.h"
 #include "host/records/textsink.h"
 #include "host/tui/canvas.h"
 
@@ -34,6 +36,9 @@ class Readings : public Sink {
   bool OnEphemeris(const CGPSDataEphemeris& ephemeris) override;
   bool OnBin() override;
   bool OnString(const CString& text) override;
+  bool WantsSky() const override { return true; }
+  bool OnSky(const Sky& sky) override;
+  void SetReference(std::optional<Moment> reference) override;
 
   /// Whether texts that look like answers are told of among the reports.
   void ShowAnswers(bool shows) { shows_answers_ = shows; }
@@ -52,6 +57,15 @@ class Readings : public Sink {
   bool IsSilent() const;
   /// Seconds of day of the last record that had a time.
   std::optional<double> TimeOfDay() const { return time_of_day_; }
+  /// The moment of the last position that had a time, on a date that only SetReference makes sure of where a
+  /// recording is played.
+  std::optional<Moment> Time() const { return time_; }
+  bool IsDated() const { return dated_; }
+  /// Metres that the geoid lies above the ellipsoid, as the last GGA states.
+  const std::optional<double>& Separation() const { return separation_; }
+  /// Of all fixes since the start, or since it was begun anew.
+  const Survey& GetSurvey() const { return survey_; }
+  void BeginSurvey() { survey_.Clear(); }
   /// Metres a second, and the course over ground in degrees, of the last record that had them.
   std::optional<double> Speed() const { return speed_; }
   std::optional<double> Course() const { return course_; }
@@ -59,10 +73,10 @@ class Readings : public Sink {
     double hdop = 0.0, pdop = 0.0, vdop = 0.0;  ///< 0: not reported.
   };
   const Dilution& Dops() const { return dops_; }
-  /// Those that are used or in view, by their numbers.
-  const std::vector<CGPSSatelliteData>& Satellites() const { return satellites_; }
+  /// Those in view, by system and number.
+  const std::vector<Satellite>& Satellites() const { return sky_.satellites; }
   int SatellitesUsed() const { return used_; }
-  int SatellitesInView() const { return in_view_; }
+  int SatellitesInView() const { return sky_.in_view; }
 
   long long RawEpochs() const { return raw_epochs_; }
   long long Ephemerides() const { return ephemerides_; }
@@ -76,7 +90,6 @@ class Readings : public Sink {
 
  private:
   void TakeFix(const CGPSData& data);
-  void TakeSatellites(const CGPSData& data);
   bool LogReports();
   bool IsOld(const std::optional<Clock::time_point>& since) const;
 
@@ -87,9 +100,14 @@ class Readings : public Sink {
   std::optional<Clock::time_point> fix_at_, position_at_;
   Clock::duration interval_{};  // between the last two records with a position
   std::optional<double> time_of_day_, speed_, course_;
+  EpochReader epochs_;
+  std::optional<Moment> time_;
+  bool dated_ = false;
+  std::optional<double> separation_;
+  Survey survey_;
   Dilution dops_;
-  std::vector<CGPSSatelliteData> satellites_;
-  int used_ = 0, in_view_ = 0;
+  Sky sky_;
+  int used_ = 0;
   long long raw_epochs_ = 0, ephemerides_ = 0, bins_ = 0;
   std::deque<LogLine> log_;
   std::deque<std::string> sentences_;

@@ -2,18 +2,25 @@
 // as a number, never as markup.
 'use strict';
 
-const MOST_FIXES = 5000;   // of the track
 const MOST_SAMPLES = 300;  // of the two lines
+const MOST_BARS = 24;      // of satellites that are not heard, too
 const STALE = 5000;        // ms without a position, or more for a receiver that is slow
 const MOST_STALE = 60000;
-const LEAST_STEP = 1;      // m
-const BREAK = 10000;       // ms between two fixes that are not joined
 
-const SYSTEMS = {0: ['gps', 'G'], 1: ['sbas', 'S'], 6: ['glonass', 'R']};
-const LEGEND = [['gps', 'GPS'], ['glonass', 'GLONASS'], ['sbas', 'SBAS'], ['other', 'other system'], ['unused', 'in view, not used']];
+// By gnssid, with the letters of RINEX.
+const SYSTEMS = {
+  0: ['gps', 'G'], 1: ['sbas', 'S'], 2: ['galileo', 'E'], 3: ['beidou', 'C'], 4: ['other', 'I'], 5: ['qzss', 'J'], 6: ['glonass', 'R'],
+  7: ['navic', 'N'],
+};
+const LEGEND = [['gps', 'GPS'], ['glonass', 'GLONASS'], ['galileo', 'Galileo'], ['beidou', 'BeiDou'], ['qzss', 'QZSS'], ['navic', 'NavIC'], ['sbas', 'SBAS'],
+  ['other', 'other system'], ['unused', 'in view, not used']];
+// How angles are written, by how many of the last place that is shown are in a degree.
+const ANGLES = {degrees: 0, minutes: 60 * 1e5, seconds: 3600 * 1e4};
+const MOST_SENTENCES = 200;
 const DASH = '\u2013';
 
 const state = {fix: null, sky: null, server: null, serverAt: 0, interval: 0, reports: new Map(), way: [], length: 0, anchor: null, trails: new Map()};
+let angles = 'degrees';
 const $ = id => document.getElementById(id);
 const isNumber = value => typeof value === 'number' && Number.isFinite(value);
 const fixed = (value, digits) => isNumber(value) ? value.toFixed(digits) : DASH;
@@ -39,42 +46,11 @@ function draw(name, attributes, ...children) {
 
 // ---- what comes in
 
-function metresBetween(a, b) {
-  const north = (b.lat - a.lat) * 111195;
-  const east = wrap(b.lon - a.lon) * 111195 * Math.cos(a.lat * Math.PI / 180);
-  return {north, east, length: Math.hypot(north, east)};
-}
-
-// A difference of longitudes, across the date line if that is nearer.
-function wrap(degrees) {
-  return degrees - 360 * Math.round(degrees / 360);
-}
-
 function onPosition(tpv) {
   if (state.fix) state.interval = Math.abs(Date.parse(tpv.time) - Date.parse(state.fix.time)) || 0;
   state.fix = tpv;
-  if (!isNumber(tpv.lat) || !isNumber(tpv.lon)) return;
-  const here = {
-    lat: tpv.lat, lon: tpv.lon, at: Date.parse(tpv.time), speed: tpv.speed,
-    height: isNumber(tpv.altMSL) ? tpv.altMSL : tpv.altHAE,
-  };
-  const last = state.way.at(-1);
-  const gap = last ? here.at - last.at : 0;
-  here.isBreak = !last || gap > BREAK || gap < 0;
-  measure(here);
-  state.way.push(here);
-  if (state.way.length <= MOST_FIXES) return;
-  state.way.shift();
-  // The distance is that of the way which is drawn.
-  state.length -= state.way[0].step;
-}
-
-// Adds to the distance in steps from a metre up: shorter ones are the receiver's noise.
-function measure(here) {
-  const step = here.isBreak ? 0 : metresBetween(state.anchor, here).length;
-  here.step = step < LEAST_STEP ? 0 : step;
-  if (here.isBreak || here.step > 0) state.anchor = here;
-  state.length += here.step;
+  if (isNumber(tpv.lat) && isNumber(tpv.lon)) addToWay(tpv);
+  state.wasLost = tpv.mode === 1;
 }
 
 function onSky(sky) {
@@ -174,7 +150,39 @@ function drawPosition() {
 }
 
 function angle(degrees, positive, negative) {
-  return isNumber(degrees) ? `${Math.abs(degrees).toFixed(7)}\u00b0 ${degrees < 0 ? negative : positive}` : DASH;
+  if (!isNumber(degrees)) return DASH;
+  const side = degrees < 0 ? negative : positive, size = Math.abs(degrees), unit = ANGLES[angles];
+  if (!unit) return `${size.toFixed(7)}\u00b0 ${side}`;
+  // Counted in the last place that is shown, so that no 60 comes of rounding.
+  const last = (value, digits) => (value / 10 ** digits).toFixed(digits).padStart(digits + 3, '0');
+  const parts = Math.round(size * unit), minute = unit / 60, whole = `${Math.floor(parts / unit)}\u00b0`;
+  if (angles === 'minutes') return `${whole} ${last(parts % unit, 5)}' ${side}`;
+  return `${whole} ${String(Math.floor(parts / minute) % 60).padStart(2, '0')}' ${last(parts % minute, 4)}" ${side}`;
+}
+
+// A browser that keeps nothing begins with degrees each time.
+function kept(name, value) {
+  try {
+    if (value) localStorage.setItem(name, value);
+    return localStorage.getItem(name);
+  } catch {
+    return value;
+  }
+}
+
+function chooseAngles(name) {
+  angles = Object.hasOwn(ANGLES, name) ? name : 'degrees';
+  put('angles', angles);
+}
+
+function watchAngles() {
+  const names = Object.keys(ANGLES);
+  chooseAngles(kept('angles'));
+  $('angles').onclick = () => {
+    chooseAngles(names[(names.indexOf(angles) + 1) % names.length]);
+    kept('angles', angles);
+    render();
+  };
 }
 
 // The last samples as a line, at least so high that noise stays small.
@@ -199,13 +207,18 @@ function systemOf(sat) {
 }
 
 function nameOf(sat) {
-  const letter = systemOf(sat)[1];
-  return letter ? letter + String(sat.svid).padStart(2, '0') : String(sat.PRN);
+  const [kind, letter] = systemOf(sat);
+  return letter ? letter + String(kind === 'sbas' ? sat.svid - 100 : sat.svid).padStart(2, '0') : String(sat.PRN);
+}
+
+function signalOf(sat) {
+  return isNumber(sat.ss) ? `${sat.ss} dB-Hz` : 'no signal';
 }
 
 function satellites() {
   const list = state.sky && Array.isArray(state.sky.satellites) ? state.sky.satellites : [];
-  return list.map(sat => ({...sat, name: nameOf(sat), kind: systemOf(sat)[0]})).sort((a, b) => a.name.localeCompare(b.name));
+  const order = sat => (isNumber(sat.gnssid) ? sat.gnssid : 9) * 1000 + sat.PRN;
+  return list.map(sat => ({...sat, name: nameOf(sat), kind: systemOf(sat)[0]})).sort((a, b) => order(a) - order(b));
 }
 
 // North is up, the zenith in the middle.
@@ -231,10 +244,10 @@ function drawSky() {
     const points = trail.map(point => skyPoint(point.el, point.az).map(value => value.toFixed(1)).join(' ')).join(' ');
     parts.push(draw('polyline', {points, class: `trail ${sat.kind}`}));
   }
-  for (const sat of seen) {
+  for (const sat of [...seen].sort((a, b) => Boolean(a.used) - Boolean(b.used))) {
     const [x, y] = skyPoint(sat.el, sat.az);
     parts.push(draw('g', {class: `sat ${sat.kind}${sat.used ? ' used' : ''}`, transform: `translate(${x.toFixed(1)} ${y.toFixed(1)})`},
-      draw('title', {}, `${sat.name}: elevation ${sat.el}\u00b0, azimuth ${sat.az}\u00b0, ${sat.ss} dB-Hz`),
+      draw('title', {}, `${sat.name}: elevation ${sat.el}\u00b0, azimuth ${sat.az}\u00b0, ${signalOf(sat)}`),
       draw('circle', {r: 9}), draw('text', {y: 2.7}, sat.name)));
   }
   $('sky').replaceChildren(...parts);
@@ -243,49 +256,17 @@ function drawSky() {
 }
 
 function drawSignals() {
-  const bars = satellites().map(sat => {
+  // Of many satellites those that are heard matter.
+  const all = satellites(), shown = all.length > MOST_BARS ? all.filter(sat => isNumber(sat.ss)) : all;
+  const bars = shown.map(sat => {
     const level = isNumber(sat.ss) ? sat.ss : 0;
     const bar = make('div', {class: 'bar'});
     bar.style.height = `${Math.max(0, Math.min(100, level / 55 * 100))}%`;
-    return make('div', {class: `${sat.kind}${sat.used ? ' used' : ''}`, role: 'listitem', title: `${sat.name}: ${level} dB-Hz`},
+    return make('div', {class: `${sat.kind}${sat.used ? ' used' : ''}`, role: 'listitem', title: `${sat.name}: ${signalOf(sat)}`},
       make('span', {class: 'number'}, level > 0 ? String(Math.round(level)) : DASH),
       make('div', {class: 'well'}, bar), make('b', {}, sat.name));
   });
   $('signals').replaceChildren(...(bars.length ? bars : [make('p', {class: 'nothing'}, 'no satellites yet')]));
-}
-
-// The largest of 1, 2, 5, 10 ... up to `value`.
-function roundDown(value) {
-  const power = 10 ** Math.floor(Math.log10(value));
-  return power * [5, 2, 1].find(step => step * power <= value);
-}
-
-function metres(value) {
-  return value >= 1000 ? `${+(value / 1000).toFixed(2)} km` : `${+value.toFixed(value < 10 ? 1 : 0)} m`;
-}
-
-function drawMap() {
-  const way = state.way, origin = way.at(-1);
-  if (!origin) return $('map').replaceChildren(draw('text', {x: 0, y: 0, 'text-anchor': 'middle'}, 'no position yet'));
-  const points = way.map(point => ({...metresBetween(origin, point), isBreak: point.isBreak}));
-  const east = points.map(point => point.east), north = points.map(point => point.north);
-  const box = [Math.min(...east), Math.max(...east), Math.min(...north), Math.max(...north)];
-  const scale = 170 / Math.max(20, box[1] - box[0], box[3] - box[2]);
-  const x = value => ((value - (box[0] + box[1]) / 2) * scale).toFixed(1);
-  const y = value => ((value - (box[2] + box[3]) / 2) * -scale).toFixed(1);
-  const step = roundDown(60 / scale) * scale;
-  let grid = '';
-  for (let at = 0; at <= 100; at += step) grid += `M${at}-100V100M${-at}-100V100M-100 ${at}H100M-100 ${-at}H100`;
-  const path = points.map(point => `${point.isBreak ? 'M' : 'L'}${x(point.east)} ${y(point.north)}`).join('');
-  const fix = state.fix || {};
-  const here = isNumber(fix.track) ? draw('path', {d: 'M0-8 5.5 6 0 3-5.5 6z', class: 'here',
-    transform: `translate(${x(0)} ${y(0)}) rotate(${fix.track})`}) : draw('circle', {cx: x(0), cy: y(0), r: 4.5, class: 'here'});
-  $('map').replaceChildren(draw('path', {d: grid, class: 'grid'}),
-    draw('path', {d: 'L' === path[0] ? `M${path.slice(1)}` : path, class: 'way'}),
-    draw('circle', {cx: x(points[0].east), cy: y(points[0].north), r: 3, class: 'start'}), here,
-    draw('path', {d: `M-96 90v4h${step}v-4`, class: 'scale'}), draw('text', {x: -94, y: 88}, metres(step / scale)),
-    draw('text', {x: 94, y: -90, 'text-anchor': 'end'}, 'N \u2191'));
-  put('distance', metres(state.length));
 }
 
 function list(id, rows) {
@@ -348,6 +329,26 @@ function follow() {
   setInterval(render, 1000);
 }
 
+// The receiver's sentences, while they are asked for.
+function watchSentences() {
+  const lines = [];
+  let events = null;
+  $('raw').ontoggle = () => {
+    if (events) events.close();
+    events = $('raw').open ? new EventSource('sentences') : null;
+    lines.length = 0;  // the last moments come anew
+    if (!events) return;
+    events.onerror = () => { if (events.readyState === EventSource.CLOSED) put('sentences', 'the server gives no sentences'); };
+    events.onmessage = event => {
+      lines.push(event.data);
+      if (lines.length > MOST_SENTENCES) lines.shift();
+      const box = $('sentences'), isAtEnd = box.scrollTop + box.clientHeight > box.scrollHeight - 20;
+      put('sentences', lines.join('\n'));
+      if (isAtEnd) box.scrollTop = box.scrollHeight;
+    };
+  };
+}
+
 // "?once" shows what there is by the time the page has loaded, for a picture or a print.
 function showOnce() {
   const request = new XMLHttpRequest();
@@ -357,5 +358,8 @@ function showOnce() {
   pill('link', 'one look', 'wait');
 }
 
+watchAngles();
+watchMap();
+watchSentences();
 if (location.search === '?once') showOnce(); else follow();
 drawAll();

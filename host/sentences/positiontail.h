@@ -6,13 +6,13 @@
 
 namespace host {
 
-/// What a GGA sentence says behind its height, which records do not carry.
-struct GgaTail {
+/// What a GGA or GNS sentence says behind its height, which records do not carry.
+struct PositionTail {
   std::optional<double> separation;  ///< Metres that the geoid lies above the ellipsoid.
   std::string age, station;          ///< Of the corrections, as they stand there.
 };
 
-/// None for another sentence.
-std::optional<GgaTail> GgaTailOf(std::string_view sentence);
+/// None for another sentence, or a broken one.
+std::optional<PositionTail> PositionTailOf(std::string_view line);
 
 }  // namespace host

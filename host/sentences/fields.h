@@ -1,0 +1,46 @@
+#pragma once
+
+#include <array>
+#include <optional>
+#include <string_view>
+
+namespace host {
+
+/// A sentence of the standard by its fields, which stand in the text that it was read from.
+class Fields {
+ public:
+  /// Takes the sentence of a line of a receiver's output, from its last "$" on. One without a good checksum,
+  /// or with more fields than any has, is none.
+  explicit Fields(std::string_view line);
+
+  explicit operator bool() const { return size_ > 0; }
+  /// Who speaks: "GP", "GN", … Empty for a tag that is not of the standard's length.
+  std::string_view Talker() const { return tag_.substr(0, 2); }
+  /// "GGA", "GSV", …
+  std::string_view Kind() const { return tag_.substr(tag_.empty() ? 0 : 2); }
+  /// How many fields there are, the tag included.
+  int Size() const { return size_; }
+  /// A field by its number, 0 being the tag; empty if there are fewer.
+  std::string_view operator[](int number) const {
+    return number < size_ ? fields_[static_cast<std::size_t>(number)] : std::string_view();
+  }
+
+ private:
+  std::array<std::string_view, 40> fields_;
+  int size_ = 0;
+  std::string_view tag_;
+};
+
+/// The number that a field holds; none if it holds anything else.
+std::optional<int> WholeOf(std::string_view field, int base = 10);
+std::optional<double> NumberOf(std::string_view field);
+/// The seconds of the day behind "hhmmss.ss".
+std::optional<double> TimeOf(std::string_view field);
+
+/// The field that holds the time of day; 0 for a sentence that has none.
+int TimeFieldOf(const Fields& sentence);
+
+/// The time of day, in seconds, that a line of a receiver's output tells.
+std::optional<double> TimeOfDayOf(std::string_view line);
+
+}  // namespace host

@@ -1,0 +1,47 @@
+#include "host/sentences/moment.h"
+
+#include <chrono>
+#include <cmath>
+
+namespace host {
+
+namespace {
+
+void AppendDigits(std::string& out, int value, int width) {
+  for (int power = width == 4 ? 1000 : width == 3 ? 100 : 10; power > 0; power /= 10) {
+    out += static_cast<char>('0' + value / power % 10);
+  }
+}
+
+}  // namespace
+
+Moment DateTimeOfDay(double seconds_of_day, Moment near) {
+  const Moment time = std::llround(seconds_of_day * 1000.0);
+  // Midnight lies as near to the noon of one day as to that of another: it begins its day.
+  const auto days =
+      std::chrono::floor<std::chrono::days>(std::chrono::milliseconds(near - time + kDay / 2 - 1));
+  return days.count() * kDay + time;
+}
+
+void AppendIso(std::string& out, Moment moment) {
+  const auto time = std::chrono::sys_time<std::chrono::milliseconds>(std::chrono::milliseconds(moment));
+  const auto day = std::chrono::floor<std::chrono::days>(time);
+  const std::chrono::year_month_day date(day);
+  const auto ms = static_cast<int>((time - day).count());
+  AppendDigits(out, static_cast<int>(date.year()), 4);
+  out += '-';
+  AppendDigits(out, static_cast<int>(static_cast<unsigned>(date.month())), 2);
+  out += '-';
+  AppendDigits(out, static_cast<int>(static_cast<unsigned>(date.day())), 2);
+  out += 'T';
+  AppendDigits(out, ms / 3'600'000, 2);
+  out += ':';
+  AppendDigits(out, ms / 60'000 % 60, 2);
+  out += ':';
+  AppendDigits(out, ms / 1000 % 60, 2);
+  out += '.';
+  AppendDigits(out, ms % 1000, 3);
+  out += 'Z';
+}
+
+}  // namespace host

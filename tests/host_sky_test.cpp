@@ -1,0 +1,186 @@
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "host/records/skysource.h"
+#include "host/sentences/positiontail.h"
+#include "host/sentences/skyreader.h"
+#include "tests/support/receivertest.h"
+
+using namespace host;
+
+namespace {
+
+std::string At(const std::string& time) {
+  return WithChecksum("$GNGGA," + time + ",4807.038,N,01131.000,E,1,12,0.9,545.4,M,46.9,M,,");
+}
+
+/// A satellite a word: its name, its number for all systems, "*" if it is used, elevation, azimuth and
+/// signal.
+std::string Show(const Sky& sky) {
+  const auto text = [](const std::optional<int>& value) { return value ? std::to_string(*value) : "-"; };
+  std::string words;
+  for (const Satellite& one : sky.satellites) {
+    words += (words.empty() ? "" : " ") + one.id.Name() + '=' + std::to_string(one.id.Prn()) +
+             (one.used ? "*" : "") + ':' + text(one.elevation) + '/' + text(one.azimuth) + '/' +
+             text(one.signal);
+  }
+  return words;
+}
+
+/// What is told of sentences without checksums, one sky a line, the last one at the end of them.
+std::string SkiesOf(std::initializer_list<std::string> sentences) {
+  SkyReader reader;
+  std::string lines;
+  for (const std::string& sentence : sentences) {
+    if (reader.Read(sentence.ends_with('\n') ? sentence : WithChecksum(sentence))) {
+      lines += Show(reader.Latest()) + '\n';
+    }
+  }
+  return reader.Finish() ? lines + Show(reader.Latest()) + '\n' : lines;
+}
+
+/// A whole group of satellites in view, from 1 on.
+std::string PagesOf(const std::string& talker, int satellites, const std::string& band = "") {
+  std::string text;
+  const int pages = (satellites + 3) / 4;
+  for (int page = 1; page <= pages; ++page) {
+    std::string gsv = "$" + talker + "GSV," + std::to_string(pages) + ',' + std::to_string(page) + ',' +
+                      std::to_string(satellites);
+    for (int i = page * 4 - 3; i <= std::min(page * 4, satellites); ++i)
+      gsv += ',' + std::to_string(i) + ",10,20,30";
+    text += WithChecksum(gsv + band);
+  }
+  return text;
+}
+
+/// Reads text line by line; true if some line told a sky.
+bool ReadAll(SkyReader& reader, const std::string& text) {
+  bool told = false;
+  for (std::size_t start = 0; start < text.size(); start = text.find('\n', start) + 1) {
+    told |= reader.Read(std::string_view(text).substr(start, text.find('\n', start) - start));
+  }
+  return told;
+}
+
+}  // namespace
+
+TEST(HostSky, NumbersTheSatellitesOfEverySystem) {
+  const struct {
+    const char* talker;
+    int number;
+    const char* id;
+  } cases[] = {{"GP", 5, "G05=5"},     {"GP", 40, "S27=40"},   {"GP", 152, "S52=152"}, {"GP", 66, "R02=66"},
+               {"GL", 66, "R02=66"},   {"GL", 2, "R02=66"},    {"GA", 33, "E33=333"},  {"GN", 333, "E33=333"},
+               {"GB", 33, "C33=433"},  {"BD", 5, "C05=405"},   {"GN", 205, "C05=405"}, {"GQ", 2, "J02=194"},
+               {"QZ", 202, "J10=202"}, {"GN", 194, "J02=194"}, {"GI", 7, "N07=507"},   {"GN", 173, "I01=173"},
+               {"GN", 800, "800=800"}};
+  for (const auto& [talker, number, id] : cases) {
+    const std::string gsv =
+        std::string("$") + talker + "GSV,1,1,01," + std::to_string(number) + ",45,120,41,1";
+    EXPECT_EQ(SkiesOf({gsv}), std::string(id) + ":45/120/41\n") << gsv;
+  }
+}
+
+TEST(HostSky, JoinsTheBandsAndSystemsOfAnEpoch) {
+  EXPECT_EQ(SkiesOf({At("120000"), "$GNGSA,A,3,07,,,,,,,,,,,,2.5,1.3,2.1,1",
+                     "$GNGSA,A,3,33,,,,,,,,,,,,2.5,1.3,2.1,3", "$GPGSV,1,1,02,07,45,120,30,33,,,00,1",
+                     "$GPGSV,1,1,01,07,45,120,35,8", "$GAGSV,1,1,02,33,05,010,,08,-3,,,7",
+                     "$GBGSV,1,1,01,07,10,020,22", "$GBGSV,1,1,01,07,,,25"}),
+            "G07=7*:45/120/35 S20=33:-/-/- E08=308:-3/-/- E33=333*:5/10/- C07=407:10/20/25\n");
+  EXPECT_EQ(SkiesOf({"$GNGSA,A,3,07,08,,,,,,,,,,,2.5,1.3,2.1", "$GNGSA,A,3,66,,,,,,,,,,,,2.5,1.3,2.1",
+                     "$GPGSV,1,1,02,07,45,120,30,09,01,02,03", "$GLGSV,1,1,01,66,45,120,31"}),
+            "G07=7*:45/120/30 G09=9:1/2/3 R02=66*:45/120/31\n")
+      << "used satellites without a system id, by the range of their numbers";
+}
+
+TEST(HostSky, TellsOneSkyAnEpochAndForgetsWhatIsGone) {
+  const std::string gps = "$GPGSV,1,1,01,07,45,120,30", glonass = "$GLGSV,1,1,01,66,45,120,31";
+  const std::string both = "G07=7:45/120/30 R02=66:45/120/31\n", one = "G07=7:45/120/30\n";
+  EXPECT_EQ(SkiesOf({At("120000"), gps, glonass, At("120001"), gps, glonass, At("120002")}), both + both);
+  EXPECT_EQ(SkiesOf({gps, glonass, gps, glonass, gps, glonass}), both + both + both) << "without any time";
+  EXPECT_EQ(SkiesOf({At("120000"), gps, glonass, At("120001"), gps, At("120002"), gps, At("120003"), gps}),
+            both + both + both + one);
+  SkyReader reader;
+  ReadAll(reader,
+          At("120000") + WithChecksum(gps) + WithChecksum(glonass) + At("120001") + WithChecksum(gps));
+  EXPECT_TRUE(reader.Read(WithChecksum(glonass))) << "nothing more is waited for";
+  EXPECT_EQ(reader.Latest().time_of_day, 43201.0);
+}
+
+TEST(HostSky, KeepsWhatItHasWhenAGroupIsBroken) {
+  const std::string good = "$GPGSV,1,1,01,07,45,120,30", sky = "G07=7:45/120/30\n";
+  const std::initializer_list<const char*> cases[] = {
+      {"$GPGSV,2,1,05,01,10,020,30,02,10,020,30,03,10,020,30,04,10,020,30"},
+      {"$GPGSV,2,1,05,01,10,020,30", "$GPGSV,3,2,05,02,10,020,30", "$GPGSV,2,2,05,02,10,020,30"},
+      {"$GPGSV,2,2,05,01,10,020,30"},
+      {"$GPGSV,3,1,09,01,10,020,30", "$GPGSV,3,3,09,02,10,020,30"},
+      {"$GPGSV,3,11,01,01,10,020,30"},
+      {"$GPGSV,200,1,01,01,10,020,30"},
+      {"$GPGSV,1,1,999,01,10,020,30"},
+      {"$GPGSV,1,1,01,01,10"},
+      {"$GPGSV,0,0,00"},
+      {"$GPGSV,1,-1,01,01,10,020,30"},
+      {"$GPGSV,1,1,01,01,10,020,30*00\n"},
+      {"$GPGSV,1,1,05,01,10,020,30,02,10,020,30,03,10,020,30,04,10,020,30,05,10,020,30"}};
+  for (const auto& broken : cases) {
+    SkyReader reader;
+    ReadAll(reader, At("120000") + WithChecksum(good));
+    for (const std::string line : broken) reader.Read(line.ends_with('\n') ? line : WithChecksum(line));
+    EXPECT_TRUE(reader.Finish());
+    EXPECT_EQ(Show(reader.Latest()) + '\n', sky) << *broken.begin();
+  }
+  EXPECT_EQ(SkiesOf({"$GPGSV,1,1,01,07,99,361,30", "$GLGSV,1,1,01,x,45,120,30"}), "G07=7:-/-/30\n");
+}
+
+TEST(HostSky, HoldsAHundredAndTwentyEightSatellitesHoweverManyCome) {
+  SkyReader reader;
+  for (const char* talker : {"GP", "GL", "GA", "GB"}) ReadAll(reader, PagesOf(talker, 32));
+  EXPECT_TRUE(reader.Finish());
+  EXPECT_EQ(reader.Latest().in_view, 128);
+  for (int i = 0; i < 100; ++i) {
+    const std::string talker = {static_cast<char>('A' + i % 26), static_cast<char>('A' + i / 26 % 26)};
+    ReadAll(reader, At(std::to_string(120000 + i % 60)) + PagesOf(talker, 128, ",1"));
+  }
+  reader.Finish();
+  EXPECT_LE(reader.Latest().satellites.size(), Sky::kMost);
+}
+
+TEST(HostSky, ComesFromRecordsWhereSentencesHaveNoGroups) {
+  const auto record = [](bool position) {
+    CGPSData data;
+    data.m_bPositionValid = position;
+    data.m_bSatellitesComplete = data.m_bSatellitesChanged = true;
+    data.m_nSatellitesInView = 2;
+    data.m_Satellites[0] = {0.5, 1.0, 7, true, true, 41};
+    data.m_Satellites[3] = {0.0, 0.0, 66, false, true, 0};
+    return data;
+  };
+  SkySource source;
+  EXPECT_EQ(source.OnData(record(false)), nullptr) << "its text may be a sentence that tells more";
+  const Sky* sky = source.OnText("$PASHR,SAT,...");
+  ASSERT_NE(sky, nullptr);
+  EXPECT_EQ(Show(*sky), "G07=7*:29/57/41 R02=66:-/-/-");
+  source.OnData(record(true));
+  EXPECT_EQ(source.OnText(At("120000")), nullptr) << "the same with a position";
+  source.OnData(record(false));
+  source.OnText(WithChecksum("$GPGSV,1,1,01,07,45,120,30"));
+  sky = source.Finish();
+  ASSERT_NE(sky, nullptr);
+  EXPECT_EQ(Show(*sky), "G07=7:45/120/30");
+  for (int i = 0; i < 300; ++i) source.OnText(At(std::to_string(120000 + i % 60)));
+  source.OnData(record(false));
+  EXPECT_NE(source.OnText("$PASHR,SAT,..."), nullptr) << "the receiver sends no groups any more";
+}
+
+TEST(HostSky, ReadsTheTailOfAPosition) {
+  const auto gga = PositionTailOf(At("120000").replace(0, 0, "noise"));
+  ASSERT_TRUE(gga);
+  EXPECT_EQ(gga->separation, 46.9);
+  const auto gns =
+      PositionTailOf(WithChecksum("$GNGNS,120000,4807.038,N,01131.000,E,RR,13,0.9,25.63,-11.24,1.5,0031"));
+  ASSERT_TRUE(gns);
+  EXPECT_EQ(gns->separation, -11.24);
+  EXPECT_EQ(gns->age + '/' + gns->station, "1.5/0031");
+  EXPECT_FALSE(PositionTailOf("$GPGGA,120000,,,,,,,,,M,1,M,,*00"));
+}
