@@ -37,18 +37,16 @@ struct MSG {
 
 class CWnd;
 
-/// Which message a window class handles with which operation, framework style: the rows of a class, and the
-/// map of its base class, which is asked next. The rows end with one for message 0.
-///@{
+/// One row of a message map: which message a window class handles, and with what.
 struct AFX_MSGMAP_ENTRY {
-  UINT nMessage;                                                     ///< The message, exactly.
+  UINT nMessage;  ///< The message, exactly; 0 ends the rows.
   LRESULT (*pfnHandle)(CWnd& window, WPARAM wParam, LPARAM lParam);  ///< Handles it, on the window's thread.
 };
+/// The rows of a class, and the map of its base class, which is asked next.
 struct AFX_MSGMAP {
   const AFX_MSGMAP* (*pfnGetBaseMap)();  ///< Null for the root.
   const AFX_MSGMAP_ENTRY* lpEntries;     ///< The rows of this class.
 };
-///@}
 
 /// A window without a picture: an address for messages, with a procedure that handles them.
 class CWnd {
