@@ -87,23 +87,23 @@ bool SkyReader::OnTime(std::optional<double> time) {
 bool SkyReader::OnPage(const Fields& gsv) {
   constexpr int kHead = 4, kPerPage = 4;
   const auto pages = InRange(gsv[1], 1, kMostPages);
-  const auto page = pages ? InRange(gsv[2], 1, *pages) : std::nullopt;
+  const int page = pages ? InRange(gsv[2], 1, *pages).value_or(0) : 0;  // 0 for none
   // Behind whole satellites stands the band. The signal of the last one may be cut off with its comma.
   const int rest = gsv.Size() - kHead, over = rest % 4;
-  const bool is_whole = page && InRange(gsv[3], 0, static_cast<int>(Sky::kMost)) && rest >= 0 &&
+  const bool is_whole = page > 0 && InRange(gsv[3], 0, static_cast<int>(Sky::kMost)) && rest >= 0 &&
                         rest <= kPerPage * 4 + 1 && over != 2;
   const int end = over == 1 ? gsv.Size() - 1 : gsv.Size();
   Source source{{gsv.Talker()[0], gsv.Talker()[1]}, over == 1 ? WholeOf(gsv[end], 16).value_or(0) : 0};
-  if (is_whole && *page == 1) {
+  if (is_whole && page == 1) {
     pages_ = Pages{Group{source}, *pages, 1};
   } else if (!is_whole || !pages_ || !(pages_->group.source == source) || pages_->pages != *pages ||
-             pages_->next != *page) {
+             pages_->next != page) {
     pages_.reset();
     return false;
   }
   ++pages_->next;
   ReadSatellites(gsv, end, pages_->group.items);
-  return *page == *pages && OnGroup(std::move(std::exchange(pages_, std::nullopt)->group));
+  return page == *pages && OnGroup(std::move(std::exchange(pages_, std::nullopt)->group));
 }
 
 bool SkyReader::OnGroup(Group group) {
