@@ -24,7 +24,8 @@ class CAcme : public CGPSReceiver {
   void SetGgaOnlyNMEA() override {
     // Each line with the milliseconds to wait behind it. A line that lacks its end, is too long or has a
     // wrong checksum does not compile.
-    static constexpr Command kLines[] = {{"$PASHS,NME,ALL,A,OFF\r\n", 200}, {"$PASHS,NME,GGA,A,ON\r\n", 200}};
+    static constexpr CGPSCommand kLines[] = {{"$PASHS,NME,ALL,A,OFF\r\n", 200},
+                                             {"$PASHS,NME,GGA,A,ON\r\n", 200}};
     Write(kLines);
   }
 

@@ -8,12 +8,12 @@ std::vector<const CLI::App*> Commands(const CLI::App& app) {
   return app.get_subcommands([](const CLI::App* command) { return !command->get_group().empty(); });
 }
 
-std::vector<Command> AllCommands(const CLI::App& app, const std::string& parent) {
-  std::vector<Command> all;
+std::vector<NamedCommand> AllCommands(const CLI::App& app, const std::string& parent) {
+  std::vector<NamedCommand> all;
   for (const CLI::App* command : Commands(app)) {
     const std::string name = parent + command->get_name();
     all.push_back({name, command});
-    for (const Command& nested : AllCommands(*command, name + ' ')) all.push_back(nested);
+    for (const NamedCommand& nested : AllCommands(*command, name + ' ')) all.push_back(nested);
   }
   return all;
 }

@@ -10,14 +10,14 @@ namespace host {
 // group are left out.
 
 /// A command under the words that a user types for it: "config set".
-struct Command {
+struct NamedCommand {
   std::string name;
   const CLI::App* app;
 };
 
 std::vector<const CLI::App*> Commands(const CLI::App& app);
 /// All commands, each ahead of its own.
-std::vector<Command> AllCommands(const CLI::App& app, const std::string& parent = "");
+std::vector<NamedCommand> AllCommands(const CLI::App& app, const std::string& parent = "");
 std::vector<const CLI::Option*> Options(const CLI::App& command);
 bool IsFlag(const CLI::Option& option);
 /// What an option's value is called, and behind it what the help says of its limits.

@@ -17,7 +17,7 @@ namespace host {
 namespace {
 
 // In the place of words: the shell knows its files best, with "~" and its variables.
-constexpr char kFiles[] = ":files";
+constexpr char kFilesOfShell[] = ":files";
 
 // Words that may stand at the cursor; behind a tab, what one means.
 using Words = std::vector<std::string>;
@@ -82,7 +82,7 @@ Words ValuesOf(const CLI::Option& option, const std::string& previous, const std
   const std::string type = TypeOf(option);
   Words words = ChoicesOf(option);
   if (!words.empty()) return words;
-  if (type == "FILE" || type == "BASE") return {kFiles};
+  if (type == "FILE" || type == "BASE") return {kFilesOfShell};
   if (type == "DEVICE") return DeviceWords(begun);
   if (type == "ARGUMENT") return ArgumentWords(previous);
   if (type == "OPERATION") {
@@ -163,7 +163,8 @@ std::string Completions(const CLI::App& app, std::vector<std::string> words) {
     if (!begun.starts_with('-')) found = ArgumentsAt(place, begun);
     if (found.empty()) found = OptionsAt(place);
   }
-  std::erase_if(found, [&](const std::string& word) { return word != kFiles && !word.starts_with(begun); });
+  std::erase_if(found,
+                [&](const std::string& word) { return word != kFilesOfShell && !word.starts_with(begun); });
   return found.empty() ? "" : Join(found, "\n") + '\n';
 }
 

@@ -119,7 +119,7 @@ std::string ManualPage(const CLI::App& app, const std::string& version) {
   for (const char* option : {"--help", "--version"})
     page += ".br\n" + Bold(app.get_name()) + ' ' + Bold(option) + '\n';
   page += ".SH COMMANDS\nEach takes " + Bold("--help") + " too.\n";
-  for (const Command& command : AllCommands(app)) AppendCommand(page, command.name, *command.app);
+  for (const NamedCommand& command : AllCommands(app)) AppendCommand(page, command.name, *command.app);
   page += ".SH EXIT STATUS\n";
   for (const auto& row : kExitCodes) page += Item(Bold(row.code), row.meaning);
   page += ".SH FILES\n";

@@ -6,7 +6,7 @@ namespace host {
 
 namespace {
 
-constexpr std::string_view kTail = "\n]}\n";
+constexpr std::string_view kGeoJsonTail = "\n]}\n";
 
 /// A point a fix, so that each has all that is known of it.
 class GeoJsonExport : public Export {
@@ -37,8 +37,8 @@ class GeoJsonExport : public Export {
     json.EndObject();
     json.EndObject();
   }
-  void Flush() override { file_.Flush(kTail); }
-  void Finish(const Tally&) override { file_.Close(kTail); }
+  void Flush() override { file_.Flush(kGeoJsonTail); }
+  void Finish(const Tally&) override { file_.Close(kGeoJsonTail); }
 
  private:
   /// The third coordinate is one above the ellipsoid, or none.

@@ -7,7 +7,7 @@ namespace host {
 
 namespace {
 
-constexpr std::string_view kHead =
+constexpr std::string_view kGpxHead =
     R"(<?xml version="1.0" encoding="UTF-8"?>
 <gpx version="1.1" creator="gpsengine" xmlns="http://www.topografix.com/GPX/1/1")"
     R"( xmlns:xsi="http://www.w3.org/2001/XMLSchema-instance")"
@@ -16,8 +16,8 @@ constexpr std::string_view kHead =
     R"( http://www.garmin.com/xmlschemas/TrackPointExtension/v2)"
     R"( https://www8.garmin.com/xmlschemas/TrackPointExtensionv2.xsd">
 )";
-constexpr std::string_view kSegmentEnd = "    </trkseg>\n";
-constexpr std::string_view kTail = "  </trk>\n</gpx>\n";
+constexpr std::string_view kGpxSegmentEnd = "    </trkseg>\n";
+constexpr std::string_view kGpxTail = "  </trk>\n</gpx>\n";
 
 void AppendNumber(std::string& out, std::string_view tag, double value, int decimals) {
   ((out += '<') += tag) += '>';
@@ -33,7 +33,7 @@ class GpxExport : public Export {
  public:
   GpxExport(const ExportPath& path, const RunFacts& facts) : file_(path) {
     std::string& out = file_.Text();
-    out += kHead;
+    out += kGpxHead;
     out += "  <trk>\n    <name>";
     AppendMarkup(out, facts.source);
     out += "</name>\n    <src>";
@@ -47,7 +47,7 @@ class GpxExport : public Export {
     if (!epoch.fix) return;
     std::string& out = file_.Text();
     if (epoch.starts_segment || !in_segment_) {
-      if (in_segment_) out += kSegmentEnd;
+      if (in_segment_) out += kGpxSegmentEnd;
       out += "    <trkseg>\n";
       in_segment_ = true;
     }
@@ -78,7 +78,7 @@ class GpxExport : public Export {
   void Finish(const Tally&) override { file_.Close(Tail()); }
 
  private:
-  std::string Tail() const { return std::string(in_segment_ ? kSegmentEnd : "").append(kTail); }
+  std::string Tail() const { return std::string(in_segment_ ? kGpxSegmentEnd : "").append(kGpxTail); }
 
   GrowingFile file_;
   bool in_segment_ = false;

@@ -6,7 +6,7 @@ namespace host {
 
 namespace {
 
-constexpr std::string_view kHead =
+constexpr std::string_view kKmlHead =
     R"(<?xml version="1.0" encoding="UTF-8"?>
 <kml xmlns="http://www.opengis.net/kml/2.2" xmlns:gx="http://www.google.com/kml/ext/2.2">
   <Document>
@@ -14,8 +14,8 @@ constexpr std::string_view kHead =
 constexpr std::string_view kStyle =
     R"(    <Style id="track"><LineStyle><color>ffd18b2f</color><width>4</width></LineStyle></Style>
 )";
-constexpr std::string_view kTail = "  </Document>\n</kml>\n";
-constexpr std::string_view kSegmentEnd = "      </gx:MultiTrack>\n    </Placemark>\n";
+constexpr std::string_view kKmlTail = "  </Document>\n</kml>\n";
+constexpr std::string_view kKmlSegmentEnd = "      </gx:MultiTrack>\n    </Placemark>\n";
 // A track names all its times ahead of its places. So many are kept to be written, and the next ones are a
 // track of the same line.
 constexpr int kMostOfTrack = 100;
@@ -24,7 +24,7 @@ class KmlExport : public Export {
  public:
   KmlExport(const ExportPath& path, const RunFacts& facts) : file_(path) {
     std::string& out = file_.Text();
-    out += kHead;
+    out += kKmlHead;
     AppendMarkup(out, facts.source);
     out += "</name>\n    <description>";
     AppendMarkup(out, facts.model);
@@ -66,7 +66,7 @@ class KmlExport : public Export {
   void EndSegment() {
     if (segments_ == 0) return;
     EndTrack();
-    file_.Text() += kSegmentEnd;
+    file_.Text() += kKmlSegmentEnd;
   }
   void EndTrack() {
     AppendTrack(file_.Text());
@@ -85,8 +85,8 @@ class KmlExport : public Export {
   std::string Tail() const {
     std::string tail;
     AppendTrack(tail);
-    if (segments_ > 0) tail += kSegmentEnd;
-    return tail.append(kTail);
+    if (segments_ > 0) tail += kKmlSegmentEnd;
+    return tail.append(kKmlTail);
   }
 
   GrowingFile file_;

@@ -10,8 +10,9 @@
 #include <cstdio>
 #include <cstring>
 #include <ctime>
-#include <numbers>
 #include <string_view>
+
+#include "host/records/units.h"
 
 namespace host {
 
@@ -19,9 +20,8 @@ namespace {
 
 // The pi of IS-GPS-200, by which a semicircle becomes radians.
 constexpr double kGpsPi = 3.1415926535898;
-constexpr double kDegree = std::numbers::pi / 180.0;
 // Less than this an epoch may come early and still be due: receivers step their clocks by a millisecond.
-constexpr double kTolerance = 0.02;
+constexpr double kEarly = 0.02;
 
 __attribute__((format(printf, 2, 3))) void Append(std::string& text, const char* format, ...) {
   std::array<char, 128> piece;
@@ -57,7 +57,7 @@ std::string Beginning(std::string_view kind) {
 std::array<double, 3> Cartesian(double latitude, double longitude, double height) {
   constexpr double kAxis = 6378137.0, kFlattening = 1.0 / 298.257223563,
                    kE2 = kFlattening * (2.0 - kFlattening);
-  const double phi = latitude * kDegree, lambda = longitude * kDegree;
+  const double phi = latitude / kDegrees, lambda = longitude / kDegrees;
   const double n = kAxis / std::sqrt(1.0 - kE2 * std::sin(phi) * std::sin(phi));
   return {(n + height) * std::cos(phi) * std::cos(lambda), (n + height) * std::cos(phi) * std::sin(lambda),
           (n * (1.0 - kE2) + height) * std::sin(phi)};
@@ -204,7 +204,7 @@ GpsTime RinexLog::TimeOf(const CGPSDataRaw& epoch) const {
 bool RinexLog::IsEpochDue(const CGPSDataRaw& epoch) const {
   if (!last_) return true;
   const double elapsed = TimeOf(epoch) - *last_;
-  return elapsed >= m_dLogInterval - kTolerance || elapsed < 0.0;
+  return elapsed >= m_dLogInterval - kEarly || elapsed < 0.0;
 }
 
 std::string RinexLog::ObservationHeader(const CGPSDataRaw& epoch) const {

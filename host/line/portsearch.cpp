@@ -20,7 +20,7 @@ namespace {
 using Clock = std::chrono::steady_clock;
 
 // So soon a signal is noticed.
-constexpr std::chrono::milliseconds kPiece{50};
+constexpr std::chrono::milliseconds kTurn{50};
 
 /// What was heard on a line at one rate.
 struct Heard {
@@ -132,7 +132,7 @@ class Search {
     for (bool understood = false; now < end; understood = listener.HasUnderstood()) {
       if (interrupt_.HasCome()) throw Failure(ExitCode::interrupted, "the search was interrupted");
       char piece[4096];
-      const int count = line.Read(piece, sizeof piece, static_cast<DWORD>(kPiece.count()));
+      const int count = line.Read(piece, sizeof piece, static_cast<DWORD>(kTurn.count()));
       if (count < 0) return false;
       now = Clock::now();
       bytes += static_cast<std::size_t>(count);

@@ -18,11 +18,6 @@ bool IsOnEarth(double latitude, double longitude, double height) {
   return std::fabs(latitude) <= 90.0 && std::fabs(longitude) <= 180.0 && std::fabs(height) < 1e8;
 }
 
-std::optional<double> Known(double dilution) {
-  if (dilution > 0.0 && dilution < 1e4) return dilution;
-  return std::nullopt;
-}
-
 }  // namespace
 
 double Offset::Length() const {
@@ -76,9 +71,9 @@ PositionEpoch EpochReader::Read(const CGPSData& data) {
   epoch.in_view = data.m_nSatellitesInView;
   if (data.m_dAverageSNR > 0.0) epoch.strength = data.m_dAverageSNR;
   if (data.m_bDOPValid) {
-    epoch.hdop = Known(data.m_dHDOP);
-    epoch.pdop = Known(data.m_dPDOP);
-    epoch.vdop = Known(data.m_dVDOP);
+    epoch.hdop = KnownDilution(data.m_dHDOP);
+    epoch.pdop = KnownDilution(data.m_dPDOP);
+    epoch.vdop = KnownDilution(data.m_dVDOP);
   }
   if (epoch.fix && data.m_bVelocityValid && data.m_dSpeed >= 0.0 && data.m_dSpeed < 1e5) {
     epoch.speed = data.m_dSpeed;

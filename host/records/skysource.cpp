@@ -2,21 +2,17 @@
 
 #include <algorithm>
 #include <cmath>
-#include <numbers>
 #include <utility>
 
 #include "host/records/reports.h"
+#include "host/records/units.h"
 
 namespace host {
 
 namespace {
 
-std::optional<double> Known(double dilution) {
-  return dilution > 0.0 ? std::optional(dilution) : std::nullopt;
-}
-
 int Degrees(double radians) {
-  return static_cast<int>(std::lround(radians * 180.0 / std::numbers::pi));
+  return static_cast<int>(std::lround(radians * kDegrees));
 }
 
 bool IsSane(double angle) {
@@ -43,9 +39,9 @@ Sky SkySource::SkyOf(const CGPSData& data) const {
   sky.has_used = tells_used_;
   sky.in_view = data.m_nSatellitesInView;
   if (tells_count_) sky.used = data.m_nSatellitesUsed;
-  sky.hdop = Known(data.m_dHDOP);
-  sky.pdop = Known(data.m_dPDOP);
-  sky.vdop = Known(data.m_dVDOP);
+  sky.hdop = KnownDilution(data.m_dHDOP);
+  sky.pdop = KnownDilution(data.m_dPDOP);
+  sky.vdop = KnownDilution(data.m_dVDOP);
   if (HasTimeOfDay(data)) sky.time_of_day = data.m_dTimeOfDay;
   if (!sky.has_list) return sky;
   for (const CGPSSatelliteData& slot : data.m_Satellites) {

@@ -7,7 +7,7 @@ namespace host {
 
 namespace {
 
-constexpr DWORD kPiece = 50;
+constexpr DWORD kLongestWait = 50;
 // Shorter sequences are over before anyone wonders.
 constexpr long long kLongSequence = 1500;
 
@@ -48,7 +48,7 @@ PacingClock::Sequence::~Sequence() {
 
 DWORD PacingClock::NextPiece(DWORD rest) const {
   if (interrupt_->HasCome()) throw Interrupted();
-  return std::min(rest, kPiece);
+  return std::min(rest, kLongestWait);
 }
 
 void PacingClock::Pass(DWORD ms) {

@@ -15,8 +15,6 @@ namespace host {
 
 namespace {
 
-constexpr int kBacklog = 64;
-
 struct FreeAddresses {
   void operator()(addrinfo* info) const { freeaddrinfo(info); }
 };

@@ -6,6 +6,9 @@
 
 namespace host {
 
+/// How many connections the kernel keeps until they are accepted.
+inline constexpr int kBacklog = 64;
+
 /// A TCP port on which clients may connect.
 class Listener {
  public:

@@ -23,7 +23,6 @@ namespace {
 constexpr std::size_t kThreads = 22;
 // Connections that wait for a thread. Any more wait in the kernel.
 constexpr std::ptrdiff_t kMostConnections = 32;
-constexpr int kBacklog = 64;
 constexpr std::chrono::seconds kTimeout{2};
 constexpr std::size_t kLongestBody = 1024;
 // A connection on which nothing is sent tells nobody that it is gone.

@@ -1,18 +1,16 @@
 #include <algorithm>
 #include <cmath>
-#include <numbers>
 #include <optional>
 #include <utility>
 #include <vector>
 
+#include "host/records/units.h"
 #include "host/tui/dashboard.h"
 #include "host/tui/panels.h"
 
 namespace host {
 
 namespace {
-
-constexpr double kDegrees = 180.0 / std::numbers::pi;
 
 /// A satellite grows pale with the position that it was told of with.
 Style StyleOf(const Satellite& satellite, const Readings& readings) {
