@@ -303,8 +303,9 @@ class CGPSReceiver : public CObject {
   /// closed port.
   void WriteBeaconQuery();
 
-  /// Held while m_GPSData is read or written: the reader thread decodes into it, and a driver on the host's
-  /// thread clears what it has asked for. Never held over a write, a wait or a call out to the host.
+  /// Held while m_GPSData and the raw records are read or written: the reader thread decodes into them, and a
+  /// driver on the host's thread clears what it has asked for. Never held over a write, a wait or a call out
+  /// to the host.
   ///@{
   using RecordLock = std::unique_lock<std::mutex>;
   [[nodiscard]] static RecordLock LockRecord() { return RecordLock(s_RecordMutex); }
@@ -314,9 +315,9 @@ class CGPSReceiver : public CObject {
   bool PostNewData(bool bForce);
 
   static CGPSData m_GPSData;                  ///< The working record of all decoders.
-  static CGPSDataRaw m_GPSDataRaw;            ///< The raw epoch at hand; reader thread only.
-  static CGPSDataEphemeris m_GPSEphemeris;    ///< The last ephemeris; reader thread only.
-  static CBinBuffer m_GPSMessageRaw;          ///< The bytes of the message at hand; reader thread only.
+  static CGPSDataRaw m_GPSDataRaw;            ///< The raw epoch at hand.
+  static CGPSDataEphemeris m_GPSEphemeris;    ///< The last ephemeris.
+  static CBinBuffer& m_GPSMessageRaw;         ///< The bytes of the message at hand, for its decoder.
   static CSerialPort m_Port;                  ///< The one line, of whichever receiver is live.
   static CSpeedEngine m_SpeedEngine;          ///< Speed and heading from positions, with the lock held.
   static CShared<bool> m_bComputeMotion;      ///< No VTG has come: speed is to be computed.

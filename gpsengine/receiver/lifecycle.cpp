@@ -5,7 +5,8 @@ std::mutex CGPSReceiver::s_RecordMutex;
 CGPSData CGPSReceiver::m_GPSData;
 CGPSDataRaw CGPSReceiver::m_GPSDataRaw;
 CGPSDataEphemeris CGPSReceiver::m_GPSEphemeris;
-CBinBuffer CGPSReceiver::m_GPSMessageRaw;
+// A thread that comes back late may outlive main.
+CBinBuffer& CGPSReceiver::m_GPSMessageRaw = *new CBinBuffer;
 CSerialPort CGPSReceiver::m_Port;
 CSpeedEngine CGPSReceiver::m_SpeedEngine;
 CShared<bool> CGPSReceiver::m_bComputeMotion = true;
@@ -99,6 +100,7 @@ void CGPSReceiver::InvalidateSVInfo() {
 }
 
 bool CGPSReceiver::AttachRawData(const char* pData, int nLength) {
+  const RecordLock lock = LockRecord();
   return m_GPSMessageRaw.Set(pData, nLength, nLength);
 }
 

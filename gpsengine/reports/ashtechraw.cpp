@@ -65,6 +65,7 @@ int WeekByClock() {
 // $PASHR,MBN, and 42 bytes.
 bool CGPSReceiver::ProcessPASHR_MBN(const void* pPayload) {
   if (pPayload == nullptr) return false;
+  const RecordLock lock = LockRecord();
   const std::uint16_t nChecksum = WireChecksum(pPayload, 40);
   WireReader in(pPayload);
   DataRecord_G12_MBN record{};
@@ -99,6 +100,7 @@ bool CGPSReceiver::ProcessPASHR_MBN(const void* pPayload) {
 // $PASHR,PBN, and 56 bytes. A bad one takes the epoch's measurements with it: no position will come for them.
 bool CGPSReceiver::ProcessPASHR_PBN(const void* pPayload) {
   if (pPayload == nullptr) return false;
+  const RecordLock lock = LockRecord();
   const std::uint16_t nComputed = WireChecksum(pPayload, 54);
   WireReader in(pPayload);
   const double receiverTime = in.Take<std::int32_t>() * 0.001;
@@ -134,6 +136,7 @@ bool CGPSReceiver::ProcessPASHR_PBN(const void* pPayload) {
 bool CGPSReceiver::ProcessPASHR_SNV(const void* pPayload) {
   if (pPayload == nullptr) return false;
   WireReader in(pPayload);
+  RecordLock lock = LockRecord();
   CGPSDataEphemeris& ephemeris = m_GPSEphemeris;
   ephemeris.m_nWeek = in.Take<std::int16_t>();
   ephemeris.m_lTow = in.Take<std::int32_t>();
@@ -168,13 +171,16 @@ bool CGPSReceiver::ProcessPASHR_SNV(const void* pPayload) {
     return false;
   }
   Trace("EPMERIS for %d\n", ephemeris.m_nPRN);
+  lock.unlock();
   PostEphemerisInfo();
   return true;
 }
 
 bool CGPSReceiver::PostEphemerisInfo() {
+  RecordLock lock = LockRecord();
   if (m_GPSEphemeris.m_nWeek <= 0) return false;
   std::unique_ptr<CGPSDataEphemeris> copy(new (std::nothrow) CGPSDataEphemeris(m_GPSEphemeris));
+  lock.unlock();
   BroadcastNotification(GPS_NOTIFY_EPHEMERIS, &m_Notification);
   if (copy == nullptr) return false;
   PostObject(WM_GPS_NEW_EPHEMERIS, std::move(copy));
@@ -183,6 +189,7 @@ bool CGPSReceiver::PostEphemerisInfo() {
 
 // An epoch leaves when its position is there.
 bool CGPSReceiver::PostNewDataRaw() {
+  RecordLock lock = LockRecord();
   if (!m_GPSDataRaw.m_bPositionValid) return false;
   if (m_GPSDataRaw.GetNumSV() < kLeastSatellites) {
     m_GPSDataRaw.Clear();
@@ -194,7 +201,8 @@ bool CGPSReceiver::PostNewDataRaw() {
   *copy = m_GPSDataRaw;
   copy->m_Time = CTime::GetCurrentTime();
   Trace("writing raw data when MBN is %d\n", m_GPSDataRaw.m_bEpochComplete);
-  PostObject(WM_GPS_NEW_RAW_DATA, std::move(copy));
   m_GPSDataRaw.Clear();
+  lock.unlock();
+  PostObject(WM_GPS_NEW_RAW_DATA, std::move(copy));
   return true;
 }
