@@ -65,7 +65,9 @@ TEST(Records, RawEpochTakesElevenSatellitesAndUpdatesThemOnlyBelowThat) {
   EXPECT_EQ(satellite.m_nPRN, 3);
 
   epoch.m_Time = CTime(1'000'000);
+  epoch.m_dLatitude = epoch.m_dClockDrift = epoch.m_nGPSWeek = epoch.m_bEpochComplete = true;
   epoch.Clear();
+  EXPECT_EQ(epoch.m_dLatitude + epoch.m_dClockDrift + epoch.m_nGPSWeek + epoch.m_bEpochComplete, 0.0);
   EXPECT_EQ(epoch.GetNumSV(), 0);
   EXPECT_EQ(epoch.m_Satellites[2].m_nPRN, 0);
   EXPECT_EQ(epoch.m_Time.GetTime(), 1'000'000);

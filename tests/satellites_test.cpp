@@ -1,4 +1,5 @@
 // GSA, GSV and VTG, whichever comes first.
+#include <cmath>
 #include <numbers>
 
 #include "gpsengine/receiver/speedengine.h"
@@ -147,7 +148,8 @@ TEST_F(SatelliteTest, LeavesMotionToTheEstimatorUntilAGoodVtgComes) {
   EXPECT_GT(Last().m_dSpeed, 5.0);
   EXPECT_FALSE(FeedSentence("$GPVTG,0,T,,M,019.4,N,36.0,X"));
   EXPECT_FALSE(FeedSentence("$GPVTG,0,X,,M,019.4,N,36.0,K"));
-  EXPECT_FALSE(FeedSentence("$GPVTG,,T,,M,,N,,K"));
+  for (const char* sentence : {"$GPVTG,,T,,M,,N,,K", "$GPVTG,0,T,,M,,N,,K", "$GPVTG,0,T,,M,,N,7"})
+    EXPECT_FALSE(FeedSentence(sentence));
   EXPECT_TRUE(at("120002", "4800.020"));
   EXPECT_FALSE(FeedSentence("$GPVTG,0,t,,M,019.4,N,36.0,k"));
   EXPECT_TRUE(at("120003", "4800.030"));
@@ -178,6 +180,11 @@ TEST(SpeedEngine, ReadsTheTrueSpeedFromTheFourthFixOn) {
   fix.m_nSignalType = UDF_SIGNAL_NONE;
   EXPECT_FALSE(move(99, 2)) << "no fix";
   fix.m_nSignalType = UDF_SIGNAL_GPS;
+  fix.m_dLongitude = 12.0 * kMetre / std::cos(0.5);  // and 12 m to the north
+  EXPECT_TRUE(move(24, 2));
+  EXPECT_NEAR(fix.m_dLocalEast, 12.0, 1e-6);
+  EXPECT_NEAR(fix.m_dHeading, 0.9, 0.1) << "between east and north";
+  fix.m_dLongitude = 0.0;
   engine.Reset();
   EXPECT_FALSE(move(50, 3));
   EXPECT_EQ(fix.m_dLocalNorth, 0.0) << "a new reference point";

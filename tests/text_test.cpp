@@ -100,9 +100,9 @@ TEST(Parser, MovesOnByOneFieldGoodOrBad) {
 }
 
 TEST(Parser, GivesWhatStandsBehindTheLastField) {
-  CParser parser("QRV PAUSE,Turn the key, then go on*", ",*", false);
+  CParser parser("QRV PAUSE,Turn the key, then go on", ",*", false);
   EXPECT_TRUE(parser.SkipField());
-  EXPECT_EQ(parser.GetRemainingBuffer(), "Turn the key, then go on*");
+  EXPECT_EQ(parser.GetRemainingBuffer(), "Turn the key, then go on");
   for (int i = 0; i < 5; ++i) parser.SkipField();
   EXPECT_EQ(parser.GetRemainingBuffer(), "");
 }
