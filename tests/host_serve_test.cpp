@@ -435,7 +435,10 @@ TEST(Serve, ShowsOnThePageHowOldAFixIs) {
   for (const auto& [server, shows] : cases) {
     PageHub hub, sentences;
     hub.SetStatus(R"({"class":"SERVER",)" + std::string(server) + "}");
-    hub.Publish(R"({"class":"TPV","mode":3,"time":"2024-05-14T12:35:19.250Z","lat":48.1,"lon":11.5})");
+    // The last one comes behind a gap, as the files have it.
+    for (const std::string time : {"12:35:19.250", "12:35:20.250", "12:35:21.250", "12:35:32.250"})
+      hub.Publish(R"({"class":"TPV","mode":3,"status":4,"time":"2024-05-14T)" + time +
+                  R"(Z","lat":48.1,"lon":11.5})");
     std::unique_ptr<PageServer> page_server;
     try {
       page_server = StartPageServer(hub, sentences, "127.0.0.1", 0);
@@ -445,6 +448,11 @@ TEST(Serve, ShowsOnThePageHowOldAFixIs) {
     const auto page = LookAtServer(page_server->Port());
     if (!page) GTEST_SKIP() << "no chromium to look at the page with";
     EXPECT_TRUE(Contains(*page, shows) && Contains(*page, "<body class=\"old\">")) << *page;
+    const auto way = page->find("class=\"fix-float way\" d=\"M");
+    ASSERT_NE(way, std::string::npos) << *page;
+    const std::string line = page->substr(way, page->find('>', way) - way);
+    EXPECT_EQ(std::count(line.begin(), line.end(), 'L'), 2) << line;
+    EXPECT_EQ(std::count(line.begin(), line.end(), 'M'), 2) << line;
   }
 }
 
