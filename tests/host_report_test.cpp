@@ -1,20 +1,24 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <filesystem>
+#include <fstream>
+#include <nlohmann/json.hpp>
 #include <numbers>
 
-#include "host/exports/axis.h"
 #include "host/exports/reportpage.h"
-#include "host/exports/timescale.h"
+#include "host/records/fixkind.h"
+#include "tests/support/browser.h"
 
 using namespace host;
 
 namespace {
 
-std::string Labels(const Axis& axis) {
-  std::string text;
-  for (const auto& tick : axis.ticks) text += tick.label + ' ';
-  return text;
+/// What a page has to draw.
+nlohmann::json DataOf(const std::string& page) {
+  const std::string mark = "id=\"run\">";
+  const auto start = page.find(mark) + mark.size();
+  return nlohmann::json::parse(page.substr(start, page.find("</script>", start) - start));
 }
 
 /// A walk to the north at one metre a second, with a fix each second.
@@ -34,32 +38,18 @@ void Walk(RunStatistics& run, Moment start, int seconds, int signal = UDF_SIGNAL
 
 }  // namespace
 
-TEST(HostReport, LabelsAnAxisWithRoundNumbers) {
-  EXPECT_EQ(Labels(RoundAxis(0.0, 47.0, 5, 1.0)), "0 10 20 30 40 50 ");
-  EXPECT_EQ(Labels(RoundAxis(278.02, 280.31, 5, 0.01)), "278.0 278.5 279.0 279.5 280.0 280.5 ");
-  EXPECT_EQ(Labels(RoundAxis(-0.3, 0.1, 4, 0.1)),
-            "\xE2\x88\x92"
-            "0.3 \xE2\x88\x92"
-            "0.2 \xE2\x88\x92"
-            "0.1 0.0 0.1 ");
-  EXPECT_EQ(Labels(RoundAxis(7.0, 7.0, 4, 1.0)), "7 8 ");
-  EXPECT_EQ(Labels(ExactAxis(-1234.0, 2345.0, 4)),
-            "\xE2\x88\x92"
-            "1000 0 1000 2000 ");
-}
-
-TEST(HostReport, CutsALongPauseOutOfTheTimes) {
-  constexpr Moment kStart = 1'700'000'000'000;
-  const TimeScale scale({{kStart, kStart + 40'000, 1}, {kStart + 3'640'000, kStart + 3'660'000, 1}}, 100.0,
-                        800.0);
-  ASSERT_EQ(scale.Cuts().size(), 1u);
-  EXPECT_EQ(RoughSpan(scale.Cuts()[0].span), "60 min");
-  EXPECT_DOUBLE_EQ(scale.X(kStart), 100.0);
-  EXPECT_DOUBLE_EQ(scale.X(kStart + 3'660'000), 900.0);
-  EXPECT_GT(scale.X(kStart + 40'000), 500.0);
-  EXPECT_EQ(scale.Ticks().front().label, "22:13:20");
-  for (std::size_t i = 1; i < scale.Ticks().size(); ++i)
-    EXPECT_GT(scale.Ticks()[i].x, scale.Ticks()[i - 1].x + 50.0);
+TEST(HostReport, MeasuresTheGroundAtAnyLatitude) {
+  constexpr double kNear = 0.001;  // degrees
+  for (const double latitude : {0.0, 47.0, -89.0}) {
+    const Plane plane(latitude, 180.0);
+    const Offset told = plane.Of(latitude + kNear, -180.0 + kNear);
+    const Offset known = OffsetOf(latitude, 180.0, latitude + kNear, -180.0 + kNear);
+    EXPECT_NEAR(told.east, known.east, 0.01) << latitude;
+    EXPECT_NEAR(told.north, known.north, 0.01) << latitude;
+  }
+  EXPECT_NEAR(Plane(90.0 - kNear, 20.0).Of(90.0 - kNear, -160.0).north, 2.0 * 111.694, 0.01)
+      << "over the pole";
+  EXPECT_NEAR(Plane(0.0, 0.0).Of(0.0, 90.0).Length(), 10.0e6, 0.05e6);
 }
 
 TEST(HostReport, KeepsALongRunInLittleMemoryAndItsExtremes) {
@@ -72,7 +62,7 @@ TEST(HostReport, KeepsALongRunInLittleMemoryAndItsExtremes) {
   for (const auto& piece : run.height.Pieces()) most = std::max(most, piece.values.most);
   EXPECT_EQ(most, 5000.0);
   EXPECT_NEAR(run.distance, kSeconds * 110'574.0 / 111'000.0, 200.0);
-  EXPECT_EQ(run.track.Last()->latitude, run.last_fix->latitude);
+  EXPECT_NEAR(run.track.Last()->north, kSeconds * 110'574.0 / 111'000.0, 800.0);
 }
 
 TEST(HostReport, KeepsTheBeginningOfALongRunAsFineAsItsEnd) {
@@ -113,17 +103,64 @@ TEST(HostReport, TellsWhatTheRunWasLikeInOneFile) {
   for (const char* text : {"<title>a&lt;b&gt;.log</title>", ">2023-11-14 22:13:20 UTC<", ">2 min 29 s<",
                            ">120 (80.0 %)<", ">30 (20.0 %)<", ">118 m<", ">3.6 / 3.6 / 3.6<",
                            ">12\xE2\x80\xAF"
-                           "345<",
-                           "satellite E17, mean 41 dB-Hz, used 100 %"}) {
+                           "345<"}) {
     EXPECT_NE(page.find(text), std::string::npos) << text;
   }
-  for (const char* fetch : {"http:", "https:", "url(", "@import", "<script", "<link", "src="}) {
+  for (const char* fetch :
+       {"https:", "url(", "@import", "<link", " src=", "fetch(", "XMLHttp", "EventSource", "<!--"}) {
     EXPECT_EQ(page.find(fetch), std::string::npos) << fetch;
   }
-  EXPECT_NE(page.find("legend", page.find("<h2>Over time")), std::string::npos) << "of one kind of fix too";
+  EXPECT_NE(page.find("default-src 'none'"), std::string::npos);
+  for (int signal = UDF_SIGNAL_NONE; signal <= UDF_SIGNAL_UNKNOWN; ++signal) {
+    const std::string style(FixKindOf(signal).style);
+    EXPECT_NE(page.find(".fix-" + style), std::string::npos) << "no colour for " << style;
+  }
+  const nlohmann::json data = DataOf(page);
+  EXPECT_EQ(data["kinds"][0]["name"].get<std::string>() + data["kinds"][1]["name"].get<std::string>(),
+            "GPSno fix");
+  EXPECT_EQ(data["spans"].dump(), "[[0,120000,[[0,1]]],[120000,149000,[[1,1]]]]");
+  EXPECT_EQ(data["courses"][1]["stretches"][0][1].dump(), "[1000,3.6]");
+  EXPECT_EQ(data["courses"].size(), 3u) << "no strength was told";
+  EXPECT_EQ(data["satellites"][1]["name"], "E17");
+  EXPECT_EQ(data["satellites"][1]["signal"].dump(), "[41.0,41.0,41.0]");
+  EXPECT_EQ(data["track"].size(), 2u);
   const std::string empty = ReportPage({"x", "Other", Geoid::none}, RunStatistics(), Tally());
   EXPECT_NE(empty.find("no fix was found"), std::string::npos);
   EXPECT_TRUE(empty.ends_with("</html>\n"));
+  EXPECT_EQ(DataOf(empty)["track"].size(), 0u);
+}
+
+TEST(HostReport, DrawsTheRunInABrowser) {
+  RunStatistics run;
+  Walk(run, 1'700'000'000'000, 41);
+  Walk(run, 1'700'003'640'000, 21, UDF_SIGNAL_RTK_FIXED);
+  Sky sky;
+  sky.satellites = {{{Gnss::galileo, 17}, 45, 180, 41, true}, {{Gnss::glonass, 3}, 10, 90}};
+  run.AddSatellites(sky);
+  const std::string file = testing::TempDir() + "gpsengine-report-" + std::to_string(getpid()) + ".html";
+  // The page measures the ground by itself where it follows a receiver.
+  std::ofstream(file)
+      << ReportPage({"a<b>&\"", "Other", Geoid::none}, run, Tally())
+      << "<script>document.body.dataset.plane = JSON.stringify(planeAt({lat: 89.99, lon: 20})({lat: 89.98, "
+         "lon: -175}))</script>";
+  const auto page = LookAtPage("file://" + file);
+  std::filesystem::remove(file);
+  if (!page) GTEST_SKIP() << "no chromium to look at the page with";
+  for (const char* text : {"<h1>a&lt;b&gt;&amp;\"</h1>", "class=\"fix-gps way\" d=\"M",
+                           "class=\"fix-fixed way\" d=\"M", ">60 min<", ">22:13:20<", ">north of the start<",
+                           ">95 %<", "class=\"fix-gps dots\" d=\"M", "class=\"course-speed curve\" d=\"M",
+                           "<title>satellite E17, mean 41 dB-Hz, used 100 % of the time</title>",
+                           "class=\"signal sys-galileo used\"", "class=\"sat sys-glonass\"",
+                           "<li><i class=\"fix-fixed\"></i>RTK fixed</li>"})
+    EXPECT_NE(page->find(text), std::string::npos) << text << '\n' << *page;
+  EXPECT_EQ(page->find("NaN"), std::string::npos);
+  const std::string mark = "data-plane=\"";
+  const auto start = page->find(mark) + mark.size();
+  std::string told = page->substr(start, page->find('"', start) - start);
+  for (std::size_t at; (at = told.find("&quot;")) != std::string::npos;) told.replace(at, 6, "\"");
+  const Offset known = Plane(89.99, 20.0).Of(89.98, -175.0);
+  EXPECT_NEAR(nlohmann::json::parse(told)["east"], known.east, 1e-6);
+  EXPECT_NEAR(nlohmann::json::parse(told)["north"], known.north, 1e-6);
 }
 
 TEST(HostReport, TellsWhereAStillReceiverStandsAndInWhichUnits) {
@@ -152,17 +189,24 @@ TEST(HostReport, TellsWhereAStillReceiverStandsAndInWhichUnits) {
   facts.display.units = Units::imperial;
   facts.display.angles = AngleFormat::minutes;
   const std::string imperial = ReportPage(facts, run, Tally());
-  for (const char* text : {">1.640 ft<", ">328.084 ft<", "ft</small>", "east of the mean, ft",
+  for (const char* text : {">1.640 ft<", ">328.084 ft<", "ft</small>",
                            "47°\xC2\xA0"
                            "00.00000'\xC2\xA0N, 9°"})
     EXPECT_NE(imperial.find(text), std::string::npos) << text;
   EXPECT_EQ(imperial.find(" m<"), std::string::npos);
+  const nlohmann::json data = DataOf(imperial);
+  EXPECT_EQ(data["units"]["length"]["name"], "ft");
+  EXPECT_EQ(data["courses"][0]["stretches"][0][0].dump(), "[0,328.084]");
+  EXPECT_NEAR(data["cloud"]["cep50"], 0.5, 0.001);
+  EXPECT_EQ(data["cloud"]["kinds"][0][1].size() + data["cloud"]["kinds"][1][1].size(), 400u);
   epoch.latitude = 48.0;
   for (int i = 200; i < 300; ++i) {
     epoch.time = i * 1000;
     run.Add(epoch);
   }
-  EXPECT_EQ(ReportPage(facts, run, Tally()).find("Static survey"), std::string::npos) << "it has moved";
+  const std::string moved = ReportPage(facts, run, Tally());
+  EXPECT_EQ(moved.find("Static survey"), std::string::npos);
+  EXPECT_FALSE(DataOf(moved).contains("cloud"));
 }
 
 namespace {
@@ -213,18 +257,20 @@ TEST(HostReport, DrawsADayAtTenHertzWithinTwoPixels) {
       epoch.longitude = 9.0 + place.east / degree.east;
       run.Add(epoch);
     }
-    const auto points = run.track.Points();
-    EXPECT_LT(points.size(), 3000u);
-    const auto at = [&](const Sketch::Point& point) {
-      return Way{(point.longitude - 9.0) * degree.east, (point.latitude - kLatitude) * degree.north};
+    // What the page draws, from the first fix.
+    const nlohmann::json points = DataOf(ReportPage({"x", "Other", Geoid::none}, run, Tally()))["track"];
+    EXPECT_LT(points.size(), 5000u);
+    const Way origin = way(0.0);
+    const auto at = [&](const nlohmann::json& point) {
+      return Way{origin.east + point[0].get<double>(), origin.north + point[1].get<double>()};
     };
+    std::vector<std::pair<Way, Way>> lines;
+    for (std::size_t k = 1; k < points.size(); ++k)
+      if (points[k].size() < 4) lines.emplace_back(at(points[k - 1]), at(points[k]));
     double furthest = 0.0;
     for (int i = 0; i < 864'000; i += 997) {
       double nearest = 1e9;
-      for (std::size_t k = 1; k < points.size(); ++k) {
-        if (!points[k].broken)
-          nearest = std::min(nearest, Distance(way(i / 10.0), at(points[k - 1]), at(points[k])));
-      }
+      for (const auto& [from, to] : lines) nearest = std::min(nearest, Distance(way(i / 10.0), from, to));
       furthest = std::max(furthest, nearest);
     }
     EXPECT_LT(furthest, 2.0 * pixel) << points.size() << " points";

@@ -3,11 +3,8 @@
 #include <cctype>
 #include <sstream>
 
-#include "host/exports/charts.h"
 #include "host/exports/markup.h"
-#include "host/exports/reportstyle.h"
 #include "host/exports/reporttext.h"
-#include "host/exports/surveysection.h"
 #include "host/records/fixkind.h"
 
 namespace host {
@@ -26,21 +23,19 @@ class Page {
       : facts_(facts), units_(facts.display.System()), run_(run), tally_(tally) {}
 
   std::string Make() {
-    out_ =
-        "<!DOCTYPE html>\n<html lang=\"en\">\n<head>\n<meta charset=\"utf-8\">\n"
-        "<meta name=\"viewport\" content=\"width=device-width, initial-scale=1\">\n<title>";
-    AppendMarkup(out_, facts_.source);
-    out_ += "</title>\n<style>";
-    out_ += kReportStyle;
-    out_ += "</style>\n</head>\n<body>\n<main>\n";
-    AddHeader();
-    if (run_.first_fix) AddTrack();
-    if (run_.fixes > 1) AddSurveySection(out_, run_.survey, facts_.display, HeightName());
-    if (run_.start) AddCourses();
-    AddSatellites();
-    AddTables();
-    out_ += "<footer>gpsengine " GPSENGINE_VERSION "</footer>\n</main>\n</body>\n</html>\n";
-    return std::move(out_);
+    constexpr std::pair<std::string_view, void (Page::*)()> kPlaces[] = {
+        {"source", &Page::AddSource}, {"head", &Page::AddHead},     {"figures", &Page::AddFigures},
+        {"survey", &Page::AddSurvey}, {"tables", &Page::AddTables}, {"version", &Page::AddVersion},
+        {"run", &Page::AddRun}};
+    std::string_view rest = ReportTemplate();
+    for (const auto& [name, add] : kPlaces) {
+      const std::string mark = "<!--" + std::string(name) + "-->";
+      const auto at = rest.find(mark);
+      out_ += rest.substr(0, at);
+      rest.remove_prefix(at + mark.size());
+      (this->*add)();
+    }
+    return std::move(out_ += rest);
   }
 
  private:
@@ -50,16 +45,20 @@ class Page {
     ((out_ += "</") += tag) += ">\n";
   }
 
-  void AddHeader() {
-    out_ += "<header>\n";
+  void AddSource() { AppendMarkup(out_, facts_.source); }
+  void AddSurvey() {
+    if (run_.fixes > 1) AddSurveySection(out_, run_.survey, facts_);
+  }
+  void AddVersion() { out_ += GPSENGINE_VERSION; }
+  void AddRun() { out_ += ReportData(facts_, run_); }
+
+  void AddHead() {
     Tagged("h1", facts_.source);
     std::string line = "Receiver model " + facts_.model;
     if (run_.start) line += " \xC2\xB7 " + Time(*run_.start) + " to " + Time(*run_.end);
     if (!run_.first_fix) line += " \xC2\xB7 no fix was found";
     Tagged("p", line);
     if (run_.undated) Tagged("p", "The date is not known: times have the date of the day they were read on.");
-    out_ += "</header>\n";
-    if (run_.start) AddFigures();
   }
 
   void Figure(std::string_view name, const std::string& value) {
@@ -78,6 +77,7 @@ class Page {
   }
 
   void AddFigures() {
+    if (!run_.start) return;
     out_ += "<dl class=\"figures\">\n";
     Figure("Duration", Span(Seconds()));
     Figure("Fixes", Whole(run_.fixes));
@@ -88,60 +88,11 @@ class Page {
     out_ += "</dl>\n";
   }
 
-  std::string_view HeightName() const {
-    return facts_.geoid == Geoid::add ? "Height above the ellipsoid" : "Height above mean sea level";
-  }
   double Seconds() const { return static_cast<double>(*run_.end - *run_.start) / 1000.0; }
   long long Epochs() const {
     long long all = 0;
     for (const auto& entry : run_.epochs) all += entry.second;
     return all;
-  }
-
-  void AddLegend(bool track) {
-    out_ += "<ul class=\"legend\">\n";
-    for (const auto& [signal, count] : run_.epochs) {
-      if (track && signal == UDF_SIGNAL_NONE) continue;
-      ((out_ += "<li><i class=\"") += FixKindOf(signal).style) += "\"></i>";
-      AppendMarkup(out_, FixKindOf(signal).name);
-      out_ += "</li>\n";
-    }
-    if (track) {
-      out_ += "<li><i class=\"dot\"></i>start</li>\n<li><i class=\"dot full\"></i>end</li>\n";
-    }
-    out_ += "</ul>\n";
-  }
-
-  void AddTrack() {
-    out_ += "<section>\n<h2>Track</h2>\n";
-    AddLegend(true);
-    DrawTrack(out_, run_, units_);
-    out_ += "<p class=\"note\">Start ";
-    AppendMarkup(out_, PlaceOf(*run_.first_fix));
-    if (run_.epochs.size() > 1) out_ += ". Where kinds of fix lie on each other, the rarer one is on top.";
-    out_ += "</p>\n</section>\n";
-  }
-
-  void AddCourses() {
-    out_ += "<section>\n<h2>Over time</h2>\n";
-    AddLegend(false);
-    DrawSignals(out_, run_);
-    const Course courses[] = {
-        {HeightName(), units_.length.name, "height", &run_.height, units_.length.per_metre, 0.01, false},
-        {"Speed", units_.speed.name, "speed", &run_.speed, units_.speed.per_metre, 0.1, true},
-        {"Satellites used", "", "used", &run_.used, 1.0, 1.0, true},
-        {"Mean signal to noise of those", "dB-Hz", "strength", &run_.strength, 1.0, 1.0, false}};
-    for (const auto& course : courses) DrawCourse(out_, course, run_);
-    out_ += "<p class=\"note\">Times of day are UTC.</p>\n</section>\n";
-  }
-
-  void AddSatellites() {
-    if (run_.satellites.empty()) return;
-    out_ += "<section class=\"pair\">\n<div>\n<h2>Sky</h2>\n";
-    DrawSky(out_, run_);
-    out_ += "</div>\n<div>\n<h2>Signals</h2>\n";
-    DrawStrengths(out_, run_);
-    out_ += "</div>\n</section>\n";
   }
 
   void Row(std::string_view name, const std::string& value) {
@@ -157,11 +108,11 @@ class Page {
   }
 
   void AddTables() {
-    out_ += "<section>\n<h2>The run</h2>\n<div class=\"tables\">\n<table>\n";
+    out_ += "<table>\n";
     AddTimes();
     out_ += "</table>\n<table>\n";
     AddQualities();
-    out_ += "</table>\n</div>\n</section>\n";
+    out_ += "</table>\n";
   }
 
   void AddTimes() {
@@ -199,7 +150,7 @@ class Page {
 
   void AddQualities() {
     Row("", "least / mean / greatest");
-    Row(std::string(HeightName()) + ", " + std::string(units_.length.name), run_.height.All(), 2,
+    Row(std::string(HeightName(facts_)) + ", " + std::string(units_.length.name), run_.height.All(), 2,
         units_.length.per_metre);
     Row("Speed, " + std::string(units_.speed.name), run_.speed.All(), 1, units_.speed.per_metre);
     Row("Satellites used", run_.used.All(), 1);

@@ -78,7 +78,10 @@ void RunStatistics::Add(const PositionEpoch& epoch) {
 }
 
 void RunStatistics::AddFix(const PositionEpoch& epoch) {
-  if (!first_fix) first_fix = epoch;
+  if (!first_fix) {
+    first_fix = epoch;
+    plane_.emplace(epoch.latitude, epoch.longitude);
+  }
   ++fixes;
   survey.Add(epoch);
   if (epoch.starts_segment) ++segments;
@@ -98,9 +101,8 @@ void RunStatistics::AddFix(const PositionEpoch& epoch) {
   hdop.Add(epoch.hdop);
   pdop.Add(epoch.pdop);
   vdop.Add(epoch.vdop);
-  const double longitude =
-      first_fix->longitude + std::remainder(epoch.longitude - first_fix->longitude, 360.0);
-  track.Add({epoch.latitude, longitude, epoch.signal, epoch.starts_segment});
+  const Offset place = plane_->Of(epoch.latitude, epoch.longitude);
+  track.Add({place.east, place.north, epoch.signal, epoch.starts_segment});
   if (epoch.starts_segment || !anchor_) {
     anchor_ = epoch;
   } else if (const double step =

@@ -5,6 +5,7 @@
 #include <optional>
 #include <vector>
 
+#include "host/exports/plane.h"
 #include "host/exports/sketch.h"
 #include "host/records/epoch.h"
 #include "host/records/survey.h"
@@ -85,7 +86,7 @@ struct RunStatistics {
   Moment longest_gap = 0;
   Envelope height, speed, used, strength;
   Range in_view, hdop, pdop, vdop;
-  Sketch track;
+  Sketch track;  ///< From the first fix.
   std::vector<SignalSpan> signals;
   std::map<SatelliteId, SatelliteTrail> satellites;
   std::optional<PositionEpoch> first_fix, last_fix;
@@ -96,6 +97,7 @@ struct RunStatistics {
   void AddSignal(const PositionEpoch& epoch, bool paused);
   void MergeSpans();
 
+  std::optional<Plane> plane_;           // about the first fix
   Moment span_ = 1000;                   // what is drawn as one kind of fix
   long long of_segment_ = 0;             // fixes of the one at hand
   std::optional<PositionEpoch> anchor_;  // from which the next step of the distance is measured

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <numbers>
 
 namespace host {
 
@@ -16,8 +15,6 @@ constexpr int kCells = 4096;
 constexpr double kTolerance = 0.5;  // cells
 // What a page can hold. A track with more corners covers so much of it that a coarser one looks the same.
 constexpr std::size_t kMostPoints = 40'000;
-// At a pole the longitudes mean nothing, but are to be told apart.
-constexpr double kLeastCosine = 0.01;
 
 }  // namespace
 
@@ -38,11 +35,14 @@ bool Sketch::Cone::Takes(const Place& offset) {
   return true;
 }
 
+double Sketch::Cell() const {
+  return side_ / kCells;
+}
+
 void Sketch::Add(const Point& point) {
-  if (!first_) {
-    first_ = point;
-    bounds_ = {point.latitude, point.latitude, point.longitude, point.longitude};
-    Scale();
+  if (!last_) {
+    west_ = east_ = point.east;
+    south_ = north_ = point.north;
   }
   last_ = point;
   if (Widen(point)) Rebuild();
@@ -53,24 +53,15 @@ void Sketch::Add(const Point& point) {
   }
 }
 
-/// Whether the grid is to grow.
+/// Whether the grid has grown.
 bool Sketch::Widen(const Point& point) {
-  bounds_.south = std::min(bounds_.south, point.latitude);
-  bounds_.north = std::max(bounds_.north, point.latitude);
-  bounds_.west = std::min(bounds_.west, point.longitude);
-  bounds_.east = std::max(bounds_.east, point.longitude);
-  const double high = (bounds_.north - bounds_.south) * cells_per_latitude_;
-  const double wide = (bounds_.east - bounds_.west) * cells_per_longitude_;
-  return std::max(high, wide) > kCells;
-}
-
-void Sketch::Scale() {
-  const double middle = (bounds_.south + bounds_.north) / 2.0;
-  const double cosine = std::max(std::cos(middle * std::numbers::pi / 180.0), kLeastCosine);
-  const double extent = std::max(bounds_.north - bounds_.south, (bounds_.east - bounds_.west) * cosine);
+  south_ = std::min(south_, point.north);
+  north_ = std::max(north_, point.north);
+  west_ = std::min(west_, point.east);
+  east_ = std::max(east_, point.east);
+  const double extent = std::max(north_ - south_, east_ - west_), before = side_;
   while (side_ < extent) side_ *= 2.0;
-  cells_per_latitude_ = kCells / side_;
-  cells_per_longitude_ = cells_per_latitude_ * cosine;
+  return side_ > before;
 }
 
 void Sketch::Rebuild() {
@@ -80,12 +71,11 @@ void Sketch::Rebuild() {
   anchor_.reset();
   end_.reset();
   joined_ = false;
-  Scale();
   for (const Point& point : all) Follow(point);
 }
 
 Sketch::Place Sketch::PlaceOf(const Point& point) const {
-  return {point.longitude * cells_per_longitude_, point.latitude * cells_per_latitude_};
+  return {point.east / Cell(), point.north / Cell()};
 }
 
 void Sketch::Follow(const Point& point) {
@@ -112,8 +102,8 @@ void Sketch::Follow(const Point& point) {
 /// Ends the line at hand, and begins another where it ends.
 void Sketch::Draw() {
   const bool is_new = Cover(PlaceOf(*anchor_), PlaceOf(*end_), end_->signal);
-  const bool is_dot = anchor_->latitude == end_->latitude && anchor_->longitude == end_->longitude;
-  if (is_new && !joined_) points_.push_back({anchor_->latitude, anchor_->longitude, end_->signal, true});
+  const bool is_dot = anchor_->east == end_->east && anchor_->north == end_->north;
+  if (is_new && !joined_) points_.push_back({anchor_->east, anchor_->north, end_->signal, true});
   if (is_new && !is_dot) {
     points_.push_back(*end_);
     points_.back().broken = false;
@@ -145,8 +135,8 @@ bool Sketch::Cover(const Place& from, const Place& to, int signal) {
 std::vector<Sketch::Point> Sketch::Points() const {
   std::vector<Point> points = points_;
   if (!end_) return points;
-  if (!joined_) points.push_back({anchor_->latitude, anchor_->longitude, end_->signal, true});
-  if (anchor_->latitude != end_->latitude || anchor_->longitude != end_->longitude) {
+  if (!joined_) points.push_back({anchor_->east, anchor_->north, end_->signal, true});
+  if (anchor_->east != end_->east || anchor_->north != end_->north) {
     points.push_back(*end_);
     points.back().broken = false;
   }

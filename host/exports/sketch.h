@@ -12,21 +12,17 @@ namespace host {
 class Sketch {
  public:
   struct Point {
-    double latitude, longitude;  ///< Degrees; longitudes go on past 180.
-    int signal;                  ///< The kind of fix, which the line that leads here has too.
-    bool broken;                 ///< No line leads here from the point before.
-  };
-  struct Bounds {
-    double south, north, west, east;
+    double east, north;  ///< Metres.
+    int signal;          ///< The kind of fix, which the line that leads here has too.
+    bool broken;         ///< No line leads here from the point before.
   };
 
   void Add(const Point& point);
   /// The line so far, up to the last place that was added unless it is drawn already.
   std::vector<Point> Points() const;
-  const std::optional<Point>& First() const { return first_; }
   const std::optional<Point>& Last() const { return last_; }
-  /// Of all places. There is one.
-  const Bounds& GetBounds() const { return bounds_; }
+  /// How fine it is, in metres.
+  double Cell() const;
 
  private:
   /// A place in the grid that the drawing is measured by, in cells.
@@ -46,19 +42,17 @@ class Sketch {
   };
 
   bool Widen(const Point& point);
-  void Scale();
   void Rebuild();
   Place PlaceOf(const Point& point) const;
   void Follow(const Point& point);
   void Draw();
   bool Cover(const Place& from, const Place& to, int signal);
 
-  Bounds bounds_{};
-  double side_ = 1e-6;  // of the grid, in degrees of latitude; the track fits in
-  double cells_per_latitude_ = 0.0, cells_per_longitude_ = 0.0;
+  double south_ = 0.0, north_ = 0.0, west_ = 0.0, east_ = 0.0;  // how far it goes
+  double side_ = 0.1;                                           // of the grid; the track fits in
   std::vector<Point> points_;
   std::map<int, std::vector<bool>> covered_;  // the cells with a line, by its kind of fix
-  std::optional<Point> first_, last_;
+  std::optional<Point> last_;
   // The line at hand, from its last corner to the last place.
   std::optional<Point> anchor_, end_;
   Cone cone_;

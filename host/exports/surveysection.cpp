@@ -1,9 +1,8 @@
-#include "host/exports/surveysection.h"
+#include "host/exports/reportpage.h"
 
 #include <functional>
 #include <vector>
 
-#include "host/exports/charts.h"
 #include "host/exports/markup.h"
 #include "host/exports/reporttext.h"
 #include "host/records/fixkind.h"
@@ -88,18 +87,17 @@ class ResultTable {
 
 }  // namespace
 
-void AddSurveySection(std::string& out, const Survey& survey, const Display& display,
-                      std::string_view height_name) {
+void AddSurveySection(std::string& out, const Survey& survey, const RunFacts& facts) {
   const SurveyResult all = survey.Result();
   if (HasMoved(all)) return;
-  ResultTable table(out, survey, display);
+  ResultTable table(out, survey, facts.display);
   const bool fits = table.Columns() <= 2;  // beside the drawing
   out += "<section>\n<h2>Static survey</h2>\n";
-  out += fits ? "<div class=\"pair\">\n<div>\n" : "<div class=\"narrow\">\n";
-  DrawCloud(out, survey, all, display.System().length);
+  out += fits ? "<div class=\"pair\">\n" : "<div>\n";
+  out += "<div id=\"cloud\" class=\"narrow\" hidden>";
+  out += "<svg role=\"img\" aria-label=\"the fixes about their mean\"></svg></div>\n";
+  table.Write(HeightName(facts));
   out += "</div>\n";
-  table.Write(height_name);
-  if (fits) out += "</div>\n";
   out += kNote;
   if (const auto kept = static_cast<long long>(survey.Points().size()); kept < all.fixes) {
     out += " The radii are those of " + Whole(kept) + " fixes, evenly spread over the run.";

@@ -7,22 +7,14 @@ const MOST_BARS = 24;      // of satellites that are not heard, too
 const STALE = 5000;        // ms without a position, or more for a receiver that is slow
 const MOST_STALE = 60000;
 
-// By gnssid, with the letters of RINEX.
-const SYSTEMS = {
-  0: ['gps', 'G'], 1: ['sbas', 'S'], 2: ['galileo', 'E'], 3: ['beidou', 'C'], 4: ['other', 'I'], 5: ['qzss', 'J'], 6: ['glonass', 'R'],
-  7: ['navic', 'N'],
-};
-const LEGEND = [['gps', 'GPS'], ['glonass', 'GLONASS'], ['galileo', 'Galileo'], ['beidou', 'BeiDou'], ['qzss', 'QZSS'], ['navic', 'NavIC'], ['sbas', 'SBAS'],
-  ['other', 'other system'], ['unused', 'in view, not used']];
 // How angles are written, by how many of the last place that is shown are in a degree.
 const ANGLES = {degrees: 0, minutes: 60 * 1e5, seconds: 3600 * 1e4};
 const MOST_SENTENCES = 200;
-const DASH = '\u2013';
 
-const state = {fix: null, sky: null, server: null, serverAt: 0, interval: 0, reports: new Map(), way: [], length: 0, anchor: null, trails: new Map()};
+const state = {
+  fix: null, sky: null, server: null, serverAt: 0, interval: 0, reports: new Map(), way: [], plane: null, length: 0, anchor: null, trails: new Map(),
+};
 let angles = 'degrees';
-const $ = id => document.getElementById(id);
-const isNumber = value => typeof value === 'number' && Number.isFinite(value);
 const fixed = (value, digits) => isNumber(value) ? value.toFixed(digits) : DASH;
 
 function put(id, text) {
@@ -30,26 +22,13 @@ function put(id, text) {
   if (node.textContent !== text) node.textContent = text;
 }
 
-function make(name, attributes, ...children) {
-  const node = document.createElement(name);
-  for (const [key, value] of Object.entries(attributes)) node.setAttribute(key, value);
-  node.append(...children);
-  return node;
-}
-
-function draw(name, attributes, ...children) {
-  const node = document.createElementNS('http://www.w3.org/2000/svg', name);
-  for (const [key, value] of Object.entries(attributes)) node.setAttribute(key, value);
-  node.append(...children);
-  return node;
-}
-
 // ---- what comes in
 
 function onPosition(tpv) {
-  if (state.fix) state.interval = Math.abs(Date.parse(tpv.time) - Date.parse(state.fix.time)) || 0;
+  const step = state.fix ? Date.parse(tpv.time) - Date.parse(state.fix.time) || 0 : 0;
   state.fix = tpv;
-  if (isNumber(tpv.lat) && isNumber(tpv.lon)) addToWay(tpv);
+  if (isNumber(tpv.lat) && isNumber(tpv.lon)) addToWay(tpv, step, state.interval);
+  if (step > 0) state.interval = step;
   state.wasLost = tpv.mode === 1;
 }
 
@@ -57,9 +36,8 @@ function onSky(sky) {
   state.sky = sky;
   for (const sat of sky.satellites || []) {
     if (!isNumber(sat.el) || !isNumber(sat.az)) continue;
-    const trail = state.trails.get(nameOf(sat)) || [];
-    const last = trail.at(-1);
-    if (!last || last.el !== sat.el || last.az !== sat.az) trail.push({el: sat.el, az: sat.az});
+    const trail = state.trails.get(nameOf(sat)) || [], place = [Math.max(0, sat.el), sat.az];
+    if (String(trail.at(-1)) !== String(place)) trail.push(place);
     if (trail.length > 200) trail.shift();
     state.trails.set(nameOf(sat), trail);
   }
@@ -69,6 +47,7 @@ function onServer(server) {
   // A server that was started anew knows nothing of the way so far.
   if (state.server && state.server.started !== server.started) {
     Object.assign(state, {fix: null, sky: null, way: [], length: 0, anchor: null, trails: new Map(), reports: new Map()});
+    view = null;
   }
   state.server = server;
   state.serverAt = Date.now();
@@ -145,8 +124,8 @@ function drawPosition() {
   put('time', typeof fix.time === 'string' ? `${fix.time.slice(0, 10)} ${fix.time.slice(11, 19)}` : DASH);
   const needle = isNumber(fix.track) ? [draw('path', {d: 'M0-9 6 7 0 3.5-6 7z', transform: `rotate(${fix.track})`})] : [];
   $('compass').replaceChildren(draw('circle', {r: 11}), ...needle);
-  drawLine('speed', state.way.map(point => isNumber(point.speed) ? point.speed * 3.6 : null), 5);
-  drawLine('height', state.way.map(point => point.height), 2);
+  drawLine('speed', point => point.speed * 3.6, {step: 1, isFromZero: true, span: 5});
+  drawLine('height', point => point.height, {step: 0.1, span: 2});
 }
 
 function angle(degrees, positive, negative) {
@@ -185,88 +164,54 @@ function watchAngles() {
   };
 }
 
-// The last samples as a line, at least so high that noise stays small.
-function drawLine(name, samples, least) {
-  const last = samples.slice(-MOST_SAMPLES);
-  const values = last.filter(isNumber);
-  if (values.length < 2) return;
-  const low = Math.min(...values), high = Math.max(...values);
-  const span = Math.max(high - low, least), floor = (low + high - span) / 2;
-  let path = '', pen = 'M';
-  last.forEach((value, i) => {
-    if (!isNumber(value)) { pen = 'M'; return; }
-    path += `${pen}${(i * 300 / (last.length - 1)).toFixed(1)} ${(40 - (value - floor) / span * 36).toFixed(1)}`;
-    pen = 'L';
-  });
-  $(`${name}line`).replaceChildren(draw('path', {d: path}));
-  put(`${name}range`, `${low.toFixed(1)} to ${high.toFixed(1)}`);
+// The last samples, broken where the way is. The axis is at least so high that noise stays small.
+function drawLine(name, valueOf, axis) {
+  const svg = $(`${name}line`), width = svg.clientWidth || 300, height = svg.clientHeight || 80, spans = [], stretches = [];
+  for (const point of state.way.slice(-MOST_SAMPLES)) {
+    if (!isNumber(point.at) || !isNumber(valueOf(point))) continue;
+    if (!stretches.length || point.isBreak) {
+      stretches.push([]);
+      spans.push([point.at, point.at]);
+    }
+    stretches.at(-1).push([point.at, valueOf(point)]);
+    spans.at(-1)[1] = Math.max(spans.at(-1)[1], point.at);
+  }
+  if (!stretches.length) return;
+  const frame = frameOf(46, 6, width - 48, height - 28);
+  drawCourse(svg, {style: name, stretches, ...axis}, timeScale(spans, frame.left, frame.width), frame);
 }
 
-function systemOf(sat) {
-  return SYSTEMS[sat.gnssid] || ['other', ''];
-}
+const systemOf = sat => SYSTEMS[sat.gnssid] || OTHER_SYSTEM;
 
 function nameOf(sat) {
-  const [kind, letter] = systemOf(sat);
-  return letter ? letter + String(kind === 'sbas' ? sat.svid - 100 : sat.svid).padStart(2, '0') : String(sat.PRN);
+  const [style, letter] = systemOf(sat);
+  return letter ? letter + String(style === 'sbas' ? sat.svid - 100 : sat.svid).padStart(2, '0') : String(sat.PRN);
 }
 
-function signalOf(sat) {
-  return isNumber(sat.ss) ? `${sat.ss} dB-Hz` : 'no signal';
+function titleOf(sat) {
+  const place = isNumber(sat.el) && isNumber(sat.az) ? ` elevation ${sat.el}\u00b0, azimuth ${sat.az}\u00b0,` : '';
+  return `${nameOf(sat)}:${place} ${isNumber(sat.ss) ? `${sat.ss} dB-Hz` : 'no signal'}`;
 }
 
+// As the drawings want them.
 function satellites() {
   const list = state.sky && Array.isArray(state.sky.satellites) ? state.sky.satellites : [];
   const order = sat => (isNumber(sat.gnssid) ? sat.gnssid : 9) * 1000 + sat.PRN;
-  return list.map(sat => ({...sat, name: nameOf(sat), kind: systemOf(sat)[0]})).sort((a, b) => order(a) - order(b));
-}
-
-// North is up, the zenith in the middle.
-function skyPoint(el, az) {
-  const radius = 100 * (90 - Math.max(0, Math.min(90, el))) / 90, turn = az * Math.PI / 180;
-  return [radius * Math.sin(turn), -radius * Math.cos(turn)];
-}
-
-function drawSky() {
-  const parts = [draw('circle', {r: 100, class: 'ring outer'})];
-  for (const el of [30, 60]) {
-    parts.push(draw('circle', {r: 100 * (90 - el) / 90, class: 'ring'}));
-    parts.push(draw('text', {x: 2, y: -100 * (90 - el) / 90 - 1.5}, `${el}\u00b0`));
-  }
-  parts.push(draw('path', {d: 'M-100 0H100M0-100V100', class: 'ring'}));
-  for (const [name, x, y] of [['N', 0, -103], ['E', 106, 3.5], ['S', 0, 111], ['W', -106, 3.5]]) {
-    parts.push(draw('text', {x, y, class: 'cardinal', 'text-anchor': 'middle'}, name));
-  }
-  const seen = satellites().filter(sat => isNumber(sat.el) && isNumber(sat.az));
-  for (const sat of seen) {
-    const trail = state.trails.get(sat.name) || [];
-    if (trail.length < 2) continue;
-    const points = trail.map(point => skyPoint(point.el, point.az).map(value => value.toFixed(1)).join(' ')).join(' ');
-    parts.push(draw('polyline', {points, class: `trail ${sat.kind}`}));
-  }
-  for (const sat of [...seen].sort((a, b) => Boolean(a.used) - Boolean(b.used))) {
-    const [x, y] = skyPoint(sat.el, sat.az);
-    parts.push(draw('g', {class: `sat ${sat.kind}${sat.used ? ' used' : ''}`, transform: `translate(${x.toFixed(1)} ${y.toFixed(1)})`},
-      draw('title', {}, `${sat.name}: elevation ${sat.el}\u00b0, azimuth ${sat.az}\u00b0, ${signalOf(sat)}`),
-      draw('circle', {r: 9}), draw('text', {y: 2.7}, sat.name)));
-  }
-  $('sky').replaceChildren(...parts);
-  const legend = LEGEND.filter(([kind]) => seen.some(sat => kind === 'unused' ? sat.used === false : sat.kind === kind));
-  $('legend').replaceChildren(...legend.map(([kind, text]) => make('span', {class: kind}, text)));
-}
-
-function drawSignals() {
-  // Of many satellites those that are heard matter.
-  const all = satellites(), shown = all.length > MOST_BARS ? all.filter(sat => isNumber(sat.ss)) : all;
-  const bars = shown.map(sat => {
-    const level = isNumber(sat.ss) ? sat.ss : 0;
-    const bar = make('div', {class: 'bar'});
-    bar.style.height = `${Math.max(0, Math.min(100, level / 55 * 100))}%`;
-    return make('div', {class: `${sat.kind}${sat.used ? ' used' : ''}`, role: 'listitem', title: `${sat.name}: ${signalOf(sat)}`},
-      make('span', {class: 'number'}, level > 0 ? String(Math.round(level)) : DASH),
-      make('div', {class: 'well'}, bar), make('b', {}, sat.name));
+  return [...list].sort((a, b) => order(a) - order(b)).map(sat => {
+    const [style, , system] = systemOf(sat), name = nameOf(sat);
+    const at = isNumber(sat.el) && isNumber(sat.az) && [Math.max(0, sat.el), sat.az];
+    return {name, style, system, at, trail: state.trails.get(name) || [], used: sat.used, signal: sat.ss, title: titleOf(sat)};
   });
-  $('signals').replaceChildren(...(bars.length ? bars : [make('p', {class: 'nothing'}, 'no satellites yet')]));
+}
+
+function drawSatellites() {
+  const all = satellites();
+  drawSky($('sky'), all);
+  systemLegend($('systems'), all.filter(sat => sat.at));
+  // Of many satellites those that are heard matter.
+  const bars = all.length > MOST_BARS ? all.filter(sat => isNumber(sat.signal)) : all;
+  if (bars.length) drawSignals($('signals'), bars);
+  else $('signals').replaceChildren(make('p', {class: 'nothing'}, 'no satellites yet'));
 }
 
 function list(id, rows) {
@@ -309,8 +254,7 @@ function drawStatus() {
 
 function drawAll() {
   drawPosition();
-  drawSky();
-  drawSignals();
+  drawSatellites();
   drawMap();
   drawStatus();
 }
@@ -362,4 +306,5 @@ watchAngles();
 watchMap();
 watchSentences();
 if (location.search === '?once') showOnce(); else follow();
+addEventListener('resize', render);
 drawAll();
