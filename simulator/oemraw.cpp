@@ -1,5 +1,7 @@
 #include "simulator/oemraw.h"
 
+#include <cmath>
+
 #include "simulator/bytes.h"
 #include "simulator/navdata.h"
 #include "simulator/oemlog.h"
@@ -33,10 +35,11 @@ std::string RangeLog(const GpsTime& time, const std::vector<Observation>& observ
 std::string RawEphemerisLog(const GpsTime& time, const Ephemeris& ephemeris) {
   std::string body;
   AppendLittle(body, static_cast<std::uint32_t>(ephemeris.prn));
-  AppendLittle(body, static_cast<std::uint32_t>(time.week));
+  const GpsTime reference = time + std::remainder(ephemeris.toe - time.seconds, 604800.0);
+  AppendLittle(body, static_cast<std::uint32_t>(reference.week));
   AppendLittle(body, static_cast<std::uint32_t>(ephemeris.toe));
   for (int id = 1; id <= 3; ++id) {
-    for (const std::uint32_t word : Subframe(id, time)) {
+    for (const std::uint32_t word : Subframe(id, ephemeris, time)) {
       for (const int shift : {16, 8, 0}) body += static_cast<char>(word >> shift & 0xFF);
     }
   }
