@@ -214,7 +214,7 @@ TEST(HostRecordFormat, WritesTheUsedSlotsOfARawEpochAndABlock) {
   std::string out;
   RecordSink sink(out);
   EXPECT_TRUE(sink.OnRawData(epoch));
-  EXPECT_TRUE(sink.OnBin());
+  EXPECT_TRUE(sink.OnBin(Block()));
   EXPECT_EQ(
       out,
       R"({"message":"WM_GPS_NEW_RAW_DATA","m_Time":7,"m_dLatitude":0,"m_dLongitude":0,"m_dHeight":0,"m_dSpare":0,)"

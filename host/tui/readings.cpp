@@ -81,7 +81,7 @@ bool Readings::OnEphemeris(const CGPSDataEphemeris&) {
   return true;
 }
 
-bool Readings::OnBin() {
+bool Readings::OnBin(const Block&) {
   ++version_;
   ++bins_;
   return false;
