@@ -33,7 +33,9 @@ constexpr LogName kLogs[] = {
     {"GPGGALONG", ""},
     {"GPGGARTK", ""},
     {"RANGEB", "RANGEB"},
+    {"RANGECMPB", "RANGECMPB"},
     {"RAWEPHEMB", "RAWEPHEMB"},
+    {"GPSEPHEMB", "GPSEPHEMB"},
     {"ALMANACB", "ALMANACB"},
 };
 
@@ -57,10 +59,12 @@ std::string Upper(std::string_view word) {
 class Gsr2650 final : public Core {
  public:
   Gsr2650(const Options& options, const Model& model) : Core(options, model.baud) {
-    AddMessage("RANGEB", [this](const Epoch& e) {
-      return RangeLog(e.truth.time, world_.Observe(e.seconds, settings_.elevation_mask, 12));
-    });
-    AddMessage("RAWEPHEMB", [this](const Epoch& e) { return ChangedEphemerides(e); });
+    AddMessage("RANGEB", [this](const Epoch& e) { return RangeLog(e.truth.time, Observe(e)); });
+    AddMessage("RANGECMPB", [this](const Epoch& e) { return CompressedRangeLog(e.truth.time, Observe(e)); });
+    AddMessage("RAWEPHEMB",
+               [this](const Epoch& e) { return ChangedEphemerides(e, raw_ephemerides_, RawEphemerisLog); });
+    AddMessage("GPSEPHEMB",
+               [this](const Epoch& e) { return ChangedEphemerides(e, ephemerides_, EphemerisLog); });
     AddMessage("ALMANACB", [this](const Epoch& e) { return ChangedAlmanac(e); });
     Settings factory;
     factory.values = {
@@ -113,7 +117,8 @@ class Gsr2650 final : public Core {
     if (log == nullptr) return false;
     const auto period = SameWord(trigger, "ONCHANGED") ? 1.0 : Number(f[at + 2]);
     if (!OneOf(trigger, {"ONTIME", "ONCHANGED"}) || !period || *period < 0.05) return false;
-    if (log->message == "RAWEPHEMB") ephemerides_.Forget();
+    if (log->message == "RAWEPHEMB") raw_ephemerides_.Forget();
+    if (log->message == "GPSEPHEMB") ephemerides_.Forget();
     if (log->message == "ALMANACB") almanac_.Forget();
     if (!log->message.empty()) Switch(log->message, true, FromSeconds(*period));
     return true;
@@ -240,11 +245,14 @@ class Gsr2650 final : public Core {
     return true;
   }
 
-  std::string ChangedEphemerides(const Epoch& e) {
+  std::vector<Observation> Observe(const Epoch& e) const {
+    return world_.Observe(e.seconds, settings_.elevation_mask, 12);
+  }
+
+  std::string ChangedEphemerides(const Epoch& e, EphemerisNews& told,
+                                 std::string (*log)(const GpsTime& time, const Ephemeris& ephemeris)) const {
     std::string logs;
-    for (const Ephemeris& news : ephemerides_.Take(world_, e.seconds, e.views)) {
-      logs += RawEphemerisLog(e.truth.time, news);
-    }
+    for (const Ephemeris& news : told.Take(world_, e.seconds, e.views)) logs += log(e.truth.time, news);
     return logs;
   }
 
@@ -253,7 +261,7 @@ class Gsr2650 final : public Core {
     return news.empty() ? "" : AlmanacLog(e.truth.time, news);
   }
 
-  EphemerisNews ephemerides_, almanac_;
+  EphemerisNews ephemerides_, raw_ephemerides_, almanac_;
   std::string log_once_;  // answers the command at hand
 };
 

@@ -1,3 +1,6 @@
+#include <algorithm>
+#include <cmath>
+
 #include "simulator/beacon.h"
 #include "simulator/bytes.h"
 #include "simulator/languages.h"
@@ -166,11 +169,13 @@ class JFamily final : public BeaconCore {
   std::string NavigationBlock(const Epoch& e) {
     if (e.views.empty()) return "";
     std::string data;
-    AppendLittle(data, static_cast<std::uint16_t>(e.views[turn_++ % e.views.size()].prn));
+    const int prn = e.views[turn_++ % e.views.size()].prn;
+    AppendLittle(data, static_cast<std::uint16_t>(prn));
     AppendLittle(data, std::uint16_t{0});
-    AppendLittle(data, static_cast<std::uint32_t>(e.truth.time.seconds) / 6 * 6);
+    AppendLittle(data, static_cast<std::uint32_t>(e.truth.time.seconds) / 6);
+    const Ephemeris ephemeris = world_.EphemerisAt(prn, e.seconds);
     for (int id = 1; id <= 3; ++id) {
-      for (const std::uint32_t word : Subframe(id, e.truth.time)) AppendLittle(data, word << 6);
+      for (const std::uint32_t word : Subframe(id, ephemeris, e.truth.time)) AppendLittle(data, word << 6);
     }
     return Block(95, data);
   }
@@ -182,11 +187,18 @@ class JFamily final : public BeaconCore {
     AppendLittle(data, static_cast<std::uint16_t>(e.truth.time.week));
     AppendLittle(data, e.truth.time.seconds);
     const auto observations = world_.Observe(e.seconds, settings_.elevation_mask, kChannels);
+    constexpr double kWavelength = kSpeedOfLight / 1575.42e6;
+    constexpr std::uint32_t kLongLock = 255, kPhaseIsGood = 1, kLockIsLonger = 2;
     for (const Observation& o : observations) {
-      AppendLittle(data, static_cast<std::uint32_t>(o.view.prn << 16 | o.view.snr));
-      AppendLittle(data, static_cast<std::int32_t>(o.doppler * 512));
+      // 10 log (0.8192 n) is the signal above 30 dB-Hz.
+      const auto signal = std::lround(std::pow(10.0, (o.view.snr - 30) / 10.0) / 0.8192);
+      AppendLittle(data, kLongLock << 16 | static_cast<std::uint32_t>(std::clamp(signal, 1L, 255L)) << 8 |
+                             static_cast<std::uint32_t>(o.view.prn));
+      // The rate of the range, in steps of 1/4096 m/s.
+      const auto rate = static_cast<std::uint32_t>(std::lround(-o.doppler * kWavelength * 4096));
+      AppendLittle(data, rate << 4 | kPhaseIsGood | kLockIsLonger);
       AppendLittle(data, o.pseudorange);
-      AppendLittle(data, o.phase);
+      AppendLittle(data, o.phase * kWavelength);
     }
     data.resize(12 + kChannels * 24, '\0');
     return Block(96, data);

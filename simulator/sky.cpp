@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "simulator/dice.h"
+#include "simulator/navdata.h"
 
 namespace simulator {
 namespace {
@@ -76,7 +77,8 @@ Sky::Sky(const GpsTime& start, unsigned seed) : start_(start) {
     c.omega_dot = real(-2.7e-9, -2.4e-9);
     c.i_dot = real(-1e-10, 1e-10);
     c.tgd = real(-1.5e-8, 1e-8);
-    c.af1 = real(-6e-12, 6e-12);
+    // Whole steps of af0 in two hours, so that an issue takes over from the last one without a leap of 7 cm.
+    c.af1 = std::ldexp(std::nearbyint(real(-1.5, 1.5)), -36);
     c.crc = real(180, 320);
     c.crs = real(-90, 90);
     c.cuc = real(-5e-6, 5e-6);
@@ -87,7 +89,8 @@ Sky::Sky(const GpsTime& start, unsigned seed) : start_(start) {
     orbit.mean_anomaly = along - c.omega;
     orbit.node = plane / 3.0 + dice.Between(-0.02, 0.02);
     orbit.inclination = dice.Between(0.302, 0.31);
-    orbit.clock = dice.Between(-4e-4, 4e-4);
+    orbit.clock = std::ldexp(std::nearbyint(std::ldexp(dice.Between(-4e-4, 4e-4), 31)), -31);
+    c = AsBroadcast(c);
     orbits_.push_back(orbit);
   }
 }
@@ -108,8 +111,9 @@ Ephemeris Sky::EphemerisAt(int prn, const GpsTime& time) const {
   eph.m0 = Wrapped(orbit.mean_anomaly + motion * since_start);
   eph.omega0 = Wrapped(orbit.node + (eph.omega_dot - turn) * since_start + turn * eph.toe);
   eph.i0 = orbit.inclination + eph.i_dot * since_start;
-  eph.af0 = static_cast<float>(orbit.clock + eph.af1 * since_start);
-  return eph;
+  eph.af0 =
+      static_cast<float>(orbit.clock + eph.af1 * (since_start + std::fmod(start_.seconds, kIssueSeconds)));
+  return AsBroadcast(eph);
 }
 
 std::vector<View> Sky::InView(const Vector& antenna, const GpsTime& time, double mask_degrees) const {

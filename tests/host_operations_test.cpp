@@ -135,8 +135,8 @@ TEST_F(HostOperations, SayWhatAnInterruptionHasLeftUndone) {
 TEST_F(HostOperations, SayWhyALogOfRawDataIsEmptyByTheModel) {
   EXPECT_NE(WhyNoRawData("CSI").find("gga-only"), std::string::npos);
   for (const char* model : {"CSI - MAX", "Sokkia Axis3", "GSR2650 LB"})
-    EXPECT_NE(WhyNoRawData(model).find("without decoding"), std::string::npos) << model;
-  EXPECT_NE(WhyNoRawData("Other").find("only the raw data of an Ashtech"), std::string::npos);
+    EXPECT_NE(WhyNoRawData(model).find("post-processing on"), std::string::npos) << model;
+  EXPECT_NE(WhyNoRawData("Other").find("has no raw data"), std::string::npos);
 }
 
 TEST_F(HostOperations, LeaveNothingBehindWhenTheyAreRehearsed) {

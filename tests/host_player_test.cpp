@@ -99,7 +99,8 @@ TEST_F(HostPlayer, ShowsWhatDecodeShowsAndEnds) {
   EXPECT_EQ(nmea.Output(), text.Output());
   Program bin({"monitor", "--play", path_, "--format", "record", "--speed", "max", "--only", "bin"});
   EXPECT_EQ(bin.Wait(), 0);
-  EXPECT_EQ(bin.Output(), "{\"message\":\"WM_GPS_NEW_BIN\"}\n");
+  EXPECT_EQ(bin.Output(), R"({"message":"WM_GPS_NEW_BIN","block":"$BIN 95","bytes":16})"
+                          "\n");
   const std::string some = quick.Output();
   EXPECT_TRUE(some.size() > all.size() / 6 && all.starts_with(some)) << some;
 

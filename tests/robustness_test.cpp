@@ -58,7 +58,7 @@ class ArrivalTest : public testing::Test {
       if (message == WM_GPS_NEW_DATA) sink.OnData(records.back());
       if (message == WM_GPS_NEW_RAW_DATA) sink.OnRawData(epochs.back());
       if (message == WM_GPS_NEW_EPHEMERIS) sink.OnEphemeris(ephemerides.back());
-      if (message == WM_GPS_NEW_BIN) sink.OnBin();
+      if (message == WM_GPS_NEW_BIN) sink.OnBin(host::Block());
       if (message == WM_GPS_NEW_STRING) text += strings.back().ToUtf8();
       return 0;
     }

@@ -58,18 +58,15 @@ bool SetRawInterval(CGPSReceiver& receiver, double seconds) {
   return intervals.has(seconds) && receiver.SetRawDataOutputInterval(intervals.value(seconds));
 }
 
-bool IsRawDataDecoded(const std::string& model) {
-  return &IntervalsOf(FindModel(model)) == &kAny;
-}
-
 std::string WhyNoRawData(const std::string& model) {
-  if (!IsRawDataDecoded(model)) {
-    return "the raw data of the model " + model +
-           " are blocks that this program hands on without decoding them, so that it cannot log them";
+  CGPSReceiver& receiver = FindModel(model);
+  if (&IntervalsOf(receiver) != &kAny) {
+    return "the model " + model +
+           " sends measurements in blocks once \"post-processing on\" asks for them, and no good one came";
   }
   const std::string beside = "beside GSA and GSV sentences raw data are passed over";
-  if (FindModel(model).HasRawData()) return beside + ": the operation gga-only ends them";
-  return "only the raw data of an Ashtech, CSI or Racal receiver are decoded, and " + beside;
+  if (receiver.HasRawData()) return beside + ": the operation gga-only ends them";
+  return "the model has no raw data that could be logged; with others, " + beside;
 }
 
 }  // namespace host

@@ -12,8 +12,6 @@ void CheckRawInterval(CGPSReceiver& receiver, double seconds);
 /// such interval, or the port does not take it.
 bool SetRawInterval(CGPSReceiver& receiver, double seconds);
 
-/// Whether raw data of a model's language can be had as epochs.
-bool IsRawDataDecoded(const std::string& model);
 /// Why a log of a model's raw data has stayed empty, as far as that is the program's doing.
 std::string WhyNoRawData(const std::string& model);
 

@@ -143,8 +143,10 @@ bool Exports::OnEphemeris(const CGPSDataEphemeris& ephemeris) {
   return filter_.Passes(Kind::ephemeris) && inner_.OnEphemeris(ephemeris);
 }
 
-bool Exports::OnBin() {
-  return filter_.Passes(Kind::bin) && inner_.OnBin();
+bool Exports::OnBin(const Block& block) {
+  const bool passes = filter_.Passes(Kind::bin) || (block.epoch != nullptr && filter_.Passes(Kind::raw)) ||
+                      (block.ephemeris != nullptr && filter_.Passes(Kind::ephemeris));
+  return passes && inner_.OnBin(block);
 }
 
 void Exports::Step() {

@@ -34,7 +34,7 @@ class Exports : public Sink, public Outlet {
   bool OnData(const CGPSData& data) override;
   bool OnRawData(const CGPSDataRaw& epoch) override;
   bool OnEphemeris(const CGPSDataEphemeris& ephemeris) override;
-  bool OnBin() override;
+  bool OnBin(const Block& block) override;
   bool OnString(const CString& text) override;
   bool WantsSky() const override { return !exports_.empty() || inner_.WantsSky(); }
   bool OnSky(const Sky& sky) override;

@@ -216,10 +216,10 @@ std::string RinexLog::ObservationHeader(const CGPSDataRaw& epoch) const {
   header += HeaderLine(receiver, "REC # / TYPE / VERS");
   header += HeaderLine("", "ANT # / TYPE");
   std::string line;
-  for (const double x :
-       Cartesian(epoch.m_dLatitude, epoch.m_dLongitude, epoch.m_dHeight - m_dAntennaHeight)) {
-    Append(line, "%14.4f", std::isfinite(x) ? x : 0.0);
-  }
+  std::array<double, 3> place{};
+  if (epoch.m_bPositionValid)
+    place = Cartesian(epoch.m_dLatitude, epoch.m_dLongitude, epoch.m_dHeight - m_dAntennaHeight);
+  for (const double x : place) Append(line, "%14.4f", std::isfinite(x) ? x : 0.0);
   header += HeaderLine(line, "APPROX POSITION XYZ");
   line.clear();
   Append(line, "%14.4f%14.4f%14.4f", m_dAntennaHeight, 0.0, 0.0);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "host/exports/rinexlog.h"
 #include "host/session/outlet.h"
@@ -21,6 +22,8 @@ class RinexSink : public NoSink, public Outlet {
   Sink* Records() override { return this; }
   bool OnRawData(const CGPSDataRaw& epoch) override;
   bool OnEphemeris(const CGPSDataEphemeris& ephemeris) override;
+  bool OnBin(const Block& block) override;
+  bool OnData(const CGPSData& data) override;
   void SetReference(std::optional<Moment> reference) override { log_.SetPivot(reference); }
 
   /// Throws a Failure if a file could not be written. A sink is called from inside the library, and keeps
@@ -30,8 +33,14 @@ class RinexSink : public NoSink, public Outlet {
   bool Finish() override;
 
  private:
+  void Write(const rawdata::ObservationEpoch& epoch);
+  void WriteWaiting();
+
   const std::string model_;
   RinexLog log_;
+  CGPSDataRaw place_;  // where the receiver is, as far as it has said so
+  // Ephemerides of a ten-bit week that no epoch has made whole yet.
+  std::vector<CGPSDataEphemeris> waiting_;
 };
 
 }  // namespace host

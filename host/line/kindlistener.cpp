@@ -89,8 +89,9 @@ bool KindListener::Parse(CString& message, GPSStringType type) {
 
 void CheckUnderstood(const Recording& recording, const HostWindow& window) {
   const Published& published = window.GetPublished();
-  if (published.data - published.unread + published.raw_data + published.ephemeris + window.Shown() > 0)
-    return;
+  const long long of_use = published.data - published.unread + published.raw_data + published.ephemeris +
+                           published.read_bin + window.Shown();
+  if (of_use > 0) return;
   throw Failure(ExitCode::nothing_understood,
                 "nothing of " + recording.Name() + " was understood: " + WhatIsIn(recording));
 }

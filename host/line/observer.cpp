@@ -4,6 +4,7 @@
 #include <string_view>
 #include <utility>
 
+#include "host/line/blockguard.h"
 #include "host/run/event.h"
 
 namespace host {
@@ -40,13 +41,20 @@ class ObservedLine : public SerialLine {
       : line_(std::move(line)), state_(std::move(state)) {}
 
   int Read(void* data, int most, DWORD ms) override {
-    const int count = line_->Read(data, most, ms);
-    if (count < 0) {
-      state_->End();
-    } else {
-      state_->Add({static_cast<const char*>(data), static_cast<std::size_t>(count)}, count == most);
+    if (held_.empty()) {
+      const int room = most - most / kLeastBlock;  // for what the guard adds
+      const int count = line_->Read(data, room, ms);
+      if (count < 0) {
+        state_->End();
+        return count;
+      }
+      const std::string_view bytes(static_cast<const char*>(data), static_cast<std::size_t>(count));
+      state_->Add(bytes, count == room);
+      held_ = guard_.Pass(bytes);
     }
-    return count;
+    const std::size_t taken = held_.copy(static_cast<char*>(data), static_cast<std::size_t>(most));
+    held_.erase(0, taken);
+    return static_cast<int>(taken);
   }
 
   bool GetState(DCB& dcb) override { return line_->GetState(dcb); }
@@ -59,8 +67,13 @@ class ObservedLine : public SerialLine {
   bool SetBreak(bool on) override { return line_->SetBreak(on); }
 
  private:
+  static constexpr int kLeastBlock = 128;
+
   const std::unique_ptr<SerialLine> line_;
   const std::shared_ptr<State> state_;
+  // The reader thread's.
+  BlockGuard guard_;
+  std::string held_;
 };
 
 }  // namespace

@@ -38,6 +38,22 @@ void WriteMeasurement(JsonWriter& json, const CGPSSatelliteDataRaw& satellite) {
   json.EndObject();
 }
 
+void WriteMeasurement(JsonWriter& json, const rawdata::SignalObservation& signal) {
+  json.BeginObject();
+  WriteVehicle(json, SatelliteOf(signal));
+  json.Member("obs", std::string("L") + signal.code);
+  const std::pair<std::string_view, double> members[] = {{"pseudorange", signal.pseudorange},
+                                                         {"carrierphase", signal.carrier_phase},
+                                                         {"doppler", signal.doppler},
+                                                         {"snr", signal.cn0}};
+  for (const auto& [key, value] : members) {
+    if (value != 0.0) json.MemberFixed(key, value, 3);
+  }
+  if (signal.slip && signal.carrier_phase != 0.0) json.Member("lli", 1);
+  if (signal.glonass_channel) json.Member("freqid", *signal.glonass_channel);
+  json.EndObject();
+}
+
 void WriteSatellite(JsonWriter& json, const Satellite& satellite, bool has_used) {
   json.BeginObject();
   WriteVehicle(json, satellite.id);
@@ -179,6 +195,21 @@ bool GpsdSink::OnRawData(const CGPSDataRaw& epoch) {
     CGPSSatelliteDataRaw satellite;
     if (epoch.GetSatelliteData(satellite, i) && satellite.m_bValid) WriteMeasurement(json, satellite);
   }
+  json.EndArray();
+  End(json);
+  return true;
+}
+
+bool GpsdSink::OnBin(const Block& block) {
+  if (block.ephemeris != nullptr) return OnEphemeris(block.ephemeris->orbit);
+  if (block.epoch == nullptr) return false;
+  JsonWriter json(out_);
+  Begin(json, "RAW");
+  json.Member("week", ResolveWeek(block.epoch->week, ReferenceFor(CTime::GetCurrentTime())));
+  json.MemberFixed("tow", block.epoch->time_of_week, 3);
+  json.Key("rawdata");
+  json.BeginArray();
+  for (const rawdata::SignalObservation& signal : block.epoch->signals) WriteMeasurement(json, signal);
   json.EndArray();
   End(json);
   return true;

@@ -24,7 +24,7 @@ class GpsdSink : public Sink {
   bool OnData(const CGPSData& data) override;
   bool OnRawData(const CGPSDataRaw& epoch) override;
   bool OnEphemeris(const CGPSDataEphemeris& ephemeris) override;
-  bool OnBin() override { return false; }
+  bool OnBin(const Block& block) override;
   bool WantsSky() const override { return true; }
   bool OnSky(const Sky& sky) override;
   bool OnString(const CString& text) override;

@@ -18,11 +18,19 @@ GpsTime GpsTimeOf(Moment moment) {
   return {static_cast<int>(week.count()), static_cast<double>((since - week).count()) / 1000.0};
 }
 
-int ResolveWeek(int week, Moment pivot) {
+int NearestWeek(int week, int pivot) {
   if (week < 0 || week >= kWeeksOfRound) return week;
-  const int rounds =
-      static_cast<int>(std::lround((GpsTimeOf(pivot).week - week) / static_cast<double>(kWeeksOfRound)));
+  const int rounds = static_cast<int>(std::lround((pivot - week) / static_cast<double>(kWeeksOfRound)));
   return week + (rounds > 0 ? rounds : 0) * kWeeksOfRound;
+}
+
+int ResolveWeek(int week, Moment pivot) {
+  return NearestWeek(week, GpsTimeOf(pivot).week);
+}
+
+Moment MomentOf(const GpsTime& time) {
+  const auto start = std::chrono::duration_cast<std::chrono::milliseconds>(kFirstDay.time_since_epoch());
+  return start.count() + static_cast<Moment>((time.week * kSecondsOfWeek + time.seconds) * 1000.0);
 }
 
 GpsTime Near(int week, double seconds, double told_at_seconds) {

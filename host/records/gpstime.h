@@ -21,11 +21,14 @@ struct GpsTime {
 
 /// Without the leap seconds between UTC and GPS time, which do not count where the week is what matters.
 GpsTime GpsTimeOf(Moment moment);
+Moment MomentOf(const GpsTime& time);
 
 /// Satellites broadcast the week's lowest ten bits alone, which began anew in 1999 and 2019 and will in 2038.
 /// Gives such a week its high bits so that it comes as near to `pivot` as may be, which is within 512 weeks.
 /// A week of more than ten bits is given back as it is.
 int ResolveWeek(int week, Moment pivot);
+/// The same around another week.
+int NearestWeek(int week, int pivot);
 
 /// A moment whose week was told at another one, within half a week of it: near the week's end the two differ
 /// by one.

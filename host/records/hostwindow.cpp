@@ -37,10 +37,18 @@ bool HostWindow::WantsSky() const {
 void HostWindow::EndSky() {
   ShowSky(skies_.Finish());
   skies_ = SkySource();
+  blocks_.Forget();
 }
 
 void HostWindow::ShowSky(const Sky* sky) {
   if (sky != nullptr && !IsFull()) Show(&Sink::OnSky, *sky);
+}
+
+void HostWindow::ShowBlock() {
+  Block block;
+  if (receiver_ != nullptr) block = blocks_.Read(rawdata::WordsOf(receiver_->m_BinWords));
+  published_.read_bin += block.IsRead() ? 1 : 0;
+  Show(&Sink::OnBin, block);
 }
 
 void HostWindow::Drain() {
@@ -72,7 +80,7 @@ LRESULT HostWindow::WindowProc(UINT message, WPARAM wParam, LPARAM lParam) {
     }
     case WM_GPS_NEW_BIN:
       ++published_.bin;
-      if (!IsFull()) Show(&Sink::OnBin);
+      if (!IsFull()) ShowBlock();
       return 0;
     case WM_GPS_NEW_STRING: {
       const auto text = Take<CString>(wParam);

@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "gpsengine/platform/application.h"
+#include "gpsengine/receiver/gpsreceiver.h"
 #include "host/records/sink.h"
 #include "host/records/skysource.h"
 
@@ -16,6 +17,7 @@ struct Published {
   long long raw_data = 0;
   long long ephemeris = 0;
   long long bin = 0;
+  long long read_bin = 0;  ///< Of those, the ones with measurements or an ephemeris.
 
   long long All() const { return data + raw_data + ephemeris + bin; }
 };
@@ -29,6 +31,8 @@ class HostWindow : public CWnd {
 
   /// A sink more, which takes each record behind those before it.
   void Add(Sink& sink) { sinks_.push_back(&sink); }
+  /// Whose blocks of words are read; it outlives the window. Without it nothing is known of a block.
+  void ReadBlocksOf(const CGPSReceiver& receiver) { receiver_ = &receiver; }
   /// Tells the sinks the moment near which the records to come belong.
   void SetReference(std::optional<Moment> reference);
   /// Some sink wants satellites, for which the texts of messages are needed.
@@ -53,9 +57,12 @@ class HostWindow : public CWnd {
   }
 
   void ShowSky(const Sky* sky);
+  void ShowBlock();
 
   std::vector<Sink*> sinks_;
   SkySource skies_;
+  const CGPSReceiver* receiver_ = nullptr;
+  BlockReader blocks_;
   const long long limit_;
   long long shown_ = 0;
   bool owes_text_ = false;  // of the last message

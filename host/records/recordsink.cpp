@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <string_view>
 #include <type_traits>
+#include <vector>
 
 #include "host/records/jsonwriter.h"
 
@@ -152,6 +153,46 @@ void VisitFields(const CGPSDataEphemeris& record, Visitor&& visit) {
   FIELD(m_dIDot);
 }
 
+template <class Visitor>
+void VisitFields(const rawdata::SignalObservation& record, Visitor&& visit) {
+  visit("system", std::string_view(&record.system, 1));
+  FIELD(satellite);
+  FIELD(code);
+  FIELD(pseudorange);
+  FIELD(carrier_phase);
+  FIELD(doppler);
+  FIELD(cn0);
+  FIELD(slip);
+  FIELD(half_cycle);
+  if (record.glonass_channel) visit("glonass_channel", *record.glonass_channel);
+}
+
+template <class Visitor>
+void VisitFields(const rawdata::ObservationEpoch& record, Visitor&& visit) {
+  FIELD(week);
+  FIELD(time_of_week);
+  FIELD(signals);
+}
+
+template <class Visitor>
+void VisitFields(const rawdata::BroadcastEphemeris& record, Visitor&& visit) {
+  FIELD(orbit);
+  FIELD(accuracy);
+  FIELD(health);
+  FIELD(codes_on_l2);
+  FIELD(l2p_without_data);
+  FIELD(long_fit);
+}
+
+template <class Visitor>
+void VisitFields(const Block& record, Visitor&& visit) {
+  if (record.head.family == rawdata::Family::none) return;
+  visit("block", std::string_view(record.Name()));
+  FIELD(bytes);
+  if (record.epoch != nullptr) visit("observations", *record.epoch);
+  if (record.ephemeris != nullptr) visit("ephemeris", *record.ephemeris);
+}
+
 #undef FIELD
 
 /// Writes a record's fields as members of the object at hand.
@@ -178,6 +219,13 @@ class FieldWriter {
     }
   }
   void Write(const CTime& time) { json_.Value(time.GetTime()); }
+  void Write(std::string_view text) { json_.Text(text); }
+  template <class T>
+  void Write(const std::vector<T>& items) {
+    json_.BeginArray();
+    for (const T& item : items) WriteObject(item);
+    json_.EndArray();
+  }
   // A fixed text ends at its first zero byte, or fills its field.
   template <std::size_t N>
   void Write(const char (&text)[N]) {
@@ -234,8 +282,8 @@ bool RecordSink::OnEphemeris(const CGPSDataEphemeris& ephemeris) {
   return true;
 }
 
-bool RecordSink::OnBin() {
-  out_ += "{\"message\":\"WM_GPS_NEW_BIN\"}\n";
+bool RecordSink::OnBin(const Block& block) {
+  WriteMessage(out_, "WM_GPS_NEW_BIN", block);
   return true;
 }
 

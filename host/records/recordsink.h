@@ -15,7 +15,7 @@ class RecordSink : public Sink {
   bool OnData(const CGPSData& data) override;
   bool OnRawData(const CGPSDataRaw& epoch) override;
   bool OnEphemeris(const CGPSDataEphemeris& ephemeris) override;
-  bool OnBin() override;
+  bool OnBin(const Block& block) override;
 
  private:
   std::string& out_;

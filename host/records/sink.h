@@ -5,6 +5,7 @@
 #include "gpsengine/platform/cstring.h"
 #include "gpsengine/records/gpsdata.h"
 #include "gpsengine/records/gpsdataraw.h"
+#include "host/records/block.h"
 #include "host/records/kinds.h"
 #include "host/sentences/moment.h"
 #include "host/sentences/sky.h"
@@ -19,7 +20,7 @@ class Sink {
   virtual bool OnData(const CGPSData& data) = 0;
   virtual bool OnRawData(const CGPSDataRaw& epoch) = 0;
   virtual bool OnEphemeris(const CGPSDataEphemeris& ephemeris) = 0;
-  virtual bool OnBin() = 0;
+  virtual bool OnBin(const Block& block) = 0;
   /// Satellites are wanted: they come as skies, for which the texts of messages are read.
   virtual bool WantsSky() const { return false; }
   /// The satellites of an epoch.
@@ -40,7 +41,7 @@ class NoSink : public Sink {
   bool OnData(const CGPSData&) override { return false; }
   bool OnRawData(const CGPSDataRaw&) override { return false; }
   bool OnEphemeris(const CGPSDataEphemeris&) override { return false; }
-  bool OnBin() override { return false; }
+  bool OnBin(const Block&) override { return false; }
 };
 
 }  // namespace host

@@ -24,7 +24,7 @@ class TextSink : public Sink {
   bool OnData(const CGPSData& data) override;
   bool OnRawData(const CGPSDataRaw& epoch) override;
   bool OnEphemeris(const CGPSDataEphemeris& ephemeris) override;
-  bool OnBin() override { return false; }
+  bool OnBin(const Block&) override { return false; }
   /// With reports alone: an answer that gave no record, such as one that is decoded by no one.
   bool OnString(const CString& text) override;
 

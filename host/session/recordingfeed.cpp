@@ -87,7 +87,8 @@ bool RecordingFeed::GoOn(CGPSEngine& engine) {
 
 void RecordingFeed::Play(CGPSEngine& engine, std::string_view bytes) {
   Date(bytes);
-  CBinBuffer chunk(bytes.data(), static_cast<int>(bytes.size()));
+  const std::string_view guarded = guard_.Pass(bytes);
+  CBinBuffer chunk(guarded.data(), static_cast<int>(guarded.size()));
   engine.UpdateGPSBuffer(chunk);
   in_line_ = bytes.back() != '\n';
   played_ += bytes;

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "gpsengine/platform/clock.h"
+#include "host/line/blockguard.h"
 #include "host/run/progress.h"
 #include "host/run/recording.h"
 #include "host/sentences/datescan.h"
@@ -74,6 +75,7 @@ class RecordingFeed : public Feed {
   DateScan dates_;
   std::optional<Progress> progress_;
   std::string played_;
+  BlockGuard guard_;
 };
 
 /// A recording at the pace of the times in it or a multiple of that. One without times goes at the pace of

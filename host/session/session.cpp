@@ -17,6 +17,7 @@ Session::Session(const RunOptions& options, const Interrupt& interrupt)
       receiver_(*engine_.FindReceiver(FindModel(options.model).GetName())),
       window_(options.count) {
   options_.model = receiver_.GetName().ToUtf8();
+  window_.ReadBlocksOf(receiver_);
 }
 
 void Session::Read(std::unique_ptr<Feed> feed) {

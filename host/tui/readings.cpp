@@ -81,9 +81,11 @@ bool Readings::OnEphemeris(const CGPSDataEphemeris&) {
   return true;
 }
 
-bool Readings::OnBin() {
+bool Readings::OnBin(const Block& block) {
   ++version_;
   ++bins_;
+  raw_epochs_ += block.epoch != nullptr ? 1 : 0;
+  ephemerides_ += block.ephemeris != nullptr ? 1 : 0;
   return false;
 }
 

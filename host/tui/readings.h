@@ -34,7 +34,7 @@ class Readings : public Sink {
   bool OnData(const CGPSData& data) override;
   bool OnRawData(const CGPSDataRaw& epoch) override;
   bool OnEphemeris(const CGPSDataEphemeris& ephemeris) override;
-  bool OnBin() override;
+  bool OnBin(const Block& block) override;
   bool OnString(const CString& text) override;
   bool WantsSky() const override { return true; }
   bool OnSky(const Sky& sky) override;

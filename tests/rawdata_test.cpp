@@ -1,0 +1,328 @@
+#include "gpsengine/rawdata/rawdata.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <string>
+
+#include "simulator/bytes.h"
+#include "simulator/languages.h"
+#include "simulator/oemlog.h"
+#include "simulator/world.h"
+
+using namespace rawdata;
+
+namespace {
+
+using Words = std::vector<WORD>;
+
+Words WordsOf(const std::string& bytes) {
+  Words words;
+  for (std::size_t i = 0; i + 1 < bytes.size(); i += 2)
+    words.push_back(static_cast<WORD>(static_cast<unsigned char>(bytes[i]) |
+                                      static_cast<unsigned char>(bytes[i + 1]) << 8));
+  return words;
+}
+
+// The sum of a $BIN block made right again, for what a receiver would really have sent.
+std::string Summed(std::string block) {
+  unsigned sum = 0;
+  for (std::size_t i = 8; i + 4 < block.size(); ++i) sum += static_cast<unsigned char>(block[i]);
+  block[block.size() - 4] = static_cast<char>(sum);
+  block[block.size() - 3] = static_cast<char>(sum >> 8);
+  return block;
+}
+
+// The kinds of blocks, and how receivers are told to send nothing else.
+struct Source {
+  const char* model;
+  const char* command;
+  std::size_t length;            // of a block; 0: that of an OEM message
+  double range, phase, doppler;  // what the block's steps leave of a measurement
+};
+constexpr const char* kNoSentences = "UNLOG GPGGA\r\nUNLOG GPGSA\r\nUNLOG GPGSV\r\nUNLOG GPVTG\r\n";
+const Source kObservations[] = {
+    {"CSI - MAX", "$JBIN,96,1\r\n", 312, 1e-6, 1e-6, 0.001},
+    {"GSR2650 LB", "LOG RANGEB ONTIME 1\r\n", 0, 1e-6, 1e-6, 0.001},
+    {"GSR2650 LB", "LOG RANGECMPB ONTIME 1\r\n", 0, 0.004, 0.002, 0.002},
+};
+const Source kEphemerides[] = {
+    {"CSI - MAX", "$JBIN,95,1\r\n", 140, 0, 0, 0},
+    {"GSR2650 LB", "LOG RAWEPHEMB ONCHANGED\r\n", 0, 0, 0, 0},
+    {"GSR2650 LB", "LOG GPSEPHEMB ONCHANGED\r\n", 0, 0, 0, 0},
+};
+
+// The blocks of so many seconds.
+std::vector<std::string> Blocks(const Source& source, int seconds) {
+  simulator::Options options;
+  options.model = source.model;
+  const auto receiver = simulator::MakeReceiver(options);
+  receiver->Receive(source.length > 0 ? "$JOFF\r\n" : kNoSentences);
+  receiver->Receive(source.command);
+  receiver->Advance(0);
+  const std::string bytes = receiver->Advance(seconds);
+  std::vector<std::string> blocks;
+  for (std::size_t at = 0; at < bytes.size(); at += blocks.back().size()) {
+    const auto byte = [&](std::size_t i) { return static_cast<unsigned char>(bytes.at(at + i)); };
+    const std::size_t length = source.length > 0 ? source.length : 28 + (byte(8) | byte(9) << 8) + 4;
+    blocks.push_back(bytes.substr(at, length));
+  }
+  return blocks;
+}
+
+simulator::World TheWorld() {
+  return simulator::World(simulator::Options());
+}
+
+}  // namespace
+
+TEST(RawData, MeasuresWhatTheReceiverHas) {
+  for (const Source& source : kObservations) {
+    PhaseHistory history;
+    ObservationEpoch epoch;
+    int seconds = 0;
+    for (const std::string& block : Blocks(source, 3)) {
+      ASSERT_EQ(ContentOf(ReadHead(WordsOf(block))), Content::observations) << source.command;
+      ASSERT_TRUE(DecodeObservations(WordsOf(block), history, epoch)) << source.command;
+      const auto time = TheWorld().TimeAt(++seconds);
+      EXPECT_EQ(epoch.week, time.week);
+      EXPECT_EQ(epoch.time_of_week, time.seconds);
+      const auto truth = TheWorld().Observe(seconds, 5, 12);
+      ASSERT_EQ(epoch.signals.size(), truth.size()) << source.command;
+      for (std::size_t i = 0; i < truth.size(); ++i) {
+        const SignalObservation& signal = epoch.signals[i];
+        EXPECT_EQ(signal.system + std::to_string(signal.satellite) + signal.code,
+                  "G" + std::to_string(truth[i].view.prn) + "1C");
+        EXPECT_NEAR(signal.pseudorange, truth[i].pseudorange, source.range);
+        EXPECT_NEAR(std::remainder(signal.carrier_phase - truth[i].phase, 8388608), 0, source.phase);
+        EXPECT_NEAR(signal.doppler, truth[i].doppler, source.doppler);
+        EXPECT_NEAR(signal.cn0, truth[i].view.snr, 0.2);
+        EXPECT_EQ(signal.slip, seconds == 1) << source.command;
+      }
+    }
+    EXPECT_EQ(seconds, 3);
+  }
+}
+
+TEST(RawData, ReadsTheOrbitThatIsFlown) {
+  for (const Source& source : kEphemerides) {
+    const auto blocks = Blocks(source, 4);
+    EXPECT_GE(blocks.size(), 4u);
+    for (const std::string& block : blocks) {
+      ASSERT_EQ(ContentOf(ReadHead(WordsOf(block))), Content::ephemeris) << source.command;
+      BroadcastEphemeris read;
+      ASSERT_TRUE(DecodeEphemeris(WordsOf(block), read)) << source.command;
+      const CGPSDataEphemeris& orbit = read.orbit;
+      const auto time = TheWorld().TimeAt(4);
+      const auto flown = TheWorld().EphemerisAt(orbit.m_nPRN, 4);
+      EXPECT_EQ(orbit.m_nWeek, source.length > 0 ? time.week % 1024 : time.week) << source.command;
+      EXPECT_NEAR(orbit.m_lTow, time.seconds, 60);
+      EXPECT_EQ(orbit.m_lAodc, flown.issue);
+      EXPECT_EQ(orbit.m_lAode, flown.issue);
+      EXPECT_EQ(orbit.m_lToc, flown.toc);
+      EXPECT_EQ(orbit.m_lToe, flown.toe);
+      EXPECT_EQ(read.accuracy, 2.0);
+      EXPECT_EQ(read.health, 0);
+      const std::pair<double, double> terms[] = {{orbit.m_dTgd, flown.tgd},
+                                                 {orbit.m_dAf0, flown.af0},
+                                                 {orbit.m_dAf1, flown.af1},
+                                                 {orbit.m_dAf2, flown.af2},
+                                                 {orbit.m_dDeltaN, flown.delta_n},
+                                                 {orbit.m_dM0, flown.m0},
+                                                 {orbit.m_dSqrtA, flown.sqrt_a},
+                                                 {orbit.m_dEccentricity, flown.eccentricity},
+                                                 {orbit.m_dOmega0, flown.omega0},
+                                                 {orbit.m_dOmega, flown.omega},
+                                                 {orbit.m_dI0, flown.i0},
+                                                 {orbit.m_dIDot, flown.i_dot},
+                                                 {orbit.m_dOmegaDot, flown.omega_dot},
+                                                 {orbit.m_dCrc, flown.crc},
+                                                 {orbit.m_dCrs, flown.crs},
+                                                 {orbit.m_dCuc, flown.cuc},
+                                                 {orbit.m_dCus, flown.cus},
+                                                 {orbit.m_dCic, flown.cic},
+                                                 {orbit.m_dCis, flown.cis}};
+      for (const auto& [term, truth] : terms) EXPECT_NEAR(term, truth, 1e-15 * std::fabs(truth));
+    }
+  }
+}
+
+// Not one bit of a block may be another, and nothing may be missing.
+TEST(RawData, RefusesWhatIsDamagedOrShort) {
+  for (const auto* sources : {&kObservations, &kEphemerides}) {
+    for (const Source& source : *sources) {
+      const std::string block = Blocks(source, 1).at(0);
+      PhaseHistory history;
+      ObservationEpoch epoch;
+      BroadcastEphemeris ephemeris;
+      const auto is_taken = [&](const std::string& bytes) {
+        epoch.week = 1;
+        const bool observed = DecodeObservations(WordsOf(bytes), history, epoch);
+        EXPECT_TRUE(observed || (epoch.week == 0 && epoch.signals.empty()));
+        return observed || DecodeEphemeris(WordsOf(bytes), ephemeris);
+      };
+      ASSERT_TRUE(is_taken(block)) << source.command;
+      EXPECT_TRUE(is_taken(block + "behind it")) << source.command;
+      for (std::size_t length = 0; length < block.size(); length += 2)
+        EXPECT_FALSE(is_taken(block.substr(0, length))) << source.command << ' ' << length;
+      for (std::size_t bit = 0; bit < 8 * block.size(); ++bit) {
+        std::string damaged = block;
+        damaged[bit / 8] = static_cast<char>(damaged[bit / 8] ^ 1 << bit % 8);
+        EXPECT_FALSE(is_taken(damaged)) << source.command << " bit " << bit;
+      }
+    }
+  }
+}
+
+TEST(RawData, RefusesASoundBlockOfWhatCannotBe) {
+  const std::string observations = Blocks(kObservations[0], 1).at(0);
+  const std::string ephemeris = Blocks(kEphemerides[0], 1).at(0);
+  const auto with = [](std::string block, std::size_t at, auto value) {
+    std::string bytes;
+    simulator::AppendLittle(bytes, value);
+    return WordsOf(Summed(block.replace(at, bytes.size(), bytes)));
+  };
+  PhaseHistory history;
+  ObservationEpoch epoch;
+  for (const double seconds : {-1.0, 604801.0, double(NAN), double(INFINITY)})
+    EXPECT_FALSE(DecodeObservations(with(observations, 12, seconds), history, epoch)) << seconds;
+  for (const double metres : {1.0, -2e7, 1e9, double(NAN)})
+    EXPECT_FALSE(DecodeObservations(with(observations, 28, metres), history, epoch)) << metres;
+  const int week = TheWorld().TimeAt(0).week;
+  const std::tuple<double, int, double> ends[] = {
+      {604800.25, week + 1, 0.25}, {-0.25, week - 1, 604799.75}, {-1e-15, week, 0.0}};
+  for (const auto& [told, in_week, seconds] : ends) {
+    ASSERT_TRUE(DecodeObservations(with(observations, 12, told), history, epoch));
+    EXPECT_EQ(epoch.time_of_week, seconds);
+    EXPECT_EQ(epoch.week, in_week);
+  }
+
+  BroadcastEphemeris read;
+  // No GPS satellite; another preamble, another number of a subframe; orbit and clock of other issues; no
+  // square root of an axis.
+  const std::pair<std::size_t, std::uint16_t> words[] = {
+      {8, 33}, {8, 0}, {16 + 2, 0x1D00}, {16 + 4, 0xFFFF}, {16 + 40 + 10, 0x0010}, {16 + 40 + 28, 0}};
+  for (const auto& [at, value] : words) EXPECT_FALSE(DecodeEphemeris(with(ephemeris, at, value), read)) << at;
+  EXPECT_EQ(read.orbit.m_nPRN, 0);
+}
+
+namespace {
+
+struct Channel {
+  std::uint16_t satellite, frequency;
+  std::uint32_t system, signal;
+  bool phase = true, parity = true, code = true;
+  float lock = 100.0F, signal_strength = 45.0F;
+};
+
+Words Range(const std::vector<Channel>& channels, double seconds = 0.0) {
+  std::string body;
+  simulator::AppendLittle(body, static_cast<std::uint32_t>(channels.size()));
+  for (const Channel& c : channels) {
+    simulator::AppendLittle(body, c.satellite);
+    simulator::AppendLittle(body, c.frequency);
+    simulator::AppendLittle(body, 2.1e7);
+    simulator::AppendLittle(body, 0.05F);
+    simulator::AppendLittle(body, -1.1e8);
+    for (const float value : {0.01F, -1000.0F, c.signal_strength, c.lock})
+      simulator::AppendLittle(body, value);
+    simulator::AppendLittle(body, c.system << 16 | c.signal << 21 | std::uint32_t{c.phase} << 10 |
+                                      std::uint32_t{c.parity} << 11 | std::uint32_t{c.code} << 12);
+  }
+  return WordsOf(simulator::OemBinary(43, {2314, 1000.0 + seconds}, body));
+}
+
+std::string NamesOf(const ObservationEpoch& epoch) {
+  std::string names;
+  for (const SignalObservation& signal : epoch.signals)
+    names += signal.system + std::to_string(signal.satellite) + ':' + signal.code + ' ';
+  return names;
+}
+
+}  // namespace
+
+TEST(RawData, NamesTheSignalsOfAllSystems) {
+  PhaseHistory history;
+  ObservationEpoch epoch;
+  ASSERT_TRUE(DecodeObservations(Range({{5, 0, 0, 9},
+                                        {5, 0, 0, 17},
+                                        {5, 0, 0, 14},
+                                        {38, 1, 1, 0},
+                                        {61, 13, 1, 5},
+                                        {122, 0, 2, 0},
+                                        {11, 0, 3, 2},
+                                        {11, 0, 3, 12},
+                                        {19, 0, 4, 4},
+                                        {194, 0, 5, 0},
+                                        {3, 0, 6, 0}}),
+                                 history, epoch));
+  EXPECT_EQ(NamesOf(epoch), "G5:2W G5:2S G5:5Q R1:1C R24:2P S22:1C E11:1C E11:5Q C19:2I J2:1C I3:5A ");
+  EXPECT_EQ(epoch.signals[3].glonass_channel, -6);
+  EXPECT_EQ(epoch.signals[4].glonass_channel, 6);
+  EXPECT_FALSE(epoch.signals[0].glonass_channel);
+  // What has no name, or was not measured, is passed over; of a signal that comes twice the stronger stays.
+  ASSERT_TRUE(DecodeObservations(Range({{5, 0, 0, 30},
+                                        {5, 0, 7, 0},
+                                        {33, 0, 0, 0},
+                                        {6, 0, 0, 0, false, true, false},
+                                        {7, 0, 0, 0, true, false},
+                                        {8, 0, 0, 0, false},
+                                        {9, 0, 0, 0, true, true, false},
+                                        {7, 0, 0, 0, true, true, true, 100.0F, 30.0F}}),
+                                 history, epoch));
+  EXPECT_EQ(NamesOf(epoch), "G7:1C G8:1C G9:1C ");
+  const auto& [half, no_phase, no_code] = std::tie(epoch.signals[0], epoch.signals[1], epoch.signals[2]);
+  EXPECT_TRUE(half.half_cycle && half.carrier_phase == 1.1e8 && half.doppler == -1000.0 && half.cn0 == 45.0);
+  EXPECT_TRUE(no_phase.carrier_phase == 0.0 && no_phase.doppler == 0.0 && no_phase.pseudorange == 2.1e7);
+  EXPECT_TRUE(no_code.carrier_phase == 1.1e8 && no_code.pseudorange == 0.0 && !no_code.half_cycle);
+  EXPECT_FALSE(DecodeObservations(Range({}), history, epoch));
+}
+
+TEST(RawData, TellsWhetherAPhaseGoesOn) {
+  PhaseHistory history;
+  const auto is_slip = [&](double seconds, float lock, bool parity = true, std::uint16_t satellite = 5) {
+    ObservationEpoch epoch;
+    const Channel channel{satellite, 0, 0, 0, true, parity, true, lock};
+    EXPECT_TRUE(DecodeObservations(Range({{30, 0, 0, 0}, channel}, seconds), history, epoch));
+    return epoch.signals[1].slip;
+  };
+  EXPECT_TRUE(is_slip(0, 100.0F)) << "seen for the first time";
+  EXPECT_FALSE(is_slip(1, 101.0F));
+  EXPECT_FALSE(is_slip(2, 0.9F)) << "tracked ever since, as far as the receiver counts";
+  EXPECT_TRUE(is_slip(3, 0.5F)) << "caught again in between";
+  EXPECT_TRUE(is_slip(4, 1.5F, false)) << "half a cycle may have come in";
+  EXPECT_TRUE(is_slip(5, 50.0F, true, 6)) << "another satellite";
+  EXPECT_TRUE(is_slip(14, 9.0F, false)) << "out of sight for longer than it is tracked";
+  EXPECT_FALSE(is_slip(20, 6.0F, false)) << "out of sight, and tracked all the while";
+  EXPECT_TRUE(is_slip(19, 60.0F, false)) << "time has gone back";
+
+  const std::string block = Blocks(kObservations[0], 1).at(0);
+  ObservationEpoch epoch;
+  for (const bool slips : {true, false, true}) {
+    std::string next = block;
+    next[23] = static_cast<char>(slips ? next[23] + 1 : next[23]);
+    if (epoch.week != 0 && slips) next = Summed(next);
+    ASSERT_TRUE(DecodeObservations(WordsOf(epoch.week != 0 && slips ? next : block), history, epoch));
+    EXPECT_EQ(epoch.signals[0].slip, slips);
+  }
+}
+
+TEST(RawData, FillsTheRecordOfOlderReceiversWithTheStrongest) {
+  std::vector<Channel> channels = {{3, 0, 0, 9}, {122, 0, 2, 0}};
+  for (std::uint16_t prn = 1; prn <= 12; ++prn)
+    channels.push_back({prn, 0, 0, 0, true, true, true, 9.0F, prn == 4 ? 30.0F : 40.4F});
+  PhaseHistory history;
+  ObservationEpoch epoch;
+  ASSERT_TRUE(DecodeObservations(Range(channels), history, epoch));
+  CGPSDataRaw raw;
+  ASSERT_TRUE(ToDataRaw(epoch, raw));
+  EXPECT_EQ(raw.GetNumSV(), 11);
+  EXPECT_EQ(raw.m_nGPSWeek, 2314);
+  EXPECT_EQ(raw.m_dReceiverTime, 1000.0);
+  CGPSSatelliteDataRaw slot;
+  ASSERT_TRUE(raw.GetSatelliteData(slot, 3));
+  EXPECT_TRUE(slot.m_nPRN == 5 && slot.m_bValid && slot.m_nSignalCount == 40);
+  EXPECT_TRUE(slot.m_dPseudorange == 2.1e7 && slot.m_dCarrierPhase == 1.1e8 && slot.m_dDoppler == -1000.0);
+  epoch.signals.resize(2);
+  EXPECT_FALSE(ToDataRaw(epoch, raw));
+}
