@@ -25,13 +25,6 @@ constexpr int kSentenceReaders = 6;
 /// A receiver that has not been understood for so long from the start is worth a word.
 constexpr double kFirstMessageTime = 10.0;
 
-std::string Now() {
-  std::string iso;
-  const auto now = std::chrono::system_clock::now().time_since_epoch();
-  AppendIso(iso, std::chrono::duration_cast<std::chrono::milliseconds>(now).count());
-  return iso;
-}
-
 const char* NameOf(Feed::Kind kind) {
   switch (kind) {
     case Feed::Kind::device:
@@ -48,9 +41,9 @@ const char* NameOf(Feed::Kind kind) {
 class ServiceSink : public GpsdSink {
  public:
   using GpsdSink::GpsdSink;
-  bool OnData(const CGPSData& data) override {
-    position.Note(data);
-    return GpsdSink::OnData(data);
+  bool OnData(const Record& record) override {
+    position.Note(record);
+    return GpsdSink::OnData(record);
   }
 
   LastPosition position;
@@ -81,7 +74,7 @@ class Service : public Outlet {
   std::string Status() const;
 
   Session& session_;
-  const std::string started_ = Now();
+  const std::string started_ = IsoText(Now());
   std::string json_;
   ServiceSink sink_;
   SentenceFinder sentences_;
@@ -116,7 +109,7 @@ void Service::OnEvent(RunEvent event) {
   if (event == RunEvent::started && session_.GetFeed().IsLive()) {
     device_.bps = session_.Receiver().GetCurrentBaudrate();
   }
-  if (event == RunEvent::understood) device_.activated = Now();
+  if (event == RunEvent::understood) device_.activated = IsoText(Now());
   if (event == RunEvent::lost) device_.activated.clear();
   server_->SetDevice(device_);
 }
@@ -159,7 +152,7 @@ std::string Service::Status() const {
   json.Member("class", "SERVER");
   json.Member("version", GPSENGINE_VERSION);
   json.Member("started", std::string_view(started_));
-  json.Member("time", std::string_view(Now()));
+  json.Member("time", std::string_view(IsoText(Now())));
   json.Known("device", device_.path);
   json.Member("model", std::string_view(device_.driver));
   json.Member("source", NameOf(session_.GetFeed().GetKind()));

@@ -39,11 +39,6 @@ constexpr Answer kAnswers[] = {
 
 constexpr std::size_t kNameWidth = 17, kAnswerWidth = 39;
 
-std::string Padded(std::string text, std::size_t width) {
-  if (text.size() < width) text.append(width - text.size(), ' ');
-  return text;
-}
-
 /// Writes the members that tell of a model.
 void Describe(CGPSReceiver& receiver, JsonWriter& json) {
   json.Key("name");

@@ -23,7 +23,7 @@ class CsvExport : public Export {
     CsvExport::Flush();
   }
 
-  void OnEpoch(const PositionEpoch& epoch, const CGPSData&) override {
+  void OnEpoch(const PositionEpoch& epoch) override {
     if (!epoch.fix) return;
     if (epoch.starts_segment || segment_ == 0) ++segment_;
     std::string& out = file_.Text();

@@ -3,11 +3,9 @@
 #include <memory>
 #include <string>
 
-#include "gpsengine/records/gpsdata.h"
 #include "host/exports/exportfile.h"
 #include "host/records/display.h"
 #include "host/records/epoch.h"
-#include "host/records/geoid.h"
 #include "host/records/tally.h"
 #include "host/sentences/sky.h"
 
@@ -26,8 +24,8 @@ struct RunFacts {
 class Export {
  public:
   virtual ~Export() = default;
-  /// An epoch with a time that was not told before, whether or not it has a fix. `data` is its record.
-  virtual void OnEpoch(const PositionEpoch& epoch, const CGPSData& data) = 0;
+  /// An epoch with a time that was not told before, whether or not it has a fix.
+  virtual void OnEpoch(const PositionEpoch& epoch) = 0;
   /// The satellites of an epoch, ahead of the next one's position.
   virtual void OnSky(const Sky& /*sky*/) {}
   /// Writes what is new.

@@ -41,6 +41,7 @@ Exports::Exports(const ExportOptions& options, const RunFacts& facts, const std:
       geoid_(facts.geoid),
       projection_(facts.display.projection),
       recording_(inputs.empty() ? "" : NameOf(facts.source)) {
+  inner_.SetKinds(options.filter.only);
   RunFacts named = facts;
   named.source = NameOf(facts.source);
   for (const auto& [option, path, make] : kExports) {
@@ -67,26 +68,22 @@ Exports::~Exports() {
 
 void Exports::SetReference(std::optional<Moment> reference) {
   dated_ = dated_ || reference;
-  reader_.SetReference(reference);
   inner_.SetReference(reference);
 }
 
-bool Exports::OnData(const CGPSData& data) {
+bool Exports::OnData(const Record& record) {
   Tell(std::nullopt);
-  std::optional<PositionEpoch> epoch;
-  if (data.m_bPositionValid) epoch = reader_.Read(data);
-  const Kinds kinds = filter_.Pass(data, epoch ? &*epoch : nullptr);
-  if (kinds.IsEmpty()) return false;
-  if (kinds.Has(Kind::fix) && epoch->time && !epoch->repeats) held_ = {*epoch, data};
-  inner_.SetKinds(kinds);
-  return inner_.OnData(data);
+  Record passed = record;
+  filter_.Pass(passed);
+  if (passed.kinds.IsEmpty()) return false;
+  if (passed.HasPosition() && passed.epoch.time && !passed.epoch.repeats) held_ = passed.epoch;
+  return inner_.OnData(passed);
 }
 
 bool Exports::OnString(const CString& text) {
   std::string bytes;
   if (held_ && text.ToBytes(bytes)) Tell(PositionTailOf(bytes));
-  inner_.SetKinds(filter_.Passing());
-  return inner_.OnString(text);
+  return !filter_.IsOver() && inner_.OnString(text);
 }
 
 bool Exports::OnSky(const Sky& sky) {
@@ -106,7 +103,7 @@ void Exports::CountSatellites(PositionEpoch& epoch) const {
 
 void Exports::Tell(const std::optional<PositionTail>& tail) {
   if (!held_) return;
-  PositionEpoch& epoch = held_->epoch;
+  PositionEpoch& epoch = *held_;
   if (tail) {
     epoch.tail = *tail;
     separation_ = tail->separation;
@@ -119,7 +116,7 @@ void Exports::Tell(const std::optional<PositionTail>& tail) {
   if (projection_ && epoch.fix) std::exchange(projection_, nullptr)->Of(epoch.latitude, epoch.longitude);
   epoch.undated = !recording_.empty() && !dated_;
   undated_ = undated_ || (epoch.undated && !exports_.empty());
-  for (const auto& file : exports_) file->OnEpoch(epoch, held_->data);
+  for (const auto& file : exports_) file->OnEpoch(epoch);
   held_.reset();
 }
 

@@ -31,7 +31,7 @@ class Exports : public Sink, public Outlet {
   /// Completes the files of a run that has failed.
   ~Exports() override;
 
-  bool OnData(const CGPSData& data) override;
+  bool OnData(const Record& record) override;
   bool OnRawData(const CGPSDataRaw& epoch) override;
   bool OnEphemeris(const CGPSDataEphemeris& ephemeris) override;
   bool OnBin() override;
@@ -51,12 +51,6 @@ class Exports : public Sink, public Outlet {
   bool Finish() override;
 
  private:
-  /// An epoch that waits for the sentence which gave it.
-  struct Held {
-    PositionEpoch epoch;
-    CGPSData data;
-  };
-
   void Tell(const std::optional<PositionTail>& tail);
   void CountSatellites(PositionEpoch& epoch) const;
   void ResolveHeights(PositionEpoch& epoch, bool has_sentence);
@@ -64,17 +58,16 @@ class Exports : public Sink, public Outlet {
 
   CGPSEngine& engine_;
   Sink& inner_;
-  EpochReader reader_;
   Filter filter_;
   const Geoid geoid_;
   std::shared_ptr<Projection> projection_;  // until it knows its zone
   const std::string recording_;             // its name; empty for a receiver that sends now
   bool dated_ = false;
   bool undated_ = false, told_undated_ = false;  // some epoch was; the user knows
-  std::optional<Held> held_;
-  std::optional<Sky> sky_;            // the last one that has a list
-  std::optional<double> separation_;  // the last one that was stated
-  long long without_height_ = 0;      // fixes
+  std::optional<PositionEpoch> held_;            // until the sentence comes that gave it
+  std::optional<Sky> sky_;                       // the last one that has a list
+  std::optional<double> separation_;             // the last one that was stated
+  long long without_height_ = 0;                 // fixes
   std::vector<std::unique_ptr<Export>> exports_;
 };
 

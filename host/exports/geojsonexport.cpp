@@ -20,7 +20,7 @@ class GeoJsonExport : public Export {
     GeoJsonExport::Flush();
   }
 
-  void OnEpoch(const PositionEpoch& epoch, const CGPSData& data) override {
+  void OnEpoch(const PositionEpoch& epoch) override {
     if (!epoch.fix) return;
     if (epoch.starts_segment || segment_ == 0) ++segment_;
     std::string& out = file_.Text();
@@ -33,7 +33,7 @@ class GeoJsonExport : public Export {
     WritePoint(json, epoch);
     json.Key("properties");
     json.BeginObject();
-    WriteProperties(json, epoch, data);
+    WriteProperties(json, epoch);
     json.EndObject();
     json.EndObject();
   }
@@ -59,10 +59,8 @@ class GeoJsonExport : public Export {
     json.EndObject();
   }
 
-  void WriteProperties(JsonWriter& json, const PositionEpoch& epoch, const CGPSData& data) {
-    std::string iso;
-    AppendIso(iso, *epoch.time);
-    json.Member("time", std::string_view(iso));
+  void WriteProperties(JsonWriter& json, const PositionEpoch& epoch) {
+    json.Member("time", std::string_view(IsoText(*epoch.time)));
     const auto known = [&](std::string_view key, const std::optional<double>& value, int decimals) {
       if (value) json.MemberFixed(key, *value, decimals);
     };
@@ -77,7 +75,7 @@ class GeoJsonExport : public Export {
     known("vdop", epoch.vdop, 2);
     known("speed_mps", epoch.speed, 3);
     known("course_deg", epoch.course, 2);
-    if (data.m_dAverageSNR > 0.0) json.MemberFixed("mean_snr", data.m_dAverageSNR, 1);
+    known("mean_snr", epoch.strength, 1);
     if (!projection_) return;
     if (const auto place = projection_->Of(epoch.latitude, epoch.longitude)) {
       json.MemberFixed("easting_m", place->easting * projection_->Metres(), 3);

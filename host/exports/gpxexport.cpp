@@ -43,7 +43,7 @@ class GpxExport : public Export {
   }
 
   // The order of the elements is the schema's.
-  void OnEpoch(const PositionEpoch& epoch, const CGPSData&) override {
+  void OnEpoch(const PositionEpoch& epoch) override {
     if (!epoch.fix) return;
     std::string& out = file_.Text();
     if (epoch.starts_segment || !in_segment_) {

@@ -33,7 +33,7 @@ class KmlExport : public Export {
     KmlExport::Flush();
   }
 
-  void OnEpoch(const PositionEpoch& epoch, const CGPSData&) override {
+  void OnEpoch(const PositionEpoch& epoch) override {
     if (!epoch.fix) return;
     if (epoch.starts_segment || segments_ == 0) {
       EndSegment();

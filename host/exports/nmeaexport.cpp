@@ -15,8 +15,6 @@ namespace host {
 
 namespace {
 
-constexpr double kKnots = 3600.0 / 1852.0;  // in a metre a second
-
 void AppendDigits(std::string& out, long long value, int width) {
   const std::string digits = std::to_string(value);
   const auto wanted = static_cast<std::size_t>(width);
@@ -82,8 +80,7 @@ class Sentence {
 };
 
 void AppendDate(Sentence& sentence, Moment time) {
-  std::string iso;
-  AppendIso(iso, time);
+  const std::string iso = IsoText(time);
   sentence.Text(iso.substr(8, 2) + iso.substr(5, 2) + iso.substr(2, 2));
 }
 
@@ -91,7 +88,7 @@ class NmeaExport : public Export {
  public:
   explicit NmeaExport(const ExportPath& path) : file_(path) {}
 
-  void OnEpoch(const PositionEpoch& epoch, const CGPSData&) override {
+  void OnEpoch(const PositionEpoch& epoch) override {
     AppendGga(epoch);
     AppendRmc(epoch);
     if (sky_) AppendSky(epoch);
@@ -118,7 +115,8 @@ class NmeaExport : public Export {
   void AppendRmc(const PositionEpoch& epoch) {
     Sentence rmc(file_.Text(), "GPRMC");
     rmc.TimeOfDay(*epoch.time).Letter(epoch.fix ? 'A' : 'V').Position(epoch);
-    rmc.Number(epoch.speed ? std::optional(*epoch.speed * kKnots) : std::nullopt, 3).Number(epoch.course, 2);
+    rmc.Number(epoch.speed ? std::optional(*epoch.speed * kKnots.per_metre) : std::nullopt, 3)
+        .Number(epoch.course, 2);
     AppendDate(rmc, *epoch.time);
     rmc.Empty().Empty().Letter(FixKindOf(epoch.signal).rmc);
   }

@@ -14,12 +14,11 @@ class PosExport : public Export {
  public:
   explicit PosExport(const ExportPath& path) : file_(path) {}
 
-  void OnEpoch(const PositionEpoch& epoch, const CGPSData&) override {
+  void OnEpoch(const PositionEpoch& epoch) override {
     if (!epoch.fix) return;
     if (epoch.tail.separation) separation_ = epoch.tail.separation;
     if (!has_head_) AppendHead(separation_.has_value());
-    std::string iso;
-    AppendIso(iso, *epoch.time);
+    std::string iso = IsoText(*epoch.time);
     for (const std::size_t dash : {4, 7}) iso[dash] = '/';
     double height = epoch.height_msl.value_or(0.0);
     if (epoch.height_msl && above_ellipsoid_) height += *separation_;

@@ -13,7 +13,7 @@ struct RinexOptions {
 };
 
 /// Logs the raw data of a run.
-class RinexSink : public NoSink, public Outlet {
+class RinexSink : public Sink, public Outlet {
  public:
   /// Throws a Failure if the log cannot be opened.
   RinexSink(const RinexOptions& options, const std::string& model, double antenna_height);

@@ -93,10 +93,8 @@ class Search {
   void Announce() const {
     const double each = std::chrono::duration<double>(plan_.listen).count();
     const auto times = static_cast<double>(lines_.size() * plan_.rates.size());
-    CString text;
-    text.Format("listening for a receiver, %g s a port and baud rate: %g s at most. Ctrl-C ends", each,
-                each * times);
-    Complain(text.ToUtf8());
+    Complain(Print("listening for a receiver, %g s a port and baud rate: %g s at most. Ctrl-C ends", each,
+                   each * times));
   }
 
   bool Try(Line& line, int rate) {

@@ -27,6 +27,7 @@ HostWindow::~HostWindow() {
 }
 
 void HostWindow::SetReference(std::optional<Moment> reference) {
+  epochs_.SetReference(reference);
   for (Sink* sink : sinks_) sink->SetReference(reference);
 }
 
@@ -54,7 +55,7 @@ LRESULT HostWindow::WindowProc(UINT message, WPARAM wParam, LPARAM lParam) {
       ++published_.data;
       published_.unread += data->m_bProprietaryValid ? 1 : 0;
       owes_text_ = !IsFull();
-      if (!IsFull()) Show(&Sink::OnData, *data);
+      if (!IsFull()) Show(&Sink::OnData, epochs_.Read(*data));
       if (WantsSky()) ShowSky(skies_.OnData(*data));
       return 0;
     }

@@ -20,7 +20,8 @@ struct Published {
   long long All() const { return data + raw_data + ephemeris + bin; }
 };
 
-/// The host's main window: hands what the library posts to the sinks, until enough was shown.
+/// The host's main window: reads what the library posts once, and hands it to the sinks until enough was
+/// shown.
 class HostWindow : public CWnd {
  public:
   /// `limit` is how many records to show at most, 0 for no limit.
@@ -45,8 +46,8 @@ class HostWindow : public CWnd {
 
  private:
   /// What several sinks show counts once.
-  template <class... Parameters, class... Record>
-  void Show(bool (Sink::*on)(Parameters...), const Record&... record) {
+  template <class... Parameters, class... Records>
+  void Show(bool (Sink::*on)(Parameters...), const Records&... record) {
     bool shown = false;
     for (Sink* sink : sinks_) shown |= (sink->*on)(record...);
     shown_ += shown ? 1 : 0;
@@ -55,6 +56,7 @@ class HostWindow : public CWnd {
   void ShowSky(const Sky* sky);
 
   std::vector<Sink*> sinks_;
+  EpochReader epochs_;
   SkySource skies_;
   const long long limit_;
   long long shown_ = 0;

@@ -11,9 +11,6 @@ namespace host {
 
 /// "none", "beacon", "lband", "waas", "cdgps" or "omnistar"; "unknown" for another value.
 std::string_view NameOf(DgpsMode mode);
-/// Whether m_dTimeOfDay holds a time. A receiver that has found none yet sends position sentences all the
-/// same.
-bool HasTimeOfDay(const CGPSData& data);
 /// An 8-bit text up to its first zero byte, or all of its field, without the line end that may stand behind
 /// it.
 template <std::size_t N>

@@ -8,6 +8,7 @@
 #include "host/line/ports.h"
 #include "host/records/tally.h"
 #include "host/run/port.h"
+#include "host/run/words.h"
 
 namespace host {
 
@@ -265,9 +266,7 @@ Failure Session::PortLost() const {
 }
 
 std::string Seconds(double seconds) {
-  CString text;
-  text.Format("%g s", seconds);
-  return text.ToUtf8();
+  return Print("%g s", seconds);
 }
 
 }  // namespace host

@@ -9,8 +9,8 @@
 
 #include "gpsengine/engine/gpsengine.h"
 #include "host/line/portsearch.h"
-#include "host/records/geoid.h"
 #include "host/records/hostwindow.h"
+#include "host/records/units.h"
 #include "host/run/boxes.h"
 #include "host/run/failure.h"
 #include "host/run/pacing.h"

@@ -5,7 +5,6 @@
 #include <vector>
 
 #include "host/records/fixkind.h"
-#include "host/records/units.h"
 #include "host/tui/dashboard.h"
 
 namespace host {
@@ -32,12 +31,8 @@ std::string AgeText(double seconds) {
   return Print("%lld h", whole / 3600);
 }
 
-std::string NumberText(const char* format, double value) {
-  return std::isfinite(value) ? Print(format, value) : "-";
-}
-
-std::string DopText(double dop) {
-  return dop > 0.0 ? NumberText("%4.1f", dop) : "   -";
+std::string DopText(const std::optional<double>& dop) {
+  return dop ? Print("%4.1f", *dop) : "   -";
 }
 
 /// A line of the fix panel: numbers end in one column, units begin in the next but one.
@@ -81,20 +76,20 @@ void DrawKind(Pane& pane, const Readings& readings) {
   const Kind kind = KindOf(readings);
   const bool stale = readings.IsStale();
   pane.Text(0, 1, kind.words, stale ? Style::dim : kind.style);
-  if (const auto age = readings.Age(); age && readings.Fix() != nullptr) {
+  if (const auto age = readings.Age(); age && readings.Fix()) {
     pane.Right(0, (stale ? " STALE " : "age ") + AgeText(*age) + ' ', stale ? Style::bad : Style::normal);
   }
 }
 
 void AddPlace(FixLines& lines, const View& view) {
-  const CGPSData* fix = view.readings.Fix();
+  const auto& fix = view.readings.Fix();
   const AngleFormat format = view.display.Angles();
-  lines.AddAngle("Latitude", fix != nullptr ? AngleText(fix->m_dLatitude, format, 'N', 'S') : "-");
-  lines.AddAngle("Longitude", fix != nullptr ? AngleText(fix->m_dLongitude, format, 'E', 'W') : "-");
+  lines.AddAngle("Latitude", fix ? MarkedAngle(fix->latitude, format, 'N', 'S') : "-");
+  lines.AddAngle("Longitude", fix ? MarkedAngle(fix->longitude, format, 'E', 'W') : "-");
   Projection* const projection = view.display.projection.get();
   if (projection == nullptr) return;
   std::optional<Projection::Place> place;
-  if (fix != nullptr) place = projection->Of(fix->m_dLatitude * kDegrees, fix->m_dLongitude * kDegrees);
+  if (fix) place = projection->Of(fix->latitude, fix->longitude);
   const std::string unit = ' ' + projection->UnitName();
   lines.AddAngle("Easting", place ? Print("%.3f", place->easting) + unit : "-");
   lines.AddAngle("Northing", place ? Print("%.3f", place->northing) + unit : "-");
@@ -102,15 +97,15 @@ void AddPlace(FixLines& lines, const View& view) {
 
 /// The height as it is set up, and the other one where the separation between both is known.
 void AddHeight(FixLines& lines, const View& view) {
-  const CGPSData* fix = view.readings.Fix();
+  const auto& fix = view.readings.Fix();
   const auto& separation = view.readings.Separation();
   const Unit& unit = view.display.System().length;
   const std::string name(unit.name);
-  if (fix == nullptr) return lines.Add("Height", "-", name);
-  const std::string height = NumberText("%.2f", fix->m_dAltitude * unit.per_metre);
+  if (!fix) return lines.Add("Height", "-", name);
+  const std::string height = Print("%.2f", *fix->height * unit.per_metre);
   if (!separation) return lines.Add("Height", height, name);
   const bool adds = view.geoid == Geoid::add;
-  const double other = (fix->m_dAltitude + (adds ? -*separation : *separation)) * unit.per_metre;
+  const double other = (*fix->height + (adds ? -*separation : *separation)) * unit.per_metre;
   const int room = 7 - Width(name);  // behind the first one
   int decimals = 2;
   while (decimals > 0 && Width(Print("%.*f", decimals, other)) > room) --decimals;
@@ -122,10 +117,7 @@ void AddTime(FixLines& lines, const View& view) {
   const auto time = view.readings.TimeOfDay();
   const auto moment = view.readings.Time();
   std::string date;
-  if (moment && (view.is_live || view.readings.IsDated())) {
-    AppendIso(date, *moment);
-    date = "  " + date.substr(0, 10);
-  }
+  if (moment && (view.is_live || view.readings.IsDated())) date = "  " + IsoText(*moment).substr(0, 10);
   lines.Add("Time", time ? TimeText(static_cast<std::int64_t>(*time)) : "-", "UTC" + date);
 }
 
@@ -147,26 +139,20 @@ std::vector<std::string> Wrap(std::string_view text, std::size_t width) {
 
 }  // namespace
 
-std::string TimeText(std::int64_t moment) {
-  const auto seconds = static_cast<int>(moment % 86'400);
-  return Print("%02d:%02d:%02d", seconds / 3600, seconds / 60 % 60, seconds % 60);
-}
-
 void DrawFix(Pane pane, const View& view) {
   const Readings& readings = view.readings;
   const Projection* const projection = view.display.projection.get();
   Pane inside = pane.Frame(projection != nullptr ? "Fix   " + Plain(projection->Name()) : "Fix");
   DrawKind(inside, readings);
-  const CGPSData* fix = readings.Fix();
-  const bool holds = fix != nullptr && readings.Signal() != UDF_SIGNAL_NONE && !readings.IsStale();
+  const bool holds = readings.Fix() && readings.Signal() != UDF_SIGNAL_NONE && !readings.IsStale();
   FixLines lines(inside, holds ? Style::value : Style::dim);
   AddPlace(lines, view);
   const auto speed = readings.Speed();
   const auto& [first, second] = view.display.System().both_speeds;
-  const auto in = [&](const Unit& unit) { return speed ? NumberText("%.1f", *speed * unit.per_metre) : "-"; };
+  const auto in = [&](const Unit& unit) { return speed ? Print("%.1f", *speed * unit.per_metre) : "-"; };
   lines.Add("Speed", in(first), std::string(first.name), in(second), std::string(second.name));
   const auto course = readings.Course();
-  lines.Add("Course", course ? NumberText("%03.0f", std::fmod(std::round(*course), 360.0)) : "-", "° true");
+  lines.Add("Course", course ? Print("%03.0f", std::fmod(std::round(*course), 360.0)) : "-", "° true");
   AddHeight(lines, view);
   AddTime(lines, view);
   lines.Add("Satellites", readings.Signal() ? Print("%d", readings.SatellitesUsed()) : "-", "used",

@@ -31,7 +31,7 @@ class Readings : public Sink {
 
   explicit Readings(Now now = &Clock::now) : now_(std::move(now)) {}
 
-  bool OnData(const CGPSData& data) override;
+  bool OnData(const Record& record) override;
   bool OnRawData(const CGPSDataRaw& epoch) override;
   bool OnEphemeris(const CGPSDataEphemeris& ephemeris) override;
   bool OnBin() override;
@@ -47,8 +47,8 @@ class Readings : public Sink {
 
   /// A SignalType, of the last record with a position; none so far if there was no such record.
   std::optional<int> Signal() const { return signal_; }
-  /// The last record that had a fix; null for none.
-  const CGPSData* Fix() const { return fix_ ? &*fix_ : nullptr; }
+  /// The last one; none so far if there was none.
+  const std::optional<PositionEpoch>& Fix() const { return fix_; }
   /// Seconds since that record, or since the last record without a fix if none had one.
   std::optional<double> Age() const;
   /// Longer ago than this receiver leaves between its fixes.
@@ -70,8 +70,9 @@ class Readings : public Sink {
   std::optional<double> Speed() const { return speed_; }
   std::optional<double> Course() const { return course_; }
   struct Dilution {
-    double hdop = 0.0, pdop = 0.0, vdop = 0.0;  ///< 0: not reported.
+    std::optional<double> hdop, pdop, vdop;
   };
+  /// Of the last record that had some.
   const Dilution& Dops() const { return dops_; }
   /// Those in view, by system and number.
   const std::vector<Satellite>& Satellites() const { return sky_.satellites; }
@@ -89,18 +90,17 @@ class Readings : public Sink {
   std::uint64_t Version() const { return version_; }
 
  private:
-  void TakeFix(const CGPSData& data);
+  void TakePosition(const PositionEpoch& epoch);
   bool LogReports();
   bool IsOld(const std::optional<Clock::time_point>& since) const;
 
   const Now now_;
   std::uint64_t version_ = 0;
   std::optional<int> signal_;
-  std::optional<CGPSData> fix_;
+  std::optional<PositionEpoch> fix_;
   std::optional<Clock::time_point> fix_at_, position_at_;
   Clock::duration interval_{};  // between the last two records with a position
   std::optional<double> time_of_day_, speed_, course_;
-  EpochReader epochs_;
   std::optional<Moment> time_;
   bool dated_ = false;
   std::optional<double> separation_;

@@ -4,7 +4,6 @@
 #include <map>
 
 #include "host/records/fixkind.h"
-#include "host/records/units.h"
 #include "host/tui/dashboard.h"
 #include "host/tui/panels.h"
 
@@ -74,8 +73,8 @@ Rows RowsOf(const SurveyResult& all, const std::map<int, SurveyResult>& kinds, L
 void AddMean(SurveyLines& lines, const SurveyResult& all, const Display& display) {
   const AngleFormat format = display.Angles();
   lines.Add("Fixes", Print("%lld", all.fixes));
-  lines.Add("Mean lat.", AngleText(all.latitude / kDegrees, format, 'N', 'S'));
-  lines.Add("Mean lon.", AngleText(all.longitude / kDegrees, format, 'E', 'W'));
+  lines.Add("Mean lat.", MarkedAngle(all.latitude, format, 'N', 'S'));
+  lines.Add("Mean lon.", MarkedAngle(all.longitude, format, 'E', 'W'));
   if (Projection* const projection = display.projection.get()) {
     if (const auto place = projection->Of(all.latitude, all.longitude)) {
       lines.Add("Mean easting", Print("%.3f", place->easting), ' ' + projection->UnitName());
