@@ -128,9 +128,9 @@ std::optional<CommandMenu::Order> CommandMenu::Complete() {
 // the longest one tells.
 long long CommandMenu::TimeOf(const std::string& call) const {
   long long time = 0;
-  for (const auto& [text, example] : entries_[selected_].times) {
-    if (text == call) return example;
-    time = std::max(time, example);
+  for (const auto& [text, transcript] : entries_[selected_].examples) {
+    if (text == call) return transcript.Time();
+    time = std::max(time, transcript.Time());
   }
   return time;
 }

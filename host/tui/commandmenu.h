@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "host/commands/rehearse.h"
+#include "host/commands/models.h"
 #include "host/tui/canvas.h"
 
 namespace host {

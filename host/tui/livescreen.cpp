@@ -6,7 +6,6 @@
 
 #include "gpsengine/platform/application.h"
 #include "gpsengine/platform/trace.h"
-#include "host/commands/rehearse.h"
 #include "host/run/failure.h"
 #include "host/run/progress.h"
 #include "host/tui/keys.h"
