@@ -12,7 +12,6 @@
 #include "host/server/gpsdserver.h"
 #include "host/server/pagehub.h"
 #include "host/server/pageserver.h"
-#include "host/session/recorder.h"
 
 namespace host {
 
@@ -181,14 +180,12 @@ std::string Service::Status() const {
 
 ExitCode Serve(const ServeOptions& given, const Interrupt& interrupt, Output& output) {
   const ServeOptions options = ByItsOwnTime(given);
-  Session session(options, interrupt);
+  Session session(options, interrupt, output);
   session.Read(MakeLiveFeed(options, session.Options().model, /*tells_bytes=*/true));
   const Feed& feed = session.GetFeed();
   Service service(session, options, output);
   session.Add(service);
-  Shown beside(session, options, output);
-  std::optional<Recorder> recorder;
-  if (!options.record.empty()) session.Add(recorder.emplace(options.record));
+  const Shown beside(session, options, output);
   feed.Announce(options.model);
   RunRules rules;
   rules.silence = kFirstMessageTime;

@@ -17,13 +17,13 @@ Shown::Shown(Session& session, const ShownOptions& options, Output& output, Sink
     : lines_(MakeSink(options.format, output.Text(), session.GetFeed().Name(), session.Options().geoid,
                       options.display)),
       exports_(options.exports, FactsOf(session, options.display), session.GetFeed().Files(),
-               session.Engine(), screen != nullptr ? *screen : *lines_),
-      printer_(output) {
+               session.Engine(), screen != nullptr ? *screen : *lines_) {
   const RunOptions& run = session.Options();
   if (!options.rinex.base.empty()) {
     session.Add(rinex_.emplace(options.rinex, run.model, run.antenna_height));
   }
   session.Add(exports_);
+  if (!options.record.empty()) session.Add(recorder_.emplace(options.record));
 }
 
 }  // namespace host

@@ -15,14 +15,8 @@ Recorder::Recorder(const std::string& file)
 }
 
 void Recorder::OnBytes(std::string_view bytes) {
-  while (!bytes.empty()) {
-    const ssize_t count = write(file_.Get(), bytes.data(), bytes.size());
-    if (count < 0 && errno == EINTR) continue;
-    if (count < 0) {
-      throw Failure(ExitCode::failed, "recording to " + path_ + " has failed: " + std::strerror(errno));
-    }
-    bytes.remove_prefix(static_cast<std::size_t>(count));
-  }
+  if (WriteWhole(file_.Get(), bytes)) return;
+  throw Failure(ExitCode::failed, "recording to " + path_ + " has failed: " + std::strerror(errno));
 }
 
 }  // namespace host
