@@ -156,7 +156,7 @@ TEST_F(HostScreen, ShowsWhereAStillReceiverStands) {
     Take(data);
   }
   EXPECT_TRUE(Shows("the receiver has moved"));
-  readings_.BeginSurvey();
+  readings_.survey.Clear();
   EXPECT_TRUE(Shows("no fix so far"));
 }
 

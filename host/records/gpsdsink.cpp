@@ -147,20 +147,16 @@ bool GpsdSink::OnString(const CString& text) {
 }
 
 bool GpsdSink::WriteReports(const CGPSData& data) {
-  const auto start = out_.size();
+  const auto news = reports_.NewsIn(data);
+  if (news.empty()) return false;
   JsonWriter json(out_);
   Begin(json, "STATUS");
-  const bool any =
-      reports_.Visit(data, [&](std::string_view key, std::string_view, auto value, std::string_view) {
-        json.Key(key);
-        json.Value(value);
-      });
-  if (any) {
-    End(json);
-  } else {
-    out_.resize(start);
+  for (const Report& report : news) {
+    json.Key(report.key);
+    std::visit([&json](const auto& value) { json.Value(value); }, report.value);
   }
-  return any;
+  End(json);
+  return true;
 }
 
 bool GpsdSink::OnRawData(const CGPSDataRaw& epoch) {

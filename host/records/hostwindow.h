@@ -53,6 +53,13 @@ class HostWindow : public CWnd {
     shown_ += shown ? 1 : 0;
   }
 
+  template <class... Parameters, class... Records>
+  void Publish(long long& count, bool (Sink::*on)(Parameters...), const Records&... record) {
+    ++count;
+    if (!IsFull()) Show(on, record...);
+  }
+  void OnData(const CGPSData& data);
+  void OnString(const CString& text);
   void ShowSky(const Sky* sky);
 
   std::vector<Sink*> sinks_;

@@ -104,26 +104,15 @@ void TextSink::WriteFix(const PositionEpoch& epoch) {
 bool TextSink::WriteReports(const CGPSData& data) {
   // A receiver that has sentences of its own sends them with every fix: too many beside those.
   if (shows_ == Shows::fixes && !data.m_Status.m_bStatusUpdated) return false;
-  const auto start = out_.size();
-  out_ += "report: ";
-  const auto first = out_.size();
-  const bool any =
-      reports_.Visit(data, [&](std::string_view, std::string_view label, auto value, std::string_view unit) {
-        if (out_.size() > first) out_ += ", ";
-        out_ += label;
-        out_ += ' ';
-        AppendValue(out_, value);
-        if (!unit.empty()) {
-          out_ += ' ';
-          out_ += unit;
-        }
-      });
-  if (any) {
-    out_ += '\n';
-  } else {
-    out_.resize(start);
+  const auto news = reports_.NewsIn(data);
+  for (const Report& report : news) {
+    (out_ += &report == &news.front() ? "report: " : ", ") += report.label;
+    out_ += ' ';
+    std::visit([this](const auto& value) { AppendValue(out_, value); }, report.value);
+    if (!report.unit.empty()) (out_ += ' ') += report.unit;
   }
-  return any;
+  if (!news.empty()) out_ += '\n';
+  return !news.empty();
 }
 
 bool TextSink::OnRawData(const CGPSDataRaw& epoch) {

@@ -25,7 +25,7 @@ void Keep(std::deque<T>& lines, T line) {
 bool Readings::OnData(const Record& record) {
   ++version_;
   const PositionEpoch& epoch = record.epoch;
-  if (record.data.m_bDOPValid) dops_ = {epoch.hdop, epoch.pdop, epoch.vdop};
+  if (record.data.m_bDOPValid) dops = {epoch.hdop, epoch.pdop, epoch.vdop};
   if (record.HasPosition()) TakePosition(epoch);
   // A receiver that has sentences of its own sends them with every fix: too many to tell of.
   const bool reports = record.data.m_Status.m_bStatusUpdated && reports_.OnData(record);
@@ -37,25 +37,25 @@ void Readings::TakePosition(const PositionEpoch& epoch) {
   const auto now = now_();
   if (position_at_) interval_ = now - *position_at_;
   position_at_ = now;
-  signal_ = epoch.signal;
-  used_ = sky_.UsedBy(epoch.used);
+  signal = epoch.signal;
+  used = sky.UsedBy(epoch.used);
   if (epoch.time) {
-    time_of_day_ = epoch.time_of_day;
-    time_ = epoch.time;
+    time_of_day = epoch.time_of_day;
+    time = epoch.time;
   }
   if (!epoch.fix) return;
-  if (epoch.time && !epoch.repeats) survey_.Add(epoch);
-  fix_ = epoch;
+  if (epoch.time && !epoch.repeats) survey.Add(epoch);
+  fix = epoch;
   fix_at_ = now;
   if (!epoch.speed) return;
-  speed_ = epoch.speed;
-  course_ = epoch.course;  // a receiver at rest has none
+  speed = epoch.speed;
+  course = epoch.course;  // a receiver at rest has none
 }
 
-bool Readings::OnSky(const Sky& sky) {
+bool Readings::OnSky(const Sky& news) {
   ++version_;
-  sky_ = sky;
-  used_ = sky_.UsedBy(used_);
+  sky = news;
+  used = sky.UsedBy(used);
   return false;  // --count counts what the format "text" shows
 }
 
@@ -71,19 +71,19 @@ bool Readings::LogReports() {
 
 bool Readings::OnRawData(const CGPSDataRaw&) {
   ++version_;
-  ++raw_epochs_;
+  ++raw_epochs;
   return true;
 }
 
 bool Readings::OnEphemeris(const CGPSDataEphemeris&) {
   ++version_;
-  ++ephemerides_;
+  ++ephemerides;
   return true;
 }
 
 bool Readings::OnBin() {
   ++version_;
-  ++bins_;
+  ++bins;
   return false;
 }
 
@@ -92,19 +92,19 @@ bool Readings::OnString(const CString& text) {
   std::string bytes;
   if (text.ToBytes(bytes)) {
     bytes.erase(bytes.find_last_not_of("\r\n") + 1);
-    Keep(sentences_, Plain(bytes));
-    if (const auto tail = PositionTailOf(bytes)) separation_ = tail->separation;
+    Keep(sentences, Plain(bytes));
+    if (const auto tail = PositionTailOf(bytes)) separation = tail->separation;
   }
   return shows_answers_ && reports_.OnString(text) && LogReports();
 }
 
 void Readings::SetReference(std::optional<Moment> reference) {
-  dated_ = dated_ || reference;
+  dated = dated || reference;
 }
 
 void Readings::Log(const std::string& text, Style style) {
   ++version_;
-  Keep(log_, LogLine{CurrentClock().UnixSeconds(), style, text});
+  Keep(log, LogLine{CurrentClock().UnixSeconds(), style, text});
 }
 
 std::optional<double> Readings::Age() const {

@@ -115,7 +115,7 @@ void DrawCloud(Pane pane, int top, const Survey& survey, const SurveyResult& all
 
 void DrawSurvey(Pane pane, const View& view) {
   Pane inside = pane.Frame("Survey");
-  const Survey& survey = view.readings.GetSurvey();
+  const Survey& survey = view.readings.survey;
   if (survey.Fixes() == 0) {
     inside.Text(0, 1, "no fix so far", Style::dim);
     return;

@@ -73,33 +73,20 @@ void LeaveScreen() {
 }
 
 int KeyOf(wint_t code, bool is_function_key) {
-  if (!is_function_key) {
-    if (code == '\n') return key::kEnter;
-    return code == '\b' ? key::kBackspace : static_cast<int>(code);
+  constexpr struct {
+    bool is_function_key;
+    wint_t code;
+    int key;
+  } kKeys[] = {{true, KEY_UP, key::kUp},        {true, KEY_DOWN, key::kDown},
+               {true, KEY_PPAGE, key::kPageUp}, {true, KEY_NPAGE, key::kPageDown},
+               {true, KEY_HOME, key::kHome},    {true, KEY_END, key::kEnd},
+               {true, KEY_ENTER, key::kEnter},  {true, KEY_BACKSPACE, key::kBackspace},
+               {true, KEY_DC, key::kBackspace}, {true, KEY_F(1), key::kHelp},
+               {false, '\n', key::kEnter},      {false, '\b', key::kBackspace}};
+  for (const auto& known : kKeys) {
+    if (known.is_function_key == is_function_key && known.code == code) return known.key;
   }
-  switch (code) {
-    case KEY_UP:
-      return key::kUp;
-    case KEY_DOWN:
-      return key::kDown;
-    case KEY_PPAGE:
-      return key::kPageUp;
-    case KEY_NPAGE:
-      return key::kPageDown;
-    case KEY_HOME:
-      return key::kHome;
-    case KEY_END:
-      return key::kEnd;
-    case KEY_ENTER:
-      return key::kEnter;
-    case KEY_BACKSPACE:
-    case KEY_DC:
-      return key::kBackspace;
-    case KEY_F(1):
-      return key::kHelp;
-    default:
-      return 0;
-  }
+  return is_function_key ? 0 : static_cast<int>(code);
 }
 
 struct Look {
@@ -108,35 +95,22 @@ struct Look {
   attr_t with_colour;
 };
 
-constexpr Look LookOf(Style style) {
-  switch (style) {
-    case Style::dim:
-      return {A_DIM, -1, A_DIM};
-    case Style::label:
-      return {A_NORMAL, COLOR_CYAN, A_NORMAL};
-    case Style::value:
-      return {A_BOLD, -1, A_BOLD};
-    case Style::title:
-    case Style::selected:
-      return {A_REVERSE, -1, A_REVERSE};
-    case Style::good:
-      return {A_BOLD, COLOR_GREEN, A_BOLD};
-    case Style::warn:
-      return {A_BOLD, COLOR_YELLOW, A_BOLD};
-    case Style::bad:
-      return {A_REVERSE, COLOR_RED, A_BOLD | A_REVERSE};
-    case Style::used:
-      return {A_BOLD, COLOR_GREEN, A_NORMAL};
-    case Style::in_view:
-      return {A_NORMAL, -1, A_NORMAL};
-    case Style::frame:
-      return {A_DIM, -1, A_DIM};
-    case Style::normal:
-    case Style::count:
-      break;
-  }
-  return {A_NORMAL, -1, A_NORMAL};
-}
+// In the order of Style.
+constexpr Look kLooks[] = {
+    {A_NORMAL, -1, A_NORMAL},
+    {A_DIM, -1, A_DIM},
+    {A_NORMAL, COLOR_CYAN, A_NORMAL},
+    {A_BOLD, -1, A_BOLD},
+    {A_REVERSE, -1, A_REVERSE},
+    {A_BOLD, COLOR_GREEN, A_BOLD},
+    {A_BOLD, COLOR_YELLOW, A_BOLD},
+    {A_REVERSE, COLOR_RED, A_BOLD | A_REVERSE},
+    {A_BOLD, COLOR_GREEN, A_NORMAL},
+    {A_NORMAL, -1, A_NORMAL},
+    {A_DIM, -1, A_DIM},
+    {A_REVERSE, -1, A_REVERSE},
+};
+static_assert(std::size(kLooks) == static_cast<std::size_t>(Style::count));
 
 }  // namespace
 
@@ -157,9 +131,8 @@ struct Terminal::Window {
     if (!colour) return;
     start_color();
     use_default_colors();
-    for (int style = 0; style < static_cast<int>(Style::count); ++style) {
-      init_pair(static_cast<short>(style + 1), LookOf(static_cast<Style>(style)).colour, -1);
-    }
+    short pair = 0;
+    for (const Look& look : kLooks) init_pair(++pair, look.colour, -1);
   }
   ~Window() { delscreen(screen); }
   Window(const Window&) = delete;
@@ -167,7 +140,7 @@ struct Terminal::Window {
 
   void Put(int row, int column, const Cell& cell) const {
     const wchar_t text[] = {static_cast<wchar_t>(cell.glyph), L'\0'};
-    const Look look = LookOf(cell.style);
+    const Look& look = kLooks[static_cast<std::size_t>(cell.style)];
     cchar_t character;
     const auto pair = static_cast<short>(colour ? static_cast<int>(cell.style) + 1 : 0);
     setcchar(&character, text, colour ? look.with_colour : look.attributes, pair, nullptr);
