@@ -24,17 +24,8 @@ constexpr int kSentenceReaders = 6;
 /// A receiver that has not been understood for so long from the start is worth a word.
 constexpr double kFirstMessageTime = 10.0;
 
-const char* NameOf(Feed::Kind kind) {
-  switch (kind) {
-    case Feed::Kind::device:
-      return "port";
-    case Feed::Kind::simulated:
-      return "simulated";
-    case Feed::Kind::recording:
-      break;
-  }
-  return "recording";
-}
+// In the order of Feed::Kind.
+constexpr const char* kSources[] = {"port", "simulated", "recording"};
 
 /// Makes JSON lines of what the library publishes, and keeps how old the position is.
 class ServiceSink : public GpsdSink {
@@ -154,7 +145,7 @@ std::string Service::Status() const {
   json.Member("time", std::string_view(IsoText(Now())));
   json.Known("device", device_.path);
   json.Member("model", std::string_view(device_.driver));
-  json.Member("source", NameOf(session_.GetFeed().GetKind()));
+  json.Member("source", kSources[static_cast<int>(session_.GetFeed().GetKind())]);
   if (device_.bps > 0) json.Member("baud", device_.bps);
   json.Member("lost", session_.IsWaiting());
   json.Member("understood", !device_.activated.empty());

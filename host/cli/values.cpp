@@ -29,7 +29,8 @@ std::string LimitsText(double least, double most) {
   const bool is_open = most >= static_cast<double>(std::numeric_limits<long long>::max());
   if (least < -most / 2) return "";
   const std::string upper = Digits(most);
-  if (least == kAboveZero || (is_open && least == 1.0)) return is_open ? "above 0" : "above 0 and up to " + upper;
+  if (least == kAboveZero || (is_open && least == 1.0))
+    return is_open ? "above 0" : "above 0 and up to " + upper;
   return "from " + Digits(least) + (is_open ? " up" : " to " + upper);
 }
 

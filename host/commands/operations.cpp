@@ -186,16 +186,7 @@ Action Start(ArgumentReader&) {
 /// Examples of arguments, as a user writes them.
 template <class... Texts>
 std::vector<Arguments> Examples(Texts... texts) {
-  std::vector<Arguments> examples;
-  for (const char* text : {texts...}) {
-    std::istringstream words(text);
-    Arguments& arguments = examples.emplace_back();
-    for (std::string word; words >> word;) {
-      arguments.wait = word == "--wait";
-      if (!arguments.wait) arguments.words.push_back(word);
-    }
-  }
-  return examples;
+  return {ReadArguments(texts)...};
 }
 
 std::vector<Operation> MakeOperations() {
@@ -255,6 +246,19 @@ std::vector<Operation> MakeOperations() {
 #undef ALWAYS_OPEN
 
 }  // namespace
+
+Arguments ReadArguments(const std::string& text) {
+  Arguments arguments;
+  std::istringstream words(text);
+  for (std::string word; words >> word;) {
+    if (word == "--wait") {
+      arguments.wait = true;
+    } else {
+      arguments.words.push_back(word);
+    }
+  }
+  return arguments;
+}
 
 std::span<const Operation> Operations() {
   static const std::vector<Operation> operations = MakeOperations();

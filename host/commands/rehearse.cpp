@@ -66,15 +66,8 @@ bool HasNoEffect(const Operation& operation, const Transcript& transcript) {
 }
 
 const char* NameOf(Result result) {
-  switch (result) {
-    case Result::yes:
-      return "true";
-    case Result::no:
-      return "false";
-    case Result::none:
-      break;
-  }
-  return "none";
+  constexpr const char* kNames[] = {"none", "true", "false"};  // in the order of Result
+  return kNames[static_cast<int>(result)];
 }
 
 }  // namespace host

@@ -34,6 +34,22 @@ class Export {
   virtual void Finish(const Tally& tally) = 0;
 };
 
+/// A file that grows as the run goes.
+class GrowingExport : public Export {
+ public:
+  explicit GrowingExport(const ExportPath& path) : file_(path) {}
+  void Flush() override { file_.Flush(Tail()); }
+  void Finish(const Tally&) override { file_.Close(Tail()); }
+
+ protected:
+  std::string& Text() { return file_.Text(); }
+  /// What completes the file behind the text so far.
+  virtual std::string Tail() const { return {}; }
+
+ private:
+  GrowingFile file_;
+};
+
 /// A track in GPX 1.1.
 std::unique_ptr<Export> MakeGpxExport(const ExportPath& path, const RunFacts& facts);
 /// Tracks with times in KML 2.2.

@@ -53,6 +53,7 @@ Exports::Exports(const ExportOptions& options, const RunFacts& facts, const std:
       }
     }
     exports_.push_back(make({option, file, inputs}, named));
+    exports_.back()->Flush();
   }
 }
 
@@ -76,7 +77,8 @@ bool Exports::OnData(const Record& record) {
   Record passed = record;
   filter_.Pass(passed);
   if (passed.kinds.IsEmpty()) return false;
-  if (passed.HasPosition() && passed.epoch.time && !passed.epoch.repeats) held_ = passed.epoch;
+  const bool is_new = passed.HasPosition() && passed.epoch.time && !passed.epoch.repeats;
+  if (is_new && !exports_.empty()) held_ = passed.epoch;
   return inner_.OnData(passed);
 }
 
@@ -112,12 +114,23 @@ void Exports::Tell(const std::optional<PositionTail>& tail) {
   }
   ResolveHeights(epoch, tail.has_value());
   CountSatellites(epoch);
-  // The first fix decides the zone, whoever asks for places first.
-  if (projection_ && epoch.fix) std::exchange(projection_, nullptr)->Of(epoch.latitude, epoch.longitude);
+  if (epoch.fix) Place(epoch);
   epoch.undated = !recording_.empty() && !dated_;
-  undated_ = undated_ || (epoch.undated && !exports_.empty());
+  undated_ = undated_ || epoch.undated;
   for (const auto& file : exports_) file->OnEpoch(epoch);
   held_.reset();
+}
+
+/// Here the first fix decides the zone of a reference system.
+void Exports::Place(PositionEpoch& epoch) {
+  epoch.starts_segment = epoch.starts_segment || segment_ == 0;
+  segment_ += epoch.starts_segment ? 1 : 0;
+  epoch.segment = segment_;
+  if (!projection_) return;
+  epoch.grid = projection_->Of(epoch.latitude, epoch.longitude);
+  if (!epoch.grid) return;
+  epoch.grid->easting *= projection_->Metres();
+  epoch.grid->northing *= projection_->Metres();
 }
 
 /// The library has applied the separation that the sentence states, if it states one.
@@ -159,7 +172,7 @@ bool Exports::Finish() {
   Tell(std::nullopt);
   ComplainOfDates();
   const long long count = std::exchange(without_height_, 0);
-  if (count > 0 && !exports_.empty()) {
+  if (count > 0) {
     Complain("fixes without a geoid separation: " + std::to_string(count) +
              ". Heights that need it are left out of the exports");
   }

@@ -53,6 +53,7 @@ class Exports : public Sink, public Outlet {
  private:
   void Tell(const std::optional<PositionTail>& tail);
   void CountSatellites(PositionEpoch& epoch) const;
+  void Place(PositionEpoch& epoch);
   void ResolveHeights(PositionEpoch& epoch, bool has_sentence);
   void ComplainOfDates();
 
@@ -60,11 +61,12 @@ class Exports : public Sink, public Outlet {
   Sink& inner_;
   Filter filter_;
   const Geoid geoid_;
-  std::shared_ptr<Projection> projection_;  // until it knows its zone
-  const std::string recording_;             // its name; empty for a receiver that sends now
+  const std::shared_ptr<Projection> projection_;
+  const std::string recording_;  // its name; empty for a receiver that sends now
   bool dated_ = false;
   bool undated_ = false, told_undated_ = false;  // some epoch was; the user knows
   std::optional<PositionEpoch> held_;            // until the sentence comes that gave it
+  int segment_ = 0;                              // the last one
   std::optional<Sky> sky_;                       // the last one that has a list
   std::optional<double> separation_;             // the last one that was stated
   long long without_height_ = 0;                 // fixes

@@ -4,6 +4,7 @@
 
 #include "gpsengine/records/gpsdata.h"
 #include "host/records/kinds.h"
+#include "host/records/projection.h"
 #include "host/sentences/moment.h"
 #include "host/sentences/positiontail.h"
 
@@ -25,8 +26,11 @@ struct PositionEpoch {
   std::optional<double> hdop, pdop, vdop;  ///< Of a record without a position too.
   int used = 0, in_view = 0;               ///< Satellites.
   std::optional<double> strength;          ///< Mean signal of those that are used.
-  PositionTail tail;                       ///< What else its sentence says, where that is known.
-  bool undated = false;                    ///< Nothing tells the date of the recording.
+  // What exports know besides.
+  PositionTail tail;                      ///< What else its sentence says, where that is known.
+  std::optional<Projection::Place> grid;  ///< In metres, where a reference system is wanted.
+  int segment = 0;                        ///< Of the run, from 1 on.
+  bool undated = false;                   ///< Nothing tells the date of the recording.
 };
 
 /// A record that the library has published, read once for all who take it.

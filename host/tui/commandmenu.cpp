@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <initializer_list>
-#include <sstream>
 #include <string_view>
 
 #include "host/run/failure.h"
@@ -23,21 +22,12 @@ bool FitsARun(const Operation& operation) {
   return operation.kind != Operation::Kind::starts && std::string_view(operation.name) != "suspend";
 }
 
-Arguments ReadArguments(const Operation& operation, const std::string& input) {
-  Arguments arguments;
-  if (std::string_view(operation.arguments) == "TEXT") {
-    if (!input.empty()) arguments.words.push_back(input);
-    return arguments;
-  }
-  std::istringstream words(input);
-  for (std::string word; words >> word;) {
-    if (word == "--wait") {
-      arguments.wait = true;
-    } else {
-      arguments.words.push_back(word);
-    }
-  }
-  return arguments;
+/// What the user has written behind the operation. A text is one argument, blanks and all.
+Arguments ArgumentsOf(const Operation& operation, const std::string& input) {
+  if (std::string_view(operation.arguments) != "TEXT") return ReadArguments(input);
+  Arguments text;
+  if (!input.empty()) text.words.push_back(input);
+  return text;
 }
 
 }  // namespace
@@ -97,7 +87,7 @@ std::optional<CommandMenu::Order> CommandMenu::OnPromptKey(int key) {
 
 std::optional<CommandMenu::Order> CommandMenu::Complete() {
   try {
-    const Arguments arguments = ReadArguments(Selected(), input_);
+    const Arguments arguments = ArgumentsOf(Selected(), input_);
     const std::string call = CallText(Selected(), arguments);
     Order order{&Selected(), Prepare(Selected(), arguments), call, TimeOf(call)};
     state_ = State::closed;

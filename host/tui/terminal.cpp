@@ -6,7 +6,6 @@
 #include <langinfo.h>
 #include <sys/epoll.h>
 #include <sys/ioctl.h>
-#include <sys/signalfd.h>
 #include <term.h>
 #include <unistd.h>
 
@@ -23,15 +22,6 @@
 namespace host {
 
 namespace {
-
-constexpr int kSignals[] = {SIGTSTP, SIGCONT, SIGWINCH, SIGQUIT};
-
-sigset_t SignalSet() {
-  sigset_t signals;
-  sigemptyset(&signals);
-  for (const int signal : kSignals) sigaddset(&signals, signal);
-  return signals;
-}
 
 /// The curses library takes signals for itself, in handlers that may run on any thread. They are given back.
 class KeptSignals {
@@ -172,11 +162,9 @@ Terminal::Terminal() : unicode_(IsUnicode()) {
   if (const std::string obstacle = Obstacle(); !obstacle.empty()) {
     throw Failure(ExitCode::usage, obstacle + ", or use --format text");
   }
-  const sigset_t signals = SignalSet();
-  pthread_sigmask(SIG_BLOCK, &signals, &before_);
-  signals_ = UniqueDescriptor(signalfd(-1, &signals, SFD_CLOEXEC | SFD_NONBLOCK));
+  signals_.emplace({SIGTSTP, SIGCONT, SIGWINCH, SIGQUIT});
   events_ = UniqueDescriptor(epoll_create1(EPOLL_CLOEXEC));
-  for (const int source : {signals_.Get(), STDIN_FILENO}) {
+  for (const int source : {signals_->Descriptor(), STDIN_FILENO}) {
     epoll_event event{.events = EPOLLIN, .data = {}};
     if (epoll_ctl(events_.Get(), EPOLL_CTL_ADD, source, &event) != 0) {
       throw std::system_error(errno, std::generic_category(), "cannot watch the keyboard");
@@ -195,7 +183,7 @@ void Terminal::Close() {
   closed_ = true;
   if (!suspended_) LeaveScreen();
   window_.reset();
-  pthread_sigmask(SIG_SETMASK, &before_, nullptr);
+  signals_.reset();
 }
 
 std::optional<int> Terminal::ReadKey() {
@@ -208,19 +196,13 @@ std::optional<int> Terminal::ReadKey() {
 }
 
 void Terminal::HandleSignals() {
-  signalfd_siginfo signal;
-  while (!closed_ && read(signals_.Get(), &signal, sizeof signal) == sizeof signal) {
-    switch (static_cast<int>(signal.ssi_signo)) {
-      case SIGTSTP:
-      case SIGQUIT:
-        StopOrQuit(static_cast<int>(signal.ssi_signo));
-        break;
-      case SIGCONT:
-        Redraw();
-        break;
-      default:
-        FitSize();
-        break;
+  while (const int signal = closed_ ? 0 : signals_->Take()) {
+    if (signal == SIGTSTP || signal == SIGQUIT) {
+      StopOrQuit(signal);
+    } else if (signal == SIGCONT) {
+      Redraw();
+    } else {
+      FitSize();
     }
   }
 }
