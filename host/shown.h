@@ -1,14 +1,13 @@
 #pragma once
 
 #include <memory>
-#include <optional>
 #include <string>
+#include <vector>
 
 #include "host/exports/exports.h"
 #include "host/exports/rinexsink.h"
 #include "host/records/display.h"
 #include "host/records/format.h"
-#include "host/session/recorder.h"
 #include "host/session/session.h"
 
 namespace host {
@@ -29,10 +28,14 @@ class Shown {
   Shown(Session& session, const ShownOptions& options, Output& output, Sink* screen = nullptr);
 
  private:
+  template <class T, class... Parameters>
+  Outlet& Keep(const Parameters&... parameters) {
+    return *beside_.emplace_back(std::make_unique<T>(parameters...));
+  }
+
   const std::unique_ptr<Sink> lines_;  // nothing with a screen
   Exports exports_;
-  std::optional<RinexSink> rinex_;
-  std::optional<Recorder> recorder_;
+  std::vector<std::unique_ptr<Outlet>> beside_;
 };
 
 }  // namespace host
