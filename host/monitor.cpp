@@ -19,7 +19,7 @@ void AskForRawData(CGPSReceiver& receiver, double interval) {
 
 RunRules RulesOf(const MonitorOptions& options, bool is_live) {
   RunRules rules;
-  rules.is_strict = rules.could_reconnect = rules.remembers = true;
+  rules.is_strict = rules.follows = true;
   if (is_live) rules.silence = options.timeout;
   rules.attach_raw = options.attach_raw;
   if (options.rinex.base.empty()) return rules;

@@ -180,7 +180,7 @@ ExitCode Serve(const ServeOptions& given, const Interrupt& interrupt, Output& ou
   feed.Announce(options.model);
   RunRules rules;
   rules.silence = kFirstMessageTime;
-  rules.could_reconnect = rules.remembers = true;
+  rules.follows = true;
   const ExitCode code = session.Run(std::move(rules));
   if (code == ExitCode::done) feed.CheckUnderstood(session.Window());
   return code;

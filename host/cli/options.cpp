@@ -116,16 +116,9 @@ void AddLive(CLI::App& command, LiveOptions& live) {
 }
 
 void AddExports(CLI::App& command, ExportOptions& exports) {
-  const auto add = [&](const char* name, std::string& path, const char* description) {
-    AddValue(command, name, path, "FILE", AName(), description)->group("Exports");
-  };
-  add("--gpx", exports.gpx, "Write the track as GPX 1.1");
-  add("--kml", exports.kml, "Write the track as KML 2.2");
-  add("--csv", exports.csv, "Write the fixes as a table");
-  add("--nmea", exports.nmea, "Write the fixes as NMEA 0183");
-  add("--pos", exports.pos, "Write the fixes as RTKLIB's solutions");
-  add("--geojson", exports.geojson, "Write the fixes as points in GeoJSON");
-  add("--report", exports.report, "Write a page about the run, in HTML");
+  for (const ExportKind& kind : ExportKinds()) {
+    AddValue(command, kind.option, exports.*kind.path, "FILE", AName(), kind.description)->group("Exports");
+  }
   AddFilters(command, exports.filter);
 }
 

@@ -1,5 +1,7 @@
 #include "host/exports/exports.h"
 
+#include <algorithm>
+#include <iterator>
 #include <utility>
 
 #include "host/run/failure.h"
@@ -8,20 +10,14 @@ namespace host {
 
 namespace {
 
-using Make = std::unique_ptr<Export> (*)(const ExportPath&, const RunFacts&);
-
-constexpr struct {
-  const char* option;
-  std::string ExportOptions::*path;
-  Make make;
-} kExports[] = {
-    {"--gpx", &ExportOptions::gpx, MakeGpxExport},
-    {"--kml", &ExportOptions::kml, MakeKmlExport},
-    {"--csv", &ExportOptions::csv, MakeCsvExport},
-    {"--nmea", &ExportOptions::nmea, MakeNmeaExport},
-    {"--pos", &ExportOptions::pos, MakePosExport},
-    {"--geojson", &ExportOptions::geojson, MakeGeoJsonExport},
-    {"--report", &ExportOptions::report, MakeReportExport},
+constexpr ExportKind kKinds[] = {
+    {"--gpx", "Write the track as GPX 1.1", &ExportOptions::gpx, MakeGpxExport},
+    {"--kml", "Write the track as KML 2.2", &ExportOptions::kml, MakeKmlExport},
+    {"--csv", "Write the fixes as a table", &ExportOptions::csv, MakeCsvExport},
+    {"--nmea", "Write the fixes as NMEA 0183", &ExportOptions::nmea, MakeNmeaExport},
+    {"--pos", "Write the fixes as RTKLIB's solutions", &ExportOptions::pos, MakePosExport},
+    {"--geojson", "Write the fixes as points in GeoJSON", &ExportOptions::geojson, MakeGeoJsonExport},
+    {"--report", "Write a page about the run, in HTML", &ExportOptions::report, MakeReportExport},
 };
 
 /// What files carry of where the bytes came from: a recording may be handed on without telling whose folder
@@ -32,6 +28,15 @@ std::string NameOf(const std::string& source) {
 }
 
 }  // namespace
+
+std::span<const ExportKind> ExportKinds() {
+  return kKinds;
+}
+
+bool ExportOptions::IsAny() const {
+  return std::any_of(std::begin(kKinds), std::end(kKinds),
+                     [this](const ExportKind& kind) { return !(this->*kind.path).empty(); });
+}
 
 Exports::Exports(const ExportOptions& options, const RunFacts& facts, const std::vector<std::string>& inputs,
                  CGPSEngine& engine, Sink& inner)
@@ -44,15 +49,15 @@ Exports::Exports(const ExportOptions& options, const RunFacts& facts, const std:
   inner_.SetKinds(options.filter.only);
   RunFacts named = facts;
   named.source = NameOf(facts.source);
-  for (const auto& [option, path, make] : kExports) {
-    const std::string& file = options.*path;
+  for (const ExportKind& kind : kKinds) {
+    const std::string& file = options.*kind.path;
     if (file.empty()) continue;
-    for (const auto& other : kExports) {
-      if (other.path != path && options.*other.path == file) {
-        throw Failure(ExitCode::usage, std::string(option) + " and " + other.option + " both name " + file);
-      }
+    for (const ExportKind& other : kKinds) {
+      if (other.path == kind.path || options.*other.path != file) continue;
+      throw Failure(ExitCode::usage,
+                    std::string(kind.option) + " and " + other.option + " both name " + file);
     }
-    exports_.push_back(make({option, file, inputs}, named));
+    exports_.push_back(kind.make({kind.option, file, inputs}, named));
     exports_.back()->Flush();
   }
 }

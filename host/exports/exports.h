@@ -2,6 +2,7 @@
 
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -18,8 +19,17 @@ struct ExportOptions {
   std::string gpx, kml, csv, nmea, pos, geojson, report;
   FilterOptions filter;
 
-  bool IsAny() const { return !(gpx + kml + csv + nmea + pos + geojson + report).empty(); }
+  bool IsAny() const;
 };
+
+/// A kind of such files.
+struct ExportKind {
+  const char* option;
+  const char* description;
+  std::string ExportOptions::*path;
+  std::unique_ptr<Export> (*make)(const ExportPath&, const RunFacts&);
+};
+std::span<const ExportKind> ExportKinds();
 
 /// Filters what is published on its way to another sink, and writes files of what passes.
 class Exports : public Sink, public Outlet {

@@ -194,7 +194,7 @@ void Session::NoteUnderstood() {
   understood_ = true;
   silence_.Clear();
   if (feed_->GetKind() == Feed::Kind::device) {
-    rules_.remembers ? Remember(feed_->Name(), receiver_) : KeepRate(receiver_);
+    rules_.follows ? Remember(feed_->Name(), receiver_) : KeepRate(receiver_);
   }
   Tell(RunEvent::understood);
 }
@@ -273,7 +273,7 @@ Failure Session::PortLost() const {
                  "the port " + feed_->Name() +
                      " was lost: it was unplugged, or the other side hung up. Plug it in "
                      "again and start once more" +
-                     (rules_.could_reconnect && !reconnect_ ? ", or let --reconnect wait for it" : ""));
+                     (rules_.follows && !reconnect_ ? ", or let --reconnect wait for it" : ""));
 }
 
 std::string Seconds(double seconds) {

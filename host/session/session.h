@@ -39,8 +39,9 @@ struct RunRules {
   /// The run is about what the receiver sends, and fails if that is nothing; without it, that is worth a
   /// word. A run of a stated length goes on to its end when its line is lost.
   bool is_strict = false;
-  bool could_reconnect = false;    ///< The command has the option, and tells of it.
-  bool remembers = false;          ///< Port and model, once something was understood, as the rate always is.
+  /// The run follows a receiver: a lost port may be waited for, and port and model are remembered once
+  /// something was understood, as the rate always is.
+  bool follows = false;
   std::optional<bool> attach_raw;  ///< Decode raw data; without it, where the model has them.
   std::string label;   ///< What the start is called, for showing its progress; empty: it is not shown.
   long long time = 0;  ///< How long the start takes, in milliseconds.
