@@ -13,7 +13,6 @@
 #include "host/records/textsink.h"
 #include "host/run/words.h"
 #include "host/session/linefeed.h"
-#include "host/session/printer.h"
 
 namespace host {
 
@@ -124,13 +123,11 @@ void Judge(const CommandOptions& options, const Operation& operation, Result res
 ExitCode CommandLive(const CommandOptions& options, const Operation& operation, const Action& action,
                      const Transcript& transcript, long long time, const Interrupt& interrupt,
                      Output& output) {
-  Session session(options, interrupt);
+  Session session(options, interrupt, output);
   session.Read(std::make_unique<LineFeed>(options.port, options.model));
-  Printer printer(output);
-  session.Add(printer);
   Outcome outcome(transcript);
   Answers answers(options, operation, outcome, session, output);
-  session.Add(answers);  // behind the printer, since its last lines come ahead of the last flush
+  session.Add(answers);
   std::optional<long long> begun;
   std::optional<Result> result;
   RunRules rules;

@@ -47,10 +47,9 @@ std::unique_ptr<Feed> MakeFeed(const DecodeOptions& options) {
 }  // namespace
 
 ExitCode Decode(const DecodeOptions& options, const Interrupt& interrupt, Output& output) {
-  Session session(options, interrupt);
+  Session session(options, interrupt, output);
   session.Read(MakeFeed(options));
-  Shown shown(session, options, output);
-  shown.AddPrinter(session);
+  const Shown shown(session, options, output);
   const ExitCode code = session.Run({});
   const bool tells = options.format == Format::record || options.format == Format::none;
   if (tells && code != ExitCode::interrupted) {

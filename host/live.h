@@ -12,7 +12,6 @@ namespace host {
 /// What the user says of a run that follows a receiver, or plays a recording as if it were one.
 struct LiveOptions : RunOptions, ShownOptions {
   double speed = 1.0;  ///< Of a recording, by its own times; 0 for the engine's own playback.
-  std::string record;  ///< File for the port's bytes; empty for none.
 };
 
 /// Where such a run gets its bytes from. `tells_bytes`: those of a recording are wanted too.

@@ -5,7 +5,6 @@
 
 #include "host/commands/rawdata.h"
 #include "host/session/fixage.h"
-#include "host/session/recorder.h"
 #include "host/tui/livescreen.h"
 
 namespace host {
@@ -20,7 +19,7 @@ void AskForRawData(CGPSReceiver& receiver, double interval) {
 
 RunRules RulesOf(const MonitorOptions& options, bool is_live) {
   RunRules rules;
-  rules.is_strict = rules.could_reconnect = rules.remembers = true;
+  rules.is_strict = rules.follows = true;
   if (is_live) rules.silence = options.timeout;
   rules.attach_raw = options.attach_raw;
   if (options.rinex.base.empty()) return rules;
@@ -37,7 +36,7 @@ RunRules RulesOf(const MonitorOptions& options, bool is_live) {
 
 ExitCode Monitor(const MonitorOptions& given, const Interrupt& interrupt, Output& output) {
   const MonitorOptions options = ByItsOwnTime(given);
-  Session session(options, interrupt);
+  Session session(options, interrupt, output);
   session.Read(MakeLiveFeed(options, session.Options().model, /*tells_bytes=*/false));
   const Feed& feed = session.GetFeed();
   if (!options.rinex.base.empty() && feed.IsLive() && !session.Receiver().HasRawData()) {
@@ -49,16 +48,13 @@ ExitCode Monitor(const MonitorOptions& given, const Interrupt& interrupt, Output
   Readings readings;
   FixAge fix_age(output.Text(), [&session] { return session.Engine().GetMessages(); });
   if (options.format == Format::text) session.Add(fix_age);
-  Shown shown(session, options, output, on_screen ? &readings : nullptr);
-  std::optional<Recorder> recorder;
-  if (!options.record.empty()) session.Add(recorder.emplace(options.record));
+  const Shown shown(session, options, output, on_screen ? &readings : nullptr);
   std::optional<LiveScreen> screen;  // the last, so that its terminal is given back first
   if (on_screen) {
     session.Add(screen.emplace(session, readings, options.display));
   } else {
     feed.Announce(options.model);
   }
-  shown.AddPrinter(session);
   const ExitCode code = session.Run(RulesOf(options, feed.IsLive()));
   if (code == ExitCode::done) feed.CheckUnderstood(session.Window());
   return code;

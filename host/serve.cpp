@@ -12,7 +12,6 @@
 #include "host/server/gpsdserver.h"
 #include "host/server/pagehub.h"
 #include "host/server/pageserver.h"
-#include "host/session/recorder.h"
 
 namespace host {
 
@@ -25,32 +24,16 @@ constexpr int kSentenceReaders = 6;
 /// A receiver that has not been understood for so long from the start is worth a word.
 constexpr double kFirstMessageTime = 10.0;
 
-std::string Now() {
-  std::string iso;
-  const auto now = std::chrono::system_clock::now().time_since_epoch();
-  AppendIso(iso, std::chrono::duration_cast<std::chrono::milliseconds>(now).count());
-  return iso;
-}
-
-const char* NameOf(Feed::Kind kind) {
-  switch (kind) {
-    case Feed::Kind::device:
-      return "port";
-    case Feed::Kind::simulated:
-      return "simulated";
-    case Feed::Kind::recording:
-      break;
-  }
-  return "recording";
-}
+// In the order of Feed::Kind.
+constexpr const char* kSources[] = {"port", "simulated", "recording"};
 
 /// Makes JSON lines of what the library publishes, and keeps how old the position is.
 class ServiceSink : public GpsdSink {
  public:
   using GpsdSink::GpsdSink;
-  bool OnData(const CGPSData& data) override {
-    position.Note(data);
-    return GpsdSink::OnData(data);
+  bool OnData(const Record& record) override {
+    position.Note(record);
+    return GpsdSink::OnData(record);
   }
 
   LastPosition position;
@@ -81,7 +64,7 @@ class Service : public Outlet {
   std::string Status() const;
 
   Session& session_;
-  const std::string started_ = Now();
+  const std::string started_ = IsoText(Now());
   std::string json_;
   ServiceSink sink_;
   SentenceFinder sentences_;
@@ -116,7 +99,7 @@ void Service::OnEvent(RunEvent event) {
   if (event == RunEvent::started && session_.GetFeed().IsLive()) {
     device_.bps = session_.Receiver().GetCurrentBaudrate();
   }
-  if (event == RunEvent::understood) device_.activated = Now();
+  if (event == RunEvent::understood) device_.activated = IsoText(Now());
   if (event == RunEvent::lost) device_.activated.clear();
   server_->SetDevice(device_);
 }
@@ -159,10 +142,10 @@ std::string Service::Status() const {
   json.Member("class", "SERVER");
   json.Member("version", GPSENGINE_VERSION);
   json.Member("started", std::string_view(started_));
-  json.Member("time", std::string_view(Now()));
+  json.Member("time", std::string_view(IsoText(Now())));
   json.Known("device", device_.path);
   json.Member("model", std::string_view(device_.driver));
-  json.Member("source", NameOf(session_.GetFeed().GetKind()));
+  json.Member("source", kSources[static_cast<int>(session_.GetFeed().GetKind())]);
   if (device_.bps > 0) json.Member("baud", device_.bps);
   json.Member("lost", session_.IsWaiting());
   json.Member("understood", !device_.activated.empty());
@@ -188,18 +171,16 @@ std::string Service::Status() const {
 
 ExitCode Serve(const ServeOptions& given, const Interrupt& interrupt, Output& output) {
   const ServeOptions options = ByItsOwnTime(given);
-  Session session(options, interrupt);
+  Session session(options, interrupt, output);
   session.Read(MakeLiveFeed(options, session.Options().model, /*tells_bytes=*/true));
   const Feed& feed = session.GetFeed();
   Service service(session, options, output);
   session.Add(service);
-  Shown beside(session, options, output);
-  std::optional<Recorder> recorder;
-  if (!options.record.empty()) session.Add(recorder.emplace(options.record));
+  const Shown beside(session, options, output);
   feed.Announce(options.model);
   RunRules rules;
   rules.silence = kFirstMessageTime;
-  rules.could_reconnect = rules.remembers = true;
+  rules.follows = true;
   const ExitCode code = session.Run(std::move(rules));
   if (code == ExitCode::done) feed.CheckUnderstood(session.Window());
   return code;

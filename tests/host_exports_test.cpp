@@ -365,7 +365,7 @@ TEST_F(HostExports, FiltersWhatIsShownAndExported) {
   EXPECT_EQ(seconds(), "00/1 04/2 10/2 ");
   filter = {.duration = 2.0};
   EXPECT_EQ(seconds(), "00/1 01/1 02/1 ");
-  filter = {.only = Kinds(static_cast<unsigned>(Kind::report))};
+  filter = {.only = Kinds(Kind::report)};
   EXPECT_EQ(seconds(), "");
   Program decode({"decode", options_.files[0], "--only", "report"});
   EXPECT_EQ(decode.Wait(), 0);

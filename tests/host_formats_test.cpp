@@ -57,10 +57,11 @@ class Lines {
  public:
   explicit Lines(Format format, Geoid geoid = Geoid::none) : sink_(MakeSink(format, out_, "dev", geoid)) {
     sink_->SetReference(kMidday);
+    epochs_.SetReference(kMidday);
   }
   std::string Of(const CGPSData& data) {
     out_.clear();
-    shown = sink_->OnData(data);
+    shown = sink_->OnData(epochs_.Read(data));
     Show(skies_.OnData(data));
     return OfText("");
   }
@@ -79,6 +80,7 @@ class Lines {
 
   std::string out_;
   std::unique_ptr<Sink> sink_;
+  EpochReader epochs_;
   SkySource skies_;
 };
 
@@ -114,7 +116,7 @@ TEST(HostText, WritesInTheUnitsAndAnglesThatAreAskedFor) {
   for (std::size_t i = 0; i < std::size(rows); ++i) {
     const auto& [units, angles, place] = rows[i];
     std::string out;
-    MakeSink(Format::text, out, "", Geoid::none, {units, angles, nullptr})->OnData(data);
+    MakeSink(Format::text, out, "", Geoid::none, {units, angles, nullptr})->OnData(EpochReader().Read(data));
     EXPECT_NE(out.find(place), std::string::npos) << out;
     EXPECT_NE(out.find(speeds[i]), std::string::npos) << out;
   }
@@ -288,7 +290,8 @@ TEST(HostJsonFormat, WritesAPositionAsTpv) {
 TEST(HostJsonFormat, NamesTheDeviceInUtf8) {
   std::string out;
   GpsdSink sink(out, "\u00dcberfahrt\xFF", Geoid::none);
-  sink.OnData(Fix());
+  const CGPSData fix = Fix();
+  sink.OnData(EpochReader().Read(fix));
   EXPECT_NE(out.find("\"device\":\"\u00dcberfahrt\uFFFD\""), std::string::npos) << out;
 }
 
@@ -335,6 +338,17 @@ TEST(HostJsonFormat, WritesTheErrorsOfAPosition) {
   EXPECT_EQ(json.OfText("$GNGST,123519.25,8.5,,,,2.3,3.5,4*00"), "");
 }
 
+TEST(HostJsonFormat, GoesOnPastMidnight) {
+  Lines json(Format::json);
+  CGPSData data = Fix();
+  for (const auto& [seconds, time] :
+       {std::pair{86'399.0, "2024-05-14T23:59:59.000Z"}, {1.0, "2024-05-15T00:00:01.000Z"}}) {
+    data.m_dTimeOfDay = seconds;
+    EXPECT_NE(json.Of(data).find(time), std::string::npos) << time;
+  }
+  EXPECT_NE(json.OfText(WithChecksum("$GNGST,000001,8.5,,,,,,")).find("2024-05-15"), std::string::npos);
+}
+
 TEST(HostJsonFormat, TellsHowOldThePositionIs) {
   LastPosition::Clock::time_point now;
   LastPosition last([&] { return now; });
@@ -347,17 +361,19 @@ TEST(HostJsonFormat, TellsHowOldThePositionIs) {
     return out;
   };
   EXPECT_EQ(told(), "{}");
+  EpochReader epochs;
   CGPSData data = Fix();
-  last.Note(data);
+  last.Note(epochs.Read(data));
   EXPECT_TRUE(last.TakeNews());
   now += std::chrono::seconds(1);
-  last.Note(data);
+  last.Note(epochs.Read(data));
   EXPECT_FALSE(last.TakeNews());
   now += std::chrono::seconds(60);
   data.m_nSignalType = UDF_SIGNAL_NONE;
-  last.Note(data);
+  last.Note(epochs.Read(data));
   now += std::chrono::milliseconds(500);
-  last.Note(Group());
+  const CGPSData group = Group();
+  last.Note(epochs.Read(group));
   EXPECT_EQ(told(), R"({"fix":"no fix","fixAge":60.5,"positionAge":0.5})");
   EXPECT_TRUE(last.TakeNews());
 }

@@ -69,7 +69,14 @@ class HostScreen : public testing::Test {
   }
   bool Shows(const std::string& text) const { return Screen().find(text) != std::string::npos; }
 
+  bool Take(const CGPSData& data) { return readings_.OnData(epochs_.Read(data)); }
+  void Date(Moment reference) {
+    readings_.SetReference(reference);
+    epochs_.SetReference(reference);
+  }
+
   Readings::Clock::time_point now_{};
+  EpochReader epochs_;
   Readings readings_{[this] { return now_; }};
   View view_{readings_};
 };
@@ -77,7 +84,7 @@ class HostScreen : public testing::Test {
 }  // namespace
 
 TEST_F(HostScreen, ShowsAFixAtAGlance) {
-  readings_.OnData(Fix());
+  Take(Fix());
   readings_.OnSky(InView());
   view_.model = "Trimble";
   view_.source = "/dev/ttyUSB0";
@@ -118,8 +125,8 @@ TEST_F(HostScreen, MakesRoomForManySatellites) {
 
 TEST_F(HostScreen, TellsBothHeightsAndTheDateWhereTheyAreKnown) {
   view_.is_live = false;
-  readings_.SetReference(1'700'000'000'000);
-  readings_.OnData(Fix());
+  Date(1'700'000'000'000);
+  Take(Fix());
   readings_.OnString(WithChecksum("$GPGGA,123519,4807.038,N,01000.000,W,5,08,0.9,545.4,M,46.9,M,,").c_str());
   EXPECT_EQ(Row(7).substr(0, 40), "| Height MSL   545.40 m 592.30 m HAE   |");
   EXPECT_EQ(Row(8).substr(0, 40), "| Time       12:35:19 UTC  2023-11-14  |");
@@ -137,8 +144,8 @@ TEST_F(HostScreen, ShowsWhereAStillReceiverStands) {
     data.m_dTimeOfDay += 1.0;
     data.m_dLatitude = 48.1173 * kRadians + (i % 2) * 2.0 / 6'371'000.0;
     data.m_nSignalType = i < 8 ? UDF_SIGNAL_RTK_FLOAT : UDF_SIGNAL_RTK_FIXED;
-    readings_.OnData(data);
-    readings_.OnData(data);  // another sentence of the same epoch
+    Take(data);
+    Take(data);  // another sentence of the same epoch
   }
   for (const char* text : {"Fixes                       10", "Mean lat.        48.1173090  N",
                            "Mean height            545.400 m", "RTK fixed      0.000   1.4"})
@@ -146,28 +153,28 @@ TEST_F(HostScreen, ShowsWhereAStillReceiverStands) {
   data.m_dLatitude = 50.0 * kRadians;
   for (int i = 0; i < 10; ++i) {
     data.m_dTimeOfDay += 1.0;
-    readings_.OnData(data);
+    Take(data);
   }
   EXPECT_TRUE(Shows("the receiver has moved"));
-  readings_.BeginSurvey();
+  readings_.survey.Clear();
   EXPECT_TRUE(Shows("no fix so far"));
 }
 
 TEST_F(HostScreen, TellsAnOldFixFromAFreshOne) {
   EXPECT_TRUE(Shows("waiting"));
-  readings_.OnData(Fix());
+  Take(Fix());
   readings_.OnSky(InView());
   now_ += std::chrono::seconds(4);
   EXPECT_TRUE(Shows("STALE 4 s"));
   EXPECT_EQ(Styles(), std::pair(Style::dim, Style::dim)) << "satellites are as old";
-  readings_.OnData(Fix());
+  Take(Fix());
   EXPECT_EQ(Styles(), std::pair(Style::used, Style::used));
   now_ += std::chrono::seconds(9);
   EXPECT_TRUE(Shows("  age 9 s")) << "a receiver that sends every four seconds";
   CGPSData none = Fix();
   none.m_nSignalType = UDF_SIGNAL_NONE;
   none.m_dLatitude = 0.0;
-  readings_.OnData(none);
+  Take(none);
   EXPECT_TRUE(Shows("no fix")) << "the kind of fix is news";
   EXPECT_TRUE(Shows("48.1173000")) << "the place is the last that was known";
   now_ += std::chrono::seconds(200);
@@ -178,7 +185,7 @@ TEST_F(HostScreen, KeepsReportsAndSentences) {
   CGPSData data;
   data.m_Status.m_bStatusUpdated = data.m_Status.m_bElevationMaskValid = true;
   data.m_Status.m_nElevationMask = 12;
-  EXPECT_TRUE(readings_.OnData(data));
+  EXPECT_TRUE(Take(data));
   EXPECT_TRUE(Shows(" elevation mask 12 deg"));
   readings_.Log("a complaint of the program that is too long for one row", Style::warn);
   EXPECT_TRUE(Shows(" a complaint of the program")) << "broken at a blank";
@@ -190,7 +197,7 @@ TEST_F(HostScreen, KeepsReportsAndSentences) {
 }
 
 TEST_F(HostScreen, FitsAnySize) {
-  readings_.OnData(Fix());
+  Take(Fix());
   for (int i = 0; i < 50; ++i) readings_.Log("a report", Style::normal);
   for (const bool sentences : {false, true}) {
     view_.sentences = sentences;
@@ -210,10 +217,10 @@ TEST_F(HostScreen, FitsAnySize) {
 }
 
 TEST(HostPosition, RoundsWithoutASixty) {
-  const double angle = -(9.0 + 59.9999999 / 60) * kRadians;
-  EXPECT_EQ(AngleText(angle, AngleFormat::minutes, 'E', 'W'), " 10° 00.00000' W");
-  EXPECT_EQ(AngleText(angle, AngleFormat::seconds, 'E', 'W'), " 10° 00' 00.0000\" W");
-  EXPECT_EQ(AngleText(122.5125 * kRadians, AngleFormat::seconds, 'E', 'W'), "122° 30' 45.0000\" E");
+  const double angle = -(9.0 + 59.9999999 / 60);
+  EXPECT_EQ(MarkedAngle(angle, AngleFormat::minutes, 'E', 'W'), " 10° 00.00000' W");
+  EXPECT_EQ(MarkedAngle(angle, AngleFormat::seconds, 'E', 'W'), " 10° 00' 00.0000\" W");
+  EXPECT_EQ(MarkedAngle(122.5125, AngleFormat::seconds, 'E', 'W'), "122° 30' 45.0000\" E");
 }
 
 namespace {

@@ -43,7 +43,7 @@ class StatusReport : public ReceiverTest<> {
   }
   std::map<std::string, std::string> Members() const {
     std::string record;
-    host::RecordSink(record).OnData(Last());
+    host::RecordSink(record).OnData(host::EpochReader().Read(Last()));
     std::map<std::string, std::string> members;
     for (auto at = record.find("\"m_bBeaconStatusValid"); at != record.npos;) {
       const auto next = record.find(",\"m_", at);

@@ -111,7 +111,8 @@ class Simulated : public testing::Test {
   std::string Shown() const {
     std::string shown;
     const auto sink = host::MakeSink(host::Format::json, shown, "", host::Geoid::none);
-    for (const CGPSData& record : window.records) sink->OnData(record);
+    host::EpochReader epochs;
+    for (const CGPSData& record : window.records) sink->OnData(epochs.Read(record));
     return shown + heard;
   }
   void Forget() {
@@ -256,6 +257,7 @@ TEST_F(Simulated, SatellitesMoveSlowlyAndStayAboveTheMask) {
     Pass(30);
     std::map<int, CGPSSatelliteData> before;
     int seen = 0;
+    host::EpochReader epochs;
     for (const CGPSData& record : window.records) {
       for (const CGPSSatelliteData& satellite : record.m_Satellites) {
         if (!satellite.m_bInView || !record.m_bSatellitesComplete) continue;

@@ -29,4 +29,16 @@ std::string ValueName(const CLI::Option& option);
 /// Its spellings, with their dashes.
 std::vector<std::string> NamesOf(const CLI::Option& option);
 
+/// The manual page, in the language of man, made out of what the command line says of itself, so that it has
+/// what the help has.
+std::string ManualPage(const CLI::App& app, const std::string& version);
+
+/// What may stand at the cursor, a line each; behind a tab, what it means. The words are those behind the
+/// program's name, the last of which is begun or empty. ":files" stands for the names of files.
+std::string Completions(const CLI::App& app, std::vector<std::string> words);
+
+// Scripts that have a shell ask the program for them: "gpsengine complete -- WORD...".
+extern const char kBashCompletion[];
+extern const char kZshCompletion[];
+
 }  // namespace host

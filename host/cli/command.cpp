@@ -20,7 +20,7 @@ void AddCommand(CLI::App& app, Job& job) {
   command->add_option("arguments", options->arguments.words, "What the operation takes")
       ->type_name("ARGUMENT");
   command->add_flag("--wait", options->arguments.wait, "With reset: wait for the acknowledgement");
-  AddValue(*command, "--listen", options->listen, "SECONDS", ZeroOrMore(),
+  AddValue(*command, "--listen", options->listen, "SECONDS", Between(0.0),
            "Seconds to show reports for; without it, until a query is answered");
   command->add_flag("--force", options->force, "Even if the model does not offer the operation");
   auto* dry_run = command->add_flag("--dry-run", options->dry_run, "Print the steps and take none");

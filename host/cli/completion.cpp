@@ -1,5 +1,3 @@
-#include "host/cli/completion.h"
-
 #include <glob.h>
 
 #include <algorithm>

@@ -1,8 +1,7 @@
 #include "gpsengine/platform/application.h"
+#include "host/cli/clihelp.h"
 #include "host/cli/commands.h"
-#include "host/cli/completion.h"
-#include "host/cli/manual.h"
-#include "host/commands/receiversdoc.h"
+#include "host/commands/modellists.h"
 #include "host/records/projection.h"
 
 namespace host {

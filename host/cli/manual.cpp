@@ -1,5 +1,3 @@
-#include "host/cli/manual.h"
-
 #include <algorithm>
 #include <cctype>
 #include <string_view>

@@ -1,6 +1,7 @@
 #include "host/commands/models.h"
 #include "host/cli/commands.h"
 #include "host/cli/options.h"
+#include "host/commands/modellists.h"
 
 namespace host {
 

@@ -28,7 +28,7 @@ void AddMonitor(CLI::App& app, Job& job) {
       "--attach-raw,!--no-attach-raw", [options](std::int64_t sign) { options->attach_raw = sign > 0; },
       "Decode raw data; on where the model has them, and in a recording");
   AddDuration(*command, options->duration, "End after so many seconds");
-  AddValue(*command, "--timeout", options->timeout, "S", ZeroOrMore(),
+  AddValue(*command, "--timeout", options->timeout, "S", Between(0.0),
            "Seconds to wait for a first message, 0 for ever")
       ->capture_default_str();
   command->callback([&job, options, command] {

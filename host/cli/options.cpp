@@ -38,10 +38,10 @@ void AddFilters(CLI::App& command, FilterOptions& filter) {
       ->allow_extra_args(false)
       ->type_name("KIND,...")
       ->group("Filters");
-  AddValue(command, "--min-distance", filter.min_distance, "M", AboveZero(),
+  AddValue(command, "--min-distance", filter.min_distance, "M", Between(kAboveZero),
            "Only fixes so many metres off the last one")
       ->group("Filters");
-  AddValue(command, "--min-interval", filter.min_interval, "S", AboveZero(),
+  AddValue(command, "--min-interval", filter.min_interval, "S", Between(kAboveZero),
            "Only fixes so many seconds after the last one")
       ->group("Filters");
 }
@@ -73,7 +73,7 @@ void AddModel(CLI::App& command, std::string& model) {
 }
 
 void AddDuration(CLI::App& command, double& seconds, const std::string& description) {
-  AddValue(command, "--duration", seconds, "S", AboveZero(), description);
+  AddValue(command, "--duration", seconds, "S", Between(kAboveZero), description);
 }
 
 void AddLine(CLI::App& command, LineChoice& line, const std::string& description) {
@@ -90,7 +90,7 @@ void AddLine(CLI::App& command, LineChoice& line, const std::string& description
 
 void AddReceiver(CLI::App& command, RunOptions& run) {
   AddModel(command, run.model);
-  AddValue(command, "--antenna-height", run.antenna_height, "M", AnyNumber(),
+  AddValue(command, "--antenna-height", run.antenna_height, "M", Between(-kAnyMore),
            "Metres to take off every height");
   AddChoice(command, "--geoid", run.geoid, kGeoids, "What to do with the geoid separation");
 }
@@ -116,16 +116,9 @@ void AddLive(CLI::App& command, LiveOptions& live) {
 }
 
 void AddExports(CLI::App& command, ExportOptions& exports) {
-  const auto add = [&](const char* name, std::string& path, const char* description) {
-    AddValue(command, name, path, "FILE", AName(), description)->group("Exports");
-  };
-  add("--gpx", exports.gpx, "Write the track as GPX 1.1");
-  add("--kml", exports.kml, "Write the track as KML 2.2");
-  add("--csv", exports.csv, "Write the fixes as a table");
-  add("--nmea", exports.nmea, "Write the fixes as NMEA 0183");
-  add("--pos", exports.pos, "Write the fixes as RTKLIB's solutions");
-  add("--geojson", exports.geojson, "Write the fixes as points in GeoJSON");
-  add("--report", exports.report, "Write a page about the run, in HTML");
+  for (const ExportKind& kind : ExportKinds()) {
+    AddValue(command, kind.option, exports.*kind.path, "FILE", AName(), kind.description)->group("Exports");
+  }
   AddFilters(command, exports.filter);
 }
 
@@ -135,7 +128,7 @@ void AddShown(CLI::App& command, RunOptions& run, ShownOptions& shown,
   AddRinex(command, shown.rinex);
   AddExports(command, shown.exports);
   AddDisplay(command, shown.display);
-  AddValue(command, "--count", run.count, "N", WholeAboveZero(), "End after so many records were shown");
+  AddValue(command, "--count", run.count, "N", WholeBetween(1), "End after so many records were shown");
 }
 
 void AddListFormat(CLI::App& command, std::string& format, const std::string& plain) {

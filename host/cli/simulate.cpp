@@ -60,7 +60,7 @@ void AddSimulate(CLI::App& app, Job& job) {
   command->add_flag("--silent", receiver.silent, "Send nothing at all, as a receiver that is broken");
   command->add_flag("--gga-only", receiver.gga_only, "Begin with positions alone");
   command->add_flag("!--still", receiver.moving, "Stay at one place");
-  AddValue(*command, "--rate", receiver.rate_hz, "HZ", AboveZeroUpTo(kFastest), "Epochs a second")
+  AddValue(*command, "--rate", receiver.rate_hz, "HZ", Between(kAboveZero, kFastest), "Epochs a second")
       ->capture_default_str();
   AddDuration(*command, options->duration, "End after so many seconds");
   command->callback([&job, options] {

@@ -17,25 +17,31 @@ namespace host {
 
 namespace {
 
-// The least number above 0.
-constexpr double kLeast = std::numeric_limits<double>::denorm_min();
+std::string Digits(double value) {
+  std::string text = std::to_string(value);
+  text.erase(text.find_last_not_of('0') + 1);
+  if (text.ends_with('.')) text.pop_back();
+  return text;
+}
 
-/// A validator of the numbers within limits. The text is for the help, and for who gave another.
+/// What the help says of limits, and what is said of a number outside them.
+std::string LimitsText(double least, double most) {
+  const bool is_open = most >= static_cast<double>(std::numeric_limits<long long>::max());
+  if (least < -most / 2) return "";
+  const std::string upper = Digits(most);
+  if (least == kAboveZero || (is_open && least == 1.0))
+    return is_open ? "above 0" : "above 0 and up to " + upper;
+  return "from " + Digits(least) + (is_open ? " up" : " to " + upper);
+}
+
 template <class T>
-CLI::Validator Numbers(const std::string& text, T least, T most = std::numeric_limits<T>::max()) {
+CLI::Validator Numbers(T least, T most, const std::string& text) {
   const auto check = [=](const std::string& word) -> std::string {
     const auto value = ReadNumber<T>(word);
     if (value && *value >= least && *value <= most) return "";
     return '"' + word + "\" is no " + (std::is_integral_v<T> ? "whole " : "") + "number " + text;
   };
   return CLI::Validator(check, text);
-}
-
-std::string Digits(double value) {
-  std::string text = std::to_string(value);
-  text.erase(text.find_last_not_of('0') + 1);
-  if (text.ends_with('.')) text.pop_back();
-  return text;
 }
 
 /// The command that the command line has come to.
@@ -60,32 +66,12 @@ std::vector<std::string> NamesIn(const CLI::App& command, bool options) {
 
 }  // namespace
 
-CLI::Validator AnyNumber() {
-  return Numbers("", std::numeric_limits<double>::lowest());
-}
-
 CLI::Validator Between(double least, double most) {
-  return Numbers("from " + Digits(least) + " to " + Digits(most), least, most);
-}
-
-CLI::Validator ZeroOrMore() {
-  return Numbers("from 0 up", 0.0);
-}
-
-CLI::Validator AboveZero() {
-  return Numbers("above 0", kLeast);
-}
-
-CLI::Validator AboveZeroUpTo(double most) {
-  return Numbers("above 0 and up to " + Digits(most), kLeast, most);
+  return Numbers(least, most, LimitsText(least, most));
 }
 
 CLI::Validator WholeBetween(long long least, long long most) {
-  return Numbers("from " + std::to_string(least) + " to " + std::to_string(most), least, most);
-}
-
-CLI::Validator WholeAboveZero() {
-  return Numbers("above 0", 1LL);
+  return Numbers(least, most, LimitsText(static_cast<double>(least), static_cast<double>(most)));
 }
 
 CLI::Validator AName() {

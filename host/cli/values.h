@@ -1,6 +1,7 @@
 #pragma once
 
 #include <CLI/App.hpp>
+#include <limits>
 #include <string>
 
 #include "host/sentences/moment.h"
@@ -9,15 +10,13 @@ namespace host {
 
 // What options take, with limits in words, which the help shows behind the value's name.
 
-// No number is infinite, nor what is no number at all.
-CLI::Validator AnyNumber();
-CLI::Validator Between(double least, double most);
-CLI::Validator ZeroOrMore();
-CLI::Validator AboveZero();
-CLI::Validator AboveZeroUpTo(double most);
+/// The least number above 0, and the greatest one.
+constexpr double kAboveZero = std::numeric_limits<double>::denorm_min();
+constexpr double kAnyMore = std::numeric_limits<double>::max();
+/// Numbers, none of which is infinite, nor what is no number at all.
+CLI::Validator Between(double least, double most = kAnyMore);
 /// Whole numbers.
-CLI::Validator WholeBetween(long long least, long long most);
-CLI::Validator WholeAboveZero();
+CLI::Validator WholeBetween(long long least, long long most = std::numeric_limits<long long>::max());
 /// A name that is not empty.
 CLI::Validator AName();
 /// A receiver model, in any case of its letters, which becomes the name that it is listed by.

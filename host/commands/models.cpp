@@ -1,12 +1,10 @@
 #include "host/commands/models.h"
 
 #include <algorithm>
-#include <iterator>
-#include <string_view>
+#include <map>
+#include <utility>
 
 #include "gpsengine/engine/gpsengine.h"
-#include "host/commands/rehearse.h"
-#include "host/records/jsonwriter.h"
 #include "host/run/failure.h"
 #include "host/run/words.h"
 
@@ -37,25 +35,29 @@ constexpr Answer kAnswers[] = {
 
 #undef ANSWER
 
-constexpr std::size_t kNameWidth = 17, kAnswerWidth = 39;
-
-std::string Padded(std::string text, std::size_t width) {
-  if (text.size() < width) text.append(width - text.size(), ' ');
-  return text;
+std::optional<Action> PrepareFor(CGPSReceiver& receiver, const Operation& operation,
+                                 const Arguments& arguments) try {
+  return Prepare(operation, arguments, receiver);
+} catch (const Failure&) {
+  return std::nullopt;
 }
 
-/// Writes the members that tell of a model.
-void Describe(CGPSReceiver& receiver, JsonWriter& json) {
-  json.Key("name");
-  json.Utf8(receiver.GetName().ToUtf8());
-  json.Member("class", receiver.GetRuntimeClass()->m_lpszClassName);
-  json.Member("GetDefaultBaudrate", receiver.GetDefaultBaudrate());
-  for (const auto& answer : kAnswers) json.Member(answer.operation, answer.ask(receiver));
-}
-
-std::string Usage(const Operation& operation) {
-  return *operation.arguments == '\0' ? operation.name
-                                      : std::string(operation.name) + ' ' + operation.arguments;
+std::vector<Offer> FindOffers(CGPSReceiver& receiver) {
+  const std::string model = receiver.GetName().ToUtf8();
+  std::vector<Offer> offers;
+  for (const Operation& operation : Operations()) {
+    if (!IsOffered(operation, receiver)) continue;
+    Offer offer{&operation, {}};
+    bool has_effect = operation.answer == nullptr;
+    for (const Arguments& arguments : operation.examples) {
+      const auto action = PrepareFor(receiver, operation, arguments);
+      if (!action) continue;
+      offer.examples.push_back({CallText(operation, arguments), Rehearse(model, operation, *action)});
+      has_effect = has_effect || !HasNoEffect(operation, offer.examples.back().transcript);
+    }
+    if (has_effect) offers.push_back(std::move(offer));
+  }
+  return offers;
 }
 
 }  // namespace
@@ -79,72 +81,15 @@ CGPSReceiver& FindModel(const std::string& name) {
   throw NoSuch("model", name, names, "\"");
 }
 
-std::string ModelsAsTable() {
-  std::string table = Padded("MODEL", kNameWidth) + " BAUD";
-  for (const auto& answer : kAnswers) table += std::string("  ") + answer.heading;
-  table += '\n';
-  for (const auto& receiver : Models()) {
-    table += Padded(receiver->GetName().ToUtf8(), kNameWidth) + ' ' +
-             std::to_string(receiver->GetDefaultBaudrate());
-    for (const auto& answer : kAnswers) {
-      table += "  " + Padded(answer.ask(*receiver) ? "Y" : "-", std::string_view(answer.heading).size());
-    }
-    table.erase(table.find_last_not_of(' ') + 1);
-    table += '\n';
-  }
-  table += "\nBAUD is GetDefaultBaudrate; the columns behind it:\n";
-  for (const auto& answer : kAnswers)
-    table += "  " + Padded(answer.heading, 7) + Padded(answer.meaning, kAnswerWidth) + ' ' +
-             answer.operation + '\n';
-  return table;
+const std::vector<Offer>& OffersOf(CGPSReceiver& receiver) {
+  static std::map<std::string, std::vector<Offer>> found;
+  const auto [offers, is_new] = found.try_emplace(receiver.GetName().ToUtf8());
+  if (is_new) offers->second = FindOffers(receiver);
+  return offers->second;
 }
 
-std::string ModelsAsJson() {
-  std::string text;
-  JsonWriter json(text);
-  json.BeginArray();
-  for (const auto& receiver : Models()) {
-    json.BeginObject();
-    Describe(*receiver, json);
-    json.EndObject();
-  }
-  json.EndArray();
-  return text + '\n';
-}
-
-std::string ModelAsText(CGPSReceiver& receiver) {
-  std::string text = receiver.GetName().ToUtf8() + " (" + receiver.GetRuntimeClass()->m_lpszClassName +
-                     "), " + std::to_string(receiver.GetDefaultBaudrate()) + " baud\n\n";
-  for (const auto& answer : kAnswers) {
-    text += "  " + Padded(answer.meaning, kAnswerWidth) + (answer.ask(receiver) ? " yes\n" : " no\n");
-  }
-  text += "\nOperations for \"gpsengine command --model\":\n";
-  const auto& offers = OffersOf(receiver);
-  std::size_t width = 0;
-  for (const Offer& offer : offers) width = std::max(width, Usage(*offer.operation).size());
-  for (const Offer& offer : offers) {
-    text += "  " + Padded(Usage(*offer.operation), width) + "  " + offer.operation->summary + '\n';
-  }
-  return text;
-}
-
-std::string ModelAsJson(CGPSReceiver& receiver) {
-  std::string text;
-  JsonWriter json(text);
-  json.BeginObject();
-  Describe(receiver, json);
-  json.Key("operations");
-  json.BeginArray();
-  for (const auto& [operation, times] : OffersOf(receiver)) {
-    json.BeginObject();
-    json.Member("name", operation->name);
-    json.Member("arguments", operation->arguments);
-    if (operation->answer != nullptr) json.Member("answer", operation->answer);
-    json.EndObject();
-  }
-  json.EndArray();
-  json.EndObject();
-  return text + '\n';
+long long StartTimeOf(CGPSReceiver& receiver) {
+  return OffersOf(receiver).front().examples.front().transcript.Time();
 }
 
 }  // namespace host

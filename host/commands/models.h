@@ -6,8 +6,11 @@
 #include <vector>
 
 #include "gpsengine/receiver/gpsreceiver.h"
+#include "host/commands/rehearse.h"
 
 namespace host {
+
+// The catalogue of the models, of which everything is found once.
 
 /// A capability answer: what a model says it can do.
 struct Answer {
@@ -20,19 +23,27 @@ struct Answer {
 /// All capability answers.
 std::span<const Answer> Answers();
 
-/// A receiver of every model, in the order of the library's list, to be asked what it is and can do. They are
-/// made once and stay: a receiver that goes closes the port of whichever is running.
+/// A receiver of every model, in the order of the library's list, to be asked what it is and can do. They
+/// stay: a receiver that goes closes the port of whichever is running.
 const std::vector<std::unique_ptr<CGPSReceiver>>& Models();
 /// The one of this name, in any case of its letters. Throws a Failure that lists the names there are.
 CGPSReceiver& FindModel(const std::string& name);
 
-/// The models with their baud rates and capability answers: a table for
-/// people.
-std::string ModelsAsTable();
-/// The same as a JSON array, each answer under its operation's name.
-std::string ModelsAsJson();
-/// One model with the operations that it has, as a text for people and as a JSON object.
-std::string ModelAsText(CGPSReceiver& receiver);
-std::string ModelAsJson(CGPSReceiver& receiver);
+/// An operation that a model has.
+struct Offer {
+  struct Example {
+    std::string call;  ///< As a user writes it.
+    Transcript transcript;
+  };
+
+  const Operation* operation;
+  std::vector<Example> examples;  ///< Those of the operation that the model takes.
+};
+
+/// The operations that a model has: those that its capability answers open, but for the empty ones. They are
+/// rehearsed the first time, when no engine may run; "start" is the first of them.
+const std::vector<Offer>& OffersOf(CGPSReceiver& receiver);
+/// How long the start of a run takes, in milliseconds; likewise.
+long long StartTimeOf(CGPSReceiver& receiver);
 
 }  // namespace host

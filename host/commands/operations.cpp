@@ -89,9 +89,25 @@ Action ActionOf(Call call) {
   };
 }
 
-template <void (CGPSReceiver::*method)()>
+template <auto method>
 Action Call(ArgumentReader&) {
-  return ActionOf([](CGPSReceiver& receiver) { (receiver.*method)(); });
+  return ActionOf([](CGPSReceiver& receiver) { return (receiver.*method)(); });
+}
+
+/// A call with the one value that `read` reads.
+template <auto call, auto read>
+Action CallWith(ArgumentReader& words) {
+  return ActionOf([value = std::invoke(read, words)](CGPSReceiver& receiver) {
+    return std::invoke(call, receiver, value);
+  });
+}
+
+double Megahertz(ArgumentReader& words) {
+  return words.Number("MHz");
+}
+
+double Seconds(ArgumentReader& words) {
+  return words.Number("seconds");
 }
 
 Action SetElevationMask(ArgumentReader& words) {
@@ -130,37 +146,17 @@ Action SetDgps(ArgumentReader& words) {
 }
 
 Action SetLband(ArgumentReader& words) {
-  const double frequency = words.Number("MHz");
+  const double frequency = Megahertz(words);
   const int bit_rate = words.Whole("bits a second");
   return ActionOf([=](CGPSReceiver& receiver) { receiver.SetLbandFrequency(frequency, bit_rate); });
 }
 
-Action SetCdgpsFrequency(ArgumentReader& words) {
-  return ActionOf(
-      [frequency = words.Number("MHz")](CGPSReceiver& receiver) { receiver.ChangeCDGPS_Freq(frequency); });
-}
-
-Action DgpsStatus(ArgumentReader& words) {
-  return ActionOf([on = words.OnOff()](CGPSReceiver& receiver) { receiver.DgpsStatusMsg(on); });
-}
-
-Action PostProcessing(ArgumentReader& words) {
-  return ActionOf([on = words.OnOff()](CGPSReceiver& receiver) { return receiver.EnablePostProcessing(on); });
-}
-
-Action RawInterval(ArgumentReader& words) {
-  return ActionOf([seconds = words.Number("seconds")](CGPSReceiver& receiver) {
-    return SetRawInterval(receiver, seconds);
-  });
-}
-
 void CheckInterval(CGPSReceiver& receiver, const Arguments& arguments) {
-  CheckRawInterval(receiver, ArgumentReader(arguments).Number("seconds"));
+  ArgumentReader words(arguments);
+  CheckRawInterval(receiver, Seconds(words));
 }
 
-Action Reset(ArgumentReader& words) {
-  return ActionOf([wait = words.Wait()](CGPSReceiver& receiver) { return receiver.ResetAll(wait); });
-}
+constexpr auto Reset = CallWith<&CGPSReceiver::ResetAll, &ArgumentReader::Wait>;
 
 Action Send(ArgumentReader& words) {
   const std::string& word = words.Word("the text");
@@ -176,26 +172,13 @@ Action Send(ArgumentReader& words) {
   return ActionOf([text](CGPSReceiver& receiver) { receiver.Send(text); });
 }
 
-Action Start(ArgumentReader&) {
-  return ActionOf([](CGPSReceiver& receiver) { return receiver.Initialize(); });
-}
-
 #define OPENED_BY(answer) #answer, [](CGPSReceiver & receiver) -> bool { return receiver.answer(); }
 #define ALWAYS_OPEN nullptr, nullptr
 
 /// Examples of arguments, as a user writes them.
 template <class... Texts>
 std::vector<Arguments> Examples(Texts... texts) {
-  std::vector<Arguments> examples;
-  for (const char* text : {texts...}) {
-    std::istringstream words(text);
-    Arguments& arguments = examples.emplace_back();
-    for (std::string word; words >> word;) {
-      arguments.wait = word == "--wait";
-      if (!arguments.wait) arguments.words.push_back(word);
-    }
-  }
-  return examples;
+  return {ReadArguments(texts)...};
 }
 
 std::vector<Operation> MakeOperations() {
@@ -203,7 +186,8 @@ std::vector<Operation> MakeOperations() {
   const std::vector<Arguments> plain = Examples("");
   const std::vector<Arguments> on_off = Examples("on", "off");
   return {
-      {"start", "", "what the start of a run writes", starts, ALWAYS_OPEN, Start, plain},
+      {"start", "", "what the start of a run writes", starts, ALWAYS_OPEN, Call<&CGPSReceiver::Initialize>,
+       plain},
       {"default-nmea", "", "the full set of NMEA sentences", sets, OPENED_BY(ImplementsSetNmea),
        Call<&CGPSReceiver::SetDefaultNMEA>, plain},
       {"gga-only", "", "positions alone", sets, OPENED_BY(ImplementsSetNmea),
@@ -233,15 +217,15 @@ std::vector<Operation> MakeOperations() {
       {"set-lband", "MHZ BITRATE", "the L-band satellite to listen to, 0 for the receiver's choice", sets,
        OPENED_BY(HasDGPSSupport), SetLband, Examples("0 1200", "1557.845 1200")},
       {"set-cdgps-frequency", "MHZ", "the CDGPS satellite to listen to", sets, OPENED_BY(HasDGPSSupport),
-       SetCdgpsFrequency, Examples("1547")},
+       CallWith<&CGPSReceiver::ChangeCDGPS_Freq, Megahertz>, Examples("1547")},
       {"dgps-status", "on|off", "messages on the state of the corrections", sets, OPENED_BY(HasDGPSSupport),
-       DgpsStatus, on_off},
+       CallWith<&CGPSReceiver::DgpsStatusMsg, &ArgumentReader::OnOff>, on_off},
       {"send-correction", "", "the datum of the corrections", sets, OPENED_BY(HasDGPSSupport),
        Call<&CGPSReceiver::SendCorrection>, plain},
       {"post-processing", "on|off", "raw measurements and ephemerides, until the end of the run", sets,
-       OPENED_BY(HasRawData), PostProcessing, on_off},
+       OPENED_BY(HasRawData), CallWith<&CGPSReceiver::EnablePostProcessing, &ArgumentReader::OnOff>, on_off},
       {"raw-interval", "SECONDS", "the interval of raw measurements", sets, OPENED_BY(HasRawData),
-       RawInterval, Examples("1", "0.2", "5"), CheckInterval},
+       CallWith<SetRawInterval, Seconds>, Examples("1", "0.2", "5"), CheckInterval},
       {"reset", "[--wait]", "a known configuration; --wait: and see that it acknowledges", sets,
        OPENED_BY(ImplementsResetAll), Reset, Examples("", "--wait")},
       {"send", "TEXT", "a line of your own", sets, ALWAYS_OPEN, Send, {}},
@@ -255,6 +239,19 @@ std::vector<Operation> MakeOperations() {
 #undef ALWAYS_OPEN
 
 }  // namespace
+
+Arguments ReadArguments(const std::string& text) {
+  Arguments arguments;
+  std::istringstream words(text);
+  for (std::string word; words >> word;) {
+    if (word == "--wait") {
+      arguments.wait = true;
+    } else {
+      arguments.words.push_back(word);
+    }
+  }
+  return arguments;
+}
 
 std::span<const Operation> Operations() {
   static const std::vector<Operation> operations = MakeOperations();

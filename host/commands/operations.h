@@ -20,6 +20,9 @@ struct Arguments {
   bool wait = false;  ///< For the acknowledgement; the reset alone knows it.
 };
 
+/// The words of a text, but for "--wait".
+Arguments ReadArguments(const std::string& text);
+
 class ArgumentReader;
 
 /// One operation of the interface to receivers, under the same name for every make.

@@ -6,6 +6,7 @@
 #include "gpsengine/drivers/sokkiaaxis3.h"
 #include "host/commands/models.h"
 #include "host/run/failure.h"
+#include "host/run/words.h"
 
 namespace host {
 
@@ -46,11 +47,10 @@ const Intervals& IntervalsOf(CGPSReceiver& receiver) {
 void CheckRawInterval(CGPSReceiver& receiver, double seconds) {
   const Intervals& intervals = IntervalsOf(receiver);
   if (intervals.has(seconds)) return;
-  CString given;
-  given.Format("%g", seconds);
-  throw Failure(ExitCode::usage, "the model " + receiver.GetName().ToUtf8() +
-                                     " does not send raw data every " + given.ToUtf8() +
-                                     " s; its intervals in seconds are " + intervals.text);
+  throw Failure(ExitCode::usage,
+                "the model " + receiver.GetName().ToUtf8() +
+                    Print(" does not send raw data every %g s; its intervals in seconds are ", seconds) +
+                    intervals.text);
 }
 
 bool SetRawInterval(CGPSReceiver& receiver, double seconds) {

@@ -1,13 +1,8 @@
 #include "host/commands/rehearse.h"
 
-#include <algorithm>
-#include <map>
-#include <utility>
-
 #include "gpsengine/engine/gpsengine.h"
 #include "gpsengine/link/ack.h"
 #include "host/commands/models.h"
-#include "host/run/failure.h"
 #include "host/run/port.h"
 
 namespace host {
@@ -70,61 +65,9 @@ bool HasNoEffect(const Operation& operation, const Transcript& transcript) {
   return operation.answer != nullptr && transcript.result == Result::none && transcript.steps.empty();
 }
 
-std::vector<Arguments> ExamplesFor(const Operation& operation, CGPSReceiver& receiver) {
-  std::vector<Arguments> examples = operation.examples;
-  std::erase_if(examples, [&](const Arguments& arguments) {
-    try {
-      Prepare(operation, arguments, receiver);
-      return false;
-    } catch (const Failure&) {
-      return true;
-    }
-  });
-  return examples;
-}
-
-namespace {
-
-std::vector<Offer> FindOffers(CGPSReceiver& receiver) {
-  const std::string model = receiver.GetName().ToUtf8();
-  std::vector<Offer> offers;
-  for (const Operation& operation : Operations()) {
-    if (!IsOffered(operation, receiver)) continue;
-    Offer offer{&operation, {}};
-    bool has_effect = operation.answer == nullptr;
-    for (const Arguments& arguments : ExamplesFor(operation, receiver)) {
-      const Transcript transcript = Rehearse(model, operation, Prepare(operation, arguments));
-      has_effect = has_effect || !HasNoEffect(operation, transcript);
-      offer.times.emplace_back(CallText(operation, arguments), transcript.Time());
-    }
-    if (has_effect) offers.push_back(std::move(offer));
-  }
-  return offers;
-}
-
-}  // namespace
-
-const std::vector<Offer>& OffersOf(CGPSReceiver& receiver) {
-  static std::map<std::string, std::vector<Offer>> found;
-  const auto [offers, is_new] = found.try_emplace(receiver.GetName().ToUtf8());
-  if (is_new) offers->second = FindOffers(receiver);
-  return offers->second;
-}
-
-long long StartTimeOf(CGPSReceiver& receiver) {
-  return OffersOf(receiver).front().times.front().second;
-}
-
 const char* NameOf(Result result) {
-  switch (result) {
-    case Result::yes:
-      return "true";
-    case Result::no:
-      return "false";
-    case Result::none:
-      break;
-  }
-  return "none";
+  constexpr const char* kNames[] = {"none", "true", "false"};  // in the order of Result
+  return kNames[static_cast<int>(result)];
 }
 
 }  // namespace host

@@ -1,8 +1,6 @@
 #pragma once
 
-#include <functional>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "gpsengine/platform/rehearsal.h"
@@ -30,21 +28,6 @@ Transcript Rehearse(const std::string& model, const Operation& operation, const 
 /// Whether an operation that its capability answer opens keeps its empty body all the same, so that a call
 /// does nothing.
 bool HasNoEffect(const Operation& operation, const Transcript& transcript);
-/// Those of an operation's examples that a receiver takes.
-std::vector<Arguments> ExamplesFor(const Operation& operation, CGPSReceiver& receiver);
-
-/// An operation that a model has.
-struct Offer {
-  const Operation* operation;
-  /// Its examples as a user writes them, and the milliseconds that each takes.
-  std::vector<std::pair<std::string, long long>> times;
-};
-
-/// The operations that a model has: those that its capability answers open, but for the empty ones. They are
-/// rehearsed the first time, when no engine may run; "start" is the first of them.
-const std::vector<Offer>& OffersOf(CGPSReceiver& receiver);
-/// How long the start of a run takes, in milliseconds; likewise.
-long long StartTimeOf(CGPSReceiver& receiver);
 
 /// "true", "false" or "none".
 const char* NameOf(Result result);

@@ -12,54 +12,45 @@ constexpr std::string_view kHeads[] = {"time,lat,lon,",
                                        "speed_mps,course_deg,mean_snr",
                                        ",easting_m,northing_m"};
 
-class CsvExport : public Export {
+class CsvExport : public GrowingExport {
  public:
   CsvExport(const ExportPath& path, const RunFacts& facts)
-      : file_(path), projection_(facts.display.projection) {
-    std::string& head = file_.Text() += kHeads[0];
+      : GrowingExport(path), has_grid_(facts.display.projection != nullptr) {
+    std::string& head = Text() += kHeads[0];
     (head += facts.geoid == Geoid::add ? "height_hae_m" : "height_msl_m") += kHeads[1];
-    if (projection_) head += kHeads[2];
+    if (has_grid_) head += kHeads[2];
     head += '\n';
-    CsvExport::Flush();
   }
 
-  void OnEpoch(const PositionEpoch& epoch, const CGPSData&) override {
+  void OnEpoch(const PositionEpoch& epoch) override {
     if (!epoch.fix) return;
-    if (epoch.starts_segment || segment_ == 0) ++segment_;
-    std::string& out = file_.Text();
+    std::string& out = Text();
     AppendIso(out, *epoch.time);
     Append(epoch.latitude, 9);
     Append(epoch.longitude, 9);
     Append(epoch.height, 3);
     (out += ',') += FixKindOf(epoch.signal).name;
-    Append(segment_, 0);
+    Append(epoch.segment, 0);
     Append(epoch.used, 0);
     Append(epoch.in_view, 0);
     for (const auto& dilution : {epoch.hdop, epoch.pdop, epoch.vdop}) Append(dilution, 2);
     Append(epoch.speed, 3);
     Append(epoch.course, 2);
     Append(epoch.strength, 1);
-    if (projection_) AppendGrid(epoch);
+    if (has_grid_) {
+      Append(epoch.grid ? std::optional(epoch.grid->easting) : std::nullopt, 3);
+      Append(epoch.grid ? std::optional(epoch.grid->northing) : std::nullopt, 3);
+    }
     out += '\n';
   }
-  void Flush() override { file_.Flush(""); }
-  void Finish(const Tally&) override { file_.Close(""); }
 
  private:
   void Append(const std::optional<double>& value, int decimals) {
-    file_.Text() += ',';
-    if (value) AppendFixed(file_.Text(), *value, decimals);
+    Text() += ',';
+    if (value) AppendFixed(Text(), *value, decimals);
   }
 
-  void AppendGrid(const PositionEpoch& epoch) {
-    const auto place = projection_->Of(epoch.latitude, epoch.longitude);
-    for (const auto length : {&Projection::Place::easting, &Projection::Place::northing})
-      Append(place ? std::optional((*place).*length * projection_->Metres()) : std::nullopt, 3);
-  }
-
-  GrowingFile file_;
-  const std::shared_ptr<Projection> projection_;
-  int segment_ = 0;
+  const bool has_grid_;
 };
 
 }  // namespace

@@ -3,11 +3,9 @@
 #include <memory>
 #include <string>
 
-#include "gpsengine/records/gpsdata.h"
 #include "host/exports/exportfile.h"
 #include "host/records/display.h"
 #include "host/records/epoch.h"
-#include "host/records/geoid.h"
 #include "host/records/tally.h"
 #include "host/sentences/sky.h"
 
@@ -26,14 +24,30 @@ struct RunFacts {
 class Export {
  public:
   virtual ~Export() = default;
-  /// An epoch with a time that was not told before, whether or not it has a fix. `data` is its record.
-  virtual void OnEpoch(const PositionEpoch& epoch, const CGPSData& data) = 0;
+  /// An epoch with a time that was not told before, whether or not it has a fix.
+  virtual void OnEpoch(const PositionEpoch& epoch) = 0;
   /// The satellites of an epoch, ahead of the next one's position.
   virtual void OnSky(const Sky& /*sky*/) {}
   /// Writes what is new.
   virtual void Flush() {}
   /// Completes the file.
   virtual void Finish(const Tally& tally) = 0;
+};
+
+/// A file that grows as the run goes.
+class GrowingExport : public Export {
+ public:
+  explicit GrowingExport(const ExportPath& path) : file_(path) {}
+  void Flush() override { file_.Flush(Tail()); }
+  void Finish(const Tally&) override { file_.Close(Tail()); }
+
+ protected:
+  std::string& Text() { return file_.Text(); }
+  /// What completes the file behind the text so far.
+  virtual std::string Tail() const { return {}; }
+
+ private:
+  GrowingFile file_;
 };
 
 /// A track in GPX 1.1.

@@ -43,18 +43,6 @@ void RefuseInput(const ExportPath& path) {
   }
 }
 
-bool WriteWhole(int descriptor, std::string_view text) {
-  while (!text.empty()) {
-    const ssize_t written = write(descriptor, text.data(), text.size());
-    if (written >= 0) {
-      text.remove_prefix(static_cast<std::size_t>(written));
-    } else if (errno != EINTR) {
-      return false;
-    }
-  }
-  return true;
-}
-
 }  // namespace
 
 GrowingFile::GrowingFile(ExportPath path) : path_(std::move(path)) {

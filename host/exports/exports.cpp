@@ -1,5 +1,7 @@
 #include "host/exports/exports.h"
 
+#include <algorithm>
+#include <iterator>
 #include <utility>
 
 #include "host/run/failure.h"
@@ -8,20 +10,14 @@ namespace host {
 
 namespace {
 
-using Make = std::unique_ptr<Export> (*)(const ExportPath&, const RunFacts&);
-
-constexpr struct {
-  const char* option;
-  std::string ExportOptions::*path;
-  Make make;
-} kExports[] = {
-    {"--gpx", &ExportOptions::gpx, MakeGpxExport},
-    {"--kml", &ExportOptions::kml, MakeKmlExport},
-    {"--csv", &ExportOptions::csv, MakeCsvExport},
-    {"--nmea", &ExportOptions::nmea, MakeNmeaExport},
-    {"--pos", &ExportOptions::pos, MakePosExport},
-    {"--geojson", &ExportOptions::geojson, MakeGeoJsonExport},
-    {"--report", &ExportOptions::report, MakeReportExport},
+constexpr ExportKind kKinds[] = {
+    {"--gpx", "Write the track as GPX 1.1", &ExportOptions::gpx, MakeGpxExport},
+    {"--kml", "Write the track as KML 2.2", &ExportOptions::kml, MakeKmlExport},
+    {"--csv", "Write the fixes as a table", &ExportOptions::csv, MakeCsvExport},
+    {"--nmea", "Write the fixes as NMEA 0183", &ExportOptions::nmea, MakeNmeaExport},
+    {"--pos", "Write the fixes as RTKLIB's solutions", &ExportOptions::pos, MakePosExport},
+    {"--geojson", "Write the fixes as points in GeoJSON", &ExportOptions::geojson, MakeGeoJsonExport},
+    {"--report", "Write a page about the run, in HTML", &ExportOptions::report, MakeReportExport},
 };
 
 /// What files carry of where the bytes came from: a recording may be handed on without telling whose folder
@@ -33,6 +29,15 @@ std::string NameOf(const std::string& source) {
 
 }  // namespace
 
+std::span<const ExportKind> ExportKinds() {
+  return kKinds;
+}
+
+bool ExportOptions::IsAny() const {
+  return std::any_of(std::begin(kKinds), std::end(kKinds),
+                     [this](const ExportKind& kind) { return !(this->*kind.path).empty(); });
+}
+
 Exports::Exports(const ExportOptions& options, const RunFacts& facts, const std::vector<std::string>& inputs,
                  CGPSEngine& engine, Sink& inner)
     : engine_(engine),
@@ -41,17 +46,19 @@ Exports::Exports(const ExportOptions& options, const RunFacts& facts, const std:
       geoid_(facts.geoid),
       projection_(facts.display.projection),
       recording_(inputs.empty() ? "" : NameOf(facts.source)) {
+  inner_.SetKinds(options.filter.only);
   RunFacts named = facts;
   named.source = NameOf(facts.source);
-  for (const auto& [option, path, make] : kExports) {
-    const std::string& file = options.*path;
+  for (const ExportKind& kind : kKinds) {
+    const std::string& file = options.*kind.path;
     if (file.empty()) continue;
-    for (const auto& other : kExports) {
-      if (other.path != path && options.*other.path == file) {
-        throw Failure(ExitCode::usage, std::string(option) + " and " + other.option + " both name " + file);
-      }
+    for (const ExportKind& other : kKinds) {
+      if (other.path == kind.path || options.*other.path != file) continue;
+      throw Failure(ExitCode::usage,
+                    std::string(kind.option) + " and " + other.option + " both name " + file);
     }
-    exports_.push_back(make({option, file, inputs}, named));
+    exports_.push_back(kind.make({kind.option, file, inputs}, named));
+    exports_.back()->Flush();
   }
 }
 
@@ -67,26 +74,23 @@ Exports::~Exports() {
 
 void Exports::SetReference(std::optional<Moment> reference) {
   dated_ = dated_ || reference;
-  reader_.SetReference(reference);
   inner_.SetReference(reference);
 }
 
-bool Exports::OnData(const CGPSData& data) {
+bool Exports::OnData(const Record& record) {
   Tell(std::nullopt);
-  std::optional<PositionEpoch> epoch;
-  if (data.m_bPositionValid) epoch = reader_.Read(data);
-  const Kinds kinds = filter_.Pass(data, epoch ? &*epoch : nullptr);
-  if (kinds.IsEmpty()) return false;
-  if (kinds.Has(Kind::fix) && epoch->time && !epoch->repeats) held_ = {*epoch, data};
-  inner_.SetKinds(kinds);
-  return inner_.OnData(data);
+  Record passed = record;
+  filter_.Pass(passed);
+  if (passed.kinds.IsEmpty()) return false;
+  const bool is_new = passed.HasPosition() && passed.epoch.time && !passed.epoch.repeats;
+  if (is_new && !exports_.empty()) held_ = passed.epoch;
+  return inner_.OnData(passed);
 }
 
 bool Exports::OnString(const CString& text) {
   std::string bytes;
   if (held_ && text.ToBytes(bytes)) Tell(PositionTailOf(bytes));
-  inner_.SetKinds(filter_.Passing());
-  return inner_.OnString(text);
+  return !filter_.IsOver() && inner_.OnString(text);
 }
 
 bool Exports::OnSky(const Sky& sky) {
@@ -106,7 +110,7 @@ void Exports::CountSatellites(PositionEpoch& epoch) const {
 
 void Exports::Tell(const std::optional<PositionTail>& tail) {
   if (!held_) return;
-  PositionEpoch& epoch = held_->epoch;
+  PositionEpoch& epoch = *held_;
   if (tail) {
     epoch.tail = *tail;
     separation_ = tail->separation;
@@ -115,12 +119,23 @@ void Exports::Tell(const std::optional<PositionTail>& tail) {
   }
   ResolveHeights(epoch, tail.has_value());
   CountSatellites(epoch);
-  // The first fix decides the zone, whoever asks for places first.
-  if (projection_ && epoch.fix) std::exchange(projection_, nullptr)->Of(epoch.latitude, epoch.longitude);
+  if (epoch.fix) Place(epoch);
   epoch.undated = !recording_.empty() && !dated_;
-  undated_ = undated_ || (epoch.undated && !exports_.empty());
-  for (const auto& file : exports_) file->OnEpoch(epoch, held_->data);
+  undated_ = undated_ || epoch.undated;
+  for (const auto& file : exports_) file->OnEpoch(epoch);
   held_.reset();
+}
+
+/// Here the first fix decides the zone of a reference system.
+void Exports::Place(PositionEpoch& epoch) {
+  epoch.starts_segment = epoch.starts_segment || segment_ == 0;
+  segment_ += epoch.starts_segment ? 1 : 0;
+  epoch.segment = segment_;
+  if (!projection_) return;
+  epoch.grid = projection_->Of(epoch.latitude, epoch.longitude);
+  if (!epoch.grid) return;
+  epoch.grid->easting *= projection_->Metres();
+  epoch.grid->northing *= projection_->Metres();
 }
 
 /// The library has applied the separation that the sentence states, if it states one.
@@ -164,7 +179,7 @@ bool Exports::Finish() {
   Tell(std::nullopt);
   ComplainOfDates();
   const long long count = std::exchange(without_height_, 0);
-  if (count > 0 && !exports_.empty()) {
+  if (count > 0) {
     Complain("fixes without a geoid separation: " + std::to_string(count) +
              ". Heights that need it are left out of the exports");
   }

@@ -2,6 +2,7 @@
 
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -18,8 +19,17 @@ struct ExportOptions {
   std::string gpx, kml, csv, nmea, pos, geojson, report;
   FilterOptions filter;
 
-  bool IsAny() const { return !(gpx + kml + csv + nmea + pos + geojson + report).empty(); }
+  bool IsAny() const;
 };
+
+/// A kind of such files.
+struct ExportKind {
+  const char* option;
+  const char* description;
+  std::string ExportOptions::*path;
+  std::unique_ptr<Export> (*make)(const ExportPath&, const RunFacts&);
+};
+std::span<const ExportKind> ExportKinds();
 
 /// Filters what is published on its way to another sink, and writes files of what passes.
 class Exports : public Sink, public Outlet {
@@ -31,7 +41,7 @@ class Exports : public Sink, public Outlet {
   /// Completes the files of a run that has failed.
   ~Exports() override;
 
-  bool OnData(const CGPSData& data) override;
+  bool OnData(const Record& record) override;
   bool OnRawData(const CGPSDataRaw& epoch) override;
   bool OnEphemeris(const CGPSDataEphemeris& ephemeris) override;
   bool OnBin(const Block& block) override;
@@ -51,30 +61,25 @@ class Exports : public Sink, public Outlet {
   bool Finish() override;
 
  private:
-  /// An epoch that waits for the sentence which gave it.
-  struct Held {
-    PositionEpoch epoch;
-    CGPSData data;
-  };
-
   void Tell(const std::optional<PositionTail>& tail);
   void CountSatellites(PositionEpoch& epoch) const;
+  void Place(PositionEpoch& epoch);
   void ResolveHeights(PositionEpoch& epoch, bool has_sentence);
   void ComplainOfDates();
 
   CGPSEngine& engine_;
   Sink& inner_;
-  EpochReader reader_;
   Filter filter_;
   const Geoid geoid_;
-  std::shared_ptr<Projection> projection_;  // until it knows its zone
-  const std::string recording_;             // its name; empty for a receiver that sends now
+  const std::shared_ptr<Projection> projection_;
+  const std::string recording_;  // its name; empty for a receiver that sends now
   bool dated_ = false;
   bool undated_ = false, told_undated_ = false;  // some epoch was; the user knows
-  std::optional<Held> held_;
-  std::optional<Sky> sky_;            // the last one that has a list
-  std::optional<double> separation_;  // the last one that was stated
-  long long without_height_ = 0;      // fixes
+  std::optional<PositionEpoch> held_;            // until the sentence comes that gave it
+  int segment_ = 0;                              // the last one
+  std::optional<Sky> sky_;                       // the last one that has a list
+  std::optional<double> separation_;             // the last one that was stated
+  long long without_height_ = 0;                 // fixes
   std::vector<std::unique_ptr<Export>> exports_;
 };
 

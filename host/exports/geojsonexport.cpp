@@ -6,24 +6,19 @@ namespace host {
 
 namespace {
 
-constexpr std::string_view kGeoJsonTail = "\n]}\n";
-
 /// A point a fix, so that each has all that is known of it.
-class GeoJsonExport : public Export {
+class GeoJsonExport : public GrowingExport {
  public:
-  GeoJsonExport(const ExportPath& path, const RunFacts& facts)
-      : file_(path), projection_(facts.display.projection) {
-    std::string& out = file_.Text();
+  GeoJsonExport(const ExportPath& path, const RunFacts& facts) : GrowingExport(path) {
+    std::string& out = Text();
     out += R"({"type":"FeatureCollection","name":)";
     JsonWriter(out).Utf8(facts.source);
     out += ",\"features\":[";
-    GeoJsonExport::Flush();
   }
 
-  void OnEpoch(const PositionEpoch& epoch, const CGPSData& data) override {
+  void OnEpoch(const PositionEpoch& epoch) override {
     if (!epoch.fix) return;
-    if (epoch.starts_segment || segment_ == 0) ++segment_;
-    std::string& out = file_.Text();
+    std::string& out = Text();
     out += is_first_ ? "\n" : ",\n";
     is_first_ = false;
     JsonWriter json(out);
@@ -33,12 +28,12 @@ class GeoJsonExport : public Export {
     WritePoint(json, epoch);
     json.Key("properties");
     json.BeginObject();
-    WriteProperties(json, epoch, data);
+    WriteProperties(json, epoch);
     json.EndObject();
     json.EndObject();
   }
-  void Flush() override { file_.Flush(kGeoJsonTail); }
-  void Finish(const Tally&) override { file_.Close(kGeoJsonTail); }
+
+  std::string Tail() const override { return "\n]}\n"; }
 
  private:
   /// The third coordinate is one above the ellipsoid, or none.
@@ -59,17 +54,15 @@ class GeoJsonExport : public Export {
     json.EndObject();
   }
 
-  void WriteProperties(JsonWriter& json, const PositionEpoch& epoch, const CGPSData& data) {
-    std::string iso;
-    AppendIso(iso, *epoch.time);
-    json.Member("time", std::string_view(iso));
+  static void WriteProperties(JsonWriter& json, const PositionEpoch& epoch) {
+    json.Member("time", std::string_view(IsoText(*epoch.time)));
     const auto known = [&](std::string_view key, const std::optional<double>& value, int decimals) {
       if (value) json.MemberFixed(key, *value, decimals);
     };
     known("height_msl_m", epoch.height_msl, 3);
     known("height_hae_m", HeightOf(epoch), 3);
     json.Member("fix", FixKindOf(epoch.signal).name);
-    json.Member("segment", segment_);
+    json.Member("segment", epoch.segment);
     json.Member("used", epoch.used);
     json.Member("in_view", epoch.in_view);
     known("hdop", epoch.hdop, 2);
@@ -77,18 +70,13 @@ class GeoJsonExport : public Export {
     known("vdop", epoch.vdop, 2);
     known("speed_mps", epoch.speed, 3);
     known("course_deg", epoch.course, 2);
-    if (data.m_dAverageSNR > 0.0) json.MemberFixed("mean_snr", data.m_dAverageSNR, 1);
-    if (!projection_) return;
-    if (const auto place = projection_->Of(epoch.latitude, epoch.longitude)) {
-      json.MemberFixed("easting_m", place->easting * projection_->Metres(), 3);
-      json.MemberFixed("northing_m", place->northing * projection_->Metres(), 3);
-    }
+    known("mean_snr", epoch.strength, 1);
+    if (!epoch.grid) return;
+    json.MemberFixed("easting_m", epoch.grid->easting, 3);
+    json.MemberFixed("northing_m", epoch.grid->northing, 3);
   }
 
-  GrowingFile file_;
-  const std::shared_ptr<Projection> projection_;
   bool is_first_ = true;
-  int segment_ = 0;
 };
 
 }  // namespace

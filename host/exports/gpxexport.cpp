@@ -29,27 +29,25 @@ void AppendNumber(std::string& out, std::string_view tag, const std::optional<do
   if (value) AppendNumber(out, tag, *value, decimals);
 }
 
-class GpxExport : public Export {
+class GpxExport : public GrowingExport {
  public:
-  GpxExport(const ExportPath& path, const RunFacts& facts) : file_(path) {
-    std::string& out = file_.Text();
+  GpxExport(const ExportPath& path, const RunFacts& facts) : GrowingExport(path) {
+    std::string& out = Text();
     out += kGpxHead;
     out += "  <trk>\n    <name>";
     AppendMarkup(out, facts.source);
     out += "</name>\n    <src>";
     AppendMarkup(out, facts.model);
     out += "</src>\n";
-    GpxExport::Flush();
   }
 
   // The order of the elements is the schema's.
-  void OnEpoch(const PositionEpoch& epoch, const CGPSData&) override {
+  void OnEpoch(const PositionEpoch& epoch) override {
     if (!epoch.fix) return;
-    std::string& out = file_.Text();
-    if (epoch.starts_segment || !in_segment_) {
-      if (in_segment_) out += kGpxSegmentEnd;
+    std::string& out = Text();
+    if (epoch.starts_segment) {
+      if (std::exchange(in_segment_, true)) out += kGpxSegmentEnd;
       out += "    <trkseg>\n";
-      in_segment_ = true;
     }
     out += "      <trkpt lat=\"";
     AppendFixed(out, epoch.latitude, 9);
@@ -74,13 +72,12 @@ class GpxExport : public Export {
     }
     out += "</trkpt>\n";
   }
-  void Flush() override { file_.Flush(Tail()); }
-  void Finish(const Tally&) override { file_.Close(Tail()); }
 
  private:
-  std::string Tail() const { return std::string(in_segment_ ? kGpxSegmentEnd : "").append(kGpxTail); }
+  std::string Tail() const override {
+    return std::string(in_segment_ ? kGpxSegmentEnd : "").append(kGpxTail);
+  }
 
-  GrowingFile file_;
   bool in_segment_ = false;
 };
 

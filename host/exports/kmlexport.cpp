@@ -20,22 +20,21 @@ constexpr std::string_view kKmlSegmentEnd = "      </gx:MultiTrack>\n    </Place
 // track of the same line.
 constexpr int kMostOfTrack = 100;
 
-class KmlExport : public Export {
+class KmlExport : public GrowingExport {
  public:
-  KmlExport(const ExportPath& path, const RunFacts& facts) : file_(path) {
-    std::string& out = file_.Text();
+  KmlExport(const ExportPath& path, const RunFacts& facts) : GrowingExport(path) {
+    std::string& out = Text();
     out += kKmlHead;
     AppendMarkup(out, facts.source);
     out += "</name>\n    <description>";
     AppendMarkup(out, facts.model);
     out += "</description>\n";
     out += kStyle;
-    KmlExport::Flush();
   }
 
-  void OnEpoch(const PositionEpoch& epoch, const CGPSData&) override {
+  void OnEpoch(const PositionEpoch& epoch) override {
     if (!epoch.fix) return;
-    if (epoch.starts_segment || segments_ == 0) {
+    if (epoch.starts_segment) {
       EndSegment();
       BeginSegment();
     } else if (points_ == kMostOfTrack || has_heights_ != epoch.height_msl.has_value()) {
@@ -54,22 +53,20 @@ class KmlExport : public Export {
     AppendFixed(coords_, epoch.height_msl.value_or(0.0), 3);
     coords_ += "</gx:coord>\n";
   }
-  void Flush() override { file_.Flush(Tail()); }
-  void Finish(const Tally&) override { file_.Close(Tail()); }
 
  private:
   void BeginSegment() {
-    file_.Text() += "    <Placemark>\n      <name>Track " + std::to_string(++segments_) +
-                    "</name>\n      <styleUrl>#track</styleUrl>\n      <gx:MultiTrack>\n"
-                    "        <gx:interpolate>1</gx:interpolate>\n";
+    Text() += "    <Placemark>\n      <name>Track " + std::to_string(++segments_) +
+              "</name>\n      <styleUrl>#track</styleUrl>\n      <gx:MultiTrack>\n"
+              "        <gx:interpolate>1</gx:interpolate>\n";
   }
   void EndSegment() {
     if (segments_ == 0) return;
     EndTrack();
-    file_.Text() += kKmlSegmentEnd;
+    Text() += kKmlSegmentEnd;
   }
   void EndTrack() {
-    AppendTrack(file_.Text());
+    AppendTrack(Text());
     whens_.clear();
     coords_.clear();
     points_ = 0;
@@ -82,14 +79,13 @@ class KmlExport : public Export {
     out += coords_;
     out += "        </gx:Track>\n";
   }
-  std::string Tail() const {
+  std::string Tail() const override {
     std::string tail;
     AppendTrack(tail);
     if (segments_ > 0) tail += kKmlSegmentEnd;
     return tail.append(kKmlTail);
   }
 
-  GrowingFile file_;
   int segments_ = 0;
   int points_ = 0;            // of the track at hand
   bool has_heights_ = false;  // likewise; without them it lies on the ground

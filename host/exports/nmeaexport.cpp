@@ -15,8 +15,6 @@ namespace host {
 
 namespace {
 
-constexpr double kKnots = 3600.0 / 1852.0;  // in a metre a second
-
 void AppendDigits(std::string& out, long long value, int width) {
   const std::string digits = std::to_string(value);
   const auto wanted = static_cast<std::size_t>(width);
@@ -82,16 +80,15 @@ class Sentence {
 };
 
 void AppendDate(Sentence& sentence, Moment time) {
-  std::string iso;
-  AppendIso(iso, time);
+  const std::string iso = IsoText(time);
   sentence.Text(iso.substr(8, 2) + iso.substr(5, 2) + iso.substr(2, 2));
 }
 
-class NmeaExport : public Export {
+class NmeaExport : public GrowingExport {
  public:
-  explicit NmeaExport(const ExportPath& path) : file_(path) {}
+  explicit NmeaExport(const ExportPath& path) : GrowingExport(path) {}
 
-  void OnEpoch(const PositionEpoch& epoch, const CGPSData&) override {
+  void OnEpoch(const PositionEpoch& epoch) override {
     AppendGga(epoch);
     AppendRmc(epoch);
     if (sky_) AppendSky(epoch);
@@ -99,14 +96,12 @@ class NmeaExport : public Export {
   void OnSky(const Sky& sky) override {
     if (sky.has_list) sky_ = sky;
   }
-  void Flush() override { file_.Flush(""); }
-  void Finish(const Tally&) override { file_.Close(""); }
 
  private:
   using Satellites = std::vector<const Satellite*>;
 
   void AppendGga(const PositionEpoch& epoch) {
-    Sentence gga(file_.Text(), "GPGGA");
+    Sentence gga(Text(), "GPGGA");
     gga.TimeOfDay(*epoch.time).Position(epoch).Letter(FixKindOf(epoch.signal).gga);
     gga.Digits(std::clamp(epoch.used, 0, 99), 2).Number(epoch.hdop, 2);
     const std::optional<double> none;
@@ -116,9 +111,10 @@ class NmeaExport : public Export {
   }
 
   void AppendRmc(const PositionEpoch& epoch) {
-    Sentence rmc(file_.Text(), "GPRMC");
+    Sentence rmc(Text(), "GPRMC");
     rmc.TimeOfDay(*epoch.time).Letter(epoch.fix ? 'A' : 'V').Position(epoch);
-    rmc.Number(epoch.speed ? std::optional(*epoch.speed * kKnots) : std::nullopt, 3).Number(epoch.course, 2);
+    rmc.Number(epoch.speed ? std::optional(*epoch.speed * kKnots.per_metre) : std::nullopt, 3)
+        .Number(epoch.course, 2);
     AppendDate(rmc, *epoch.time);
     rmc.Empty().Empty().Letter(FixKindOf(epoch.signal).rmc);
   }
@@ -157,7 +153,7 @@ class NmeaExport : public Export {
   /// `system` is null where there is no other: it then has no need of a number.
   void AppendGsa(const PositionEpoch& epoch, std::span<const Satellite* const> used,
                  const Constellation* system) {
-    Sentence gsa(file_.Text(), system != nullptr ? "GNGSA" : "GPGSA");
+    Sentence gsa(Text(), system != nullptr ? "GNGSA" : "GPGSA");
     gsa.Letter('A').Letter(epoch.fix ? '3' : '1');
     for (const Satellite* satellite : used) gsa.Digits(satellite->id.SentenceNumber(), 2);
     for (auto fields = used.size(); fields < kSatelliteSlots; ++fields) gsa.Empty();
@@ -169,7 +165,7 @@ class NmeaExport : public Export {
     constexpr std::size_t kPerSentence = 4;
     const std::size_t sentences = (in_view.size() + kPerSentence - 1) / kPerSentence;
     for (std::size_t i = 0; i < sentences; ++i) {
-      Sentence gsv(file_.Text(), tag);
+      Sentence gsv(Text(), tag);
       gsv.Digits(static_cast<int>(sentences), 1).Digits(static_cast<int>(i + 1), 1);
       gsv.Digits(static_cast<int>(in_view.size()), 2);
       const std::size_t end = std::min((i + 1) * kPerSentence, in_view.size());
@@ -185,7 +181,6 @@ class NmeaExport : public Export {
     }
   }
 
-  GrowingFile file_;
   std::optional<Sky> sky_;
 };
 

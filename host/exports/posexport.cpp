@@ -10,16 +10,15 @@ namespace {
 
 /// Solutions in the text form of RTKLIB. It states for the whole file what heights are above, which the first
 /// fix decides: the ellipsoid, where that is known.
-class PosExport : public Export {
+class PosExport : public GrowingExport {
  public:
-  explicit PosExport(const ExportPath& path) : file_(path) {}
+  explicit PosExport(const ExportPath& path) : GrowingExport(path) {}
 
-  void OnEpoch(const PositionEpoch& epoch, const CGPSData&) override {
+  void OnEpoch(const PositionEpoch& epoch) override {
     if (!epoch.fix) return;
     if (epoch.tail.separation) separation_ = epoch.tail.separation;
     if (!has_head_) AppendHead(separation_.has_value());
-    std::string iso;
-    AppendIso(iso, *epoch.time);
+    std::string iso = IsoText(*epoch.time);
     for (const std::size_t dash : {4, 7}) iso[dash] = '/';
     double height = epoch.height_msl.value_or(0.0);
     if (epoch.height_msl && above_ellipsoid_) height += *separation_;
@@ -31,16 +30,14 @@ class PosExport : public Export {
                   iso.substr(0, 10).c_str(), iso.substr(11, 12).c_str(), epoch.latitude, epoch.longitude,
                   height, FixKindOf(epoch.signal).rtklib, epoch.used, kUnknown, kUnknown, kUnknown, kUnknown,
                   kUnknown, kUnknown, std::strtod(epoch.tail.age.c_str(), nullptr), kUnknown);
-    file_.Text() += line;
+    Text() += line;
   }
-  void Flush() override { file_.Flush(""); }
-  void Finish(const Tally&) override { file_.Close(""); }
 
  private:
   void AppendHead(bool above_ellipsoid) {
     has_head_ = true;
     above_ellipsoid_ = above_ellipsoid;
-    ((file_.Text() += "% program   : gpsengine " GPSENGINE_VERSION "\n% (lat/lon/height=WGS84/") +=
+    ((Text() += "% program   : gpsengine " GPSENGINE_VERSION "\n% (lat/lon/height=WGS84/") +=
      above_ellipsoid ? "ellipsoidal" : "geodetic") +=
         ",Q=1:fix,2:float,3:sbas,4:dgps,5:single,6:ppp,ns=# of satellites)\n"
         "%  UTC                   latitude(deg) longitude(deg)  height(m)   Q  ns   sdn(m)   sde(m)   sdu(m) "
@@ -48,7 +45,6 @@ class PosExport : public Export {
         "sdne(m)  sdeu(m)  sdun(m) age(s)  ratio\n";
   }
 
-  GrowingFile file_;
   bool has_head_ = false, above_ellipsoid_ = false;
   std::optional<double> separation_;  // the last one that was stated
 };

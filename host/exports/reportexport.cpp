@@ -11,7 +11,7 @@ class ReportExport : public Export {
     ReportExport::Finish({});  // whether it can be written is to be known now
   }
 
-  void OnEpoch(const PositionEpoch& epoch, const CGPSData&) override { run_.Add(epoch); }
+  void OnEpoch(const PositionEpoch& epoch) override { run_.Add(epoch); }
   void OnSky(const Sky& sky) override { run_.AddSatellites(sky); }
   void Finish(const Tally& tally) override { ReplaceFile(path_, ReportPage(facts_, run_, tally)); }
 

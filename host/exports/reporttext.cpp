@@ -1,7 +1,6 @@
 #include "host/exports/reporttext.h"
 
 #include "host/records/jsonwriter.h"
-#include "host/records/units.h"
 
 namespace host {
 
@@ -41,13 +40,12 @@ std::string Span(double seconds) {
 }
 
 std::string Time(Moment moment) {
-  std::string iso;
-  AppendIso(iso, moment);
+  const std::string iso = IsoText(moment);
   return iso.substr(0, 10) + ' ' + iso.substr(11, iso.substr(19, 4) == ".000" ? 8 : 10) + " UTC";
 }
 
 std::string Angle(double degrees, AngleFormat format, char positive, char negative) {
-  std::string text = AngleText(degrees / kDegrees, format, positive, negative);
+  std::string text = MarkedAngle(degrees, format, positive, negative);
   text.erase(0, text.find_first_not_of(' '));
   for (std::size_t at = 0; (at = text.find(' ', at)) != std::string::npos;) text.replace(at, 1, "\xC2\xA0");
   return text;

@@ -34,11 +34,11 @@ bool RinexSink::OnEphemeris(const CGPSDataEphemeris& ephemeris) {
   return false;
 }
 
-bool RinexSink::OnData(const CGPSData& data) {
-  if (!data.m_bPositionValid || data.m_nSignalType == 0) return false;
-  place_.m_dLatitude = data.m_dLatitude * kDegrees;
-  place_.m_dLongitude = data.m_dLongitude * kDegrees;
-  place_.m_dHeight = data.m_dAltitude;
+bool RinexSink::OnData(const Record& record) {
+  if (!record.HasFix()) return false;
+  place_.m_dLatitude = record.epoch.latitude;
+  place_.m_dLongitude = record.epoch.longitude;
+  place_.m_dHeight = record.data.m_dAltitude;
   place_.m_bPositionValid = true;
   return false;
 }

@@ -14,7 +14,7 @@ struct RinexOptions {
 };
 
 /// Logs the raw data of a run.
-class RinexSink : public NoSink, public Outlet {
+class RinexSink : public Sink, public Outlet {
  public:
   /// Throws a Failure if the log cannot be opened.
   RinexSink(const RinexOptions& options, const std::string& model, double antenna_height);
@@ -23,7 +23,7 @@ class RinexSink : public NoSink, public Outlet {
   bool OnRawData(const CGPSDataRaw& epoch) override;
   bool OnEphemeris(const CGPSDataEphemeris& ephemeris) override;
   bool OnBin(const Block& block) override;
-  bool OnData(const CGPSData& data) override;
+  bool OnData(const Record& record) override;
   void SetReference(std::optional<Moment> reference) override { log_.SetPivot(reference); }
 
   /// Throws a Failure if a file could not be written. A sink is called from inside the library, and keeps

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 
-#include "gpsengine/engine/gpsengine.h"
 #include "host/run/failure.h"
 #include "host/run/words.h"
 
@@ -29,12 +28,36 @@ std::string HeadOf(const CString& message) {
   return head;
 }
 
-void Hear(CGPSEngine& engine, std::string_view bytes) {
-  for (; !bytes.empty(); bytes.remove_prefix(std::min(kPiece, bytes.size()))) {
-    CBinBuffer piece(bytes.data(), static_cast<int>(std::min(kPiece, bytes.size())));
-    engine.UpdateGPSBuffer(piece);
+/// A receiver that has the library tell it of every message.
+class ListeningReceiver : public CGPSReceiver {
+ public:
+  explicit ListeningReceiver(MessageKinds& kinds) : kinds_(kinds) { SetupReceiver(0, 0, 0.0, "", true); }
+  CString GetName() override { return "listener"; }
+
+  using CGPSReceiver::Parse;
+  bool Parse(CString& message, GPSStringType type) override {
+    const int binary_messages = GetBinaryMessages(), bad = GetBadBinaryMessages();
+    const bool published = CGPSReceiver::Parse(message, type);
+    if (type == GPS_STRING_NONE) {
+      // A good checksum makes noise unlikely: another instrument, or a sentence that is not decoded.
+      if (message.StartsWith("$") && message.Find("*") > 0 && IsChecksumOK(message)) {
+        AddOnce(kinds_.foreign, HeadOf(message));
+      }
+    } else if (type == GPS_STRING_AXIS4_BIN || type == GPS_STRING_BIN) {
+      AddOnce(kinds_.binary, type == GPS_STRING_BIN ? "$BIN" : "AA 44 12");
+    } else if (GetBinaryMessages() > binary_messages) {
+      if (GetBadBinaryMessages() == bad) AddOnce(kinds_.binary, HeadOf(message));
+    } else if (type <= GPS_STRING_MSK) {
+      AddOnce(kinds_.sentences, HeadOf(message).substr(3));
+    } else {
+      AddOnce(kinds_.reports, HeadOf(message));
+    }
+    return published;
   }
-}
+
+ private:
+  MessageKinds& kinds_;
+};
 
 /// What a recording holds, as far as its beginning tells, for a user to whom nothing of it was of use.
 std::string WhatIsIn(const Recording& recording) {
@@ -47,19 +70,16 @@ std::string WhatIsIn(const Recording& recording) {
   std::string bytes;
   for (const char c : head)
     bytes += recording.IsTextLog() && c == '\n' ? std::string("\r\n") : std::string(1, c);
-  CGPSEngine engine;
-  auto* const listener = new KindListener;
-  engine.AddReceiver(listener);
-  engine.SetReceiver(listener);
-  engine.m_bAttachRawData = true;
-  Hear(engine, bytes + "\r\n");
+  KindListener listener;
+  listener.Hear(bytes + "\r\n");
+  const MessageKinds& kinds = listener.Kinds();
   std::vector<std::string> parts, useless;
-  for (const auto* list : {&listener->sentences, &listener->reports, &listener->foreign})
+  for (const auto* list : {&kinds.sentences, &kinds.reports, &kinds.foreign})
     useless.insert(useless.end(), list->begin(), list->end());
   if (!useless.empty()) parts.push_back("sentences that tell no position (" + Join(useless) + ")");
-  if (listener->GetChecksumErrors() > 0) parts.push_back("sentences whose checksum is wrong");
-  if (!listener->binary.empty())
-    parts.push_back("binary blocks that are handed on undecoded (" + Join(listener->binary) + ")");
+  if (listener.ChecksumErrors() > 0) parts.push_back("sentences whose checksum is wrong");
+  if (!kinds.binary.empty())
+    parts.push_back("binary blocks that are handed on undecoded (" + Join(kinds.binary) + ")");
   const std::string where =
       recording.IsAllInHead() ? "" : "in its first " + std::to_string(head.size() / 1024) + " KB ";
   return where + (parts.empty() ? "its bytes make no message" : "it holds only " + Join(parts));
@@ -67,24 +87,18 @@ std::string WhatIsIn(const Recording& recording) {
 
 }  // namespace
 
-bool KindListener::Parse(CString& message, GPSStringType type) {
-  const int binary_messages = GetBinaryMessages(), bad = GetBadBinaryMessages();
-  const bool published = CGPSReceiver::Parse(message, type);
-  if (type == GPS_STRING_NONE) {
-    // A good checksum makes noise unlikely: another instrument, or a sentence that is not decoded.
-    if (message.StartsWith("$") && message.Find("*") > 0 && IsChecksumOK(message)) {
-      AddOnce(foreign, HeadOf(message));
-    }
-  } else if (type == GPS_STRING_AXIS4_BIN || type == GPS_STRING_BIN) {
-    AddOnce(binary, type == GPS_STRING_BIN ? "$BIN" : "AA 44 12");
-  } else if (GetBinaryMessages() > binary_messages) {
-    if (GetBadBinaryMessages() == bad) AddOnce(binary, HeadOf(message));
-  } else if (type <= GPS_STRING_MSK) {
-    AddOnce(sentences, HeadOf(message).substr(3));
-  } else {
-    AddOnce(reports, HeadOf(message));
+KindListener::KindListener() {
+  auto* const receiver = new ListeningReceiver(kinds_);
+  engine_.AddReceiver(receiver);
+  engine_.SetReceiver(receiver);
+  engine_.m_bAttachRawData = true;
+}
+
+void KindListener::Hear(std::string_view bytes) {
+  for (; !bytes.empty(); bytes.remove_prefix(std::min(kPiece, bytes.size()))) {
+    CBinBuffer piece(bytes.data(), static_cast<int>(std::min(kPiece, bytes.size())));
+    engine_.UpdateGPSBuffer(piece);
   }
-  return published;
 }
 
 void CheckUnderstood(const Recording& recording, const HostWindow& window) {

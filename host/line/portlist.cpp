@@ -1,28 +1,25 @@
 #include <algorithm>
 #include <array>
-#include <iterator>
 #include <utility>
 
 #include "host/line/ports.h"
 #include "host/records/jsonwriter.h"
+#include "host/run/words.h"
 
 namespace host {
 
 namespace {
 
 struct StateName {
-  PortState state;
   const char* key;
   const char* label;
 };
-constexpr StateName kStateNames[] = {{PortState::free, "free", "free"},
-                                     {PortState::busy, "busy", "busy"},
-                                     {PortState::not_permitted, "notPermitted", "not permitted"},
-                                     {PortState::broken, "broken", "broken"}};
 
 const StateName& NameOf(PortState state) {
-  return *std::find_if(std::begin(kStateNames), std::end(kStateNames),
-                       [state](const StateName& name) { return name.state == state; });
+  // In the order of PortState.
+  static constexpr StateName kNames[] = {
+      {"free", "free"}, {"busy", "busy"}, {"notPermitted", "not permitted"}, {"broken", "broken"}};
+  return kNames[static_cast<int>(state)];
 }
 
 std::string Description(const SerialPortInfo& port) {
@@ -44,13 +41,9 @@ std::string Printable(std::string text) {
 }
 
 std::string Row(const std::array<std::string, 5>& cells) {
-  constexpr std::array<std::size_t, 5> kWidths = {14, 15, 12, 11, 0};
+  constexpr std::size_t kWidths[] = {12, 13, 10, 9, 0};
   std::string row;
-  for (std::size_t i = 0; i < cells.size(); ++i) {
-    row += cells[i] + "  ";
-    const std::size_t gap = kWidths[i] > cells[i].size() + 2 ? kWidths[i] - cells[i].size() - 2 : 0;
-    row.append(gap, ' ');
-  }
+  for (std::size_t i = 0; i < cells.size(); ++i) row += Padded(cells[i], kWidths[i]) + "  ";
   row.erase(row.find_last_not_of(' ') + 1);
   return row + '\n';
 }

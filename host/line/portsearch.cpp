@@ -4,7 +4,6 @@
 #include <initializer_list>
 #include <utility>
 
-#include "gpsengine/engine/gpsengine.h"
 #include "gpsengine/platform/serial.h"
 #include "host/commands/models.h"
 #include "host/line/config.h"
@@ -35,17 +34,17 @@ struct Heard {
   std::string text;  ///< For the user.
 };
 
-Heard Judge(const KindListener& listener, std::size_t bytes) {
-  if (listener.HasUnderstood()) {
-    std::vector<std::string> parts = listener.reports;
-    if (!listener.sentences.empty()) {
-      parts.insert(parts.begin(), "NMEA (" + Join(listener.sentences) + ')');
+Heard Judge(const MessageKinds& kinds, std::size_t bytes) {
+  if (kinds.AreUnderstood()) {
+    std::vector<std::string> parts = kinds.reports;
+    if (!kinds.sentences.empty()) {
+      parts.insert(parts.begin(), "NMEA (" + Join(kinds.sentences) + ')');
     }
-    for (const std::string& record : listener.binary) parts.push_back("binary records " + record);
+    for (const std::string& record : kinds.binary) parts.push_back("binary records " + record);
     return {Heard::Verdict::understood, bytes, Join(parts)};
   }
-  if (!listener.foreign.empty()) {
-    return {Heard::Verdict::foreign, bytes, "NMEA, but no GPS receiver's (" + Join(listener.foreign) + ')'};
+  if (!kinds.foreign.empty()) {
+    return {Heard::Verdict::foreign, bytes, "NMEA, but no GPS receiver's (" + Join(kinds.foreign) + ')'};
   }
   return {Heard::Verdict::nothing, bytes, bytes == 0 ? "no bytes" : "bytes that make no message"};
 }
@@ -93,10 +92,8 @@ class Search {
   void Announce() const {
     const double each = std::chrono::duration<double>(plan_.listen).count();
     const auto times = static_cast<double>(lines_.size() * plan_.rates.size());
-    CString text;
-    text.Format("listening for a receiver, %g s a port and baud rate: %g s at most. Ctrl-C ends", each,
-                each * times);
-    Complain(text.ToUtf8());
+    Complain(Print("listening for a receiver, %g s a port and baud rate: %g s at most. Ctrl-C ends", each,
+                   each * times));
   }
 
   bool Try(Line& line, int rate) {
@@ -114,31 +111,26 @@ class Search {
       const std::string reason = WhyNotOpen(device);
       return {Heard::Verdict::closed, 0, reason.empty() ? "cannot open " + device : reason};
     }
-    CGPSEngine engine;
-    auto* const listener = new KindListener;
-    engine.AddReceiver(listener);
-    engine.SetReceiver(listener);
-    engine.m_bAttachRawData = true;
+    KindListener listener;
     std::size_t bytes = 0;
-    if (!Hear(*line, engine, *listener, bytes)) {
+    if (!Hear(*line, listener, bytes)) {
       return {Heard::Verdict::closed, bytes, "the port " + device + " was lost"};
     }
-    return Judge(*listener, bytes);
+    return Judge(listener.Kinds(), bytes);
   }
 
   /// Counts the bytes that come. False if the port goes away.
-  bool Hear(SerialLine& line, CGPSEngine& engine, const KindListener& listener, std::size_t& bytes) const {
+  bool Hear(SerialLine& line, KindListener& listener, std::size_t& bytes) const {
     Clock::time_point now = Clock::now(), end = now + plan_.listen;
-    for (bool understood = false; now < end; understood = listener.HasUnderstood()) {
+    for (bool understood = false; now < end; understood = listener.Kinds().AreUnderstood()) {
       if (interrupt_.HasCome()) throw Failure(ExitCode::interrupted, "the search was interrupted");
       char piece[4096];
       const int count = line.Read(piece, sizeof piece, static_cast<DWORD>(kTurn.count()));
       if (count < 0) return false;
       now = Clock::now();
       bytes += static_cast<std::size_t>(count);
-      CBinBuffer chunk(piece, count);
-      engine.UpdateGPSBuffer(chunk);
-      if (!understood && listener.HasUnderstood()) end = std::min(end, now + plan_.gather);
+      listener.Hear({piece, static_cast<std::size_t>(count)});
+      if (!understood && listener.Kinds().AreUnderstood()) end = std::min(end, now + plan_.gather);
     }
     return true;
   }

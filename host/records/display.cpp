@@ -1,9 +1,9 @@
 #include "host/records/display.h"
 
 #include <cmath>
-#include <cstdio>
 
-#include "host/records/units.h"
+#include "host/records/jsonwriter.h"
+#include "host/run/words.h"
 
 namespace host {
 
@@ -12,7 +12,6 @@ namespace {
 constexpr Unit kFeet{"ft", 1.0 / 0.3048};
 constexpr Unit kKilometresAnHour{"km/h", 3.6};
 constexpr Unit kMilesAnHour{"mph", 3600.0 / 1609.344};
-constexpr Unit kKnots{"kn", 3600.0 / 1852.0};
 
 // In the order of Units.
 constexpr UnitSystem kSystems[] = {
@@ -25,29 +24,25 @@ struct Marks {
   const char *degree, *minute, *second, *gap;
 };
 
-std::string Write(double radians, AngleFormat format, char hemisphere, const Marks& marks) {
-  const double degrees = std::isfinite(radians) ? std::fabs(radians) * kDegrees : 0.0;
+std::string Write(double degrees, AngleFormat format, char hemisphere, const Marks& marks) {
   // Counted in the last place that is shown, so that no 60 comes of rounding.
   constexpr long long kMinute = 100'000, kSecond = 10'000;
-  char text[400];  // a number of a record may be any
-  switch (format) {
-    case AngleFormat::minutes: {
-      const long long parts = std::llround(degrees * 60 * kMinute);
-      std::snprintf(text, sizeof text, "%3lld%s %02lld.%05lld%s%s%c", parts / (60 * kMinute), marks.degree,
-                    parts / kMinute % 60, parts % kMinute, marks.minute, marks.gap, hemisphere);
-      break;
-    }
-    case AngleFormat::seconds: {
-      const long long parts = std::llround(degrees * 3600 * kSecond);
-      std::snprintf(text, sizeof text, "%3lld%s %02lld%s %02lld.%04lld%s%s%c", parts / (3600 * kSecond),
-                    marks.degree, parts / (60 * kSecond) % 60, marks.minute, parts / kSecond % 60,
-                    parts % kSecond, marks.second, marks.gap, hemisphere);
-      break;
-    }
-    case AngleFormat::degrees:
-      std::snprintf(text, sizeof text, "%11.7f%s%s%c", degrees, marks.degree, marks.gap, hemisphere);
+  if (format == AngleFormat::minutes) {
+    const long long parts = std::llround(degrees * 60 * kMinute);
+    return Print("%3lld%s %02lld.%05lld%s%s%c", parts / (60 * kMinute), marks.degree, parts / kMinute % 60,
+                 parts % kMinute, marks.minute, marks.gap, hemisphere);
   }
-  return text;
+  if (format == AngleFormat::seconds) {
+    const long long parts = std::llround(degrees * 3600 * kSecond);
+    return Print("%3lld%s %02lld%s %02lld.%04lld%s%s%c", parts / (3600 * kSecond), marks.degree,
+                 parts / (60 * kSecond) % 60, marks.minute, parts / kSecond % 60, parts % kSecond,
+                 marks.second, marks.gap, hemisphere);
+  }
+  return Print("%11.7f%s%s%c", degrees, marks.degree, marks.gap, hemisphere);
+}
+
+void AppendTwo(std::string& out, int value) {
+  out += {static_cast<char>('0' + value / 10 % 10), static_cast<char>('0' + value % 10)};
 }
 
 }  // namespace
@@ -56,12 +51,35 @@ const UnitSystem& SystemOf(Units units) {
   return kSystems[static_cast<int>(units)];
 }
 
-std::string AngleText(double radians, AngleFormat format, char positive, char negative) {
-  return Write(radians, format, radians < 0.0 ? negative : positive, {"°", "'", "\"", " "});
+std::string MarkedAngle(double degrees, AngleFormat format, char positive, char negative) {
+  return Write(std::fabs(degrees), format, degrees < 0.0 ? negative : positive, {"°", "'", "\"", " "});
 }
 
-std::string PlainAngleText(double radians, AngleFormat format, char positive, char negative) {
-  return Write(radians, format, radians < 0.0 ? negative : positive, {"", "", "", ""});
+std::string PlainAngle(double degrees, AngleFormat format, char positive, char negative) {
+  return Write(std::fabs(degrees), format, degrees < 0.0 ? negative : positive, {"", "", "", ""});
+}
+
+std::string TimeText(std::int64_t seconds) {
+  std::string text;
+  AppendTimeOfDay(text, static_cast<double>(seconds % 86'400));
+  return text.erase(8);
+}
+
+void AppendTimeOfDay(std::string& out, double seconds) {
+  const auto hundredths = static_cast<int>(std::lround(seconds * 100.0));
+  AppendTwo(out, hundredths / 360'000);
+  out += ':';
+  AppendTwo(out, hundredths / 6000 % 60);
+  out += ':';
+  AppendTwo(out, hundredths / 100 % 60);
+  out += '.';
+  AppendTwo(out, hundredths % 100);
+}
+
+void AppendPadded(std::string& out, double value, int decimals, std::size_t width) {
+  const auto start = out.size();
+  AppendFixed(out, value, decimals);
+  if (const auto size = out.size() - start; size < width) out.insert(start, width - size, ' ');
 }
 
 }  // namespace host

@@ -1,40 +1,31 @@
 #pragma once
 
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
-#include <string_view>
 
 #include "host/records/projection.h"
+#include "host/records/units.h"
 
 namespace host {
-
-/// The units in which people read lengths and speeds.
-enum class Units { metric, imperial, nautical };
-
-struct Unit {
-  std::string_view name;
-  double per_metre;  ///< So many of it are a metre, or a metre a second.
-};
-
-/// The units that go together.
-struct UnitSystem {
-  Unit length, distance;  ///< For what is seen from close by, and for ways.
-  double far;             ///< From so many of it on a way is told in the unit of distances.
-  Unit speed;
-  Unit both_speeds[2];  ///< Where there is room for two.
-};
-const UnitSystem& SystemOf(Units units);
 
 /// How latitudes and longitudes are written.
 enum class AngleFormat { degrees, minutes, seconds };
 constexpr int kAngleFormats = 3;
 
-/// An angle as "47.6198855° N", "47° 37.19313' N" or "47° 37' 11.5878\" N", every one of a format as wide as
-/// the others.
-std::string AngleText(double radians, AngleFormat format, char positive, char negative);
+/// A latitude or a longitude in degrees as "47.6198855° N", "47° 37.19313' N" or "47° 37' 11.5878\" N", every
+/// one of a format as wide as the others.
+std::string MarkedAngle(double degrees, AngleFormat format, char positive, char negative);
 /// The same without marks: "47.6198855N", "47 37.19313N" or "47 37 11.5878N".
-std::string PlainAngleText(double radians, AngleFormat format, char positive, char negative);
+std::string PlainAngle(double degrees, AngleFormat format, char positive, char negative);
+
+/// The time of day of a moment in seconds since 1970, or of a time of day, as "08:15:30".
+std::string TimeText(std::int64_t seconds);
+/// Appends "08:15:30.25".
+void AppendTimeOfDay(std::string& out, double seconds);
+/// Appends a finite number with so many decimals, in no fewer columns than `width`.
+void AppendPadded(std::string& out, double value, int decimals, std::size_t width);
 
 /// How places and numbers are written for people. What programs read stays in metres and degrees.
 struct Display {

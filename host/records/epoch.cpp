@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cmath>
 
-#include "host/records/reports.h"
 #include "host/records/units.h"
 
 namespace host {
@@ -18,7 +17,22 @@ bool IsOnEarth(double latitude, double longitude, double height) {
   return std::fabs(latitude) <= 90.0 && std::fabs(longitude) <= 180.0 && std::fabs(height) < 1e8;
 }
 
+/// What a record carries. One that carries nothing of the kind, such as the answer to nothing at all, is a
+/// report.
+Kinds KindsOf(const CGPSData& data) {
+  Kinds kinds;
+  if (data.m_bPositionValid) kinds.Add(Kind::fix);
+  if (data.m_bSatellitesComplete && data.m_bSatellitesChanged) kinds.Add(Kind::satellites);
+  if (data.m_Status.m_bStatusUpdated || data.m_bProprietaryValid || kinds.IsEmpty()) kinds.Add(Kind::report);
+  return kinds;
+}
+
 }  // namespace
+
+bool HasTimeOfDay(const CGPSData& data) {
+  const bool in_range = data.m_dTimeOfDay >= 0.0 && data.m_dTimeOfDay < 86'401.0;  // a leap second counts
+  return in_range && (data.m_dTimeOfDay > 0.0 || data.m_nSignalType != UDF_SIGNAL_NONE);
+}
 
 double Offset::Length() const {
   return std::hypot(east, north);
@@ -59,8 +73,19 @@ bool EpochReader::IsBehindGap(const PositionEpoch& epoch) {
   return gap || !last_was_fix_;
 }
 
-PositionEpoch EpochReader::Read(const CGPSData& data) {
-  PositionEpoch epoch;
+Record EpochReader::Read(const CGPSData& data) {
+  Record record{data, KindsOf(data), {}};
+  PositionEpoch& epoch = record.epoch;
+  if (data.m_bDOPValid) {
+    epoch.hdop = KnownDilution(data.m_dHDOP);
+    epoch.pdop = KnownDilution(data.m_dPDOP);
+    epoch.vdop = KnownDilution(data.m_dVDOP);
+  }
+  if (record.HasPosition()) ReadPosition(data, epoch);
+  return record;
+}
+
+void EpochReader::ReadPosition(const CGPSData& data, PositionEpoch& epoch) {
   epoch.latitude = data.m_dLatitude * kDegrees;
   epoch.longitude = data.m_dLongitude * kDegrees;
   epoch.height = epoch.height_msl = data.m_dAltitude;
@@ -70,27 +95,22 @@ PositionEpoch EpochReader::Read(const CGPSData& data) {
   epoch.used = data.m_nSatellitesUsed;
   epoch.in_view = data.m_nSatellitesInView;
   if (data.m_dAverageSNR > 0.0) epoch.strength = data.m_dAverageSNR;
-  if (data.m_bDOPValid) {
-    epoch.hdop = KnownDilution(data.m_dHDOP);
-    epoch.pdop = KnownDilution(data.m_dPDOP);
-    epoch.vdop = KnownDilution(data.m_dVDOP);
-  }
   if (epoch.fix && data.m_bVelocityValid && data.m_dSpeed >= 0.0 && data.m_dSpeed < 1e5) {
     epoch.speed = data.m_dSpeed;
-    // A speed of 0 stands for one too small to have a direction.
+    // The record counts from east, anticlockwise. A speed of 0 stands for one too small to have a direction.
     const double course = 450.0 - data.m_dHeading * kDegrees;
     if (data.m_dSpeed > 0.0 && std::isfinite(course)) {
       epoch.course = course - 360.0 * std::floor(course / 360.0);
     }
   }
-  if (!HasTimeOfDay(data)) return epoch;
+  if (!HasTimeOfDay(data)) return;
+  epoch.time_of_day = data.m_dTimeOfDay;
   epoch.time = Date(data);
   epoch.repeats = last_time_ == epoch.time && (last_was_fix_ || !epoch.fix);
-  if (epoch.repeats) return epoch;
+  if (epoch.repeats) return;
   epoch.starts_segment = IsBehindGap(epoch) && epoch.fix;
   last_time_ = epoch.time;
   last_was_fix_ = epoch.fix;
-  return epoch;
 }
 
 }  // namespace host

@@ -9,16 +9,6 @@ namespace {
 // Less than this an epoch may come early and still be due.
 constexpr Moment kTolerance = 20;
 
-/// What a record carries. One that carries nothing of the kind, such as the answer to nothing at all, is a
-/// report.
-Kinds KindsOf(const CGPSData& data) {
-  Kinds kinds;
-  if (data.m_bPositionValid) kinds.Add(Kind::fix);
-  if (data.m_bSatellitesComplete && data.m_bSatellitesChanged) kinds.Add(Kind::satellites);
-  if (data.m_Status.m_bStatusUpdated || data.m_bProprietaryValid || kinds.IsEmpty()) kinds.Add(Kind::report);
-  return kinds;
-}
-
 Moment Milliseconds(double seconds) {
   return std::llround(seconds * 1000.0);
 }
@@ -37,24 +27,22 @@ bool Filter::IsDue(const PositionEpoch& epoch) const {
   return epoch.fix && way.Length() >= options_.min_distance;
 }
 
-Kinds Filter::Pass(const CGPSData& data, PositionEpoch* epoch) {
-  if (epoch != nullptr && epoch->time && options_.duration > 0.0) {
-    if (!first_) first_ = epoch->time;
-    over_ = over_ || *epoch->time - *first_ > Milliseconds(options_.duration);
+void Filter::Pass(Record& record) {
+  PositionEpoch& epoch = record.epoch;
+  if (epoch.time && options_.duration > 0.0) {
+    if (!first_) first_ = epoch.time;
+    over_ = over_ || *epoch.time - *first_ > Milliseconds(options_.duration);
   }
-  if (over_) return {};
-  const Kinds kinds = KindsOf(data) & options_.only;
-  if (epoch == nullptr || !kinds.Has(Kind::fix)) return kinds;
-  epoch->starts_segment = epoch->starts_segment || held_start_;
+  record.kinds = over_ ? Kinds() : record.kinds & options_.only;
+  if (!record.HasPosition()) return;
+  epoch.starts_segment = epoch.starts_segment || held_start_;
   held_start_ = false;
-  if (IsDue(*epoch)) {
-    passed_ = *epoch;
-    return kinds;
+  if (IsDue(epoch)) {
+    passed_ = epoch;
+    return;
   }
-  held_start_ = epoch->starts_segment;
-  Kinds rest;  // what is news of its own
-  if (kinds.Has(Kind::report)) rest.Add(Kind::report);
-  return rest;
+  held_start_ = epoch.starts_segment;
+  record.kinds = record.kinds & Kinds(Kind::report);  // what is news of its own
 }
 
 }  // namespace host

@@ -19,11 +19,10 @@ class Filter {
  public:
   explicit Filter(const FilterOptions& options) : options_(options) {}
 
-  /// The kinds of `data` that pass; none for a record that does not. `epoch` is that of its position
-  /// sentence, if it has one; it then begins a segment if one that was held back did.
-  Kinds Pass(const CGPSData& data, PositionEpoch* epoch);
-  bool Passes(Kind kind) const { return Passing().Has(kind); }
-  Kinds Passing() const { return over_ ? Kinds() : options_.only; }
+  /// Leaves the record the kinds that pass, which are none if it does not. Its epoch begins a segment if one
+  /// that was held back did.
+  void Pass(Record& record);
+  bool Passes(Kind kind) const { return !over_ && options_.only.Has(kind); }
   /// The stated time of the receiver is over: nothing passes any more.
   bool IsOver() const { return over_; }
 

@@ -19,7 +19,7 @@ std::unique_ptr<Sink> MakeSink(Format format, std::string& out, const std::strin
     case Format::tui:
       break;
   }
-  return std::make_unique<NoSink>();
+  return std::make_unique<Sink>();
 }
 
 }  // namespace host

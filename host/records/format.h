@@ -4,7 +4,6 @@
 #include <string>
 
 #include "host/records/display.h"
-#include "host/records/geoid.h"
 #include "host/records/sink.h"
 
 namespace host {

@@ -6,7 +6,6 @@
 
 #include "host/records/fixkind.h"
 #include "host/records/gpstime.h"
-#include "host/records/units.h"
 #include "host/sentences/positionerror.h"
 
 namespace host {
@@ -64,8 +63,9 @@ void WriteSatellite(JsonWriter& json, const Satellite& satellite, bool has_used)
   json.EndObject();
 }
 
-void WriteDilution(JsonWriter& json, std::string_view key, const std::optional<double>& value) {
-  if (value && *value > 0.0) json.MemberFixed(key, *value, 2);
+/// What is not known is left out.
+void WriteKnown(JsonWriter& json, std::string_view key, const std::optional<double>& value, int decimals) {
+  if (value) json.MemberFixed(key, *value, decimals);
 }
 
 }  // namespace
@@ -88,38 +88,40 @@ void GpsdSink::End(JsonWriter& json) {
   out_ += '\n';
 }
 
-bool GpsdSink::OnData(const CGPSData& data) {
-  const bool position = data.m_bPositionValid && kinds_.Has(Kind::fix);
-  if (position) WritePosition(data);
-  const bool reports = kinds_.Has(Kind::report) && WriteReports(data);
-  return position || reports;
+bool GpsdSink::OnData(const Record& record) {
+  if (record.HasPosition()) WritePosition(record.epoch);
+  const bool reports = record.kinds.Has(Kind::report) && WriteReports(record.data);
+  return record.HasPosition() || reports;
 }
 
-void GpsdSink::WriteTime(JsonWriter& json, double time_of_day, const CTime& published) {
+void GpsdSink::SetReference(std::optional<Moment> reference) {
+  if (reference != reference_) near_ = reference_ = reference;
+}
+
+void GpsdSink::WriteTime(JsonWriter& json, Moment time) {
   iso_.clear();
-  AppendIso(iso_, DateTimeOfDay(time_of_day, ReferenceFor(published)));
+  AppendIso(iso_, time);
   json.Member("time", std::string_view(iso_));
 }
 
-void GpsdSink::WritePosition(const CGPSData& data) {
+Moment GpsdSink::Date(double time_of_day) const {
+  return DateTimeOfDay(time_of_day, reference_ ? *near_ : Now());
+}
+
+void GpsdSink::WritePosition(const PositionEpoch& epoch) {
   JsonWriter json(out_);
   Begin(json, "TPV");
-  const bool fix = data.m_nSignalType != UDF_SIGNAL_NONE;
-  json.Member("mode", fix ? 3 : 1);
-  if (HasTimeOfDay(data)) WriteTime(json, data.m_dTimeOfDay, data.m_Time);
-  if (fix) {
-    const int status = FixKindOf(data.m_nSignalType).gpsd;
+  json.Member("mode", epoch.fix ? 3 : 1);
+  if (epoch.time) WriteTime(json, *epoch.time);
+  if (epoch.time) near_ = epoch.time;
+  if (epoch.fix) {
+    const int status = FixKindOf(epoch.signal).gpsd;
     if (status != 0) json.Member("status", status);
-    json.MemberFixed("lat", data.m_dLatitude * kDegrees, 9);
-    json.MemberFixed("lon", data.m_dLongitude * kDegrees, 9);
-    json.MemberFixed(height_key_, data.m_dAltitude, 4);
-    if (data.m_bVelocityValid) {
-      // A speed of 0 stands for one too small to have a direction.
-      if (data.m_dSpeed > 0.0) {
-        json.MemberFixed("track", CourseOf(data), 4);
-      }
-      json.MemberFixed("speed", data.m_dSpeed, 3);
-    }
+    json.MemberFixed("lat", epoch.latitude, 9);
+    json.MemberFixed("lon", epoch.longitude, 9);
+    json.MemberFixed(height_key_, *epoch.height, 4);
+    WriteKnown(json, "track", epoch.course, 4);
+    WriteKnown(json, "speed", epoch.speed, 3);
   }
   End(json);
 }
@@ -127,10 +129,10 @@ void GpsdSink::WritePosition(const CGPSData& data) {
 bool GpsdSink::OnSky(const Sky& sky) {
   JsonWriter json(out_);
   Begin(json, "SKY");
-  if (sky.time_of_day) WriteTime(json, *sky.time_of_day, CTime::GetCurrentTime());
-  WriteDilution(json, "hdop", sky.hdop);
-  WriteDilution(json, "pdop", sky.pdop);
-  WriteDilution(json, "vdop", sky.vdop);
+  if (sky.time_of_day) WriteTime(json, Date(*sky.time_of_day));
+  WriteKnown(json, "hdop", sky.hdop, 2);
+  WriteKnown(json, "pdop", sky.pdop, 2);
+  WriteKnown(json, "vdop", sky.vdop, 2);
   if (sky.has_list) json.Member("nSat", sky.in_view);
   if (sky.used) json.Member("uSat", *sky.used);
   if (sky.has_list) {
@@ -150,39 +152,33 @@ bool GpsdSink::OnString(const CString& text) {
   if (!error) return false;
   JsonWriter json(out_);
   Begin(json, "GST");
-  if (error->time_of_day) WriteTime(json, *error->time_of_day, CTime::GetCurrentTime());
+  if (error->time_of_day) WriteTime(json, Date(*error->time_of_day));
   const std::pair<std::string_view, std::optional<double>> members[] = {
       {"rms", error->ranges},         {"major", error->major},  {"minor", error->minor},
       {"orient", error->orientation}, {"lat", error->latitude}, {"lon", error->longitude},
       {"alt", error->height}};
-  for (const auto& [key, value] : members) {
-    if (value) json.MemberFixed(key, *value, 3);
-  }
+  for (const auto& [key, value] : members) WriteKnown(json, key, value, 3);
   End(json);
   return true;
 }
 
 bool GpsdSink::WriteReports(const CGPSData& data) {
-  const auto start = out_.size();
+  const auto news = reports_.NewsIn(data);
+  if (news.empty()) return false;
   JsonWriter json(out_);
   Begin(json, "STATUS");
-  const bool any =
-      reports_.Visit(data, [&](std::string_view key, std::string_view, auto value, std::string_view) {
-        json.Key(key);
-        json.Value(value);
-      });
-  if (any) {
-    End(json);
-  } else {
-    out_.resize(start);
+  for (const Report& report : news) {
+    json.Key(report.key);
+    std::visit([&json](const auto& value) { json.Value(value); }, report.value);
   }
-  return any;
+  End(json);
+  return true;
 }
 
 bool GpsdSink::OnRawData(const CGPSDataRaw& epoch) {
   JsonWriter json(out_);
   Begin(json, "RAW");
-  json.Member("week", ResolveWeek(epoch.m_nGPSWeek, ReferenceFor(epoch.m_Time)));
+  json.Member("week", ResolveWeek(epoch.m_nGPSWeek, reference_.value_or(epoch.m_Time.GetTime() * 1000)));
   json.MemberFixed("tow", epoch.m_dReceiverTime, 3);
   json.MemberFixed("lat", epoch.m_dLatitude, 9);
   json.MemberFixed("lon", epoch.m_dLongitude, 9);
@@ -205,7 +201,7 @@ bool GpsdSink::OnBin(const Block& block) {
   if (block.epoch == nullptr) return false;
   JsonWriter json(out_);
   Begin(json, "RAW");
-  json.Member("week", ResolveWeek(block.epoch->week, ReferenceFor(CTime::GetCurrentTime())));
+  json.Member("week", ResolveWeek(block.epoch->week, reference_.value_or(Now())));
   json.MemberFixed("tow", block.epoch->time_of_week, 3);
   json.Key("rawdata");
   json.BeginArray();
@@ -219,7 +215,7 @@ bool GpsdSink::OnEphemeris(const CGPSDataEphemeris& e) {
   JsonWriter json(out_);
   Begin(json, "EPHEMERIS");
   WriteVehicle(json, SatelliteOf(e.m_nPRN));
-  json.Member("week", ResolveWeek(e.m_nWeek, ReferenceFor(CTime::GetCurrentTime())));
+  json.Member("week", ResolveWeek(e.m_nWeek, reference_.value_or(Now())));
   json.Member("tow", e.m_lTow);
   json.Member("IODC", e.m_lAodc);
   json.Member("IODE", e.m_lAode);

@@ -3,10 +3,10 @@
 #include <optional>
 #include <string>
 
-#include "host/records/geoid.h"
 #include "host/records/jsonwriter.h"
 #include "host/records/reports.h"
 #include "host/records/sink.h"
+#include "host/records/units.h"
 
 namespace host {
 
@@ -18,10 +18,10 @@ class GpsdSink : public Sink {
   /// `device` is what the objects name as their source.
   GpsdSink(std::string& out, const std::string& device, Geoid geoid);
 
-  void SetReference(std::optional<Moment> reference) override { reference_ = reference; }
+  void SetReference(std::optional<Moment> reference) override;
   void SetKinds(Kinds kinds) override { kinds_ = kinds; }
 
-  bool OnData(const CGPSData& data) override;
+  bool OnData(const Record& record) override;
   bool OnRawData(const CGPSDataRaw& epoch) override;
   bool OnEphemeris(const CGPSDataEphemeris& ephemeris) override;
   bool OnBin(const Block& block) override;
@@ -32,16 +32,16 @@ class GpsdSink : public Sink {
  private:
   void Begin(JsonWriter& json, std::string_view name);
   void End(JsonWriter& json);
-  void WriteTime(JsonWriter& json, double time_of_day, const CTime& published);
-  void WritePosition(const CGPSData& data);
+  void WriteTime(JsonWriter& json, Moment time);
+  void WritePosition(const PositionEpoch& epoch);
+  Moment Date(double time_of_day) const;
   bool WriteReports(const CGPSData& data);
-
-  Moment ReferenceFor(const CTime& time) const { return reference_.value_or(time.GetTime() * 1000); }
 
   std::string& out_;
   std::string device_;  // as JSON; empty for none
   const std::string_view height_key_;
   std::optional<Moment> reference_;
+  std::optional<Moment> near_;  // of a recording: the reference, or the last position behind it
   Kinds kinds_ = Kinds::All();
   ReportReader reports_;
   std::string iso_;  // the time at hand, kept for its memory

@@ -27,6 +27,7 @@ HostWindow::~HostWindow() {
 }
 
 void HostWindow::SetReference(std::optional<Moment> reference) {
+  epochs_.SetReference(reference);
   for (Sink* sink : sinks_) sink->SetReference(reference);
 }
 
@@ -57,42 +58,39 @@ void HostWindow::Drain() {
 
 LRESULT HostWindow::WindowProc(UINT message, WPARAM wParam, LPARAM lParam) {
   switch (message) {
-    case WM_GPS_NEW_DATA: {
-      const auto data = Take<CGPSData>(wParam);
-      ++published_.data;
-      published_.unread += data->m_bProprietaryValid ? 1 : 0;
-      owes_text_ = !IsFull();
-      if (!IsFull()) Show(&Sink::OnData, *data);
-      if (WantsSky()) ShowSky(skies_.OnData(*data));
+    case WM_GPS_NEW_DATA:
+      OnData(*Take<CGPSData>(wParam));
       return 0;
-    }
-    case WM_GPS_NEW_RAW_DATA: {
-      const auto epoch = Take<CGPSDataRaw>(wParam);
-      ++published_.raw_data;
-      if (!IsFull()) Show(&Sink::OnRawData, *epoch);
+    case WM_GPS_NEW_RAW_DATA:
+      Publish(published_.raw_data, &Sink::OnRawData, *Take<CGPSDataRaw>(wParam));
       return 0;
-    }
-    case WM_GPS_NEW_EPHEMERIS: {
-      const auto ephemeris = Take<CGPSDataEphemeris>(wParam);
-      ++published_.ephemeris;
-      if (!IsFull()) Show(&Sink::OnEphemeris, *ephemeris);
+    case WM_GPS_NEW_EPHEMERIS:
+      Publish(published_.ephemeris, &Sink::OnEphemeris, *Take<CGPSDataEphemeris>(wParam));
       return 0;
-    }
     case WM_GPS_NEW_BIN:
       ++published_.bin;
       if (!IsFull()) ShowBlock();
       return 0;
-    case WM_GPS_NEW_STRING: {
-      const auto text = Take<CString>(wParam);
-      std::string bytes;
-      if (WantsSky() && text->ToBytes(bytes)) ShowSky(skies_.OnText(bytes));
-      // That of the last record that was shown is told too.
-      if (std::exchange(owes_text_, false) || !IsFull()) Show(&Sink::OnString, *text);
+    case WM_GPS_NEW_STRING:
+      OnString(*Take<CString>(wParam));
       return 0;
-    }
     default:
       return CWnd::WindowProc(message, wParam, lParam);
   }
+}
+
+void HostWindow::OnData(const CGPSData& data) {
+  published_.unread += data.m_bProprietaryValid ? 1 : 0;
+  owes_text_ = !IsFull();
+  Publish(published_.data, &Sink::OnData, epochs_.Read(data));
+  if (WantsSky()) ShowSky(skies_.OnData(data));
+}
+
+void HostWindow::OnString(const CString& text) {
+  std::string bytes;
+  if (WantsSky() && text.ToBytes(bytes)) ShowSky(skies_.OnText(bytes));
+  // That of the last record that was shown is told too.
+  if (std::exchange(owes_text_, false) || !IsFull()) Show(&Sink::OnString, text);
 }
 
 }  // namespace host

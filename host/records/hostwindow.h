@@ -22,7 +22,8 @@ struct Published {
   long long All() const { return data + raw_data + ephemeris + bin; }
 };
 
-/// The host's main window: hands what the library posts to the sinks, until enough was shown.
+/// The host's main window: reads what the library posts once, and hands it to the sinks until enough was
+/// shown.
 class HostWindow : public CWnd {
  public:
   /// `limit` is how many records to show at most, 0 for no limit.
@@ -49,17 +50,25 @@ class HostWindow : public CWnd {
 
  private:
   /// What several sinks show counts once.
-  template <class... Parameters, class... Record>
-  void Show(bool (Sink::*on)(Parameters...), const Record&... record) {
+  template <class... Parameters, class... Records>
+  void Show(bool (Sink::*on)(Parameters...), const Records&... record) {
     bool shown = false;
     for (Sink* sink : sinks_) shown |= (sink->*on)(record...);
     shown_ += shown ? 1 : 0;
   }
 
+  template <class... Parameters, class... Records>
+  void Publish(long long& count, bool (Sink::*on)(Parameters...), const Records&... record) {
+    ++count;
+    if (!IsFull()) Show(on, record...);
+  }
+  void OnData(const CGPSData& data);
+  void OnString(const CString& text);
   void ShowSky(const Sky* sky);
   void ShowBlock();
 
   std::vector<Sink*> sinks_;
+  EpochReader epochs_;
   SkySource skies_;
   const CGPSReceiver* receiver_ = nullptr;
   BlockReader blocks_;

@@ -16,7 +16,7 @@ enum class Kind : unsigned {
 class Kinds {
  public:
   constexpr Kinds() = default;
-  constexpr explicit Kinds(unsigned bits) : bits_(bits) {}
+  constexpr explicit Kinds(Kind kind) : Kinds(static_cast<unsigned>(kind)) {}
   static constexpr Kinds All() { return Kinds(63); }
 
   constexpr bool Has(Kind kind) const { return (bits_ & static_cast<unsigned>(kind)) != 0; }
@@ -26,6 +26,8 @@ class Kinds {
   constexpr bool operator==(const Kinds&) const = default;
 
  private:
+  constexpr explicit Kinds(unsigned bits) : bits_(bits) {}
+
   unsigned bits_ = 0;
 };
 

@@ -10,13 +10,13 @@ constexpr std::chrono::seconds kSilence{2};
 
 }  // namespace
 
-void LastPosition::Note(const CGPSData& data) {
-  if (!data.m_bPositionValid) return;
+void LastPosition::Note(const Record& record) {
+  if (!record.HasPosition()) return;
   const auto now = now_();
-  has_news_ = has_news_ || !position_at_ || now - *position_at_ > kSilence || signal_ != data.m_nSignalType;
-  signal_ = data.m_nSignalType;
+  has_news_ = has_news_ || !position_at_ || now - *position_at_ > kSilence || signal_ != record.epoch.signal;
+  signal_ = record.epoch.signal;
   position_at_ = now;
-  if (signal_ != UDF_SIGNAL_NONE) fix_at_ = position_at_;
+  if (record.epoch.fix) fix_at_ = position_at_;
 }
 
 void LastPosition::Write(JsonWriter& json) const {

@@ -6,7 +6,7 @@
 #include <string_view>
 #include <utility>
 
-#include "gpsengine/records/gpsdata.h"
+#include "host/records/epoch.h"
 #include "host/records/jsonwriter.h"
 
 namespace host {
@@ -19,7 +19,7 @@ class LastPosition {
 
   explicit LastPosition(std::function<Clock::time_point()> now = &Clock::now) : now_(std::move(now)) {}
 
-  void Note(const CGPSData& data);
+  void Note(const Record& record);
   /// Whether another kind of fix came, or any behind a silence, since the last call.
   bool TakeNews() { return std::exchange(has_news_, false); }
   /// Adds the kind of fix and the ages to an object that is being written, as far as there are any.

@@ -267,8 +267,8 @@ void WriteMessage(std::string& out, std::string_view message, const Record& reco
 
 }  // namespace
 
-bool RecordSink::OnData(const CGPSData& data) {
-  WriteMessage(out_, "WM_GPS_NEW_DATA", data);
+bool RecordSink::OnData(const host::Record& record) {
+  WriteMessage(out_, "WM_GPS_NEW_DATA", record.data);
   return true;
 }
 

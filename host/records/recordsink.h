@@ -12,7 +12,7 @@ class RecordSink : public Sink {
  public:
   explicit RecordSink(std::string& out) : out_(out) {}
 
-  bool OnData(const CGPSData& data) override;
+  bool OnData(const Record& record) override;
   bool OnRawData(const CGPSDataRaw& epoch) override;
   bool OnEphemeris(const CGPSDataEphemeris& ephemeris) override;
   bool OnBin(const Block& block) override;

@@ -4,7 +4,7 @@
 #include <cmath>
 #include <utility>
 
-#include "host/records/reports.h"
+#include "host/records/epoch.h"
 #include "host/records/units.h"
 
 namespace host {

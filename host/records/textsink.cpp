@@ -7,46 +7,11 @@
 
 #include "host/records/fixkind.h"
 #include "host/records/jsonwriter.h"
-#include "host/records/units.h"
+#include "host/run/words.h"
 
 namespace host {
 
 namespace {
-
-void AppendPadded(std::string& out, double value, int decimals, std::size_t width) {
-  std::string digits;
-  if (std::isfinite(value)) {
-    AppendFixed(digits, value, decimals);
-  } else {
-    digits = "-";
-  }
-  if (digits.size() < width) out.append(width - digits.size(), ' ');
-  out += digits;
-}
-
-void AppendTwo(std::string& out, int value) {
-  out += static_cast<char>('0' + value / 10 % 10);
-  out += static_cast<char>('0' + value % 10);
-}
-
-void AppendTimeOfDay(std::string& out, double seconds) {
-  const auto hundredths = static_cast<int>(std::lround(seconds * 100.0));
-  AppendTwo(out, hundredths / 360'000);
-  out += ':';
-  AppendTwo(out, hundredths / 6000 % 60);
-  out += ':';
-  AppendTwo(out, hundredths / 100 % 60);
-  out += '.';
-  AppendTwo(out, hundredths % 100);
-}
-
-/// `spare`: so many columns of those for a longitude are not needed.
-void AppendAngle(std::string& out, double radians, AngleFormat format, std::size_t spare, char positive,
-                 char negative) {
-  std::string text = PlainAngleText(radians, format, positive, negative);
-  if (!std::isfinite(radians)) text.replace(0, text.size() - 1, std::string(text.size() - 2, ' ') + '-');
-  out += text.starts_with(' ') ? text.substr(spare) : text;
-}
 
 template <class T>
 void AppendValue(std::string& out, T value) {
@@ -62,12 +27,16 @@ void AppendValue(std::string& out, T value) {
   }
 }
 
+void AppendMetres(std::string& out, const std::optional<double>& metres, std::size_t width) {
+  metres ? AppendPadded(out, *metres, 2, width) : void(out.append(width - 1, ' ') += '-');
+}
+
 }  // namespace
 
-bool TextSink::OnData(const CGPSData& data) {
-  const bool fix = shows_ == Shows::fixes && data.m_bPositionValid && kinds_.Has(Kind::fix);
-  if (fix) WriteFix(data);
-  told_ = kinds_.Has(Kind::report) && WriteReports(data);
+bool TextSink::OnData(const Record& record) {
+  const bool fix = shows_ == Shows::fixes && record.HasPosition();
+  if (fix) WriteFix(record.epoch);
+  told_ = record.kinds.Has(Kind::report) && WriteReports(record.data);
   return told_ || fix;
 }
 
@@ -85,50 +54,49 @@ bool TextSink::OnString(const CString& text) {
   return true;
 }
 
-void TextSink::WritePlace(const CGPSData& data) {
+void TextSink::WritePlace(const PositionEpoch& fix) {
   out_ += "  ";
-  AppendAngle(out_, data.m_dLatitude, display_.Angles(), 1, 'N', 'S');
+  const std::string latitude = PlainAngle(fix.latitude, display_.Angles(), 'N', 'S');
+  out_.append(latitude, latitude.starts_with(' ') ? 1 : 0);  // a column less than for a longitude
   out_ += "  ";
-  AppendAngle(out_, data.m_dLongitude, display_.Angles(), 0, 'E', 'W');
+  out_ += PlainAngle(fix.longitude, display_.Angles(), 'E', 'W');
   if (!display_.projection) return;
-  const auto place = display_.projection->Of(data.m_dLatitude * kDegrees, data.m_dLongitude * kDegrees);
-  AppendPadded(out_, place ? place->easting : NAN, 2, 13);
+  const auto place = display_.projection->Of(fix.latitude, fix.longitude);
+  AppendMetres(out_, place ? std::optional(place->easting) : std::nullopt, 13);
   out_ += " E";
-  AppendPadded(out_, place ? place->northing : NAN, 2, 12);
+  AppendMetres(out_, place ? std::optional(place->northing) : std::nullopt, 12);
   out_ += " N";
 }
 
-void TextSink::WriteFix(const CGPSData& data) {
+void TextSink::WriteFix(const PositionEpoch& epoch) {
   const UnitSystem& units = display_.System();
-  if (HasTimeOfDay(data)) {
-    AppendTimeOfDay(out_, data.m_dTimeOfDay);
+  if (epoch.time_of_day) {
+    AppendTimeOfDay(out_, *epoch.time_of_day);
   } else {
     out_ += "--:--:--.--";
   }
-  const auto signal = FixKindOf(data.m_nSignalType).name;
   out_ += "  ";
-  out_ += signal;
-  out_.append(signal.size() < 9 ? 9 - signal.size() : 0, ' ');
-  if (data.m_nSignalType != UDF_SIGNAL_NONE) {
-    WritePlace(data);
-    AppendPadded(out_, data.m_dAltitude * units.length.per_metre, 1, 9);
+  out_ += Padded(FixKindOf(epoch.signal).name, 9);
+  if (epoch.fix) {
+    WritePlace(epoch);
+    AppendPadded(out_, *epoch.height * units.length.per_metre, 1, 9);
     (out_ += ' ') += units.length.name;
   }
-  AppendPadded(out_, data.m_nSatellitesUsed, 0, 5);
+  AppendPadded(out_, epoch.used, 0, 5);
   out_ += '/';
-  out_ += std::to_string(data.m_nSatellitesInView);
+  out_ += std::to_string(epoch.in_view);
   out_ += " satellites";
-  if (data.m_bDOPValid && data.m_dHDOP > 0.0) {
+  if (epoch.hdop) {
     out_ += "  HDOP ";
-    AppendPadded(out_, data.m_dHDOP, 1, 0);
+    AppendFixed(out_, *epoch.hdop, 1);
   }
-  if (data.m_nSignalType != UDF_SIGNAL_NONE && data.m_bVelocityValid) {
-    AppendPadded(out_, data.m_dSpeed * units.speed.per_metre, 1, 7);
+  if (epoch.speed) {
+    AppendPadded(out_, *epoch.speed * units.speed.per_metre, 1, 7);
     (out_ += ' ') += units.speed.name;
-    if (data.m_dSpeed > 0.0) {
-      AppendPadded(out_, CourseOf(data), 0, 5);
-      out_ += " deg";
-    }
+  }
+  if (epoch.course) {
+    AppendPadded(out_, *epoch.course, 0, 5);
+    out_ += " deg";
   }
   out_ += '\n';
 }
@@ -136,31 +104,20 @@ void TextSink::WriteFix(const CGPSData& data) {
 bool TextSink::WriteReports(const CGPSData& data) {
   // A receiver that has sentences of its own sends them with every fix: too many beside those.
   if (shows_ == Shows::fixes && !data.m_Status.m_bStatusUpdated) return false;
-  const auto start = out_.size();
-  out_ += "report: ";
-  const auto first = out_.size();
-  const bool any =
-      reports_.Visit(data, [&](std::string_view, std::string_view label, auto value, std::string_view unit) {
-        if (out_.size() > first) out_ += ", ";
-        out_ += label;
-        out_ += ' ';
-        AppendValue(out_, value);
-        if (!unit.empty()) {
-          out_ += ' ';
-          out_ += unit;
-        }
-      });
-  if (any) {
-    out_ += '\n';
-  } else {
-    out_.resize(start);
+  const auto news = reports_.NewsIn(data);
+  for (const Report& report : news) {
+    (out_ += &report == &news.front() ? "report: " : ", ") += report.label;
+    out_ += ' ';
+    std::visit([this](const auto& value) { AppendValue(out_, value); }, report.value);
+    if (!report.unit.empty()) (out_ += ' ') += report.unit;
   }
-  return any;
+  if (!news.empty()) out_ += '\n';
+  return !news.empty();
 }
 
 bool TextSink::OnRawData(const CGPSDataRaw& epoch) {
   out_ += "raw epoch: week " + std::to_string(epoch.m_nGPSWeek) + ' ';
-  AppendPadded(out_, epoch.m_dReceiverTime, 3, 0);
+  JsonWriter(out_).Fixed(epoch.m_dReceiverTime, 3);
   out_ += " s, " + std::to_string(epoch.GetNumSV()) + " satellites:";
   for (int i = 0; i < epoch.GetNumSV(); ++i) {
     CGPSSatelliteDataRaw satellite;

@@ -20,23 +20,20 @@ class TextSink : public Sink {
   explicit TextSink(std::string& out, Shows shows = Shows::fixes, Display display = {})
       : out_(out), shows_(shows), display_(std::move(display)) {}
 
-  void SetKinds(Kinds kinds) override { kinds_ = kinds; }
-  bool OnData(const CGPSData& data) override;
+  bool OnData(const Record& record) override;
   bool OnRawData(const CGPSDataRaw& epoch) override;
   bool OnEphemeris(const CGPSDataEphemeris& ephemeris) override;
-  bool OnBin(const Block&) override { return false; }
   /// With reports alone: an answer that gave no record, such as one that is decoded by no one.
   bool OnString(const CString& text) override;
 
  private:
-  void WriteFix(const CGPSData& data);
-  void WritePlace(const CGPSData& data);
+  void WriteFix(const PositionEpoch& epoch);
+  void WritePlace(const PositionEpoch& fix);
   bool WriteReports(const CGPSData& data);
 
   std::string& out_;
   const Shows shows_;
   const Display display_;
-  Kinds kinds_ = Kinds::All();
   ReportReader reports_;
   bool told_ = false;  // the record of the message at hand was shown
 };

@@ -1,24 +1,34 @@
 #pragma once
 
-#include <cmath>
 #include <numbers>
-#include <optional>
-
-#include "gpsengine/records/gpsdata.h"
+#include <string_view>
 
 namespace host {
 
 /// In a radian.
 constexpr double kDegrees = 180.0 / std::numbers::pi;
 
-/// A dilution of precision, unless the receiver has put something else where it knows none.
-inline std::optional<double> KnownDilution(double dilution) {
-  return dilution > 0.0 && dilution < 1e4 ? std::optional(dilution) : std::nullopt;
-}
+/// The units in which people read lengths and speeds.
+enum class Units { metric, imperial, nautical };
 
-/// The course over ground in degrees from north, clockwise. The record counts from east, anticlockwise.
-inline double CourseOf(const CGPSData& data) {
-  return std::fmod(450.0 - data.m_dHeading * kDegrees, 360.0);
-}
+struct Unit {
+  std::string_view name;
+  double per_metre;  ///< So many of it are a metre, or a metre a second.
+};
+
+constexpr Unit kKnots{"kn", 3600.0 / 1852.0};
+
+/// The units that go together.
+struct UnitSystem {
+  Unit length, distance;  ///< For what is seen from close by, and for ways.
+  double far;             ///< From so many of it on a way is told in the unit of distances.
+  Unit speed;
+  Unit both_speeds[2];  ///< Where there is room for two.
+};
+const UnitSystem& SystemOf(Units units);
+
+/// What to do with the geoid separation of a position sentence, in the numbers that
+/// CGPSReceiver::SetupReceiver takes.
+enum class Geoid : int { none = 0, add = 1, subtract = 2 };
 
 }  // namespace host

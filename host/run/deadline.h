@@ -2,6 +2,7 @@
 
 #include <poll.h>
 
+#include <algorithm>
 #include <chrono>
 #include <optional>
 #include <vector>
@@ -29,9 +30,16 @@ class Deadline {
 };
 
 /// For poll: the time until that moment, -1 for one that never comes.
-int MillisecondsUntil(Deadline::Moment moment);
+inline int MillisecondsUntil(Deadline::Moment moment) {
+  if (moment == Deadline::kNever) return -1;
+  const auto rest = std::chrono::ceil<std::chrono::milliseconds>(moment - Deadline::Clock::now()).count();
+  return static_cast<int>(std::clamp<long long>(rest, 0, 1 << 30));
+}
 
 /// Waits until one of them is ready, or that moment. What was found stands in them.
-void WaitFor(std::vector<pollfd>& waits, Deadline::Moment until);
+inline void WaitFor(std::vector<pollfd>& waits, Deadline::Moment until) {
+  if (poll(waits.data(), waits.size(), MillisecondsUntil(until)) > 0) return;
+  for (auto& wait : waits) wait.revents = 0;
+}
 
 }  // namespace host

@@ -2,6 +2,8 @@
 
 #include <unistd.h>
 
+#include <cerrno>
+#include <string_view>
 #include <utility>
 
 namespace host {
@@ -26,5 +28,15 @@ class UniqueDescriptor {
  private:
   int descriptor_ = -1;
 };
+
+/// Writes all of it. False, with the reason in errno, if that does not work.
+inline bool WriteWhole(int descriptor, std::string_view bytes) {
+  while (!bytes.empty()) {
+    const ssize_t written = write(descriptor, bytes.data(), bytes.size());
+    if (written < 0 && errno != EINTR) return false;
+    if (written > 0) bytes.remove_prefix(static_cast<std::size_t>(written));
+  }
+  return true;
+}
 
 }  // namespace host

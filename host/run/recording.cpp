@@ -133,7 +133,7 @@ std::string NameOfUnpacked(const std::string& path) {
   const int copy = memfd_create("recording", MFD_CLOEXEC);
   Recording recording(path);
   for (std::string_view piece; !(piece = recording.Next(kPiece)).empty();) {
-    if (write(copy, piece.data(), piece.size()) != static_cast<ssize_t>(piece.size()))
+    if (!WriteWhole(copy, piece))
       throw Failure(ExitCode::failed, "cannot unpack " + path + ": " + std::strerror(errno));
   }
   return "/proc/self/fd/" + std::to_string(copy);

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <cctype>
+#include <cstdarg>
+#include <cstdio>
 #include <numeric>
 
 namespace host {
@@ -36,6 +38,23 @@ std::string Join(const std::vector<std::string>& words, std::string_view separat
     text += word;
   }
   return text;
+}
+
+std::string Print(const char* format, ...) {
+  va_list values, again;
+  va_start(values, format);
+  va_copy(again, values);
+  std::string text(static_cast<std::size_t>(std::vsnprintf(nullptr, 0, format, values)), '\0');
+  std::vsnprintf(text.data(), text.size() + 1, format, again);
+  va_end(again);
+  va_end(values);
+  return text;
+}
+
+std::string Padded(std::string_view text, std::size_t width) {
+  std::string padded(text);
+  if (padded.size() < width) padded.append(width - padded.size(), ' ');
+  return padded;
 }
 
 bool IsSameName(std::string_view one, std::string_view other) {

@@ -13,6 +13,12 @@ namespace host {
 /// "GGA, RMC".
 std::string Join(const std::vector<std::string>& words, std::string_view separator = ", ");
 
+/// As printf does it.
+[[gnu::format(printf, 1, 2)]] std::string Print(const char* format, ...);
+
+/// A text with blanks behind it, up to a width in bytes.
+std::string Padded(std::string_view text, std::size_t width);
+
 /// The number that a word is, all of it; decimal, and none for a number that does not fit.
 template <class T>
 std::optional<T> ReadNumber(std::string_view word) {

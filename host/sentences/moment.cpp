@@ -23,6 +23,17 @@ Moment DateTimeOfDay(double seconds_of_day, Moment near) {
   return days.count() * kDay + time;
 }
 
+Moment Now() {
+  const auto now = std::chrono::system_clock::now().time_since_epoch();
+  return std::chrono::duration_cast<std::chrono::milliseconds>(now).count();
+}
+
+std::string IsoText(Moment moment) {
+  std::string text;
+  AppendIso(text, moment);
+  return text;
+}
+
 void AppendIso(std::string& out, Moment moment) {
   const auto time = std::chrono::sys_time<std::chrono::milliseconds>(std::chrono::milliseconds(moment));
   const auto day = std::chrono::floor<std::chrono::days>(time);

@@ -255,11 +255,8 @@ std::string GpsdServer::AnswerVersion(GpsdClient&, Argument) {
 }
 
 std::string GpsdServer::AnswerPoll(GpsdClient& client, Argument) {
-  std::string time;
-  const auto now = std::chrono::system_clock::now().time_since_epoch();
-  AppendIso(time, std::chrono::duration_cast<std::chrono::milliseconds>(now).count());
   return Object("POLL", [&](JsonWriter& json) {
-    json.Member("time", std::string_view(time));
+    json.Member("time", std::string_view(IsoText(Now())));
     json.Member("active", device_.activated.empty() ? 0 : 1);
     json.Member("dropped", client.Dropped());
     WriteList(json, "tpv", position_);

@@ -30,8 +30,8 @@ void FixAge::Await(double age) {
   due_.Set(half_);
 }
 
-bool FixAge::OnData(const CGPSData& data) {
-  if (data.m_bPositionValid && data.m_nSignalType != UDF_SIGNAL_NONE) {
+bool FixAge::OnData(const Record& record) {
+  if (record.HasFix()) {
     const double age = Age();
     if (std::exchange(told_, false)) {
       out_ += (had_fix_ ? "a fix again after " : "a first fix after ") + Rounded(age) + '\n';

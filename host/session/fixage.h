@@ -11,7 +11,7 @@ namespace host {
 /// line once there was none for some seconds, and another when there is one again. The lines count as no
 /// records. A receiver that has a fix every half minute is given time accordingly. It takes the records ahead
 /// of whoever shows them.
-class FixAge : public NoSink, public Outlet {
+class FixAge : public Sink, public Outlet {
  public:
   /// The age at which a fix is old, in seconds.
   static constexpr double kOld = 5.0;
@@ -20,7 +20,7 @@ class FixAge : public NoSink, public Outlet {
   FixAge(std::string& out, std::function<long long()> messages, double old = kOld);
 
   Sink* Records() override { return this; }
-  bool OnData(const CGPSData& data) override;
+  bool OnData(const Record& record) override;
   /// Says that the fix is old, if it has become so.
   void Step() override;
   Deadline::Moment NextAt() const override { return due_.Earlier(Deadline::kNever); }

@@ -8,7 +8,7 @@
 namespace host {
 
 /// A recording that the engine plays by itself, a line every half second, over and over.
-class PlaybackFeed : public Feed, private NoSink {
+class PlaybackFeed : public Feed, private Sink {
  public:
   /// `tells_bytes`: its sentences are wanted as bytes.
   explicit PlaybackFeed(const std::string& file, bool tells_bytes = false)

@@ -8,12 +8,14 @@
 #include "host/line/ports.h"
 #include "host/records/tally.h"
 #include "host/run/port.h"
+#include "host/run/words.h"
 
 namespace host {
 
-Session::Session(const RunOptions& options, const Interrupt& interrupt)
+Session::Session(const RunOptions& options, const Interrupt& interrupt, Output& output)
     : options_(options),
       interrupt_(interrupt),
+      output_(output),
       receiver_(*engine_.FindReceiver(FindModel(options.model).GetName())),
       window_(options.count) {
   options_.model = receiver_.GetName().ToUtf8();
@@ -125,27 +127,35 @@ Deadline::Moment Session::NextAt() const {
 }
 
 void Session::Wait() {
-  std::vector<pollfd> waits = {{GetQueueDescriptor(), POLLIN, 0},
-                               {interrupt_.Descriptor(), POLLIN, 0},
-                               {feed_->Descriptor(), POLLIN, 0}};
+  std::vector<pollfd> waits = {
+      {GetQueueDescriptor(), POLLIN, 0},
+      {interrupt_.Descriptor(), POLLIN, 0},
+      {feed_->Descriptor(), POLLIN, 0},
+      {output_.Descriptor(), 0, 0}};  // that its reader has gone is told all the same
   std::vector<std::size_t> firsts;
   for (Outlet* outlet : outlets_) {
     firsts.push_back(waits.size());
     outlet->AddWaits(waits);
   }
   WaitFor(waits, NextAt());
+  is_read_ = is_read_ && (waits[3].revents & (POLLERR | POLLHUP)) == 0;
   for (std::size_t i = 0; i < outlets_.size(); ++i) outlets_[i]->Handle(waits, firsts[i]);
 }
 
 void Session::Step() {
   feed_->Step(engine_);
   PassOn();
+  StepOutlets();
+}
+
+void Session::StepOutlets() {
   for (Outlet* outlet : outlets_) outlet->Step();
+  is_read_ &= output_.Flush();
 }
 
 bool Session::IsDone() const {
   const auto is_done = [](const Outlet* outlet) { return outlet->IsDone(); };
-  return window_.IsFull() || std::any_of(outlets_.begin(), outlets_.end(), is_done);
+  return !is_read_ || window_.IsFull() || std::any_of(outlets_.begin(), outlets_.end(), is_done);
 }
 
 std::optional<ExitCode> Session::Ending() {
@@ -167,8 +177,10 @@ ExitCode Session::Finish(ExitCode ending) {
   engine_.Stop();
   PassOn();
   window_.EndSky();
+  output_.Flush();
   bool finished = true;
   for (auto outlet = outlets_.rbegin(); outlet != outlets_.rend(); ++outlet) finished &= (*outlet)->Finish();
+  output_.Flush();
   NoteUnderstood();  // the outlets may have decoded the last of it
   return finished || ending != ExitCode::done ? ending : ExitCode::failed;
 }
@@ -183,7 +195,7 @@ void Session::NoteUnderstood() {
   understood_ = true;
   silence_.Clear();
   if (feed_->GetKind() == Feed::Kind::device) {
-    rules_.remembers ? Remember(feed_->Name(), receiver_) : KeepRate(receiver_);
+    rules_.follows ? Remember(feed_->Name(), receiver_) : KeepRate(receiver_);
   }
   Tell(RunEvent::understood);
 }
@@ -198,7 +210,7 @@ void Session::WaitForPort() {
   engine_.Stop();  // what the reader has in hand still reaches the outlets
   PassOn();
   window_.EndSky();
-  for (Outlet* outlet : outlets_) outlet->Step();
+  StepOutlets();
   if (IsDone()) return;
   if (!reconnect_) throw PortLost();
   silence_.Clear();
@@ -262,13 +274,11 @@ Failure Session::PortLost() const {
                  "the port " + feed_->Name() +
                      " was lost: it was unplugged, or the other side hung up. Plug it in "
                      "again and start once more" +
-                     (rules_.could_reconnect && !reconnect_ ? ", or let --reconnect wait for it" : ""));
+                     (rules_.follows && !reconnect_ ? ", or let --reconnect wait for it" : ""));
 }
 
 std::string Seconds(double seconds) {
-  CString text;
-  text.Format("%g s", seconds);
-  return text.ToUtf8();
+  return Print("%g s", seconds);
 }
 
 }  // namespace host

@@ -9,10 +9,11 @@
 
 #include "gpsengine/engine/gpsengine.h"
 #include "host/line/portsearch.h"
-#include "host/records/geoid.h"
 #include "host/records/hostwindow.h"
+#include "host/records/units.h"
 #include "host/run/boxes.h"
 #include "host/run/failure.h"
+#include "host/run/output.h"
 #include "host/run/pacing.h"
 #include "host/session/feed.h"
 #include "host/session/outlet.h"
@@ -38,8 +39,9 @@ struct RunRules {
   /// The run is about what the receiver sends, and fails if that is nothing; without it, that is worth a
   /// word. A run of a stated length goes on to its end when its line is lost.
   bool is_strict = false;
-  bool could_reconnect = false;    ///< The command has the option, and tells of it.
-  bool remembers = false;          ///< Port and model, once something was understood, as the rate always is.
+  /// The run follows a receiver: a lost port may be waited for, and port and model are remembered once
+  /// something was understood, as the rate always is.
+  bool follows = false;
   std::optional<bool> attach_raw;  ///< Decode raw data; without it, where the model has them.
   std::string label;   ///< What the start is called, for showing its progress; empty: it is not shown.
   long long time = 0;  ///< How long the start takes, in milliseconds.
@@ -47,11 +49,12 @@ struct RunRules {
 };
 
 /// A run: an engine, its receiver and where their bytes come from; the loop, and how it ends. What comes out
-/// is the outlets'.
+/// is the outlets'; their lines on the output are sent on their way whenever there is nothing else to do, and
+/// the run ends once nobody reads them any more.
 class Session {
  public:
   /// Selects the model. Throws a Failure if there is none of that name.
-  Session(const RunOptions& options, const Interrupt& interrupt);
+  Session(const RunOptions& options, const Interrupt& interrupt, Output& output);
   ~Session() { boxes_.Release(); }
   Session(const Session&) = delete;
   Session& operator=(const Session&) = delete;
@@ -90,6 +93,7 @@ class Session {
   void Wait();
   Deadline::Moment NextAt() const;
   void Step();
+  void StepOutlets();
   std::optional<ExitCode> Ending();
   ExitCode Finish(ExitCode ending);
   void NoteUnderstood();
@@ -105,6 +109,7 @@ class Session {
 
   RunOptions options_;
   const Interrupt& interrupt_;
+  Output& output_;
   RunRules rules_;
   std::vector<Outlet*> outlets_;
   // What the reader thread meets outlives the engine.
@@ -114,7 +119,7 @@ class Session {
   CGPSReceiver& receiver_;
   HostWindow window_;
   std::optional<Reconnect> reconnect_;
-  bool heard_ = false, understood_ = false;
+  bool heard_ = false, understood_ = false, is_read_ = true;
   long long understood_before_ = 0;  // ahead of the line's last opening
   Deadline end_, silence_;
 };

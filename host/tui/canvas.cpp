@@ -1,8 +1,6 @@
 #include "host/tui/canvas.h"
 
 #include <algorithm>
-#include <cstdarg>
-#include <cstdio>
 #include <iterator>
 
 namespace host {
@@ -122,15 +120,6 @@ std::string Plain(std::string_view text) {
   std::replace_if(
       plain.begin(), plain.end(), [](char c) { return c < ' ' || c > '~'; }, '?');
   return plain;
-}
-
-std::string Print(const char* format, ...) {
-  char text[256];
-  va_list values;
-  va_start(values, format);
-  std::vsnprintf(text, sizeof text, format, values);
-  va_end(values);
-  return text;
 }
 
 }  // namespace host

@@ -4,6 +4,8 @@
 #include <string_view>
 #include <vector>
 
+#include "host/run/words.h"
+
 namespace host {
 
 /// What a cell means; the terminal decides how it looks.
@@ -79,7 +81,5 @@ class Pane {
 int Width(std::string_view text);
 /// A text from outside with only what every terminal shows as it is.
 std::string Plain(std::string_view text);
-/// As printf does it. For a line, not for long texts.
-[[gnu::format(printf, 1, 2)]] std::string Print(const char* format, ...);
 
 }  // namespace host

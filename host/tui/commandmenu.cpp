@@ -1,7 +1,7 @@
 #include "host/tui/commandmenu.h"
 
 #include <algorithm>
-#include <sstream>
+#include <initializer_list>
 #include <string_view>
 
 #include "host/run/failure.h"
@@ -22,21 +22,12 @@ bool FitsARun(const Operation& operation) {
   return operation.kind != Operation::Kind::starts && std::string_view(operation.name) != "suspend";
 }
 
-Arguments ReadArguments(const Operation& operation, const std::string& input) {
-  Arguments arguments;
-  if (std::string_view(operation.arguments) == "TEXT") {
-    if (!input.empty()) arguments.words.push_back(input);
-    return arguments;
-  }
-  std::istringstream words(input);
-  for (std::string word; words >> word;) {
-    if (word == "--wait") {
-      arguments.wait = true;
-    } else {
-      arguments.words.push_back(word);
-    }
-  }
-  return arguments;
+/// What the user has written behind the operation. A text is one argument, blanks and all.
+Arguments ArgumentsOf(const Operation& operation, const std::string& input) {
+  if (std::string_view(operation.arguments) != "TEXT") return ReadArguments(input);
+  Arguments text;
+  if (!input.empty()) text.words.push_back(input);
+  return text;
 }
 
 }  // namespace
@@ -56,44 +47,27 @@ std::optional<CommandMenu::Order> CommandMenu::OnKey(int key) {
 }
 
 std::optional<CommandMenu::Order> CommandMenu::OnListKey(int key) {
-  const std::size_t last = entries_.size() - 1;
-  switch (key) {
-    case key::kUp:
-    case 'k':
-      selected_ -= selected_ > 0 ? 1 : 0;
-      break;
-    case key::kDown:
-    case 'j':
-      selected_ = std::min(selected_ + 1, last);
-      break;
-    case key::kPageUp:
-      selected_ -= std::min<std::size_t>(selected_, kPage);
-      break;
-    case key::kPageDown:
-      selected_ = std::min(selected_ + kPage, last);
-      break;
-    case key::kHome:
-      selected_ = 0;
-      break;
-    case key::kEnd:
-      selected_ = last;
-      break;
-    case key::kEnter:
-      input_.clear();
-      error_.clear();
-      // What only asks does no harm.
-      if (Selected().kind == Operation::Kind::asks) return Complete();
-      state_ = State::prompt;
-      break;
-    case key::kEscape:
-    case 'c':
-    case 'q':
-      state_ = State::closed;
-      break;
-    default:
-      break;
-  }
+  const auto is = [key](std::initializer_list<int> keys) {
+    return std::ranges::find(keys, key) != keys.end();
+  };
+  if (is({key::kEscape, 'c', 'q'})) state_ = State::closed;
+  if (is({key::kUp, 'k'})) MoveTo(selected_ - 1);
+  if (is({key::kDown, 'j'})) MoveTo(selected_ + 1);
+  if (is({key::kPageUp})) MoveTo(selected_ - kPage);
+  if (is({key::kPageDown})) MoveTo(selected_ + kPage);
+  if (is({key::kHome})) MoveTo(0);
+  if (is({key::kEnd})) MoveTo(static_cast<int>(entries_.size()));
+  if (key != key::kEnter) return std::nullopt;
+  input_.clear();
+  error_.clear();
+  // What only asks does no harm.
+  if (Selected().kind == Operation::Kind::asks) return Complete();
+  state_ = State::prompt;
   return std::nullopt;
+}
+
+void CommandMenu::MoveTo(int entry) {
+  selected_ = std::clamp(entry, 0, static_cast<int>(entries_.size()) - 1);
 }
 
 std::optional<CommandMenu::Order> CommandMenu::OnPromptKey(int key) {
@@ -113,7 +87,7 @@ std::optional<CommandMenu::Order> CommandMenu::OnPromptKey(int key) {
 
 std::optional<CommandMenu::Order> CommandMenu::Complete() {
   try {
-    const Arguments arguments = ReadArguments(Selected(), input_);
+    const Arguments arguments = ArgumentsOf(Selected(), input_);
     const std::string call = CallText(Selected(), arguments);
     Order order{&Selected(), Prepare(Selected(), arguments), call, TimeOf(call)};
     state_ = State::closed;
@@ -128,9 +102,9 @@ std::optional<CommandMenu::Order> CommandMenu::Complete() {
 // the longest one tells.
 long long CommandMenu::TimeOf(const std::string& call) const {
   long long time = 0;
-  for (const auto& [text, example] : entries_[selected_].times) {
-    if (text == call) return example;
-    time = std::max(time, example);
+  for (const auto& [text, transcript] : SelectedOffer().examples) {
+    if (text == call) return transcript.Time();
+    time = std::max(time, transcript.Time());
   }
   return time;
 }
@@ -140,13 +114,12 @@ void CommandMenu::Draw(Canvas& canvas) const {
   const Area area = Middle(canvas, std::min(count + kFooter + 3, canvas.Rows() - 2), kColumns);
   Pane inside = Pane(canvas, area).Frame("Commands");
   const int rows = std::max(inside.Rows() - kFooter - 1, 1);
-  const int selected = static_cast<int>(selected_);
-  const int first = std::clamp(selected - rows / 2, 0, std::max(count - rows, 0));
+  const int first = std::clamp(selected_ - rows / 2, 0, std::max(count - rows, 0));
   for (int row = 0; row < rows && first + row < count; ++row) {
     const Operation& operation = *entries_[static_cast<std::size_t>(first + row)].operation;
     const std::string line = Print(" %-22s  %s", operation.name, operation.summary);
     const int at = first + row;
-    inside.Text(row, 0, line + std::string(kColumns, ' '), at == selected ? Style::selected : Style::normal);
+    inside.Text(row, 0, line + std::string(kColumns, ' '), at == selected_ ? Style::selected : Style::normal);
   }
   if (first > 0) inside.Right(0, "more ", Style::dim);
   if (first + rows < count) inside.Right(rows - 1, "more ", Style::dim);

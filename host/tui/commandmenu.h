@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "host/commands/rehearse.h"
+#include "host/commands/models.h"
 #include "host/tui/canvas.h"
 
 namespace host {
@@ -31,7 +31,9 @@ class CommandMenu {
 
  private:
   enum class State { closed, list, prompt };
-  const Operation& Selected() const { return *entries_[selected_].operation; }
+  const Offer& SelectedOffer() const { return entries_[static_cast<std::size_t>(selected_)]; }
+  const Operation& Selected() const { return *SelectedOffer().operation; }
+  void MoveTo(int entry);
   std::optional<Order> OnListKey(int key);
   std::optional<Order> OnPromptKey(int key);
   std::optional<Order> Complete();
@@ -39,7 +41,7 @@ class CommandMenu {
 
   std::vector<Offer> entries_;
   State state_ = State::closed;
-  std::size_t selected_ = 0;
+  int selected_ = 0;
   std::string input_, error_;
 };
 

@@ -2,7 +2,8 @@
 
 #include <algorithm>
 #include <iterator>
-#include <optional>
+#include <utility>
+#include <vector>
 
 #include "host/tui/panels.h"
 
@@ -18,8 +19,23 @@ int FixRows(const View& view) {
   return view.display.projection ? kFixRows + 2 : kFixRows;
 }
 
-struct Layout {
-  std::optional<Area> fix, survey, sky, signals, satellites, reports, sentences, counters;
+using Panel = void (*)(Pane, const View&);
+
+/// Which panels there is room for, and where.
+class Layout {
+ public:
+  Layout(const Canvas& canvas, const View& view);
+  const std::vector<std::pair<Panel, Area>>& Panels() const { return panels_; }
+  bool Has(Panel panel) const {
+    return std::any_of(panels_.begin(), panels_.end(), [=](const auto& one) { return one.first == panel; });
+  }
+
+ private:
+  void Add(Panel panel, const Area& area) { panels_.emplace_back(panel, area); }
+  void InOneColumn(Area body, const View& view);
+  void InTwoColumns(const Area& body, const View& view);
+
+  std::vector<std::pair<Panel, Area>> panels_;
 };
 
 /// Takes rows off the end of a column of panels.
@@ -35,49 +51,40 @@ Area TakeTop(Area& area, int rows) {
   return top;
 }
 
-void LayOutOneColumn(Layout& layout, Area body, const View& view) {
-  layout.fix = TakeTop(body, std::min(body.rows, FixRows(view)));
-  if (view.survey && body.rows >= 3) {
-    layout.survey = body;
-    return;
+Layout::Layout(const Canvas& canvas, const View& view) {
+  // The title is above, the status and the keys are below.
+  Area body{1, 0, canvas.Rows() - 3, canvas.Columns()};
+  if (body.rows >= 11) Add(DrawCounters, TakeBottom(body, 1));
+  if (view.sentences) {
+    const bool beside = body.rows >= 11;  // or in the place of everything
+    Add(DrawSentences, TakeBottom(body, beside ? std::clamp(body.rows / 3, 6, 16) : body.rows));
+    if (!beside) return;
   }
-  if (body.rows >= 6) layout.signals = TakeTop(body, std::min(body.rows, 9));
-  if (body.rows >= 3) layout.reports = body;
+  canvas.Columns() < kFixColumns + 18 ? InOneColumn(body, view) : InTwoColumns(body, view);
 }
 
-void LayOutTwoColumns(Layout& layout, const Area& body, const View& view) {
+void Layout::InOneColumn(Area body, const View& view) {
+  Add(DrawFix, TakeTop(body, std::min(body.rows, FixRows(view))));
+  if (view.survey && body.rows >= 3) return Add(DrawSurvey, body);
+  if (body.rows >= 6) Add(DrawSignals, TakeTop(body, std::min(body.rows, 9)));
+  if (body.rows >= 3) Add(DrawReports, body);
+}
+
+void Layout::InTwoColumns(const Area& body, const View& view) {
   const int middle = std::max(kFixColumns, std::min(body.columns / 2, 52));
   Area left{body.row, body.column, body.rows, middle};
   Area right{body.row, body.column + middle, body.rows, body.columns - middle};
   const bool tall = body.rows >= 30;
-  layout.fix = TakeTop(left, std::min(left.rows, FixRows(view)));
-  if (left.rows >= 5) layout.signals = TakeTop(left, tall ? 12 : left.rows);
-  if (left.rows >= 3) layout.reports = left;
-  if (view.survey) {
-    layout.survey = right;
-    return;
-  }
+  Add(DrawFix, TakeTop(left, std::min(left.rows, FixRows(view))));
+  if (left.rows >= 5) Add(DrawSignals, TakeTop(left, tall ? 12 : left.rows));
+  if (left.rows >= 3) Add(DrawReports, left);
+  if (view.survey) return Add(DrawSurvey, right);
   if (tall && right.columns >= 34) {
-    layout.satellites = TakeBottom(right, kSatelliteSlots + 3);
-  } else if (!layout.reports && right.rows >= 17) {
-    layout.reports = TakeBottom(right, 7);
+    Add(DrawSatellites, TakeBottom(right, kSatelliteSlots + 3));
+  } else if (left.rows < 3 && right.rows >= 17) {
+    Add(DrawReports, TakeBottom(right, 7));
   }
-  layout.sky = right;
-}
-
-Layout LayOut(const Canvas& canvas, const View& view) {
-  Layout layout;
-  // The title is above, the status and the keys are below.
-  Area body{1, 0, canvas.Rows() - 3, canvas.Columns()};
-  if (body.rows >= 11) layout.counters = TakeBottom(body, 1);
-  if (view.sentences) {
-    const bool beside = body.rows >= 11;  // or in the place of everything
-    layout.sentences = TakeBottom(body, beside ? std::clamp(body.rows / 3, 6, 16) : body.rows);
-    if (!beside) return layout;
-  }
-  canvas.Columns() < kFixColumns + 18 ? LayOutOneColumn(layout, body, view)
-                                      : LayOutTwoColumns(layout, body, view);
-  return layout;
+  Add(DrawSky, right);
 }
 
 void DrawTitle(Pane bar, const View& view) {
@@ -97,7 +104,7 @@ void DrawKeys(Pane bar) {
 }
 
 void DrawStatus(Pane bar, const View& view, bool shows_reports) {
-  const auto& lines = view.readings.Lines();
+  const auto& lines = view.readings.log;
   if (!view.status.empty()) {
     bar.Text(0, 1, Plain(view.status), view.status_style);
   } else if (!shows_reports && !lines.empty()) {
@@ -120,21 +127,11 @@ void DrawDashboard(Canvas& canvas, const View& view) {
     pane.Text(1, 0, Print("%d x %d is the least", kLeastColumns, kLeastRows));
     return;
   }
-  const Layout layout = LayOut(canvas, view);
-  const auto draw = [&](const std::optional<Area>& area, void (*panel)(Pane, const View&)) {
-    if (area) panel(Pane(canvas, *area), view);
-  };
-  draw(layout.fix, DrawFix);
-  draw(layout.survey, DrawSurvey);
-  draw(layout.sky, DrawSky);
-  draw(layout.signals, DrawSignals);
-  draw(layout.satellites, DrawSatellites);
-  draw(layout.reports, DrawReports);
-  draw(layout.sentences, DrawSentences);
-  draw(layout.counters, DrawCounters);
+  const Layout layout(canvas, view);
+  for (const auto& [panel, area] : layout.Panels()) panel(Pane(canvas, area), view);
   const auto bar = [&](int row) { return Pane(canvas, {row, 0, 1, canvas.Columns()}); };
   DrawTitle(bar(0), view);
-  DrawStatus(bar(canvas.Rows() - 2), view, layout.reports.has_value());
+  DrawStatus(bar(canvas.Rows() - 2), view, layout.Has(DrawReports));
   DrawKeys(bar(canvas.Rows() - 1));
 }
 

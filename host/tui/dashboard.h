@@ -3,7 +3,6 @@
 #include <string>
 
 #include "host/records/display.h"
-#include "host/records/geoid.h"
 #include "host/records/tally.h"
 #include "host/tui/canvas.h"
 #include "host/tui/readings.h"

@@ -6,7 +6,6 @@
 
 #include "gpsengine/platform/application.h"
 #include "gpsengine/platform/trace.h"
-#include "host/commands/rehearse.h"
 #include "host/run/failure.h"
 #include "host/run/progress.h"
 #include "host/tui/keys.h"
@@ -38,13 +37,12 @@ LiveScreen::LiveScreen(Session& session, Readings& readings, const Display& disp
       start_time_(StartTimeOf(session.Receiver())),
       view_(readings) {
   session.GetBoxes().GiveUpKeyboard();
-  readings.ShowAnswers(false);  // until something is asked
   view_.model = session.Options().model;
   view_.source = session.GetFeed().Description(session.Receiver().GetCurrentBaudrate());
   view_.display = display;
   if (!display.angles) view_.display.angles = KeptAngles();
   view_.geoid = session.Options().geoid;
-  readings_.ShowAnswers(false);
+  readings_.ShowAnswers(false);  // until something is asked
   view_.is_live = session.GetFeed().IsLive();
   SetComplaintHandler([this](const std::string& text) {
     const std::lock_guard lock(notices_mutex_);
@@ -99,44 +97,19 @@ void LiveScreen::OnKey(int key) {
     quit_ = quit_ || key == 'q';
     return;
   }
-  if (OnMenuKey(key)) return;
-  if (std::exchange(help_, false)) return;
-  switch (key) {
-    case 'q':
-      quit_ = true;
-      break;
-    case '?':
-    case 'h':
-    case key::kHelp:
-      help_ = true;
-      break;
-    case 'c':
-      menu_.Open();
-      break;
-    case 'p':
-      NextAngles();
-      break;
-    case 'r':
-      view_.sentences = !view_.sentences;
-      break;
-    case 's':
-      view_.survey = !view_.survey;
-      break;
-    case 'n':
-      if (view_.survey) readings_.BeginSurvey();
-      break;
-    case key::kEnter:
-      session_.GetBoxes().GoOn();
-      break;
-    default:
-      break;
+  if (menu_.IsOpen()) {
+    if (const auto order = menu_.OnKey(key)) Perform(*order);
+    return;
   }
-}
-
-bool LiveScreen::OnMenuKey(int key) {
-  if (!menu_.IsOpen()) return false;
-  if (const auto order = menu_.OnKey(key)) Perform(*order);
-  return true;
+  if (std::exchange(help_, false)) return;
+  if (key == 'q') quit_ = true;
+  if (key == '?' || key == 'h' || key == key::kHelp) help_ = true;
+  if (key == 'c') menu_.Open();
+  if (key == 'p') NextAngles();
+  if (key == 'r') view_.sentences = !view_.sentences;
+  if (key == 's') view_.survey = !view_.survey;
+  if (key == 'n' && view_.survey) readings_.survey.Clear();
+  if (key == key::kEnter) session_.GetBoxes().GoOn();
 }
 
 void LiveScreen::NextAngles() {

@@ -57,15 +57,9 @@ class LiveScreen : public Outlet {
   };
 
  private:
-  struct Notice {
-    std::string text;
-    Style style;
-  };
-
   /// Gives the terminal back; complaints go to standard error again.
   void Close();
   void OnKey(int key);
-  bool OnMenuKey(int key);
   void NextAngles();
   void Perform(const CommandMenu::Order& order);
   bool OnPassed(long long passed);

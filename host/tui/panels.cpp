@@ -5,7 +5,6 @@
 #include <vector>
 
 #include "host/records/fixkind.h"
-#include "host/records/units.h"
 #include "host/tui/dashboard.h"
 
 namespace host {
@@ -18,7 +17,7 @@ struct Kind {
 };
 
 Kind KindOf(const Readings& readings) {
-  const auto signal = readings.Signal();
+  const auto signal = readings.signal;
   if (!signal) return {"waiting", Style::warn};
   const FixKind& kind = FixKindOf(*signal);
   if (*signal == UDF_SIGNAL_NONE) return {kind.name, Style::bad};
@@ -32,12 +31,8 @@ std::string AgeText(double seconds) {
   return Print("%lld h", whole / 3600);
 }
 
-std::string NumberText(const char* format, double value) {
-  return std::isfinite(value) ? Print(format, value) : "-";
-}
-
-std::string DopText(double dop) {
-  return dop > 0.0 ? NumberText("%4.1f", dop) : "   -";
+std::string DopText(const std::optional<double>& dop) {
+  return dop ? Print("%4.1f", *dop) : "   -";
 }
 
 /// A line of the fix panel: numbers end in one column, units begin in the next but one.
@@ -60,7 +55,7 @@ class FixLines {
     Label(label);
     pane_.Text(row_++, kAngleEnd - Width(angle), angle, value_);
   }
-  void AddDops(const Readings::Dilution& dops) {
+  void AddDops(const Latest::Dilution& dops) {
     int column = Label("HDOP");
     column = pane_.Text(row_, column + 2, DopText(dops.hdop), value_);
     column = pane_.Text(row_, column + 3, "PDOP ", Style::label);
@@ -81,20 +76,20 @@ void DrawKind(Pane& pane, const Readings& readings) {
   const Kind kind = KindOf(readings);
   const bool stale = readings.IsStale();
   pane.Text(0, 1, kind.words, stale ? Style::dim : kind.style);
-  if (const auto age = readings.Age(); age && readings.Fix() != nullptr) {
+  if (const auto age = readings.Age(); age && readings.fix) {
     pane.Right(0, (stale ? " STALE " : "age ") + AgeText(*age) + ' ', stale ? Style::bad : Style::normal);
   }
 }
 
 void AddPlace(FixLines& lines, const View& view) {
-  const CGPSData* fix = view.readings.Fix();
+  const auto& fix = view.readings.fix;
   const AngleFormat format = view.display.Angles();
-  lines.AddAngle("Latitude", fix != nullptr ? AngleText(fix->m_dLatitude, format, 'N', 'S') : "-");
-  lines.AddAngle("Longitude", fix != nullptr ? AngleText(fix->m_dLongitude, format, 'E', 'W') : "-");
+  lines.AddAngle("Latitude", fix ? MarkedAngle(fix->latitude, format, 'N', 'S') : "-");
+  lines.AddAngle("Longitude", fix ? MarkedAngle(fix->longitude, format, 'E', 'W') : "-");
   Projection* const projection = view.display.projection.get();
   if (projection == nullptr) return;
   std::optional<Projection::Place> place;
-  if (fix != nullptr) place = projection->Of(fix->m_dLatitude * kDegrees, fix->m_dLongitude * kDegrees);
+  if (fix) place = projection->Of(fix->latitude, fix->longitude);
   const std::string unit = ' ' + projection->UnitName();
   lines.AddAngle("Easting", place ? Print("%.3f", place->easting) + unit : "-");
   lines.AddAngle("Northing", place ? Print("%.3f", place->northing) + unit : "-");
@@ -102,15 +97,15 @@ void AddPlace(FixLines& lines, const View& view) {
 
 /// The height as it is set up, and the other one where the separation between both is known.
 void AddHeight(FixLines& lines, const View& view) {
-  const CGPSData* fix = view.readings.Fix();
-  const auto& separation = view.readings.Separation();
+  const auto& fix = view.readings.fix;
+  const auto& separation = view.readings.separation;
   const Unit& unit = view.display.System().length;
   const std::string name(unit.name);
-  if (fix == nullptr) return lines.Add("Height", "-", name);
-  const std::string height = NumberText("%.2f", fix->m_dAltitude * unit.per_metre);
+  if (!fix) return lines.Add("Height", "-", name);
+  const std::string height = Print("%.2f", *fix->height * unit.per_metre);
   if (!separation) return lines.Add("Height", height, name);
   const bool adds = view.geoid == Geoid::add;
-  const double other = (fix->m_dAltitude + (adds ? -*separation : *separation)) * unit.per_metre;
+  const double other = (*fix->height + (adds ? -*separation : *separation)) * unit.per_metre;
   const int room = 7 - Width(name);  // behind the first one
   int decimals = 2;
   while (decimals > 0 && Width(Print("%.*f", decimals, other)) > room) --decimals;
@@ -119,13 +114,10 @@ void AddHeight(FixLines& lines, const View& view) {
 }
 
 void AddTime(FixLines& lines, const View& view) {
-  const auto time = view.readings.TimeOfDay();
-  const auto moment = view.readings.Time();
+  const auto time = view.readings.time_of_day;
+  const auto moment = view.readings.time;
   std::string date;
-  if (moment && (view.is_live || view.readings.IsDated())) {
-    AppendIso(date, *moment);
-    date = "  " + date.substr(0, 10);
-  }
+  if (moment && (view.is_live || view.readings.dated)) date = "  " + IsoText(*moment).substr(0, 10);
   lines.Add("Time", time ? TimeText(static_cast<std::int64_t>(*time)) : "-", "UTC" + date);
 }
 
@@ -147,41 +139,35 @@ std::vector<std::string> Wrap(std::string_view text, std::size_t width) {
 
 }  // namespace
 
-std::string TimeText(std::int64_t moment) {
-  const auto seconds = static_cast<int>(moment % 86'400);
-  return Print("%02d:%02d:%02d", seconds / 3600, seconds / 60 % 60, seconds % 60);
-}
-
 void DrawFix(Pane pane, const View& view) {
   const Readings& readings = view.readings;
   const Projection* const projection = view.display.projection.get();
   Pane inside = pane.Frame(projection != nullptr ? "Fix   " + Plain(projection->Name()) : "Fix");
   DrawKind(inside, readings);
-  const CGPSData* fix = readings.Fix();
-  const bool holds = fix != nullptr && readings.Signal() != UDF_SIGNAL_NONE && !readings.IsStale();
+  const bool holds = readings.fix && readings.signal != UDF_SIGNAL_NONE && !readings.IsStale();
   FixLines lines(inside, holds ? Style::value : Style::dim);
   AddPlace(lines, view);
-  const auto speed = readings.Speed();
+  const auto speed = readings.speed;
   const auto& [first, second] = view.display.System().both_speeds;
-  const auto in = [&](const Unit& unit) { return speed ? NumberText("%.1f", *speed * unit.per_metre) : "-"; };
+  const auto in = [&](const Unit& unit) { return speed ? Print("%.1f", *speed * unit.per_metre) : "-"; };
   lines.Add("Speed", in(first), std::string(first.name), in(second), std::string(second.name));
-  const auto course = readings.Course();
-  lines.Add("Course", course ? NumberText("%03.0f", std::fmod(std::round(*course), 360.0)) : "-", "° true");
+  const auto course = readings.course;
+  lines.Add("Course", course ? Print("%03.0f", std::fmod(std::round(*course), 360.0)) : "-", "° true");
   AddHeight(lines, view);
   AddTime(lines, view);
-  lines.Add("Satellites", readings.Signal() ? Print("%d", readings.SatellitesUsed()) : "-", "used",
-            Print("%d", std::max(readings.SatellitesInView(), readings.SatellitesUsed())), "in view");
-  lines.AddDops(readings.Dops());
+  lines.Add("Satellites", readings.signal ? Print("%d", readings.used) : "-", "used",
+            Print("%d", std::max(readings.sky.in_view, readings.used)), "in view");
+  lines.AddDops(readings.dops);
 }
 
 void DrawReports(Pane pane, const View& view) {
   Pane inside = pane.Frame("Reports");
-  const auto& lines = view.readings.Lines();
+  const auto& lines = view.readings.log;
   constexpr int kIndent = 10;
   const auto width = static_cast<std::size_t>(std::max(inside.Columns() - kIndent - 1, 1));
   if (lines.empty()) inside.Text(0, 1, "none so far", Style::dim);
   // As many of the newest as there is room for, each over as many rows as it needs.
-  std::vector<std::pair<const Readings::LogLine*, std::vector<std::string>>> shown;
+  std::vector<std::pair<const Latest::LogLine*, std::vector<std::string>>> shown;
   int used = 0;
   for (auto line = lines.rbegin(); line != lines.rend() && used < inside.Rows(); ++line) {
     shown.emplace_back(&*line, Wrap(Plain(line->text), width));
@@ -196,7 +182,7 @@ void DrawReports(Pane pane, const View& view) {
 
 void DrawSentences(Pane pane, const View& view) {
   Pane inside = pane.Frame("Sentences");
-  const auto& sentences = view.readings.Sentences();
+  const auto& sentences = view.readings.sentences;
   int row = inside.Rows() - 1;
   for (auto sentence = sentences.rbegin(); sentence != sentences.rend() && row >= 0; ++sentence, --row) {
     inside.Text(row, 1, *sentence);
@@ -215,9 +201,9 @@ void DrawCounters(Pane pane, const View& view) {
       {"bad checksum", "bad", line.checksum_errors},
       {"binary", "binary", line.binary},
       {"bad binary", "bad", line.bad_binary},
-      {"raw epochs", "epochs", readings.RawEpochs()},
-      {"ephemerides", "eph", readings.Ephemerides()},
-      {"BIN messages", "BIN", readings.Bins()},
+      {"raw epochs", "epochs", readings.raw_epochs},
+      {"ephemerides", "eph", readings.ephemerides},
+      {"BIN messages", "BIN", readings.bins},
   };
   const bool is_wide = pane.Columns() >= 110;
   int column = 1;

@@ -1,8 +1,5 @@
 #pragma once
 
-#include <cstdint>
-#include <string>
-
 #include "host/tui/canvas.h"
 
 namespace host {
@@ -19,8 +16,5 @@ void DrawSatellites(Pane pane, const View& view);
 void DrawReports(Pane pane, const View& view);
 void DrawSentences(Pane pane, const View& view);
 void DrawCounters(Pane pane, const View& view);
-
-/// The time of day of a moment in seconds since 1970, as "08:15:30".
-std::string TimeText(std::int64_t moment);
 
 }  // namespace host

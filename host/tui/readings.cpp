@@ -4,7 +4,6 @@
 #include <cmath>
 
 #include "gpsengine/platform/clock.h"
-#include "host/records/units.h"
 #include "host/sentences/positiontail.h"
 
 namespace host {
@@ -23,39 +22,40 @@ void Keep(std::deque<T>& lines, T line) {
 
 }  // namespace
 
-bool Readings::OnData(const CGPSData& data) {
+bool Readings::OnData(const Record& record) {
   ++version_;
-  if (data.m_bPositionValid) TakeFix(data);
-  if (data.m_bDOPValid) dops_ = {data.m_dHDOP, data.m_dPDOP, data.m_dVDOP};
+  const PositionEpoch& epoch = record.epoch;
+  if (record.data.m_bDOPValid) dops = {epoch.hdop, epoch.pdop, epoch.vdop};
+  if (record.HasPosition()) TakePosition(epoch);
   // A receiver that has sentences of its own sends them with every fix: too many to tell of.
-  const bool reports = data.m_Status.m_bStatusUpdated && reports_.OnData(data);
+  const bool reports = record.data.m_Status.m_bStatusUpdated && reports_.OnData(record);
   if (reports) LogReports();
-  return reports || data.m_bPositionValid;
+  return reports || record.HasPosition();
 }
 
-void Readings::TakeFix(const CGPSData& data) {
+void Readings::TakePosition(const PositionEpoch& epoch) {
   const auto now = now_();
   if (position_at_) interval_ = now - *position_at_;
   position_at_ = now;
-  signal_ = data.m_nSignalType;
-  if (HasTimeOfDay(data)) time_of_day_ = data.m_dTimeOfDay;
-  used_ = sky_.UsedBy(data.m_nSatellitesUsed);
-  const PositionEpoch epoch = epochs_.Read(data);
-  if (epoch.time) time_ = epoch.time;
-  if (epoch.fix && epoch.time && !epoch.repeats) survey_.Add(epoch);
-  if (data.m_nSignalType == UDF_SIGNAL_NONE) return;
-  fix_ = data;
+  signal = epoch.signal;
+  used = sky.UsedBy(epoch.used);
+  if (epoch.time) {
+    time_of_day = epoch.time_of_day;
+    time = epoch.time;
+  }
+  if (!epoch.fix) return;
+  if (epoch.time && !epoch.repeats) survey.Add(epoch);
+  fix = epoch;
   fix_at_ = now;
-  if (!data.m_bVelocityValid) return;
-  speed_ = data.m_dSpeed;
-  course_.reset();  // a receiver at rest has none
-  if (data.m_dSpeed > 0.0) course_ = CourseOf(data);
+  if (!epoch.speed) return;
+  speed = epoch.speed;
+  course = epoch.course;  // a receiver at rest has none
 }
 
-bool Readings::OnSky(const Sky& sky) {
+bool Readings::OnSky(const Sky& news) {
   ++version_;
-  sky_ = sky;
-  used_ = sky_.UsedBy(used_);
+  sky = news;
+  used = sky.UsedBy(used);
   return false;  // --count counts what the format "text" shows
 }
 
@@ -71,21 +71,21 @@ bool Readings::LogReports() {
 
 bool Readings::OnRawData(const CGPSDataRaw&) {
   ++version_;
-  ++raw_epochs_;
+  ++raw_epochs;
   return true;
 }
 
 bool Readings::OnEphemeris(const CGPSDataEphemeris&) {
   ++version_;
-  ++ephemerides_;
+  ++ephemerides;
   return true;
 }
 
 bool Readings::OnBin(const Block& block) {
   ++version_;
-  ++bins_;
-  raw_epochs_ += block.epoch != nullptr ? 1 : 0;
-  ephemerides_ += block.ephemeris != nullptr ? 1 : 0;
+  ++bins;
+  raw_epochs += block.epoch != nullptr ? 1 : 0;
+  ephemerides += block.ephemeris != nullptr ? 1 : 0;
   return false;
 }
 
@@ -94,20 +94,19 @@ bool Readings::OnString(const CString& text) {
   std::string bytes;
   if (text.ToBytes(bytes)) {
     bytes.erase(bytes.find_last_not_of("\r\n") + 1);
-    Keep(sentences_, Plain(bytes));
-    if (const auto tail = PositionTailOf(bytes)) separation_ = tail->separation;
+    Keep(sentences, Plain(bytes));
+    if (const auto tail = PositionTailOf(bytes)) separation = tail->separation;
   }
   return shows_answers_ && reports_.OnString(text) && LogReports();
 }
 
 void Readings::SetReference(std::optional<Moment> reference) {
-  dated_ = dated_ || reference;
-  epochs_.SetReference(reference);
+  dated = dated || reference;
 }
 
 void Readings::Log(const std::string& text, Style style) {
   ++version_;
-  Keep(log_, LogLine{CurrentClock().UnixSeconds(), style, text});
+  Keep(log, LogLine{CurrentClock().UnixSeconds(), style, text});
 }
 
 std::optional<double> Readings::Age() const {

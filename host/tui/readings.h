@@ -16,28 +16,52 @@
 
 namespace host {
 
-/// What a live screen shows: the last of everything that the library has published, and when it came.
-class Readings : public Sink {
- public:
-  using Clock = std::chrono::steady_clock;
-  using Now = std::function<Clock::time_point()>;
-
+/// What has come last of everything, as the screen shows it.
+struct Latest {
   /// A line of what has happened.
   struct LogLine {
     std::int64_t at;  ///< Seconds since 1970, UTC.
     Style style;
     std::string text;
   };
+  struct Dilution {
+    std::optional<double> hdop, pdop, vdop;
+  };
+
+  std::optional<int> signal;  ///< A SignalType, of the last record with a position; none if there was none.
+  std::optional<PositionEpoch> fix;   ///< The last one.
+  std::optional<double> time_of_day;  ///< Seconds, of the last position that had a time.
+  /// The moment of that, on a date that is sure only if `dated` where a recording is played.
+  std::optional<Moment> time;
+  bool dated = false;
+  /// Metres that the geoid lies above the ellipsoid, as the last GGA states.
+  std::optional<double> separation;
+  Survey survey;                 ///< Of all fixes since the start, or since it was begun anew.
+  std::optional<double> speed;   ///< Metres a second, of the last fix that had one.
+  std::optional<double> course;  ///< Degrees, likewise; none at rest.
+  Dilution dops;                 ///< Of the last record that had some.
+  Sky sky;
+  int used = 0;  ///< Satellites.
+  long long raw_epochs = 0, ephemerides = 0, bins = 0;
+  std::deque<LogLine> log;            ///< The newest at the end; a few hundred at most.
+  std::deque<std::string> sentences;  ///< Likewise.
+};
+
+/// Keeps what the library publishes for a live screen, and when it came.
+class Readings : public Sink, public Latest {
+ public:
+  using Clock = std::chrono::steady_clock;
+  using Now = std::function<Clock::time_point()>;
 
   explicit Readings(Now now = &Clock::now) : now_(std::move(now)) {}
 
-  bool OnData(const CGPSData& data) override;
+  bool OnData(const Record& record) override;
   bool OnRawData(const CGPSDataRaw& epoch) override;
   bool OnEphemeris(const CGPSDataEphemeris& ephemeris) override;
   bool OnBin(const Block& block) override;
   bool OnString(const CString& text) override;
   bool WantsSky() const override { return true; }
-  bool OnSky(const Sky& sky) override;
+  bool OnSky(const Sky& news) override;
   void SetReference(std::optional<Moment> reference) override;
 
   /// Whether texts that look like answers are told of among the reports.
@@ -45,72 +69,24 @@ class Readings : public Sink {
   /// A line of the program's own among the reports.
   void Log(const std::string& text, Style style);
 
-  /// A SignalType, of the last record with a position; none so far if there was no such record.
-  std::optional<int> Signal() const { return signal_; }
-  /// The last record that had a fix; null for none.
-  const CGPSData* Fix() const { return fix_ ? &*fix_ : nullptr; }
-  /// Seconds since that record, or since the last record without a fix if none had one.
+  /// Seconds since the last fix, or since the last position if none was one.
   std::optional<double> Age() const;
   /// Longer ago than this receiver leaves between its fixes.
   bool IsStale() const;
   /// Nothing was heard of a position for so long, whether or not it was a fix.
   bool IsSilent() const;
-  /// Seconds of day of the last record that had a time.
-  std::optional<double> TimeOfDay() const { return time_of_day_; }
-  /// The moment of the last position that had a time, on a date that only SetReference makes sure of where a
-  /// recording is played.
-  std::optional<Moment> Time() const { return time_; }
-  bool IsDated() const { return dated_; }
-  /// Metres that the geoid lies above the ellipsoid, as the last GGA states.
-  const std::optional<double>& Separation() const { return separation_; }
-  /// Of all fixes since the start, or since it was begun anew.
-  const Survey& GetSurvey() const { return survey_; }
-  void BeginSurvey() { survey_.Clear(); }
-  /// Metres a second, and the course over ground in degrees, of the last record that had them.
-  std::optional<double> Speed() const { return speed_; }
-  std::optional<double> Course() const { return course_; }
-  struct Dilution {
-    double hdop = 0.0, pdop = 0.0, vdop = 0.0;  ///< 0: not reported.
-  };
-  const Dilution& Dops() const { return dops_; }
-  /// Those in view, by system and number.
-  const std::vector<Satellite>& Satellites() const { return sky_.satellites; }
-  int SatellitesUsed() const { return used_; }
-  int SatellitesInView() const { return sky_.in_view; }
-
-  long long RawEpochs() const { return raw_epochs_; }
-  long long Ephemerides() const { return ephemerides_; }
-  long long Bins() const { return bins_; }
-
-  /// The newest at the end; a few hundred at most.
-  const std::deque<LogLine>& Lines() const { return log_; }
-  const std::deque<std::string>& Sentences() const { return sentences_; }
   /// Counts everything that has come, so that one can tell whether there is something new.
   std::uint64_t Version() const { return version_; }
 
  private:
-  void TakeFix(const CGPSData& data);
+  void TakePosition(const PositionEpoch& epoch);
   bool LogReports();
   bool IsOld(const std::optional<Clock::time_point>& since) const;
 
   const Now now_;
   std::uint64_t version_ = 0;
-  std::optional<int> signal_;
-  std::optional<CGPSData> fix_;
   std::optional<Clock::time_point> fix_at_, position_at_;
   Clock::duration interval_{};  // between the last two records with a position
-  std::optional<double> time_of_day_, speed_, course_;
-  EpochReader epochs_;
-  std::optional<Moment> time_;
-  bool dated_ = false;
-  std::optional<double> separation_;
-  Survey survey_;
-  Dilution dops_;
-  Sky sky_;
-  int used_ = 0;
-  long long raw_epochs_ = 0, ephemerides_ = 0, bins_ = 0;
-  std::deque<LogLine> log_;
-  std::deque<std::string> sentences_;
   bool shows_answers_ = true;
   std::string report_text_;
   TextSink reports_{report_text_, TextSink::Shows::reports};

@@ -104,7 +104,7 @@ void DrawSky(Pane pane, const View& view) {
     const auto [y, x] = at(wind * 90 / kDegrees, 1.0);
     inside.Put(y, x, kWinds[wind], Style::label);
   }
-  for (const Satellite& satellite : view.readings.Satellites()) {
+  for (const Satellite& satellite : view.readings.sky.satellites) {
     if (!satellite.elevation || !satellite.azimuth) continue;  // known by number alone
     const double distance = std::clamp(1.0 - *satellite.elevation / 90.0, 0.0, 1.0);
     const auto [y, x] = at(*satellite.azimuth / kDegrees, distance);
@@ -118,7 +118,7 @@ void DrawSky(Pane pane, const View& view) {
 
 void DrawSignals(Pane pane, const View& view) {
   Pane inside = pane.Frame("Signal   █ used  ▒ in view");
-  std::vector<Satellite> satellites = view.readings.Satellites();
+  std::vector<Satellite> satellites = view.readings.sky.satellites;
   if (satellites.empty()) {
     inside.Text(0, 1, "no satellites reported", Style::dim);
     return;
@@ -136,7 +136,7 @@ void DrawSignals(Pane pane, const View& view) {
 void DrawSatellites(Pane pane, const View& view) {
   Pane inside = pane.Frame("Satellites");
   inside.Text(0, 1, "Number  Elevation  Azimuth  Signal", Style::label);
-  std::vector<Satellite> satellites = view.readings.Satellites();
+  std::vector<Satellite> satellites = view.readings.sky.satellites;
   const auto room = static_cast<std::size_t>(std::max(inside.Rows() - 1, 0));
   const std::size_t hidden = satellites.size() > room ? satellites.size() - room + 1 : 0;
   if (hidden > 0) {

@@ -4,7 +4,6 @@
 #include <map>
 
 #include "host/records/fixkind.h"
-#include "host/records/units.h"
 #include "host/tui/dashboard.h"
 #include "host/tui/panels.h"
 
@@ -74,8 +73,8 @@ Rows RowsOf(const SurveyResult& all, const std::map<int, SurveyResult>& kinds, L
 void AddMean(SurveyLines& lines, const SurveyResult& all, const Display& display) {
   const AngleFormat format = display.Angles();
   lines.Add("Fixes", Print("%lld", all.fixes));
-  lines.Add("Mean lat.", AngleText(all.latitude / kDegrees, format, 'N', 'S'));
-  lines.Add("Mean lon.", AngleText(all.longitude / kDegrees, format, 'E', 'W'));
+  lines.Add("Mean lat.", MarkedAngle(all.latitude, format, 'N', 'S'));
+  lines.Add("Mean lon.", MarkedAngle(all.longitude, format, 'E', 'W'));
   if (Projection* const projection = display.projection.get()) {
     if (const auto place = projection->Of(all.latitude, all.longitude)) {
       lines.Add("Mean easting", Print("%.3f", place->easting), ' ' + projection->UnitName());
@@ -116,7 +115,7 @@ void DrawCloud(Pane pane, int top, const Survey& survey, const SurveyResult& all
 
 void DrawSurvey(Pane pane, const View& view) {
   Pane inside = pane.Frame("Survey");
-  const Survey& survey = view.readings.GetSurvey();
+  const Survey& survey = view.readings.survey;
   if (survey.Fixes() == 0) {
     inside.Text(0, 1, "no fix so far", Style::dim);
     return;

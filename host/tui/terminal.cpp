@@ -6,7 +6,6 @@
 #include <langinfo.h>
 #include <sys/epoll.h>
 #include <sys/ioctl.h>
-#include <sys/signalfd.h>
 #include <term.h>
 #include <unistd.h>
 
@@ -23,15 +22,6 @@
 namespace host {
 
 namespace {
-
-constexpr int kSignals[] = {SIGTSTP, SIGCONT, SIGWINCH, SIGQUIT};
-
-sigset_t SignalSet() {
-  sigset_t signals;
-  sigemptyset(&signals);
-  for (const int signal : kSignals) sigaddset(&signals, signal);
-  return signals;
-}
 
 /// The curses library takes signals for itself, in handlers that may run on any thread. They are given back.
 class KeptSignals {
@@ -73,33 +63,20 @@ void LeaveScreen() {
 }
 
 int KeyOf(wint_t code, bool is_function_key) {
-  if (!is_function_key) {
-    if (code == '\n') return key::kEnter;
-    return code == '\b' ? key::kBackspace : static_cast<int>(code);
+  constexpr struct {
+    bool is_function_key;
+    wint_t code;
+    int key;
+  } kKeys[] = {{true, KEY_UP, key::kUp},        {true, KEY_DOWN, key::kDown},
+               {true, KEY_PPAGE, key::kPageUp}, {true, KEY_NPAGE, key::kPageDown},
+               {true, KEY_HOME, key::kHome},    {true, KEY_END, key::kEnd},
+               {true, KEY_ENTER, key::kEnter},  {true, KEY_BACKSPACE, key::kBackspace},
+               {true, KEY_DC, key::kBackspace}, {true, KEY_F(1), key::kHelp},
+               {false, '\n', key::kEnter},      {false, '\b', key::kBackspace}};
+  for (const auto& known : kKeys) {
+    if (known.is_function_key == is_function_key && known.code == code) return known.key;
   }
-  switch (code) {
-    case KEY_UP:
-      return key::kUp;
-    case KEY_DOWN:
-      return key::kDown;
-    case KEY_PPAGE:
-      return key::kPageUp;
-    case KEY_NPAGE:
-      return key::kPageDown;
-    case KEY_HOME:
-      return key::kHome;
-    case KEY_END:
-      return key::kEnd;
-    case KEY_ENTER:
-      return key::kEnter;
-    case KEY_BACKSPACE:
-    case KEY_DC:
-      return key::kBackspace;
-    case KEY_F(1):
-      return key::kHelp;
-    default:
-      return 0;
-  }
+  return is_function_key ? 0 : static_cast<int>(code);
 }
 
 struct Look {
@@ -108,35 +85,22 @@ struct Look {
   attr_t with_colour;
 };
 
-constexpr Look LookOf(Style style) {
-  switch (style) {
-    case Style::dim:
-      return {A_DIM, -1, A_DIM};
-    case Style::label:
-      return {A_NORMAL, COLOR_CYAN, A_NORMAL};
-    case Style::value:
-      return {A_BOLD, -1, A_BOLD};
-    case Style::title:
-    case Style::selected:
-      return {A_REVERSE, -1, A_REVERSE};
-    case Style::good:
-      return {A_BOLD, COLOR_GREEN, A_BOLD};
-    case Style::warn:
-      return {A_BOLD, COLOR_YELLOW, A_BOLD};
-    case Style::bad:
-      return {A_REVERSE, COLOR_RED, A_BOLD | A_REVERSE};
-    case Style::used:
-      return {A_BOLD, COLOR_GREEN, A_NORMAL};
-    case Style::in_view:
-      return {A_NORMAL, -1, A_NORMAL};
-    case Style::frame:
-      return {A_DIM, -1, A_DIM};
-    case Style::normal:
-    case Style::count:
-      break;
-  }
-  return {A_NORMAL, -1, A_NORMAL};
-}
+// In the order of Style.
+constexpr Look kLooks[] = {
+    {A_NORMAL, -1, A_NORMAL},
+    {A_DIM, -1, A_DIM},
+    {A_NORMAL, COLOR_CYAN, A_NORMAL},
+    {A_BOLD, -1, A_BOLD},
+    {A_REVERSE, -1, A_REVERSE},
+    {A_BOLD, COLOR_GREEN, A_BOLD},
+    {A_BOLD, COLOR_YELLOW, A_BOLD},
+    {A_REVERSE, COLOR_RED, A_BOLD | A_REVERSE},
+    {A_BOLD, COLOR_GREEN, A_NORMAL},
+    {A_NORMAL, -1, A_NORMAL},
+    {A_DIM, -1, A_DIM},
+    {A_REVERSE, -1, A_REVERSE},
+};
+static_assert(std::size(kLooks) == static_cast<std::size_t>(Style::count));
 
 }  // namespace
 
@@ -157,9 +121,8 @@ struct Terminal::Window {
     if (!colour) return;
     start_color();
     use_default_colors();
-    for (int style = 0; style < static_cast<int>(Style::count); ++style) {
-      init_pair(static_cast<short>(style + 1), LookOf(static_cast<Style>(style)).colour, -1);
-    }
+    short pair = 0;
+    for (const Look& look : kLooks) init_pair(++pair, look.colour, -1);
   }
   ~Window() { delscreen(screen); }
   Window(const Window&) = delete;
@@ -167,7 +130,7 @@ struct Terminal::Window {
 
   void Put(int row, int column, const Cell& cell) const {
     const wchar_t text[] = {static_cast<wchar_t>(cell.glyph), L'\0'};
-    const Look look = LookOf(cell.style);
+    const Look& look = kLooks[static_cast<std::size_t>(cell.style)];
     cchar_t character;
     const auto pair = static_cast<short>(colour ? static_cast<int>(cell.style) + 1 : 0);
     setcchar(&character, text, colour ? look.with_colour : look.attributes, pair, nullptr);
@@ -199,11 +162,9 @@ Terminal::Terminal() : unicode_(IsUnicode()) {
   if (const std::string obstacle = Obstacle(); !obstacle.empty()) {
     throw Failure(ExitCode::usage, obstacle + ", or use --format text");
   }
-  const sigset_t signals = SignalSet();
-  pthread_sigmask(SIG_BLOCK, &signals, &before_);
-  signals_ = UniqueDescriptor(signalfd(-1, &signals, SFD_CLOEXEC | SFD_NONBLOCK));
+  signals_.emplace({SIGTSTP, SIGCONT, SIGWINCH, SIGQUIT});
   events_ = UniqueDescriptor(epoll_create1(EPOLL_CLOEXEC));
-  for (const int source : {signals_.Get(), STDIN_FILENO}) {
+  for (const int source : {signals_->Descriptor(), STDIN_FILENO}) {
     epoll_event event{.events = EPOLLIN, .data = {}};
     if (epoll_ctl(events_.Get(), EPOLL_CTL_ADD, source, &event) != 0) {
       throw std::system_error(errno, std::generic_category(), "cannot watch the keyboard");
@@ -222,7 +183,7 @@ void Terminal::Close() {
   closed_ = true;
   if (!suspended_) LeaveScreen();
   window_.reset();
-  pthread_sigmask(SIG_SETMASK, &before_, nullptr);
+  signals_.reset();
 }
 
 std::optional<int> Terminal::ReadKey() {
@@ -235,19 +196,13 @@ std::optional<int> Terminal::ReadKey() {
 }
 
 void Terminal::HandleSignals() {
-  signalfd_siginfo signal;
-  while (!closed_ && read(signals_.Get(), &signal, sizeof signal) == sizeof signal) {
-    switch (static_cast<int>(signal.ssi_signo)) {
-      case SIGTSTP:
-      case SIGQUIT:
-        StopOrQuit(static_cast<int>(signal.ssi_signo));
-        break;
-      case SIGCONT:
-        Redraw();
-        break;
-      default:
-        FitSize();
-        break;
+  while (const int signal = closed_ ? 0 : signals_->Take()) {
+    if (signal == SIGTSTP || signal == SIGQUIT) {
+      StopOrQuit(signal);
+    } else if (signal == SIGCONT) {
+      Redraw();
+    } else {
+      FitSize();
     }
   }
 }

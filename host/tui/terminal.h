@@ -1,11 +1,10 @@
 #pragma once
 
-#include <csignal>
 #include <memory>
 #include <optional>
 #include <string>
 
-#include "host/run/descriptor.h"
+#include "host/run/signals.h"
 #include "host/tui/canvas.h"
 
 namespace host {
@@ -51,8 +50,8 @@ class Terminal {
   bool closed_ = false;
   bool suspended_ = false;
   bool changed_ = true;
-  sigset_t before_;
-  UniqueDescriptor signals_, events_;
+  std::optional<Signals> signals_;
+  UniqueDescriptor events_;
   std::unique_ptr<Window> window_;
 };
 
