@@ -2,6 +2,7 @@
 
 #include <string>
 #include <utility>
+#include <vector>
 
 #include "host/records/display.h"
 #include "host/records/reports.h"
@@ -24,7 +25,7 @@ class TextSink : public Sink {
   bool OnData(const CGPSData& data) override;
   bool OnRawData(const CGPSDataRaw& epoch) override;
   bool OnEphemeris(const CGPSDataEphemeris& ephemeris) override;
-  bool OnBin(const Block&) override { return false; }
+  bool OnBin(const Block& block) override;
   /// With reports alone: an answer that gave no record, such as one that is decoded by no one.
   bool OnString(const CString& text) override;
 
@@ -32,6 +33,7 @@ class TextSink : public Sink {
   void WriteFix(const CGPSData& data);
   void WritePlace(const CGPSData& data);
   bool WriteReports(const CGPSData& data);
+  bool WriteRawEpoch(int week, double seconds, const std::vector<std::string>& satellites);
 
   std::string& out_;
   const Shows shows_;
