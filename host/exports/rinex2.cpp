@@ -106,7 +106,7 @@ std::vector<Row2> Rinex2::RowsOf(const Signals& signals) const {
 }
 
 void Rinex2::AppendRow(std::string& text, const Row2& row) const {
-  constexpr std::size_t kWidth = 16, kOfLine = 5;
+  constexpr std::size_t kOfLine = 5;
   std::size_t column = 0;
   const auto append = [&](double value, const rawdata::SignalObservation& signal, bool is_phase, bool has) {
     if (column > 0 && column % kOfLine == 0) text += '\n';
@@ -124,7 +124,7 @@ void Rinex2::AppendRow(std::string& text, const Row2& row) const {
     }
     for (std::size_t i = 0; i < kColumns2[f].size(); ++i, ++column) {
       if (column > 0 && column % kOfLine == 0) text += '\n';
-      text.append(kWidth, ' ');
+      text.append(kObservationColumns, ' ');
     }
   }
   text += '\n';

@@ -10,7 +10,6 @@ namespace host {
 namespace {
 
 constexpr std::size_t kTypesOfLine3 = 13, kSlotsOfLine3 = 8;
-constexpr std::size_t kWidth3 = 16;  // of an observation
 
 constexpr std::size_t LinesFor(std::size_t count, std::size_t of_line) {
   return (count + of_line - 1) / of_line;
@@ -159,7 +158,7 @@ void Rinex3::AppendRow(std::string& text, const System3& system, const Observed*
     const auto* const found =
         std::find_if(from, to, [&](Observed signal) { return std::string_view(signal->code) == code; });
     if (found == to) {
-      text.append(types_ * kWidth3, ' ');
+      text.append(types_ * kObservationColumns, ' ');
       continue;
     }
     const auto& signal = **found;

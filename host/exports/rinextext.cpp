@@ -44,23 +44,22 @@ std::string FileBeginning(double version, std::string_view kind) {
 // A day of measurements is tens of millions of numbers: this takes a tenth of what printf takes.
 void AppendMeasurement(std::string& text, double value) {
   constexpr double kMost = 999'999'999.0;
-  constexpr std::size_t kWidth = 14;
   if (!(std::fabs(value) <= kMost) || value == 0.0) {
-    text.append(kWidth, ' ');
+    text.append(kMeasurementColumns, ' ');
     return;
   }
   const long long thousandths = std::llrint(value * 1000.0);
   auto rest = static_cast<unsigned long long>(std::llabs(thousandths));
-  std::array<char, kWidth> field;
+  std::array<char, kMeasurementColumns> field;
   field.fill(' ');
-  std::size_t at = kWidth;
+  std::size_t at = kMeasurementColumns;
   for (int digits = 0; digits < 4 || rest > 0; ++digits) {
     if (digits == 3) field[--at] = '.';
     field[--at] = static_cast<char>('0' + rest % 10);
     rest /= 10;
   }
   if (thousandths < 0) field[--at] = '-';
-  text.append(field.data(), kWidth);
+  text.append(field.data(), kMeasurementColumns);
 }
 
 void AppendTerm(std::string& text, double value) {
