@@ -12,6 +12,8 @@
 #include "bench/corpus.h"
 #include "bench/host.h"
 #include "bench/processortime.h"
+#include "gpsengine/rawdata/rawdata.h"
+#include "simulator/simulator.h"
 
 namespace {
 
@@ -165,6 +167,37 @@ void BM_WholeRoadWithGarbage(benchmark::State& state) {
   }
   Measure(state, Lines().size(), [&] { FeedEngine(engine, host.window, bytes, kChunk); });
 }
+
+// A block of raw data, by the satellite: "ns" is that of one.
+void BM_RawData(benchmark::State& state, const char* pszModel, const char* pszCommand) {
+  simulator::Options options;
+  options.model = pszModel;
+  const auto receiver = simulator::MakeReceiver(options);
+  receiver->Receive(pszCommand);
+  const std::string bytes = receiver->Advance(1);
+  std::vector<WORD> words;
+  const std::size_t begin = std::min(bytes.find("$BIN"), bytes.find("\xAA\x44\x12"));
+  for (std::size_t i = begin; i + 1 < bytes.size(); i += 2)
+    words.push_back(static_cast<WORD>(static_cast<unsigned char>(bytes[i]) |
+                                      static_cast<unsigned char>(bytes[i + 1]) << 8));
+  rawdata::PhaseHistory history;
+  rawdata::ObservationEpoch epoch;
+  rawdata::BroadcastEphemeris ephemeris;
+  const bool observes = rawdata::DecodeObservations(words, history, epoch);
+  if (!observes && !rawdata::DecodeEphemeris(words, ephemeris)) return state.SkipWithError("no such block");
+  constexpr int kBlocks = 1000;
+  Measure(state, kBlocks * std::max<std::size_t>(epoch.signals.size(), 1), [&] {
+    for (int i = 0; i < kBlocks; ++i) {
+      observes ? rawdata::DecodeObservations(words, history, epoch)
+               : rawdata::DecodeEphemeris(words, ephemeris);
+    }
+  });
+}
+BENCHMARK_CAPTURE(BM_RawData, Bin96, "CSI - MAX", "$JOFF\r\n$JBIN,96,1\r\n")->UseManualTime();
+BENCHMARK_CAPTURE(BM_RawData, Bin95, "CSI - MAX", "$JOFF\r\n$JBIN,95,1\r\n")->UseManualTime();
+BENCHMARK_CAPTURE(BM_RawData, RANGE, "GSR2650 LB", "LOG RANGEB ONTIME 1\r\n")->UseManualTime();
+BENCHMARK_CAPTURE(BM_RawData, RANGECMP, "GSR2650 LB", "LOG RANGECMPB ONTIME 1\r\n")->UseManualTime();
+BENCHMARK_CAPTURE(BM_RawData, RAWEPHEM, "GSR2650 LB", "LOG RAWEPHEMB ONCHANGED\r\n")->UseManualTime();
 
 BENCHMARK(BM_Floor)->UseManualTime();
 BENCHMARK(BM_Framing)->UseManualTime();

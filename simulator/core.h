@@ -63,7 +63,7 @@ class Core : public Receiver {
   void LeaveFactory(std::initializer_list<const char*> messages, Settings others = {});
 
   /// Sends text ahead of everything that falls due.
-  void Answer(std::string text) { answers_.push_back(std::move(text)); }
+  void Answer(std::string_view text) { answers_.emplace_back(text); }
   void Complain(std::string_view line, std::string_view reason);
 
   /// Starts over with those settings, deaf and dumb for a while.

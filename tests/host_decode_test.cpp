@@ -7,6 +7,7 @@
 #include <fstream>
 
 #include "host/decode.h"
+#include "host/line/blockguard.h"
 #include "host/run/recording.h"
 #include "tests/support/receivertest.h"
 
@@ -124,6 +125,27 @@ TEST_F(HostDecode, ReadsAPackedRecordingAsWhatItHoldsFromAFileAndFromAPipe) {
   testing::internal::CaptureStderr();
   EXPECT_NE(Decoded(packed.substr(0, packed.size() - 9)), "");
   EXPECT_NE(testing::internal::GetCapturedStderr().find("in the middle"), std::string::npos);
+}
+
+TEST_F(HostDecode, BringsBlocksToTheLibraryWholeInAnyPieces) {
+  const auto block = [](char number, std::size_t length) {
+    return std::string("$BIN") + number + std::string(length - 7, 'x') + "\r\n";
+  };
+  const std::string sentence = WithChecksum("$GPZDA,,,,,,"), oem = "\xAA\x44\x12 a message\xAA\x44 ends";
+  const std::string stream = sentence + block(95, 140) + block(96, 312) + sentence + block(80, 52) + oem +
+                             block(95, 139) + "$BI$BIN" + block(96, 312).substr(4) + oem;
+  const std::string whole = sentence + block(95, 140) + '\n' + block(96, 312) + '\n' + sentence +
+                            block(80, 52) + oem + block(95, 139) + "$BI$BIN" + block(96, 312).substr(4) +
+                            '\n' + oem;
+  for (const std::size_t piece : {1u, 2u, 3u, 100u, 5000u}) {
+    BlockGuard guard;
+    std::string passed;
+    for (std::size_t at = 0; at < stream.size(); at += piece) {
+      passed += guard.Pass(std::string_view(stream).substr(at, piece));
+      EXPECT_FALSE(passed.ends_with("\xAA") || passed.ends_with("\xAA\x44")) << "a sync in two pieces";
+    }
+    EXPECT_EQ(passed, whole) << piece;
+  }
 }
 
 TEST_F(HostDecode, SaysWhatARecordingHoldsOfWhichNothingIsUnderstood) {

@@ -214,7 +214,7 @@ TEST(HostRecordFormat, WritesTheUsedSlotsOfARawEpochAndABlock) {
   std::string out;
   RecordSink sink(out);
   EXPECT_TRUE(sink.OnRawData(epoch));
-  EXPECT_TRUE(sink.OnBin(Block()));
+  EXPECT_TRUE(sink.OnBin(Block{{rawdata::Family::oem, 42}, 104}));
   EXPECT_EQ(
       out,
       R"({"message":"WM_GPS_NEW_RAW_DATA","m_Time":7,"m_dLatitude":0,"m_dLongitude":0,"m_dHeight":0,"m_dSpare":0,)"
@@ -222,7 +222,49 @@ TEST(HostRecordFormat, WritesTheUsedSlotsOfARawEpochAndABlock) {
       R"("m_dCorrectedTime":0,"m_dClockOffset":0,"m_dClockDrift":0,"m_nGPSWeek":2314,"m_Satellites":[)"
       R"({"m_nPRN":5,"m_nSignalCount":2,"m_dPseudorange":20985472.060000002,"m_dCarrierPhase":12.5,)"
       R"("m_dDoppler":-1,"m_dSpare1":0,"m_dSpare2":0,"m_bValid":true}],"m_nSatellites":1})"
-      "\n{\"message\":\"WM_GPS_NEW_BIN\"}\n");
+      "\n{\"message\":\"WM_GPS_NEW_BIN\",\"block\":\"OEM 42\",\"bytes\":104}\n");
+}
+
+TEST(HostFormats, ShowWhatABlockHolds) {
+  rawdata::ObservationEpoch epoch{266, 172800.5, {}};
+  epoch.signals.push_back({'G', 5, "1C", 2.1e7, -1.5, 1000.25, 45.5, true, false, {}});
+  epoch.signals.push_back({'S', 22, "1C", 3.7e7, 0.0, 0.0, 0.0, true, true, {}});
+  epoch.signals.push_back({'R', 24, "2P", 0.0, 9.0, 0.0, 40.0, false, false, -7});
+  rawdata::BroadcastEphemeris ephemeris;
+  ephemeris.orbit.m_nPRN = 5;
+  ephemeris.orbit.m_nWeek = 266;
+  ephemeris.accuracy = 2.8;
+  const Block observed{{rawdata::Family::bin, 96}, 312, &epoch, nullptr};
+  const Block told{{rawdata::Family::oem, 41}, 134, nullptr, &ephemeris};
+  std::string record;
+  EXPECT_TRUE(RecordSink(record).OnBin(observed));
+  EXPECT_EQ(record, R"({"message":"WM_GPS_NEW_BIN","block":"$BIN 96","bytes":312,"observations":{"week":266,)"
+                    R"("time_of_week":172800.5,"signals":[{"system":"G","satellite":5,"code":"1C",)"
+                    R"("pseudorange":2.1e+07,"carrier_phase":-1.5,"doppler":1000.25,"cn0":45.5,"slip":true,)"
+                    R"("half_cycle":false},{"system":"S","satellite":22,"code":"1C","pseudorange":3.7e+07,)"
+                    R"("carrier_phase":0,"doppler":0,"cn0":0,"slip":true,"half_cycle":true},{"system":"R",)"
+                    R"("satellite":24,"code":"2P","pseudorange":0,"carrier_phase":9,"doppler":0,"cn0":40,)"
+                    R"("slip":false,"half_cycle":false,"glonass_channel":-7}]}})"
+                    "\n");
+  record.clear();
+  EXPECT_TRUE(RecordSink(record).OnBin(told));
+  EXPECT_NE(record.find(R"("ephemeris":{"orbit":{"m_nPRN":5,"m_nWeek":266)"), std::string::npos) << record;
+  EXPECT_NE(record.find(R"(},"accuracy":2.8,"health":0,)"), std::string::npos) << record;
+
+  std::string json;
+  GpsdSink sink(json, "", Geoid::none);
+  sink.SetReference(kMidday);
+  EXPECT_FALSE(sink.OnBin(Block()));
+  EXPECT_TRUE(sink.OnBin(observed));
+  EXPECT_EQ(json, R"({"class":"RAW","week":2314,"tow":172800.500,"rawdata":[{"PRN":5,"gnssid":0,"svid":5,)"
+                  R"("obs":"L1C","pseudorange":21000000.000,"carrierphase":-1.500,"doppler":1000.250,)"
+                  R"("snr":45.500,"lli":1},{"PRN":35,"gnssid":1,"svid":122,"obs":"L1C",)"
+                  R"("pseudorange":37000000.000},{"PRN":88,"gnssid":6,"svid":24,"obs":"L2P",)"
+                  R"("carrierphase":9.000,"snr":40.000,"freqid":-7}]})"
+                  "\n");
+  json.clear();
+  EXPECT_TRUE(sink.OnBin(told));
+  EXPECT_TRUE(json.starts_with(R"({"class":"EPHEMERIS","PRN":5)")) << json;
 }
 
 TEST(HostJsonFormat, WritesAPositionAsTpv) {

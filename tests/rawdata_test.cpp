@@ -188,9 +188,14 @@ TEST(RawData, RefusesASoundBlockOfWhatCannotBe) {
     EXPECT_FALSE(DecodeObservations(with(observations, 12, seconds), history, epoch)) << seconds;
   for (const double metres : {1.0, -2e7, 1e9, double(NAN)})
     EXPECT_FALSE(DecodeObservations(with(observations, 28, metres), history, epoch)) << metres;
-  ASSERT_TRUE(DecodeObservations(with(observations, 12, 604800.0), history, epoch));
-  EXPECT_EQ(epoch.time_of_week, 0.0);
-  EXPECT_EQ(epoch.week, TheWorld().TimeAt(0).week + 1);
+  const int week = TheWorld().TimeAt(0).week;
+  const std::tuple<double, int, double> ends[] = {
+      {604800.25, week + 1, 0.25}, {-0.25, week - 1, 604799.75}, {-1e-15, week, 0.0}};
+  for (const auto& [told, in_week, seconds] : ends) {
+    ASSERT_TRUE(DecodeObservations(with(observations, 12, told), history, epoch));
+    EXPECT_EQ(epoch.time_of_week, seconds);
+    EXPECT_EQ(epoch.week, in_week);
+  }
 
   BroadcastEphemeris read;
   // No GPS satellite; another preamble, another number of a subframe; orbit and clock of other issues; no

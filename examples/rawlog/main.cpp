@@ -7,6 +7,7 @@
 #include "gpsengine/datalog/datalog.h"
 #include "gpsengine/engine/gpsengine.h"
 #include "gpsengine/platform/application.h"
+#include "gpsengine/rawdata/rawdata.h"
 
 // The settings are the base class's; the format, and what is due when, is the log's.
 class CCsvLog : public CDataLog {
@@ -69,20 +70,36 @@ class CCsvLog : public CDataLog {
 class Window : public CWnd {
  public:
   explicit Window(CDataLog& log) : m_Log(log) {}
+  void ReadBlocksOf(const CGPSReceiver& receiver) { m_pReceiver = &receiver; }
 
   LRESULT WindowProc(UINT message, WPARAM wParam, LPARAM) override {
     // Every object that comes is ours to delete, the ones that we do not look at too.
     if (message == WM_GPS_NEW_DATA) delete reinterpret_cast<CGPSData*>(wParam);
     if (message == WM_GPS_NEW_EPHEMERIS) delete reinterpret_cast<CGPSDataEphemeris*>(wParam);
+    if (message == WM_GPS_NEW_BIN) TakeBlock();
     if (message != WM_GPS_NEW_RAW_DATA) return 0;
     const std::unique_ptr<CGPSDataRaw> epoch(reinterpret_cast<CGPSDataRaw*>(wParam));
-    if (m_Log.IsEpochDue(*epoch) && !m_Log.WriteEpoch(*epoch)) PostQuitMessage();
-    if (m_Log.GetNumEpochs() == 5) PostQuitMessage();
+    Write(*epoch);
     return 0;
   }
 
  private:
+  // Some makes send blocks that the library hands on unread.
+  void TakeBlock() {
+    rawdata::ObservationEpoch signals;
+    CGPSDataRaw epoch;
+    if (rawdata::DecodeObservations(rawdata::WordsOf(m_pReceiver->m_BinWords), m_History, signals) &&
+        rawdata::ToDataRaw(signals, epoch))
+      Write(epoch);
+  }
+  void Write(const CGPSDataRaw& epoch) {
+    if (m_Log.IsEpochDue(epoch) && !m_Log.WriteEpoch(epoch)) PostQuitMessage();
+    if (m_Log.GetNumEpochs() == 5) PostQuitMessage();
+  }
+
   CDataLog& m_Log;
+  const CGPSReceiver* m_pReceiver = nullptr;
+  rawdata::PhaseHistory m_History;
 };
 
 int Fail(const CString& reason) {
@@ -107,6 +124,7 @@ int main(int argc, char** argv) {
   engine.m_bAttachRawData = true;  // raw data are binary: the engine is to keep each message's bytes
   MapComPort(1, argv[1]);
   CGPSReceiver* receiver = engine.FindReceiver(argv[2]);
+  window.ReadBlocksOf(*receiver);
   if (!receiver->HasRawData()) return Fail("this model has no raw data");
   receiver->SetupReceiver(1, 0, 0.0, "", false);
   engine.SetReceiver(receiver);

@@ -10,7 +10,7 @@ namespace rawdata {
 /// Gathers the measurements of one block, and beside each what tells whether its phase goes on.
 class EpochBuilder {
  public:
-  explicit EpochBuilder(ObservationEpoch& epoch) : m_Epoch(epoch) {}
+  explicit EpochBuilder(ObservationEpoch& epoch) : m_Epoch(epoch) { m_Locks.reserve(32); }
 
   /// The moment; half a second beyond the week's ends belongs to the next one. False if there is no such one.
   bool SetTime(int week, double time_of_week);

@@ -59,9 +59,17 @@ bool PhaseHistory::Continues(const SignalObservation& signal, const ObservationE
 
 bool EpochBuilder::SetTime(int week, double time_of_week) {
   if (!(time_of_week > -0.5 && time_of_week < kSecondsOfWeek + 0.5)) return false;
-  const int carry = time_of_week < 0.0 ? -1 : time_of_week >= kSecondsOfWeek ? 1 : 0;
-  m_Epoch.week = week + carry;
-  m_Epoch.time_of_week = time_of_week - carry * kSecondsOfWeek;
+  m_Epoch.week = week;
+  m_Epoch.time_of_week = time_of_week;
+  if (time_of_week < 0.0) {
+    --m_Epoch.week;
+    m_Epoch.time_of_week += kSecondsOfWeek;
+  }
+  // What is less than a nanosecond ahead of the week's end may be rounded to it.
+  if (m_Epoch.time_of_week >= kSecondsOfWeek) {
+    ++m_Epoch.week;
+    m_Epoch.time_of_week -= kSecondsOfWeek;
+  }
   return m_Epoch.week >= 0;
 }
 
