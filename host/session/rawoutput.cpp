@@ -69,7 +69,11 @@ void RawOutput::Silence() {
     Sleep(kCommand);
   }
   NoteSentences();
-  SeenSentences::Forget();
+}
+
+// What was under way when the sentences were switched off still comes.
+void RawOutput::Step() {
+  if (silenced_) SeenSentences::Forget();
 }
 
 void RawOutput::NoteSentences() {

@@ -21,6 +21,7 @@ class RawOutput : public Outlet {
   /// Throws a Failure if the port does not take them.
   void Start();
   void OnEvent(RunEvent event) override;
+  void Step() override;
 
   /// What a run writes to a receiver of that model at its start and at its end, for people.
   static std::string Explain(const std::string& model, double interval);
