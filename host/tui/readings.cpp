@@ -81,9 +81,11 @@ bool Readings::OnEphemeris(const CGPSDataEphemeris&) {
   return true;
 }
 
-bool Readings::OnBin(const Block&) {
+bool Readings::OnBin(const Block& block) {
   ++version_;
   ++bins_;
+  if (block.epoch != nullptr) ++raw_epochs_;
+  if (block.ephemeris != nullptr) ++ephemerides_;
   return false;
 }
 
