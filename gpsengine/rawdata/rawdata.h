@@ -25,8 +25,8 @@ enum class Family : std::uint8_t {
 
 /// What a block is, by its head alone.
 struct BlockHead {
-  Family family = Family::none;
-  int number = 0;  ///< Of the block or message, 0 to 65535.
+  Family family = Family::none;  ///< Where it comes from.
+  int number = 0;                ///< Of the block or message, 0 to 65535.
 };
 
 /// What a block's number stands for.
@@ -83,7 +83,7 @@ struct BroadcastEphemeris {
   double accuracy = 0.0;    ///< Of the user's range, metres.
   int health = 0;           ///< Six bits, 0 for all is well.
   int codes_on_l2 = 0;      ///< 0 where the block does not tell it.
-  bool l2p_without_data = false;
+  bool l2p_without_data = false;  ///< The P code on L2 carries no navigation message.
   bool long_fit = false;  ///< Fitted over more than four hours; false where the block does not tell it.
 };
 

@@ -84,8 +84,8 @@ bool Readings::OnEphemeris(const CGPSDataEphemeris&) {
 bool Readings::OnBin(const Block& block) {
   ++version_;
   ++bins_;
-  if (block.epoch != nullptr) ++raw_epochs_;
-  if (block.ephemeris != nullptr) ++ephemerides_;
+  raw_epochs_ += block.epoch != nullptr ? 1 : 0;
+  ephemerides_ += block.ephemeris != nullptr ? 1 : 0;
   return false;
 }
 
