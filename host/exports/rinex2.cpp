@@ -46,12 +46,12 @@ class Rinex2 : public RinexFormat {
   explicit Rinex2(const RinexKind& kind)
       : kind_(kind), frequencies_(kind.more_than_l1_ca ? kFrequencies : 1) {}
 
-  bool Learn(const Signals& signals) override;
+  bool Learn(const SignalList& signals) override;
   std::string Header(const RinexStation& station) const override;
-  void Append(std::string& text, const GpsTime& time, const Signals& signals) const override;
+  void Append(std::string& text, const GpsTime& time, const SignalList& signals) const override;
 
  private:
-  std::vector<Row2> RowsOf(const Signals& signals) const;
+  std::vector<Row2> RowsOf(const SignalList& signals) const;
   void AppendRow(std::string& text, const Row2& row) const;
 
   const RinexKind kind_;
@@ -59,7 +59,7 @@ class Rinex2 : public RinexFormat {
   std::string systems_;  // that have come
 };
 
-bool Rinex2::Learn(const Signals& signals) {
+bool Rinex2::Learn(const SignalList& signals) {
   const std::size_t before = systems_.size();
   for (const auto& signal : signals) {
     if (FindSignal2(signal) != nullptr && systems_.find(signal.system) == std::string::npos)
@@ -89,7 +89,7 @@ std::string Rinex2::Header(const RinexStation& station) const {
          HeaderLine("", "END OF HEADER");
 }
 
-std::vector<Row2> Rinex2::RowsOf(const Signals& signals) const {
+std::vector<Row2> Rinex2::RowsOf(const SignalList& signals) const {
   std::vector<Row2> rows;
   for (const auto* signal : BySatellite(signals)) {
     const Signal2* const known = FindSignal2(*signal);
@@ -130,7 +130,7 @@ void Rinex2::AppendRow(std::string& text, const Row2& row) const {
   text += '\n';
 }
 
-void Rinex2::Append(std::string& text, const GpsTime& time, const Signals& signals) const {
+void Rinex2::Append(std::string& text, const GpsTime& time, const SignalList& signals) const {
   constexpr std::size_t kOfLine = 12;
   const std::vector<Row2> rows = RowsOf(signals);
   if (rows.empty()) return;

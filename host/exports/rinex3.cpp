@@ -34,9 +34,9 @@ class Rinex3 : public RinexFormat {
   explicit Rinex3(const RinexKind& kind)
       : kind_(kind), room_(RoomFor(kind)), types_(kind.in_decibels ? 4 : 3) {}
 
-  bool Learn(const Signals& signals) override;
+  bool Learn(const SignalList& signals) override;
   std::string Header(const RinexStation& station) const override;
-  void Append(std::string& text, const GpsTime& time, const Signals& signals) const override;
+  void Append(std::string& text, const GpsTime& time, const SignalList& signals) const override;
 
  private:
   using Observed = const rawdata::SignalObservation*;
@@ -93,7 +93,7 @@ bool Rinex3::LearnChannel(const rawdata::SignalObservation& signal) {
   return is_new;
 }
 
-bool Rinex3::Learn(const Signals& signals) {
+bool Rinex3::Learn(const SignalList& signals) {
   bool changed = false;
   for (const auto& signal : signals) {
     changed |= LearnCode(signal);
@@ -173,7 +173,7 @@ void Rinex3::AppendRow(std::string& text, const System3& system, const Observed*
   text += '\n';
 }
 
-void Rinex3::Append(std::string& text, const GpsTime& time, const Signals& signals) const {
+void Rinex3::Append(std::string& text, const GpsTime& time, const SignalList& signals) const {
   auto sorted = BySatellite(signals);
   std::erase_if(sorted, [&](Observed signal) {
     const System3* const system = Find(signal->system);

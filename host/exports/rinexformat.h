@@ -42,7 +42,7 @@ struct RinexEphemeris {
   double sent = 0.0;  ///< Seconds since the beginning of the week of `toe`.
 };
 
-using Signals = std::vector<rawdata::SignalObservation>;
+using SignalList = std::vector<rawdata::SignalObservation>;
 
 /// One version's observation file, as text. It learns as it goes what its header has to declare; a header is
 /// as long at the end as at the beginning, and no line written before becomes another by what is learned.
@@ -50,10 +50,10 @@ class RinexFormat {
  public:
   virtual ~RinexFormat() = default;
   /// Takes note of what an epoch has. True if the header is another one by that.
-  virtual bool Learn(const Signals& signals) = 0;
+  virtual bool Learn(const SignalList& signals) = 0;
   virtual std::string Header(const RinexStation& station) const = 0;
   /// Appends an epoch, whose signals have been learned; nothing if the version has room for none of them.
-  virtual void Append(std::string& text, const GpsTime& time, const Signals& signals) const = 0;
+  virtual void Append(std::string& text, const GpsTime& time, const SignalList& signals) const = 0;
 };
 
 std::unique_ptr<RinexFormat> MakeRinex2(const RinexKind& kind);
@@ -63,7 +63,7 @@ inline std::unique_ptr<RinexFormat> MakeRinex(RinexVersion version, const RinexK
 }
 
 /// The signals satellite by satellite, those of GPS first; each one's in their order.
-std::vector<const rawdata::SignalObservation*> BySatellite(const Signals& signals);
+std::vector<const rawdata::SignalObservation*> BySatellite(const SignalList& signals);
 /// OBSERVATION DATA and the system that these are the letters of, or MIXED.
 std::string ObservationKind(const std::string& systems);
 /// The header's lines from the mark's name to the antenna's place, which both versions have.

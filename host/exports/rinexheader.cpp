@@ -8,7 +8,7 @@
 
 namespace host {
 
-std::vector<const rawdata::SignalObservation*> BySatellite(const Signals& signals) {
+std::vector<const rawdata::SignalObservation*> BySatellite(const SignalList& signals) {
   std::vector<const rawdata::SignalObservation*> sorted;
   sorted.reserve(signals.size());
   for (const auto& signal : signals) sorted.push_back(&signal);

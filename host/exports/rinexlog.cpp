@@ -31,8 +31,8 @@ bool IsTimeOfWeek(double seconds) {
 
 /// Metres, cycles that grow with the range and hertz on approach, as the record has them. It does not say
 /// whether a phase goes on.
-Signals SignalsOf(const CGPSDataRaw& epoch) {
-  Signals signals;
+SignalList SignalsOf(const CGPSDataRaw& epoch) {
+  SignalList signals;
   for (int i = 0; i < epoch.GetNumSV(); ++i) {
     CGPSSatelliteDataRaw satellite;
     if (!epoch.GetSatelliteData(satellite, i) || !satellite.m_bValid || !IsGps(satellite.m_nPRN)) continue;
@@ -143,15 +143,15 @@ void RinexLog::SkipEpoch(const rawdata::ObservationEpoch& epoch) {
   }
 }
 
-Signals RinexLog::WithSlips(const Signals& signals) {
-  Signals marked = signals;
+SignalList RinexLog::WithSlips(const SignalList& signals) {
+  SignalList marked = signals;
   for (auto& signal : marked) {
     if (signal.carrier_phase != 0.0 && slipped_.erase(NameOf(signal)) > 0) signal.slip = true;
   }
   return marked;
 }
 
-bool RinexLog::Write(const GpsTime& time, const Signals& signals, const RinexKind& kind) {
+bool RinexLog::Write(const GpsTime& time, const SignalList& signals, const RinexKind& kind) {
   if (!open_) return Fail("the log is not open");
   if (signals.empty()) return Fail("the epoch has no GPS satellite");
   if (!WriteHead(time, signals, kind)) return false;
@@ -165,7 +165,7 @@ bool RinexLog::Write(const GpsTime& time, const Signals& signals, const RinexKin
 }
 
 /// The header is there ahead of the first epoch that needs it.
-bool RinexLog::WriteHead(const GpsTime& time, const Signals& signals, const RinexKind& kind) {
+bool RinexLog::WriteHead(const GpsTime& time, const SignalList& signals, const RinexKind& kind) {
   const bool is_first = format_ == nullptr;
   if (is_first) {
     format_ = MakeRinex(version_, kind);

@@ -73,9 +73,9 @@ class RinexLog : public CDataLog {
   GpsTime TimeOf(const rawdata::ObservationEpoch& epoch) const;
   Moment PivotFor(const CTime& time) const { return pivot_.value_or(time.GetTime() * 1000); }
   bool IsDue(const GpsTime& time) const;
-  bool Write(const GpsTime& time, const Signals& signals, const RinexKind& kind);
-  bool WriteHead(const GpsTime& time, const Signals& signals, const RinexKind& kind);
-  Signals WithSlips(const Signals& signals);
+  bool Write(const GpsTime& time, const SignalList& signals, const RinexKind& kind);
+  bool WriteHead(const GpsTime& time, const SignalList& signals, const RinexKind& kind);
+  SignalList WithSlips(const SignalList& signals);
   bool Write(const rawdata::BroadcastEphemeris& ephemeris, bool has_state);
   bool WriteWaiting();
   bool Append(RinexFile& file, const std::string& text);

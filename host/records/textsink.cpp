@@ -182,8 +182,8 @@ bool TextSink::OnBin(const Block& block) {
   if (block.epoch == nullptr) return false;
   std::vector<std::string> satellites;
   for (const auto& signal : block.epoch->signals) {
-    std::string name(1, signal.system);
-    AppendTwo(name, signal.satellite);
+    const std::string name =
+        signal.system + std::string(signal.satellite < 10 ? "0" : "") + std::to_string(signal.satellite);
     if (std::ranges::find(satellites, name) == satellites.end()) satellites.push_back(name);
   }
   return WriteRawEpoch(block.epoch->week, block.epoch->time_of_week, satellites);
