@@ -2,20 +2,15 @@
 
 #include <memory>
 #include <optional>
+#include <utility>
 
-#include "host/commands/rawdata.h"
 #include "host/session/fixage.h"
+#include "host/session/rawoutput.h"
 #include "host/tui/livescreen.h"
 
 namespace host {
 
 namespace {
-
-void AskForRawData(CGPSReceiver& receiver, double interval) {
-  if (receiver.EnablePostProcessing(true) && (interval <= 0.0 || SetRawInterval(receiver, interval))) return;
-  throw Failure(ExitCode::refused, "the receiver did not take the command to send raw data" +
-                                       (interval > 0.0 ? " every " + Seconds(interval) : std::string()));
-}
 
 RunRules RulesOf(const MonitorOptions& options, bool is_live) {
   RunRules rules;
@@ -24,26 +19,26 @@ RunRules RulesOf(const MonitorOptions& options, bool is_live) {
   rules.attach_raw = options.attach_raw;
   if (options.rinex.base.empty()) return rules;
   rules.attach_raw = true;
-  if (is_live) {
-    rules.on_open = [interval = options.rinex.interval](CGPSReceiver& receiver) {
-      AskForRawData(receiver, interval);
-    };
-  }
   return rules;
+}
+
+ExitCode ExplainRawData(const MonitorOptions& options, Output& output) {
+  output.Text() += RawOutput::Explain(options.model, options.rinex.interval);
+  output.Flush();
+  return ExitCode::done;
 }
 
 }  // namespace
 
 ExitCode Monitor(const MonitorOptions& given, const Interrupt& interrupt, Output& output) {
   const MonitorOptions options = ByItsOwnTime(given);
+  if (options.explain) return ExplainRawData(options, output);
   Session session(options, interrupt, output);
   session.Read(MakeLiveFeed(options, session.Options().model, /*tells_bytes=*/false));
   const Feed& feed = session.GetFeed();
-  if (!options.rinex.base.empty() && feed.IsLive() && !session.Receiver().HasRawData()) {
-    throw Failure(ExitCode::usage, "the model " + options.model + " has no raw data to log");
-  }
-  if (options.rinex.interval > 0.0 && feed.IsLive())
-    CheckRawInterval(session.Receiver(), options.rinex.interval);
+  std::optional<RawOutput> raw_output;
+  if (!options.rinex.base.empty() && feed.IsLive())
+    session.Add(raw_output.emplace(session.Receiver(), options.rinex.interval));
   const bool on_screen = options.format == Format::tui;
   Readings readings;
   FixAge fix_age(output.Text(), [&session] { return session.Engine().GetMessages(); });
@@ -55,7 +50,9 @@ ExitCode Monitor(const MonitorOptions& given, const Interrupt& interrupt, Output
   } else {
     feed.Announce(options.model);
   }
-  const ExitCode code = session.Run(RulesOf(options, feed.IsLive()));
+  RunRules rules = RulesOf(options, feed.IsLive());
+  if (raw_output) rules.on_open = [&](CGPSReceiver&) { raw_output->Start(); };
+  const ExitCode code = session.Run(std::move(rules));
   if (code == ExitCode::done) feed.CheckUnderstood(session.Window());
   return code;
 }

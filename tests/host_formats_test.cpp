@@ -420,6 +420,22 @@ TEST(HostFormats, TellARepeatedPositionModeOnce) {
   EXPECT_NE(text.Of(data).find("HDOP mask 4"), std::string::npos);
 }
 
+TEST(HostTextFormat, NamesTheSatellitesOfARawEpochOnce) {
+  std::string out;
+  TextSink text(out, TextSink::Shows::fixes);
+  rawdata::ObservationEpoch epoch{2314, 345600.5, {}};
+  for (const auto& [system, satellite] : {std::pair('G', 5), {'R', 24}, {'G', 5}}) {
+    epoch.signals.emplace_back();
+    epoch.signals.back().system = system;
+    epoch.signals.back().satellite = satellite;
+  }
+  Block block;
+  EXPECT_FALSE(text.OnBin(block));
+  block.epoch = &epoch;
+  EXPECT_TRUE(text.OnBin(block));
+  EXPECT_EQ(out, "raw epoch: week 2314 345600.500 s, 2 satellites: G05 R24\n");
+}
+
 TEST(HostTextFormat, WritesALineAFix) {
   Lines text(Format::text);
   EXPECT_EQ(text.Of(Fix()),

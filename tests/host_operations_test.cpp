@@ -9,6 +9,7 @@
 #include "host/commands/rawdata.h"
 #include "host/commands/rehearse.h"
 #include "host/run/failure.h"
+#include "host/session/rawoutput.h"
 
 using namespace host;
 
@@ -130,6 +131,58 @@ TEST_F(HostOperations, SayWhatAnInterruptionHasLeftUndone) {
   for (const auto& [passed, text] : rows)
     EXPECT_NE(outcome.TellInterrupted("set-dgps", passed).find(text), std::string::npos)
         << outcome.TellInterrupted("set-dgps", passed);
+}
+
+namespace {
+
+/// What a run for a RINEX log writes, without its waits: what has come ahead of its commands, and what
+/// follows.
+std::string RawRun(const std::string& model, double interval, const std::vector<CString>& sentences) {
+  const Action run = [&](CGPSReceiver& receiver) {
+    RawOutput output(receiver, interval);
+    output.OnEvent(RunEvent::starting);
+    for (CString sentence : sentences) receiver.Parse(sentence);
+    output.Start();
+    receiver.Send("-");
+    output.OnEvent(RunEvent::over);
+    return Result::none;  // whose destructor finds nothing to do
+  };
+  std::string text;
+  for (const auto& step : Rehearse(model, FindOperation("post-processing"), run).steps)
+    text += step.bytes.substr(0, step.bytes.find('\r')) + (step.bytes.empty() ? "" : ";");
+  return text;
+}
+
+}  // namespace
+
+TEST_F(HostOperations, BringAReceiverToSendRawDataAndPutBackWhatWasThere) {
+  const CString gsa = "$GPGSA,A,3,01,02,03,04,,,,,,,,,2.0,1.0,1.7*33\r\n";
+  const CString gsv = "$GPGSV,1,1,01,02,45,100,40*4E\r\n";
+  const std::string on = "$PASHS,RAW,MBN,A,ON;$PASHS,RAW,PBN,A,ON;$PASHS,RAW,SNV,A,ON;";
+  const std::string off = "$PASHS,NME,GSA,A,OFF;$PASHS,NME,GSV,A,OFF;-;";
+  const struct {
+    const char* model;
+    double interval;
+    std::vector<CString> sentences;
+    std::string written;
+  } rows[] = {
+      {"Ashtech", 0.0, {}, on + off},
+      {"CSI", 0.5, {gsv}, on + "$PASHS,RCI,0.500000;" + off + "$PASHS,NME,GSV,A,ON;"},
+      {"Racal", 0.0, {gsa, gsv}, on + off + "$PASHS,NME,GSA,A,ON;$PASHS,NME,GSV,A,ON;"},
+      {"CSI - MAX", 0.0, {gsa, gsv}, "$JBIN,96,1;$JBIN,95,1;$JSAVE;-;"},
+      {"CSI - MAX", 30.0, {}, "$JBIN,96,1;$JBIN,95,1;$JSAVE;-;"},
+      {"Sokkia Axis3", 0.4, {}, "$JBIN,96,0.2;$JBIN,95,0.2;$JSAVE;-;"},
+      {"GSR2650 LB",
+       1.0,
+       {gsa, gsv},
+       "LOG RANGEB ONTIME 1;LOG RAWEPHEMB ONCHANGED;LOG ALMANACB ONCHANGED;SAVECONFIG;-;"},
+  };
+  for (const auto& [model, interval, sentences, written] : rows)
+    EXPECT_EQ(RawRun(model, interval, sentences), written) << model;
+  const std::pair<const char*, double> refused[] = {
+      {"Trimble", 0.0}, {"CSI - MAX", 0.3}, {"GSR2650 LB", 0.5}, {"Ashtech", 0.1}};
+  for (const auto& [model, interval] : refused)
+    EXPECT_THROW(RawOutput(FindModel(model), interval), Failure) << model;
 }
 
 TEST_F(HostOperations, SayWhyALogOfRawDataIsEmptyByTheModel) {

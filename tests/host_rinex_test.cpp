@@ -1,10 +1,14 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <chrono>
 #include <cmath>
+#include <csignal>
 #include <cstdlib>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
@@ -73,7 +77,7 @@ class HostRinex : public testing::Test {
 
   const std::string folder_;
   CWinApp app_{"gpsengine-test"};
-  RinexLog log_;
+  RinexLog log_{RinexVersion::v2_11};
 };
 
 }  // namespace
@@ -101,7 +105,9 @@ TEST(HostGpsTime, CarriesRoundedSecondsOver) {
 
 TEST_F(HostRinex, WritesAnEpochUnderACompleteHeader) {
   log_.SetAntennaHeight(2.0);
-  log_.SetReceiver("Ashtech");
+  RinexStation station;
+  station.receiver = "Ashtech";
+  log_.SetStation(station);
   ASSERT_TRUE(log_.Open());
   ASSERT_TRUE(log_.WriteEpoch(Epoch(266, 180000.1234567)));
   std::string text = Read(folder_ + "/run.obs");
@@ -180,6 +186,156 @@ TEST_F(HostRinex, WritesAnEphemerisOnceAndInRadians) {
                 "   -1.000000000000D+01" + z + "\n");
 }
 
+namespace {
+
+rawdata::SignalObservation Signal(char system, int satellite, const char* code, double cn0) {
+  rawdata::SignalObservation signal;
+  signal.system = system;
+  signal.satellite = satellite;
+  std::copy(code, code + 2, signal.code);
+  signal.pseudorange = 2e7 + satellite;
+  signal.carrier_phase = 1e8 + satellite;
+  signal.doppler = -1000.0 - satellite;
+  signal.cn0 = cn0;
+  signal.slip = false;
+  return signal;
+}
+
+constexpr RinexKind kManySignals{.in_decibels = true, .systems = 7, .more_than_l1_ca = true};
+
+}  // namespace
+
+TEST_F(HostRinex, WritesTheStateThatComesWithAnEphemeris) {
+  const struct {
+    bool is_long;
+    int issue;
+    const char* hours;
+  } fits[] = {{false, 240, "4"}, {true, 21, "6"}, {true, 247, "8"}, {true, 496, "1.4"}, {true, 1023, "2.6"}};
+  for (const auto& [is_long, issue, hours] : fits) {
+    rawdata::BroadcastEphemeris told;
+    told.orbit.m_nPRN = 5;
+    told.orbit.m_nWeek = 266;
+    told.orbit.m_lTow = told.orbit.m_lToe = told.orbit.m_lToc = 7200;
+    told.orbit.m_lAodc = issue;
+    told.accuracy = 2.4;
+    told.health = 63;
+    told.codes_on_l2 = 1;
+    told.l2p_without_data = true;
+    told.long_fit = is_long;
+    RinexLog log;
+    log.SetBase(folder_ + "/state");
+    log.Enable(true);
+    ASSERT_TRUE(log.Open());
+    // The week is that of the first epoch, which comes later.
+    EXPECT_TRUE(log.WriteEphemeris(told));
+    EXPECT_EQ(log.GetNumEphemerides(), 0);
+    log.WriteEpoch({2314, 7200.0, {Signal('G', 5, "1C", 0.0)}}, kManySignals);
+    EXPECT_EQ(log.GetNumEphemerides(), 1);
+    const std::string body = Body(log.NavigationPath());
+    EXPECT_TRUE(body.starts_with("G05 2024 05 12 02 00 00 0.00")) << body;
+    EXPECT_NE(body.find("\n     0.000000000000D+00 1.000000000000D+00 2.314000000000D+03 1.000000000000D+00\n"
+                        "     2.400000000000D+00 6.300000000000D+01"),
+              std::string::npos)
+        << body;
+    EXPECT_EQ(body.substr(body.rfind("D+03 ") + 5, std::strlen(hours)), hours) << body;
+  }
+}
+
+// What shows up later is declared in the room that the header has kept, and what was written stays as it is.
+TEST_F(HostRinex, DeclaresSignalsAsTheyComeInAHeaderOfOneLength) {
+  RinexLog log;
+  log.SetBase(folder_ + "/wide");
+  log.SetLogInterval(1.0);
+  log.Enable(true);
+  ASSERT_TRUE(log.Open());
+  rawdata::ObservationEpoch epoch{2314, 180000.0, {Signal('G', 5, "1C", 48.5), Signal('G', 17, "1C", 5.0)}};
+  epoch.signals[0].slip = true;
+  epoch.signals[1].slip = epoch.signals[1].half_cycle = true;
+  ASSERT_TRUE(log.WriteEpoch(epoch, kManySignals));
+  const std::string path = log.ObservationPath(), first = Read(path);
+  EXPECT_NE(first.find("OBSERVATION DATA    G (GPS)"), std::string::npos);
+  EXPECT_NE(first.find("\nG    4 C1C L1C D1C S1C  "), std::string::npos);
+
+  log.SetPlace(0.0, 90.0, 100.0);
+  epoch = {
+      2314, 180001.0, {Signal('R', 9, "1C", 60.0), Signal('G', 5, "1C", 48.5), Signal('G', 5, "2W", 0.0)}};
+  epoch.signals[0].glonass_channel = -2;
+  ASSERT_TRUE(log.WriteEpoch(epoch, kManySignals));
+  const std::string both = Read(path);
+  EXPECT_EQ(both.find("END OF HEADER"), first.find("END OF HEADER"));
+  for (const char* line : {"OBSERVATION DATA    M (MIXED)", "\nG    8 C1C L1C D1C S1C C2W L2W D2W S2W  ",
+                           "\nR    4 C1C L1C D1C S1C  ", "\n        0.0000  6378237.0000        0.0000  ",
+                           "\n  1 R09 -2     ", "\nDBHZ "}) {
+    EXPECT_NE(both.find(line), std::string::npos) << line;
+  }
+  EXPECT_EQ(
+      Body(path),
+      "> 2024 05 14 02 00  0.0000000  0  2\n"
+      "G05  20000005.000 8 100000005.00018     -1005.000          48.500\n"
+      "G17  20000017.000 1 100000017.00031     -1017.000           5.000\n"
+      "> 2024 05 14 02 00  1.0000000  0  2\n"
+      "G05  20000005.000 8 100000005.000 8     -1005.000          48.500    20000005.000   100000005.000  "
+      "     -1005.000\n"
+      "R09  20000009.000 9 100000009.000 9     -1009.000          60.000\n");
+}
+
+// Lines of five observations and of twelve satellites; what the version has no name for stays out.
+TEST_F(HostRinex, WritesManySignalsInTheColumnsOfTheOldVersion) {
+  ASSERT_TRUE(log_.Open());
+  rawdata::ObservationEpoch epoch{2314, 180000.0, {Signal('G', 3, "2W", 30.0), Signal('C', 6, "2I", 40.0)}};
+  for (int prn = 1; prn <= 13; ++prn) epoch.signals.push_back(Signal('G', prn, "1C", 0.0));
+  epoch.signals.push_back(Signal('E', 2, "1B", 0.0));
+  ASSERT_TRUE(log_.WriteEpoch(epoch, kManySignals));
+  const std::string text = Read(folder_ + "/run.obs"), body = Body(folder_ + "/run.obs");
+  EXPECT_NE(text.find("\n    12    C1    L1    D1    S1    P2    L2    D2    S2    C5# / TYPES OF OBSERV \n"
+                      "          L5    D5    S5  "),
+            std::string::npos);
+  EXPECT_TRUE(body.starts_with(" 24  5 14  2  0  0.0000000  0 14G01G02G03G04G05G06G07G08G09G10G11G12\n" +
+                               std::string(32, ' ') + "G13E02\n"));
+  EXPECT_EQ(std::count(body.begin(), body.end(), '\n'), 2 + 3 * 14);
+  EXPECT_NE(body.find("\n  20000003.000   100000003.000       -1003.000                    20000003.000 5\n"
+                      " 100000003.000 5     -1003.000          30.000  "),
+            std::string::npos)
+      << body;
+}
+
+// Two logs have the same epochs wherever they begin, and a slip in between belongs to the next one.
+TEST_F(HostRinex, ThinsToWholeIntervalsAndKeepsTheirSlips) {
+  log_.SetLogInterval(5.0);
+  ASSERT_TRUE(log_.Open());
+  std::string logged, lost;
+  for (int second = 3; second < 20; ++second) {
+    rawdata::ObservationEpoch epoch{2314, second - 0.001, {Signal('G', 5, "1C", 0.0)}};
+    epoch.signals[0].slip = second == 7;
+    log_.IsEpochDue(epoch) ? (void)log_.WriteEpoch(epoch, RinexKind()) : log_.SkipEpoch(epoch);
+  }
+  std::istringstream body(Body(folder_ + "/run.obs"));
+  for (std::string line; std::getline(body, line);) {
+    if (line.starts_with(" 24")) logged += line.substr(16, 6) + ';';
+    if (line.starts_with("  2")) lost += line[30];
+  }
+  EXPECT_EQ(logged, " 2.999; 4.999; 9.999;14.999;");
+  EXPECT_EQ(lost, "  1 ");
+}
+
+// A disk that is full, as a limit on the size of files makes it, leaves whole epochs.
+TEST_F(HostRinex, LeavesWholeEpochsOnAFullDisk) {
+  ASSERT_TRUE(log_.Open());
+  log_.WriteEpoch(Epoch(266, 0.0));
+  rlimit before{};
+  ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &before), 0);
+  const auto handler = std::signal(SIGXFSZ, SIG_IGN);
+  const std::string whole = Read(folder_ + "/run.obs");
+  const rlimit little{whole.size() + 20, before.rlim_max};
+  ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &little), 0);
+  EXPECT_FALSE(log_.WriteEpoch(Epoch(266, 1.0)));
+  setrlimit(RLIMIT_FSIZE, &before);
+  std::signal(SIGXFSZ, handler);
+  EXPECT_TRUE(log_.IsBroken());
+  EXPECT_NE(log_.GetLastErrorString().Find("run.obs"), -1);
+  EXPECT_EQ(Read(folder_ + "/run.obs"), whole);
+}
+
 TEST_F(HostRinex, LeavesNoFileWithNothingInIt) {
   ASSERT_TRUE(log_.Open());
   log_.Close();
@@ -217,16 +373,30 @@ std::string RawMinute(simulator::Receiver& receiver, const RawModel& model) {
   return bytes;
 }
 
-}  // namespace
+/// Decodes what a simulated receiver sends in a minute to a log of that name, with the program's own means.
+void Log(const std::string& base, const RawModel& model, simulator::Receiver& receiver,
+         RinexVersion version) {
+  DecodeOptions decode;
+  decode.model = model.name;
+  decode.files = {base + ".log"};
+  decode.format = Format::none;
+  decode.rinex.base = base;
+  decode.rinex.version = version;
+  decode.date = Day(2024, 5, 1);
+  std::ofstream(decode.files[0], std::ios::binary) << RawMinute(receiver, model);
+  Output output(open("/dev/null", O_WRONLY));
+  ASSERT_EQ(Decode(decode, Interrupt(), output), ExitCode::done);
+  close(output.Descriptor());
+}
 
-/// What a program that no one here wrote makes of the two files: how many positions, and how many metres off
-/// the worst is. It ends well on bad input too, so that is what counts.
-std::pair<int, double> PostProcessed(const std::string& folder, const simulator::Receiver& receiver) {
-  const std::string command =
-      "cd " + folder + " && rnx2rtkp -p 0 -m 15 -sys G -o out.pos raw.obs raw.nav 2>/dev/null";
+/// What a program that no one here wrote makes of the files: how many positions, and how many metres off the
+/// worst of the last `count` is. It ends well on bad input too, so that is what counts.
+std::pair<std::size_t, double> PostProcessed(const std::string& folder, const std::string& arguments,
+                                             const simulator::Receiver& receiver, std::size_t count) {
+  const std::string command = "cd " + folder + " && rnx2rtkp " + arguments + " -o out.pos 2>/dev/null";
   EXPECT_EQ(std::system(command.c_str()), 0);
   std::ifstream solution(folder + "/out.pos");
-  std::pair<int, double> result{0, 0.0};
+  std::vector<double> errors;
   for (std::string line; std::getline(solution, line);) {
     if (line.starts_with('%')) continue;
     simulator::GpsTime time;
@@ -235,12 +405,17 @@ std::pair<int, double> PostProcessed(const std::string& folder, const simulator:
         found.height;
     found.latitude = simulator::Radians(found.latitude);
     found.longitude = simulator::Radians(found.longitude);
-    ++result.first;
-    result.second = std::max(result.second,
-                             simulator::Length(simulator::ToVector(found) - receiver.TruthAt(time).position));
+    errors.push_back(simulator::Length(simulator::ToVector(found) - receiver.TruthAt(time).position));
   }
-  return result;
+  if (errors.empty()) return {0, 0.0};
+  const auto last = errors.end() - static_cast<std::ptrdiff_t>(std::min(count, errors.size()));
+  return {errors.size(), *std::max_element(last, errors.end())};
 }
+
+constexpr RinexVersion kVersions[] = {RinexVersion::v2_11, RinexVersion::v3_04};
+constexpr std::size_t kLeastPositions = 55;  // of a minute
+
+}  // namespace
 
 TEST_F(HostRinex, IsReadByAPostProcessorThatFindsTheAntenna) {
   if (std::system("command -v rnx2rtkp >/dev/null") != 0)
@@ -249,25 +424,41 @@ TEST_F(HostRinex, IsReadByAPostProcessorThatFindsTheAntenna) {
   // hours of the week.
   const std::pair<bool, int> runs[] = {{false, 0}, {true, 0}, {true, 7200 - 201618 % 7200 - 30}};
   for (const RawModel& model : kRawModels) {
-    for (const auto& [moving, later] : runs) {
+    for (std::size_t i = 0; i < 2 * std::size(runs); ++i) {
+      const auto& [moving, later] = runs[i / 2];
       simulator::Options options;
       options.model = model.name;
       options.moving = moving;
       options.start_utc += std::chrono::seconds(later);
       const auto receiver = simulator::MakeReceiver(options);
-      DecodeOptions decode;
-      decode.model = model.name;
-      decode.files = {folder_ + "/raw.log"};
-      decode.format = Format::none;
-      decode.rinex.base = folder_ + "/raw";
-      decode.date = Day(2024, 5, 1);
-      std::ofstream(decode.files[0], std::ios::binary) << RawMinute(*receiver, model);
-      Output output(open("/dev/null", O_WRONLY));
-      ASSERT_EQ(Decode(decode, Interrupt(), output), ExitCode::done);
-      const auto [positions, worst] = PostProcessed(folder_, *receiver);
-      EXPECT_GE(positions, 55) << model.name;
+      Log(folder_ + "/raw", model, *receiver, kVersions[i % 2]);
+      const auto [positions, worst] =
+          PostProcessed(folder_, "-p 0 -m 15 -sys G raw.obs raw.nav", *receiver, kLeastPositions);
+      EXPECT_GE(positions, kLeastPositions) << model.name;
       EXPECT_LT(worst, 0.05) << "metres, " << model.name;
-      close(output.Descriptor());
+    }
+  }
+}
+
+// The phases too: a receiver that moves, by one that rests half a kilometre away. The first seconds go by
+// until the cycles are known.
+TEST_F(HostRinex, IsReadByAPostProcessorThatFindsTheWayFromAnotherAntenna) {
+  if (std::system("command -v rnx2rtkp >/dev/null") != 0)
+    GTEST_SKIP() << "rnx2rtkp, of the package rtklib, is missing";
+  for (const RawModel& model : kRawModels) {
+    for (const RinexVersion version : kVersions) {
+      simulator::Options options;
+      options.model = model.name;
+      const auto rover = simulator::MakeReceiver(options);
+      options.moving = false;
+      options.latitude += 0.005;
+      const auto base = simulator::MakeReceiver(options);
+      Log(folder_ + "/rover", model, *rover, version);
+      Log(folder_ + "/base", model, *base, version);
+      const auto [positions, worst] = PostProcessed(
+          folder_, "-p 2 -f 1 -m 15 -sys G -l 47.625 9.4 445 rover.obs base.obs rover.nav", *rover, 40);
+      EXPECT_GE(positions, kLeastPositions) << model.name;
+      EXPECT_LT(worst, 0.05) << "metres, " << model.name;
     }
   }
 }

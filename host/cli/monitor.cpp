@@ -17,13 +17,22 @@ void AddMonitor(CLI::App& app, Job& job) {
       "  gpsengine monitor --play drive.log --format json --count 20\n"
       "  gpsengine monitor --play drive.log --speed 10         ten times as fast as it was\n"
       "  gpsengine monitor --port /dev/ttyUSB0 --gpx walk.gpx --min-distance 2\n"
+      "  gpsengine monitor --port last --rinex rover --interval 1   raw data for post-processing\n"
       "  gpsengine monitor --port auto --crs EPSG:25832        a point: s shows its survey\n"
       "On a terminal it is a screen: q quits, ? lists the keys, c commands the receiver.");
   auto options = std::make_shared<MonitorOptions>();
   AddLive(*command, *options);
   AddShown(*command, *options, *options,
-           {{"tui", Format::tui}, {"text", Format::text}, {"json", Format::json}, {"record", Format::record}},
-           "How to show records; without it, tui on a terminal and text elsewhere");
+           {{"tui", Format::tui},
+            {"text", Format::text},
+            {"json", Format::json},
+            {"record", Format::record},
+            {"none", Format::none}},
+           "How to show records; none: not at all. Without it, tui on a terminal and text elsewhere");
+  command
+      ->add_flag("--explain", options->explain, "Show what --rinex sends to the receiver, and send nothing")
+      ->needs("--rinex")
+      ->group(kRinexGroup);
   command->add_flag_function(
       "--attach-raw,!--no-attach-raw", [options](std::int64_t sign) { options->attach_raw = sign > 0; },
       "Decode raw data; on where the model has them, and in a recording");

@@ -16,12 +16,44 @@ const std::map<std::string, Units> kUnits = {
 const std::map<std::string, AngleFormat> kAngles = {
     {"degrees", AngleFormat::degrees}, {"minutes", AngleFormat::minutes}, {"dms", AngleFormat::seconds}};
 
+const std::map<std::string, RinexVersion> kRinexVersions = {{"2.11", RinexVersion::v2_11},
+                                                            {"3.04", RinexVersion::v3_04}};
+
+/// What the header tells of the mark, with the columns that RINEX has for it.
+constexpr struct {
+  const char* option;
+  const char* type;
+  std::string RinexStation::*text;
+  std::size_t columns;
+  const char* description;
+} kStation[] = {
+    {"--marker", "NAME", &RinexStation::marker, 60, "The mark; without it, the file's name"},
+    {"--marker-number", "NUMBER", &RinexStation::marker_number, 20, "The mark's number"},
+    {"--observer", "NAME", &RinexStation::observer, 20, "Who observes"},
+    {"--agency", "NAME", &RinexStation::agency, 40, "For whom"},
+    {"--receiver", "TYPE", &RinexStation::receiver, 20, "The receiver's type; without it, the model"},
+    {"--receiver-number", "NUMBER", &RinexStation::receiver_number, 20, "Its serial number"},
+    {"--receiver-version", "VERSION", &RinexStation::receiver_version, 20, "Its firmware"},
+    {"--antenna", "TYPE", &RinexStation::antenna, 20, "The antenna's type, as the IGS names it"},
+    {"--antenna-number", "NUMBER", &RinexStation::antenna_number, 20, "Its serial number"},
+};
+
 void AddRinex(CLI::App& command, RinexOptions& rinex) {
   auto* base = AddValue(command, "--rinex", rinex.base, "BASE", AName(),
-                        "Log raw data to BASE.obs and BASE.nav, as RINEX 2.11");
+                        "Log raw data to BASE.obs and BASE.nav, for post-processing")
+                   ->group(kRinexGroup);
+  AddChoice(command, "--rinex-version", rinex.version, kRinexVersions, "Of the format; 3.04 without it")
+      ->needs(base)
+      ->group(kRinexGroup);
   AddValue(command, "--interval", rinex.interval, "S", Between(0.1, 86400.0),
            "Seconds between the epochs that are logged")
-      ->needs(base);
+      ->needs(base)
+      ->group(kRinexGroup);
+  for (const auto& [option, type, text, columns, description] : kStation) {
+    AddValue(command, option, rinex.station.*text, type, AsciiUpTo(columns), description)
+        ->needs(base)
+        ->group(kRinexGroup);
+  }
 }
 
 void AddFilters(CLI::App& command, FilterOptions& filter) {

@@ -30,6 +30,9 @@ CLI::Option* AddChoice(CLI::App& command, const std::string& name, Value& value,
 
 // Options that commands share, as they add them.
 
+/// What the options of a RINEX log stand under.
+constexpr char kRinexGroup[] = "RINEX";
+
 void AddModel(CLI::App& command, std::string& model);
 void AddDuration(CLI::App& command, double& seconds, const std::string& description);
 /// --port and --baud, whose words ChooseLine looks up.

@@ -1,6 +1,7 @@
 #include "host/cli/values.h"
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <chrono>
 #include <limits>
 #include <sstream>
@@ -77,6 +78,19 @@ CLI::Validator WholeBetween(long long least, long long most) {
 CLI::Validator AName() {
   return CLI::Validator(
       [](const std::string& word) { return word.empty() ? "the name is empty" : std::string(); }, "");
+}
+
+CLI::Validator AsciiUpTo(std::size_t columns) {
+  const auto check = [columns](const std::string& word) -> std::string {
+    const auto is_other = [](char c) { return c < ' ' || c > '~'; };
+    if (word.find_first_not_of(' ') == std::string::npos) return "the text is empty";
+    if (std::any_of(word.begin(), word.end(), is_other))
+      return '"' + word + "\" has characters that are not in ASCII, for which RINEX has no place";
+    if (word.size() <= columns) return "";
+    return '"' + word + "\" is longer than the " + std::to_string(columns) +
+           " characters that RINEX has for it";
+  };
+  return CLI::Validator(check, "");
 }
 
 CLI::Validator AModel() {

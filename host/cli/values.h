@@ -19,6 +19,8 @@ CLI::Validator Between(double least, double most = kAnyMore);
 CLI::Validator WholeBetween(long long least, long long most = std::numeric_limits<long long>::max());
 /// A name that is not empty.
 CLI::Validator AName();
+/// A text that is not empty, of at most so many characters of ASCII: what a file has columns for.
+CLI::Validator AsciiUpTo(std::size_t columns);
 /// A receiver model, in any case of its letters, which becomes the name that it is listed by.
 CLI::Validator AModel();
 

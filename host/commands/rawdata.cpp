@@ -58,6 +58,32 @@ bool SetRawInterval(CGPSReceiver& receiver, double seconds) {
   return intervals.has(seconds) && receiver.SetRawDataOutputInterval(intervals.value(seconds));
 }
 
+// The interval of the $J language is the command that switches the output on.
+bool StartRawData(CGPSReceiver& receiver, double seconds) {
+  if (seconds > 0.0 && &IntervalsOf(receiver) == &kRates) return SetRawInterval(receiver, seconds);
+  return receiver.EnablePostProcessing(true) && (seconds <= 0.0 || SetRawInterval(receiver, seconds));
+}
+
+double OutputIntervalFor(CGPSReceiver& receiver, double seconds) {
+  // Intervals are tenths of a second: what is less is how numbers are written.
+  constexpr double kExact = 1e-6;
+  const Intervals& intervals = IntervalsOf(receiver);
+  for (const double candidate : {seconds, 1.0, 0.2}) {
+    if (intervals.has(candidate) && std::fabs(std::remainder(seconds, candidate)) < kExact) return candidate;
+  }
+  return seconds;
+}
+
+bool IsHiddenBySentences(CGPSReceiver& receiver) {
+  return receiver.HasRawData() && &IntervalsOf(receiver) == &kAny;
+}
+
+CString SentenceSwitch(const char* sentence, bool on) {
+  CString command;
+  command.Format("$PASHS,NME,%s,A,%s", sentence, on ? "ON" : "OFF");
+  return command;
+}
+
 std::string WhyNoRawData(const std::string& model) {
   CGPSReceiver& receiver = FindModel(model);
   if (&IntervalsOf(receiver) != &kAny) {

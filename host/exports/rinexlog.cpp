@@ -2,147 +2,54 @@
 
 #include <sys/stat.h>
 
-#include <algorithm>
-#include <array>
-#include <cerrno>
 #include <cmath>
-#include <cstdarg>
 #include <cstdio>
-#include <cstring>
-#include <ctime>
-#include <string_view>
 
-#include "host/records/units.h"
+#include "host/exports/rinextext.h"
 
 namespace host {
 
 namespace {
 
-// The pi of IS-GPS-200, by which a semicircle becomes radians.
-constexpr double kGpsPi = 3.1415926535898;
 // Less than this an epoch may come early and still be due: receivers step their clocks by a millisecond.
 constexpr double kEarly = 0.02;
-
-__attribute__((format(printf, 2, 3))) void Append(std::string& text, const char* format, ...) {
-  std::array<char, 128> piece;
-  std::va_list arguments;
-  va_start(arguments, format);
-  const int length = std::vsnprintf(piece.data(), piece.size(), format, arguments);
-  va_end(arguments);
-  text.append(piece.data(),
-              static_cast<std::size_t>(std::clamp(length, 0, static_cast<int>(piece.size()) - 1)));
-}
-
-/// A line of a header: 60 characters, and what they are.
-std::string HeaderLine(std::string content, std::string_view label) {
-  content.resize(60, ' ');
-  std::string line = content.append(label);
-  return line.append(label.size() < 20 ? 20 - label.size() : 0, ' ') + '\n';
-}
-
-std::string Beginning(std::string_view kind) {
-  std::string version;
-  Append(version, "%9.2f%11s%s", 2.11, "", std::string(kind).c_str());
-  const std::time_t now = CTime::GetCurrentTime().GetTime();
-  std::tm utc{};
-  gmtime_r(&now, &utc);
-  std::array<char, 32> date{};
-  std::strftime(date.data(), date.size(), "%Y%m%d %H%M%S UTC", &utc);
-  std::string program;
-  Append(program, "%-20s%-20s%-20s", "gpsengine", "", date.data());
-  return HeaderLine(version, "RINEX VERSION / TYPE") + HeaderLine(program, "PGM / RUN BY / DATE");
-}
-
-/// Earth-centred coordinates, in metres, of degrees and metres above the WGS 84 ellipsoid.
-std::array<double, 3> Cartesian(double latitude, double longitude, double height) {
-  constexpr double kAxis = 6378137.0, kFlattening = 1.0 / 298.257223563,
-                   kE2 = kFlattening * (2.0 - kFlattening);
-  const double phi = latitude / kDegrees, lambda = longitude / kDegrees;
-  const double n = kAxis / std::sqrt(1.0 - kE2 * std::sin(phi) * std::sin(phi));
-  return {(n + height) * std::cos(phi) * std::cos(lambda), (n + height) * std::cos(phi) * std::sin(lambda),
-          (n * (1.0 - kE2) + height) * std::sin(phi)};
-}
+// What a receiver has of ephemerides before it knows the time.
+constexpr std::size_t kMostWaiting = 64;
 
 bool IsGps(int prn) {
   return prn >= 1 && prn <= 32;
 }
 
-/// One value of an observation: 14 columns, and two for a loss of lock and a signal strength, which nothing
-/// reports. What does not fit is left out.
-void AppendObservation(std::string& text, double value) {
-  constexpr double kMost = 999'999'999.0;
-  if (std::isfinite(value) && value != 0.0 && std::fabs(value) <= kMost) {
-    Append(text, "%14.3f  ", value);
-  } else {
-    text.append(16, ' ');
-  }
-}
-
-/// A number of a navigation file: 19 columns with a Fortran exponent.
-void AppendTerm(std::string& text, double value) {
-  std::string number;
-  Append(number, "%19.12E", std::isfinite(value) ? value : 0.0);
-  std::replace(number.begin(), number.end(), 'E', 'D');
-  text += number;
-}
-
-void AppendTerms(std::string& text, std::initializer_list<double> values) {
-  text += "   ";
-  for (const double value : values) AppendTerm(text, value);
-  text += '\n';
-}
-
-std::string EpochText(const CGPSDataRaw& epoch, const GpsTime& time) {
-  std::string satellites, observations;
-  int count = 0;
-  for (int i = 0; i < epoch.GetNumSV(); ++i) {
-    CGPSSatelliteDataRaw satellite;
-    if (!epoch.GetSatelliteData(satellite, i) || !satellite.m_bValid || !IsGps(satellite.m_nPRN)) continue;
-    ++count;
-    Append(satellites, "G%02d", satellite.m_nPRN);
-    AppendObservation(observations, satellite.m_dPseudorange);   // metres, as the record has it
-    AppendObservation(observations, satellite.m_dCarrierPhase);  // cycles that grow with the range, likewise
-    AppendObservation(observations, satellite.m_dDoppler);       // hertz, positive on approach, likewise
-    AppendObservation(observations,
-                      satellite.m_nSignalCount);  // in the receiver's own unit, as the format asks
-    observations += '\n';
-  }
-  if (count == 0) return {};
-  const Calendar c = CalendarOf(time, 7);
-  std::string text;
-  Append(text, " %02d %2d %2d %2d %2d%11.7f  0%3d", c.year % 100, c.month, c.day, c.hour, c.minute, c.second,
-         count);
-  return text + satellites + '\n' + observations;
-}
-
-/// Angles and their rates come in semicircles, as satellites broadcast them, and go out in radians. The
-/// corrections are broadcast in radians and metres, all times in seconds.
-std::string EphemerisText(const CGPSDataEphemeris& e, const GpsTime& toc, const GpsTime& toe, double sent) {
-  const Calendar c = CalendarOf(toc, 1);
-  std::string text;
-  Append(text, "%2d %02d %2d %2d %2d %2d%5.1f", e.m_nPRN, c.year % 100, c.month, c.day, c.hour, c.minute,
-         c.second);
-  for (const double value : {e.m_dAf0, e.m_dAf1, e.m_dAf2}) AppendTerm(text, value);
-  text += '\n';
-  AppendTerms(text, {static_cast<double>(e.m_lAode), e.m_dCrs, e.m_dDeltaN * kGpsPi, e.m_dM0 * kGpsPi});
-  AppendTerms(text, {e.m_dCuc, e.m_dEccentricity, e.m_dCus, e.m_dSqrtA});
-  AppendTerms(text, {toe.seconds, e.m_dCic, e.m_dOmega0 * kGpsPi, e.m_dCis});
-  AppendTerms(text, {e.m_dI0 * kGpsPi, e.m_dCrc, e.m_dOmega * kGpsPi, e.m_dOmegaDot * kGpsPi});
-  AppendTerms(text, {e.m_dIDot * kGpsPi, 0.0, static_cast<double>(toe.week), 0.0});
-  AppendTerms(text, {0.0, 0.0, e.m_dTgd, static_cast<double>(e.m_lAodc)});
-  AppendTerms(text, {sent, 0.0});
-  return text;
-}
-
-std::string NavigationHeader() {
-  return Beginning("N: GPS NAV DATA") +
-         HeaderLine("ACCURACY, HEALTH AND FIT INTERVAL ARE NOT KNOWN", "COMMENT") +
-         HeaderLine("", "END OF HEADER");
-}
-
 bool IsFolder(const std::string& path) {
   struct stat about {};
   return stat(path.c_str(), &about) == 0 && S_ISDIR(about.st_mode);
+}
+
+bool IsTimeOfWeek(double seconds) {
+  return seconds >= 0.0 && seconds < kSecondsOfWeek;
+}
+
+/// Metres, cycles that grow with the range and hertz on approach, as the record has them. It does not say
+/// whether a phase goes on.
+SignalList SignalsOf(const CGPSDataRaw& epoch) {
+  SignalList signals;
+  for (int i = 0; i < epoch.GetNumSV(); ++i) {
+    CGPSSatelliteDataRaw satellite;
+    if (!epoch.GetSatelliteData(satellite, i) || !satellite.m_bValid || !IsGps(satellite.m_nPRN)) continue;
+    rawdata::SignalObservation& signal = signals.emplace_back();
+    signal.satellite = satellite.m_nPRN;
+    signal.code[0] = '1', signal.code[1] = 'C';
+    signal.pseudorange = satellite.m_dPseudorange;
+    signal.carrier_phase = satellite.m_dCarrierPhase;
+    signal.doppler = satellite.m_dDoppler;
+    signal.cn0 = satellite.m_nSignalCount;
+    signal.slip = false;
+  }
+  return signals;
+}
+
+std::tuple<char, int, std::string> NameOf(const rawdata::SignalObservation& signal) {
+  return {signal.system, signal.satellite, signal.code};
 }
 
 }  // namespace
@@ -161,27 +68,32 @@ std::string RinexLog::NavigationPath() const {
   return path.substr(0, path.rfind('.')) + ".nav";
 }
 
+void RinexLog::SetPlace(double latitude, double longitude, double height) {
+  if (has_place_ || !std::isfinite(latitude + longitude + height)) return;
+  station_.place = Cartesian(latitude, longitude, height - m_dAntennaHeight);
+  has_place_ = owes_place_ = true;
+}
+
 bool RinexLog::Open() {
   if (!IsReady()) return Fail("the settings of the log do not suffice");
   if (open_) return Fail("the log is open");
   last_.reset();
   known_.clear();
+  waiting_.clear();
+  slipped_.clear();
+  format_.reset();
   epochs_ = 0;
   error_.Empty();
-  open_ = true;
   // Whether the file can be made is to be known now, though it gets its header with the first epoch.
-  CFileException failure;
-  if (!observations_.Open(CString::FromUtf8(ObservationPath()).GetString(),
-                          CFile::modeCreate | CFile::modeWrite, &failure)) {
-    open_ = false;
-    return Break("cannot write " + CString::FromUtf8(ObservationPath()) + ": " + failure.m_strReason);
-  }
+  if (!observations_.Open(ObservationPath())) return Break(observations_);
+  open_ = true;
   SetTimeMark();
   return true;
 }
 
 void RinexLog::Close() {
   if (!open_) return;
+  WriteWaiting();
   observations_.Close();
   navigation_.Close();
   open_ = false;
@@ -201,88 +113,130 @@ GpsTime RinexLog::TimeOf(const CGPSDataRaw& epoch) const {
   return time;
 }
 
-bool RinexLog::IsEpochDue(const CGPSDataRaw& epoch) const {
-  if (!last_) return true;
-  const double elapsed = TimeOf(epoch) - *last_;
-  return elapsed >= m_dLogInterval - kEarly || elapsed < 0.0;
+GpsTime RinexLog::TimeOf(const rawdata::ObservationEpoch& epoch) const {
+  return {ResolveWeek(epoch.week, PivotFor(CTime::GetCurrentTime())), epoch.time_of_week};
 }
 
-std::string RinexLog::ObservationHeader(const CGPSDataRaw& epoch) const {
-  std::string header = Beginning("OBSERVATION DATA    G (GPS)");
-  header += HeaderLine(GetFilename().Left(60).ToUtf8(), "MARKER NAME");
-  header += HeaderLine("", "OBSERVER / AGENCY");
-  std::string receiver;
-  Append(receiver, "%-20s%-20.20s%-20s", "", model_.c_str(), "");
-  header += HeaderLine(receiver, "REC # / TYPE / VERS");
-  header += HeaderLine("", "ANT # / TYPE");
-  std::string line;
-  std::array<double, 3> place{};
-  if (epoch.m_bPositionValid)
-    place = Cartesian(epoch.m_dLatitude, epoch.m_dLongitude, epoch.m_dHeight - m_dAntennaHeight);
-  for (const double x : place) Append(line, "%14.4f", std::isfinite(x) ? x : 0.0);
-  header += HeaderLine(line, "APPROX POSITION XYZ");
-  line.clear();
-  Append(line, "%14.4f%14.4f%14.4f", m_dAntennaHeight, 0.0, 0.0);
-  header += HeaderLine(line, "ANTENNA: DELTA H/E/N");
-  header += HeaderLine("     1     0", "WAVELENGTH FACT L1/2");
-  header += HeaderLine("     4    C1    L1    D1    S1", "# / TYPES OF OBSERV");
-  const Calendar c = CalendarOf(TimeOf(epoch), 7);
-  line.clear();
-  Append(line, "%6d%6d%6d%6d%6d%13.7f%5s%3s", c.year, c.month, c.day, c.hour, c.minute, c.second, "", "GPS");
-  header += HeaderLine(line, "TIME OF FIRST OBS");
-  return header + HeaderLine("", "END OF HEADER");
+// By whole intervals of the week, so that the logs of two receivers have the same epochs.
+bool RinexLog::IsDue(const GpsTime& time) const {
+  const auto interval_of = [this](const GpsTime& t) {
+    return std::floor((t.week * kSecondsOfWeek + t.seconds + kEarly) / m_dLogInterval);
+  };
+  return !last_ || interval_of(time) != interval_of(*last_);
 }
 
 bool RinexLog::WriteEpoch(const CGPSDataRaw& epoch) {
-  if (!open_) return Fail("the log is not open");
-  if (!(epoch.m_dReceiverTime >= 0.0 && epoch.m_dReceiverTime < kSecondsOfWeek)) {
-    return Fail("the epoch has no time of the week");
-  }
+  if (epoch.m_bPositionValid) SetPlace(epoch.m_dLatitude, epoch.m_dLongitude, epoch.m_dHeight);
+  if (!IsTimeOfWeek(epoch.m_dReceiverTime)) return Fail("the epoch has no time of the week");
+  return Write(TimeOf(epoch), SignalsOf(epoch), RinexKind());
+}
+
+bool RinexLog::WriteEpoch(const rawdata::ObservationEpoch& epoch, const RinexKind& kind) {
+  if (!IsTimeOfWeek(epoch.time_of_week)) return Fail("the epoch has no time of the week");
   const GpsTime time = TimeOf(epoch);
-  const std::string text = EpochText(epoch, time);
-  if (text.empty()) return Fail("the epoch has no GPS satellite");
-  if (!Write(observations_, ObservationPath(), epochs_ == 0 ? ObservationHeader(epoch) + text : text))
-    return false;
+  return slipped_.empty() ? Write(time, epoch.signals, kind) : Write(time, WithSlips(epoch.signals), kind);
+}
+
+void RinexLog::SkipEpoch(const rawdata::ObservationEpoch& epoch) {
+  for (const auto& signal : epoch.signals) {
+    if (signal.slip && signal.carrier_phase != 0.0) slipped_.insert(NameOf(signal));
+  }
+}
+
+SignalList RinexLog::WithSlips(const SignalList& signals) {
+  SignalList marked = signals;
+  for (auto& signal : marked) {
+    if (signal.carrier_phase != 0.0 && slipped_.erase(NameOf(signal)) > 0) signal.slip = true;
+  }
+  return marked;
+}
+
+bool RinexLog::Write(const GpsTime& time, const SignalList& signals, const RinexKind& kind) {
+  if (!open_) return Fail("the log is not open");
+  if (signals.empty()) return Fail("the epoch has no GPS satellite");
+  if (!WriteHead(time, signals, kind)) return false;
+  text_.clear();
+  format_->Append(text_, time, signals);
+  if (text_.empty()) return Fail("the epoch has no signal that the format has room for");
+  if (!Append(observations_, text_)) return false;
   last_ = time;
   ++epochs_;
-  return true;
+  return waiting_.empty() || WriteWaiting();
+}
+
+/// The header is there ahead of the first epoch that needs it.
+bool RinexLog::WriteHead(const GpsTime& time, const SignalList& signals, const RinexKind& kind) {
+  const bool is_first = format_ == nullptr;
+  if (is_first) {
+    format_ = MakeRinex(version_, kind);
+    station_.first = time;
+    station_.antenna_height = m_dAntennaHeight;
+    if (station_.marker.empty()) station_.marker = GetFilename().Left(60).ToUtf8();
+  }
+  const bool has_learned = format_->Learn(signals);
+  if (!is_first && !has_learned && !owes_place_) return true;
+  owes_place_ = false;
+  const std::string head = format_->Header(station_);
+  if (is_first) {
+    head_ = head.size();
+    return Append(observations_, head);
+  }
+  return head.size() == head_ && (observations_.ReplaceHead(head) || Break(observations_));
 }
 
 bool RinexLog::WriteEphemeris(const CGPSDataEphemeris& ephemeris) {
+  rawdata::BroadcastEphemeris told;
+  told.orbit = ephemeris;
+  return Write(told, false);
+}
+
+bool RinexLog::Write(const rawdata::BroadcastEphemeris& told, bool has_state) {
   if (!open_) return Fail("the log is not open");
-  if (!IsGps(ephemeris.m_nPRN)) return Fail("the ephemeris is not that of a GPS satellite");
-  const int week = ResolveWeek(ephemeris.m_nWeek, PivotFor(CTime::GetCurrentTime()));
-  const GpsTime toe = Near(week, ephemeris.m_lToe, ephemeris.m_lTow);
-  const GpsTime toc = Near(week, ephemeris.m_lToc, ephemeris.m_lTow);
-  const GpsTime sent{week, static_cast<double>(ephemeris.m_lTow)};
-  const std::pair key(static_cast<int>(ephemeris.m_nPRN),
-                      toe.week * static_cast<long long>(kSecondsOfWeek) + ephemeris.m_lToe);
-  if (known_.contains(key)) return true;
-  std::string text = EphemerisText(ephemeris, toc, toe, sent - GpsTime{toe.week, 0.0});
-  if (known_.empty()) {
-    CFileException failure;
-    if (!navigation_.Open(CString::FromUtf8(NavigationPath()).GetString(),
-                          CFile::modeCreate | CFile::modeWrite, &failure)) {
-      return Break("cannot write " + CString::FromUtf8(NavigationPath()) + ": " + failure.m_strReason);
-    }
-    text.insert(0, NavigationHeader());
+  const CGPSDataEphemeris& orbit = told.orbit;
+  if (!IsGps(orbit.m_nPRN)) return Fail("the ephemeris is not that of a GPS satellite");
+  if (has_state && orbit.m_nWeek < kWeeksOfRound && !last_ && !pivot_ && waiting_.size() < kMostWaiting) {
+    waiting_.push_back({told, has_state});
+    return true;
   }
-  if (!Write(navigation_, NavigationPath(), text)) return false;
+  const Moment pivot = has_state && last_ ? MomentOf(*last_) : PivotFor(CTime::GetCurrentTime());
+  const int week = ResolveWeek(orbit.m_nWeek, pivot);
+  const GpsTime toe = Near(week, orbit.m_lToe, orbit.m_lTow);
+  const GpsTime toc = Near(week, orbit.m_lToc, orbit.m_lTow);
+  const GpsTime sent{week, static_cast<double>(orbit.m_lTow)};
+  const std::tuple key(static_cast<int>(orbit.m_nPRN),
+                       toe.week * static_cast<long long>(kSecondsOfWeek) + orbit.m_lToe, orbit.m_lAodc);
+  if (known_.contains(key)) return true;
+  const RinexEphemeris ephemeris{told, has_state, toc, toe, sent - GpsTime{toe.week, 0.0}};
+  std::string text = NavigationRecord(version_, ephemeris);
+  if (!navigation_.IsOpen()) {
+    if (!navigation_.Open(NavigationPath())) return Break(navigation_);
+    text.insert(0, NavigationHeader(version_, has_state));
+  }
+  if (!Append(navigation_, text)) return false;
   known_.insert(key);
   return true;
 }
 
-bool RinexLog::Write(CFile& file, const std::string& path, const std::string& text) {
-  if (file.Write(text.data(), static_cast<UINT>(text.size()))) {
-    error_.Empty();
-    return true;
+bool RinexLog::WriteWaiting() {
+  bool written = true;
+  while (!waiting_.empty()) {
+    const Waiting next = waiting_.front();
+    waiting_.erase(waiting_.begin());
+    if (!last_) pivot_ = PivotFor(CTime::GetCurrentTime());  // no epoch has come to tell more
+    written &= Write(next.ephemeris, next.has_state);
   }
-  return Break("cannot write " + CString::FromUtf8(path) + ": " + std::strerror(errno));
+  return written;
 }
 
-bool RinexLog::Break(const CString& reason) {
+bool RinexLog::Append(RinexFile& file, const std::string& text) {
+  if (!file.Append(text)) return Break(file);
+  error_.Empty();
+  return true;
+}
+
+bool RinexLog::Break(const RinexFile& file) {
   broken_ = true;
-  return Fail(reason);
+  return Fail(CString::FromUtf8(file.Error()));
 }
 
 bool RinexLog::Fail(const CString& reason) {

@@ -11,12 +11,19 @@ namespace {
 // The least interval that a log takes. No receiver sends raw epochs that fast.
 constexpr double kEveryEpoch = 0.1;
 
+// What the blocks of each family may hold: all that is decoded of OEM messages; GPS and SBAS of the others.
+constexpr RinexKind kOfBin{.in_decibels = true, .systems = 2, .more_than_l1_ca = false};
+constexpr RinexKind kOfOem{.in_decibels = true, .systems = 7, .more_than_l1_ca = true};
+
 }  // namespace
 
 RinexSink::RinexSink(const RinexOptions& options, const std::string& model, double antenna_height)
-    : model_(model) {
+    : model_(model), log_(options.version) {
+  RinexStation station = options.station;
+  if (station.receiver.empty()) station.receiver = model;
+  station.interval = options.interval;
+  log_.SetStation(station);
   log_.SetBase(options.base);
-  log_.SetReceiver(model);
   log_.SetLogInterval(options.interval > 0.0 ? options.interval : kEveryEpoch);
   log_.SetAntennaHeight(antenna_height);
   log_.Enable(true);
@@ -34,42 +41,22 @@ bool RinexSink::OnEphemeris(const CGPSDataEphemeris& ephemeris) {
   return false;
 }
 
-bool RinexSink::OnData(const Record& record) {
-  if (!record.HasFix()) return false;
-  place_.m_dLatitude = record.epoch.latitude;
-  place_.m_dLongitude = record.epoch.longitude;
-  place_.m_dHeight = record.data.m_dAltitude;
-  place_.m_bPositionValid = true;
-  return false;
-}
-
 bool RinexSink::OnBin(const Block& block) {
-  if (block.epoch != nullptr) Write(*block.epoch);
-  if (block.ephemeris == nullptr) return false;
-  constexpr std::size_t kMostWaiting = 64;
-  const CGPSDataEphemeris& orbit = block.ephemeris->orbit;
-  if (orbit.m_nWeek >= kWeeksOfRound || waiting_.size() >= kMostWaiting) return OnEphemeris(orbit);
-  waiting_.push_back(orbit);
+  if (block.epoch != nullptr) {
+    const RinexKind& kind = block.head.family == rawdata::Family::oem ? kOfOem : kOfBin;
+    log_.IsEpochDue(*block.epoch) ? (void)log_.WriteEpoch(*block.epoch, kind) : log_.SkipEpoch(*block.epoch);
+  }
+  if (block.ephemeris != nullptr) log_.WriteEphemeris(*block.ephemeris);
   return false;
 }
 
-// A week that the receiver tells whole is the surest of dates.
-void RinexSink::Write(const rawdata::ObservationEpoch& epoch) {
-  if (epoch.week >= kWeeksOfRound) log_.SetPivot(MomentOf({epoch.week, epoch.time_of_week}));
-  WriteWaiting();
-  CGPSDataRaw raw;
-  if (!rawdata::ToDataRaw(epoch, raw)) return;
-  raw.m_Time = CTime::GetCurrentTime();
-  raw.m_dLatitude = place_.m_dLatitude;
-  raw.m_dLongitude = place_.m_dLongitude;
-  raw.m_dHeight = place_.m_dHeight;
-  raw.m_bPositionValid = place_.m_bPositionValid;
-  OnRawData(raw);
-}
-
-void RinexSink::WriteWaiting() {
-  for (const CGPSDataEphemeris& orbit : waiting_) log_.WriteEphemeris(orbit);
-  waiting_.clear();
+bool RinexSink::OnData(const Record& record) {
+  // The record has the antenna's height taken off, as the log does.
+  if (record.HasFix()) {
+    log_.SetPlace(record.epoch.latitude, record.epoch.longitude,
+                  record.data.m_dAltitude + log_.GetAntennaHeight());
+  }
+  return false;
 }
 
 void RinexSink::Step() {
@@ -77,7 +64,6 @@ void RinexSink::Step() {
 }
 
 bool RinexSink::Finish() {
-  WriteWaiting();
   log_.Close();
   if (log_.GetNumEpochs() == 0) {
     Complain("no raw epoch came, so that there is no " + log_.ObservationPath() + "; " +

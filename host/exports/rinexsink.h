@@ -1,7 +1,6 @@
 #pragma once
 
 #include <string>
-#include <vector>
 
 #include "host/exports/rinexlog.h"
 #include "host/session/outlet.h"
@@ -11,6 +10,8 @@ namespace host {
 struct RinexOptions {
   std::string base;       ///< What the files are named after; empty for no log.
   double interval = 0.0;  ///< Seconds between the epochs that are logged; 0 for all of them.
+  RinexVersion version = RinexVersion::v3_04;
+  RinexStation station;  ///< What the user says of it: texts alone.
 };
 
 /// Logs the raw data of a run.
@@ -33,14 +34,8 @@ class RinexSink : public Sink, public Outlet {
   bool Finish() override;
 
  private:
-  void Write(const rawdata::ObservationEpoch& epoch);
-  void WriteWaiting();
-
   const std::string model_;
   RinexLog log_;
-  CGPSDataRaw place_;  // where the receiver is, as far as it has said so
-  // Ephemerides of a ten-bit week that no epoch has made whole yet.
-  std::vector<CGPSDataEphemeris> waiting_;
 };
 
 }  // namespace host

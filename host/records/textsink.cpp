@@ -1,5 +1,6 @@
 #include "host/records/textsink.h"
 
+#include <algorithm>
 #include <cmath>
 #include <string_view>
 #include <type_traits>
@@ -115,16 +116,34 @@ bool TextSink::WriteReports(const CGPSData& data) {
   return !news.empty();
 }
 
-bool TextSink::OnRawData(const CGPSDataRaw& epoch) {
-  out_ += "raw epoch: week " + std::to_string(epoch.m_nGPSWeek) + ' ';
-  JsonWriter(out_).Fixed(epoch.m_dReceiverTime, 3);
-  out_ += " s, " + std::to_string(epoch.GetNumSV()) + " satellites:";
-  for (int i = 0; i < epoch.GetNumSV(); ++i) {
-    CGPSSatelliteDataRaw satellite;
-    if (epoch.GetSatelliteData(satellite, i)) out_ += ' ' + std::to_string(satellite.m_nPRN);
-  }
+bool TextSink::WriteRawEpoch(int week, double seconds, const std::vector<std::string>& satellites) {
+  out_ += "raw epoch: week " + std::to_string(week) + ' ';
+  JsonWriter(out_).Fixed(seconds, 3);
+  out_ += " s, " + std::to_string(satellites.size()) + " satellites:";
+  for (const std::string& satellite : satellites) out_ += ' ' + satellite;
   out_ += '\n';
   return true;
+}
+
+bool TextSink::OnRawData(const CGPSDataRaw& epoch) {
+  std::vector<std::string> satellites;
+  for (int i = 0; i < epoch.GetNumSV(); ++i) {
+    CGPSSatelliteDataRaw satellite;
+    if (epoch.GetSatelliteData(satellite, i)) satellites.push_back(std::to_string(satellite.m_nPRN));
+  }
+  return WriteRawEpoch(epoch.m_nGPSWeek, epoch.m_dReceiverTime, satellites);
+}
+
+bool TextSink::OnBin(const Block& block) {
+  if (block.ephemeris != nullptr) return OnEphemeris(block.ephemeris->orbit);
+  if (block.epoch == nullptr) return false;
+  std::vector<std::string> satellites;
+  for (const auto& signal : block.epoch->signals) {
+    const std::string name =
+        signal.system + std::string(signal.satellite < 10 ? "0" : "") + std::to_string(signal.satellite);
+    if (std::ranges::find(satellites, name) == satellites.end()) satellites.push_back(name);
+  }
+  return WriteRawEpoch(block.epoch->week, block.epoch->time_of_week, satellites);
 }
 
 bool TextSink::OnEphemeris(const CGPSDataEphemeris& ephemeris) {

@@ -2,6 +2,7 @@
 
 #include <string>
 #include <utility>
+#include <vector>
 
 #include "host/records/display.h"
 #include "host/records/reports.h"
@@ -23,6 +24,7 @@ class TextSink : public Sink {
   bool OnData(const Record& record) override;
   bool OnRawData(const CGPSDataRaw& epoch) override;
   bool OnEphemeris(const CGPSDataEphemeris& ephemeris) override;
+  bool OnBin(const Block& block) override;
   /// With reports alone: an answer that gave no record, such as one that is decoded by no one.
   bool OnString(const CString& text) override;
 
@@ -30,6 +32,7 @@ class TextSink : public Sink {
   void WriteFix(const PositionEpoch& epoch);
   void WritePlace(const PositionEpoch& fix);
   bool WriteReports(const CGPSData& data);
+  bool WriteRawEpoch(int week, double seconds, const std::vector<std::string>& satellites);
 
   std::string& out_;
   const Shows shows_;
