@@ -4,64 +4,67 @@
 #include <charconv>
 #include <cmath>
 #include <concepts>
+#include <cstring>
 #include <string>
 #include <string_view>
+#include <type_traits>
 
 namespace host {
 
 /// Appends JSON to a text, with no blanks. It is for lines that are written thousands of times a second:
 /// nothing is built up first, and its caller sees to it that the nesting is right and that keys need no
-/// escaping.
+/// escaping. What is written gathers here and is in the text as soon as all that was opened is closed.
 class JsonWriter {
  public:
   explicit JsonWriter(std::string& out) : out_(out) {}
+  JsonWriter(const JsonWriter&) = delete;
+  JsonWriter& operator=(const JsonWriter&) = delete;
 
   void BeginObject() { Open('{'); }
   void EndObject() { Close('}'); }
   void BeginArray() { Open('['); }
   void EndArray() { Close(']'); }
-  void Key(std::string_view key) {
+  /// At most 100 characters. Always in place: keys are constants, whose copying is then a move or two.
+  [[gnu::always_inline]] void Key(std::string_view key) {
     Separate();
-    out_ += '"';
-    out_ += key;
-    out_ += "\":";
+    char* const to = Room(key.size() + 3);
+    *to = '"';
+    std::memcpy(to + 1, key.data(), key.size());
+    std::memcpy(to + 1 + key.size(), "\":", 2);
+    used_ += key.size() + 3;
     fresh_ = true;
   }
 
-  void Value(bool value) {
-    Separate();
-    out_ += value ? "true" : "false";
-  }
+  void Value(bool value) { Simple(value ? "true" : "false"); }
   template <std::integral T>
   void Value(T value) {
     Separate();
-    AppendNumber(value);
+    PutNumber(value);
+    Pass();
   }
   /// The fewest digits that read back as the same number; null for what is no number.
   void Value(double value) {
+    if (!std::isfinite(value)) return Simple("null");
     Separate();
-    if (std::isfinite(value)) {
-      AppendNumber(value);
-    } else {
-      out_ += "null";
-    }
+    PutNumber(value);
+    Pass();
   }
   void Value(std::string_view ascii) { Text(ascii); }
   void Value(const char* ascii) { Text(ascii); }
   /// With so many decimals, at most 9; null for what is no number.
+  ///@{
   void Fixed(double value, int decimals);
+  void Fixed(int value, int decimals);
+  ///@}
   /// 8-bit text, byte for byte one character: bytes from 0x80 up are those of Latin-1.
   void Text(std::string_view bytes);
   /// UTF-8; what is none becomes U+FFFD.
   void Utf8(std::string_view text);
   /// A value that is JSON already.
-  void Verbatim(std::string_view json) {
-    Separate();
-    out_ += json;
-  }
+  void Verbatim(std::string_view json) { Simple(json); }
 
   template <class T>
-  void Member(std::string_view key, const T& value) {
+  [[gnu::always_inline]] void Member(std::string_view key, const T& value) {
     Key(key);
     Value(value);
   }
@@ -71,32 +74,90 @@ class JsonWriter {
     Key(key);
     Utf8(text);
   }
-  void MemberFixed(std::string_view key, double value, int decimals) {
+  template <class Number>
+  [[gnu::always_inline]] void MemberFixed(std::string_view key, Number value, int decimals) {
     Key(key);
     Fixed(value, decimals);
   }
 
  private:
+  static constexpr std::size_t kRoom = 512;
+  // More than any number takes with its sign, and any escaped character.
+  static constexpr std::size_t kLongestNumber = 32;
+
   void Separate() {
-    if (!fresh_) out_ += ',';
+    if (!fresh_) Put(',');
     fresh_ = false;
   }
   void Open(char bracket) {
     Separate();
-    out_ += bracket;
+    Put(bracket);
     fresh_ = true;
+    ++depth_;
   }
   void Close(char bracket) {
-    out_ += bracket;
+    Put(bracket);
     fresh_ = false;
+    --depth_;
+    Pass();
+  }
+  void Simple(std::string_view json) {
+    Separate();
+    Put(json);
+    Pass();
+  }
+  /// Where so many characters have room, which are at most kRoom.
+  char* Room(std::size_t count) {
+    if (count > kRoom - used_) [[unlikely]] {
+      Flush();
+    }
+    return gathered_.data() + used_;
+  }
+  [[gnu::always_inline]] void Put(char c) {
+    *Room(1) = c;
+    ++used_;
+  }
+  [[gnu::always_inline]] void Put(std::string_view text) {
+    if (text.size() > kRoom) return PutLong(text);
+    std::memcpy(Room(text.size()), text.data(), text.size());
+    used_ += text.size();
+  }
+  /// The end of a number. Most are whole ones of a digit or two.
+  template <class T>
+  static char* Write(char* to, T value) {
+    if constexpr (std::is_integral_v<T>) {
+      if (value >= 0 && value < 100) {
+        const int number = static_cast<int>(value);
+        if (number > 9) *to++ = static_cast<char>('0' + number / 10);
+        *to++ = static_cast<char>('0' + number % 10);
+        return to;
+      }
+    }
+    return std::to_chars(to, to + kLongestNumber, value).ptr;
   }
   template <class T>
-  void AppendNumber(T value) {
-    std::array<char, 32> digits;
-    out_.append(digits.data(), std::to_chars(digits.data(), digits.data() + digits.size(), value).ptr);
+  void PutNumber(T value) {
+    char* const to = Room(kLongestNumber);
+    used_ += static_cast<std::size_t>(Write(to, value) - to);
+  }
+  void PutLong(std::string_view text) {
+    Flush();
+    out_ += text;
+  }
+  void PutEscaped(unsigned char byte);
+  void Flush() {
+    out_.append(gathered_.data(), used_);
+    used_ = 0;
+  }
+  /// Hands on what is complete.
+  void Pass() {
+    if (depth_ == 0) Flush();
   }
 
   std::string& out_;
+  std::array<char, kRoom> gathered_;
+  std::size_t used_ = 0;
+  int depth_ = 0;      // brackets that are open
   bool fresh_ = true;  // nothing stands ahead that a comma has to part from what comes
 };
 
