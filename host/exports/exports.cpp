@@ -74,12 +74,19 @@ void Exports::SetReference(std::optional<Moment> reference) {
 bool Exports::OnData(const CGPSData& data) {
   Tell(std::nullopt);
   std::optional<PositionEpoch> epoch;
-  if (data.m_bPositionValid) epoch = reader_.Read(data);
+  const bool is_told = !exports_.empty() || projection_ != nullptr;
+  const bool reads = is_told || filter_.WantsEpochs();
+  if (reads && data.m_bPositionValid) epoch = reader_.Read(data);
   const Kinds kinds = filter_.Pass(data, epoch ? &*epoch : nullptr);
   if (kinds.IsEmpty()) return false;
-  if (kinds.Has(Kind::fix) && epoch->time && !epoch->repeats) held_ = {*epoch, data};
+  if (is_told && kinds.Has(Kind::fix) && epoch->time && !epoch->repeats) held_ = {*epoch, data};
   inner_.SetKinds(kinds);
   return inner_.OnData(data);
+}
+
+bool Exports::OnSentence(const Fields& sentence) {
+  inner_.SetKinds(filter_.Passing());
+  return inner_.OnSentence(sentence);
 }
 
 bool Exports::OnString(const CString& text) {
@@ -90,7 +97,7 @@ bool Exports::OnString(const CString& text) {
 }
 
 bool Exports::OnSky(const Sky& sky) {
-  if (sky.has_list) sky_ = sky;
+  if (sky.has_list && !exports_.empty()) sky_ = sky;
   if (!filter_.Passes(Kind::satellites)) return false;
   for (const auto& file : exports_) file->OnSky(sky);
   return inner_.WantsSky() && inner_.OnSky(sky);

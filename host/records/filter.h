@@ -19,6 +19,10 @@ class Filter {
  public:
   explicit Filter(const FilterOptions& options) : options_(options) {}
 
+  /// Whether it matters where and when a position is.
+  bool WantsEpochs() const {
+    return options_.min_distance > 0.0 || options_.min_interval > 0.0 || options_.duration > 0.0;
+  }
   /// The kinds of `data` that pass; none for a record that does not. `epoch` is that of its position
   /// sentence, if it has one; it then begins a segment if one that was held back did.
   Kinds Pass(const CGPSData& data, PositionEpoch* epoch);

@@ -47,6 +47,16 @@ void HostWindow::Drain() {
   for (MSG message; PeekMessageW(&message, PM_REMOVE);) DispatchMessageW(message);
 }
 
+void HostWindow::OnText(const CString& text) {
+  std::optional<Fields> sentence;
+  if (WantsSky() && text.ToBytes(bytes_)) ShowSky(skies_.OnText(sentence.emplace(bytes_)));
+  // That of the last record that was shown is told too.
+  if (!std::exchange(owes_text_, false) && IsFull()) return;
+  bool shown = sentence && *sentence && ShowAll(&Sink::OnSentence, *sentence);
+  shown |= ShowAll(&Sink::OnString, text);
+  shown_ += shown ? 1 : 0;
+}
+
 LRESULT HostWindow::WindowProc(UINT message, WPARAM wParam, LPARAM lParam) {
   switch (message) {
     case WM_GPS_NEW_DATA: {
@@ -76,10 +86,7 @@ LRESULT HostWindow::WindowProc(UINT message, WPARAM wParam, LPARAM lParam) {
       return 0;
     case WM_GPS_NEW_STRING: {
       const auto text = Take<CString>(wParam);
-      std::string bytes;
-      if (WantsSky() && text->ToBytes(bytes)) ShowSky(skies_.OnText(bytes));
-      // That of the last record that was shown is told too.
-      if (std::exchange(owes_text_, false) || !IsFull()) Show(&Sink::OnString, *text);
+      OnText(*text);
       return 0;
     }
     default:

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <optional>
+#include <string>
 #include <vector>
 
 #include "gpsengine/platform/application.h"
@@ -47,10 +48,16 @@ class HostWindow : public CWnd {
   /// What several sinks show counts once.
   template <class... Parameters, class... Record>
   void Show(bool (Sink::*on)(Parameters...), const Record&... record) {
+    shown_ += ShowAll(on, record...) ? 1 : 0;
+  }
+  /// Says whether any sink has shown it.
+  template <class... Parameters, class... Record>
+  bool ShowAll(bool (Sink::*on)(Parameters...), const Record&... record) {
     bool shown = false;
     for (Sink* sink : sinks_) shown |= (sink->*on)(record...);
-    shown_ += shown ? 1 : 0;
+    return shown;
   }
+  void OnText(const CString& text);
 
   void ShowSky(const Sky* sky);
 
@@ -59,6 +66,7 @@ class HostWindow : public CWnd {
   const long long limit_;
   long long shown_ = 0;
   bool owes_text_ = false;  // of the last message
+  std::string bytes_;       // of the text at hand, kept for its memory
   Published published_;
 };
 
