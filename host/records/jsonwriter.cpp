@@ -64,22 +64,11 @@ void JsonWriter::Fixed(double value, int decimals) {
   Separate();
   std::int64_t scaled = 0;
   if (Scale(value, decimals, scaled)) {
-    char* const to = Room(2 * kLongestFixed);
-    used_ += static_cast<std::size_t>(WriteScaled(to, scaled, decimals) - to);
+    PutUpTo(WriteScaled(Room(2 * kLongestFixed), scaled, decimals));
   } else {
     Flush();
     AppendFixed(out_, value, decimals);
   }
-  Pass();
-}
-
-void JsonWriter::Fixed(int value, int decimals) {
-  Separate();
-  char* const start = Room(2 * kLongestNumber);
-  char* to = Write(start, value);
-  if (decimals > 0) *to++ = '.';
-  for (int i = 0; i < decimals; ++i) *to++ = '0';
-  used_ += static_cast<std::size_t>(to - start);
   Pass();
 }
 

@@ -26,36 +26,27 @@ class JsonWriter {
   void EndArray() { Close(']'); }
   /// At most 100 characters. Always in place: keys are constants, whose copying is then a move or two.
   [[gnu::always_inline]] void Key(std::string_view key) {
-    Separate();
-    char* const to = Room(key.size() + 3);
-    *to = '"';
-    std::memcpy(to + 1, key.data(), key.size());
-    std::memcpy(to + 1 + key.size(), "\":", 2);
-    used_ += key.size() + 3;
+    PutUpTo(WriteKey(key));
     fresh_ = true;
   }
 
-  void Value(bool value) { Simple(value ? "true" : "false"); }
   template <std::integral T>
   void Value(T value) {
     Separate();
-    PutNumber(value);
+    PutUpTo(Write(Room(kLongestNumber), value));
     Pass();
   }
   /// The fewest digits that read back as the same number; null for what is no number.
   void Value(double value) {
     if (!std::isfinite(value)) return Simple("null");
     Separate();
-    PutNumber(value);
+    PutUpTo(Write(Room(kLongestNumber), value));
     Pass();
   }
   void Value(std::string_view ascii) { Text(ascii); }
   void Value(const char* ascii) { Text(ascii); }
   /// With so many decimals, at most 9; null for what is no number.
-  ///@{
   void Fixed(double value, int decimals);
-  void Fixed(int value, int decimals);
-  ///@}
   /// 8-bit text, byte for byte one character: bytes from 0x80 up are those of Latin-1.
   void Text(std::string_view bytes);
   /// UTF-8; what is none becomes U+FFFD.
@@ -65,8 +56,12 @@ class JsonWriter {
 
   template <class T>
   [[gnu::always_inline]] void Member(std::string_view key, const T& value) {
-    Key(key);
-    Value(value);
+    if constexpr (std::is_integral_v<T>) {
+      PutUpTo(Write(WriteKey(key), value));
+    } else {
+      Key(key);
+      Value(value);
+    }
   }
   /// A member of UTF-8; none, if the text is empty.
   void Known(std::string_view key, std::string_view text) {
@@ -76,8 +71,12 @@ class JsonWriter {
   }
   template <class Number>
   [[gnu::always_inline]] void MemberFixed(std::string_view key, Number value, int decimals) {
-    Key(key);
-    Fixed(value, decimals);
+    if constexpr (std::is_integral_v<Number>) {
+      PutUpTo(WriteFixed(WriteKey(key), value, decimals));
+    } else {
+      Key(key);
+      Fixed(value, decimals);
+    }
   }
 
  private:
@@ -122,7 +121,24 @@ class JsonWriter {
     std::memcpy(Room(text.size()), text.data(), text.size());
     used_ += text.size();
   }
-  /// The end of a number. Most are whole ones of a digit or two.
+  /// Writes what stands ahead of a member's value. Gives where that has room.
+  [[gnu::always_inline]] char* WriteKey(std::string_view key) {
+    char* to = Room(key.size() + 4 + 2 * kLongestNumber);
+    if (!fresh_) *to++ = ',';
+    *to++ = '"';
+    std::memcpy(to, key.data(), key.size());
+    to += key.size();
+    *to++ = '"';
+    *to++ = ':';
+    return to;
+  }
+  /// Takes what was written in Room, up to its end.
+  void PutUpTo(const char* end) {
+    used_ = static_cast<std::size_t>(end - gathered_.data());
+    fresh_ = false;
+  }
+  /// Write a value and give its end. Most numbers are whole ones of a digit or two.
+  ///@{
   template <class T>
   static char* Write(char* to, T value) {
     if constexpr (std::is_integral_v<T>) {
@@ -135,11 +151,17 @@ class JsonWriter {
     }
     return std::to_chars(to, to + kLongestNumber, value).ptr;
   }
-  template <class T>
-  void PutNumber(T value) {
-    char* const to = Room(kLongestNumber);
-    used_ += static_cast<std::size_t>(Write(to, value) - to);
+  static char* Write(char* to, bool value) {
+    std::memcpy(to, value ? "true " : "false", 5);
+    return to + (value ? 4 : 5);
   }
+  static char* WriteFixed(char* to, int value, int decimals) {
+    to = Write(to, value);
+    if (decimals > 0) *to++ = '.';
+    for (int i = 0; i < decimals; ++i) *to++ = '0';
+    return to;
+  }
+  ///@}
   void PutLong(std::string_view text) {
     Flush();
     out_ += text;

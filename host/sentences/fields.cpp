@@ -55,19 +55,6 @@ std::optional<int> WholeOf(std::string_view field, int base) {
   return Read<int>(field, base);
 }
 
-std::optional<int> WholeOf(std::string_view field) {
-  constexpr std::size_t kShort = 9;
-  if (field.empty()) return std::nullopt;
-  if (field.size() > kShort) return WholeOf(field, 10);
-  unsigned value = 0;
-  for (const char c : field) {
-    const auto digit = static_cast<unsigned>(c - '0');
-    if (digit > 9) return WholeOf(field, 10);
-    value = value * 10 + digit;
-  }
-  return static_cast<int>(value);
-}
-
 std::optional<double> NumberOf(std::string_view field) {
   if (const auto plain = PlainNumberOf(field)) return plain;
   const auto value = Read<double>(field, std::chars_format::fixed);

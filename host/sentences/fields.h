@@ -39,8 +39,18 @@ class Fields {
 
 /// The number that a field holds; none if it holds anything else.
 ///@{
-std::optional<int> WholeOf(std::string_view field);
 std::optional<int> WholeOf(std::string_view field, int base);
+inline std::optional<int> WholeOf(std::string_view field) {
+  constexpr std::size_t kShort = 9;
+  unsigned value = 0;
+  for (const char c : field.substr(0, kShort)) {
+    const auto digit = static_cast<unsigned>(c - '0');
+    if (digit > 9) return WholeOf(field, 10);
+    value = value * 10 + digit;
+  }
+  if (field.empty() || field.size() > kShort) return WholeOf(field, 10);
+  return static_cast<int>(value);
+}
 std::optional<double> NumberOf(std::string_view field);
 ///@}
 /// The seconds of the day behind "hhmmss.ss".
