@@ -67,7 +67,9 @@ class Lines {
   }
   /// Of the text that comes behind.
   std::string OfText(std::string_view text) {
-    Show(skies_.OnText(text));
+    const Fields sentence(text);
+    Show(skies_.OnText(sentence));
+    if (sentence) sink_->OnSentence(sentence);
     sink_->OnString(CString(text.data(), static_cast<int>(text.size())));
     return std::exchange(out_, {});
   }

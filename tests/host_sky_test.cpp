@@ -33,7 +33,7 @@ std::string SkiesOf(std::initializer_list<std::string> sentences) {
   SkyReader reader;
   std::string lines;
   for (const std::string& sentence : sentences) {
-    if (reader.Read(sentence.ends_with('\n') ? sentence : WithChecksum(sentence))) {
+    if (reader.Read(Fields(sentence.ends_with('\n') ? sentence : WithChecksum(sentence)))) {
       lines += Show(reader.Latest()) + '\n';
     }
   }
@@ -58,7 +58,7 @@ std::string PagesOf(const std::string& talker, int satellites, const std::string
 bool ReadAll(SkyReader& reader, const std::string& text) {
   bool told = false;
   for (std::size_t start = 0; start < text.size(); start = text.find('\n', start) + 1) {
-    told |= reader.Read(std::string_view(text).substr(start, text.find('\n', start) - start));
+    told |= reader.Read(Fields(std::string_view(text).substr(start, text.find('\n', start) - start)));
   }
   return told;
 }
@@ -104,7 +104,7 @@ TEST(HostSky, TellsOneSkyAnEpochAndForgetsWhatIsGone) {
   SkyReader reader;
   ReadAll(reader,
           At("120000") + WithChecksum(gps) + WithChecksum(glonass) + At("120001") + WithChecksum(gps));
-  EXPECT_TRUE(reader.Read(WithChecksum(glonass))) << "nothing more is waited for";
+  EXPECT_TRUE(reader.Read(Fields(WithChecksum(glonass)))) << "nothing more is waited for";
   EXPECT_EQ(reader.Latest().time_of_day, 43201.0);
 }
 
@@ -126,7 +126,8 @@ TEST(HostSky, KeepsWhatItHasWhenAGroupIsBroken) {
   for (const auto& broken : cases) {
     SkyReader reader;
     ReadAll(reader, At("120000") + WithChecksum(good));
-    for (const std::string line : broken) reader.Read(line.ends_with('\n') ? line : WithChecksum(line));
+    for (const std::string line : broken)
+      reader.Read(Fields(line.ends_with('\n') ? line : WithChecksum(line)));
     EXPECT_TRUE(reader.Finish());
     EXPECT_EQ(Show(reader.Latest()) + '\n', sky) << *broken.begin();
   }
@@ -158,19 +159,19 @@ TEST(HostSky, ComesFromRecordsWhereSentencesHaveNoGroups) {
   };
   SkySource source;
   EXPECT_EQ(source.OnData(record(false)), nullptr) << "its text may be a sentence that tells more";
-  const Sky* sky = source.OnText("$PASHR,SAT,...");
+  const Sky* sky = source.OnText(Fields("$PASHR,SAT,..."));
   ASSERT_NE(sky, nullptr);
   EXPECT_EQ(Show(*sky), "G07=7*:29/57/41 R02=66:-/-/-");
   source.OnData(record(true));
-  EXPECT_EQ(source.OnText(At("120000")), nullptr) << "the same with a position";
+  EXPECT_EQ(source.OnText(Fields(At("120000"))), nullptr) << "the same with a position";
   source.OnData(record(false));
-  source.OnText(WithChecksum("$GPGSV,1,1,01,07,45,120,30"));
+  source.OnText(Fields(WithChecksum("$GPGSV,1,1,01,07,45,120,30")));
   sky = source.Finish();
   ASSERT_NE(sky, nullptr);
   EXPECT_EQ(Show(*sky), "G07=7:45/120/30");
-  for (int i = 0; i < 300; ++i) source.OnText(At(std::to_string(120000 + i % 60)));
+  for (int i = 0; i < 300; ++i) source.OnText(Fields(At(std::to_string(120000 + i % 60))));
   source.OnData(record(false));
-  EXPECT_NE(source.OnText("$PASHR,SAT,..."), nullptr) << "the receiver sends no groups any more";
+  EXPECT_NE(source.OnText(Fields("$PASHR,SAT,...")), nullptr) << "the receiver sends no groups any more";
 }
 
 TEST(HostSky, ReadsTheTailOfAPosition) {

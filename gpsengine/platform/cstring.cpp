@@ -241,9 +241,9 @@ int CString::CompareNoCase(const CString& other) const noexcept {
 
 bool CString::ToBytes(std::string& bytes) const {
   const auto text = View();
-  if (std::any_of(text.begin(), text.end(), [](WCHAR c) { return c > 0xFF; })) return false;
+  if (!textscan::IsNarrow(text)) return false;
   bytes.resize(text.size());
-  std::transform(text.begin(), text.end(), bytes.begin(), [](WCHAR c) { return static_cast<char>(c); });
+  textscan::Narrow(text, bytes.data());
   return true;
 }
 

@@ -22,6 +22,14 @@ int SumUpToSlowly(std::u16string_view text, WCHAR end, unsigned& sum) {
   return -1;
 }
 
+bool IsNarrowSlowly(std::u16string_view text) {
+  return std::all_of(text.begin(), text.end(), [](WCHAR c) { return c <= 0xFF; });
+}
+
+void NarrowSlowly(std::u16string_view text, char* pTo) {
+  std::transform(text.begin(), text.end(), pTo, [](WCHAR c) { return static_cast<char>(c); });
+}
+
 int AheadOfZero(const char* pBytes, int nCount) {
   const void* zero = std::memchr(pBytes, 0, static_cast<std::size_t>(nCount));
   return zero == nullptr ? nCount : static_cast<int>(static_cast<const char*>(zero) - pBytes);
@@ -187,6 +195,27 @@ void Widen(const char* pBytes, int nCount, WCHAR* pTo) {
   WidenBytes(pBytes, nCount, pTo);
 }
 
+bool IsNarrow(std::u16string_view text) {
+  const int length = static_cast<int>(text.size());
+  const WCHAR* p = text.data();
+  if (length < kStep) return IsNarrowSlowly(text);
+  __m128i all = _mm_setzero_si128();
+  for (int i = 0; i + kStep <= length; i += kStep) all = _mm_or_si128(all, Load(p + i));
+  all = _mm_or_si128(all, Load(p + length - kStep));
+  return ByteBits(_mm_cmpeq_epi8(_mm_srli_epi16(all, 8), _mm_setzero_si128())) == 0xFFFF;
+}
+
+void Narrow(std::u16string_view text, char* pTo) {
+  const int length = static_cast<int>(text.size());
+  const WCHAR* p = text.data();
+  const auto step = [&](int i) {
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(pTo + i), _mm_packus_epi16(Load(p + i), Load(p + i + kStep)));
+  };
+  if (length < kTwoSteps) return NarrowSlowly(text, pTo);
+  for (int i = 0; i + kTwoSteps <= length; i += kTwoSteps) step(i);
+  step(length - kTwoSteps);
+}
+
 int WidenText(const char* pBytes, int nCount, WCHAR* pTo) {
   const bool zero = _mm_movemask_epi8(WidenBytes(pBytes, nCount, pTo)) != 0;
   return zero ? AheadOfZero(pBytes, nCount) : nCount;
@@ -319,6 +348,14 @@ int SumUpTo(std::u16string_view text, WCHAR end, unsigned& sum) {
 
 void Widen(const char* pBytes, int nCount, WCHAR* pTo) {
   for (int i = 0; i < nCount; ++i) pTo[i] = static_cast<unsigned char>(pBytes[i]);
+}
+
+bool IsNarrow(std::u16string_view text) {
+  return IsNarrowSlowly(text);
+}
+
+void Narrow(std::u16string_view text, char* pTo) {
+  NarrowSlowly(text, pTo);
 }
 
 int WidenText(const char* pBytes, int nCount, WCHAR* pTo) {

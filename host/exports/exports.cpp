@@ -87,6 +87,10 @@ bool Exports::OnData(const Record& record) {
   return inner_.OnData(passed);
 }
 
+bool Exports::OnSentence(const Fields& sentence) {
+  return !filter_.IsOver() && inner_.OnSentence(sentence);
+}
+
 bool Exports::OnString(const CString& text) {
   std::string bytes;
   if (held_ && text.ToBytes(bytes)) Tell(PositionTailOf(bytes));
@@ -94,7 +98,7 @@ bool Exports::OnString(const CString& text) {
 }
 
 bool Exports::OnSky(const Sky& sky) {
-  if (sky.has_list) sky_ = sky;
+  if (sky.has_list && !exports_.empty()) sky_ = sky;
   if (!filter_.Passes(Kind::satellites)) return false;
   for (const auto& file : exports_) file->OnSky(sky);
   return inner_.WantsSky() && inner_.OnSky(sky);

@@ -45,6 +45,7 @@ class Exports : public Sink, public Outlet {
   bool OnRawData(const CGPSDataRaw& epoch) override;
   bool OnEphemeris(const CGPSDataEphemeris& ephemeris) override;
   bool OnBin(const Block& block) override;
+  bool OnSentence(const Fields& sentence) override;
   bool OnString(const CString& text) override;
   bool WantsSky() const override { return !exports_.empty() || inner_.WantsSky(); }
   bool OnSky(const Sky& sky) override;

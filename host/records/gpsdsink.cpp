@@ -145,10 +145,9 @@ bool GpsdSink::OnSky(const Sky& sky) {
   return true;
 }
 
-bool GpsdSink::OnString(const CString& text) {
-  std::string bytes;
-  if (!kinds_.Has(Kind::fix) || !text.ToBytes(bytes)) return false;
-  const auto error = PositionErrorOf(bytes);
+bool GpsdSink::OnSentence(const Fields& sentence) {
+  if (!kinds_.Has(Kind::fix)) return false;
+  const auto error = PositionErrorOf(sentence);
   if (!error) return false;
   JsonWriter json(out_);
   Begin(json, "GST");

@@ -27,7 +27,7 @@ class GpsdSink : public Sink {
   bool OnBin(const Block& block) override;
   bool WantsSky() const override { return true; }
   bool OnSky(const Sky& sky) override;
-  bool OnString(const CString& text) override;
+  bool OnSentence(const Fields& sentence) override;
 
  private:
   void Begin(JsonWriter& json, std::string_view name);

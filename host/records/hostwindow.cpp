@@ -87,10 +87,13 @@ void HostWindow::OnData(const CGPSData& data) {
 }
 
 void HostWindow::OnString(const CString& text) {
-  std::string bytes;
-  if (WantsSky() && text.ToBytes(bytes)) ShowSky(skies_.OnText(bytes));
+  std::optional<Fields> sentence;
+  if (WantsSky() && text.ToBytes(bytes_)) ShowSky(skies_.OnText(sentence.emplace(bytes_)));
   // That of the last record that was shown is told too.
-  if (std::exchange(owes_text_, false) || !IsFull()) Show(&Sink::OnString, text);
+  if (!std::exchange(owes_text_, false) && IsFull()) return;
+  bool shown = sentence && *sentence && ShowAll(&Sink::OnSentence, *sentence);
+  shown |= ShowAll(&Sink::OnString, text);
+  shown_ += shown ? 1 : 0;
 }
 
 }  // namespace host

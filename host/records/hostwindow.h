@@ -1,6 +1,7 @@
 #pragma once
 
 #include <optional>
+#include <string>
 #include <vector>
 
 #include "gpsengine/platform/application.h"
@@ -52,11 +53,15 @@ class HostWindow : public CWnd {
   /// What several sinks show counts once.
   template <class... Parameters, class... Records>
   void Show(bool (Sink::*on)(Parameters...), const Records&... record) {
+    shown_ += ShowAll(on, record...) ? 1 : 0;
+  }
+  /// Says whether any sink has shown it.
+  template <class... Parameters, class... Records>
+  bool ShowAll(bool (Sink::*on)(Parameters...), const Records&... record) {
     bool shown = false;
     for (Sink* sink : sinks_) shown |= (sink->*on)(record...);
-    shown_ += shown ? 1 : 0;
+    return shown;
   }
-
   template <class... Parameters, class... Records>
   void Publish(long long& count, bool (Sink::*on)(Parameters...), const Records&... record) {
     ++count;
@@ -75,6 +80,7 @@ class HostWindow : public CWnd {
   const long long limit_;
   long long shown_ = 0;
   bool owes_text_ = false;  // of the last message
+  std::string bytes_;       // of the text at hand, kept for its memory
   Published published_;
 };
 

@@ -1,5 +1,6 @@
 #include "host/records/jsonwriter.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <cstdlib>
 
@@ -14,78 +15,113 @@ constexpr std::array<std::int64_t, 10> kPowersOfTen = {1,      10,      100,    
 // Up to here a double's whole numbers are exact.
 constexpr double kExact = 9007199254740992.0;
 
-void AppendEscaped(std::string& out, unsigned char byte) {
-  constexpr char kHex[] = "0123456789abcdef";
-  if (byte == '"' || byte == '\\') {
-    out += {'\\', static_cast<char>(byte)};
-  } else if (byte == '\n') {
-    out += "\\n";
-  } else if (byte == '\r') {
-    out += "\\r";
-  } else if (byte == '\t') {
-    out += "\\t";
-  } else if (byte < 0x20 || byte == 0x7F) {
-    out += "\\u00";
-    out += {kHex[byte >> 4], kHex[byte & 15]};
-  } else if (byte < 0x80) {
-    out += static_cast<char>(byte);
-  } else {
-    out += {static_cast<char>(0xC0 | byte >> 6), static_cast<char>(0x80 | (byte & 0x3F))};
-  }
+// Characters that stand in a text as they are.
+constexpr bool IsPlain(char c) {
+  return c >= 0x20 && c < 0x7F && c != '"' && c != '\\';
+}
+
+// The longest number that WriteFixed takes.
+constexpr std::size_t kLongestFixed = 24;
+
+// Whether a number with so many decimals is a whole number of the last of them, exactly.
+bool Scale(double value, int decimals, std::int64_t& scaled) {
+  const double rounded =
+      std::round(value * static_cast<double>(kPowersOfTen.at(static_cast<std::size_t>(decimals))));
+  if (!(std::fabs(rounded) < kExact)) return false;
+  scaled = static_cast<std::int64_t>(rounded);
+  return true;
+}
+
+// The end of the number that `scaled` is, with its last digits as decimals.
+char* WriteScaled(char* to, std::int64_t scaled, int decimals) {
+  if (scaled < 0) *to++ = '-';
+  const auto power = kPowersOfTen[static_cast<std::size_t>(decimals)];
+  const auto parts = std::div(std::abs(scaled), power);
+  to = std::to_chars(to, to + kLongestFixed, parts.quot).ptr;
+  if (decimals == 0) return to;
+  // A leading 1 keeps the zeros that stand ahead of the decimals.
+  char* const last = std::to_chars(to, to + kLongestFixed, parts.rem + power).ptr;
+  *to = '.';
+  return last;
 }
 
 }  // namespace
 
 void AppendFixed(std::string& out, double value, int decimals) {
-  const auto power = kPowersOfTen.at(static_cast<std::size_t>(decimals));
-  const double scaled = std::round(value * static_cast<double>(power));
-  if (std::fabs(scaled) >= kExact) {  // the general way, which takes several times as long
-    std::array<char, 350> digits;
-    const auto end = digits.data() + digits.size();
-    out.append(digits.data(),
-               std::to_chars(digits.data(), end, value, std::chars_format::fixed, decimals).ptr);
-    return;
-  }
-  const auto whole = static_cast<std::int64_t>(scaled);
-  if (whole < 0) out += '-';
-  const auto parts = std::div(std::abs(whole), power);
-  std::array<char, 24> digits;
-  const auto end = digits.data() + digits.size();
-  out.append(digits.data(), std::to_chars(digits.data(), end, parts.quot).ptr);
-  if (decimals == 0) return;
-  // A leading 1 keeps the zeros that stand ahead of the decimals.
-  char* last = std::to_chars(digits.data(), end, parts.rem + power).ptr;
-  digits[0] = '.';
-  out.append(digits.data(), last);
+  std::array<char, 350> digits;
+  std::int64_t scaled = 0;
+  // The general way takes several times as long.
+  char* const end = Scale(value, decimals, scaled)
+                        ? WriteScaled(digits.data(), scaled, decimals)
+                        : std::to_chars(digits.data(), digits.data() + digits.size(), value,
+                                        std::chars_format::fixed, decimals)
+                              .ptr;
+  out.append(digits.data(), static_cast<std::size_t>(end - digits.data()));
 }
 
 void JsonWriter::Fixed(double value, int decimals) {
+  if (!std::isfinite(value)) return Simple("null");
   Separate();
-  if (std::isfinite(value)) {
-    AppendFixed(out_, value, decimals);
+  std::int64_t scaled = 0;
+  if (Scale(value, decimals, scaled)) {
+    PutUpTo(WriteScaled(Room(2 * kLongestFixed), scaled, decimals));
   } else {
-    out_ += "null";
+    Flush();
+    AppendFixed(out_, value, decimals);
+  }
+  Pass();
+}
+
+void JsonWriter::PutEscaped(unsigned char byte) {
+  constexpr char kHex[] = "0123456789abcdef";
+  if (IsPlain(static_cast<char>(byte))) {
+    Put(static_cast<char>(byte));
+  } else if (byte == '"' || byte == '\\') {
+    Put('\\');
+    Put(static_cast<char>(byte));
+  } else if (byte == '\n') {
+    Put("\\n");
+  } else if (byte == '\r') {
+    Put("\\r");
+  } else if (byte == '\t') {
+    Put("\\t");
+  } else if (byte < 0x80) {
+    Put("\\u00");
+    Put(kHex[byte >> 4]);
+    Put(kHex[byte & 15]);
+  } else {
+    Put(static_cast<char>(0xC0 | byte >> 6));
+    Put(static_cast<char>(0x80 | (byte & 0x3F)));
   }
 }
 
 void JsonWriter::Text(std::string_view bytes) {
   Separate();
-  out_ += '"';
-  for (const char c : bytes) AppendEscaped(out_, static_cast<unsigned char>(c));
-  out_ += '"';
+  Put('"');
+  while (!bytes.empty()) {
+    const auto* const end = std::find_if_not(bytes.begin(), bytes.end(), IsPlain);
+    Put(std::string_view(bytes.begin(), end));
+    bytes = {end, bytes.end()};
+    if (bytes.empty()) break;
+    PutEscaped(static_cast<unsigned char>(bytes.front()));
+    bytes.remove_prefix(1);
+  }
+  Put('"');
+  Pass();
 }
 
 void JsonWriter::Utf8(std::string_view text) {
   Separate();
-  out_ += '"';
+  Put('"');
   for (const char c : CString::FromUtf8(text).ToUtf8()) {
     if (static_cast<unsigned char>(c) < 0x80) {
-      AppendEscaped(out_, static_cast<unsigned char>(c));
+      PutEscaped(static_cast<unsigned char>(c));
     } else {
-      out_ += c;
+      Put(c);
     }
   }
-  out_ += '"';
+  Put('"');
+  Pass();
 }
 
 }  // namespace host

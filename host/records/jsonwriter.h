@@ -4,47 +4,44 @@
 #include <charconv>
 #include <cmath>
 #include <concepts>
+#include <cstring>
 #include <string>
 #include <string_view>
+#include <type_traits>
 
 namespace host {
 
 /// Appends JSON to a text, with no blanks. It is for lines that are written thousands of times a second:
 /// nothing is built up first, and its caller sees to it that the nesting is right and that keys need no
-/// escaping.
+/// escaping. What is written gathers here and is in the text as soon as all that was opened is closed.
 class JsonWriter {
  public:
   explicit JsonWriter(std::string& out) : out_(out) {}
+  JsonWriter(const JsonWriter&) = delete;
+  JsonWriter& operator=(const JsonWriter&) = delete;
 
   void BeginObject() { Open('{'); }
   void EndObject() { Close('}'); }
   void BeginArray() { Open('['); }
   void EndArray() { Close(']'); }
-  void Key(std::string_view key) {
-    Separate();
-    out_ += '"';
-    out_ += key;
-    out_ += "\":";
+  /// At most 100 characters. Always in place: keys are constants, whose copying is then a move or two.
+  [[gnu::always_inline]] void Key(std::string_view key) {
+    PutUpTo(WriteKey(key));
     fresh_ = true;
   }
 
-  void Value(bool value) {
-    Separate();
-    out_ += value ? "true" : "false";
-  }
   template <std::integral T>
   void Value(T value) {
     Separate();
-    AppendNumber(value);
+    PutUpTo(Write(Room(kLongestNumber), value));
+    Pass();
   }
   /// The fewest digits that read back as the same number; null for what is no number.
   void Value(double value) {
+    if (!std::isfinite(value)) return Simple("null");
     Separate();
-    if (std::isfinite(value)) {
-      AppendNumber(value);
-    } else {
-      out_ += "null";
-    }
+    PutUpTo(Write(Room(kLongestNumber), value));
+    Pass();
   }
   void Value(std::string_view ascii) { Text(ascii); }
   void Value(const char* ascii) { Text(ascii); }
@@ -55,15 +52,16 @@ class JsonWriter {
   /// UTF-8; what is none becomes U+FFFD.
   void Utf8(std::string_view text);
   /// A value that is JSON already.
-  void Verbatim(std::string_view json) {
-    Separate();
-    out_ += json;
-  }
+  void Verbatim(std::string_view json) { Simple(json); }
 
   template <class T>
-  void Member(std::string_view key, const T& value) {
-    Key(key);
-    Value(value);
+  [[gnu::always_inline]] void Member(std::string_view key, const T& value) {
+    if constexpr (std::is_integral_v<T>) {
+      PutUpTo(Write(WriteKey(key), value));
+    } else {
+      Key(key);
+      Value(value);
+    }
   }
   /// A member of UTF-8; none, if the text is empty.
   void Known(std::string_view key, std::string_view text) {
@@ -71,32 +69,117 @@ class JsonWriter {
     Key(key);
     Utf8(text);
   }
-  void MemberFixed(std::string_view key, double value, int decimals) {
-    Key(key);
-    Fixed(value, decimals);
+  template <class Number>
+  [[gnu::always_inline]] void MemberFixed(std::string_view key, Number value, int decimals) {
+    if constexpr (std::is_integral_v<Number>) {
+      PutUpTo(WriteFixed(WriteKey(key), value, decimals));
+    } else {
+      Key(key);
+      Fixed(value, decimals);
+    }
   }
 
  private:
+  static constexpr std::size_t kRoom = 512;
+  // More than any number takes with its sign, and any escaped character.
+  static constexpr std::size_t kLongestNumber = 32;
+
   void Separate() {
-    if (!fresh_) out_ += ',';
+    if (!fresh_) Put(',');
     fresh_ = false;
   }
   void Open(char bracket) {
     Separate();
-    out_ += bracket;
+    Put(bracket);
     fresh_ = true;
+    ++depth_;
   }
   void Close(char bracket) {
-    out_ += bracket;
+    Put(bracket);
+    fresh_ = false;
+    --depth_;
+    Pass();
+  }
+  void Simple(std::string_view json) {
+    Separate();
+    Put(json);
+    Pass();
+  }
+  /// Where so many characters have room, which are at most kRoom.
+  char* Room(std::size_t count) {
+    if (count > kRoom - used_) [[unlikely]] {
+      Flush();
+    }
+    return gathered_.data() + used_;
+  }
+  [[gnu::always_inline]] void Put(char c) {
+    *Room(1) = c;
+    ++used_;
+  }
+  [[gnu::always_inline]] void Put(std::string_view text) {
+    if (text.size() > kRoom) return PutLong(text);
+    std::memcpy(Room(text.size()), text.data(), text.size());
+    used_ += text.size();
+  }
+  /// Writes what stands ahead of a member's value. Gives where that has room.
+  [[gnu::always_inline]] char* WriteKey(std::string_view key) {
+    char* to = Room(key.size() + 4 + 2 * kLongestNumber);
+    if (!fresh_) *to++ = ',';
+    *to++ = '"';
+    std::memcpy(to, key.data(), key.size());
+    to += key.size();
+    *to++ = '"';
+    *to++ = ':';
+    return to;
+  }
+  /// Takes what was written in Room, up to its end.
+  void PutUpTo(const char* end) {
+    used_ = static_cast<std::size_t>(end - gathered_.data());
     fresh_ = false;
   }
+  /// Write a value and give its end. Most numbers are whole ones of a digit or two.
+  ///@{
   template <class T>
-  void AppendNumber(T value) {
-    std::array<char, 32> digits;
-    out_.append(digits.data(), std::to_chars(digits.data(), digits.data() + digits.size(), value).ptr);
+  static char* Write(char* to, T value) {
+    if constexpr (std::is_integral_v<T>) {
+      if (value >= 0 && value < 100) {
+        const int number = static_cast<int>(value);
+        if (number > 9) *to++ = static_cast<char>('0' + number / 10);
+        *to++ = static_cast<char>('0' + number % 10);
+        return to;
+      }
+    }
+    return std::to_chars(to, to + kLongestNumber, value).ptr;
+  }
+  static char* Write(char* to, bool value) {
+    std::memcpy(to, value ? "true " : "false", 5);
+    return to + (value ? 4 : 5);
+  }
+  static char* WriteFixed(char* to, int value, int decimals) {
+    to = Write(to, value);
+    if (decimals > 0) *to++ = '.';
+    for (int i = 0; i < decimals; ++i) *to++ = '0';
+    return to;
+  }
+  ///@}
+  void PutLong(std::string_view text) {
+    Flush();
+    out_ += text;
+  }
+  void PutEscaped(unsigned char byte);
+  void Flush() {
+    out_.append(gathered_.data(), used_);
+    used_ = 0;
+  }
+  /// Hands on what is complete.
+  void Pass() {
+    if (depth_ == 0) Flush();
   }
 
   std::string& out_;
+  std::array<char, kRoom> gathered_;
+  std::size_t used_ = 0;
+  int depth_ = 0;      // brackets that are open
   bool fresh_ = true;  // nothing stands ahead that a comma has to part from what comes
 };
 

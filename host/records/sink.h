@@ -6,6 +6,7 @@
 #include "gpsengine/records/gpsdataraw.h"
 #include "host/records/block.h"
 #include "host/records/epoch.h"
+#include "host/sentences/fields.h"
 #include "host/sentences/sky.h"
 
 namespace host {
@@ -21,6 +22,8 @@ class Sink {
   virtual bool OnBin(const Block& /*block*/) { return false; }
   /// Satellites are wanted: they come as skies, for which the texts of messages are read.
   virtual bool WantsSky() const { return false; }
+  /// A sentence of the standard, if any sink wants satellites. It comes ahead of its text.
+  virtual bool OnSentence(const Fields& /*sentence*/) { return false; }
   /// The satellites of an epoch.
   virtual bool OnSky(const Sky& /*sky*/) { return false; }
   /// The moment near which the records to come belong, for a recording, which is not of today. Without it,

@@ -58,7 +58,7 @@ const Sky* SkySource::OnData(const CGPSData& data) {
   return sky;
 }
 
-const Sky* SkySource::OnText(std::string_view text) {
+const Sky* SkySource::OnText(const Fields& text) {
   const bool is_new = sentences_.Read(text);
   if (!sentences_.HasGroups()) return Release();
   held_.reset();

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <optional>
-#include <string_view>
 
 #include "gpsengine/records/gpsdata.h"
 #include "host/sentences/skyreader.h"
@@ -15,8 +14,8 @@ class SkySource {
   /// Takes a record, ahead of the text that gave it. The sky that is whole with it; null for none. The sky is
   /// there until the next call.
   const Sky* OnData(const CGPSData& data);
-  /// Takes the text of a message.
-  const Sky* OnText(std::string_view text);
+  /// Takes the text of a message by its fields, which may be none.
+  const Sky* OnText(const Fields& text);
   /// There is nothing more to come.
   const Sky* Finish();
 

@@ -22,6 +22,13 @@ constexpr Constellation kConstellations[] = {
     {Gnss::navic, "NavIC", 'N', "GI", "", 6, 18, 500, 0},
 };
 
+constexpr bool StandInOrder() {
+  int next = 0;
+  return std::all_of(std::begin(kConstellations), std::end(kConstellations),
+                     [&](const Constellation& row) { return static_cast<int>(row.system) == next++; });
+}
+static_assert(StandInOrder());
+
 // Of the numbers of all systems, as sentences have them that do not say the system.
 constexpr struct {
   int first, last;
@@ -47,7 +54,7 @@ Gnss SystemOf(const Constellation* constellation) {
 }  // namespace
 
 const Constellation* FindConstellation(Gnss system) {
-  return Find([=](const Constellation& row) { return row.system == system; });
+  return system == Gnss::unknown ? nullptr : &kConstellations[static_cast<int>(system)];
 }
 
 Gnss SystemOfTalker(std::string_view talker) {

@@ -8,8 +8,8 @@ namespace host {
 
 namespace {
 
-// The longest sentence of the standard, line end included.
-constexpr std::size_t kLongestSentence = 82;
+// Receivers send some that are longer than the 82 characters of the standard.
+constexpr std::size_t kLongestSentence = 120;
 
 std::optional<Moment> MomentOf(std::optional<int> year, std::string_view month, std::string_view day,
                                std::string_view time) {
@@ -39,31 +39,35 @@ std::optional<Moment> MomentOfZda(const Fields& zda) {
 }  // namespace
 
 void DateScan::Feed(std::string_view bytes) {
-  while (!bytes.empty()) {
-    if (head_.empty()) {
-      const auto start = bytes.find('$');
-      if (start == std::string_view::npos) return;
-      bytes.remove_prefix(start);
-    }
-    const auto end = bytes.find_first_of("\r\n");
-    const auto piece = bytes.substr(0, end);
-    if (end != std::string_view::npos && head_.empty()) {
-      FeedLine(piece);
-    } else {
-      if (head_.size() + piece.size() <= kLongestSentence) head_ += piece;
-      if (end == std::string_view::npos) return;
-      FeedLine(head_);
-      head_.clear();
-    }
-    bytes.remove_prefix(end);
+  if (!head_.empty()) {
+    head_ += bytes.substr(0, kLongestSentence - head_.size());
+    if (Take(head_)) head_.clear();
+  }
+  for (auto at = bytes.find('$'); at != std::string_view::npos; at = bytes.find('$', 1)) {
+    bytes.remove_prefix(at);
+    if (Take(bytes)) continue;
+    head_ = bytes;
+    return;
   }
 }
 
-void DateScan::FeedLine(std::string_view line) {
-  const auto kind = line.substr(line.rfind('$')).substr(0, 6);
-  const bool is_rmc = kind.ends_with("RMC");
-  if (!is_rmc && !kind.ends_with("ZDA")) return;
+/// Looks at what begins with a "$". False if that may be a sentence with a date and is not all there yet.
+bool DateScan::Take(std::string_view bytes) {
+  constexpr std::size_t kTag = 6, kChecksum = 3;
+  const auto kind = bytes.substr(0, kTag);
+  if (kind.size() == kTag && !kind.ends_with("RMC") && !kind.ends_with("ZDA")) return true;
+  const auto star = bytes.substr(0, kLongestSentence - kChecksum + 1).find('*');
+  if (star == std::string_view::npos || star + kChecksum > bytes.size()) {
+    return bytes.size() >= kLongestSentence;
+  }
+  FeedSentence(bytes.substr(0, star + kChecksum));
+  return true;
+}
+
+void DateScan::FeedSentence(std::string_view line) {
   const Fields sentence(line);
+  const bool is_rmc = sentence.Kind() == "RMC";
+  if (!is_rmc && sentence.Kind() != "ZDA") return;
   // A receiver without a fix may keep its date by a clock of its own, or have none yet.
   const bool has_fix = !is_rmc || sentence[2] == "A";
   if (had_fix_ && !has_fix) return;

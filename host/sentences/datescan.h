@@ -19,7 +19,8 @@ class DateScan {
   std::optional<Moment> Latest() const { return latest_; }
 
  private:
-  void FeedLine(std::string_view line);
+  bool Take(std::string_view bytes);
+  void FeedSentence(std::string_view line);
 
   std::string head_;  // a sentence that the end of the piece has cut
   std::optional<Moment> latest_;

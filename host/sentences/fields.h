@@ -22,18 +22,37 @@ class Fields {
   int Size() const { return size_; }
   /// A field by its number, 0 being the tag; empty if there are fewer.
   std::string_view operator[](int number) const {
-    return number < size_ ? fields_[static_cast<std::size_t>(number)] : std::string_view();
+    if (number >= size_) return {};
+    const char* const* const start = starts_.data() + number;
+    return {start[0], start[1] - 1};  // ahead of the comma
   }
 
  private:
-  std::array<std::string_view, 40> fields_;
+  static constexpr std::size_t kMost = 40;
+
+  void Split(std::string_view sentence);
+
+  std::array<const char*, kMost + 1> starts_;  // of each field, and where the next one would start
   int size_ = 0;
   std::string_view tag_;
 };
 
 /// The number that a field holds; none if it holds anything else.
-std::optional<int> WholeOf(std::string_view field, int base = 10);
+///@{
+std::optional<int> WholeOf(std::string_view field, int base);
+inline std::optional<int> WholeOf(std::string_view field) {
+  constexpr std::size_t kShort = 9;
+  unsigned value = 0;
+  for (const char c : field.substr(0, kShort)) {
+    const auto digit = static_cast<unsigned>(c - '0');
+    if (digit > 9) return WholeOf(field, 10);
+    value = value * 10 + digit;
+  }
+  if (field.empty() || field.size() > kShort) return WholeOf(field, 10);
+  return static_cast<int>(value);
+}
 std::optional<double> NumberOf(std::string_view field);
+///@}
 /// The seconds of the day behind "hhmmss.ss".
 std::optional<double> TimeOf(std::string_view field);
 

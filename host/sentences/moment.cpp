@@ -1,5 +1,6 @@
 #include "host/sentences/moment.h"
 
+#include <array>
 #include <chrono>
 #include <cmath>
 
@@ -7,10 +8,11 @@ namespace host {
 
 namespace {
 
-void AppendDigits(std::string& out, int value, int width) {
-  for (int power = width == 4 ? 1000 : width == 3 ? 100 : 10; power > 0; power /= 10) {
-    out += static_cast<char>('0' + value / power % 10);
-  }
+// The digits of a number of so many, and a character behind them.
+char* Write(char* to, int value, int width, char behind) {
+  for (int place = width; place > 0; value /= 10) to[--place] = static_cast<char>('0' + value % 10);
+  to[width] = behind;
+  return to + width + 1;
 }
 
 }  // namespace
@@ -39,20 +41,15 @@ void AppendIso(std::string& out, Moment moment) {
   const auto day = std::chrono::floor<std::chrono::days>(time);
   const std::chrono::year_month_day date(day);
   const auto ms = static_cast<int>((time - day).count());
-  AppendDigits(out, static_cast<int>(date.year()), 4);
-  out += '-';
-  AppendDigits(out, static_cast<int>(static_cast<unsigned>(date.month())), 2);
-  out += '-';
-  AppendDigits(out, static_cast<int>(static_cast<unsigned>(date.day())), 2);
-  out += 'T';
-  AppendDigits(out, ms / 3'600'000, 2);
-  out += ':';
-  AppendDigits(out, ms / 60'000 % 60, 2);
-  out += ':';
-  AppendDigits(out, ms / 1000 % 60, 2);
-  out += '.';
-  AppendDigits(out, ms % 1000, 3);
-  out += 'Z';
+  std::array<char, 24> text;
+  char* to = Write(text.data(), static_cast<int>(date.year()), 4, '-');
+  to = Write(to, static_cast<int>(static_cast<unsigned>(date.month())), 2, '-');
+  to = Write(to, static_cast<int>(static_cast<unsigned>(date.day())), 2, 'T');
+  to = Write(to, ms / 3'600'000, 2, ':');
+  to = Write(to, ms / 60'000 % 60, 2, ':');
+  to = Write(to, ms / 1000 % 60, 2, '.');
+  Write(to, ms % 1000, 3, 'Z');
+  out.append(text.data(), text.size());
 }
 
 }  // namespace host

@@ -1,7 +1,8 @@
 #pragma once
 
 #include <optional>
-#include <string_view>
+
+#include "host/sentences/fields.h"
 
 namespace host {
 
@@ -15,7 +16,7 @@ struct PositionError {
   std::optional<double> latitude, longitude, height;
 };
 
-/// None for another sentence, or a broken one.
-std::optional<PositionError> PositionErrorOf(std::string_view line);
+/// None for another sentence.
+std::optional<PositionError> PositionErrorOf(const Fields& sentence);
 
 }  // namespace host

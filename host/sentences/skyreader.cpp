@@ -1,7 +1,6 @@
 #include "host/sentences/skyreader.h"
 
 #include <algorithm>
-
 #include <utility>
 
 namespace host {
@@ -23,7 +22,8 @@ std::optional<int> InRange(std::string_view field, int least, int most) {
 
 /// A satellite is told of by each of its bands.
 void Merge(std::vector<Satellite>& all) {
-  std::stable_sort(all.begin(), all.end(), [](const auto& a, const auto& b) { return a.id < b.id; });
+  const auto is_ahead = [](const Satellite& a, const Satellite& b) { return a.id < b.id; };
+  if (!std::is_sorted(all.begin(), all.end(), is_ahead)) std::stable_sort(all.begin(), all.end(), is_ahead);
   std::size_t kept = 0;
   for (std::size_t i = 0; i < all.size(); ++i) {
     const Satellite other = all[i];
@@ -42,11 +42,12 @@ void Merge(std::vector<Satellite>& all) {
 /// The satellites of a page, four fields each.
 void ReadSatellites(const Fields& gsv, int end, std::vector<Satellite>& satellites) {
   constexpr int kFirst = 4, kMostNumber = 999;
+  const Gnss said = SystemOfTalker(gsv.Talker());
   for (int field = kFirst; field < end; field += 4) {
     const auto number = InRange(gsv[field], 1, kMostNumber);
     if (!number) continue;
     // A signal of 0 is none.
-    satellites.push_back({.id = SatelliteOf(*number, SystemOfTalker(gsv.Talker())),
+    satellites.push_back({.id = SatelliteOf(*number, said),
                           .elevation = InRange(gsv[field + 1], -90, 90),
                           .azimuth = InRange(gsv[field + 2], 0, 360),
                           .signal = field + 3 < end ? InRange(gsv[field + 3], 1, 99) : std::nullopt});
@@ -55,8 +56,7 @@ void ReadSatellites(const Fields& gsv, int end, std::vector<Satellite>& satellit
 
 }  // namespace
 
-bool SkyReader::Read(std::string_view line) {
-  const Fields sentence(line);
+bool SkyReader::Read(const Fields& sentence) {
   if (!sentence) return false;
   const auto kind = sentence.Kind();
   const bool was_in_run = std::exchange(in_run_, kind == "GSA");
@@ -95,33 +95,36 @@ bool SkyReader::OnPage(const Fields& gsv) {
   const int end = over == 1 ? gsv.Size() - 1 : gsv.Size();
   Source source{{gsv.Talker()[0], gsv.Talker()[1]}, over == 1 ? WholeOf(gsv[end], 16).value_or(0) : 0};
   if (is_whole && page == 1) {
-    pages_ = Pages{Group{source}, *pages, 1};
-  } else if (!is_whole || !pages_ || !(pages_->group.source == source) || pages_->pages != *pages ||
+    pages_ = Pages{source, *pages, 1};
+    coming_.clear();
+  } else if (!is_whole || !pages_ || !(pages_->source == source) || pages_->pages != *pages ||
              pages_->next != page) {
     pages_.reset();
     return false;
   }
   ++pages_->next;
-  ReadSatellites(gsv, end, pages_->group.items);
-  return page == *pages && OnGroup(std::move(std::exchange(pages_, std::nullopt)->group));
+  ReadSatellites(gsv, end, coming_);
+  if (page < *pages) return false;
+  pages_.reset();
+  return OnGroup(source);
 }
 
-bool SkyReader::OnGroup(Group group) {
+bool SkyReader::OnGroup(const Source& source) {
   // Without times an epoch ends where the first group comes again.
   const bool is_again = std::any_of(groups_.begin(), groups_.end(), [&](const Group& other) {
-    return other.source == group.source && other.epoch == epoch_;
+    return other.source == source && other.epoch == epoch_;
   });
   const bool told = !time_ && is_again && EndEpoch();
-  Group& kept = Remember(groups_, group.source);
+  Group& kept = Remember(groups_, source);
   // Some receivers tell of several bands without naming them.
   if (kept.epoch != epoch_) kept.items.clear();
   if (kept.items.size() < Sky::kMost) {
-    kept.items.insert(kept.items.end(), group.items.begin(), group.items.end());
+    kept.items.insert(kept.items.end(), coming_.begin(), coming_.end());
   }
   kept.epoch = epoch_;
   is_new_ = true;
   patience_ = kPatience;
-  return OnPart(group.source) || told;
+  return OnPart(source) || told;
 }
 
 bool SkyReader::OnUsed(const Fields& gsa) {
@@ -171,7 +174,10 @@ bool SkyReader::EndEpoch() {
 void SkyReader::Tell() {
   ForgetOld(groups_);
   ForgetOld(used_);
+  auto satellites = std::move(sky_.satellites);  // for their memory
+  satellites.clear();
   sky_ = Sky();
+  sky_.satellites = std::move(satellites);
   sky_.time_of_day = time_;
   sky_.hdop = hdop_;
   sky_.pdop = pdop_;

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <optional>
-#include <string_view>
 #include <vector>
 
 #include "host/sentences/fields.h"
@@ -15,8 +14,8 @@ namespace host {
 /// group that breaks off changes nothing.
 class SkyReader {
  public:
-  /// Takes a line of a receiver's output. True if Latest is new with it.
-  bool Read(std::string_view line);
+  /// Takes a sentence, which may be none. True if Latest is new with it.
+  bool Read(const Fields& sentence);
   /// There are no more lines. True if Latest is new with what was left.
   bool Finish() { return EndEpoch(); }
 
@@ -40,8 +39,9 @@ class SkyReader {
     std::vector<T> items = {};
   };
   using Group = Said<Satellite>;
+  /// Of a group that is coming in.
   struct Pages {
-    Group group;
+    Source source;
     int pages, next;
   };
 
@@ -49,7 +49,7 @@ class SkyReader {
   void OnPosition(const Fields& position);
   bool OnPage(const Fields& gsv);
   bool OnUsed(const Fields& gsa);
-  bool OnGroup(Group group);
+  bool OnGroup(const Source& source);
   bool OnPart(const Source& source);
   bool EndEpoch();
   void Tell();
@@ -58,7 +58,8 @@ class SkyReader {
   template <class T>
   void ForgetOld(std::vector<Said<T>>& all) const;
 
-  std::optional<Pages> pages_;  // of the group that is coming in
+  std::optional<Pages> pages_;
+  std::vector<Satellite> coming_;  // on those pages
   std::vector<Group> groups_;
   std::vector<Said<SatelliteId>> used_;
   std::optional<double> time_;
