@@ -21,7 +21,7 @@ class CRun;
 enum GPS_ENGINE_ERROR : int {
   GPS_ENGINE_OK = 0,
   GPS_ENGINE_NO_RECEIVER = 1,    ///< SetReceiver has selected none.
-  GPS_ENGINE_INIT_FAILED = 2,    ///< The receiver's port does not open; ExplainPort tells why.
+  GPS_ENGINE_INIT_FAILED = 2,    ///< The receiver's port does not open; platform/file.h tells why.
   GPS_ENGINE_THREAD_FAILED = 3,  ///< The system has no thread left.
 };
 

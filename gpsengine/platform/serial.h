@@ -104,9 +104,6 @@ void MapComPort(int nPort, SerialLineFactory factory);
 std::unique_ptr<SerialLine> OpenSerialDevice(const CString& device);
 /// The device behind a port number, as text; empty for a line of the host's own.
 CString GetComPortDevice(int nPort);
-/// Why a device cannot be opened and what to do about it, as a sentence for the user; empty if it can be
-/// opened now.
-CString ExplainPort(const CString& device);
 
 /// Opens "COM<n>:" for this program alone. INVALID_HANDLE_VALUE on failure, with the reason in GetLastError.
 /// The other arguments are those of a serial line: read and write, no sharing, existing, normal.

@@ -4,6 +4,7 @@
 #include <thread>
 
 #include "gpsengine/platform/ctime.h"
+#include "gpsengine/platform/system.h"
 
 namespace {
 
@@ -56,6 +57,5 @@ CTime CTime::GetCurrentTime() {
 }
 
 std::tm* CTime::GetLocalTm(std::tm* pTm) const {
-  const std::time_t seconds = m_nSeconds;
-  return localtime_r(&seconds, pTm);
+  return LocalTime(m_nSeconds, pTm);
 }

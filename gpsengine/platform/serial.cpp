@@ -9,7 +9,8 @@
 #include "gpsengine/platform/clock.h"
 #include "gpsengine/platform/event.h"
 #include "gpsengine/platform/file.h"
-#include "gpsengine/platform/posix/waitable.h"
+#include "gpsengine/platform/system.h"
+#include "gpsengine/platform/waitable.h"
 
 namespace {
 
@@ -118,9 +119,7 @@ CString GetComPortDevice(int nPort) {
   const std::lock_guard lock(ports.mutex);
   if (ports.lines.contains(nPort)) return {};
   if (const auto device = ports.devices.find(nPort); device != ports.devices.end()) return device->second;
-  CString device;
-  if (nPort > 0) device.Format("/dev/ttyS%d", nPort - 1);
-  return device;
+  return nPort > 0 ? CString::FromUtf8(StandardPort(nPort)) : CString();
 }
 
 HANDLE CreateFileW(const WCHAR* pszName, DWORD, DWORD, DWORD, DWORD) {

@@ -5,8 +5,9 @@
 #include <deque>
 #include <memory>
 #include <mutex>
-#include <vector>
+#include <optional>
 
+#include "gpsengine/platform/system.h"
 #include "gpsengine/platform/window.h"
 
 struct Waiter;
@@ -19,13 +20,16 @@ struct SentMessage {
   std::condition_variable done;  // with the mutex of the queue that it stands in
 };
 
+/// Hands a message to its window, on the window's thread; disposes of it if the window is gone.
+LRESULT Deliver(const MSG& message);
+/// Frees what a message carries that nobody will take.
+void Dispose(const MSG& message);
+
 /// The messages of one thread: posted ones in their order, and sent ones, which come first.
 class MessageQueue {
  public:
   /// The calling thread's queue, made at the first call.
   static const std::shared_ptr<MessageQueue>& OfThisThread();
-
-  ~MessageQueue();
 
   /// False if the queue is full or its thread has ended; the message is then the caller's to dispose of.
   bool Post(const MSG& message);
@@ -54,7 +58,7 @@ class MessageQueue {
   std::deque<MSG> m_Posted;
   std::deque<SentMessage*> m_Sent;
   Waiter* m_pWaiter = nullptr;
-  int m_nDescriptor = -1;
+  std::optional<WakeUp> m_WakeUp;  // once somebody has asked for the descriptor
   bool m_bQuit = false;
   bool m_bClosed = false;
   std::atomic<unsigned long long> m_nLost{0};

@@ -1,4 +1,4 @@
-#include "gpsengine/platform/posix/waitable.h"
+#include "gpsengine/platform/waitable.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -8,7 +8,7 @@
 #include "gpsengine/platform/clock.h"
 #include "gpsengine/platform/event.h"
 #include "gpsengine/platform/file.h"
-#include "gpsengine/platform/posix/messagequeue.h"
+#include "gpsengine/platform/messagequeue.h"
 
 std::mutex g_WaitMutex;
 
