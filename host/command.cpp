@@ -120,32 +120,33 @@ void Judge(const CommandOptions& options, const Operation& operation, Result res
                          session.Understood() > 0, session.Window().Shown()}));
 }
 
-/// `time` is how long the operation and the start of the run take, in milliseconds.
-ExitCode CommandLive(const CommandOptions& options, const Operation& operation, const Action& action,
-                     const Transcript& transcript, long long time, const Interrupt& interrupt,
-                     Output& output) {
+/// `time` is how long the operation and the start of the run take, in milliseconds. No code, if it was
+/// interrupted when it had waited for `stopped` milliseconds; below 0, before its beginning.
+std::optional<ExitCode> CommandLive(const CommandOptions& options, const Operation& operation,
+                                    const Action& action, Outcome& outcome, long long time,
+                                    const Interrupt& interrupt, Output& output, long long& stopped) {
   Session session(options, interrupt);
   session.Read(std::make_unique<LineFeed>(options.port, options.model));
   Printer printer(output);
   session.Add(printer);
-  Outcome outcome(transcript);
   Answers answers(options, operation, outcome, session, output);
   session.Add(answers);  // behind the printer, since its last lines come ahead of the last flush
-  std::optional<long long> begun;
+  long long begun = -1;
   std::optional<Result> result;
   RunRules rules;
   rules.label = operation.name;
   rules.time = time;
   rules.on_open = [&](CGPSReceiver& receiver) {
     begun = PacingClock::Passed();
-    result = operation.kind == Operation::Kind::starts ? Result::none : action(receiver);
+    const Result given = operation.kind == Operation::Kind::starts ? Result::none : action(receiver);
+    if (!PacingClock::StoppedAt()) result = given;
   };
   const ExitCode code = session.Run(std::move(rules));
   if (!result) {
-    Complain(outcome.TellInterrupted(operation.name, begun ? PacingClock::Passed() - *begun : -1));
-  } else if (code == ExitCode::done) {
-    Judge(options, operation, *result, outcome, session);
+    stopped = begun < 0 ? begun : *PacingClock::StoppedAt() - begun;
+    return std::nullopt;
   }
+  if (code == ExitCode::done) Judge(options, operation, *result, outcome, session);
   return code;
 }
 
@@ -181,7 +182,15 @@ ExitCode Command(const CommandOptions& options, const Interrupt& interrupt, Outp
   }
   long long time = transcript.Time();
   if (operation.kind != Operation::Kind::starts) time += StartTimeOf(FindModel(options.model));
-  return CommandLive(options, operation, action, transcript, time, interrupt, output);
+  Outcome outcome(transcript);
+  long long stopped = -1;
+  if (const auto code = CommandLive(options, operation, action, outcome, time, interrupt, output, stopped))
+    return *code;
+  // The engine has gone: what the sequence has come to can be rehearsed.
+  Transcript sent;
+  if (stopped >= 0) sent = Rehearse(options.model, operation, action, true, stopped);
+  Complain(outcome.TellInterrupted(operation.name, sent));
+  return ExitCode::interrupted;
 }
 
 }  // namespace host

@@ -34,6 +34,7 @@ inline constexpr CGPSCommand kGgaOnlyNmea[] = {
     {"UNLOG  GPZDA\r\n", 200},
 };
 
+inline constexpr CGPSCommand kSetElevMask[] = {{"ECUTOFF #\r\n", 200}, {"SAVECONFIG\r\n", 500}};
 inline constexpr CGPSCommand kQueryElevMask[] = {{"LOG COM2 ECUTOFFA ONCE\r\n", 100}};
 inline constexpr CGPSCommand kQueryNmea[] = {{"LOG LOGLISTA ONCE\r\n", 200}};
 inline constexpr CGPSCommand kQueryBeacon[] = {{"LOG COM2 RXCONFIGA ONCE\r\n", 100}};
@@ -78,11 +79,10 @@ inline constexpr CGPSCommand kRawOn[] = {{"LOG RAWEPHEMB ONCHANGED\r\n", 100},
 inline constexpr CGPSCommand kRawOff[] = {
     {"UNLOG RANGEB\r\n", 100}, {"UNLOG RAWEPHEMB\r\n", 100}, {"UNLOG ALMANACB\r\n", 100}};
 
-inline constexpr CGPSCommand kReset = {"RESET 0\r\n", 10000};
+inline constexpr CGPSCommand kReset[] = {{"RESET 0\r\n", 10000}};
 inline constexpr DWORD kRestartTime = 3000;
 
 // The time to save depends on how much has changed.
-inline constexpr CGPSCommand kSaveMask[] = {{"SAVECONFIG\r\n", 500}};
 inline constexpr CGPSCommand kSave[] = {{"SAVECONFIG\r\n", 1000}};
 inline constexpr CGPSCommand kSaveSource[] = {{"SAVECONFIG\r\n", 2000}};
 

@@ -10,18 +10,15 @@ bool AppendNmeaChecksum(CString& strSentence);
 /// Receivers with a SiRF chip set. They run in NMEA mode; only the differential source needs the chip's
 /// binary protocol, so that setting it takes the receiver out of NMEA mode and back.
 class CSirf : public CGPSReceiver {
-  DECLARE_DYNAMIC(CSirf)
+  DECLARE_RECEIVER(CSirf)
 
  public:
-  CString GetName() override { return "SiRF"; }
-  int GetDefaultBaudrate() override { return 4800; }
   bool ImplementsSetNmea() override { return true; }
   void SetDefaultNMEA() override;
   void SetGgaOnlyNMEA() override;
   bool ImplementsResetAll() override { return true; }
   /// The receiver acknowledges nothing, so the flag has no effect.
   bool ResetAll(bool bWaitForAck) override;
-  bool HasDGPSSupport() const override { return true; }
   /// WAAS; any other mode switches the source off.
   void SetDgpsMode(DgpsMode mode) override;
 
@@ -42,20 +39,12 @@ class CSirf : public CGPSReceiver {
 
 /// Holux receivers, which have a SiRF chip set.
 class CHolux : public CSirf {
-  DECLARE_DYNAMIC(CHolux)
-
- public:
-  CString GetName() override { return "Holux"; }
-  int GetDefaultBaudrate() override { return 4800; }
+  DECLARE_RECEIVER(CHolux)
 };
 
 /// The receiver inside a Toughbook, which has a SiRF chip set.
 class CToughbookGPS01 : public CSirf {
-  DECLARE_DYNAMIC(CToughbookGPS01)
-
- public:
-  CString GetName() override { return "Toughbook GPS01"; }
-  int GetDefaultBaudrate() override { return 4800; }
+  DECLARE_RECEIVER(CToughbookGPS01)
 };
 
 #pragma GCC visibility pop

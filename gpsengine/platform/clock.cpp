@@ -2,6 +2,7 @@
 
 #include <chrono>
 #include <thread>
+#include <utility>
 
 #include "gpsengine/platform/ctime.h"
 #include "gpsengine/platform/system.h"
@@ -9,6 +10,7 @@
 namespace {
 
 thread_local Clock* t_pClock = nullptr;
+thread_local int t_nNoStop = 0;  // how many CNoStop are in force
 
 }  // namespace
 
@@ -40,8 +42,20 @@ Clock& CurrentClock() {
   return t_pClock == nullptr ? *pReal : *t_pClock;
 }
 
-void SetClock(Clock* pClock) {
-  t_pClock = pClock;
+Clock* SetClock(Clock* pClock) {
+  return std::exchange(t_pClock, pClock);
+}
+
+bool IsStopping() {
+  return t_nNoStop == 0 && CurrentClock().WantsStop();
+}
+
+CNoStop::CNoStop() {
+  ++t_nNoStop;
+}
+
+CNoStop::~CNoStop() {
+  --t_nNoStop;
 }
 
 void Sleep(DWORD ms) {

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "gpsengine/platform/clock.h"
+#include "gpsengine/platform/serial.h"
 
 #pragma GCC visibility push(default)
 
@@ -53,6 +54,8 @@ class CRehearsal : public Clock {
   void SetLineErrors(DWORD nErrors);
   /// From now on a write takes at most this many bytes.
   void LimitWrites(int nBytes);
+  /// Wants a stop once `ms` more of rehearsed time have passed. A wait under way is still taken whole.
+  void StopAfter(DWORD ms);
   /// Moves time on without a step.
   void Advance(DWORD ms);
   /// Sets the date, which moves on with the rehearsed time.
@@ -63,6 +66,7 @@ class CRehearsal : public Clock {
   /// Becomes a step, and time has passed.
   void Sleep(DWORD ms) override;
   bool Wait(WaitKind kind, DWORD ms, const std::function<bool(DWORD)>& block) override;
+  bool WantsStop() override;
 
  private:
   class Line;
@@ -70,8 +74,10 @@ class CRehearsal : public Clock {
 
   void AddStep(Step step);
 
-  int m_nPort;
-  std::shared_ptr<State> m_pState;  // shared with the line, which the port may keep for longer
+  const int m_nPort;
+  const SerialLineFactory m_LineBefore;
+  Clock* const m_pClockBefore;
+  const std::shared_ptr<State> m_pState;  // shared with the line, which the port may keep for longer
 };
 
 #pragma GCC visibility pop

@@ -5,6 +5,7 @@
 #include <charconv>
 #include <map>
 #include <mutex>
+#include <utility>
 
 #include "gpsengine/platform/clock.h"
 #include "gpsengine/platform/event.h"
@@ -104,20 +105,16 @@ void MapComPort(int nPort, const CString& device) {
   ports.devices[nPort] = device;
 }
 
-void MapComPort(int nPort, SerialLineFactory factory) {
+SerialLineFactory MapComPort(int nPort, SerialLineFactory factory) {
   PortMap& ports = Ports();
   const std::lock_guard lock(ports.mutex);
-  if (factory) {
-    ports.lines[nPort] = std::move(factory);
-  } else {
-    ports.lines.erase(nPort);
-  }
+  return std::exchange(ports.lines[nPort], std::move(factory));
 }
 
 CString GetComPortDevice(int nPort) {
   PortMap& ports = Ports();
   const std::lock_guard lock(ports.mutex);
-  if (ports.lines.contains(nPort)) return {};
+  if (const auto line = ports.lines.find(nPort); line != ports.lines.end() && line->second) return {};
   if (const auto device = ports.devices.find(nPort); device != ports.devices.end()) return device->second;
   return nPort > 0 ? CString::FromUtf8(StandardPort(nPort)) : CString();
 }

@@ -91,12 +91,13 @@ class SerialLine {
 /// Opens a line; null on failure, with the reason left for GetLastError.
 using SerialLineFactory = std::function<std::unique_ptr<SerialLine>()>;
 
-/// What port number `nPort` stands for from now on: a device of the system, or a line of the host's own.
+/// What port number `nPort` stands for from now on: a device of the system, or a line of the host's own; an
+/// empty factory for none. The latter gives the line before, or an empty factory.
 /// Without an entry COM1 is /dev/ttyS0, COM2 /dev/ttyS1 and so on. An open port keeps its line. Numbers below
 /// 1 never open, whatever they stand for.
 ///@{
 void MapComPort(int nPort, const CString& device);
-void MapComPort(int nPort, SerialLineFactory factory);
+SerialLineFactory MapComPort(int nPort, SerialLineFactory factory);
 ///@}
 /// Opens a device of the system for this program alone, DTR and RTS on, such as for a line of the host's own
 /// that looks on at what a device sends. Null on failure, with the reason left for GetLastError: ENOTTY for
