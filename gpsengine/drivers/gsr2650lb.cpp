@@ -22,7 +22,7 @@ constinit const CGPSDriver Cgsr2650lb::s_Driver = {
     .sendCorrection = kUserDatum,
 };
 
-// Not the virtual call that it looks like: the class's own set-up, which finds no port to open yet.
+// Deliberately not virtual: the class's own Initialize, which finds no port to open yet.
 Cgsr2650lb::Cgsr2650lb() {
   Cgsr2650lb::Initialize();
 }
@@ -60,7 +60,7 @@ void Cgsr2650lb::SetBeacon(BEACON_MODE_TYPE, CString, CString) {
   Write(kSources[DGPS_MODE_BEACON]);
 }
 
-// No report answers this, so that the host is told the mode from here.
+// No report answers this, so the mode is published from here.
 void Cgsr2650lb::SetDgpsMode(DgpsMode mode) {
   if (!Write(kDatum)) return;
   if (mode >= 0 && mode < static_cast<int>(std::size(kSources))) Write(kSources[mode]);
@@ -117,7 +117,7 @@ void Cgsr2650lb::SetRawDataOutput(bool bOn, int nPeriod) {
   } else {
     Write(kRawOff);
   }
-  // What has been stopped halfway counts as on, so that the end of the run switches it off.
+  // If stopped halfway, output counts as on, so that the end of the run switches it off.
   if (bOn || !IsStopping()) m_bRawDataOutput = bOn;
   Write(kSave);
 }

@@ -13,13 +13,13 @@ class Cgsr2650lb : public CGPSReceiver {
   Cgsr2650lb();
 
   bool EnablePostProcessing(bool bOn) override;
-  /// In whole seconds: what is behind the point is cut off. Lost while the raw logs are off, which then go on
-  /// at one second.
+  /// In whole seconds: fractions are truncated. Not remembered while the raw logs are off; they then start at
+  /// one second.
   bool SetRawDataOutputInterval(double dInterval) override;
   bool Initialize() override;
   void QueryGpsSettings() override { QuerySatElevMask(); }
   void QueryBeacon() override;
-  /// Every source on automatic, whatever the arguments.
+  /// Sets all sources to automatic; the arguments are ignored.
   void SetBeacon(BEACON_MODE_TYPE mode, CString strFrequency, CString strBitRate) override;
   void QuerySatElevMask() override;
   bool ImplementsResetAll() override { return true; }
@@ -27,18 +27,18 @@ class Cgsr2650lb : public CGPSReceiver {
   void QueryDgpsMode() override;
   void SetDgpsMode(DgpsMode mode) override;
   void QueryLbandSatellites() override { QueryOmniStar(); }
-  /// Frequency 0 is the automatic choice.
+  /// Frequency 0 selects automatically.
   void SetLbandFrequency(double dFrequency, int nBitRate) override;
   /// 0 to 3000 MHz, in whole MHz.
   void ChangeCDGPS_Freq(double dFrequency) override;
 
-  /// The raw logs on, with a period in seconds, or off.
+  /// Switches the raw logs on, with a period in seconds, or off.
   void SetRawDataOutput(bool bOn, int nPeriod);
 
  private:
-  void ForgetSource();  // what has been reported of the differential source
+  void ForgetSource();  // clears the reported differential source
 
-  bool m_bRawDataOutput;   // by the last SetRawDataOutput, not by the receiver
+  bool m_bRawDataOutput;   // as last set, not as reported by the receiver
   int m_nRawDataInterval;  // seconds
 };
 

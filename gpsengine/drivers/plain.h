@@ -16,8 +16,8 @@ class CJavad : public CGPSReceiver {
   DECLARE_RECEIVER(CJavad)
 };
 
-/// Gets a fixed NMEA output at every start, in "$PMVXG," commands, and a line of text while its line is
-/// silent.
+/// Leica receivers: "$PMVXG," commands set the NMEA output at every start; a keep-alive is sent on a silent
+/// line.
 class CLeica : public CGPSReceiver {
   DECLARE_RECEIVER(CLeica)
 };
@@ -37,7 +37,7 @@ class CSokkia : public CGPSReceiver {
   DECLARE_RECEIVER(CSokkia)
 };
 
-/// Trimble receivers, which get a line of text while their line is silent.
+/// Trimble receivers; a keep-alive is sent on a silent line.
 class CTrimble : public CGPSReceiver {
   DECLARE_RECEIVER(CTrimble)
 };
@@ -47,7 +47,7 @@ class CTrimblePocketGps : public CGPSReceiver {
   DECLARE_RECEIVER(CTrimblePocketGps)
 };
 
-/// Any receiver that speaks plain NMEA.
+/// Any receiver that sends plain NMEA.
 class COtherGps : public CGPSReceiver {
   DECLARE_RECEIVER(COtherGps)
 };

@@ -6,7 +6,7 @@
 
 namespace {
 
-// The NMEA messages by the chip's numbers, in the order in which they are set.
+// NMEA messages by the chip's numbers, in the order of the commands.
 struct NmeaMessage {
   int nNumber;
   bool bDefault, bGgaOnly;
@@ -99,8 +99,7 @@ void CSirf::SendDgpsSourceMsg(DgpsMode mode) {
   Sleep(kBinaryWait);
 }
 
-// Message 0x81 sets the rate of every sentence as well: all to 0 here, so that the caller has to set the ones
-// it wants.
+// Message 0x81 also sets all sentence rates, here to 0; the caller has to enable the sentences it wants.
 void CSirf::SwitchToNmea() {
   BYTE payload[24] = {0x81, 2};
   payload[22] = HighByte(m_nBaudrate);

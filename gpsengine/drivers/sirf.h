@@ -4,7 +4,7 @@
 
 #pragma GCC visibility push(default)
 
-/// Appends "*" and the checksum of what stands behind the "$", which must be there: false without one.
+/// Appends "*" and the checksum of everything after the "$". False if there is no "$".
 bool AppendNmeaChecksum(CString& strSentence);
 
 /// Receivers with a SiRF chip set. They run in NMEA mode; only the differential source needs the chip's
@@ -19,13 +19,13 @@ class CSirf : public CGPSReceiver {
   bool ImplementsResetAll() override { return true; }
   /// The receiver acknowledges nothing, so the flag has no effect.
   bool ResetAll(bool bWaitForAck) override;
-  /// WAAS; any other mode switches the source off.
+  /// Supports WAAS; any other mode switches the source off.
   void SetDgpsMode(DgpsMode mode) override;
 
  protected:
   /// Switches a sentence on or off, by the chip's number for it.
   void SetNmeaMsg(int nMessage, bool bOn);
-  /// The sum of a binary message's payload, of 15 bits.
+  /// The 15-bit checksum of a binary payload.
   unsigned short CheckSum(unsigned char* pPayload, unsigned short nLength);
   /// Frames a payload and writes it. False if it is too long or was not written.
   bool SendBinaryMsg(unsigned char* pPayload, unsigned short nLength);

@@ -32,7 +32,7 @@ constexpr CGPSCommand kSourceNone[] = {{"$JDIFF,OFF\r\n", 1000}};
 constexpr CGPSCommand kSourceBeacon[] = {{"$JDIFF,BEACON\r\n", 1000}};
 constexpr CGPSCommand kSourceLband[] = {{"$JAPP,2\r\n", 5000}, {"$JDIFF,LBAND\r\n", 5000}};
 constexpr CGPSCommand kSourceWaas[] = {{"$JAPP,1\r\n", 5000}, {"$JDIFF,WAAS\r\n", 5000}};
-// By DgpsMode. The receiver has no source of a later mode.
+// Indexed by DgpsMode. Later modes are not supported.
 constexpr std::span<const CGPSCommand> kSources[] = {kSourceNone, kSourceBeacon, kSourceLband, kSourceWaas};
 
 constexpr CGPSCommand kElevMask[] = {{"$JMASK,#\r\n", 800}, {"$JSAVE\r\n", 2000}};
@@ -67,7 +67,7 @@ constexpr CGPSDriver RowOf(const char* pszName) {
 constinit const CGPSDriver CSokkiaAxis3::s_Driver = RowOf("Sokkia Axis3");
 constinit const CGPSDriver CCSImax::s_Driver = RowOf("CSI - MAX");
 
-// After a save the receiver needs to be told its interval for block 95 again.
+// After a save the interval of block 95 has to be set again.
 void CSokkiaAxis3::WriteClosingLine() {
   Write(s_dBinInterval == kFastInterval ? kClosingFast : kClosingSlow);
 }

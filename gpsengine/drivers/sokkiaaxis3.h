@@ -15,11 +15,11 @@ class CSokkiaAxis3 : public CGPSReceiver {
   void SetSatElevMask(int nDegrees) override;
   void SetDefaultNMEA() override;
   void SetGgaOnlyNMEA() override;
-  /// The waits run on a closed port too.
+  /// Also waits on a closed port.
   void SetDgpsMode(DgpsMode mode) override;
   void SetLbandFrequency(double dFrequency, int nBitRate) override;
 
-  /// Raw blocks on, at 5 a second (rate 5) or one a second (any other rate), or off.
+  /// Switches raw blocks on, at 5 Hz (rate 5) or 1 Hz (any other rate), or off.
   void SetRawDataOutput(bool bOn, int nRate);
   /// Asks for the settings: one report has the NMEA output, the mask and the differential source.
   void QueryJSHOW();

@@ -26,7 +26,7 @@ std::string_view Trimmed(std::string_view text) {
 
 }  // namespace
 
-// An INI file as its lines, so that what others wrote into it survives.
+// An INI file, kept as lines so that comments and foreign entries survive.
 struct CWinApp::Profile {
   explicit Profile(const CString& path) : strPath(path.ToUtf8()) {
     std::ifstream file(strPath);
@@ -112,7 +112,7 @@ struct CWinApp::Profile {
 
   std::string strPath;
   std::vector<std::string> lines;
-  bool bUnreadable = false;  // there is a file, which cannot be read
+  bool bUnreadable = false;  // the file exists but cannot be read
 };
 
 CWinApp::CWinApp(const CString& name)

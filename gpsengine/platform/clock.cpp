@@ -10,7 +10,7 @@
 namespace {
 
 thread_local Clock* t_pClock = nullptr;
-thread_local int t_nNoStop = 0;  // how many CNoStop are in force
+thread_local int t_nNoStop = 0;  // number of live CNoStop objects
 
 }  // namespace
 
@@ -37,7 +37,7 @@ bool Clock::Wait(WaitKind, DWORD ms, const std::function<bool(DWORD)>& block) {
 }
 
 Clock& CurrentClock() {
-  // Never destroyed: a thread may still be waiting while the process takes its statics down.
+  // Never destroyed: a thread may still be waiting during static destruction.
   static auto* const pReal = new Clock;
   return t_pClock == nullptr ? *pReal : *t_pClock;
 }

@@ -5,7 +5,7 @@
 
 #include "gpsengine/platform/waitable.h"
 
-// Closes the queue when its thread ends, so that nobody waits for it.
+// Closes the queue when its thread ends, so that no sender waits for it.
 struct QueueOfThread {
   std::shared_ptr<MessageQueue> pQueue = std::make_shared<MessageQueue>();
   ~QueueOfThread() { pQueue->Close(); }
@@ -40,9 +40,9 @@ void MessageQueue::SetWaiter(Waiter* pWaiter) {
   m_pWaiter = pWaiter;
 }
 
-// Wakes the queue's thread after something was put in, and gives the lock up.
+// Wakes the queue's thread after a message was added. Releases the lock.
 void MessageQueue::Announce(bool wasEmpty, std::unique_lock<std::mutex>& lock) {
-  // Only when the queue was empty: one system call for a burst, not one a message.
+  // Only if the queue was empty: one system call per burst instead of per message.
   if (wasEmpty && m_WakeUp) m_WakeUp->Set();
   const bool wake = m_pWaiter != nullptr;
   lock.unlock();

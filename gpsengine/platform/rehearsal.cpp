@@ -24,7 +24,7 @@ struct CRehearsal::State {
   int nWriteLimit = -1;
   DCB dcb;
 
-  // Takes in what has arrived by now.
+  // Moves what has arrived by now to the input.
   void Arrive() {
     while (!arrivals.empty() && arrivals.front().nTime <= nNow) {
       input += arrivals.front().bytes;
@@ -33,7 +33,7 @@ struct CRehearsal::State {
   }
 };
 
-// The line that the port number stands for. It may outlive the rehearsal, in an open port, and is then quiet.
+// The line that the port number maps to. In an open port it may outlive the rehearsal; it is then silent.
 class CRehearsal::Line : public SerialLine {
  public:
   explicit Line(std::shared_ptr<State> state) : m_pState(std::move(state)) {}
@@ -252,7 +252,7 @@ void CRehearsal::Sleep(DWORD ms) {
   Advance(ms);
 }
 
-// What is waited for has come already, or comes with time, or never: nobody else is there to bring it.
+// With no other thread involved, the wait is satisfied already, or by the passing of time, or never.
 bool CRehearsal::Wait(WaitKind kind, DWORD ms, const std::function<bool(DWORD)>& block) {
   if (kind == WaitKind::message) AddStep({StepKind::waitForMessage, {}, ms});
   if (block(0)) return true;

@@ -26,7 +26,7 @@ PortMap& Ports() {
   return *ports;
 }
 
-// An open port, as its handle knows it.
+// The object behind the handle of an open port.
 class OpenPort : public KernelObject {
  public:
   explicit OpenPort(std::unique_ptr<SerialLine> line) : m_pLine(std::move(line)) {}
@@ -78,7 +78,7 @@ DWORD Sum(DWORD nConstant, DWORD nMultiplier, DWORD nCount) {
   return static_cast<DWORD>(std::min<std::uint64_t>(total, MAXDWORD - 1));
 }
 
-// Collects bytes until the count is there, the line falls quiet, or the time is up.
+// Reads until the count is reached, the line pauses, or the time is up.
 int ReadBlock(SerialLine& line, char* pData, int nCount, const COMMTIMEOUTS& timeouts) {
   const DWORD total =
       Sum(timeouts.ReadTotalTimeoutConstant, timeouts.ReadTotalTimeoutMultiplier, static_cast<DWORD>(nCount));
@@ -181,7 +181,7 @@ bool ReadFile(HANDLE hPort, void* pData, DWORD nCount, DWORD* pRead) {
       timeouts.ReadIntervalTimeout == MAXDWORD && timeouts.ReadTotalTimeoutMultiplier == MAXDWORD;
   const int read = atOnce ? port->Line().Read(pData, count, timeouts.ReadTotalTimeoutConstant)
                           : ReadBlock(port->Line(), static_cast<char*>(pData), count, timeouts);
-  // A line of the host's own may tell of a failure with a negative count.
+  // A host's line may report a failure by a negative count.
   *pRead = static_cast<DWORD>(std::max(read, 0));
   return true;
 }

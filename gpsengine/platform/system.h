@@ -3,9 +3,9 @@
 #include <ctime>
 #include <string>
 
-// What a port to another system replaces, beside files (file.h) and serial devices (serial.h).
+// What a port to another system implements, besides files (file.h) and serial devices (serial.h).
 
-/// Lets a thread that polls descriptors be woken by another one.
+/// Wakes a thread that polls descriptors.
 class WakeUp {
  public:
   WakeUp();
@@ -21,13 +21,13 @@ class WakeUp {
   const int m_nDescriptor;
 };
 
-/// Gives the calling thread a priority above the normal one, if the user may.
+/// Raises the calling thread's priority, if permitted.
 void RaisePriority(int nPriority);
-/// The folder for the settings of the user's programs.
+/// The user's configuration folder.
 std::string ConfigurationFolder();
-/// The device that a port number stands for unless MapComPort says otherwise.
+/// The default device of a port number.
 std::string StandardPort(int nPort);
 /// Blocks until the user presses Enter. Returns at once if standard input is no terminal.
 void WaitForEnter();
-/// Local date and time; null if the system cannot tell.
+/// Local date and time; null on failure.
 std::tm* LocalTime(std::time_t seconds, std::tm* pTm);

@@ -18,7 +18,7 @@ struct WindowEntry {
 struct WindowTable {
   std::mutex mutex;
   std::uintptr_t nNext = 1;
-  std::vector<WindowEntry> windows;  // a process has a handful
+  std::vector<WindowEntry> windows;  // there are few
   UINT nNextMessage = 0xC000;
   std::map<std::u16string, UINT> messages;
 };
@@ -29,7 +29,7 @@ WindowTable& Windows() {
   return *table;
 }
 
-// The entry of a window, or null. With the table's lock held.
+// The entry of a window, or null. Call with the table locked.
 WindowEntry* FindEntry(WindowTable& table, HWND hWnd) {
   const auto entry = std::find_if(table.windows.begin(), table.windows.end(),
                                   [hWnd](const WindowEntry& each) { return each.hWnd == hWnd; });
@@ -122,7 +122,7 @@ bool IsWindow(HWND hWnd) {
 
 static bool Post(const MSG& posted) {
   {
-    // With the table's lock held, so that the window cannot go meanwhile.
+    // With the table locked, so that the window cannot be destroyed meanwhile.
     WindowTable& table = Windows();
     const std::lock_guard lock(table.mutex);
     const WindowEntry* const entry = FindEntry(table, posted.hwnd);

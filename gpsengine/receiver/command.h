@@ -10,8 +10,8 @@
 struct CGPSCommand {
   /// Whether a sequence may stop after this line.
   enum class Then {
-    mayStop,  ///< The receiver can be understood.
-    goOn,     ///< It is silent, restarting or in another protocol, and the next line leads back.
+    mayStop,  ///< The receiver is in a usable state.
+    goOn,     ///< It is silent, restarting or in another protocol; the next line brings it back.
   };
 
   /// All fields. An empty line makes it a pause.

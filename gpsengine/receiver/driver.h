@@ -6,10 +6,10 @@
 
 #pragma GCC visibility push(default)
 
-/// What sets a model apart: facts, and the command set of each operation. An operation whose set is empty is
-/// one that the model lacks. A class for a model adds code only for what does not fit into a set.
+/// What distinguishes a model: properties, and the command set of each operation. An empty set means that the
+/// model lacks the operation. A model's class needs code only for what cannot be expressed as a set.
 struct CGPSDriver {
-  /// Written in their order, each line followed by its wait.
+  /// Lines in order, each followed by its wait.
   using Commands = std::span<const CGPSCommand>;
 
   const char* pszName = "";   ///< The display name.
@@ -18,8 +18,8 @@ struct CGPSDriver {
   bool bOrthoHeight = false;  ///< The height of its GGA is orthometric.
   bool bDgps = false;         ///< The source of corrections can be chosen.
 
-  Commands start = {};      ///< At every start, behind the opening of the port, whether or not that is open.
-  Commands keepAlive = {};  ///< On a silent line.
+  Commands start = {};           ///< At every start, even if the port is the host's and not open.
+  Commands keepAlive = {};       ///< On a silent line.
   Commands defaultNmea = {};     ///< Position, motion and satellites.
   Commands ggaOnlyNmea = {};     ///< The position alone.
   Commands queryNmea = {};       ///< Which sentences are on.
@@ -35,11 +35,12 @@ struct CGPSDriver {
   Commands dgpsStatusOff = {};   ///< No such message.
   Commands sendCorrection = {};  ///< The user datum.
 
-  /// The beacon query that several makes share.
+  /// The beacon query shared by several makes.
   static constexpr CGPSCommand kQueryBeacon[] = {{"$GPCRQ,MSS\r\n", 200}, {"$GPCRQ,MSK\r\n", 200}};
 };
 
-/// Gives a class for a model its run-time class record, and its name from its row, s_Driver.
+/// Declares, in the class of a model, its run-time class record and its row, s_Driver, which also has its
+/// name.
 #define DECLARE_RECEIVER(name)                   \
   DECLARE_DYNAMIC(name)                          \
   CString GetName() override {                   \

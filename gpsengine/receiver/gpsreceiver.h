@@ -74,7 +74,7 @@ class CGPSReceiver : public CObject {
   virtual bool OpenPort();
   /// Decodes a message of a known kind and publishes. True if a record went to the host.
   virtual bool Parse(CString& strMessage, GPSStringType type);
-  /// Decodes one framed message, which is shortened if a port prompt stands ahead of it.
+  /// Decodes one framed message, from which a leading port prompt is removed.
   virtual bool Parse(CString& strMessage);
   /// Called on the reader thread when the line has been silent for a second.
   virtual void KeepAlive() { WriteRegardless(GetDriver().keepAlive); }
@@ -127,7 +127,7 @@ class CGPSReceiver : public CObject {
   virtual bool HasDGPSSupport() const { return GetDriver().bDgps; }
   /// Asks for the source of corrections: m_nDgpsMode.
   virtual void QueryDgpsMode() { Write(GetDriver().queryDgps); }
-  /// Chooses the source of corrections. A source that the model does not know is passed over.
+  /// Chooses the source of corrections. A source that the model does not know is ignored.
   virtual void SetDgpsMode(DgpsMode) {}
   /// Asks for the state of the Omnistar subscription: m_szText.
   virtual void QueryOmniStar() { Write(GetDriver().queryOmniStar); }
@@ -159,7 +159,7 @@ class CGPSReceiver : public CObject {
   void UseBaudrate(int nBaudrate) { m_nBaudrate = nBaudrate; }
   /// The open port, for the calls of platform/serial.h; INVALID_HANDLE_VALUE while it is closed.
   void* GetPortHandle() const;
-  /// Lets the estimate of speed and heading begin anew, as after a gap in the positions.
+  /// Restarts the estimate of speed and heading, as after a gap in the positions.
   void ResetSpeedEngine();
   /// Declares the satellite table incomplete.
   void InvalidateSVInfo();
@@ -208,8 +208,8 @@ class CGPSReceiver : public CObject {
   /// As set up; 0 before.
   int GetPortNumber() const { return m_nPortNumber; }
 
-  /// Puts back, at its end, what commands change of what all receivers share. For a rehearsal between two
-  /// runs.
+  /// Restores, when destroyed, the state shared by all receivers that commands change. For a rehearsal
+  /// between two runs.
   class SharedState {
    public:
     SharedState();
@@ -298,11 +298,11 @@ class CGPSReceiver : public CObject {
   /// Calls the host's callback of this kind, if there is one, on the calling thread.
   void BroadcastNotification(GPSNotificationType type, CGPSNotification* pData);
 
-  /// The model's row. A class without one is a model that is only listened to.
+  /// The model's row. By default empty: a model without commands.
   virtual const CGPSDriver& GetDriver() const;
 
-  // All that is written to a receiver in a sequence goes through these. They write nothing once IsStopping,
-  // which they look at before each line, and which a line that has to be followed by the next one puts off.
+  // All command sequences go through these. They check IsStopping before each line, and write nothing once it
+  // is true. A line marked goOn defers that to after the next one.
   /// Writes a command that has its line end. Without `bWait` it then sleeps `nTime` milliseconds; with it,
   /// waits that long at most for the acknowledgement, and gives whether it came. False if the command was not
   /// written.

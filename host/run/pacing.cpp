@@ -21,7 +21,7 @@ std::function<bool(long long)> ShowProgress(const Interrupt& interrupt, const st
   return [progress, &interrupt, told = false](long long passed) mutable {
     if (!told && interrupt.HasCome() && !IsStopping()) {
       told = true;
-      Complain("stopping, as soon as the receiver is back where it can be understood");
+      Complain("stopping; first the receiver is brought back to a usable state");
     }
     progress->Update(static_cast<double>(passed));
     return true;

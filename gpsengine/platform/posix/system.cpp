@@ -23,7 +23,7 @@ void WakeUp::Clear() {
 }
 
 void RaisePriority(int nPriority) {
-  // On Linux a thread has a nice value of its own.
+  // On Linux each thread has its own nice value.
   setpriority(PRIO_PROCESS, 0, -5 * nPriority);
 }
 

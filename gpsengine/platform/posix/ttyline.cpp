@@ -1,5 +1,4 @@
-// The kernel's own termios, for baud rates that are not among the standard ones. <termios.h> cannot stand
-// beside it.
+// The kernel's own termios, for non-standard baud rates. It conflicts with <termios.h>.
 #include <asm/termbits.h>
 #include <fcntl.h>
 #include <linux/serial.h>
@@ -77,7 +76,7 @@ class TtyLine : public SerialLine {
     SetRaw(state);
     SetSpeed(state, dcb.BaudRate);
     SetFraming(state, dcb);
-    // A pseudo-terminal refuses parity and has no modem lines; it then works without.
+    // A pseudo-terminal refuses parity and has no modem lines: go on without.
     if (ioctl(m_nFile, TCSETS2, &state) != 0) {
       state.c_cflag &= ~static_cast<tcflag_t>(PARENB | PARODD | CMSPAR);
       if (ioctl(m_nFile, TCSETS2, &state) != 0) return false;
@@ -95,7 +94,7 @@ class TtyLine : public SerialLine {
   }
 
   int Write(const void* pData, int nLength, DWORD ms) override {
-    std::uint64_t last = CurrentClock().Milliseconds();  // when a byte was taken
+    std::uint64_t last = CurrentClock().Milliseconds();  // when a byte was last accepted
     int written = 0;
     while (written < nLength) {
       const std::uint64_t passed = CurrentClock().Milliseconds() - last;
@@ -130,8 +129,8 @@ class TtyLine : public SerialLine {
   bool SetBreak(bool bOn) override { return ioctl(m_nFile, bOn ? TIOCSBRK : TIOCCBRK) == 0; }
 
  private:
-  // Frees the device for the next one who opens it, even while a blocked thread is still on its way out, or a
-  // child of the host holds the descriptor. Once: the device's exclusion may be the next one's by then.
+  // Frees the device for the next open, even while a blocked thread is still leaving or a child process holds
+  // the descriptor. Only once: after that the lock may belong to the next open.
   void Release() {
     if (m_bReleased.exchange(true)) return;
     ioctl(m_nFile, TIOCNXCL);
@@ -143,8 +142,8 @@ class TtyLine : public SerialLine {
     return poll(&line, 1, 0) > 0;
   }
 
-  // False when the time has passed, or when the line is cancelled or woken with nothing there. A line that
-  // has failed is true: the call that follows then finds out.
+  // False on timeout, and when the line is cancelled or woken without data. True for a failed line: the
+  // following call then reports the failure.
   bool WaitUntil(short events, WakeUp& wake, DWORD ms) {
     return CurrentClock().Wait(WaitKind::line, ms, [&](DWORD limit) {
       const std::uint64_t start = CurrentClock().Milliseconds();
@@ -163,7 +162,8 @@ class TtyLine : public SerialLine {
 
   void SetModemLine(int nLine, bool bOn) { ioctl(m_nFile, bOn ? TIOCMBIS : TIOCMBIC, &nLine); }
 
-  // Line errors since the last call. The kernel counts them; a line without hardware has no counts.
+  // Whether there were line errors since the last call. The kernel counts them; a line without hardware has
+  // no counters.
   DWORD TakeErrors() {
     serial_icounter_struct counts{};
     if (ioctl(m_nFile, TIOCGICOUNT, &counts) != 0) return 0;
@@ -187,7 +187,7 @@ int OpenExclusive(const std::string& strDevice) {
   if (ioctl(file, TCGETS2, &state) != 0) {
     reason = ENOTTY;
   } else if (flock(file, LOCK_EX | LOCK_NB) != 0 || ioctl(file, TIOCEXCL) != 0) {
-    // The system's own exclusion does not bind the superuser, and a lock binds only those who ask: so both.
+    // TIOCEXCL does not stop the superuser, and flock only programs that use it: so both.
     reason = EBUSY;
   }
   if (reason == 0) return file;
