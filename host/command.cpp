@@ -120,34 +120,34 @@ void Judge(const CommandOptions& options, const Operation& operation, Result res
                          session.Understood() > 0, session.Window().Shown()}));
 }
 
-/// `time` is how long the operation and the start of the run take, in milliseconds. No code, if it was
-/// interrupted when it had waited for `stopped` milliseconds; below 0, before its beginning.
-std::optional<ExitCode> CommandLive(const CommandOptions& options, const Operation& operation,
-                                    const Action& action, Outcome& outcome, long long time,
-                                    const Interrupt& interrupt, Output& output, long long& stopped) {
+struct Ending {
+  ExitCode code;
+  long long
+      waited;  ///< By the operation until it ended or was stopped, in milliseconds; below 0: never begun.
+};
+
+/// `time` is how long the operation and the start of the run take, in milliseconds.
+Ending CommandLive(const CommandOptions& options, const Operation& operation, const Action& action,
+                   Outcome& outcome, long long time, const Interrupt& interrupt, Output& output) {
   Session session(options, interrupt);
   session.Read(std::make_unique<LineFeed>(options.port, options.model));
   Printer printer(output);
   session.Add(printer);
   Answers answers(options, operation, outcome, session, output);
   session.Add(answers);  // behind the printer, since its last lines come ahead of the last flush
-  long long begun = -1;
-  std::optional<Result> result;
+  long long waited = -1;
+  Result result = Result::none;
   RunRules rules;
   rules.label = operation.name;
   rules.time = time;
   rules.on_open = [&](CGPSReceiver& receiver) {
-    begun = PacingClock::Passed();
-    const Result given = operation.kind == Operation::Kind::starts ? Result::none : action(receiver);
-    if (!PacingClock::StoppedAt()) result = given;
+    const long long begun = PacingClock::Passed();
+    if (operation.kind != Operation::Kind::starts) result = action(receiver);
+    waited = PacingClock::StoppedAt().value_or(PacingClock::Passed() + 1) - begun;
   };
   const ExitCode code = session.Run(std::move(rules));
-  if (!result) {
-    stopped = begun < 0 ? begun : *PacingClock::StoppedAt() - begun;
-    return std::nullopt;
-  }
-  if (code == ExitCode::done) Judge(options, operation, *result, outcome, session);
-  return code;
+  if (code == ExitCode::done) Judge(options, operation, result, outcome, session);
+  return {code, waited};
 }
 
 ExitCode PrintTranscript(const Transcript& transcript, Output& output) {
@@ -183,14 +183,14 @@ ExitCode Command(const CommandOptions& options, const Interrupt& interrupt, Outp
   long long time = transcript.Time();
   if (operation.kind != Operation::Kind::starts) time += StartTimeOf(FindModel(options.model));
   Outcome outcome(transcript);
-  long long stopped = -1;
-  if (const auto code = CommandLive(options, operation, action, outcome, time, interrupt, output, stopped))
-    return *code;
-  // The engine has gone: what the sequence has come to can be rehearsed.
-  Transcript sent;
-  if (stopped >= 0) sent = Rehearse(options.model, operation, action, true, stopped);
-  Complain(outcome.TellInterrupted(operation.name, sent));
-  return ExitCode::interrupted;
+  const Ending ending = CommandLive(options, operation, action, outcome, time, interrupt, output);
+  if (ending.code == ExitCode::interrupted) {
+    // With the engine gone, what has been sent can be rehearsed.
+    Transcript sent;
+    if (ending.waited >= 0) sent = Rehearse(options.model, operation, action, true, ending.waited);
+    Complain(outcome.TellInterrupted(operation.name, sent));
+  }
+  return ending.code;
 }
 
 }  // namespace host

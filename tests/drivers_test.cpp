@@ -62,7 +62,6 @@ TEST_F(OtherDriver, SendsALineOrBytesOfTheHosts) {
       {[&](auto& r) { return r.SendBinary(bytes, 0); }, "result false", "result false"},
       {[&](auto& r) { return r.SendBinary(nullptr, 4); }, "result false", "result false"},
       {Raw(true), "result true", "result false"},
-      {Interval(1.0), "result false", "result false"},
   });
 }
 
