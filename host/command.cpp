@@ -119,31 +119,32 @@ void Judge(const CommandOptions& options, const Operation& operation, Result res
                          session.Understood() > 0, session.Window().Shown()}));
 }
 
+struct Ending {
+  ExitCode code;
+  long long
+      waited;  ///< By the operation until it ended or was stopped, in milliseconds; below 0: never begun.
+};
+
 /// `time` is how long the operation and the start of the run take, in milliseconds.
-ExitCode CommandLive(const CommandOptions& options, const Operation& operation, const Action& action,
-                     const Transcript& transcript, long long time, const Interrupt& interrupt,
-                     Output& output) {
+Ending CommandLive(const CommandOptions& options, const Operation& operation, const Action& action,
+                   Outcome& outcome, long long time, const Interrupt& interrupt, Output& output) {
   Session session(options, interrupt, output);
   session.Read(std::make_unique<LineFeed>(options.port, options.model));
-  Outcome outcome(transcript);
   Answers answers(options, operation, outcome, session, output);
   session.Add(answers);
-  std::optional<long long> begun;
-  std::optional<Result> result;
+  long long waited = -1;
+  Result result = Result::none;
   RunRules rules;
   rules.label = operation.name;
   rules.time = time;
   rules.on_open = [&](CGPSReceiver& receiver) {
-    begun = PacingClock::Passed();
-    result = operation.kind == Operation::Kind::starts ? Result::none : action(receiver);
+    const long long begun = PacingClock::Passed();
+    if (operation.kind != Operation::Kind::starts) result = action(receiver);
+    waited = PacingClock::StoppedAt().value_or(PacingClock::Passed() + 1) - begun;
   };
   const ExitCode code = session.Run(std::move(rules));
-  if (!result) {
-    Complain(outcome.TellInterrupted(operation.name, begun ? PacingClock::Passed() - *begun : -1));
-  } else if (code == ExitCode::done) {
-    Judge(options, operation, *result, outcome, session);
-  }
-  return code;
+  if (code == ExitCode::done) Judge(options, operation, result, outcome, session);
+  return {code, waited};
 }
 
 ExitCode PrintTranscript(const Transcript& transcript, Output& output) {
@@ -178,7 +179,15 @@ ExitCode Command(const CommandOptions& options, const Interrupt& interrupt, Outp
   }
   long long time = transcript.Time();
   if (operation.kind != Operation::Kind::starts) time += StartTimeOf(FindModel(options.model));
-  return CommandLive(options, operation, action, transcript, time, interrupt, output);
+  Outcome outcome(transcript);
+  const Ending ending = CommandLive(options, operation, action, outcome, time, interrupt, output);
+  if (ending.code == ExitCode::interrupted) {
+    // With the engine gone, what has been sent can be rehearsed.
+    Transcript sent;
+    if (ending.waited >= 0) sent = Rehearse(options.model, operation, action, true, ending.waited);
+    Complain(outcome.TellInterrupted(operation.name, sent));
+  }
+  return ending.code;
 }
 
 }  // namespace host

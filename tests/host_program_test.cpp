@@ -245,10 +245,11 @@ TEST(HostProgram, CommandsASimulatedReceiver) {
   EXPECT_EQ(query.code, 0) << query.errors;
   EXPECT_NE(query.output.find("report: elevation mask 12 deg"), std::string::npos) << query.output;
 
-  Program reset({"command", "--port", port, "--model", "CSI", "reset"});
+  Program source({"command", "--port", port, "--model", "Sokkia Axis3", "set-dgps", "lband"});
   std::this_thread::sleep_for(std::chrono::milliseconds(300));
-  reset.Signal(SIGINT);
-  EXPECT_EQ(reset.Wait(), 130 /* interrupted */) << "long ahead of the end of its 23 seconds";
+  source.Signal(SIGINT);
+  EXPECT_EQ(source.Wait(), 130 /* interrupted */) << "long before the end of its 12 seconds";
+  EXPECT_NE(source.Errors().find("has not been sent"), std::string::npos) << source.Errors();
 
   simulate.Signal(SIGTERM);
   EXPECT_EQ(simulate.Wait(), 130 /* interrupted */);

@@ -12,6 +12,7 @@
 #include <thread>
 
 #include "gpsengine/drivers/plain.h"
+#include "host/line/ports.h"
 #include "simulator/simulator.h"
 #include "tests/support/enginetest.h"
 #include "tests/support/receivertest.h"
@@ -277,7 +278,7 @@ TEST_F(LiveEngineTest, SaysWhyAPortDoesNotOpenAndStartsOnOneThatDoes) {
       {"/dev", "is not a serial port"},
       {file.string(), "is not a serial port"},
       {ofAGroup.Name(), "may not be opened by this user. It belongs to the group "},
-      {ofNobody.Name(), "may not be opened by this user. Who administers"},
+      {ofNobody.Name(), "may not be opened by this user. An administrator"},
   };
   {
     const AsNobody nobody;
@@ -286,7 +287,7 @@ TEST_F(LiveEngineTest, SaysWhyAPortDoesNotOpenAndStartsOnOneThatDoes) {
       MapComPort(kPort, CString::FromUtf8(row.device));
       EXPECT_FALSE(engine.Start()) << row.device;
       EXPECT_EQ(engine.GetLastError(), GPS_ENGINE_INIT_FAILED) << row.device;
-      const std::string explained = ExplainPort(CString::FromUtf8(row.device)).ToUtf8();
+      const std::string explained = host::WhyNotOpen(row.device);
       EXPECT_NE(explained.find(row.device + ' ' + row.reason), explained.npos) << explained;
     }
   }

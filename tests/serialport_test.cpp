@@ -262,11 +262,9 @@ TEST_F(TerminalPort, IsForOneProgramAlone) {
   EXPECT_FALSE(second.Open());
   EXPECT_EQ(GetLastError(), static_cast<DWORD>(EBUSY));
   EXPECT_EQ(second.GetPortName(), "COM7:");
-  EXPECT_NE(ExplainPort(CString::FromUtf8(terminal.Name())).Find("in use by another program"), -1);
   port.Close();
   EXPECT_TRUE(second.Open());
   second.Close();
-  EXPECT_EQ(ExplainPort(CString::FromUtf8(terminal.Name())), "");
 }
 
 /// Time that passes only while a line is waited for, and what the peer does meanwhile.
@@ -370,7 +368,6 @@ TEST(ComPort, StandsForADeviceOfTheSystemUntilItIsMapped) {
   CSerialPort port;
   port.SetPortNumber(0);
   EXPECT_FALSE(port.Open());
-  EXPECT_NE(ExplainPort("/dev/null").Find("is not a serial port"), -1);
 }
 
 }  // namespace

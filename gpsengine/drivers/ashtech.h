@@ -9,41 +9,19 @@
 
 /// Receivers of the Ashtech language that have raw data.
 class CAshtech : public CGPSReceiver {
-  DECLARE_DYNAMIC(CAshtech)
-
- public:
-  CString GetName() override { return "Ashtech"; }
-  bool HasRawData() override { return true; }
-  bool ImplementsSetNmea() override { return true; }
-  void SetDefaultNMEA() override;
-  void SetGgaOnlyNMEA() override;
+  DECLARE_RECEIVER(CAshtech)
 };
 
 /// An Ashtech whose heights are orthometric.
 class CRacal : public CAshtech {
-  DECLARE_DYNAMIC(CRacal)
-
- public:
-  CString GetName() override { return "Racal"; }
-  bool GGASendsOrthoHeight() override { return true; }
+  DECLARE_RECEIVER(CRacal)
 };
 
 /// An Ashtech with a beacon receiver, an elevation mask and a reset.
 class CCSI : public CAshtech {
-  DECLARE_DYNAMIC(CCSI)
+  DECLARE_RECEIVER(CCSI)
 
  public:
-  CString GetName() override { return "CSI"; }
-  bool ImplementsQueryNmea() override { return true; }
-  void QueryNmeaActive() override { QueryPAR(); }
-  bool ImplementsQueryGpsSettings() override { return true; }
-  void QueryGpsSettings() override { QueryPAR(); }
-  bool ImplementsBeacon() override { return true; }
-  void QueryBeacon() override;
-  void SetBeacon(BEACON_MODE_TYPE mode, CString strFrequency, CString strBitRate) override;
-  bool ImplementsSetElevMask() override { return true; }
-  void QuerySatElevMask() override { QueryPAR(); }
-  void SetSatElevMask(int nDegrees) override;
   bool ImplementsResetAll() override { return true; }
   bool ResetAll(bool bWaitForAck) override;
 

@@ -6,7 +6,23 @@
 
 using namespace gsr2650lb;
 
-// Not the virtual call that it looks like: the class's own set-up, which finds no port to open yet.
+// The row has no beacon query and no settings: such operations work, but are not offered.
+constinit const CGPSDriver Cgsr2650lb::s_Driver = {
+    .pszName = "GSR2650 LB",
+    .bRawData = true,
+    .bDgps = true,
+    .defaultNmea = kDefaultNmea,
+    .ggaOnlyNmea = kGgaOnlyNmea,
+    .queryNmea = kQueryNmea,
+    .queryElevMask = kQueryElevMask,
+    .setElevMask = kSetElevMask,
+    .queryDgps = kQuerySource,
+    .queryOmniStar = kQueryOmniStar,
+    .queryWaas = kQueryWaas,
+    .sendCorrection = kUserDatum,
+};
+
+// Deliberately not virtual: the class's own Initialize, which finds no port to open yet.
 Cgsr2650lb::Cgsr2650lb() {
   Cgsr2650lb::Initialize();
 }
@@ -17,26 +33,6 @@ bool Cgsr2650lb::Initialize() {
   if (!CGPSReceiver::Initialize()) return false;
   SetDefaultNMEA();
   return true;
-}
-
-void Cgsr2650lb::SetDefaultNMEA() {
-  Write(kDefaultNmea);
-}
-
-void Cgsr2650lb::SetGgaOnlyNMEA() {
-  Write(kGgaOnlyNmea);
-}
-
-void Cgsr2650lb::QueryNmeaActive() {
-  Write(kQueryNmea);
-}
-
-void Cgsr2650lb::QueryWAAS() {
-  Write(kQueryWaas);
-}
-
-void Cgsr2650lb::QueryOmniStar() {
-  Write(kQueryOmniStar);
 }
 
 void Cgsr2650lb::QuerySatElevMask() {
@@ -60,22 +56,16 @@ void Cgsr2650lb::ForgetSource() {
   status.m_bDgpsModeValid = status.m_bStatusUpdated = false;
 }
 
-void Cgsr2650lb::SetSatElevMask(int nDegrees) {
-  CString strLine;
-  strLine.Format("ECUTOFF %i\r\n", nDegrees);
-  Write(strLine, 200);
-  Write(kSaveMask);
-}
-
 void Cgsr2650lb::SetBeacon(BEACON_MODE_TYPE, CString, CString) {
   Write(kSources[DGPS_MODE_BEACON]);
 }
 
-// No report answers this, so that the host is told the mode from here.
+// No report answers this, so the mode is published from here.
 void Cgsr2650lb::SetDgpsMode(DgpsMode mode) {
   if (!Write(kDatum)) return;
   if (mode >= 0 && mode < static_cast<int>(std::size(kSources))) Write(kSources[mode]);
   Write(kSaveSource);
+  if (IsStopping()) return;
   const RecordLock lock = LockRecord();
   CGPSStatusData& status = m_GPSData.m_Status;
   status.m_nDgpsMode = mode;
@@ -94,10 +84,6 @@ void Cgsr2650lb::SetLbandFrequency(double dFrequency, int nBitRate) {
   Write(kSaveSource);
 }
 
-void Cgsr2650lb::SendCorrection() {
-  Write(kUserDatum);
-}
-
 void Cgsr2650lb::ChangeCDGPS_Freq(double dFrequency) {
   if (!(dFrequency >= 0.0 && dFrequency <= 3000.0)) return;
   CString strLine;
@@ -107,17 +93,21 @@ void Cgsr2650lb::ChangeCDGPS_Freq(double dFrequency) {
 }
 
 bool Cgsr2650lb::ResetAll(bool bWaitForAck) {
-  if (!m_Port.IsOpen()) return false;
-  // The receiver starts anew whether or not it has acknowledged.
-  const bool bReset = WriteAck(kReset.pszLine, bWaitForAck, static_cast<int>(kReset.nWait));
-  if (!Initialize()) return false;
+  if (!m_Port.IsOpen() || IsStopping()) return false;
+  bool bReset = false;
+  {
+    const CNoStop untilSentencesAreOn;
+    // The receiver restarts whether or not it has acknowledged.
+    bReset = WriteAck(kReset, bWaitForAck);
+    if (!Initialize()) return false;
+  }
   SetDgpsMode(DGPS_MODE_BEACON);
   Sleep(kRestartTime);
-  return bReset;
+  return bReset && !IsStopping();
 }
 
 void Cgsr2650lb::SetRawDataOutput(bool bOn, int nPeriod) {
-  if (!m_Port.IsOpen()) return;
+  if (!m_Port.IsOpen() || IsStopping()) return;
   if (bOn) {
     CString strLine;
     strLine.Format("LOG RANGEB ONTIME %i\r\n", nPeriod);
@@ -127,7 +117,8 @@ void Cgsr2650lb::SetRawDataOutput(bool bOn, int nPeriod) {
   } else {
     Write(kRawOff);
   }
-  m_bRawDataOutput = bOn;
+  // If stopped halfway, output counts as on, so that the end of the run switches it off.
+  if (bOn || !IsStopping()) m_bRawDataOutput = bOn;
   Write(kSave);
 }
 

@@ -2,9 +2,9 @@
 
 #include "gpsengine/receiver/command.h"
 
-// What the GSR2650 LB is told, in the order of its driver.
+// Command sets of the GSR2650 LB.
 //
-// A log without a port name, where two blanks follow, goes to the port on which the command comes in. COM2 is
+// A LOG without a port name, hence the two blanks, outputs to the port on which the command arrives. COM2 is
 // the receiver's own port name, whichever port the host uses.
 
 namespace gsr2650lb {
@@ -34,6 +34,7 @@ inline constexpr CGPSCommand kGgaOnlyNmea[] = {
     {"UNLOG  GPZDA\r\n", 200},
 };
 
+inline constexpr CGPSCommand kSetElevMask[] = {{"ECUTOFF #\r\n", 200}, {"SAVECONFIG\r\n", 500}};
 inline constexpr CGPSCommand kQueryElevMask[] = {{"LOG COM2 ECUTOFFA ONCE\r\n", 100}};
 inline constexpr CGPSCommand kQueryNmea[] = {{"LOG LOGLISTA ONCE\r\n", 200}};
 inline constexpr CGPSCommand kQueryBeacon[] = {{"LOG COM2 RXCONFIGA ONCE\r\n", 100}};
@@ -50,7 +51,7 @@ inline constexpr CGPSCommand kQueryOmniStar[] = {
 };
 
 inline constexpr CGPSCommand kDatum[] = {{"UNDULATION TABLE\r\n", 100}, {"DATUM WGS84\r\n", 100}};
-// By DgpsMode.
+// Indexed by DgpsMode.
 inline constexpr CGPSCommand kSources[][3] = {
     {{"RTKSOURCE NONE\r\n", 100}, {"PSRDIFFSOURCE NONE\r\n", 100}, {"SBASCONTROL DISABLE AUTO\r\n", 100}},
     {{"RTKSOURCE AUTO ANY\r\n", 100},
@@ -72,17 +73,16 @@ inline constexpr CGPSCommand kUserDatum[] = {
 inline constexpr CGPSCommand kLbandAuto[] = {{"RTKSOURCE OMNISTAR ANY\r\n", 800}};
 inline constexpr int kLbandModeAuto = 1, kLbandModeFixed = 2;
 
-// Behind the range log, whose period varies.
+// After the RANGEB log, which has a variable period.
 inline constexpr CGPSCommand kRawOn[] = {{"LOG RAWEPHEMB ONCHANGED\r\n", 100},
                                          {"LOG ALMANACB ONCHANGED\r\n", 100}};
 inline constexpr CGPSCommand kRawOff[] = {
     {"UNLOG RANGEB\r\n", 100}, {"UNLOG RAWEPHEMB\r\n", 100}, {"UNLOG ALMANACB\r\n", 100}};
 
-inline constexpr CGPSCommand kReset = {"RESET 0\r\n", 10000};
+inline constexpr CGPSCommand kReset[] = {{"RESET 0\r\n", 10000}};
 inline constexpr DWORD kRestartTime = 3000;
 
-// The time to save depends on how much has changed.
-inline constexpr CGPSCommand kSaveMask[] = {{"SAVECONFIG\r\n", 500}};
+// Saving takes longer the more has changed.
 inline constexpr CGPSCommand kSave[] = {{"SAVECONFIG\r\n", 1000}};
 inline constexpr CGPSCommand kSaveSource[] = {{"SAVECONFIG\r\n", 2000}};
 

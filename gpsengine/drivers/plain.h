@@ -4,56 +4,52 @@
 
 #pragma GCC visibility push(default)
 
-// Models that the library only listens to.
+// Models that are a row and nothing else. The library only listens to most of them.
 
 /// Garmin GPS 17-N.
 class CGarmin : public CGPSReceiver {
-  DECLARE_DYNAMIC(CGarmin)
-
- public:
-  CString GetName() override { return "Garmin 17-N"; }
-  int GetDefaultBaudrate() override { return 4800; }
+  DECLARE_RECEIVER(CGarmin)
 };
 
 /// Javad receivers, in their NMEA output.
 class CJavad : public CGPSReceiver {
-  DECLARE_DYNAMIC(CJavad)
+  DECLARE_RECEIVER(CJavad)
+};
 
- public:
-  CString GetName() override { return "Javad"; }
+/// Leica receivers: "$PMVXG," commands set the NMEA output at every start; a keep-alive is sent on a silent
+/// line.
+class CLeica : public CGPSReceiver {
+  DECLARE_RECEIVER(CLeica)
 };
 
 /// Omnistar receivers, in their NMEA output.
 class COmnistar : public CGPSReceiver {
-  DECLARE_DYNAMIC(COmnistar)
-
- public:
-  CString GetName() override { return "Omnistar"; }
-  int GetDefaultBaudrate() override { return 4800; }
+  DECLARE_RECEIVER(COmnistar)
 };
 
 /// Satloc receivers, in their NMEA output.
 class CSatloc : public CGPSReceiver {
-  DECLARE_DYNAMIC(CSatloc)
+  DECLARE_RECEIVER(CSatloc)
+};
 
- public:
-  CString GetName() override { return "Satloc"; }
+/// Sokkia Axis receivers, commanded by "$PMCAG," sentences.
+class CSokkia : public CGPSReceiver {
+  DECLARE_RECEIVER(CSokkia)
+};
+
+/// Trimble receivers; a keep-alive is sent on a silent line.
+class CTrimble : public CGPSReceiver {
+  DECLARE_RECEIVER(CTrimble)
 };
 
 /// The receiver inside a Trimble Pocket.
 class CTrimblePocketGps : public CGPSReceiver {
-  DECLARE_DYNAMIC(CTrimblePocketGps)
-
- public:
-  CString GetName() override { return "Trimble Pocket"; }
+  DECLARE_RECEIVER(CTrimblePocketGps)
 };
 
-/// Any receiver that speaks plain NMEA.
+/// Any receiver that sends plain NMEA.
 class COtherGps : public CGPSReceiver {
-  DECLARE_DYNAMIC(COtherGps)
-
- public:
-  CString GetName() override { return "Other"; }
+  DECLARE_RECEIVER(COtherGps)
 };
 
 #pragma GCC visibility pop

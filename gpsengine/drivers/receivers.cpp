@@ -4,10 +4,8 @@
 #include "gpsengine/drivers/gsr2650lb.h"
 #include "gpsengine/drivers/plain.h"
 #include "gpsengine/drivers/sirf.h"
-#include "gpsengine/drivers/sokkia.h"
 #include "gpsengine/drivers/sokkiaaxis3.h"
 #include "gpsengine/drivers/starlink.h"
-#include "gpsengine/drivers/trimble.h"
 
 namespace {
 

@@ -5,6 +5,6 @@
 
 #include "gpsengine/receiver/gpsreceiver.h"
 
-/// One new receiver of every model, in the order in which hosts list them. The last one, "Other", stands for
-/// any receiver that speaks plain NMEA.
+/// Creates one receiver per model, in display order. The last one, "Other", is for any receiver that sends
+/// plain NMEA.
 std::vector<std::unique_ptr<CGPSReceiver>> MakeReceivers();

@@ -6,7 +6,7 @@
 
 namespace {
 
-// The NMEA messages by the chip's numbers, in the order in which they are set.
+// NMEA messages by the chip's numbers, in the order of the commands.
 struct NmeaMessage {
   int nNumber;
   bool bDefault, bGgaOnly;
@@ -35,6 +35,11 @@ BYTE HighByte(int n) {
 
 }  // namespace
 
+constinit const CGPSDriver CSirf::s_Driver = {.pszName = "SiRF", .nBaudrate = 4800, .bDgps = true};
+constinit const CGPSDriver CHolux::s_Driver = {.pszName = "Holux", .nBaudrate = 4800, .bDgps = true};
+constinit const CGPSDriver CToughbookGPS01::s_Driver = {
+    .pszName = "Toughbook GPS01", .nBaudrate = 4800, .bDgps = true};
+
 bool AppendNmeaChecksum(CString& strSentence) {
   const int nDollar = strSentence.Find(u'$');
   if (nDollar < 0) return false;
@@ -57,6 +62,7 @@ void CSirf::SetGgaOnlyNMEA() {
 }
 
 void CSirf::SetNmeaMsg(int nMessage, bool bOn) {
+  if (IsStopping()) return;
   CString strLine;
   strLine.Format("$PSRF103,%02d,00,%02d,01", nMessage, bOn ? kNmeaPeriod : 0);
   AppendNmeaChecksum(strLine);
@@ -93,8 +99,7 @@ void CSirf::SendDgpsSourceMsg(DgpsMode mode) {
   Sleep(kBinaryWait);
 }
 
-// Message 0x81 sets the rate of every sentence as well: all to 0 here, so that the caller has to set the ones
-// it wants.
+// Message 0x81 also sets all sentence rates, here to 0; the caller has to enable the sentences it wants.
 void CSirf::SwitchToNmea() {
   BYTE payload[24] = {0x81, 2};
   payload[22] = HighByte(m_nBaudrate);
@@ -104,15 +109,17 @@ void CSirf::SwitchToNmea() {
 }
 
 void CSirf::SetDgpsMode(DgpsMode mode) {
-  if (!m_Port.IsOpen()) return;
+  if (!m_Port.IsOpen() || IsStopping()) return;
+  const CNoStop untilSentencesAreOn;
   SwitchToBinary();
-  SendDgpsSourceMsg(mode);
+  if (!CurrentClock().WantsStop()) SendDgpsSourceMsg(mode);
   SwitchToNmea();
   SetDefaultNMEA();
 }
 
 bool CSirf::ResetAll(bool) {
-  if (!Initialize() || !m_Port.IsOpen()) return false;
+  if (!Initialize() || !m_Port.IsOpen() || IsStopping()) return false;
+  const CNoStop untilSentencesAreOn;
   SwitchToNmea();
   SetDefaultNMEA();
   return true;

@@ -4,31 +4,28 @@
 
 #pragma GCC visibility push(default)
 
-/// Appends "*" and the checksum of what stands behind the "$", which must be there: false without one.
+/// Appends "*" and the checksum of everything after the "$". False if there is no "$".
 bool AppendNmeaChecksum(CString& strSentence);
 
 /// Receivers with a SiRF chip set. They run in NMEA mode; only the differential source needs the chip's
 /// binary protocol, so that setting it takes the receiver out of NMEA mode and back.
 class CSirf : public CGPSReceiver {
-  DECLARE_DYNAMIC(CSirf)
+  DECLARE_RECEIVER(CSirf)
 
  public:
-  CString GetName() override { return "SiRF"; }
-  int GetDefaultBaudrate() override { return 4800; }
   bool ImplementsSetNmea() override { return true; }
   void SetDefaultNMEA() override;
   void SetGgaOnlyNMEA() override;
   bool ImplementsResetAll() override { return true; }
   /// The receiver acknowledges nothing, so the flag has no effect.
   bool ResetAll(bool bWaitForAck) override;
-  bool HasDGPSSupport() const override { return true; }
-  /// WAAS; any other mode switches the source off.
+  /// Supports WAAS; any other mode switches the source off.
   void SetDgpsMode(DgpsMode mode) override;
 
  protected:
   /// Switches a sentence on or off, by the chip's number for it.
   void SetNmeaMsg(int nMessage, bool bOn);
-  /// The sum of a binary message's payload, of 15 bits.
+  /// The 15-bit checksum of a binary payload.
   unsigned short CheckSum(unsigned char* pPayload, unsigned short nLength);
   /// Frames a payload and writes it. False if it is too long or was not written.
   bool SendBinaryMsg(unsigned char* pPayload, unsigned short nLength);
@@ -42,20 +39,12 @@ class CSirf : public CGPSReceiver {
 
 /// Holux receivers, which have a SiRF chip set.
 class CHolux : public CSirf {
-  DECLARE_DYNAMIC(CHolux)
-
- public:
-  CString GetName() override { return "Holux"; }
-  int GetDefaultBaudrate() override { return 4800; }
+  DECLARE_RECEIVER(CHolux)
 };
 
 /// The receiver inside a Toughbook, which has a SiRF chip set.
 class CToughbookGPS01 : public CSirf {
-  DECLARE_DYNAMIC(CToughbookGPS01)
-
- public:
-  CString GetName() override { return "Toughbook GPS01"; }
-  int GetDefaultBaudrate() override { return 4800; }
+  DECLARE_RECEIVER(CToughbookGPS01)
 };
 
 #pragma GCC visibility pop

@@ -1,20 +1,21 @@
 #include "gpsengine/drivers/sokkiaaxis3.h"
 
-#include "gpsengine/platform/clock.h"
 #include "gpsengine/reports/fields.h"
 
 namespace {
 
+using enum CGPSCommand::Then;
+
+constexpr CGPSCommand kStart[] = {{"", 500}};
 constexpr CGPSCommand kSave[] = {{"$JSAVE\r\n", 2000}};
 constexpr CGPSCommand kSaveAtOnce[] = {{"$JSAVE\r\n", 0}};
-constexpr DWORD kSettleTime = 500;
 
 constexpr CGPSCommand kDefaultNmea[] = {
-    {"$JOFF\r\n", 1000},        {"$JASC,GPGGA,1\r\n", 200}, {"$JASC,GPGSA,1\r\n", 200},
+    {"$JOFF\r\n", 1000, goOn},  {"$JASC,GPGGA,1\r\n", 200}, {"$JASC,GPGSA,1\r\n", 200},
     {"$JASC,GPVTG,1\r\n", 200}, {"$JASC,GPGSV,1\r\n", 200}, {"$JSAVE\r\n", 2000},
 };
 constexpr CGPSCommand kGgaOnlyNmea[] = {
-    {"$JOFF\r\n", 1000},
+    {"$JOFF\r\n", 1000, goOn},
     {"$JASC,GPGGA,1\r\n", 200},
     {"$JSAVE\r\n", 2000},
 };
@@ -31,24 +32,42 @@ constexpr CGPSCommand kSourceNone[] = {{"$JDIFF,OFF\r\n", 1000}};
 constexpr CGPSCommand kSourceBeacon[] = {{"$JDIFF,BEACON\r\n", 1000}};
 constexpr CGPSCommand kSourceLband[] = {{"$JAPP,2\r\n", 5000}, {"$JDIFF,LBAND\r\n", 5000}};
 constexpr CGPSCommand kSourceWaas[] = {{"$JAPP,1\r\n", 5000}, {"$JDIFF,WAAS\r\n", 5000}};
-// By DgpsMode. The receiver has no source of a later mode.
+// Indexed by DgpsMode. Later modes are not supported.
 constexpr std::span<const CGPSCommand> kSources[] = {kSourceNone, kSourceBeacon, kSourceLband, kSourceWaas};
 
+constexpr CGPSCommand kElevMask[] = {{"$JMASK,#\r\n", 800}, {"$JSAVE\r\n", 2000}};
 constexpr CGPSCommand kQuerySettings[] = {{"$JSHOW\r\n", 200}};
 constexpr CGPSCommand kQuerySatellites[] = {{"$JLBEAM\r\n", 200}};
-constexpr CGPSCommand kQueryOmniStar[] = {{"$JI\r\n", 200}, {"$JGEO\r\n", 200}};
+constexpr CGPSCommand kQueryOmniStar[] = {{"$JI\r\n", 200}, {"$JGEO\r\n", 200}, {"$JSHOW\r\n", 200}};
 constexpr CGPSCommand kDgpsStatusOn[] = {{"$JASC,D1,1\r\n", 0}};
 constexpr CGPSCommand kDgpsStatusOff[] = {{"$JASC,D1,0\r\n", 0}};
 
-}  // namespace
-
-bool CSokkiaAxis3::Initialize() {
-  if (!CGPSReceiver::Initialize()) return false;
-  Sleep(kSettleTime);
-  return true;
+constexpr CGPSDriver RowOf(const char* pszName) {
+  return {
+      .pszName = pszName,
+      .bRawData = true,
+      .bDgps = true,
+      .start = kStart,
+      .defaultNmea = kDefaultNmea,
+      .ggaOnlyNmea = kGgaOnlyNmea,
+      .queryNmea = kQuerySettings,
+      .queryBeacon = CGPSDriver::kQueryBeacon,
+      .queryElevMask = kQuerySettings,
+      .setElevMask = kElevMask,
+      .queryDgps = kQuerySettings,
+      .queryOmniStar = kQueryOmniStar,
+      .queryLband = kQuerySatellites,
+      .dgpsStatusOn = kDgpsStatusOn,
+      .dgpsStatusOff = kDgpsStatusOff,
+  };
 }
 
-// After a save the receiver needs to be told its interval for block 95 again.
+}  // namespace
+
+constinit const CGPSDriver CSokkiaAxis3::s_Driver = RowOf("Sokkia Axis3");
+constinit const CGPSDriver CCSImax::s_Driver = RowOf("CSI - MAX");
+
+// After a save the interval of block 95 has to be set again.
 void CSokkiaAxis3::WriteClosingLine() {
   Write(s_dBinInterval == kFastInterval ? kClosingFast : kClosingSlow);
 }
@@ -73,20 +92,17 @@ bool CSokkiaAxis3::SetRawDataOutputInterval(double dInterval) {
 }
 
 void CSokkiaAxis3::SetDefaultNMEA() {
-  Write(kDefaultNmea);
+  CGPSReceiver::SetDefaultNMEA();
   WriteClosingLine();
 }
 
 void CSokkiaAxis3::SetGgaOnlyNMEA() {
-  Write(kGgaOnlyNmea);
+  CGPSReceiver::SetGgaOnlyNMEA();
   WriteClosingLine();
 }
 
 void CSokkiaAxis3::SetSatElevMask(int nDegrees) {
-  CString strLine;
-  strLine.Format("$JMASK,%d\r\n", nDegrees);
-  Write(strLine, 800);
-  Write(kSave);
+  CGPSReceiver::SetSatElevMask(nDegrees);
   WriteClosingLine();
 }
 
@@ -99,12 +115,8 @@ void CSokkiaAxis3::SetLbandFrequency(double dFrequency, int nBitRate) {
 }
 
 void CSokkiaAxis3::SetBeacon(BEACON_MODE_TYPE mode, CString strFrequency, CString strBitRate) {
-  WriteBeacon(mode, strFrequency, strBitRate);
+  CGPSReceiver::SetBeacon(mode, strFrequency, strBitRate);
   Write(kSave);
-}
-
-void CSokkiaAxis3::QueryBeacon() {
-  WriteBeaconQuery();
 }
 
 void CSokkiaAxis3::SetDgpsMode(DgpsMode mode) {
@@ -114,17 +126,4 @@ void CSokkiaAxis3::SetDgpsMode(DgpsMode mode) {
 
 void CSokkiaAxis3::QueryJSHOW() {
   Write(kQuerySettings);
-}
-
-void CSokkiaAxis3::QueryLbandSatellites() {
-  Write(kQuerySatellites);
-}
-
-void CSokkiaAxis3::QueryOmniStar() {
-  Write(kQueryOmniStar);
-  QueryJSHOW();
-}
-
-void CSokkiaAxis3::DgpsStatusMsg(bool bOn) {
-  Write(bOn ? kDgpsStatusOn : kDgpsStatusOff);
 }

@@ -4,51 +4,43 @@
 
 namespace {
 
+using enum CGPSCommand::Then;
+
 constexpr CGPSCommand kDefaultNmea[] = {
-    {"$PSLIS,NME,ALL,A,OFF\r\n", 200}, {"$PSLIS,NME,GGA,A,ON\r\n", 200}, {"$PSLIS,NME,GSA,A,ON\r\n", 200},
-    {"$PSLIS,NME,VTG,A,ON\r\n", 200},  {"$PSLIS,NME,GSV,A,ON\r\n", 200},
+    {"$PSLIS,NME,ALL,A,OFF\r\n", 200, goOn}, {"$PSLIS,NME,GGA,A,ON\r\n", 200},
+    {"$PSLIS,NME,GSA,A,ON\r\n", 200},        {"$PSLIS,NME,VTG,A,ON\r\n", 200},
+    {"$PSLIS,NME,GSV,A,ON\r\n", 200},
 };
 constexpr CGPSCommand kGgaOnlyNmea[] = {
-    {"$PSLIS,NME,ALL,A,OFF\r\n", 200},
+    {"$PSLIS,NME,ALL,A,OFF\r\n", 200, goOn},
     {"$PSLIS,NME,GGA,A,ON\r\n", 200},
 };
 constexpr CGPSCommand kQueryBeacon[] = {{"$PSLIQ,NME,MSS\r\n", 200}, {"$PSLIQ,NME,MSK\r\n", 200}};
 constexpr CGPSCommand kQueryPar[] = {{"$PSLIQ,PAR\r\n", 500}};
-constexpr CGPSCommand kReset = {"$PSLIS,RST,CLR\r\n", 100};
-constexpr DWORD kRestartTime = 5000;
+constexpr CGPSCommand kElevMask[] = {{"$PSLIS,ELM,#\r\n", 200}};
+constexpr CGPSCommand kReset[] = {{"$PSLIS,RST,CLR\r\n", 100}, {"", 5000}};
 
 }  // namespace
 
-void CStarlink::SetDefaultNMEA() {
-  Write(kDefaultNmea);
-}
-
-void CStarlink::SetGgaOnlyNMEA() {
-  Write(kGgaOnlyNmea);
-}
-
-void CStarlink::QueryBeacon() {
-  Write(kQueryBeacon);
-}
+constinit const CGPSDriver CStarlink::s_Driver = {
+    .pszName = "Starlink",
+    .bOrthoHeight = true,
+    .defaultNmea = kDefaultNmea,
+    .ggaOnlyNmea = kGgaOnlyNmea,
+    .queryNmea = kQueryPar,
+    .queryBeacon = kQueryBeacon,
+    .queryElevMask = kQueryPar,
+    .setElevMask = kElevMask,
+};
 
 void CStarlink::QueryPAR() {
   Write(kQueryPar);
 }
 
-void CStarlink::SetBeacon(BEACON_MODE_TYPE mode, CString strFrequency, CString strBitRate) {
-  WriteBeacon(mode, strFrequency, strBitRate);
-}
-
-void CStarlink::SetSatElevMask(int nDegrees) {
-  CString strLine;
-  strLine.Format("$PSLIS,ELM,%-d\r\n", nDegrees);
-  Write(strLine, 200);
-}
-
 bool CStarlink::ResetAll(bool) {
-  if (!Initialize() || !m_Port.IsOpen()) return false;
-  const bool bWritten = WriteAck(kReset.pszLine, false, static_cast<int>(kReset.nWait));
-  Sleep(kRestartTime);
+  if (!Initialize() || !m_Port.IsOpen() || IsStopping()) return false;
+  const CNoStop untilSentencesAreOn;
+  const bool bWritten = WriteAck(kReset, false);
   SetDefaultNMEA();
   return bWritten;
 }

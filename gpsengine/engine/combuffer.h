@@ -6,16 +6,17 @@
 #pragma GCC visibility push(default)
 
 /// Collects the text of the messages for a host that wants to see them. The host clears m_bPaused to start.
-/// It reads m_strData while no run is under way, or once m_bOverflow is set: the reader thread may still be
-/// at a message when the host has paused the capture.
+/// It may read m_strData while the engine is stopped or once m_bOverflow is set: after pausing, the reader
+/// thread may still be adding a message.
 class CComBuffer {
  public:
-  CString m_strData;                  ///< All messages captured, joined.
-  CString m_strOther;                 ///< The host's own.
+  CString m_strData;                  ///< All captured messages, concatenated.
+  CString m_strOther;                 ///< For the host's use.
   CShared<bool> m_bPaused = true;     ///< Nothing is captured, and no WM_GPS_NEW_STRING is posted.
-  CShared<bool> m_bOverflow = false;  ///< The capture has stopped itself, since m_strData grew too long.
+  CShared<bool> m_bOverflow = false;  ///< Capture stopped because m_strData grew too long.
 
-  /// Adds a message, on the reader thread. Behind 100,000 characters it is the last one.
+  /// Adds a message, on the reader thread. Stops the capture when m_strData already exceeds 100,000
+  /// characters.
   void OnRawData(CString* pText);
 };
 

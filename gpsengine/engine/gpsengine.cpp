@@ -17,7 +17,7 @@
 
 namespace {
 
-// A stream that has grown to this length without a whole message is no stream of messages.
+// A stream that reaches this length without a whole message is garbage.
 constexpr int kStreamLimit = 16392;
 constexpr DWORD kLongestStop = 1000;
 
@@ -25,8 +25,7 @@ constexpr UINT kFirstErrorText = 14;
 constexpr UINT kUnknownErrorText = 18;
 constexpr int kTextBuffer = 128;
 
-// Receivers that a callback of the host has yet to return to. Nobody knows when, so that they are kept for
-// good.
+// Receivers that a host callback still has to return into, at an unknown time: never deleted.
 void KeepForGood(std::vector<std::unique_ptr<CGPSReceiver>> receivers) {
   static auto* const kept = new std::vector<std::unique_ptr<CGPSReceiver>>;
   static auto* const mutex = new std::mutex;
@@ -85,7 +84,7 @@ bool CGPSEngine::Start() {
   }
   auto run = std::make_shared<CRun>(m_pLease->Ends());
   {
-    // The thread may stop the run as soon as it exists, when it finds no file to play.
+    // The thread may stop the run at once, if there is no file to play.
     const std::lock_guard lock(m_RunMutex);
     m_pRun = run;
     m_hStopEvent = run->StopEvent();
@@ -108,7 +107,7 @@ void CGPSEngine::Stop() {
   if (CGPSReceiver* const receiver = m_pReceiver) receiver->Suspend();
 }
 
-// Takes the run out, so that whoever ends it does so alone.
+// Detaches the run, so that only one thread ends it.
 std::shared_ptr<CRun> CGPSEngine::TakeRun() {
   const std::lock_guard lock(m_RunMutex);
   return std::exchange(m_pRun, nullptr);
@@ -118,7 +117,7 @@ void CGPSEngine::EndRun() {
   const std::shared_ptr<CRun> run = TakeRun();
   if (run == nullptr) return;
   SetEvent(run->StopEvent());
-  // From within a callback there is nothing to wait for: the run's thread waits for the callback.
+  // Do not wait in a callback: the run's thread is waiting for the callback.
   bool done = false;
   if (!run->m_pThread->IsCurrent() && !m_pLease->IsHeldHere()) {
     if (const CGPSReceiver* const receiver = m_pReceiver) CancelRead(receiver->GetPortHandle());
@@ -130,7 +129,7 @@ void CGPSEngine::EndRun() {
     m_pLease->EndRun(run->Ends());
   }
   const std::lock_guard lock(m_RunMutex);
-  if (m_pRun != nullptr) return;  // a callback has started the next one meanwhile
+  if (m_pRun != nullptr) return;  // a callback has started a new run
   m_hStopEvent = nullptr;
   m_pThread = nullptr;
 }
@@ -144,8 +143,8 @@ CString CGPSEngine::GetLastErrorString() const {
   return CString(text, length);
 }
 
-// The time of an update: no other one begins within it, and whichever way it is left the stream is ready for
-// the next bytes.
+// The scope of an update: prevents nested updates, and leaves the stream ready for the next bytes on every
+// exit.
 class CGPSEngine::Update {
  public:
   Update(CGPSEngine& engine, CEngineLease& lease) : m_Engine(engine), m_Lease(lease) {
@@ -168,7 +167,7 @@ bool CGPSEngine::UpdateGPSBuffer(CBinBuffer& data) {
   return UpdateGPSBuffer(data.GetLength() > 0 ? data.GetData() : nullptr, data.GetLength(), m_pLease->Ends());
 }
 
-// `nEnds` says to which run the bytes belong.
+// `nEnds` identifies the run that the bytes belong to.
 bool CGPSEngine::UpdateGPSBuffer(const char* pData, int nLength, int nEnds) {
   const std::shared_ptr<CEngineLease> lease = m_pLease;  // a callback may destroy the engine
   const CEngineLease::Hold hold(*lease);
@@ -178,7 +177,7 @@ bool CGPSEngine::UpdateGPSBuffer(const char* pData, int nLength, int nEnds) {
   const Update update(*this, *lease);
   bool published = false;
   try {
-    // A callback may select another receiver, and so may the host while a callback holds this thread up.
+    // The receiver may change: in a callback, or on the host's thread while a callback blocks this one.
     bool more = m_Buffer.GetCurrentMessage();
     while (more && m_Buffer.HasMessage() && m_pReceiver == receiver) {
       CString message = TakeMessage(*receiver, more);
@@ -195,9 +194,9 @@ bool CGPSEngine::UpdateGPSBuffer(const char* pData, int nLength, int nEnds) {
   return published;
 }
 
-// Adds to the stream. False, with nothing left, if it has grown too long.
+// Appends to the stream. False, with the stream cleared, if it has grown too long.
 bool CGPSEngine::Append(const char* pData, int nLength, int nEnds) {
-  if (std::exchange(m_nStreamEnds, nEnds) != nEnds) m_Buffer.Clear();  // what a run that is over has left
+  if (std::exchange(m_nStreamEnds, nEnds) != nEnds) m_Buffer.Clear();  // left over from an ended run
   m_Buffer.Append(pData, nLength);
   if (m_Buffer.GetLength() < kStreamLimit) return true;
   Trace("\nGPS data dropped: string too long!");
@@ -206,24 +205,23 @@ bool CGPSEngine::Append(const char* pData, int nLength, int nEnds) {
   return false;
 }
 
-// Takes the current message out of the stream and attaches its bytes. `more` tells whether another one
-// follows.
+// Removes the current message from the stream and attaches its bytes. `more` is set if another one follows.
 CString CGPSEngine::TakeMessage(CGPSReceiver& receiver, bool& more) {
   CString message = m_Buffer.GetMessageW();
-  m_nMessages.Count();  // behind the lease
+  m_nMessages.Count();  // under the lease
   if (m_bAttachRawData) {
     int length = 0;
     const char* bytes = m_Buffer.GetMessageBin(length);
     m_bAttached = receiver.AttachRawData(bytes, length);
   } else if (std::exchange(m_bAttached, false)) {
-    // A decoder must not take the bytes of an earlier message for this one's.
+    // A decoder must not see the bytes of an earlier message.
     receiver.AttachRawData(nullptr, 0);
   }
   more = m_Buffer.Next();
   return message;
 }
 
-// Hands a decoded message on to a host that captures texts.
+// Forwards a decoded message to a host that captures texts.
 void CGPSEngine::Forward(CString& message) {
   if (m_ComBuffer.m_bPaused) return;
   m_ComBuffer.OnRawData(&message);

@@ -6,9 +6,9 @@
 namespace {
 
 constexpr std::uint64_t kLongestLeave = 1000;
-constexpr DWORD kLook = 20;  // for a step that is past the limit, and will be done in no time
+constexpr DWORD kLook = 20;  // polling interval past the limit
 
-// Its address tells threads apart.
+// Its address identifies the thread.
 thread_local char t_Here;
 
 }  // namespace
@@ -43,7 +43,7 @@ void CEngineLease::BeginLeaving() {
 }
 
 bool CEngineLease::Withdraw() {
-  if (IsHeldHere()) {  // a callback destroys its own engine
+  if (IsHeldHere()) {  // a callback is destroying its own engine
     TakeAway(true);
     return false;
   }
@@ -60,7 +60,7 @@ bool CEngineLease::Withdraw() {
   }
 }
 
-// A step that is not outside is let be: it looks for the engine as soon as it has called out.
+// A step that is not in host code may continue: it checks for the engine after its next call out.
 bool CEngineLease::TakeAway(bool bAtAnyRate) {
   const std::lock_guard lock(m_LeaveMutex);
   if (!bAtAnyRate && !m_bOutside.load(std::memory_order_acquire)) return false;

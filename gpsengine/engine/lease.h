@@ -5,13 +5,13 @@
 
 #include "gpsengine/engine/gpsengine.h"
 
-/// A thread's hold on the engine. A reader thread takes it for each step that touches the engine or its
-/// receivers, and gives it up while it reads, waits or shows a box; so does a host's thread that feeds bytes.
-/// So no two threads decode at once, and an engine that goes away waits for the step at hand.
+/// Exclusive access to the engine. A reader thread holds it for each step that touches the engine or its
+/// receivers, and releases it while it reads, waits or shows a message box; a host thread that feeds bytes
+/// does the same. So only one thread decodes at a time, and the engine's destructor waits for the current
+/// step.
 ///
-/// A step that has called out to the host may never come back. The engine does not wait for it for longer
-/// than a second: it goes away meanwhile, and the step finds nothing to touch when it does come back. The
-/// lease outlives both.
+/// A step that calls out to the host may never return. The destructor waits a second at most; if the step
+/// returns later, it finds the engine gone. The lease outlives both.
 class CEngineLease {
  public:
   explicit CEngineLease(CGPSEngine* pEngine);
@@ -19,8 +19,8 @@ class CEngineLease {
   CEngineLease(const CEngineLease&) = delete;
   CEngineLease& operator=(const CEngineLease&) = delete;
 
-  /// A step on the engine lasts as long as this object. Steps may stand in each other: a callback of the host
-  /// runs inside one and may call the engine.
+  /// The scope of a step on the engine. Steps may nest: a host callback runs inside one and may call the
+  /// engine.
   class Hold {
    public:
     explicit Hold(CEngineLease& lease);
@@ -33,8 +33,8 @@ class CEngineLease {
     bool m_bWasOutside;
   };
 
-  /// Within a step, a call into what may be the host's code, during which the step touches nothing of the
-  /// engine's. Behind it the step asks IsEngineThere.
+  /// Within a step, the scope of a call into host code, during which the step does not touch the engine.
+  /// Afterwards the step checks IsEngineThere.
   class Outside {
    public:
     explicit Outside(CEngineLease& lease) : m_Lease(lease) {
@@ -48,40 +48,40 @@ class CEngineLease {
     CEngineLease& m_Lease;
   };
 
-  /// Within a step: the engine has not gone away, and will not until the step calls out or ends.
+  /// Within a step: the engine exists, and will until the step calls out or ends.
   bool IsEngineThere() {
     if (!m_bLeaving.load(std::memory_order_acquire)) return true;
     const std::lock_guard lock(m_LeaveMutex);
     return m_pEngine != nullptr;
   }
-  /// Within a step: the engine, or null if it has gone away.
+  /// Within a step: the engine, or null if it has been destroyed.
   CGPSEngine* Engine() { return IsEngineThere() ? m_pEngine : nullptr; }
   /// The calling thread is inside a step.
   bool IsHeldHere() const;
 
-  /// How many runs have ended. What belongs to a run is void once this has moved on.
+  /// Number of ended runs. A run is over once this differs from its value at the start.
   const std::atomic<int>& Ends() const { return m_nEnds; }
-  /// Ends the run that began at `nEnds`, unless that has been done.
+  /// Ends the run that started at `nEnds`, unless it has ended.
   void EndRun(int nEnds) { m_nEnds.compare_exchange_strong(nEnds, nEnds + 1); }
 
-  /// The engine is about to go away.
+  /// The engine's destructor has begun.
   void BeginLeaving();
-  /// The engine goes away, a second after BeginLeaving at the latest, or when a step that does not call out
-  /// has ended. False if a step is still outside, whose receiver must live on.
+  /// Withdraws the engine, at most a second after BeginLeaving or as soon as a step that does not call out
+  /// has ended. False if a step is still in host code; its receiver must then be kept.
   bool Withdraw();
 
  private:
   bool TakeAway(bool bAtAnyRate);
 
   std::recursive_mutex m_Mutex;
-  std::atomic<const void*> m_pHolder{nullptr};  // a place of the holding thread's own
-  int m_nDepth = 0;                             // of the steps in each other, with m_Mutex held
+  std::atomic<const void*> m_pHolder{nullptr};  // an address unique to the holding thread
+  int m_nDepth = 0;                             // nesting depth of steps, guarded by m_Mutex
   std::atomic<bool> m_bOutside{false};
   std::atomic<int> m_nEnds{0};
 
   std::atomic<bool> m_bLeaving{false};
   std::uint64_t m_nLeavingSince = 0;  // milliseconds
-  const HANDLE m_hFree;               // a step has ended while the engine waited for it
+  const HANDLE m_hFree;               // signalled when a step ends while the destructor waits
   std::mutex m_LeaveMutex;
-  CGPSEngine* m_pEngine;  // changed with m_LeaveMutex held
+  CGPSEngine* m_pEngine;  // changed under m_LeaveMutex
 };

@@ -6,7 +6,7 @@
 
 namespace {
 
-constexpr DWORD kLinePace = 500;  // a recording holds no times
+constexpr DWORD kLinePace = 500;  // recordings have no timestamps
 constexpr UINT kCannotPlayText = 12;
 constexpr char kPauseWord[] = "QRV PAUSE";
 
@@ -44,7 +44,7 @@ void CReaderThread::PlayRecording() {
   }
 }
 
-// Stops the engine, from the run's own thread.
+// Stops the engine from the run's own thread.
 void CReaderThread::StopRun() {
   const Step step(*this);
   if (!step) return;
@@ -64,14 +64,14 @@ CString CReaderThread::FindRecording() {
   return IsFile(path) ? path : fallback;
 }
 
-// The next line; at the end of the file the first one again. False for a file without lines.
+// Reads the next line, rewinding at the end of the file. False if the file has no lines.
 bool CReaderThread::ReadLine(CTextFile& file, CString& line) {
   if (file.ReadString(line)) return true;
   file.SeekToBegin();
   return file.ReadString(line);
 }
 
-// Shows what stands behind the word of a pause line, until the user goes on. False if the line is of no use.
+// Shows the text of a pause line until the user continues. False if the line is malformed.
 bool CReaderThread::ShowPause(const CString& line) {
   CParser parser(line, ",*", false);
   CString word;

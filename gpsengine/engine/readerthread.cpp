@@ -9,11 +9,10 @@
 namespace {
 
 constexpr int kBulk = 16392;            // bytes of a bulk read at most
-constexpr DWORD kFirstByteTime = 1000;  // a line that is silent for so long gets a keep-alive
+constexpr DWORD kFirstByteTime = 1000;  // a keep-alive is sent after this much silence
 constexpr DWORD kBulkTime = 1;
-constexpr DWORD kPace = 100;  // a burst of sentences is read in one go
-// Milliseconds without a record, after which old fixes say nothing of the speed. By the clock that nobody
-// sets.
+constexpr DWORD kPace = 100;  // so that a burst of sentences is read in one go
+// After this many milliseconds without a record, old fixes are useless for the speed. By the monotonic clock.
 constexpr std::uint64_t kSilenceLimit = 10000;
 constexpr UINT kCannotRecordText = 11;
 
@@ -38,7 +37,7 @@ std::unique_ptr<CWinThread> CReaderThread::Begin(std::shared_ptr<CEngineLease> l
                                                  std::shared_ptr<CRun> run, bool bEmulation) {
   std::unique_ptr<CReaderThread> reader(new CReaderThread(std::move(lease), std::move(run), bEmulation));
   auto thread = AfxBeginThread(&CReaderThread::ThreadMain, reader.get());
-  if (thread != nullptr) static_cast<void>(reader.release());  // the thread's own now
+  if (thread != nullptr) static_cast<void>(reader.release());  // now owned by the thread
   return thread;
 }
 
@@ -80,7 +79,7 @@ void CReaderThread::ReadPort() {
   }
 }
 
-// One pass over the line. A port that has failed or gone away is a silent line. False if the run is to end.
+// One pass. A failed or missing port counts as silent. False if the run should end.
 bool CReaderThread::ReadPass(HANDLE hPort) {
   char bytes[1 + kBulk];
   ResetAfterSilence();
@@ -115,7 +114,7 @@ void CReaderThread::Take(const char* pData, int nLength) {
   step->m_bGotData = true;
 }
 
-// Writes the bytes of a pass if the host wants them recorded.
+// Records the bytes of a pass if the host wants that.
 void CReaderThread::Record(const char* pData, int nLength) {
   bool wanted = false;
   if (const Step step(*this); step) wanted = step->m_bRecordRaw;
@@ -125,7 +124,7 @@ void CReaderThread::Record(const char* pData, int nLength) {
     m_bRecording = false;
   }
   if (!m_bRecording || m_Recording.Write(pData, static_cast<UINT>(nLength))) return;
-  // A full disk, say. What was written stays; the run goes on without a recording.
+  // For example a full disk. What was written is kept; the run continues without recording.
   m_Recording.Close();
   m_bRecording = false;
   Trace("The recording cannot be written any further.\n");
@@ -142,7 +141,7 @@ void CReaderThread::OpenRecording() {
   GiveUpRecording();
 }
 
-// The host sees by the flag that nothing is recorded any more.
+// Tells the host by the flag that recording has stopped.
 void CReaderThread::GiveUpRecording() {
   if (const Step step(*this); step) step->m_bRecordRaw = false;
 }

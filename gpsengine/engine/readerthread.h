@@ -12,7 +12,7 @@
 /// The thread of one run: moves bytes from the port, or lines of a recording, into the engine.
 class CReaderThread {
  public:
-  /// Starts the thread; null if there is none to be had.
+  /// Starts the thread; null on failure.
   static std::unique_ptr<CWinThread> Begin(std::shared_ptr<CEngineLease> lease, std::shared_ptr<CRun> run,
                                            bool bEmulation);
 
@@ -22,14 +22,14 @@ class CReaderThread {
   static unsigned ThreadMain(void* pParam);
   void Run();
 
-  /// One step on the engine, as long as the object lives.
+  /// The scope of one step on the engine.
   class Step {
    public:
     explicit Step(const CReaderThread& reader);
     /// False if the run is over for this thread.
     explicit operator bool() const { return m_pEngine != nullptr; }
     CGPSEngine* operator->() const { return m_pEngine; }
-    /// The selected receiver; null too if the run is over.
+    /// The selected receiver; null if there is none or the run is over.
     CGPSReceiver* Receiver() const;
 
    private:
@@ -37,7 +37,7 @@ class CReaderThread {
     CGPSEngine* const m_pEngine;
   };
 
-  /// Waits on the stop event; false if the run is to end.
+  /// Waits on the stop event; false if the run should end.
   bool Pause(DWORD ms);
 
   // The live loop.

@@ -5,8 +5,8 @@
 #include "gpsengine/platform/event.h"
 #include "gpsengine/platform/thread.h"
 
-/// What one run's thread owns of the run: its events. A thread that comes back late, from a message box or a
-/// callback, finds its own run over, whatever has been started since.
+/// The state of one run, kept alive by its thread. A thread that returns late from a message box or a
+/// callback finds its own run over, even if another one has been started.
 class CRun {
  public:
   /// `nEnds` is CEngineLease::Ends at the start of the run.
@@ -24,7 +24,7 @@ class CRun {
   bool IsStopping() const { return WaitForSingleObject(m_hStop, 0) != WAIT_TIMEOUT; }
   int Ends() const { return m_nEnds; }
 
-  std::unique_ptr<CWinThread> m_pThread;  ///< For the host's side.
+  std::unique_ptr<CWinThread> m_pThread;  ///< Used by the host's thread.
 
  private:
   const HANDLE m_hStop;

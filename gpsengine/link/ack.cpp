@@ -9,14 +9,14 @@ namespace {
 
 constexpr UINT kWaitTemplate = 129;
 
-// Wakes the wait. Of automatic reset: one that comes late from before the wait was armed wakes it once and no
-// more.
+// Wakes the wait. Auto-reset: a late signal from before the wait was armed causes one spurious wake-up at
+// most.
 HANDLE AckEvent() {
   static const HANDLE hEvent = CreateEventW(false, false);
   return hEvent;
 }
 
-// Handles what is in the queue. False if the host's message loop is to end.
+// Handles pending messages. False if the host's message loop should end.
 bool PumpMessages() {
   bool bGoOn = true;
   for (MSG message; PeekMessageW(&message, PM_NOREMOVE);) {
@@ -59,11 +59,11 @@ bool CAck::Wait(int nTimeout) {
       const DWORD nLimit = static_cast<DWORD>(nTimeout), nPassed = ticks.GetTicks() - nBegin;
       nLeft = nPassed < nLimit ? nLimit - nPassed : 0;
     }
-    // The timer ends the wait; this does so as well, should the platform have no thread for the timer.
+    // Normally the timer ends the wait; this is the fallback if its thread could not be created.
     if (MsgWaitForMultipleObjects(1, &hAck, nLeft) == WAIT_TIMEOUT) m_bTimedOut = true;
     if (!PumpMessages()) bQuit = true;
   }
-  if (bQuit) PostQuitMessage();  // the host's own loop has yet to see it
+  if (bQuit) PostQuitMessage();  // for the host's own loop
 
   const bool bGotAck = m_bGotAck;
   if (bGotAck) {

@@ -7,8 +7,8 @@
 
 #pragma GCC visibility push(default)
 
-/// The wait for a receiver's acknowledgement, one object a wait. The host's thread waits while the reader
-/// thread reads, and goes on handling its window messages meanwhile.
+/// Waits for a receiver's acknowledgement; one object per wait. The host's thread waits while the reader
+/// thread reads, and keeps handling its window messages.
 ///
 /// Constructing the object arms the wait: an acknowledgement that comes from then on counts, so it is
 /// constructed before the command is written.
@@ -17,15 +17,15 @@ class CAck : public CDialog {
   /// An acknowledgement has been published since the last CAck was constructed.
   static CShared<bool> m_bGotAck;
 
-  /// Arms the wait. The parent has no effect.
+  /// Arms the wait. The parent is ignored.
   explicit CAck(CWnd* pParent = nullptr);
   ~CAck() override;
 
-  /// True if the acknowledgement comes within `nTimeout` milliseconds, which must be above 0; an
-  /// acknowledgement that is there when the time runs out still counts. Runs on the thread that created the
-  /// dialog, with the wait cursor on.
+  /// True if the acknowledgement comes within `nTimeout` milliseconds, which must be above 0; one that
+  /// arrives just as the time runs out still counts. Runs on the thread that created the dialog, with the
+  /// wait cursor on.
   bool Wait(int nTimeout);
-  /// Takes note of a record that is about to be published, on the reader thread.
+  /// Notes a record about to be published, on the reader thread.
   static void OnNewGPSData(CGPSData* pData);
   /// The tick that ends the wait.
   long OnPreciseTimer(unsigned int wParam, long lParam);

@@ -10,7 +10,7 @@
 
 namespace {
 
-// Sent ahead of each tick. Nobody handles it: it comes back when the window's thread has serviced its queue.
+// Sent before each tick. It has no handler: the send returns once the window's thread services its queue.
 UINT QueueCheckMessage() {
   static const UINT nMessage = RegisterWindowMessageW(u"QRV Precise Timer Queue Checker");
   return nMessage;
@@ -25,7 +25,7 @@ constexpr DWORD kPauseOfLateTick = 10;
 
 }  // namespace
 
-// What the thread has of the timer. Whoever lets go of it last closes the events.
+// The thread's share of the timer. The last owner closes the events.
 struct CPreciseTimer::State {
   ~State() {
     for (const HANDLE hEvent : {hStart, hStop, hExit}) CloseHandle(hEvent);
@@ -48,12 +48,12 @@ struct CPreciseTimer::State {
 
   // The thread's.
   CTicks ticks;
-  DWORD nTook = 0;  // of the last tick, in milliseconds; lives on from one start to the next
+  DWORD nTook = 0;  // of the last tick, in milliseconds; kept across starts
 };
 
 namespace {
 
-// What the owner wants of a ticking thread: the order of the handles in WaitForOwner.
+// What the owner may ask of a ticking thread, in the order of the handles in WaitForOwner.
 enum : DWORD { kStop = WAIT_OBJECT_0, kExit, kStart };
 
 }  // namespace
@@ -67,7 +67,7 @@ CPreciseTimer::CPreciseTimer() : m_pState(std::make_shared<State>()) {
 
 CPreciseTimer::~CPreciseTimer() {
   Stop();
-  // No join: the thread may be inside a send that only this thread can let go.
+  // No join: the thread may be blocked in a send that only this thread can complete.
   SetEvent(m_hExit);
 }
 
@@ -116,13 +116,13 @@ DWORD CPreciseTimer::State::Park() const {
   return WaitForMultipleObjects(2, events, INFINITE) == WAIT_OBJECT_0 ? DWORD{kStart} : DWORD{kExit};
 }
 
-// A start is waited for as well: a stop that a new start follows at once may pass unseen.
+// Also waits for a start: a stop that is followed at once by a new start may go unnoticed.
 DWORD CPreciseTimer::State::WaitForOwner(DWORD ms) const {
   const HANDLE events[] = {hStop, hExit, hStart};
   return WaitForMultipleObjects(3, events, ms);
 }
 
-// Ticks until the owner wants something else, and gives what.
+// Ticks until the owner asks for something else, and returns what.
 DWORD CPreciseTimer::State::Tick() {
   std::unique_lock lock(mutex);
   const DWORD nPeriod = static_cast<DWORD>(nInterval);

@@ -11,8 +11,8 @@
 constexpr UINT WM_PRECISE_TIMER = 0xA732;
 
 /// Sends a window a tick every so many milliseconds from a thread of its own, above normal priority. Ticks
-/// are sent, not posted, so that they never pile up, and the period makes up for the time that the window
-/// took for the last one. The window's thread has to go on servicing its queue.
+/// are sent, not posted, so they never pile up, and the period compensates for the time that handling the
+/// last one took. The window's thread has to keep servicing its queue.
 ///
 /// Start, Stop and the destructor belong to one thread, normally the window's own.
 class CPreciseTimer {
@@ -23,16 +23,16 @@ class CPreciseTimer {
   CPreciseTimer& operator=(const CPreciseTimer&) = delete;
 
   /// Starts ticking every `nInterval` milliseconds, until Stop, and gives the timer's number. A running timer
-  /// goes on as it was. 0 if there is no window or the interval is not above 0.
+  /// is left as it is. 0 if there is no window or the interval is not positive.
   int Start(CWnd* pWnd, int nInterval);
-  /// Ends the ticking at once; a tick that is under way still arrives.
+  /// Stops ticking at once; a tick in progress is still delivered.
   void Stop();
 
  private:
   struct State;
   static unsigned ThreadMain(void* pParam);
 
-  // The owner's; the thread has copies of its own.
+  // Used by the owner; the thread has its own copies.
   bool m_bRunning = false;  // Start has run and Stop has not
   int m_nInterval = 0;      // milliseconds
   HWND m_hWnd = nullptr;
@@ -40,7 +40,7 @@ class CPreciseTimer {
   std::unique_ptr<CWinThread> m_pThread;  // from the first Start on
   int m_nTimerID;
 
-  std::shared_ptr<State> m_pState;  // shared with the thread, which may end later than the timer
+  std::shared_ptr<State> m_pState;  // shared with the thread, which may outlive the timer
 };
 
 #pragma GCC visibility pop

@@ -17,7 +17,7 @@ constexpr int kShortestTimeout = 10;
 constexpr DWORD kQueueSize = 4096;
 constexpr DWORD kSettleTime = 10;
 constexpr int kReadMax = 4096;
-constexpr DWORD kFollowTime = 10;  // what belongs to a byte that came follows within this time
+constexpr DWORD kFollowTime = 10;  // the rest of a burst follows a byte within this time
 
 CString LastErrorText() {
   WCHAR text[256];
@@ -28,7 +28,7 @@ CString LastErrorText() {
   return code;
 }
 
-// What was read, as text, which ends at its first zero.
+// The bytes as text, which ends at the first zero.
 CString TextOf(const char* pBytes, int nLength) {
   return CString(pBytes, static_cast<int>(strnlen(pBytes, static_cast<std::size_t>(nLength))));
 }
@@ -37,7 +37,7 @@ bool HoldsOneOf(const CString& text, int nFrom, const CString& characters) {
   return text.Mid(nFrom).FindOneOf(characters) >= 0;
 }
 
-// Whether `text` holds the pattern; `complete` tells whether a terminator stands behind it.
+// Whether `text` contains the pattern; `complete` is set if a terminator follows it.
 bool HoldsReply(const CString& text, const CString& pattern, const CString& terminators, bool& complete) {
   const int at = pattern.IsEmpty() ? -1 : text.Find(pattern);
   if (at < 0) return false;
@@ -93,7 +93,7 @@ void CSerialPort::SetDataBits(BYTE n) {
 }
 
 void CSerialPort::SetTimeout(int ms) {
-  // A negative time counts as a very long one.
+  // A negative time becomes a very long one.
   const auto time = std::max(static_cast<unsigned>(ms), static_cast<unsigned>(kShortestTimeout));
   m_nTimeout = static_cast<int>(time);
 }
@@ -228,7 +228,7 @@ bool CSerialPort::Write(const void* pData, int nLength) {
   return written == static_cast<DWORD>(nLength);
 }
 
-// From now on a read returns at once with what is there, or waits this long for a first byte.
+// Later reads return at once with what is available, or wait this long for a first byte.
 void CSerialPort::SetReadTimeouts(DWORD msFirstByte) {
   const COMMTIMEOUTS timeouts{MAXDWORD, MAXDWORD, msFirstByte, 0, 0};
   SetCommTimeouts(m_hPort, &timeouts);
@@ -300,7 +300,7 @@ int CSerialPort::ReadFirstByte(char c, DWORD ms) {
   CTicks ticks;
   const DWORD start = ticks.GetTicks();
   const DWORD limit = std::max(ms, kLongestWait);
-  DWORD deadline = ms;  // both count from the start
+  DWORD deadline = ms;  // both relative to the start
   char first = 0;
   bool any = false;
   for (DWORD now = 0; now < deadline && now <= limit; now = ticks.GetTicks() - start) {
@@ -329,7 +329,7 @@ bool CSerialPort::ReadUntilAny(CString& text, bool& bCancel, CString terminators
     char byte = 0;
     if (ReadSome(&byte, 1) != 1) {
       if (first) return false;
-      Sleep(1);  // a line that is lost gives nothing at once, and must not be asked without a pause
+      Sleep(1);  // reads of a lost line return at once: avoid spinning
       continue;
     }
     text += TextOf(&byte, 1);

@@ -8,20 +8,20 @@
 
 #pragma GCC visibility push(default)
 
-/// The one serial line to the receiver: its settings, and synchronous reads and writes. A change of a setting
-/// takes effect at once on an open port.
+/// The one serial line to the receiver: its settings, and synchronous reads and writes. Changed settings take
+/// effect at once on an open port.
 ///
-/// One thread opens, closes and sets; another may read on the handle meanwhile, and both may write. Nothing
-/// is thrown: results and trace texts are all there is.
+/// One thread opens, closes and sets; another may read on the handle meanwhile, and both may write. Never
+/// throws; errors are reported by results and trace texts.
 class CSerialPort {
  public:
   CSerialPort() = default;
-  virtual ~CSerialPort() = default;  ///< Leaves the port open: its owner closes it.
+  virtual ~CSerialPort() = default;  ///< Does not close the port.
   CSerialPort(const CSerialPort&) = delete;
   CSerialPort& operator=(const CSerialPort&) = delete;
 
   void SetPortNumber(int n);        ///< Takes effect at the next Open.
-  void SetBaudRate(int n);          ///< Kept as it was if `n` is not above 0.
+  void SetBaudRate(int n);          ///< Ignored unless `n` is positive.
   void SetFlowControl(BYTE flags);  ///< Bit 0 DSR/DTR, bit 1 CTS/RTS, bit 2 XON/XOFF.
   void SetParity(int code);         ///< As DCB::Parity.
   void SetStopBits(BYTE code);      ///< As DCB::StopBits.
@@ -29,26 +29,25 @@ class CSerialPort {
   void SetTimeout(int ms);          ///< For the read operations; at least 10.
   /// Milliseconds.
   int GetTimeout() const { return m_nTimeout; }
-  /// As set; with 0, what that stands for under the present parity.
+  /// As set; for 0, the number that results from the parity.
   int GetDataBits() const;
 
-  /// Bytes waiting. 0 if the port is closed, or if the line had an error since the last call, which this call
-  /// clears.
+  /// Number of unread bytes. 0 if the port is closed, or if there was a line error since the last call, which
+  /// this call clears.
   virtual int GetBytesAvailable();
-  /// True if the port is open now; at once if it was.
+  /// Opens the port; true if it is open already.
   virtual bool Open();
   bool Close();  ///< False if the port was not open.
-  /// Gives the settings to an open port. The Set operations do so by themselves.
+  /// Applies the settings to an open port. The Set operations call this.
   void ApplySettings();
-  /// Whether Open has given true and Close has not been called since; a device that has gone away leaves the
-  /// port open.
+  /// True from a successful Open until Close, even if the device has disappeared.
   bool IsOpen() const { return m_hPort != INVALID_HANDLE_VALUE; }
   /// For the calls of platform/serial.h; INVALID_HANDLE_VALUE on a closed port.
   HANDLE GetHandle() const { return m_hPort; }
-  /// Throws away what has arrived and was not read. False on a closed port.
+  /// Discards unread input. False on a closed port.
   bool PurgeInput();
-  /// The break condition on or off. False if the line has none, such as a pseudo-terminal, or on a closed
-  /// port.
+  /// Switches the break condition. False if the line has none, as a pseudo-terminal, or if the port is
+  /// closed.
   ///@{
   bool SetBreak();
   bool ClearBreak();
@@ -56,12 +55,12 @@ class CSerialPort {
   /// The name under which it was last opened, "COM1:".
   CString GetPortName() const;
 
-  /// The longest text, or array, that a write takes, in characters.
+  /// Maximum length of a text or array to write, in characters.
   static constexpr int kMaxText = 200;
 
-  /// A write is one write to the line, and true only if all of it went out. A text, or an array, of more than
-  /// kMaxText characters is refused, and so is a text with a character that has no byte; a text ends at its
-  /// first zero. Plain bytes may be of any number. False on a closed port.
+  /// Writes in one go; true only if everything was written. A text or array of more than kMaxText characters
+  /// is refused, as is a text with characters above 255; a text ends at its first zero. Plain bytes may have
+  /// any length. False on a closed port.
   ///@{
   virtual bool Write(CString text);
   virtual bool Write(const std::vector<BYTE>& bytes);
@@ -69,27 +68,26 @@ class CSerialPort {
   virtual bool Write(const void* pData, int nLength);
   ///@}
 
-  // Reads for a caller that needs a reply at once, on a line that no reader thread is reading. A true
-  // `bCancel` makes them return false without reading; ReadUntilAny looks at it between its reads too. What
-  // one read gives as text ends at its first zero.
+  // Synchronous reads, for use while no reader thread is reading. If `bCancel` is true they return false
+  // without reading; ReadUntilAny also checks it between reads. Text from one read ends at its first zero.
 
-  /// What comes within the timeout, up to a pause of the line. False, with nothing read, if that is nothing.
+  /// Reads what arrives within the timeout, up to a pause of the line. False if nothing arrives.
   bool Read(CString& text, bool& bCancel);
   /// The same for bytes.
   bool ReadBytes(std::vector<BYTE>& bytes, bool& bCancel);
-  /// The byte that is there or follows at once; false without one.
+  /// Reads a byte that is available or follows at once; false if there is none.
   bool ReadByte(char* pByte);
-  /// At most `nMax` bytes; `*pRead` is their count. True at once for `nMax` 0.
+  /// Reads at most `nMax` bytes; `*pRead` is the count. True at once if `nMax` is 0.
   bool ReadBlock(void* pData, int nMax, int* pRead, bool& bCancel);
-  /// Discards everything up to `c`; false when `ms` have passed without it.
+  /// Discards input up to and including `c`; false if it does not arrive within `ms`.
   bool WaitForByte(char c, DWORD ms);
-  /// The first byte that comes, signed, having read on to `c` if that is not 0; 0 if none came. A line that
-  /// keeps talking extends the wait, up to the greater of `ms` and 10 seconds.
+  /// Returns the first byte received, signed, after reading on to `c` if that is not 0; 0 if none arrives.
+  /// Each byte extends the wait, up to the greater of `ms` and 10 seconds.
   int ReadFirstByte(char c, DWORD ms);
-  /// Reads until `text` holds one of `terminators`.
+  /// Reads until `text` contains one of `terminators`.
   bool ReadUntilAny(CString& text, bool& bCancel, CString terminators);
-  /// Reads until `text` holds `pattern` or `altPattern` and one of `terminators` behind it. True if a pattern
-  /// came, with or without its terminator.
+  /// Reads until `text` contains `pattern` or `altPattern`, followed by one of `terminators`. True if a
+  /// pattern was received, with or without its terminator.
   bool ReadReply(CString& text, bool& bCancel, CString terminators, CString pattern, CString altPattern);
 
  private:
@@ -97,7 +95,7 @@ class CSerialPort {
   int ReadSome(char* pData, int nMax);
   DCB Settings(const DCB& base) const;
 
-  mutable std::mutex m_Mutex;  // the settings and the name; never held over a read, a write or a wait
+  mutable std::mutex m_Mutex;  // the settings and the name; not held during I/O or waits
   DCB m_DCB;
   int m_nBaudRate = 4800;
   BYTE m_nFlowControl = 0;

@@ -4,8 +4,8 @@
 
 namespace {
 
-constexpr DWORD kWrap = 0x7FFFFFFF;  // where a tick of 31 bits starts over
-constexpr DWORD kHour = 3600000;     // nobody looks away for longer: a greater step is a wrap
+constexpr DWORD kWrap = 0x7FFFFFFF;  // where a 31-bit tick wraps
+constexpr DWORD kHour = 3600000;     // calls are never further apart: a greater step is a wrap
 
 }  // namespace
 

@@ -2,8 +2,8 @@
 
 #include "gpsengine/platform/types.h"
 
-/// A millisecond count that hides a wrap of the platform's tick at 0x7FFFFFFF or at its full 32 bits, by
-/// remembering the last value. One object serves one thread.
+/// A millisecond counter that hides wraps of the platform's tick, at 0x7FFFFFFF or at 32 bits, by remembering
+/// the last value. For use by one thread.
 class CTicks {
  public:
   DWORD GetTicks();

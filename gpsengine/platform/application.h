@@ -7,9 +7,9 @@
 
 #pragma GCC visibility push(default)
 
-/// The host application: its main window, which gets the library's messages, and its profile. A host makes
-/// one, ahead of everything else, and keeps it to its end. All operations may be called from any thread
-/// unless they say otherwise.
+/// The host application: its main window, which gets the library's messages, and its profile. A host creates
+/// it first and keeps it until it exits. All operations may be called from any thread unless they say
+/// otherwise.
 class CWinApp {
  public:
   /// `name` names the profile: the file name.ini in the user's configuration folder.
@@ -18,7 +18,7 @@ class CWinApp {
   CWinApp(const CWinApp&) = delete;
   CWinApp& operator=(const CWinApp&) = delete;
 
-  /// The window that gets the library's messages; null for none. A window that is destroyed ceases to be it.
+  /// The window that gets the library's messages; null for none. Destroying the window resets this to none.
   void SetMainWnd(const CWnd* pWnd);
   /// The window that SetMainWnd named, or null.
   HWND GetMainWnd() const;
@@ -27,23 +27,22 @@ class CWinApp {
   int GetProfileInt(const CString& section, const CString& entry, int nDefault);
   /// False if the profile cannot be written. The file is written whole and renamed into place.
   bool WriteProfileInt(const CString& section, const CString& entry, int nValue);
-  /// A text of the profile, without the blanks at its ends, or `strDefault` if there is none.
+  /// A text of the profile, trimmed, or `strDefault` if there is none.
   CString GetProfileString(const CString& section, const CString& entry, const CString& strDefault = "");
-  /// False if the profile cannot be written, or if the text has a line end.
+  /// False if the profile cannot be written, or if the text contains a line end.
   bool WriteProfileString(const CString& section, const CString& entry, const CString& strValue);
-  /// Takes an entry out, if it is there. False if the profile cannot be written.
+  /// Removes an entry if it exists. False if the profile cannot be written.
   bool RemoveProfileEntry(const CString& section, const CString& entry);
-  /// Another file for the profile.
+  /// Uses another file for the profile.
   void SetProfilePath(const CString& path);
-  /// The file that holds the profile, whether or not it is there.
+  /// The file that holds the profile. It may not exist yet.
   CString GetProfilePath() const;
 
-  /// Takes the next message out of the calling thread's queue, waiting for it, and dispatches it. False on
-  /// WM_QUIT.
+  /// Waits for the next message in the calling thread's queue and dispatches it. False on WM_QUIT.
   virtual bool PumpMessage();
   /// Pumps messages until WM_QUIT.
   void Run();
-  /// Shows (1) or takes back (-1) the wait cursor; calls nest. The default only counts.
+  /// Shows (1) or hides (-1) the wait cursor; calls nest. The default does nothing.
   virtual void DoWaitCursor(int nCode);
 
  private:
@@ -56,7 +55,7 @@ CWinApp* AfxGetApp();
 /// The window that gets the library's messages, or null.
 HWND AfxGetMainWnd();
 
-/// Shows the wait cursor for as long as it lives.
+/// Shows the wait cursor during its lifetime.
 class CWaitCursor {
  public:
   CWaitCursor();

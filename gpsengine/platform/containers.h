@@ -9,12 +9,12 @@
 /// A growable array of 16-bit words.
 class CWordArray {
  public:
-  /// The number of words, and whether that is 0.
+  /// The number of words, and whether it is 0.
   ///@{
   int GetSize() const { return static_cast<int>(m_Words.size()); }
   bool IsEmpty() const { return m_Words.empty(); }
   ///@}
-  /// Cuts the array or adds zeroes; below 0 counts as 0.
+  /// Truncates the array or appends zeroes; a negative size counts as 0.
   void SetSize(int nSize) { m_Words.resize(nSize > 0 ? static_cast<std::size_t>(nSize) : 0); }
   /// Empties the array.
   void RemoveAll() { m_Words.clear(); }
@@ -23,7 +23,7 @@ class CWordArray {
   WORD GetAt(int nIndex) const { return m_Words.at(static_cast<std::size_t>(nIndex)); }
   WORD operator[](int nIndex) const { return GetAt(nIndex); }
   ///@}
-  /// The words in a row, good until the size changes.
+  /// The words, contiguous; valid until the size changes.
   ///@{
   WORD* GetData() { return m_Words.data(); }
   const WORD* GetData() const { return m_Words.data(); }

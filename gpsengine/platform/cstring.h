@@ -15,8 +15,8 @@
 class CString;
 
 /// What CString::Format is built from: conversions of the printf kind whose arguments are checked when the
-/// call compiles. Known are %d %i %u %x %X %c (whole numbers), %f %e %g (decimals), %s (text) and %%, each
-/// with the usual flags, width and precision.
+/// call compiles. Supported are %d %i %u %x %X %c (integers), %f %e %g (floating point), %s (text) and %%,
+/// each with the usual flags, width and precision.
 namespace textformat {
 
 enum class Kind : char { none, integer, real, text };
@@ -91,14 +91,13 @@ Argument MakeArgument(const T& value);
 
 }  // namespace textformat
 
-/// Text of 16-bit characters. Copies are cheap: up to kInPlace characters stand in the object itself, longer
-/// text is shared between copies until one of them changes. An index or count out of range is cut to what is
-/// there. 8-bit text is widened byte by byte, without a sign, so that bytes from the wire keep their value.
-/// One object belongs to one thread at a time; copies of it may go to others.
+/// Text of 16-bit characters. Copies are cheap: up to kInPlace characters are stored in the object itself,
+/// longer text is shared between copies until one of them changes. An index or count out of range is clamped.
+/// 8-bit text is widened byte by byte, unsigned, so bytes from the wire keep their value. One object belongs
+/// to one thread at a time; copies of it may go to others.
 class CString {
  public:
-  /// Long enough for a whole NMEA sentence of any receiver, so that one passes from hand to hand without the
-  /// heap.
+  /// Long enough for any NMEA sentence, so that sentences need no heap allocation.
   static constexpr int kInPlace = 119;
 
   /// An empty text.
@@ -110,7 +109,7 @@ class CString {
   ///@}
   CString(const char* psz);   ///< Null gives an empty text.
   CString(const WCHAR* psz);  ///< Null gives an empty text.
-  /// `nLength` characters, zeroes among them.
+  /// `nLength` characters, which may include zeroes.
   ///@{
   CString(const char* p, int nLength);
   CString(const WCHAR* p, int nLength);
@@ -139,16 +138,16 @@ class CString {
   }
   ///@}
 
-  /// The number of characters, and whether that is 0.
+  /// The number of characters, and whether it is 0.
   ///@{
   int GetLength() const noexcept { return m_nLength; }
   bool IsEmpty() const noexcept { return m_nLength == 0; }
   ///@}
-  /// Lets go of the text, and of the memory of a long one.
+  /// Clears the text and frees the memory of a long one.
   void Empty() noexcept;
-  /// The characters and a zero, good until the text changes.
+  /// The characters with a terminating zero; valid until the text changes.
   const WCHAR* GetString() const noexcept { return m_bShared ? SharedText() : m_Store.szInPlace; }
-  /// The characters, good until the text changes.
+  /// The characters; valid until the text changes.
   std::u16string_view View() const noexcept { return {GetString(), static_cast<std::size_t>(m_nLength)}; }
   /// One character; 0 for an index out of range.
   ///@{
@@ -162,10 +161,10 @@ class CString {
 
   /// Room for at least `nMinLength` characters that the caller may write; ReleaseBuffer must follow.
   WCHAR* GetBuffer(int nMinLength);
-  /// Ends a GetBuffer; -1 takes the text up to its first zero.
+  /// Ends a GetBuffer; -1 keeps the text up to its first zero.
   void ReleaseBuffer(int nNewLength = -1);
 
-  /// Replaces the text, which must not be a part of this one's.
+  /// Replaces the text. The argument must not alias this text.
   void Assign(std::u16string_view text) {
     if (m_bShared || text.size() > kInPlace) {
       AssignLong(text);
@@ -175,7 +174,7 @@ class CString {
     m_Store.szInPlace[text.size()] = 0;
     m_nLength = static_cast<int>(text.size());
   }
-  /// Adds to the end. What is added may be a part of the text itself.
+  /// Appends. The argument may alias this text.
   ///@{
   CString& operator+=(const CString& other) { return Append(other.GetString(), other.m_nLength); }
   CString& operator+=(const char* psz) { return *this += CString(psz); }
@@ -187,36 +186,37 @@ class CString {
   CString Left(int nCount) const;
   /// The last `nCount` characters.
   CString Right(int nCount) const;
-  /// `nCount` characters from `nFirst` on, or all from there.
+  /// `nCount` characters from index `nFirst`, or all from there.
   ///@{
   CString Mid(int nFirst) const { return Mid(nFirst, m_nLength); }
   CString Mid(int nFirst, int nCount) const;
   ///@}
 
-  /// Index of the first match at or behind `nStart`, or -1.
+  /// Index of the first match at or after `nStart`, or -1.
   ///@{
   int Find(WCHAR c, int nStart = 0) const noexcept;
   int Find(const CString& text, int nStart = 0) const noexcept;
   ///@}
   /// Index of the first character that is one of `characters`, or -1.
   int FindOneOf(const CString& characters) const noexcept;
-  /// Whether these ASCII characters stand at the head.
+  /// Whether the text begins with these ASCII characters.
   bool StartsWith(std::string_view text) const noexcept;
 
-  void MakeUpper();                                             ///< ASCII letters only.
-  int Insert(int nIndex, const CString& text);                  ///< Gives the new length.
-  int Remove(WCHAR c);                                          ///< Gives the number of characters taken out.
-  int Replace(const CString& oldText, const CString& newText);  ///< One pass from the left; gives the count.
+  void MakeUpper();                             ///< ASCII letters only.
+  int Insert(int nIndex, const CString& text);  ///< Returns the new length.
+  int Remove(WCHAR c);                          ///< Returns the number of characters removed.
+  int Replace(const CString& oldText,
+              const CString& newText);  ///< One pass from the left; returns the count.
 
-  /// Below 0, 0 or above 0, by the values of the characters.
+  /// Negative, 0 or positive, by character value.
   int Compare(const CString& other) const noexcept { return View().compare(other.View()); }
   int CompareNoCase(const CString& other) const noexcept;  ///< ASCII letters only.
-  /// By the values of the characters.
+  /// By character value.
   ///@{
   friend bool operator==(const CString& a, const CString& b) noexcept { return a.View() == b.View(); }
   friend auto operator<=>(const CString& a, const CString& b) noexcept { return a.View() <=> b.View(); }
   ///@}
-  /// Both texts in a row.
+  /// Concatenates.
   friend CString operator+(CString a, const CString& b) { return std::move(a += b); }
 
   /// Replaces the text, as the format and its arguments say. A wrong argument does not compile.

@@ -6,22 +6,22 @@
 
 #pragma GCC visibility push(default)
 
-/// A moment in whole seconds since 1970, 32 bits wide and unsigned, so that it reads on until 2106.
+/// A moment in whole seconds since 1970, 32 bits unsigned, good until 2106.
 class CTime {
  public:
   /// The beginning of 1970.
   CTime() = default;
-  /// Seconds since 1970, UTC, of which the lowest 32 bits count.
+  /// Seconds since 1970, UTC, truncated to 32 bits.
   explicit CTime(std::int64_t seconds) : m_nSeconds(static_cast<std::uint32_t>(seconds)) {}
 
-  /// The present moment of the platform's clock.
+  /// The current time of the thread's clock.
   static CTime GetCurrentTime();
-  /// Seconds since 1970, UTC; 0 as it is made.
+  /// Seconds since 1970, UTC; 0 when default-constructed.
   std::int64_t GetTime() const { return m_nSeconds; }
-  /// Fills `pTm` with the local date and time and gives it back; null if the platform cannot tell.
+  /// Fills `pTm` with the local date and time and returns it; null on failure.
   std::tm* GetLocalTm(std::tm* pTm) const;
 
-  /// The earlier one is the lesser.
+  /// Orders by time.
   friend auto operator<=>(const CTime&, const CTime&) = default;
 
  private:

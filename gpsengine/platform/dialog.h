@@ -5,10 +5,10 @@
 
 #pragma GCC visibility push(default)
 
-/// A window made from a dialog template. Nothing shows it here; a host may look the template's texts up.
+/// A window made from a dialog template. Nothing is shown; a host may look up the template's texts.
 class CDialog : public CWnd {
  public:
-  /// Takes its texts from this template. The parent has no effect.
+  /// Uses this template. The parent is ignored.
   explicit CDialog(UINT nTemplate, CWnd* /*pParent*/ = nullptr) : m_nTemplate(nTemplate) {}
 
   /// Creates it modeless, on the calling thread. False if the template is unknown or the dialog exists

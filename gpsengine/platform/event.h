@@ -6,18 +6,18 @@
 
 // Events and waits. All of these may be called from any thread.
 
-constexpr DWORD WAIT_OBJECT_0 = 0;   ///< The first event is signalled; the next one counts on from here.
-constexpr DWORD WAIT_TIMEOUT = 258;  ///< The time has passed.
-constexpr DWORD WAIT_FAILED = 0xFFFFFFFF;  ///< A handle is no event, or was closed meanwhile.
+constexpr DWORD WAIT_OBJECT_0 = 0;         ///< The first event is signalled; add the index for later ones.
+constexpr DWORD WAIT_TIMEOUT = 258;        ///< The timeout elapsed.
+constexpr DWORD WAIT_FAILED = 0xFFFFFFFF;  ///< A handle is not an event, or was closed during the wait.
 
-/// A new event, which the caller closes with CloseHandle. An event of automatic reset is cleared by the wait
-/// that it ends; one of manual reset stays signalled until ResetEvent.
+/// Creates an event, which the caller closes with CloseHandle. An auto-reset event is cleared by the wait
+/// that it ends; a manual-reset event stays signalled until ResetEvent.
 HANDLE CreateEventW(bool bManualReset, bool bInitialState);
-bool SetEvent(HANDLE hEvent);    ///< False if the handle is no event any more.
-bool ResetEvent(HANDLE hEvent);  ///< False if the handle is no event any more.
+bool SetEvent(HANDLE hEvent);    ///< False if the handle is not an open event.
+bool ResetEvent(HANDLE hEvent);  ///< False if the handle is not an open event.
 
-/// Closes an event or a serial line. Who is blocked on it at that moment is released: a wait with
-/// WAIT_FAILED, a read with 0 bytes. False if the handle is not open, with EBADF left for GetLastError.
+/// Closes an event or a serial port. Blocked callers are released: a wait with WAIT_FAILED, a read with 0
+/// bytes. False if the handle is not open, and GetLastError is EBADF.
 bool CloseHandle(HANDLE handle);
 
 /// WAIT_OBJECT_0 when the event is signalled, WAIT_TIMEOUT after `ms`, WAIT_FAILED if the handle is or gets

@@ -8,18 +8,18 @@
 
 /// What a message box is for.
 enum class BoxKind {
-  notice,  ///< Something to know.
-  pause,   ///< Holds the caller up until the user goes on.
+  notice,  ///< For information.
+  pause,   ///< Blocks the caller until the user continues.
 };
 
-/// Shows a text to the user and returns when it has been seen. Without a handler the text goes to standard
+/// Shows a message and returns when the user has dismissed it. Without a handler it is printed to standard
 /// error, and a pause waits for Enter if standard input is a terminal.
 void AfxMessageBox(const CString& text, BoxKind kind = BoxKind::notice);
 
-/// A host's way to show a box; it returns when the user has seen it.
+/// Shows a box for a host; returns when the user has dismissed it.
 using MessageBoxHandler = std::function<void(const CString& text, BoxKind kind)>;
-/// Puts the host's own boxes in place; an empty handler restores the default. The handler runs on the thread
-/// that shows the box, which may be the reader thread.
+/// Installs the host's own handler; an empty one restores the default. The handler runs on the thread that
+/// shows the box, which may be the reader thread.
 void SetMessageBoxHandler(MessageBoxHandler handler);
 
 #pragma GCC visibility pop

@@ -7,9 +7,9 @@
 class CArchive;
 class CDumpContext;
 
-/// What a class says of itself at run time.
+/// Run-time class information.
 struct CRuntimeClass {
-  const char* m_lpszClassName;  ///< As it is written in the source.
+  const char* m_lpszClassName;  ///< The class name.
   CRuntimeClass* m_pBaseClass;  ///< Null for CObject.
 };
 
@@ -18,10 +18,10 @@ class CObject {
  public:
   /// The record of this class.
   static CRuntimeClass classCObject;
-  /// The record of the object's own class. It tells classes apart; it makes no objects.
+  /// The record of the object's class. For comparison only; it cannot create objects.
   virtual CRuntimeClass* GetRuntimeClass() const { return &classCObject; }
   virtual ~CObject() = default;
-  /// Stand in the framework's interface and do nothing here.
+  /// Part of the framework's interface; they do nothing here.
   ///@{
   virtual void Serialize(CArchive&) {}
   virtual void AssertValid() const {}
@@ -40,7 +40,7 @@ class CObject {
 
 inline constinit CRuntimeClass CObject::classCObject{"CObject", nullptr};
 
-/// Gives a class its record, in its declaration. Every record names CObject as its base.
+/// Declares the record of a class. Every record names CObject as its base.
 #define DECLARE_DYNAMIC(name)                                                          \
  public:                                                                               \
   static inline constinit CRuntimeClass class##name { #name, &CObject::classCObject }; \
@@ -50,7 +50,7 @@ inline constinit CRuntimeClass CObject::classCObject{"CObject", nullptr};
 
 /// The framework's exception family.
 class CException : public std::exception {};
-/// Thrown by a CParser that was told to throw.
+/// Thrown by a CParser in throwing mode.
 class CUserException : public CException {
  public:
   /// For a log; it names no field.

@@ -5,7 +5,6 @@
 #include <mutex>
 
 #include "gpsengine/platform/file.h"
-#include "gpsengine/platform/serial.h"
 
 struct CRehearsal::State {
   struct Arrival {
@@ -17,6 +16,7 @@ struct CRehearsal::State {
   std::vector<Step> steps;
   std::function<void(const Step&)> handler;
   std::uint64_t nNow = 1'000'000;
+  std::uint64_t nStop = UINT64_MAX;
   std::int64_t nUnixStart = 1'700'000'000;
   std::vector<Arrival> arrivals;  // in the order of their times
   std::string input;
@@ -24,7 +24,7 @@ struct CRehearsal::State {
   int nWriteLimit = -1;
   DCB dcb;
 
-  // Takes in what has arrived by now.
+  // Moves what has arrived by now to the input.
   void Arrive() {
     while (!arrivals.empty() && arrivals.front().nTime <= nNow) {
       input += arrivals.front().bytes;
@@ -33,7 +33,7 @@ struct CRehearsal::State {
   }
 };
 
-// The line that the port number stands for. It may outlive the rehearsal, in an open port, and is then quiet.
+// The line that the port number maps to. In an open port it may outlive the rehearsal; it is then silent.
 class CRehearsal::Line : public SerialLine {
  public:
   explicit Line(std::shared_ptr<State> state) : m_pState(std::move(state)) {}
@@ -95,18 +95,21 @@ class CRehearsal::Line : public SerialLine {
   std::shared_ptr<State> m_pState;
 };
 
-CRehearsal::CRehearsal(int nPort, bool bPortOpens) : m_nPort(nPort), m_pState(std::make_shared<State>()) {
+CRehearsal::CRehearsal(int nPort, bool bPortOpens)
+    : m_nPort(nPort),
+      m_LineBefore(MapComPort(nPort, SerialLineFactory())),
+      m_pClockBefore(SetClock(this)),
+      m_pState(std::make_shared<State>()) {
   MapComPort(nPort, [state = m_pState, bPortOpens]() -> std::unique_ptr<SerialLine> {
     if (bPortOpens) return std::make_unique<Line>(state);
     SetLastError(ENODEV);
     return nullptr;
   });
-  SetClock(this);
 }
 
 CRehearsal::~CRehearsal() {
-  SetClock(nullptr);
-  MapComPort(m_nPort, SerialLineFactory());
+  SetClock(m_pClockBefore);
+  MapComPort(m_nPort, m_LineBefore);
 }
 
 void CRehearsal::SetStepHandler(std::function<void(const Step&)> handler) {
@@ -204,6 +207,16 @@ void CRehearsal::LimitWrites(int nBytes) {
   m_pState->nWriteLimit = nBytes;
 }
 
+void CRehearsal::StopAfter(DWORD ms) {
+  const std::lock_guard lock(m_pState->mutex);
+  m_pState->nStop = m_pState->nNow + ms;
+}
+
+bool CRehearsal::WantsStop() {
+  const std::lock_guard lock(m_pState->mutex);
+  return m_pState->nNow >= m_pState->nStop;
+}
+
 void CRehearsal::Advance(DWORD ms) {
   const std::lock_guard lock(m_pState->mutex);
   m_pState->nNow += ms;
@@ -239,7 +252,7 @@ void CRehearsal::Sleep(DWORD ms) {
   Advance(ms);
 }
 
-// What is waited for has come already, or comes with time, or never: nobody else is there to bring it.
+// With no other thread involved, the wait is satisfied already, or by the passing of time, or never.
 bool CRehearsal::Wait(WaitKind kind, DWORD ms, const std::function<bool(DWORD)>& block) {
   if (kind == WaitKind::message) AddStep({StepKind::waitForMessage, {}, ms});
   if (block(0)) return true;

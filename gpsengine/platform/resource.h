@@ -4,22 +4,22 @@
 
 #pragma GCC visibility push(default)
 
-/// Copies entry `nId` of the library's string table, cut to `nBuffer` - 1 characters, and gives its length; 0
-/// if there is no such entry.
+/// Copies entry `nId` of the library's string table, truncated to `nBuffer` - 1 characters. Returns the
+/// length, 0 if there is no such entry.
 int LoadStringW(UINT nId, WCHAR* pBuffer, int nBuffer);
 
-/// What a dialog template says, for a host that wants to show it.
+/// The contents of a dialog template, for a host that wants to show it.
 struct DialogTemplate {
-  UINT nId;  ///< As FindDialogTemplate takes it.
+  UINT nId;  ///< Its number, for FindDialogTemplate.
   /// Dialog units.
   ///@{
   short nWidth, nHeight;
   ///@}
   const char* pszFont;   ///< Name of the font, of nFontSize points.
   short nFontSize;       ///< Points.
-  const char* pszTitle;  ///< For the title bar.
+  const char* pszTitle;  ///< Text of the title bar.
   const char* pszText;   ///< The one static text.
-  /// Where the text stands, in dialog units.
+  /// Position of the text, in dialog units.
   ///@{
   short nTextX, nTextY, nTextWidth, nTextHeight;
   ///@}

@@ -5,8 +5,8 @@
 
 #pragma GCC visibility push(default)
 
-/// A single value that one thread sets and another reads, and that reads, assigns and counts like a plain
-/// one. What was written before an assignment is visible to the thread that reads the assigned value.
+/// A value shared between threads that reads, assigns and counts like a plain one. Writes made before an
+/// assignment are visible to the thread that reads the assigned value.
 template <class T>
 class CShared {
  public:
@@ -25,7 +25,7 @@ class CShared {
   operator T() const noexcept { return Get(); }
   T Get() const noexcept { return m_Value.load(std::memory_order_acquire); }
   ///@}
-  /// Changes the value in one step, whatever other threads do to it, and gives the new one.
+  /// Changes the value atomically and returns the new one.
   ///@{
   T operator++() noexcept requires(!std::same_as<T, bool>) { return *this += T{1}; }
   T operator+=(T value) noexcept requires(!std::same_as<T, bool>) {
@@ -41,7 +41,7 @@ class CShared {
     return Change([value](T old) { return static_cast<T>(old & value); });
   }
   ///@}
-  /// Adds one, where only one thread ever counts: far cheaper than ++, which lets any thread count.
+  /// Adds one when only a single thread ever counts: far cheaper than ++.
   void Count() noexcept requires(!std::same_as<T, bool>) {
     m_Value.store(m_Value.load(std::memory_order_relaxed) + 1, std::memory_order_release);
   }

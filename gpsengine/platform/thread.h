@@ -4,13 +4,13 @@
 
 #pragma GCC visibility push(default)
 
-constexpr int THREAD_PRIORITY_NORMAL = 0;        ///< As the system gives.
-constexpr int THREAD_PRIORITY_ABOVE_NORMAL = 1;  ///< Ahead of those, where the process may.
+constexpr int THREAD_PRIORITY_NORMAL = 0;        ///< The default.
+constexpr int THREAD_PRIORITY_ABOVE_NORMAL = 1;  ///< Higher, if permitted.
 
-/// What a thread runs. Its result is not looked at.
+/// A thread function. Its result is ignored.
 using AFX_THREADPROC = unsigned (*)(void* pParam);
 
-/// A running thread. Destroying the object lets the thread run on by itself.
+/// A running thread. Destroying the object detaches the thread.
 class CWinThread {
  public:
   virtual ~CWinThread() = default;
@@ -20,8 +20,7 @@ class CWinThread {
   virtual bool IsCurrent() const = 0;
 };
 
-/// Starts a thread; null if the platform has no more. A priority that the process may not take is passed
-/// over.
+/// Starts a thread; null on failure. A priority that is not permitted is ignored.
 std::unique_ptr<CWinThread> AfxBeginThread(AFX_THREADPROC pfn, void* pParam,
                                            int nPriority = THREAD_PRIORITY_NORMAL);
 

@@ -7,23 +7,23 @@
 #pragma GCC visibility push(default)
 
 #ifdef NDEBUG
-constexpr bool kTraceBuilt = false;  ///< Trace does nothing in this source.
+constexpr bool kTraceBuilt = false;  ///< Trace is disabled in this translation unit.
 #else
-constexpr bool kTraceBuilt = true;  ///< Trace is compiled in this source.
+constexpr bool kTraceBuilt = true;  ///< Trace is enabled in this translation unit.
 #endif
 
 /// Takes trace texts instead of standard error; an empty handler restores the default, which prints if the
-/// environment variable GPSENGINE_TRACE is set. The handler runs on whatever thread traces, one text at a
-/// time. Decoders trace with the working record locked: the handler calls no engine and no receiver, and
-/// waits for no other thread. What it traces itself is shown to nobody.
+/// environment variable GPSENGINE_TRACE is set. The handler runs on the tracing thread, one text at a time.
+/// Decoders trace with the working record locked, so the handler must not call the engine or a receiver, nor
+/// wait for another thread. Its own trace texts are dropped.
 void SetTraceHandler(std::function<void(const CString& text)> handler);
 
-/// Whether anybody would see a trace text.
+/// Whether trace texts are shown.
 bool IsTracing();
-/// Shows one text. Trace calls it with a text that it has formatted.
+/// Shows one formatted text. Called by Trace.
 void TraceText(const CString& text);
 
-/// A diagnostic text for the developer. No behaviour hangs on it, and a release build compiles it away.
+/// Diagnostic output for developers; compiled out in release builds.
 template <class... Args>
 void Trace(textformat::Checked<std::type_identity_t<Args>...> format, const Args&... args) {
   if constexpr (kTraceBuilt) {

@@ -6,49 +6,49 @@
 
 #pragma GCC visibility push(default)
 
-// Windows and messages. A window belongs to the thread that created it; that thread has a queue, takes its
-// messages out with PeekMessageW or CWinApp::PumpMessage and hands them to the windows with DispatchMessageW.
+// Windows and messages. A window belongs to the thread that created it; that thread takes messages from its
+// queue with PeekMessageW or CWinApp::PumpMessage and delivers them with DispatchMessageW.
 
-constexpr UINT WM_QUIT = 0x0012;  ///< Ends a message loop; PostQuitMessage makes it.
-constexpr UINT WM_APP = 0x8000;   ///< From here up messages belong to applications.
+constexpr UINT WM_QUIT = 0x0012;  ///< Ends a message loop; see PostQuitMessage.
+constexpr UINT WM_APP = 0x8000;   ///< First message number for applications.
 constexpr UINT PM_NOREMOVE = 0;   ///< PeekMessageW leaves the message in the queue.
 constexpr UINT PM_REMOVE = 1;     ///< PeekMessageW takes the message out.
 
-/// Frees what a message carries when nobody takes it.
+/// Frees the payload of a message that is not delivered.
 using MessageDisposer = void (*)(WPARAM wParam);
 
-/// What travels with a message without standing in it.
+/// An object that travels with a message.
 class MessageFreight {
  public:
   virtual ~MessageFreight() = default;
-  /// Runs on the window's thread as it takes the message out of its queue, and not at all if nobody does.
+  /// Runs on the window's thread when the message is taken from the queue; never, if it is not.
   virtual void Arrive() = 0;
 };
 
-/// One message, as it lies in a queue.
+/// A message in a queue.
 struct MSG {
-  HWND hwnd = nullptr;                   ///< Whom it is for.
-  UINT message = 0;                      ///< Which one it is.
-  WPARAM wParam = 0;                     ///< What it carries.
-  LPARAM lParam = 0;                     ///< What it carries besides.
-  MessageDisposer pfnDispose = nullptr;  ///< Frees wParam; null: there is nothing to free.
-  MessageFreight* pFreight = nullptr;    ///< The queue's own; null in a message that was taken out.
+  HWND hwnd = nullptr;                   ///< The receiving window.
+  UINT message = 0;                      ///< The message number.
+  WPARAM wParam = 0;                     ///< First parameter.
+  LPARAM lParam = 0;                     ///< Second parameter.
+  MessageDisposer pfnDispose = nullptr;  ///< Frees wParam; null if there is nothing to free.
+  MessageFreight* pFreight = nullptr;    ///< Owned by the queue; null once the message has been taken.
 };
 
 class CWnd;
 
-/// One row of a message map: which message a window class handles, and with what.
+/// A row of a message map: a message and its handler.
 struct AFX_MSGMAP_ENTRY {
   UINT nMessage;  ///< The message, exactly; 0 ends the rows.
   LRESULT (*pfnHandle)(CWnd& window, WPARAM wParam, LPARAM lParam);  ///< Handles it, on the window's thread.
 };
-/// The rows of a class, and the map of its base class, which is asked next.
+/// The rows of a class, and the map of its base class, which is searched next.
 struct AFX_MSGMAP {
   const AFX_MSGMAP* (*pfnGetBaseMap)();  ///< Null for the root.
   const AFX_MSGMAP_ENTRY* lpEntries;     ///< The rows of this class.
 };
 
-/// A window without a picture: an address for messages, with a procedure that handles them.
+/// An invisible window: a target for messages, with a procedure that handles them.
 class CWnd {
  public:
   CWnd() = default;
@@ -56,19 +56,19 @@ class CWnd {
   CWnd(const CWnd&) = delete;
   CWnd& operator=(const CWnd&) = delete;
 
-  /// Makes the window, on the calling thread. False if it exists already.
+  /// Creates the window on the calling thread. False if it exists already.
   bool Create();
-  /// Posted messages that nobody will handle now are disposed of, senders that wait are released with 0.
+  /// Disposes of pending posted messages and releases waiting senders with 0.
   bool DestroyWindow();
-  /// The window's name; null before Create and after DestroyWindow.
+  /// The window's handle; null before Create and after DestroyWindow.
   HWND GetSafeHwnd() const { return m_hWnd; }
 
-  /// Handles one message, on the window's thread. The default goes by the message map and gives 0 for a
-  /// message that has no row in it.
+  /// Handles one message, on the window's thread. The default uses the message map and returns 0 for a
+  /// message without a row.
   virtual LRESULT WindowProc(UINT message, WPARAM wParam, LPARAM lParam);
 
  protected:
-  /// The rows of the object's own class, and those of this one, which has none.
+  /// The map of the object's class, and that of this class, which is empty.
   ///@{
   virtual const AFX_MSGMAP* GetMessageMap() const;
   static const AFX_MSGMAP* GetThisMessageMap();
@@ -81,36 +81,36 @@ class CWnd {
 /// Whether this window exists now; from any thread.
 bool IsWindow(HWND hWnd);
 
-/// The messages that a queue holds at most. A thread that does not drain its queue loses the newest ones, so
-/// that memory stays bounded.
+/// Maximum number of messages in a queue. A thread that does not drain its queue loses the newest ones, which
+/// bounds memory.
 constexpr int kMaxPostedMessages = 10000;
 
-/// Puts a message into the queue of the window's thread and returns at once; from any thread. If there is no
-/// such window, if its queue is full, or if the window goes away before the message is handled, `pfnDispose`
-/// is called with wParam. False in the first two cases.
+/// Queues a message for the window's thread and returns at once. From any thread. If there is no such window,
+/// if its queue is full, or if the window is destroyed before the message is handled, `pfnDispose` is called
+/// with wParam. False in the first two cases.
 bool PostMessageW(HWND hWnd, UINT message, WPARAM wParam, LPARAM lParam,
                   MessageDisposer pfnDispose = nullptr);
-/// The same for a message of wParam and lParam 0 with a freight, which is deleted with it.
+/// The same with both parameters 0 and a freight, which is deleted with the message.
 bool PostMessageW(HWND hWnd, UINT message, std::unique_ptr<MessageFreight> freight);
-/// Blocks until the window's procedure has handled the message, and gives its result. 0 if the window is not
-/// there or goes away. From any thread; a window's thread handles what others send while it takes or waits
-/// for messages.
+/// Blocks until the window's procedure has handled the message, and returns its result; 0 if the window does
+/// not exist or is destroyed meanwhile. From any thread. A window's thread handles sent messages while it
+/// takes or waits for messages.
 LRESULT SendMessageW(HWND hWnd, UINT message, WPARAM wParam, LPARAM lParam);
-/// Handles what other threads have sent, then gives the next posted message of the calling thread, if there
-/// is one.
+/// Handles messages sent by other threads, then returns the next posted message of the calling thread, if
+/// any.
 bool PeekMessageW(MSG* pMsg, UINT nRemove);
-/// Hands a message that was taken out of the queue to its window, which owns from then on what it carries.
+/// Delivers a message taken from the queue to its window, which then owns the payload.
 LRESULT DispatchMessageW(const MSG& msg);
-/// Ends the message loop of the calling thread: PumpMessage gives false.
+/// Ends the message loop of the calling thread: PumpMessage returns false.
 void PostQuitMessage();
-/// A message number of its own for this text, the same in the whole process, from 0xC000 up.
+/// A unique message number for this text, from 0xC000 up; the same throughout the process.
 UINT RegisterWindowMessageW(const WCHAR* pszName);
 
-/// A descriptor that is readable while messages wait for the calling thread, for a foreign event loop. It
-/// belongs to the queue. Drain with PeekMessageW until it gives false, which makes the descriptor unreadable
-/// again.
+/// A descriptor that is readable while messages are pending for the calling thread, for an external event
+/// loop. Owned by the queue. Drain with PeekMessageW until it returns false, which makes the descriptor
+/// unreadable again.
 int GetQueueDescriptor();
-/// Messages that were thrown away because the queue of the calling thread was full.
+/// Messages dropped because the queue of the calling thread was full.
 unsigned long long GetLostMessages();
 
 #pragma GCC visibility pop

@@ -6,12 +6,19 @@
 
 #pragma GCC visibility push(default)
 
-/// One fixed line of a command set and the time to wait behind it, in milliseconds; 0: none. A line that is
-/// not fit to be sent does not compile.
+/// One line of a command set and the wait after it. An invalid line does not compile.
 struct CGPSCommand {
-  /// Both fields; refuses, when it is compiled, a line that is not fit to be sent.
-  consteval CGPSCommand(const char* pszCommand, DWORD nWaitBehind) : pszLine(pszCommand), nWait(nWaitBehind) {
-    if (!IsLine(pszCommand)) throw "not a command line: its end, its length or its checksum is wrong";
+  /// Whether a sequence may stop after this line.
+  enum class Then {
+    mayStop,  ///< The receiver is in a usable state.
+    goOn,     ///< It is silent, restarting or in another protocol; the next line brings it back.
+  };
+
+  /// All fields. An empty line makes it a pause.
+  consteval CGPSCommand(const char* pszCommand, DWORD nWaitAfter, Then next = Then::mayStop)
+      : pszLine(pszCommand), nWait(nWaitAfter), then(next) {
+    if (*pszCommand != '\0' && !IsLine(pszCommand))
+      throw "not a command line: its end, its length or its checksum is wrong";
   }
 
   /// Whether `line` is fit to be sent: one line with its line end, no longer than the port takes, with the
@@ -31,8 +38,9 @@ struct CGPSCommand {
     return true;
   }
 
-  const char* pszLine;  ///< With its line end.
+  const char* pszLine;  ///< With its line end, or empty.
   DWORD nWait;          ///< Milliseconds.
+  Then then;            ///< What a stop does after this line.
 };
 
 #pragma GCC visibility pop

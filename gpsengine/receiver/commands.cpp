@@ -1,4 +1,5 @@
 #include <cmath>
+#include <optional>
 
 #include "gpsengine/link/ack.h"
 #include "gpsengine/platform/application.h"
@@ -20,9 +21,20 @@ constexpr CGPSCommand kRawOff[] = {
     {"$PASHS,RAW,SNV,A,OFF\r\n", 200},
 };
 constexpr CGPSCommand kAutoBeacon[] = {{"$GPMSK,,A,,A,0\r\n", 200}};
-constexpr CGPSCommand kQueryBeacon[] = {{"$GPCRQ,MSS\r\n", 200}, {"$GPCRQ,MSK\r\n", 200}};
 
 constexpr double kShortestRawInterval = 0.25;
+
+// Calls `write` for each command, up to a stop.
+template <class Write>
+void ForEach(CGPSDriver::Commands commands, Write write) {
+  std::optional<CNoStop> goesOn;
+  for (const CGPSCommand& command : commands) {
+    if (IsStopping()) return;
+    if (command.then == CGPSCommand::Then::goOn) goesOn.emplace();
+    write(command);
+    if (command.then == CGPSCommand::Then::mayStop) goesOn.reset();
+  }
+}
 
 }  // namespace
 
@@ -31,7 +43,7 @@ bool CGPSReceiver::EnablePostProcessing(bool bOn) {
   if (!HasRawData()) return true;
   // Half a set of raw messages is of no use, so that here a failed write ends the sequence.
   for (const CGPSCommand& command : bOn ? kRawOn : kRawOff) {
-    if (!m_Port.Write(command.pszLine)) return false;
+    if (IsStopping() || !m_Port.Write(command.pszLine)) return false;
     Sleep(command.nWait);
   }
   return true;
@@ -58,38 +70,48 @@ bool CGPSReceiver::SendBinary(const unsigned char* pData, unsigned short nLength
 }
 
 bool CGPSReceiver::WriteAck(const CString& strCommand, bool bWait, int nTime) {
+  if (IsStopping()) return false;
   const CWaitCursor cursor;
   if (!bWait) {
     if (!m_Port.Write(strCommand)) return false;
     Sleep(static_cast<DWORD>(nTime));
     return true;
   }
-  CAck ack;  // ahead of the write, so that the quickest answer finds the wait armed
+  CAck ack;  // armed before the write, so that no answer is too quick for it
   return m_Port.Write(strCommand) && ack.Create() && ack.Wait(nTime);
 }
 
-bool CGPSReceiver::Write(std::span<const CGPSCommand> commands) {
-  if (!m_Port.IsOpen()) return false;
+bool CGPSReceiver::WriteAck(CGPSDriver::Commands commands, bool bWait) {
+  bool bAllWritten = true;
+  ForEach(commands, [&](const CGPSCommand& command) {
+    if (*command.pszLine == '\0') return Sleep(command.nWait);
+    bAllWritten &= WriteAck(command.pszLine, bWait, static_cast<int>(command.nWait));
+  });
+  return bAllWritten && !IsStopping();
+}
+
+bool CGPSReceiver::Write(CGPSDriver::Commands commands) {
+  if (!m_Port.IsOpen() || IsStopping()) return false;
   WriteRegardless(commands);
   return true;
 }
 
 bool CGPSReceiver::Write(const CString& strLine, DWORD nWait) {
-  if (!m_Port.IsOpen()) return false;
+  if (!m_Port.IsOpen() || IsStopping()) return false;
   m_Port.Write(strLine);
   if (nWait > 0) Sleep(nWait);
   return true;
 }
 
-void CGPSReceiver::WriteRegardless(std::span<const CGPSCommand> commands) {
-  for (const CGPSCommand& command : commands) {
-    m_Port.Write(command.pszLine);
+void CGPSReceiver::WriteRegardless(CGPSDriver::Commands commands) {
+  ForEach(commands, [](const CGPSCommand& command) {
+    if (*command.pszLine != '\0') m_Port.Write(command.pszLine);
     if (command.nWait > 0) Sleep(command.nWait);
-  }
+  });
 }
 
-void CGPSReceiver::WriteBeacon(BEACON_MODE_TYPE mode, const CString& strFrequency,
-                               const CString& strBitRate) {
+void CGPSReceiver::SetBeacon(BEACON_MODE_TYPE mode, CString strFrequency, CString strBitRate) {
+  if (GetDriver().queryBeacon.empty()) return;
   if (mode == BEACON_MODE_AUTO) {
     Write(kAutoBeacon);
     return;
@@ -99,6 +121,12 @@ void CGPSReceiver::WriteBeacon(BEACON_MODE_TYPE mode, const CString& strFrequenc
   Write(strLine, 200);
 }
 
-void CGPSReceiver::WriteBeaconQuery() {
-  Write(kQueryBeacon);
+void CGPSReceiver::SetSatElevMask(int nDegrees) {
+  CString strDegrees;
+  strDegrees.Format("%d", nDegrees);
+  for (const CGPSCommand& command : GetDriver().setElevMask) {
+    CString strLine = command.pszLine;
+    strLine.Replace("#", strDegrees);
+    Write(strLine, command.nWait);
+  }
 }

@@ -3,14 +3,13 @@
 #include <map>
 #include <memory>
 #include <mutex>
-#include <span>
 
 #include "gpsengine/link/binbuffer.h"
 #include "gpsengine/link/serialport.h"
 #include "gpsengine/platform/containers.h"
 #include "gpsengine/platform/object.h"
 #include "gpsengine/platform/shared.h"
-#include "gpsengine/receiver/command.h"
+#include "gpsengine/receiver/driver.h"
 #include "gpsengine/receiver/messages.h"
 #include "gpsengine/receiver/sentences.h"
 #include "gpsengine/receiver/speedengine.h"
@@ -56,7 +55,7 @@ class CGPSReceiver : public CObject {
   /// The display name, under which the receiver is found and its baud rate is kept.
   virtual CString GetName() = 0;
   /// The model sends raw measurements: EnablePostProcessing and SetRawDataOutputInterval have an effect.
-  virtual bool HasRawData() { return false; }
+  virtual bool HasRawData() { return GetDriver().bRawData; }
   /// For a host that has receivers of its own kind: no model of the library answers otherwise. An RTK
   /// receiver takes no interval of raw measurements.
   ///@{
@@ -68,47 +67,47 @@ class CGPSReceiver : public CObject {
   /// Bits a second, as the next Initialize opens the port.
   virtual int GetCurrentBaudrate() { return m_nBaudrate; }
   /// Bits a second, as the model leaves its factory.
-  virtual int GetDefaultBaudrate() { return 9600; }
+  virtual int GetDefaultBaudrate() { return GetDriver().nBaudrate; }
   /// Resets the records, opens the port and writes the make's set-up. False if the port does not open.
   virtual bool Initialize();
   /// Opens the port with 8 data bits, no parity, one stop bit and no flow control. False if it does not open.
   virtual bool OpenPort();
   /// Decodes a message of a known kind and publishes. True if a record went to the host.
   virtual bool Parse(CString& strMessage, GPSStringType type);
-  /// Decodes one framed message, which is shortened if a port prompt stands ahead of it.
+  /// Decodes one framed message, from which a leading port prompt is removed.
   virtual bool Parse(CString& strMessage);
   /// Called on the reader thread when the line has been silent for a second.
-  virtual void KeepAlive() {}
+  virtual void KeepAlive() { WriteRegardless(GetDriver().keepAlive); }
   /// Raw output off, port closed.
   virtual void Suspend();
   /// QueryNmeaActive has an effect.
-  virtual bool ImplementsQueryNmea() { return false; }
+  virtual bool ImplementsQueryNmea() { return !GetDriver().queryNmea.empty(); }
   /// Asks which sentences are on: m_nNmeaGGA and its neighbours.
-  virtual void QueryNmeaActive() {}
+  virtual void QueryNmeaActive() { Write(GetDriver().queryNmea); }
   /// QueryGpsSettings has an effect.
-  virtual bool ImplementsQueryGpsSettings() { return false; }
+  virtual bool ImplementsQueryGpsSettings() { return !GetDriver().querySettings.empty(); }
   /// Asks for the settings: masks, position mode, output interval, as far as the model reports them.
-  virtual void QueryGpsSettings() {}
+  virtual void QueryGpsSettings() { Write(GetDriver().querySettings); }
   /// The model has a beacon receiver: QueryBeacon and SetBeacon have an effect.
-  virtual bool ImplementsBeacon() { return false; }
+  virtual bool ImplementsBeacon() { return !GetDriver().queryBeacon.empty(); }
   /// Asks for the beacon's signal and tuning.
-  virtual void QueryBeacon() {}
+  virtual void QueryBeacon() { Write(GetDriver().queryBeacon); }
   /// The frequency in kHz and the bit rate in bits a second go out as given. An empty bit rate is left to the
   /// receiver.
-  virtual void SetBeacon(BEACON_MODE_TYPE, CString /*strFrequency*/, CString /*strBitRate*/) {}
+  virtual void SetBeacon(BEACON_MODE_TYPE mode, CString strFrequency, CString strBitRate);
   /// QuerySatElevMask, where the model has it, and SetSatElevMask have an effect.
-  virtual bool ImplementsSetElevMask() { return false; }
+  virtual bool ImplementsSetElevMask() { return !GetDriver().setElevMask.empty(); }
   /// Asks for the elevation mask: m_nElevationMask.
-  virtual void QuerySatElevMask() {}
+  virtual void QuerySatElevMask() { Write(GetDriver().queryElevMask); }
   /// The elevation in whole degrees below which satellites are not used. It goes out as given.
-  virtual void SetSatElevMask(int /*nDegrees*/) {}
+  virtual void SetSatElevMask(int nDegrees);
   /// SetDefaultNMEA and SetGgaOnlyNMEA have an effect.
-  virtual bool ImplementsSetNmea() { return false; }
+  virtual bool ImplementsSetNmea() { return !GetDriver().defaultNmea.empty(); }
   /// Switches on what the library decodes: position, motion and satellites.
-  virtual void SetDefaultNMEA() {}
+  virtual void SetDefaultNMEA() { Write(GetDriver().defaultNmea); }
   /// Switches on the position alone. Raw data need it of a receiver that sends both GSA and GSV, beside which
   /// the library passes them over.
-  virtual void SetGgaOnlyNMEA() {}
+  virtual void SetGgaOnlyNMEA() { Write(GetDriver().ggaOnlyNmea); }
   /// Writes a line and "\r\n". Nothing happens on a closed port, or if the line is longer than the port
   /// takes.
   virtual void Send(const CString& strCommand);
@@ -122,28 +121,28 @@ class CGPSReceiver : public CObject {
   /// The kind of a message, by its tag and, where it counts, its checksum.
   virtual GPSStringType GetGPSStringType(const CString& strMessage);
   /// The height of this make's GGA is orthometric.
-  virtual bool GGASendsOrthoHeight() { return false; }
+  virtual bool GGASendsOrthoHeight() { return GetDriver().bOrthoHeight; }
   /// The source of corrections can be chosen: SetDgpsMode has an effect, and so have those of the operations
   /// behind it that the model has.
-  virtual bool HasDGPSSupport() const { return false; }
+  virtual bool HasDGPSSupport() const { return GetDriver().bDgps; }
   /// Asks for the source of corrections: m_nDgpsMode.
-  virtual void QueryDgpsMode() {}
-  /// Chooses the source of corrections. A source that the model does not know is passed over.
+  virtual void QueryDgpsMode() { Write(GetDriver().queryDgps); }
+  /// Chooses the source of corrections. A source that the model does not know is ignored.
   virtual void SetDgpsMode(DgpsMode) {}
   /// Asks for the state of the Omnistar subscription: m_szText.
-  virtual void QueryOmniStar() {}
+  virtual void QueryOmniStar() { Write(GetDriver().queryOmniStar); }
   /// A message about the corrections that are in use, on or off.
-  virtual void DgpsStatusMsg(bool) {}
+  virtual void DgpsStatusMsg(bool bOn) { Write(bOn ? GetDriver().dgpsStatusOn : GetDriver().dgpsStatusOff); }
   /// Asks for the L-band satellites in reach: m_szText.
-  virtual void QueryLbandSatellites() {}
+  virtual void QueryLbandSatellites() { Write(GetDriver().queryLband); }
   /// Frequency in MHz, bit rate in bits a second.
   virtual void SetLbandFrequency(double /*dFrequency*/, int /*nBitRate*/) {}
   /// Sets the model's user datum, which takes positions from the frame of the corrections to another one.
-  virtual void SendCorrection() {}
+  virtual void SendCorrection() { Write(GetDriver().sendCorrection); }
   /// Tunes to a CDGPS frequency, in MHz.
   virtual void ChangeCDGPS_Freq(double /*dFrequency*/) {}
   /// Asks for the state of the WAAS corrections: m_szText.
-  virtual void QueryWAAS() {}
+  virtual void QueryWAAS() { Write(GetDriver().queryWaas); }
 
   /// Stores what the next Initialize uses. Antenna height (metres, taken off every height) and geoid mode (0:
   /// leave the geoid separation alone, 1: add it to the height, any other value: subtract it) hold from the
@@ -160,7 +159,7 @@ class CGPSReceiver : public CObject {
   void UseBaudrate(int nBaudrate) { m_nBaudrate = nBaudrate; }
   /// The open port, for the calls of platform/serial.h; INVALID_HANDLE_VALUE while it is closed.
   void* GetPortHandle() const;
-  /// Lets the estimate of speed and heading begin anew, as after a gap in the positions.
+  /// Restarts the estimate of speed and heading, as after a gap in the positions.
   void ResetSpeedEngine();
   /// Declares the satellite table incomplete.
   void InvalidateSVInfo();
@@ -208,6 +207,20 @@ class CGPSReceiver : public CObject {
   int GetChecksumErrors() const { return m_nChecksumErrors; }
   /// As set up; 0 before.
   int GetPortNumber() const { return m_nPortNumber; }
+
+  /// Restores, when destroyed, the state shared by all receivers that commands change. For a rehearsal
+  /// between two runs.
+  class SharedState {
+   public:
+    SharedState();
+    ~SharedState();
+    SharedState(const SharedState&) = delete;
+    SharedState& operator=(const SharedState&) = delete;
+
+   private:
+    const CGPSStatusData m_Status;
+    const double m_dBinInterval;
+  };
 
  protected:
   /// Degrees and minutes as NMEA writes them, 4737.193 for 47° 37.193', in radians.
@@ -285,23 +298,25 @@ class CGPSReceiver : public CObject {
   /// Calls the host's callback of this kind, if there is one, on the calling thread.
   void BroadcastNotification(GPSNotificationType type, CGPSNotification* pData);
 
+  /// The model's row. By default empty: a model without commands.
+  virtual const CGPSDriver& GetDriver() const;
+
+  // All command sequences go through these. They check IsStopping before each line, and write nothing once it
+  // is true. A line marked goOn defers that to after the next one.
   /// Writes a command that has its line end. Without `bWait` it then sleeps `nTime` milliseconds; with it,
-  /// waits that long at most for the acknowledgement, and gives whether it came. False if the command could
-  /// not be written.
+  /// waits that long at most for the acknowledgement, and gives whether it came. False if the command was not
+  /// written.
   bool WriteAck(const CString& strCommand, bool bWait, int nTime);
-  /// Writes the lines of a command set, each followed by its wait, whether or not a write succeeds. On a
-  /// closed port nothing is written or waited for, and the result is false; else it is true. The caller needs
-  /// no test of its own.
-  bool Write(std::span<const CGPSCommand> commands);
+  /// The same for each line of a set, with its wait as the time. Goes on after a failure; true if there was
+  /// none.
+  bool WriteAck(CGPSDriver::Commands commands, bool bWait);
+  /// Writes the lines of a command set, each followed by its wait, whether or not a write succeeds. False,
+  /// with nothing written or waited for, if the port is closed or the sequence is to stop.
+  bool Write(CGPSDriver::Commands commands);
   /// The same for one line, which has its line end.
   bool Write(const CString& strLine, DWORD nWait);
   /// The same without the test of the port: on a closed one the lines are lost and the waits still run.
-  void WriteRegardless(std::span<const CGPSCommand> commands);
-  /// The beacon tuning command that several makes share. Nothing happens on a closed port.
-  void WriteBeacon(BEACON_MODE_TYPE mode, const CString& strFrequency, const CString& strBitRate);
-  /// Asks for the beacon's signal and tuning, for the makes that share the command. Nothing happens on a
-  /// closed port.
-  void WriteBeaconQuery();
+  void WriteRegardless(CGPSDriver::Commands commands);
 
   /// Held while m_GPSData and the raw records are read or written: the reader thread decodes into them, and a
   /// driver on the host's thread clears what it has asked for. Never held over a write, a wait or a call out

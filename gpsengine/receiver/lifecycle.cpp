@@ -24,6 +24,11 @@ const CString kBaudEntry = "Baud";
 
 }  // namespace
 
+const CGPSDriver& CGPSReceiver::GetDriver() const {
+  static constexpr CGPSDriver kNone;
+  return kNone;
+}
+
 CGPSReceiver::CGPSReceiver() {
   m_bComputeMotion = true;
   m_bGSAReceived = m_bGSVReceived = false;
@@ -35,6 +40,14 @@ CGPSReceiver::CGPSReceiver() {
 CGPSReceiver::~CGPSReceiver() {
   CGPSReceiver::EnablePostProcessing(false);
   m_Port.Close();
+}
+
+CGPSReceiver::SharedState::SharedState() : m_Status(m_GPSData.m_Status), m_dBinInterval(s_dBinInterval) {}
+
+CGPSReceiver::SharedState::~SharedState() {
+  const RecordLock lock = LockRecord();
+  m_GPSData.m_Status = m_Status;
+  s_dBinInterval = m_dBinInterval;
 }
 
 void CGPSReceiver::SetupReceiver(int nPort, int nGeoidMode, double dAntennaHeight, const CString& strText,
@@ -68,7 +81,9 @@ bool CGPSReceiver::Initialize() {
     m_GPSData.m_Status.Invalidate();
   }
   LoadAlternatGPSStatusStrings();
-  return m_bExternalPort || OpenPort();
+  if (!m_bExternalPort && !OpenPort()) return false;
+  WriteRegardless(GetDriver().start);
+  return true;
 }
 
 bool CGPSReceiver::OpenPort() {

@@ -32,7 +32,7 @@ class CGPSSatelliteDataRaw {
 struct DataRecord_G12_MBN {
   std::uint8_t nDataType;    ///< 1; the decoder lets nothing else through.
   std::uint8_t nToFollow;    ///< Messages to follow in this epoch.
-  std::int8_t nSatellite;    ///< PRN; none not above 0 is taken.
+  std::int8_t nSatellite;    ///< PRN; satellites with 0 or less are skipped.
   std::uint8_t nUnused1;     ///< Read and not looked at.
   std::int32_t nCount;       ///< The receiver's measure of the signal.
   std::uint8_t nUnused2;     ///< Read and not looked at.
@@ -47,7 +47,7 @@ struct DataRecord_G12_MBN {
 
 /// One MCA message of an Ashtech receiver, as far as it is used. The library has no decoder that fills it.
 struct DataRecord_G12_MCA {
-  std::uint8_t nSatellite;  ///< PRN; none not above 0 is taken.
+  std::uint8_t nSatellite;  ///< PRN; satellites with 0 or less are skipped.
   double dCarrierPhase;     ///< Cycles.
   std::int32_t nDoppler;    ///< 0.0001 hertz.
 };

@@ -23,8 +23,6 @@ constexpr std::size_t kFewLines = 3;
 constexpr std::string_view kTaken[] = {"$PASHR,ACK", "$>", "<OK"};
 constexpr std::string_view kRefused[] = {"$PASHR,NAK", "<ERROR"};
 constexpr std::string_view kAnswered[] = {"$PASHS,", "$J", "LOG ", "UNLOG ", "SAVECONFIG"};
-// A SiRF leaves its text protocol by this line, and comes back by a binary message.
-constexpr std::string_view kToBinary = "$PSRF100,0";
 constexpr char kBinaryMessage[] = "a binary message";
 
 template <std::size_t n>
@@ -42,11 +40,11 @@ std::string Shown(const std::string& bytes) {
   return IsText(bytes) ? bytes.substr(0, bytes.find_last_not_of("\r\n") + 1) : kBinaryMessage;
 }
 
-/// The lines that a part of the steps writes.
-std::vector<std::string> Lines(const std::vector<CRehearsal::Step>& steps, std::size_t from = 0) {
+/// The lines that the steps write.
+std::vector<std::string> Lines(const std::vector<CRehearsal::Step>& steps) {
   std::vector<std::string> lines;
-  for (std::size_t i = from; i < steps.size(); ++i) {
-    if (steps[i].kind == CRehearsal::StepKind::write) lines.push_back(Shown(steps[i].bytes));
+  for (const auto& step : steps) {
+    if (step.kind == CRehearsal::StepKind::write) lines.push_back(Shown(step.bytes));
   }
   return lines;
 }
@@ -61,16 +59,6 @@ std::string Told(const std::vector<std::string>& lines) {
   std::vector<std::string> all;
   std::transform(lines.begin(), lines.end(), std::back_inserter(all), quoted);
   return Join(all);
-}
-
-/// The first step that is not done when the steps have waited for so long.
-std::size_t StepAt(const std::vector<CRehearsal::Step>& steps, long long passed) {
-  std::size_t next = 0;
-  for (; next < steps.size(); ++next) {
-    passed -= steps[next].ms;
-    if (passed < 0) break;
-  }
-  return next;
 }
 
 }  // namespace
@@ -133,16 +121,15 @@ std::string Outcome::Tell(const Line& line) const {
   return data + "no answer: this make gives none to such commands";
 }
 
-std::string Outcome::TellInterrupted(const std::string& operation, long long passed) const {
-  const auto& steps = transcript_.steps;
-  const auto lines = Lines(steps), left = Lines(steps, StepAt(steps, passed));
+std::string Outcome::TellInterrupted(const std::string& operation, const Transcript& sent) const {
+  auto left = Lines(transcript_.steps);
+  for (const std::string& line : Lines(sent.steps)) {
+    const auto found = std::find(left.begin(), left.end(), line);
+    if (found != left.end()) left.erase(found);
+  }
   if (left.empty()) return "interrupted when all of " + operation + " had been sent";
-  std::string text = "interrupted: of " + operation + " the receiver has not been sent " + Told(left);
-  const bool is_binary = std::find(left.begin(), left.end(), kBinaryMessage) != left.end() &&
-                         left.size() < lines.size() && lines.front().starts_with(kToBinary);
-  if (is_binary) text += ". It is left in its binary protocol";
-  return text + ". Give the command again and let it end" +
-         (is_binary ? ", which brings it back to NMEA" : "");
+  return "interrupted: of " + operation + " the receiver has not been sent " + Told(left) +
+         ". Give the command again and let it end";
 }
 
 }  // namespace host

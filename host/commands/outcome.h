@@ -28,9 +28,8 @@ class Outcome {
   /// What to tell the user. Throws a Failure if nothing was heard or understood, no answer came where the
   /// make gives one, or the receiver refused.
   std::string Tell(const Line& line) const;
-  /// What to tell of a command that was interrupted when it had waited for so many milliseconds;
-  /// below 0, ahead of its beginning.
-  std::string TellInterrupted(const std::string& operation, long long passed) const;
+  /// What to tell of a command that was interrupted when it had sent that much.
+  std::string TellInterrupted(const std::string& operation, const Transcript& sent) const;
 
  private:
   void OnLine();

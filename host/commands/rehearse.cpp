@@ -15,18 +15,6 @@ void Acknowledge() {
   CAck::OnNewGPSData(&data);
 }
 
-/// The interval of block 95, which is one for all receivers of the $J language. It is as it was when the
-/// object goes.
-class BinInterval : CGPSReceiver {
- public:
-  /// Never made: the interval is reached from within a receiver alone.
-  BinInterval() = delete;
-  struct Kept {
-    ~Kept() { s_dBinInterval = before; }
-    const double before = s_dBinInterval;
-  };
-};
-
 }  // namespace
 
 long long Transcript::Time() const {
@@ -42,8 +30,8 @@ std::string Transcript::Text() const {
 }
 
 Transcript Rehearse(const std::string& model, const Operation& operation, const Action& action,
-                    bool port_opens) {
-  const BinInterval::Kept interval;
+                    bool port_opens, std::optional<long long> stop_after) {
+  const CGPSReceiver::SharedState shared;
   CRehearsal line(kPort, port_opens);
   CGPSEngine engine;  // whose receivers are as new
   CGPSReceiver& receiver = *engine.FindReceiver(FindModel(model).GetName());
@@ -51,6 +39,7 @@ Transcript Rehearse(const std::string& model, const Operation& operation, const 
   receiver.SetupReceiver(kPort, 0, 0.0, "", false);
   if (port_opens) operation.kind == Operation::Kind::starts ? receiver.OpenPort() : receiver.Initialize();
   line.ForgetSteps();
+  if (stop_after) line.StopAfter(static_cast<DWORD>(*stop_after));
   line.SetStepHandler([](const CRehearsal::Step& step) {
     if (step.kind == CRehearsal::StepKind::waitForMessage) Acknowledge();
   });

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -20,10 +21,10 @@ struct Transcript {
 };
 
 /// Rehearses an operation on a receiver of that model, whose port is open when the operation begins, or is
-/// closed and does not open. A wait for an acknowledgement counts as acknowledged. No engine may run
-/// meanwhile.
+/// closed and does not open. A wait for an acknowledgement counts as acknowledged. With `stop_after` the
+/// operation is stopped when it has waited for so many milliseconds. No engine may run meanwhile.
 Transcript Rehearse(const std::string& model, const Operation& operation, const Action& action,
-                    bool port_opens = true);
+                    bool port_opens = true, std::optional<long long> stop_after = {});
 
 /// Whether an operation that its capability answer opens keeps its empty body all the same, so that a call
 /// does nothing.

@@ -16,7 +16,9 @@
 #include <string_view>
 #include <tuple>
 
+#include "gpsengine/platform/file.h"
 #include "gpsengine/platform/serial.h"
+#include "host/line/portadvice.h"
 #include "host/run/descriptor.h"
 
 namespace host {
@@ -170,7 +172,7 @@ bool Look(SerialPortInfo& port, const fs::path& entry, const Holders& holders) {
   if (port.state == PortState::busy) port.note = InUse("");
   if (port.state == PortState::broken) port.note = std::strerror(probe.error);
   if (port.state == PortState::not_permitted) {
-    port.note = ExplainPort(CString::FromUtf8(port.device)).ToUtf8();
+    port.note = ExplainPort(port.device, probe.error);
     // The kernel assumes some ports to be there, and who may not ask it has no other sign of them.
     if (type.empty() && port.driver == "serial8250") return false;
   }
@@ -222,8 +224,8 @@ std::string StableName(const std::string& device, const SystemRoots& roots) {
 }
 
 std::string WhyNotOpen(const std::string& device, const SystemRoots& roots) {
-  std::string reason = ExplainPort(CString::FromUtf8(device)).ToUtf8();
-  if (reason.empty()) return reason;
+  if (OpenSerialDevice(CString::FromUtf8(device)) != nullptr) return {};
+  const std::string reason = ExplainPort(device, static_cast<int>(GetLastError()));
   const fs::path target = Target(device);
   if (target.empty()) return reason + " \"gpsengine ports\" lists the serial ports there are.";
   const std::string holder = Holders(roots).Of(target);

@@ -2,6 +2,7 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <thread>
 
@@ -15,9 +16,6 @@ namespace host {
 /// watches the waits of the thread that installed it; those of other threads are none of its business.
 class PacingClock : public Clock {
  public:
-  /// Thrown out of a wait of the sequence when a signal comes or the user stops it.
-  struct Interrupted {};
-
   /// A sequence lasts from here to the end of the object's life. `time` is how long it takes, in
   /// milliseconds.
   class Sequence {
@@ -34,9 +32,13 @@ class PacingClock : public Clock {
 
   /// Milliseconds that the last sequence has waited so far.
   static long long Passed() { return Installed().passed_; }
+  /// How many that were when a signal came or the user stopped it, which ends it at the next line that may be
+  /// the last; none if it was not stopped.
+  static std::optional<long long> StoppedAt() { return Installed().stopped_at_; }
 
   void Sleep(DWORD ms) override;
   bool Wait(WaitKind kind, DWORD ms, const std::function<bool(DWORD)>& block) override;
+  bool WantsStop() override;
 
  private:
   PacingClock() = default;
@@ -44,14 +46,14 @@ class PacingClock : public Clock {
 
   // Other threads look no further than at who they are.
   bool IsWatched() const { return std::this_thread::get_id() == owner_ && interrupt_ != nullptr; }
-  /// The length of the next piece of a wait, having looked at what has come meanwhile.
-  DWORD NextPiece(DWORD rest) const;
   void Pass(DWORD ms);
+  void Stop() { stopped_at_ = stopped_at_.value_or(passed_); }
 
   const std::thread::id owner_ = std::this_thread::get_id();
   const Interrupt* interrupt_ = nullptr;
   std::function<bool(long long)> on_passed_;
   long long passed_ = 0;
+  std::optional<long long> stopped_at_;
 };
 
 }  // namespace host

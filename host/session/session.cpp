@@ -58,9 +58,7 @@ ExitCode Session::Run(RunRules rules) {
 
 std::optional<ExitCode> Session::Start() {
   try {
-    Open();
-  } catch (const PacingClock::Interrupted&) {
-    return interrupt_.HasCome() ? ExitCode::interrupted : ExitCode::done;
+    if (!Open()) return interrupt_.HasCome() ? ExitCode::interrupted : ExitCode::done;
   } catch (const Failure& failure) {
     if (!reconnect_ || failure.Code() != ExitCode::port_closed || IsThere(feed_->StablePath())) throw;
     Complain(failure.what());
@@ -70,9 +68,9 @@ std::optional<ExitCode> Session::Start() {
   return std::nullopt;
 }
 
-// The waits of a receiver's start can be interrupted. Where nothing waits, time may be another than the real
-// one.
-void Session::Open() {
+// False if the user has stopped it. Only a live line has waits to be stopped in; elsewhere time may be
+// another than the real one.
+bool Session::Open() {
   struct Starting {
     explicit Starting(Session& run) : session(run) { session.Tell(RunEvent::starting); }
     ~Starting() { session.Tell(RunEvent::started); }
@@ -82,9 +80,11 @@ void Session::Open() {
   if (feed_->IsLive()) sequence.emplace(interrupt_, rules_.label, rules_.time);
   const Starting starting(*this);
   KeepCapturing();
+  const auto is_stopped = [&sequence] { return sequence && PacingClock::StoppedAt(); };
   feed_->Open(engine_, window_);
-  if (rules_.on_open) rules_.on_open(receiver_);
+  if (rules_.on_open && !is_stopped()) rules_.on_open(receiver_);
   if (rules_.silence > 0.0) silence_.Set(rules_.silence);
+  return !is_stopped();
 }
 
 void Session::Tell(RunEvent event) {
@@ -224,13 +224,11 @@ void Session::WaitForPort() {
 void Session::Reopen() {
   receiver_.ResetSpeedEngine();
   try {
-    Open();
+    if (!Open()) engine_.Stop();  // to be tried again, unless that was the end of the run
   } catch (const Failure& failure) {
     Complain(failure.what());
-    if (!engine_.IsActive()) return reconnect_->Begin(feed_->StablePath(), true);
-  } catch (const PacingClock::Interrupted&) {
-    return reconnect_->Begin(feed_->StablePath(), true);  // unless it was the end of the run
   }
+  if (!engine_.IsActive()) return reconnect_->Begin(feed_->StablePath(), true);
   reconnect_->End();
   Tell(RunEvent::back);
 }

@@ -86,7 +86,7 @@ class Session {
 
  private:
   std::optional<ExitCode> Start();
-  void Open();
+  bool Open();
   void Tell(RunEvent event);
   void KeepCapturing();
   void PassBytes();

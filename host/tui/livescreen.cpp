@@ -128,12 +128,12 @@ void LiveScreen::Perform(const CommandMenu::Order& order) {
   session_.PassOn();
   readings_.Log("> " + order.text, Style::label);
   Result result = Result::none;
-  try {
+  {
     const Busy busy(*this, order.text, order.time);
     result = order.action(session_.Receiver());
-  } catch (const PacingClock::Interrupted&) {
-    return Tell("stopped: what was left of " + order.text + " has not been sent", Style::warn);
   }
+  if (PacingClock::StoppedAt())
+    return Tell("stopped: what was left of " + order.text + " has not been sent", Style::warn);
   if (result == Result::no) return Tell(order.text + " did not work, or was not acknowledged", Style::bad);
   Tell(order.text + (asks ? " was sent; what answers is among the reports" : " was sent"), Style::good);
 }

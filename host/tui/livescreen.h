@@ -41,8 +41,8 @@ class LiveScreen : public Outlet {
   bool IsDone() const override { return quit_; }
 
   /// From here to the end of the object's life the run is busy with a sequence of the library that blocks the
-  /// calling thread. Its waits go on showing what comes, and throw PacingClock::Interrupted when the user
-  /// stops it.
+  /// calling thread. Its waits go on showing what comes, and it is stopped when the user wants
+  /// that.
   class Busy {
    public:
     /// `time` is how long it takes, in milliseconds, as far as known.

@@ -17,7 +17,7 @@ bool IsFolder(int nFile) {
   return fstat(nFile, &status) == 0 && S_ISDIR(status.st_mode);
 }
 
-// Copies a text with its terminator, cut to the buffer; gives the length copied.
+// Copies a text with its terminator, truncated to the buffer. Returns the length copied.
 DWORD Copy(const CString& text, WCHAR* pBuffer, DWORD nBuffer) {
   if (pBuffer == nullptr || nBuffer == 0) return 0;
   const DWORD length = std::min(static_cast<DWORD>(text.GetLength()), nBuffer - 1);
@@ -38,7 +38,7 @@ void SetLastError(DWORD nError) {
 
 DWORD FormatMessageW(DWORD nError, WCHAR* pBuffer, DWORD nBuffer) {
   char text[256];
-  // The GNU form, which may give a text of its own instead of filling the buffer.
+  // The GNU version, which may return a static string instead of filling the buffer.
   return Copy(CString::FromUtf8(strerror_r(static_cast<int>(nError), text, sizeof text)), pBuffer, nBuffer);
 }
 

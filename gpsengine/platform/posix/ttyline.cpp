@@ -1,17 +1,11 @@
-// The kernel's own termios, for baud rates that are not among the standard ones. <termios.h> cannot stand
-// beside it.
+// The kernel's own termios, for non-standard baud rates. It conflicts with <termios.h>.
 #include <asm/termbits.h>
 #include <fcntl.h>
 #include <linux/serial.h>
 #include <poll.h>
-#include <sys/eventfd.h>
 #include <sys/file.h>
 #include <sys/ioctl.h>
-#include <sys/stat.h>
 #include <unistd.h>
-
-#include <grp.h>
-#include <pwd.h>
 
 #include <atomic>
 #include <cerrno>
@@ -20,6 +14,7 @@
 #include "gpsengine/platform/clock.h"
 #include "gpsengine/platform/file.h"
 #include "gpsengine/platform/serial.h"
+#include "gpsengine/platform/system.h"
 
 namespace {
 
@@ -55,14 +50,10 @@ void SetFraming(termios2& state, const DCB& dcb) {
 
 class TtyLine : public SerialLine {
  public:
-  explicit TtyLine(int nFile) : m_nFile(nFile), m_nWakeReader(MakeEvent()), m_nWakeWriter(MakeEvent()) {
-    TakeErrors();
-  }
+  explicit TtyLine(int nFile) : m_nFile(nFile) { TakeErrors(); }
   ~TtyLine() override {
     Release();
     close(m_nFile);
-    close(m_nWakeReader);
-    close(m_nWakeWriter);
   }
   TtyLine(const TtyLine&) = delete;
   TtyLine& operator=(const TtyLine&) = delete;
@@ -85,7 +76,7 @@ class TtyLine : public SerialLine {
     SetRaw(state);
     SetSpeed(state, dcb.BaudRate);
     SetFraming(state, dcb);
-    // A pseudo-terminal refuses parity and has no modem lines; it then works without.
+    // A pseudo-terminal refuses parity and has no modem lines: go on without.
     if (ioctl(m_nFile, TCSETS2, &state) != 0) {
       state.c_cflag &= ~static_cast<tcflag_t>(PARENB | PARODD | CMSPAR);
       if (ioctl(m_nFile, TCSETS2, &state) != 0) return false;
@@ -96,18 +87,18 @@ class TtyLine : public SerialLine {
   }
 
   int Read(void* pData, int nMax, DWORD ms) override {
-    if (nMax <= 0 || !WaitUntil(POLLIN, m_nWakeReader, ms)) return 0;
+    if (nMax <= 0 || !WaitUntil(POLLIN, m_WakeReader, ms)) return 0;
     const ssize_t count = read(m_nFile, pData, static_cast<std::size_t>(nMax));
     if (count > 0) return static_cast<int>(count);
     return HasHungUp() ? -1 : 0;
   }
 
   int Write(const void* pData, int nLength, DWORD ms) override {
-    std::uint64_t last = CurrentClock().Milliseconds();  // when a byte was taken
+    std::uint64_t last = CurrentClock().Milliseconds();  // when a byte was last accepted
     int written = 0;
     while (written < nLength) {
       const std::uint64_t passed = CurrentClock().Milliseconds() - last;
-      if (passed >= ms || !WaitUntil(POLLOUT, m_nWakeWriter, static_cast<DWORD>(ms - passed))) break;
+      if (passed >= ms || !WaitUntil(POLLOUT, m_WakeWriter, static_cast<DWORD>(ms - passed))) break;
       const ssize_t count = write(m_nFile, static_cast<const char*>(pData) + written,
                                   static_cast<std::size_t>(nLength - written));
       if (count < 0 && (errno == EAGAIN || errno == EINTR)) continue;
@@ -121,11 +112,11 @@ class TtyLine : public SerialLine {
   void Cancel() override {
     m_bCancelled = true;
     WakeReader();
-    eventfd_write(m_nWakeWriter, 1);
+    m_WakeWriter.Set();
     Release();
   }
 
-  void WakeReader() override { eventfd_write(m_nWakeReader, 1); }
+  void WakeReader() override { m_WakeReader.Set(); }
 
   bool PurgeInput() override { return ioctl(m_nFile, TCFLSH, TCIFLUSH) == 0; }
 
@@ -138,8 +129,8 @@ class TtyLine : public SerialLine {
   bool SetBreak(bool bOn) override { return ioctl(m_nFile, bOn ? TIOCSBRK : TIOCCBRK) == 0; }
 
  private:
-  // Frees the device for the next one who opens it, even while a blocked thread is still on its way out, or a
-  // child of the host holds the descriptor. Once: the device's exclusion may be the next one's by then.
+  // Frees the device for the next open, even while a blocked thread is still leaving or a child process holds
+  // the descriptor. Only once: after that the lock may belong to the next open.
   void Release() {
     if (m_bReleased.exchange(true)) return;
     ioctl(m_nFile, TIOCNXCL);
@@ -151,22 +142,19 @@ class TtyLine : public SerialLine {
     return poll(&line, 1, 0) > 0;
   }
 
-  static int MakeEvent() { return eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK); }
-
-  // False when the time has passed, or when the line is cancelled or woken with nothing there. A line that
-  // has failed is true: the call that follows then finds out.
-  bool WaitUntil(short events, int nWake, DWORD ms) {
+  // False on timeout, and when the line is cancelled or woken without data. True for a failed line: the
+  // following call then reports the failure.
+  bool WaitUntil(short events, WakeUp& wake, DWORD ms) {
     return CurrentClock().Wait(WaitKind::line, ms, [&](DWORD limit) {
       const std::uint64_t start = CurrentClock().Milliseconds();
       for (;;) {
         if (m_bCancelled) return false;
-        pollfd sources[] = {{m_nFile, events, 0}, {nWake, POLLIN, 0}};
+        pollfd sources[] = {{m_nFile, events, 0}, {wake.Descriptor(), POLLIN, 0}};
         const std::uint64_t passed = CurrentClock().Milliseconds() - start;
         const int left = limit == INFINITE ? -1 : static_cast<int>(passed >= limit ? 0 : limit - passed);
         const int ready = poll(sources, 2, left);
         if (ready < 0 && errno == EINTR) continue;
-        eventfd_t woken = 0;
-        if (sources[1].revents != 0) eventfd_read(nWake, &woken);
+        if (sources[1].revents != 0) wake.Clear();
         return ready > 0 && !m_bCancelled && sources[0].revents != 0;
       }
     });
@@ -174,7 +162,8 @@ class TtyLine : public SerialLine {
 
   void SetModemLine(int nLine, bool bOn) { ioctl(m_nFile, bOn ? TIOCMBIS : TIOCMBIC, &nLine); }
 
-  // Line errors since the last call. The kernel counts them; a line without hardware has no counts.
+  // Whether there were line errors since the last call. The kernel counts them; a line without hardware has
+  // no counters.
   DWORD TakeErrors() {
     serial_icounter_struct counts{};
     if (ioctl(m_nFile, TIOCGICOUNT, &counts) != 0) return 0;
@@ -183,14 +172,13 @@ class TtyLine : public SerialLine {
   }
 
   const int m_nFile;
-  const int m_nWakeReader;
-  const int m_nWakeWriter;
+  WakeUp m_WakeReader, m_WakeWriter;
   std::atomic<bool> m_bCancelled{false};
   std::atomic<bool> m_bReleased{false};
   std::atomic<int> m_nErrors{0};
 };
 
-// Opens the device as the line does; the descriptor, or -1 with errno.
+// The descriptor, or -1 with errno.
 int OpenExclusive(const std::string& strDevice) {
   const int file = open(strDevice.c_str(), O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC);
   if (file < 0) return -1;
@@ -199,59 +187,13 @@ int OpenExclusive(const std::string& strDevice) {
   if (ioctl(file, TCGETS2, &state) != 0) {
     reason = ENOTTY;
   } else if (flock(file, LOCK_EX | LOCK_NB) != 0 || ioctl(file, TIOCEXCL) != 0) {
-    // The system's own exclusion does not bind the superuser, and a lock binds only those who ask: so both.
+    // TIOCEXCL does not stop the superuser, and flock only programs that use it: so both.
     reason = EBUSY;
   }
   if (reason == 0) return file;
   close(file);
   errno = reason;
   return -1;
-}
-
-// The group whose members may use the device, so that the user should become one; empty if there is no such
-// group.
-std::string GroupOf(const std::string& strDevice) {
-  struct stat status;
-  constexpr mode_t kUse = S_IRGRP | S_IWGRP;
-  if (stat(strDevice.c_str(), &status) != 0 || (status.st_mode & kUse) != kUse || status.st_gid == 0)
-    return {};
-  group entry;
-  group* found = nullptr;
-  char text[4096];
-  const bool known = getgrgid_r(status.st_gid, &entry, text, sizeof text, &found) == 0 && found != nullptr;
-  return known ? found->gr_name : std::to_string(status.st_gid);
-}
-
-std::string UserName() {
-  passwd entry;
-  passwd* found = nullptr;
-  char text[4096];
-  const bool known = getpwuid_r(geteuid(), &entry, text, sizeof text, &found) == 0 && found != nullptr;
-  return known ? found->pw_name : "$USER";
-}
-
-std::string Explain(const std::string& strDevice, int nError) {
-  const std::string port = "The port " + strDevice;
-  switch (nError) {
-    case ENOENT:
-    case ENODEV:
-    case ENXIO:
-      return port + " does not exist. Is the receiver plugged in, and is this its name?";
-    case EACCES: {
-      const std::string group = GroupOf(strDevice);
-      if (group.empty())
-        return port + " may not be opened by this user. Who administers this machine can change that.";
-      return port + " may not be opened by this user. It belongs to the group " + group +
-             ": sudo usermod -aG " + group + ' ' + UserName() + ", then log in again.";
-    }
-    case EBUSY:
-      return port + " is in use by another program. Close that program first (fuser -v " + strDevice + ").";
-    case ENOTTY:
-    case EISDIR:
-      return port + " is not a serial port. Serial ports have names such as /dev/ttyUSB0 and /dev/ttyS0.";
-    default:
-      return port + " cannot be opened: " + std::strerror(nError) + '.';
-  }
 }
 
 }  // namespace
@@ -263,13 +205,4 @@ std::unique_ptr<SerialLine> OpenSerialDevice(const CString& device) {
     return nullptr;
   }
   return std::make_unique<TtyLine>(file);
-}
-
-CString ExplainPort(const CString& device) {
-  const std::string path = device.ToUtf8();
-  const int file = OpenExclusive(path);
-  if (file < 0) return CString::FromUtf8(Explain(path, errno));
-  ioctl(file, TIOCNXCL);
-  close(file);
-  return {};
 }

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <atomic>
 #include <charconv>
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <mutex>
@@ -11,19 +10,13 @@
 #include <vector>
 
 #include "gpsengine/platform/event.h"
+#include "gpsengine/platform/system.h"
 
 namespace {
 
 std::atomic<CWinApp*> g_pApp{nullptr};
 std::atomic<HWND> g_hMainWnd{nullptr};
 std::mutex g_ProfileMutex;
-
-std::string ConfigurationFolder() {
-  const char* configured = std::getenv("XDG_CONFIG_HOME");
-  if (configured != nullptr && *configured != '\0') return configured;
-  const char* home = std::getenv("HOME");
-  return std::string(home == nullptr ? "." : home) + "/.config";
-}
 
 std::string_view Trimmed(std::string_view text) {
   const auto from = text.find_first_not_of(" \t\r");
@@ -33,7 +26,7 @@ std::string_view Trimmed(std::string_view text) {
 
 }  // namespace
 
-// An INI file as its lines, so that what others wrote into it survives.
+// An INI file, kept as lines so that comments and foreign entries survive.
 struct CWinApp::Profile {
   explicit Profile(const CString& path) : strPath(path.ToUtf8()) {
     std::ifstream file(strPath);
@@ -119,7 +112,7 @@ struct CWinApp::Profile {
 
   std::string strPath;
   std::vector<std::string> lines;
-  bool bUnreadable = false;  // there is a file, which cannot be read
+  bool bUnreadable = false;  // the file exists but cannot be read
 };
 
 CWinApp::CWinApp(const CString& name)

@@ -5,8 +5,9 @@
 #include <deque>
 #include <memory>
 #include <mutex>
-#include <vector>
+#include <optional>
 
+#include "gpsengine/platform/system.h"
 #include "gpsengine/platform/window.h"
 
 struct Waiter;
@@ -16,32 +17,35 @@ struct SentMessage {
   MSG message;
   LRESULT result = 0;
   bool bDone = false;
-  std::condition_variable done;  // with the mutex of the queue that it stands in
+  std::condition_variable done;  // used with the mutex of the receiving queue
 };
 
-/// The messages of one thread: posted ones in their order, and sent ones, which come first.
+/// Hands a message to its window, on the window's thread; disposes of it if the window no longer exists.
+LRESULT Deliver(const MSG& message);
+/// Frees the payload of a message that will not be delivered.
+void Dispose(const MSG& message);
+
+/// The messages of one thread: posted messages in order; sent messages are handled first.
 class MessageQueue {
  public:
-  /// The calling thread's queue, made at the first call.
+  /// The calling thread's queue, created on first use.
   static const std::shared_ptr<MessageQueue>& OfThisThread();
 
-  ~MessageQueue();
-
-  /// False if the queue is full or its thread has ended; the message is then the caller's to dispose of.
+  /// False if the queue is full or its thread has ended; the caller then disposes of the message.
   bool Post(const MSG& message);
   LRESULT SendAndWait(const MSG& message);
 
   // For the queue's own thread.
   bool Take(MSG& message, bool remove);
-  /// Handles what other threads have sent.
+  /// Handles messages sent by other threads.
   void HandleSent();
-  /// Takes out what is meant for a window that goes away.
+  /// Discards the messages of a window being destroyed.
   void Forget(HWND hWnd);
   void PostQuit();
   int Descriptor();
   unsigned long long Lost() const { return m_nLost.load(std::memory_order_relaxed); }
 
-  /// Who is to be woken when something comes; null for nobody. For waits.
+  /// Sets the waiter to wake on a new message; null for none.
   void SetWaiter(Waiter* pWaiter);
   bool HasAny();
 
@@ -54,7 +58,7 @@ class MessageQueue {
   std::deque<MSG> m_Posted;
   std::deque<SentMessage*> m_Sent;
   Waiter* m_pWaiter = nullptr;
-  int m_nDescriptor = -1;
+  std::optional<WakeUp> m_WakeUp;  // created when the descriptor is first requested
   bool m_bQuit = false;
   bool m_bClosed = false;
   std::atomic<unsigned long long> m_nLost{0};

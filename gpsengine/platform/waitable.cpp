@@ -1,4 +1,4 @@
-#include "gpsengine/platform/posix/waitable.h"
+#include "gpsengine/platform/waitable.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -8,7 +8,7 @@
 #include "gpsengine/platform/clock.h"
 #include "gpsengine/platform/event.h"
 #include "gpsengine/platform/file.h"
-#include "gpsengine/platform/posix/messagequeue.h"
+#include "gpsengine/platform/messagequeue.h"
 
 std::mutex g_WaitMutex;
 
@@ -20,7 +20,7 @@ struct HandleTable {
   std::unordered_map<HANDLE, std::shared_ptr<KernelObject>> objects;
 };
 
-// Never destroyed: a thread may close its handles while the process takes its statics down.
+// Never destroyed: a thread may close handles during static destruction.
 HandleTable& Handles() {
   static auto* const table = new HandleTable;
   return *table;
@@ -45,7 +45,7 @@ class Event : public KernelObject {
     Wake();
   }
 
-  // The rest belongs to waits, under g_WaitMutex.
+  // The rest is for waits, under g_WaitMutex.
   bool IsSignalled() const { return m_bSignalled; }
   bool IsClosed() const { return m_bClosed; }
   void Consume() {
@@ -65,7 +65,7 @@ class Event : public KernelObject {
   std::vector<Waiter*> m_Waiters;
 };
 
-// One wait of one thread: for any of some events, and for a message if there is a queue.
+// A wait of one thread for any of several events and, with a queue, for a message.
 class WaitOperation {
  public:
   WaitOperation(std::vector<std::shared_ptr<Event>> events, std::shared_ptr<MessageQueue> queue)
@@ -94,7 +94,7 @@ class WaitOperation {
   DWORD Result() const { return m_nResult; }
 
  private:
-  // Whether the wait is over; takes the signal of what ended it.
+  // Whether the wait is over; consumes the signal that ended it.
   bool Look() {
     for (std::size_t i = 0; i < m_Events.size(); ++i) {
       if (m_Events[i]->IsClosed()) {

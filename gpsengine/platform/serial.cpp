@@ -5,11 +5,13 @@
 #include <charconv>
 #include <map>
 #include <mutex>
+#include <utility>
 
 #include "gpsengine/platform/clock.h"
 #include "gpsengine/platform/event.h"
 #include "gpsengine/platform/file.h"
-#include "gpsengine/platform/posix/waitable.h"
+#include "gpsengine/platform/system.h"
+#include "gpsengine/platform/waitable.h"
 
 namespace {
 
@@ -24,7 +26,7 @@ PortMap& Ports() {
   return *ports;
 }
 
-// An open port, as its handle knows it.
+// The object behind the handle of an open port.
 class OpenPort : public KernelObject {
  public:
   explicit OpenPort(std::unique_ptr<SerialLine> line) : m_pLine(std::move(line)) {}
@@ -76,7 +78,7 @@ DWORD Sum(DWORD nConstant, DWORD nMultiplier, DWORD nCount) {
   return static_cast<DWORD>(std::min<std::uint64_t>(total, MAXDWORD - 1));
 }
 
-// Collects bytes until the count is there, the line falls quiet, or the time is up.
+// Reads until the count is reached, the line pauses, or the time is up.
 int ReadBlock(SerialLine& line, char* pData, int nCount, const COMMTIMEOUTS& timeouts) {
   const DWORD total =
       Sum(timeouts.ReadTotalTimeoutConstant, timeouts.ReadTotalTimeoutMultiplier, static_cast<DWORD>(nCount));
@@ -103,24 +105,18 @@ void MapComPort(int nPort, const CString& device) {
   ports.devices[nPort] = device;
 }
 
-void MapComPort(int nPort, SerialLineFactory factory) {
+SerialLineFactory MapComPort(int nPort, SerialLineFactory factory) {
   PortMap& ports = Ports();
   const std::lock_guard lock(ports.mutex);
-  if (factory) {
-    ports.lines[nPort] = std::move(factory);
-  } else {
-    ports.lines.erase(nPort);
-  }
+  return std::exchange(ports.lines[nPort], std::move(factory));
 }
 
 CString GetComPortDevice(int nPort) {
   PortMap& ports = Ports();
   const std::lock_guard lock(ports.mutex);
-  if (ports.lines.contains(nPort)) return {};
+  if (const auto line = ports.lines.find(nPort); line != ports.lines.end() && line->second) return {};
   if (const auto device = ports.devices.find(nPort); device != ports.devices.end()) return device->second;
-  CString device;
-  if (nPort > 0) device.Format("/dev/ttyS%d", nPort - 1);
-  return device;
+  return nPort > 0 ? CString::FromUtf8(StandardPort(nPort)) : CString();
 }
 
 HANDLE CreateFileW(const WCHAR* pszName, DWORD, DWORD, DWORD, DWORD) {
@@ -185,7 +181,7 @@ bool ReadFile(HANDLE hPort, void* pData, DWORD nCount, DWORD* pRead) {
       timeouts.ReadIntervalTimeout == MAXDWORD && timeouts.ReadTotalTimeoutMultiplier == MAXDWORD;
   const int read = atOnce ? port->Line().Read(pData, count, timeouts.ReadTotalTimeoutConstant)
                           : ReadBlock(port->Line(), static_cast<char*>(pData), count, timeouts);
-  // A line of the host's own may tell of a failure with a negative count.
+  // A host's line may report a failure by a negative count.
   *pRead = static_cast<DWORD>(std::max(read, 0));
   return true;
 }

@@ -1,9 +1,9 @@
 #include "gpsengine/platform/thread.h"
 
-#include <sys/resource.h>
-
 #include <system_error>
 #include <thread>
+
+#include "gpsengine/platform/system.h"
 
 namespace {
 
@@ -22,18 +22,12 @@ class Thread : public CWinThread {
   std::thread m_Thread;
 };
 
-void TakePriority(int nPriority) {
-  // Of the calling thread alone. An ordinary user may not raise it, and the thread then runs at the normal
-  // one.
-  if (nPriority > THREAD_PRIORITY_NORMAL) setpriority(PRIO_PROCESS, 0, -5 * nPriority);
-}
-
 }  // namespace
 
 std::unique_ptr<CWinThread> AfxBeginThread(AFX_THREADPROC pfn, void* pParam, int nPriority) {
   try {
     return std::make_unique<Thread>(std::thread([=] {
-      TakePriority(nPriority);
+      if (nPriority > THREAD_PRIORITY_NORMAL) RaisePriority(nPriority);
       pfn(pParam);
     }));
   } catch (const std::system_error&) {

@@ -1,9 +1,9 @@
 #include "gpsengine/platform/messagebox.h"
 
-#include <unistd.h>
-
 #include <cstdio>
 #include <mutex>
+
+#include "gpsengine/platform/system.h"
 
 namespace {
 
@@ -12,13 +12,6 @@ std::mutex g_Mutex;
 MessageBoxHandler& Handler() {
   static auto* const handler = new MessageBoxHandler;
   return *handler;
-}
-
-void WaitForEnter() {
-  std::fputs("Press Enter to go on.\n", stderr);
-  char c = 0;
-  while (read(STDIN_FILENO, &c, 1) == 1 && c != '\n') {
-  }
 }
 
 }  // namespace
@@ -39,5 +32,5 @@ void AfxMessageBox(const CString& text, BoxKind kind) {
     return;
   }
   std::fprintf(stderr, "%s\n", text.ToUtf8().c_str());
-  if (kind == BoxKind::pause && isatty(STDIN_FILENO) == 1) WaitForEnter();
+  if (kind == BoxKind::pause) WaitForEnter();
 }

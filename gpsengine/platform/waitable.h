@@ -7,15 +7,15 @@
 
 #include "gpsengine/platform/types.h"
 
-/// What a HANDLE stands for.
+/// The object that a HANDLE refers to.
 class KernelObject {
  public:
   virtual ~KernelObject() = default;
-  /// The handle has been closed: releases who is blocked on the object.
+  /// The handle has been closed: releases blocked callers.
   virtual void OnClose() = 0;
 };
 
-/// Gives an object a handle that was never given out before.
+/// Assigns a new handle to an object.
 HANDLE AddHandle(std::shared_ptr<KernelObject> pObject);
 /// The object, or null if the handle is not open.
 std::shared_ptr<KernelObject> FindHandle(HANDLE handle);
@@ -25,12 +25,11 @@ std::shared_ptr<T> FindObject(HANDLE handle) {
   return std::dynamic_pointer_cast<T>(FindHandle(handle));
 }
 
-/// One blocked thread. What it waits for is looked at under g_WaitMutex, and whoever makes that come true
-/// wakes it.
+/// A blocked thread. Its condition is checked under g_WaitMutex; code that makes it true wakes the thread.
 struct Waiter {
   std::condition_variable condition;
 };
 
-/// Guards the state of all events, and the sleep of all waiters. Waits are few and short, so one mutex serves
-/// them all, and a wait for several objects needs no more.
+/// Guards the state of all events and all waiters. Waits are few and short, so one mutex is enough, and makes
+/// waiting for several objects simple.
 extern std::mutex g_WaitMutex;

@@ -2,12 +2,15 @@
 
 #include <chrono>
 #include <thread>
+#include <utility>
 
 #include "gpsengine/platform/ctime.h"
+#include "gpsengine/platform/system.h"
 
 namespace {
 
 thread_local Clock* t_pClock = nullptr;
+thread_local int t_nNoStop = 0;  // number of live CNoStop objects
 
 }  // namespace
 
@@ -34,13 +37,25 @@ bool Clock::Wait(WaitKind, DWORD ms, const std::function<bool(DWORD)>& block) {
 }
 
 Clock& CurrentClock() {
-  // Never destroyed: a thread may still be waiting while the process takes its statics down.
+  // Never destroyed: a thread may still be waiting during static destruction.
   static auto* const pReal = new Clock;
   return t_pClock == nullptr ? *pReal : *t_pClock;
 }
 
-void SetClock(Clock* pClock) {
-  t_pClock = pClock;
+Clock* SetClock(Clock* pClock) {
+  return std::exchange(t_pClock, pClock);
+}
+
+bool IsStopping() {
+  return t_nNoStop == 0 && CurrentClock().WantsStop();
+}
+
+CNoStop::CNoStop() {
+  ++t_nNoStop;
+}
+
+CNoStop::~CNoStop() {
+  --t_nNoStop;
 }
 
 void Sleep(DWORD ms) {
@@ -56,6 +71,5 @@ CTime CTime::GetCurrentTime() {
 }
 
 std::tm* CTime::GetLocalTm(std::tm* pTm) const {
-  const std::time_t seconds = m_nSeconds;
-  return localtime_r(&seconds, pTm);
+  return LocalTime(m_nSeconds, pTm);
 }

@@ -1,0 +1,51 @@
+#include "gpsengine/platform/system.h"
+
+#include <sys/eventfd.h>
+#include <sys/resource.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstdlib>
+
+WakeUp::WakeUp() : m_nDescriptor(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {}
+
+WakeUp::~WakeUp() {
+  close(m_nDescriptor);
+}
+
+void WakeUp::Set() {
+  eventfd_write(m_nDescriptor, 1);
+}
+
+void WakeUp::Clear() {
+  eventfd_t count = 0;
+  eventfd_read(m_nDescriptor, &count);
+}
+
+void RaisePriority(int nPriority) {
+  // On Linux each thread has its own nice value.
+  setpriority(PRIO_PROCESS, 0, -5 * nPriority);
+}
+
+std::string ConfigurationFolder() {
+  const char* configured = std::getenv("XDG_CONFIG_HOME");
+  if (configured != nullptr && *configured != '\0') return configured;
+  const char* home = std::getenv("HOME");
+  return std::string(home == nullptr ? "." : home) + "/.config";
+}
+
+std::string StandardPort(int nPort) {
+  return "/dev/ttyS" + std::to_string(nPort - 1);
+}
+
+void WaitForEnter() {
+  if (isatty(STDIN_FILENO) != 1) return;
+  std::fputs("Press Enter to go on.\n", stderr);
+  char c = 0;
+  while (read(STDIN_FILENO, &c, 1) == 1 && c != '\n') {
+  }
+}
+
+std::tm* LocalTime(std::time_t seconds, std::tm* pTm) {
+  return localtime_r(&seconds, pTm);
+}

@@ -1,0 +1,33 @@
+#pragma once
+
+#include <ctime>
+#include <string>
+
+// What a port to another system implements, besides files (file.h) and serial devices (serial.h).
+
+/// Wakes a thread that polls descriptors.
+class WakeUp {
+ public:
+  WakeUp();
+  ~WakeUp();
+  WakeUp(const WakeUp&) = delete;
+  WakeUp& operator=(const WakeUp&) = delete;
+
+  void Set();                                       ///< Makes the descriptor readable. From any thread.
+  void Clear();                                     ///< Makes it unreadable again.
+  int Descriptor() const { return m_nDescriptor; }  ///< Belongs to this object.
+
+ private:
+  const int m_nDescriptor;
+};
+
+/// Raises the calling thread's priority, if permitted.
+void RaisePriority(int nPriority);
+/// The user's configuration folder.
+std::string ConfigurationFolder();
+/// The default device of a port number.
+std::string StandardPort(int nPort);
+/// Blocks until the user presses Enter. Returns at once if standard input is no terminal.
+void WaitForEnter();
+/// Local date and time; null on failure.
+std::tm* LocalTime(std::time_t seconds, std::tm* pTm);

@@ -1,0 +1,177 @@
+#include "gpsengine/platform/window.h"
+
+#include <algorithm>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "gpsengine/platform/messagequeue.h"
+
+namespace {
+
+struct WindowEntry {
+  HWND hWnd;
+  CWnd* pWindow;
+  std::shared_ptr<MessageQueue> pQueue;
+};
+
+struct WindowTable {
+  std::mutex mutex;
+  std::uintptr_t nNext = 1;
+  std::vector<WindowEntry> windows;  // there are few
+  UINT nNextMessage = 0xC000;
+  std::map<std::u16string, UINT> messages;
+};
+
+// Never destroyed, like the table of handles.
+WindowTable& Windows() {
+  static auto* const table = new WindowTable;
+  return *table;
+}
+
+// The entry of a window, or null. Call with the table locked.
+WindowEntry* FindEntry(WindowTable& table, HWND hWnd) {
+  const auto entry = std::find_if(table.windows.begin(), table.windows.end(),
+                                  [hWnd](const WindowEntry& each) { return each.hWnd == hWnd; });
+  return entry == table.windows.end() ? nullptr : &*entry;
+}
+
+CWnd* FindWindow(HWND hWnd) {
+  WindowTable& table = Windows();
+  const std::lock_guard lock(table.mutex);
+  const WindowEntry* const entry = FindEntry(table, hWnd);
+  return entry == nullptr ? nullptr : entry->pWindow;
+}
+
+std::shared_ptr<MessageQueue> FindQueue(HWND hWnd) {
+  WindowTable& table = Windows();
+  const std::lock_guard lock(table.mutex);
+  const WindowEntry* const entry = FindEntry(table, hWnd);
+  return entry == nullptr ? nullptr : entry->pQueue;
+}
+
+}  // namespace
+
+void Dispose(const MSG& message) {
+  delete message.pFreight;
+  if (message.pfnDispose != nullptr) message.pfnDispose(message.wParam);
+}
+
+LRESULT Deliver(const MSG& message) {
+  CWnd* const window = FindWindow(message.hwnd);
+  if (window == nullptr) {
+    Dispose(message);
+    return 0;
+  }
+  return window->WindowProc(message.message, message.wParam, message.lParam);
+}
+
+CWnd::~CWnd() {
+  DestroyWindow();
+}
+
+bool CWnd::Create() {
+  if (m_hWnd != nullptr) return false;
+  WindowTable& table = Windows();
+  const std::lock_guard lock(table.mutex);
+  m_hWnd = reinterpret_cast<HWND>(table.nNext++);
+  table.windows.push_back({m_hWnd, this, MessageQueue::OfThisThread()});
+  return true;
+}
+
+bool CWnd::DestroyWindow() {
+  if (m_hWnd == nullptr) return false;
+  std::shared_ptr<MessageQueue> queue;
+  {
+    WindowTable& table = Windows();
+    const std::lock_guard lock(table.mutex);
+    WindowEntry& entry = *FindEntry(table, m_hWnd);
+    queue = std::move(entry.pQueue);
+    entry = std::move(table.windows.back());
+    table.windows.pop_back();
+  }
+  queue->Forget(m_hWnd);
+  m_hWnd = nullptr;
+  return true;
+}
+
+const AFX_MSGMAP* CWnd::GetThisMessageMap() {
+  static constexpr AFX_MSGMAP_ENTRY kNone[] = {{0, nullptr}};
+  static constexpr AFX_MSGMAP kMap{nullptr, kNone};
+  return &kMap;
+}
+
+const AFX_MSGMAP* CWnd::GetMessageMap() const {
+  return GetThisMessageMap();
+}
+
+LRESULT CWnd::WindowProc(UINT message, WPARAM wParam, LPARAM lParam) {
+  const AFX_MSGMAP* map = GetMessageMap();
+  while (map != nullptr) {
+    for (const AFX_MSGMAP_ENTRY* row = map->lpEntries; row->nMessage != 0; ++row) {
+      if (row->nMessage == message) return row->pfnHandle(*this, wParam, lParam);
+    }
+    map = map->pfnGetBaseMap == nullptr ? nullptr : map->pfnGetBaseMap();
+  }
+  return 0;
+}
+
+bool IsWindow(HWND hWnd) {
+  return FindWindow(hWnd) != nullptr;
+}
+
+static bool Post(const MSG& posted) {
+  {
+    // With the table locked, so that the window cannot be destroyed meanwhile.
+    WindowTable& table = Windows();
+    const std::lock_guard lock(table.mutex);
+    const WindowEntry* const entry = FindEntry(table, posted.hwnd);
+    if (entry != nullptr && entry->pQueue->Post(posted)) return true;
+  }
+  Dispose(posted);
+  return false;
+}
+
+bool PostMessageW(HWND hWnd, UINT message, WPARAM wParam, LPARAM lParam, MessageDisposer pfnDispose) {
+  return Post({hWnd, message, wParam, lParam, pfnDispose, nullptr});
+}
+
+bool PostMessageW(HWND hWnd, UINT message, std::unique_ptr<MessageFreight> freight) {
+  return Post({hWnd, message, 0, 0, nullptr, freight.release()});
+}
+
+LRESULT SendMessageW(HWND hWnd, UINT message, WPARAM wParam, LPARAM lParam) {
+  const MSG sent{hWnd, message, wParam, lParam, nullptr, nullptr};
+  const auto queue = FindQueue(hWnd);
+  if (queue == nullptr) return 0;
+  if (queue == MessageQueue::OfThisThread()) return Deliver(sent);
+  return queue->SendAndWait(sent);
+}
+
+bool PeekMessageW(MSG* pMsg, UINT nRemove) {
+  return MessageQueue::OfThisThread()->Take(*pMsg, (nRemove & PM_REMOVE) != 0);
+}
+
+LRESULT DispatchMessageW(const MSG& msg) {
+  return msg.hwnd == nullptr ? 0 : Deliver(msg);
+}
+
+void PostQuitMessage() {
+  MessageQueue::OfThisThread()->PostQuit();
+}
+
+UINT RegisterWindowMessageW(const WCHAR* pszName) {
+  WindowTable& table = Windows();
+  const std::lock_guard lock(table.mutex);
+  const auto [entry, added] = table.messages.try_emplace(pszName, table.nNextMessage);
+  if (added) ++table.nNextMessage;
+  return entry->second;
+}
+
+int GetQueueDescriptor() {
+  return MessageQueue::OfThisThread()->Descriptor();
+}
+
+unsigned long long GetLostMessages() {
+  return MessageQueue::OfThisThread()->Lost();
+}
