@@ -6,8 +6,9 @@
 
 namespace bench {
 
-/// GGA, GSA, GSV, VTG, RMC, GLL and ZDA, once a second, as a simulated receiver on the road sends them: at
-/// least `bytes` of them, the same at every run.
+/// What receivers send once a second, GGA, GSA, GSV, VTG, RMC, GLL and ZDA, for ten seconds each: of one on
+/// the road, of one that stands still, of one without a fix, and of one that has four satellite systems. At
+/// least `bytes` of it, the same at every run.
 std::string MakeCorpus(std::size_t bytes);
 
 /// The sentences of a corpus, each with its line end.

@@ -156,7 +156,8 @@ TEST(HostMoment, GivesATimeOfDayTheNearestDate) {
 
 TEST(HostMoment, FindsTheDateOfARecordingHoweverItIsCut) {
   const std::string stream =
-      "noise$" + WithChecksum("$GNRMC,120000.00,A,4807,N,01131,E,0,0,140524,,") +
+      "noise$" +  // the first one is longer than the standard allows
+      WithChecksum("$GNRMC,120000.00,A,4807.00000000,N,01131.00000000,E,0.000,000.000,140524,11.5982,E,D") +
       WithChecksum("$GPRMC,120001,V,,,,,,,010199,,") +  // no fix: its clock may tell anything
       "$GPZDA,120000,15,05,2031,00,00*00\r\n";          // broken
   for (const std::size_t cut : {std::size_t{1}, std::size_t{13}, stream.size()}) {
