@@ -462,3 +462,22 @@ TEST_F(HostRinex, IsReadByAPostProcessorThatFindsTheWayFromAnotherAntenna) {
     }
   }
 }
+
+// Of the models whose blocks a program that no one here wrote reads too.
+TEST_F(HostRinex, SaysWhatAConverterMakesOfTheSameBytes) {
+  if (std::system("command -v convbin >/dev/null && command -v python3 >/dev/null") != 0)
+    GTEST_SKIP() << "convbin, of the package rtklib, or python3 is missing";
+  constexpr const char* kFormats[] = {"", "hemis", "nov"};  // of kRawModels
+  for (const std::size_t i : {1, 2}) {
+    const auto receiver = simulator::MakeReceiver({.model = kRawModels[i].name});
+    for (const RinexVersion version : kVersions) {
+      Log(folder_ + "/ours", kRawModels[i], *receiver, version);
+      const std::string command =
+          "cd " + folder_ + " && convbin -r " + kFormats[i] + " ours.log -tr 2024/5/1 12:0:0 -od -os -v " +
+          (version == RinexVersion::v2_11 ? "2.11" : "3.04") +
+          " -o theirs.obs -n theirs.nav 2>/dev/null && for kind in obs nav; do " GPSENGINE_SOURCE
+          "/tools/compare-rinex ours.$kind theirs.$kind >$kind.txt || exit 1; done";
+      EXPECT_EQ(std::system(command.c_str()), 0) << kRawModels[i].name;
+    }
+  }
+}
