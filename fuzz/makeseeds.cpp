@@ -10,14 +10,11 @@
 #include <map>
 #include <memory>
 #include <set>
-#include <string>
 #include <string_view>
-#include <vector>
 
 #include "gpsengine/drivers/receivers.h"
 #include "gpsengine/platform/application.h"
 #include "gpsengine/receiver/sentencetable.h"
-#include "simulator/simulator.h"
 #include "tests/support/conversation.h"
 
 namespace {
@@ -67,12 +64,7 @@ class Dictionary {
     if (word.size() >= 2 && word.size() <= 40 && word.find_first_not_of("0123456789.+-") != word.npos)
       m_Words.emplace(word);
   }
-  // A number at the bounds of what one may be.
   void AddNumber(std::string_view number) { m_Words.emplace(number); }
-  // The same as Add, if it is text.
-  void AddText(std::string_view word) {
-    if (std::all_of(word.begin(), word.end(), [](char c) { return c > ' ' && c < 127; })) Add(word);
-  }
   void Write(const fs::path& path) const {
     std::ofstream file(path);
     file << std::hex << std::setfill('0');
@@ -117,27 +109,9 @@ void AddMessages(Seeds& seeds, const std::string& heard, std::map<std::string, i
     const std::string tag = TagOf(line);
     if (line.find_first_of("$#P") != 0 || ++known[tag] > 4) continue;
     bundles[tag] += kByTagAttachedRepaired + line + '\n';
-    for (const std::string& word : WordsOf(line)) seeds.Add("number_fuzz", 'n' + word);
     seeds.Add("parser_fuzz", "\x04"s + std::string(20, '\0') + '\n' + line);
   }
   for (const auto& [tag, bundle] : bundles) seeds.Add("parse_fuzz", "m1" + bundle);
-}
-
-// A record of the payload target: its kind, how much of it is attached, its content.
-std::string Payload(char kind, std::string content, std::size_t length) {
-  content.resize(length, '\0');
-  return kind + "\x07"s + content;
-}
-
-void AddPayloads(Seeds& seeds) {
-  // Good measurements of five satellites, each with the count of those to follow, and their position.
-  std::string epoch = "m";
-  for (char satellite = 5; satellite > 0; --satellite)
-    epoch += Payload(0, "\x01"s + char(satellite - 1) + satellite + std::string(6, '\0') + '\x18', 43);
-  seeds.Add("payload_fuzz", epoch + Payload(1, "", 57));
-  seeds.Add("payload_fuzz", "m" + Payload(2, "\x05\xAA", 133) + Payload(3, "", 38) + Payload(4, "", 71));
-  seeds.Add("payload_fuzz", "m" + Payload(5, "\0\x80\0"s, 135) + Payload(6, "\0\x2C\x01"s, 307));
-  seeds.Add("payload_fuzz", "m" + Payload(7, "\x10", 1 + 4 + 18 + 16 + 4));
 }
 
 // Blocks of raw data: each by itself, and two of them in a row.
@@ -202,12 +176,13 @@ int main(int argc, char** argv) {
     const Conversation conversation = Talk(*receiver);
     for (const std::string& line : LinesOf(conversation.said)) dictionary.Add(line);
     for (const std::string& line : LinesOf(conversation.heard))
-      for (const std::string& word : WordsOf(line)) dictionary.AddText(word);
+      for (const std::string& word : WordsOf(line))
+        if (std::all_of(word.begin(), word.end(), [](char c) { return c > ' ' && c < 127; }))
+          dictionary.Add(word);
     AddConversation(seeds, model++, conversation);
     AddMessages(seeds, conversation.heard, known);
     if (receiver->GetName() == "Other") AddFiles(seeds, conversation.heard);
   }
-  AddPayloads(seeds);
   AddBlocks(seeds);
   dictionary.Write(folder / "gps.dict");
   std::printf("%d seeds in %s\n", seeds.Count(), argv[1]);

@@ -1,6 +1,5 @@
 // Messages straight into one receiver: of any kind, by their tag or by a kind that the caller claims, with
 // bytes attached or without, in 8-bit text or in any characters at all.
-#include <string>
 
 #include "fuzz/support.h"
 
@@ -23,7 +22,9 @@ void ParseLine(Rig& rig, CGPSReceiver& receiver, std::string_view line) {
   std::string bytes(input.Rest());
   if ((choice & kRepaired) != 0) RepairChecksums(reinterpret_cast<std::uint8_t*>(bytes.data()), bytes.size());
 
-  receiver.AttachRawData(bytes.data(), (choice & kAttached) != 0 ? static_cast<int>(bytes.size()) : 0);
+  // Some of them cut short, as a message behind a port prompt may be.
+  const std::size_t attached = (choice & kAttached) != 0 ? bytes.size() * (16 - choice / 16) / 16 : 0;
+  receiver.AttachRawData(bytes.data(), static_cast<int>(attached));
   CString text = TextOf(bytes, (choice & kWide) != 0);
   EraseZeros(text);
   text += "\r\n";

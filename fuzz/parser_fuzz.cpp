@@ -1,6 +1,10 @@
-// The field parser against fields that are split off beforehand.
+// The field parser against fields that are split off beforehand, and the two number readers against the C
+// library's, which read the same numbers where the text is plainly decimal.
+#include <climits>
+#include <cmath>
+#include <cstdlib>
+#include <cstring>
 #include <optional>
-#include <string>
 #include <vector>
 
 #include "fuzz/support.h"
@@ -26,6 +30,42 @@ std::vector<Field> Split(const CString& text, const CString& delimiters) {
     fields.push_back({text.Mid(start).Left(end - start), text.Mid(end + 1)});
   }
   return fields;
+}
+
+// What stands behind the white space, up to the first character that no number has, so that the C library is
+// shown no hexadecimal number and no word for one.
+std::string Head(std::u16string_view text, const char16_t* pszCharacters, std::size_t& nStart) {
+  nStart = std::min(text.find_first_not_of(u" \t\n\v\f\r"), text.size());
+  const auto head = text.substr(nStart, text.find_first_not_of(pszCharacters, nStart) - nStart);
+  return std::string(head.begin(), head.end());
+}
+
+void CheckInt(std::u16string_view text) {
+  std::size_t start = 0;
+  const std::string head = Head(text, u"0123456789+-", start);
+  char* end = nullptr;
+  const long long expected = std::strtoll(head.c_str(), &end, 10);
+  const bool good = end != head.c_str() && expected < INT_MAX && expected > INT_MIN;
+
+  int value = 4711;
+  Require(ParseInt(text, &value) == good, "a whole number is read or refused");
+  Require(value == (good ? expected : 4711), "a whole number has its value");
+}
+
+void CheckDouble(std::u16string_view text) {
+  std::size_t start = 0;
+  const std::string head = Head(text, u"0123456789+-.eE", start);
+  char* end = nullptr;
+  const double expected = std::strtod(head.c_str(), &end);
+  const bool good = end != head.c_str() && std::fabs(expected) != HUGE_VAL;
+
+  double value = 4711.0;
+  int remaining = -1;
+  Require(ParseDouble(text, value, remaining) == good, "a decimal number is read or refused");
+  Require(std::memcmp(&value, &expected, sizeof value) == 0,
+          "a decimal number has its value to the last bit");
+  const auto rest = static_cast<int>(text.size() - start) - static_cast<int>(end - head.c_str());
+  Require(remaining == (good ? rest : -1), "the rest is counted");
 }
 
 // Reads a field from the parser. Nothing if the read fails, which it says in the way that it was told to.
@@ -73,6 +113,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* pData, std::size_t nSi
   const std::string_view operations = input.TakeThrough('\n');
   const CString text = TextOf(input.Rest(), (choice & 8) != 0);
   const std::vector<Field> fields = Split(text, kDelimiters[choice & 3]);
+  for (const Field& field : fields) {
+    CheckInt(field.text.View());
+    CheckDouble(field.text.View());
+  }
   bool throwing = (choice & 4) != 0;
   CParser parser(text, kDelimiters[choice & 3], throwing);
   std::size_t next = 0;

@@ -2,7 +2,6 @@
 // of its own sends them. What is taken as measurements has to be such.
 #include <cmath>
 #include <set>
-#include <string>
 #include <vector>
 
 #include "fuzz/support.h"

@@ -2,7 +2,13 @@
 
 #include <gtest/gtest.h>
 
+#include <sstream>
+#include <string>
 #include <utility>
+
+#include "gpsengine/platform/textscan.h"
+#include "gpsengine/text/number.h"
+#include "gpsengine/text/parser.h"
 
 namespace {
 
@@ -43,15 +49,10 @@ TEST(CString, CutsIndexAndCountToWhatIsThere) {
 
 TEST(CString, FindsAndEdits) {
   CString text("a,b,,c");
-  EXPECT_EQ(text.Find(u','), 1);
-  EXPECT_EQ(text.Find(u',', 2), 3);
-  EXPECT_EQ(text.Find(u',', 99), -1);
-  EXPECT_EQ(text.Find(",,"), 3);
-  EXPECT_EQ(text.Find("z"), -1);
-  EXPECT_EQ(text.FindOneOf("cb"), 2);
-  EXPECT_EQ(text.FindOneOf("xyz"), -1);
-  EXPECT_TRUE(text.StartsWith("a,b"));
-  EXPECT_FALSE(text.StartsWith("a,b,,c,"));
+  EXPECT_EQ((std::vector{text.Find(u','), text.Find(u',', 2), text.Find(u',', 99), text.Find(",,"),
+                         text.FindOneOf("cb"), text.FindOneOf("xyz")}),
+            (std::vector{1, 3, -1, 3, 2, -1}));
+  EXPECT_TRUE(text.StartsWith("a,b") && !text.StartsWith("a,b,,c,"));
   EXPECT_EQ(text.Remove(u','), 3);
   EXPECT_EQ(text, "abc");
   EXPECT_EQ(text.Insert(1, "--"), 5);
@@ -61,13 +62,6 @@ TEST(CString, FindsAndEdits) {
   EXPECT_EQ(text.CompareNoCase("a--bc"), 0);
   EXPECT_LT(text.CompareNoCase("a--bd"), 0);
   EXPECT_LT(text.CompareNoCase("a--bcd"), 0);
-}
-
-TEST(CString, ReplacesInOnePassFromTheLeft) {
-  CString text("a   b    c");  // three blanks become two, four become two
-  EXPECT_EQ(text.Replace("  ", " "), 3);
-  EXPECT_EQ(text, "a  b  c");
-  EXPECT_EQ(text.Replace("", "x"), 0);
 }
 
 TEST(CString, WidensBytesWithoutASign) {
@@ -93,16 +87,10 @@ TEST(CString, ConvertsUtf8BothWaysAndMarksWhatIsMalformed) {
 
 TEST(CString, FormatsWhatTheCommandsNeed) {
   CString text;
-  text.Format("$PASHS,RCI,%-f\r\n", 0.25);
-  EXPECT_EQ(text, "$PASHS,RCI,0.250000\r\n");
-  text.Format("$PSRF103,%02d,00,%02d,01*%02X", 4, 0, 0x20);
-  EXPECT_EQ(text, "$PSRF103,04,00,00,01*20");
-  text.Format("ASSIGNOMNI USER %.0f %d", 1557845.0, 1200);
-  EXPECT_EQ(text, "ASSIGNOMNI USER 1557845 1200");
   text.Format("%s|%5s|%-5s|%c|%%|%u|%-d|%0d", CString("a"), "b", "c", 'd', 7u, -8, 9);
   EXPECT_EQ(text, "a|    b|c    |d|%|7|-8|9");
-  text.Format("%X", -1);
-  EXPECT_EQ(text, "FFFFFFFF");
+  text.Format("%X %02X %-f %.0f", -1, 8, 0.25, 1557845.0);
+  EXPECT_EQ(text, "FFFFFFFF 08 0.250000 1557845");
 }
 
 TEST(CString, ChecksFormatsWhenTheyAreCompiled) {
@@ -120,6 +108,68 @@ TEST(CString, SurvivesARuntimeFormatThatDoesNotFit) {
   CString text;
   text.Format(CString("%s, %d, %d"), 5, CString("x"));
   EXPECT_EQ(text, "5, x, ");
+}
+
+// Texts of every length up to some registers, with what is looked for at every place and what stands outside
+// of the text at its ends.
+constexpr std::size_t kLongest = 70;
+
+TEST(TextScan, FindsACharacterWhereverItStandsAndNoneBeyondTheEnd) {
+  for (std::size_t length = 0; length < kLongest; ++length) {
+    for (std::size_t place = 0; place <= length; ++place) {
+      std::u16string text(kLongest, u'*');
+      unsigned expected = 0;
+      for (std::size_t i = 0; i < length; ++i) text[i] = i == place ? u'*' : static_cast<WCHAR>(0x1C0 + i);
+      for (std::size_t i = 0; i < place; ++i) expected ^= text[i];
+      const std::u16string_view view(text.data(), length);
+      unsigned sum = 0;
+      EXPECT_EQ(textscan::SumUpTo(view, u'*', sum), place < length ? static_cast<int>(place) : -1) << length;
+      EXPECT_EQ(sum, expected) << length << ' ' << place;
+      EXPECT_EQ(textscan::Contains(view, u'*'), place < length) << length << ' ' << place;
+      const bool marked = place < length && place < textscan::kBlock;
+      EXPECT_EQ(textscan::MatchBits(view, u'*', u'*'), marked ? std::uint64_t{1} << place : 0) << length;
+
+      const std::string bytes(text.begin(), text.end());
+      const char* const start = bytes.data();
+      const char* const found = place < length ? start + place : nullptr;
+      EXPECT_EQ(textscan::FindNear(start, start + length, '*'), found) << length << ' ' << place;
+      EXPECT_EQ(textscan::FindAny(start, start + length, '-', '*', '-'), found) << length << ' ' << place;
+    }
+  }
+}
+
+TEST(TextScan, WidensWithoutASignAndTellsWhereAZeroStands) {
+  for (int length = 0; length < static_cast<int>(kLongest); ++length) {
+    for (int zero = 0; zero <= length; ++zero) {
+      std::string bytes(kLongest, '\xE9');
+      bytes[static_cast<std::size_t>(zero)] = '\0';
+      std::u16string wide(kLongest, u'x');
+      EXPECT_EQ(textscan::WidenText(bytes.data(), length, wide.data()), zero) << length;
+      for (int i = 0; i < length; ++i) ASSERT_EQ(wide[static_cast<std::size_t>(i)], i == zero ? 0 : 0xE9);
+      EXPECT_EQ(wide[static_cast<std::size_t>(length)], u'x') << length;
+    }
+  }
+}
+
+// The short way of the parser against the one that reads anything, which the tests of the number readers
+// hold.
+TEST(TextScan, ReadsDecimalsAsTheLongWayDoes) {
+  std::istringstream numbers(
+      "0|7|4737.18624|00923.99740|.5|5.|.|1.2.3|12a|1e3|-4.5|+1| 3.25|9.75 |0.30000000000001|999999999999999|"
+      "9999999999999999|99999999999999.9|123456789.123456|0000000.1|12345678901234567|\xB2.5|1\xFF|1/2|1:2");
+  for (std::string number; std::getline(numbers, number, '|');) {
+    for (const char* ahead : {"$GPGGA*080002.00 of a fix,", "$GPVTG,", ","}) {
+      const CString field(number.c_str());
+      double expected = -1.0;
+      int left = 0;
+      const bool good = ParseDouble(field, expected, left);
+      CParser parser(ahead + field + ",N*5D", ",", false);
+      parser.SkipField();
+      double value = -1.0;
+      EXPECT_EQ(parser.GetDouble(value), good) << ahead << number;
+      EXPECT_EQ(value, good ? expected : -1.0) << ahead << number;
+    }
+  }
 }
 
 }  // namespace

@@ -8,7 +8,6 @@
 
 namespace {
 
-/// A log of nothing.
 class NullLog : public CDataLog {
  public:
   using CDataLog::CDataLog;

@@ -55,21 +55,6 @@ TEST_F(DispatchTest, TestsTheChecksum) {
   EXPECT_EQ(Published(), 0u);
 }
 
-TEST_F(DispatchTest, PublishesBehindAPositionAndBehindAWholeGroupOfSatellites) {
-  EXPECT_TRUE(FeedSentence(kGga));
-  EXPECT_EQ(Published(), 1u);
-  EXPECT_FALSE(FeedSentence(kGsa));
-  EXPECT_FALSE(FeedSentence("$GPVTG,054.7,T,034.4,M,005.5,N,010.2,K"));
-  EXPECT_FALSE(FeedSentence("$GPGSV,3,1,09,04,40,083,46"));
-  EXPECT_FALSE(FeedSentence("$GPGSV,3,2,09,05,40,083,46"));
-  EXPECT_EQ(Published(), 1u);
-  EXPECT_TRUE(FeedSentence("$GPGSV,3,3,09,06,40,083,46"));
-  EXPECT_EQ(Published(), 2u);
-  EXPECT_FALSE(FeedSentence("$GPRMC,1,2"));
-  EXPECT_FALSE(FeedSentence("$GPZDA,1,2"));
-  EXPECT_EQ(Published(), 2u);
-}
-
 TEST_F(DispatchTest, KeepsASentenceOfAMakeThatNoDecoderClaimsForOneRecord) {
   const std::pair<std::size_t, bool> lengths[] = {
       {9, false}, {82, true}, {79, true}, {10, true}, {83, false}};
@@ -166,7 +151,7 @@ TEST(DerivedReceiver, WorksWithWhatItInherits) {
 }
 
 TEST_F(DispatchTest, RemembersWhichKindsHaveComeWhileItMonitors) {
-  FeedSentence("$GPRMC,1,2");
+  EXPECT_FALSE(FeedSentence("$GPRMC,1,2"));
   EXPECT_FALSE(receiver.HaveGotNmea(GPS_STRING_RMC));
   receiver.MonitorNmea(true);
   EXPECT_TRUE(receiver.MonitoringNmea());
@@ -178,6 +163,50 @@ TEST_F(DispatchTest, RemembersWhichKindsHaveComeWhileItMonitors) {
   EXPECT_TRUE(receiver.HaveGotNmea(GPS_STRING_WAAS1));
   receiver.MonitorNmea(false);
   EXPECT_FALSE(receiver.HaveGotNmea(GPS_STRING_RMC));
+}
+
+// What goes out, and with what.
+const char kFix[] = "$GPGGA,123519,4807.038,N,01131.000,E,1,07,0.9,545.4,M,46.9,M,,";
+
+struct PublicationTest : ReceiverTest<> {
+  void Vtg(const char* kmh) { FeedSentence(std::string("$GPVTG,90,T,,M,,N,") + kmh + ",K"); }
+};
+
+TEST_F(PublicationTest, ClearsTheFlagsOfAPublishedPositionAndKeepsItsValues) {
+  Vtg("36.0");
+  line.SetUnixSeconds(1'800'000'000);
+  EXPECT_TRUE(FeedSentence(kFix));
+  EXPECT_EQ(Last().m_Time.GetTime(), 1'800'000'000);
+  EXPECT_TRUE(Last().m_bVelocityValid);
+  EXPECT_TRUE(FeedSentence("$GPGSV,1,1,05,04,40,083,46"));
+  EXPECT_FALSE(Last().m_bPositionValid);
+  EXPECT_TRUE(Last().m_bSatellitesComplete);
+  EXPECT_EQ(Last().m_dAltitude, 545.4);
+  EXPECT_EQ(Last().m_nSatellitesInView, 7);
+  EXPECT_TRUE(FeedSentence("$GPGSV,1,1,09,04,40,083,46"));
+  EXPECT_EQ(Last().m_nSatellitesInView, 9);
+}
+
+TEST_F(PublicationTest, ShowsNoMotionBelowAWalkAndKeepsItInTheWorkingRecord) {
+  Vtg("1.0");  // 0.28 m/s
+  FeedSentence(kFix);
+  EXPECT_EQ(Last().m_dSpeed, 0.0);
+  EXPECT_EQ(Last().m_dHeading, 0.0);
+  FeedSentence("$GPGSV,1,1,05,04,40,083,46");
+  EXPECT_NEAR(Last().m_dSpeed, 0.2778, 1e-4) << "the rule is for positions";
+  Vtg("1.08");
+  FeedSentence(kFix);
+  EXPECT_DOUBLE_EQ(Last().m_dSpeed, 0.3);
+}
+
+TEST_F(PublicationTest, HasOneCallbackAKindOfItsOwn) {
+  COtherGps other;
+  receiver.AddNotificationCallback(
+      GPS_NOTIFY_EPHEMERIS, [](GPSNotificationType, CGPSNotification*, void*) {}, nullptr);
+  EXPECT_TRUE(receiver.HasNotificationCallback(GPS_NOTIFY_EPHEMERIS));
+  EXPECT_FALSE(other.HasNotificationCallback(GPS_NOTIFY_EPHEMERIS));
+  receiver.AddNotificationCallback(GPS_NOTIFY_EPHEMERIS, nullptr, nullptr);
+  EXPECT_FALSE(receiver.HasNotificationCallback(GPS_NOTIFY_EPHEMERIS));
 }
 
 }  // namespace

@@ -3,15 +3,57 @@
 
 #include "gpsengine/drivers/ashtech.h"
 #include "gpsengine/drivers/gsr2650lb.h"
-#include "gpsengine/drivers/plain.h"
 #include "gpsengine/drivers/sirf.h"
 #include "gpsengine/drivers/sokkiaaxis3.h"
 #include "gpsengine/drivers/starlink.h"
-#include "tests/support/drivertest.h"
+#include "tests/support/receivertest.h"
 
 using namespace std::string_literals;
 
 namespace {
+
+template <class Receiver>
+class DriverTest : public ReceiverTest<Receiver> {
+ protected:
+  // What an operation does, as in
+  //     write "$JSAVE\r\n"; wait 2000
+  // One with a result ends in "result true" or "result false".
+  template <class Operation>
+  std::string Steps(Operation operation) {
+    this->line.ForgetSteps();
+    std::string result;
+    if constexpr (std::same_as<std::invoke_result_t<Operation, Receiver&>, bool>)
+      result = std::invoke(operation, this->receiver) ? "result true" : "result false";
+    else
+      std::invoke(operation, this->receiver);
+    const std::string steps = this->line.Transcript();
+    return steps.empty() || result.empty() ? steps + result : steps + "; " + result;
+  }
+
+  void Close() {
+    this->receiver.Suspend();
+    this->line.ForgetSteps();
+  }
+
+  // From now on the port is closed and does not open.
+  void Unplug() {
+    MapComPort(kNoPort, [] { return std::unique_ptr<SerialLine>(); });
+    this->receiver.SetupReceiver(kNoPort, 0, 0.0, "", false);
+    Close();
+  }
+
+  void Acknowledge(std::function<bool(int nWait)> answers = [](int) { return true; }) {
+    m_nWaits = 0;
+    this->line.SetStepHandler([this, answers](const CRehearsal::Step& step) {
+      if (step.kind == CRehearsal::StepKind::waitForMessage && answers(++m_nWaits))
+        this->Feed("$PASHR,ACK\r\n");
+    });
+  }
+
+ private:
+  static constexpr int kNoPort = 99;
+  int m_nWaits = 0;
+};
 
 class AcknowledgedReceiver : public COtherGps {
  public:
@@ -26,6 +68,8 @@ using LeicaDriver = DriverTest<CLeica>;
 using StarlinkDriver = DriverTest<CStarlink>;
 using GsrDriver = DriverTest<Cgsr2650lb>;
 
+constexpr auto kPosition = "$GPGGA,120000.00,4807.0380,N,01131.0000,E,1,08,0.9,545.4,M,47.0,M,,";
+constexpr auto kMotion = "$GPVTG,84.4,T,,M,22.4,N,41.5,K";
 const auto reset = [](auto& r) { return r.ResetAll(false); };
 const auto resetWithAck = [](auto& r) { return r.ResetAll(true); };
 const auto start = [](auto& r) { return r.Initialize(); };
@@ -54,33 +98,29 @@ TEST(CommandLine, HasItsEndItsLengthAndTheRightChecksum) {
 
 TEST_F(OtherDriver, SendsALineOrBytesOfTheHosts) {
   const unsigned char bytes[] = {0xA0, 0xA2, 0x00, 0xFF};
-  Check({
-      {[](auto& r) { r.Send("$JSAVE"); }, R"(write "$JSAVE\r\n")"},
-      {[](auto& r) { r.Send(""); }, R"(write "\r\n")"},
-      {[](auto& r) { r.Send(CString(u'A', 199)); }, ""},  // and a line end: one too many
-      {[&](auto& r) { return r.SendBinary(bytes, 4); }, "write-hex A0A200FF; result true", "result false"},
-      {[&](auto& r) { return r.SendBinary(bytes, 0); }, "result false", "result false"},
-      {[&](auto& r) { return r.SendBinary(nullptr, 4); }, "result false", "result false"},
-      {Raw(true), "result true", "result false"},
-  });
-}
-
-TEST_F(OtherDriver, ReportsForBytesAloneThatTheyAreCutShort) {
-  const unsigned char bytes[] = {0xA0, 0xA2, 0x00, 0xFF};
+  const auto send = [](const CString& text) { return [text](auto& r) { r.Send(text); }; };
+  const auto sendBytes = [&](auto& r) { return r.SendBinary(bytes, 4); };
+  EXPECT_EQ(Steps(send("$JSAVE")), R"(write "$JSAVE\r\n")");
+  EXPECT_EQ(Steps(send("")), R"(write "\r\n")");
+  EXPECT_EQ(Steps(send(CString(u'A', 199))), "") << "with its line end one too many";
+  EXPECT_EQ(Steps(sendBytes), "write-hex A0A200FF; result true");
+  EXPECT_FALSE(receiver.SendBinary(bytes, 0) || receiver.SendBinary(nullptr, 4));
   line.LimitWrites(2);
-  EXPECT_EQ(Steps([&](auto& r) { return r.SendBinary(bytes, 4); }), "write-hex A0A2; result false");
-  EXPECT_EQ(Steps([&](auto& r) { r.Send("$JSAVE"); }), R"(write "$J")");
+  EXPECT_EQ(Steps(sendBytes), "write-hex A0A2; result false");
+  EXPECT_EQ(Steps(send("$JSAVE")), R"(write "$J")") << "of which nobody hears";
+  Close();
+  EXPECT_EQ(Steps(sendBytes) + Steps(Raw(true)), "result falseresult false");
 }
 
 TEST_F(OtherDriver, WaitsForTheAcknowledgementOrForItsTime) {
   const auto write = [](bool bWait) {
     return [bWait](auto& r) { return r.WriteAck("$PASHS,SAV,Y\r\n", bWait, 700); };
   };
-  Check({
-      {write(false), R"(write "$PASHS,SAV,Y\r\n"; wait 700; result true)", "result false"},
-      {write(true), R"(write "$PASHS,SAV,Y\r\n"; wait-ack 700; result false)", "result false"},
-      {[](auto& r) { return r.WriteAck(CString(u'A', 201), false, 700); }, "result false", "result false"},
-  });
+  EXPECT_EQ(Steps(write(false)), R"(write "$PASHS,SAV,Y\r\n"; wait 700; result true)");
+  EXPECT_EQ(Steps(write(true)), R"(write "$PASHS,SAV,Y\r\n"; wait-ack 700; result false)");
+  EXPECT_EQ(Steps([](auto& r) { return r.WriteAck(CString(u'A', 201), false, 700); }), "result false");
+  Close();
+  EXPECT_EQ(Steps(write(false)) + Steps(write(true)), "result falseresult false");
 }
 
 TEST_F(OtherDriver, HasItsWaitArmedForTheQuickestAnswer) {
@@ -93,18 +133,13 @@ TEST_F(OtherDriver, HasItsWaitArmedForTheQuickestAnswer) {
 }
 
 TEST_F(AshtechDriver, TakesRawIntervalsFromAQuarterOfASecondOn) {
-  Check({
-      {Interval(0.25), R"(write "$PASHS,RCI,0.250000\r\n"; wait 200; result true)", "result true"},
-      {Interval(0.2), "result false", "result false"},
-      {reset, "result false", "result false"},
-      {Raw(true), Steps(Raw(true)), "result false"},
-  });
-}
-
-TEST_F(AshtechDriver, GivesUpRawOutputAtTheFirstLineThatDoesNotGoOut) {
+  EXPECT_EQ(Steps(Interval(0.25)), R"(write "$PASHS,RCI,0.250000\r\n"; wait 200; result true)");
+  EXPECT_EQ(Steps(Interval(0.2)), "result false");
   line.LimitWrites(5);
-  EXPECT_EQ(Steps(Raw(true)), R"(write "$PASH"; result false)");
+  EXPECT_EQ(Steps(Raw(true)), R"(write "$PASH"; result false)") << "the first line did not go out";
   EXPECT_EQ(Steps(Interval(2.0)), R"(write "$PASH"; wait 200; result true)");
+  Close();
+  EXPECT_EQ(Steps(Interval(0.25)) + Steps(Raw(true)), "result trueresult false");
 }
 
 TEST_F(CsiDriver, GoesOnWithAResetThatIsNotAcknowledgedAndSaysSo) {
@@ -148,20 +183,8 @@ TEST(SirfFrame, ChecksumKeeps15BitsOfTheSum) {
   EXPECT_EQ(sirf.CheckSum(payload.data(), 130), 252);
 }
 
-TEST(SirfSentence, GetsTheChecksumOfWhatStandsBehindItsDollar) {
-  CString sentence = "noise $PSRF103,00,00,02,01", noSentence = "PSRF103";
-  EXPECT_TRUE(AppendNmeaChecksum(sentence));
-  EXPECT_EQ(sentence, "noise $PSRF103,00,00,02,01*26");
-  EXPECT_FALSE(AppendNmeaChecksum(noSentence));
-}
-
-TEST_F(StarlinkDriver, ResetsWithoutAcknowledgement) {
-  const std::string whole = Steps(reset);
-  EXPECT_TRUE(whole.ends_with("result true"));
-  EXPECT_EQ(Steps(resetWithAck), whole);
-}
-
-TEST_F(StarlinkDriver, GoesOnWithAResetThatDoesNotGoOut) {
+TEST_F(StarlinkDriver, ResetsWithoutAcknowledgementAndGoesOnIfItDoesNotGoOut) {
+  EXPECT_TRUE(Steps(resetWithAck).ends_with("result true"));
   line.LimitWrites(1);
   EXPECT_EQ(Steps(reset), R"(write "$"; wait 5000; write "$"; wait 200; write "$"; wait 200; )"
                           R"(write "$"; wait 200; write "$"; wait 200; write "$"; wait 200; result false)");
@@ -186,34 +209,20 @@ class JDriver : public DriverTest<CSokkiaAxis3> {
   }
 };
 
-TEST_F(JDriver, TakesItsTimeOnAClosedPortToo) {
-  EXPECT_EQ(Steps(Source(-1)), R"(write "$JSAVE\r\n"; wait 2000)");
-  Close();
-  EXPECT_EQ(Steps(Source(DGPS_MODE_NONE)), "wait 1000; wait 2000");
-  EXPECT_EQ(Steps(start), "wait 10; wait 500; result true");
-}
-
 TEST_F(JDriver, SwitchesRawOutputAtOneOfTwoRates) {
-  const auto at = [](const char* pszRate) {
-    return std::string("write \"$JBIN,96,") + pszRate + R"(\r\n"; write "$JBIN,95,)" + pszRate +
-           R"(\r\n"; write "$JSAVE\r\n"; result true)";
-  };
-  for (const double fast : {5.0, 5.9}) EXPECT_EQ(Steps(Interval(fast)), at("0.2"));
-  for (const double slow : {0.2, 6.0}) EXPECT_EQ(Steps(Interval(slow)), at("1")) << slow;
-  Close();
-  EXPECT_EQ(Steps(Interval(5.0)), "result true");
+  for (const auto& [interval, rate] : {std::pair(5.0, "0.2"), {5.9, "0.2"}, {0.2, "1"}, {6.0, "1"}})
+    EXPECT_TRUE(Steps(Interval(interval)).starts_with("write \"$JBIN,96,"s + rate + "\\r")) << interval;
 }
 
 TEST_F(JDriver, AndItsLikeRefuseAnIntervalThatNoLineCanHold) {
   CAshtech ashtech;
   Cgsr2650lb gsr;
-  for (CGPSReceiver* const each : {static_cast<CGPSReceiver*>(&receiver),
-                                   static_cast<CGPSReceiver*>(&ashtech), static_cast<CGPSReceiver*>(&gsr)}) {
-    line.ForgetSteps();
-    for (const double interval : {std::nan(""), HUGE_VAL, 1e300})
-      EXPECT_FALSE(each->SetRawDataOutputInterval(interval)) << each->GetName().ToUtf8() << interval;
-    EXPECT_EQ(line.Transcript(), "");
-  }
+  line.ForgetSteps();
+  for (const double interval : {std::nan(""), HUGE_VAL, 1e300})
+    EXPECT_FALSE(receiver.SetRawDataOutputInterval(interval) || ashtech.SetRawDataOutputInterval(interval) ||
+                 gsr.SetRawDataOutputInterval(interval))
+        << interval;
+  EXPECT_EQ(line.Transcript(), "");
 }
 
 TEST_F(JDriver, RepeatsTheLastIntervalOfBlock95BehindASave) {
@@ -229,39 +238,21 @@ TEST_F(JDriver, RepeatsTheLastIntervalOfBlock95BehindASave) {
   EXPECT_EQ(Closing(), kSlow);
 }
 
-namespace {
-
-constexpr auto kPosition = "$GPGGA,120000.00,4807.0380,N,01131.0000,E,1,08,0.9,545.4,M,47.0,M,,";
-constexpr auto kMotion = "$GPVTG,84.4,T,,M,22.4,N,41.5,K";
-
-}  // namespace
-
 TEST_F(GsrDriver, TunesWithinItsBandAlone) {
   const auto tune = [](double f) { return [f](auto& r) { r.ChangeCDGPS_Freq(f); }; };
-  const auto tuned = [](const std::string& kHz) {
-    return "write \"ASSIGNLBAND CDGPS " + kHz + R"( 4800\r\n"; wait 100; write "SAVECONFIG\r\n"; wait 1000)";
-  };
-  const std::string lowest = tuned("0"), highest = tuned("3000000");
-  Check({
-      {[](auto& r) { r.SetLbandFrequency(1535.1375, 600); },
-       R"(write "ASSIGNOMNI USER 1535138 600\r\n"; wait 800; write "SAVECONFIG\r\n"; wait 2000)"},
-      {tune(0), lowest},
-      {tune(3000), highest},
-      {tune(3000.5), ""},
-      {tune(-1), ""},
-      {tune(std::nan("")), ""},
-  });
+  for (const double outside : {3000.5, -1.0, std::nan("")}) EXPECT_EQ(Steps(tune(outside)), "");
+  EXPECT_TRUE(Steps(tune(0)).starts_with("write \"ASSIGNLBAND CDGPS 0 4800"));
+  EXPECT_TRUE(Steps(tune(3000)).starts_with("write \"ASSIGNLBAND CDGPS 3000000 4800"));
+  EXPECT_TRUE(Steps([](auto& r) {
+                r.SetLbandFrequency(1535.1375, 600);
+              }).starts_with("write \"ASSIGNOMNI USER 1535138 600"));
 }
 
-TEST_F(GsrDriver, TellsTheHostItsNewSourceWithTheNextPublication) {
+TEST_F(GsrDriver, TellsTheHostItsNewSourceAndForgetsWhatItAsksForAgain) {
   receiver.SetDgpsMode(DGPS_MODE_CDGPS);
   ASSERT_TRUE(FeedSentence(kMotion)) << "a sentence that by itself publishes nothing";
-  EXPECT_TRUE(Last().m_Status.m_bStatusUpdated);
-  EXPECT_TRUE(Last().m_Status.m_bDgpsModeValid);
+  EXPECT_TRUE(Last().m_Status.m_bStatusUpdated && Last().m_Status.m_bDgpsModeValid);
   EXPECT_EQ(Last().m_Status.m_nDgpsMode, DGPS_MODE_CDGPS);
-}
-
-TEST_F(GsrDriver, ForgetsWhatItAsksForAgain) {
   const std::pair<void (Cgsr2650lb::*)(), DgpsMode> rows[] = {
       {&Cgsr2650lb::QueryDgpsMode, DGPS_MODE_NONE},
       {&Cgsr2650lb::QueryBeacon, DGPS_MODE_NONE},

@@ -1,20 +1,11 @@
 // The engine with its reader thread on a live line, in real time of tens of milliseconds, and with bytes fed
 // by hand.
-#include "gpsengine/engine/gpsengine.h"
-
-#include <gtest/gtest.h>
-
-#include <unistd.h>
-
-#include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <sstream>
-#include <string>
 
 #include "gpsengine/drivers/gsr2650lb.h"
-#include "gpsengine/drivers/plain.h"
 #include "tests/support/enginetest.h"
+#include "tests/support/temporaryfolder.h"
+#include "tests/support/texts.h"
 
 namespace {
 
@@ -104,15 +95,13 @@ TEST_F(LiveEngineTest, StopsAtOnceOnASilentLineAndOnALostOne) {
     if (lost) terminal.HangUp();
     Sleep(lost ? 250 : 30);
     EXPECT_TRUE(engine.IsActive()) << "a lost port is a silent line";
-    const auto start = CurrentClock().Milliseconds();
-    engine.Stop();
-    EXPECT_LT(CurrentClock().Milliseconds() - start, 500u);
+    EXPECT_LT(Took([this] { engine.Stop(); }), 500u);
   }
 }
 
 TEST_F(LiveEngineTest, RecordsTheBytesOfThePort) {
-  const std::string path = testing::TempDir() + "gpsengine-record-" + std::to_string(getpid());
-  engine.m_strRecordFile = CString::FromUtf8(path);
+  const TemporaryFolder folder;
+  engine.m_strRecordFile = CString::FromUtf8(folder / "record");
   engine.m_bRecordRaw = true;
   ASSERT_TRUE(engine.Start());
   terminal.Send(kGga + "\x01\xFF" + kRmc);
@@ -121,9 +110,7 @@ TEST_F(LiveEngineTest, RecordsTheBytesOfThePort) {
   terminal.Send(kGga);
   ASSERT_TRUE(UntilRecords(2));
   engine.Stop();
-  std::ifstream file(path, std::ios::binary);
-  EXPECT_EQ(std::string(std::istreambuf_iterator<char>(file), {}), kGga + "\x01\xFF" + kRmc);
-  std::filesystem::remove(path);
+  EXPECT_EQ(ReadFile(folder / "record"), kGga + "\x01\xFF" + kRmc);
   EXPECT_TRUE(boxes.empty());
 }
 
@@ -151,37 +138,27 @@ TEST_F(LiveEngineTest, MayBeStoppedAndCommandedFromACallback) {
 class PlaybackTest : public EngineTest {
  protected:
   PlaybackTest() {
-    std::filesystem::create_directories(folder);
     engine.m_bEmulation = true;
-    engine.m_strEmulationDir = CString::FromUtf8(folder.string() + "/");
+    engine.m_strEmulationDir = CString::FromUtf8(folder / "");
   }
-  ~PlaybackTest() override {
-    engine.Stop();
-    std::filesystem::remove_all(folder);
-  }
-  void Write(const char* name, const std::string& text) {
-    std::ofstream(folder / name, std::ios::binary) << text;
-  }
+  ~PlaybackTest() override { engine.Stop(); }
 
-  const std::filesystem::path folder =
-      std::filesystem::temp_directory_path() / ("gpsengine-playback-" + std::to_string(getpid()));
+  const TemporaryFolder folder;
 };
 
 TEST_F(PlaybackTest, PlaysALineAtATimeInALoop) {
-  Write("Emulation.log", kGga.substr(0, kGga.size() - 2));         // without a line end
-  engine.m_strEmulationFile = CString::FromUtf8(folder.string());  // a folder, which is no recording
+  WriteFile(folder / "Emulation.log", kGga.substr(0, kGga.size() - 2));  // without a line end
+  engine.m_strEmulationFile = CString::FromUtf8(folder / "");            // a folder, which is no recording
   const auto start = CurrentClock().Milliseconds();
   ASSERT_TRUE(engine.Start());
   ASSERT_TRUE(UntilRecords(2));
   EXPECT_GE(CurrentClock().Milliseconds() - start, 1000u);
-  const auto stop = CurrentClock().Milliseconds();
-  engine.Stop();
-  EXPECT_LT(CurrentClock().Milliseconds() - stop, 400u);
+  EXPECT_LT(Took([this] { engine.Stop(); }), 400u);
 }
 
 TEST_F(PlaybackTest, ShowsAPauseLineAndGoesOn) {
-  Write("drive.log", "QRV PAUSE,Turn the key, now\n" + kGga);
-  engine.m_strEmulationFile = CString::FromUtf8((folder / "drive.log").string());
+  WriteFile(folder / "drive.log", "QRV PAUSE,Turn the key, now\n" + kGga);
+  engine.m_strEmulationFile = CString::FromUtf8(folder / "drive.log");
   ASSERT_TRUE(engine.Start());
   ASSERT_TRUE(UntilRecords(1));
   engine.Stop();
@@ -192,8 +169,8 @@ TEST_F(PlaybackTest, NamesTheFileThatItCannotPlayAndStops) {
   ASSERT_TRUE(engine.Start());
   EXPECT_TRUE(Until([this] { return !engine.IsActive(); }));
   engine.Stop();
-  EXPECT_EQ(boxes, std::vector<std::string>{"Unable to open the emulation file: '" + folder.string() +
-                                            "/Emulation.log'."});
+  EXPECT_EQ(boxes, std::vector<std::string>{"Unable to open the emulation file: '" + (folder / "") +
+                                            "Emulation.log'."});
 }
 
 // Keeps its line alive, and clears on the host's thread what it has asked for.

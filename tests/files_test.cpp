@@ -1,47 +1,29 @@
 // Files that fail a run: a disk that fills up, a folder in place of a file, a recording that is no recording.
-#include <gtest/gtest.h>
-#include <unistd.h>
-
-#include <filesystem>
-#include <fstream>
-#include <iterator>
-
+#include "gpsengine/drivers/sirf.h"
 #include "tests/support/enginetest.h"
-#include "tests/support/receivertest.h"
 #include "tests/support/scriptedline.h"
 #include "tests/support/smalldisk.h"
+#include "tests/support/temporaryfolder.h"
+#include "tests/support/texts.h"
 
 namespace {
 
-namespace fs = std::filesystem;
 using namespace std::string_literals;
 
 class FilesTest : public EngineTest {
  protected:
-  FilesTest() { fs::create_directories(folder); }
-  ~FilesTest() override {
-    engine.Stop();
-    fs::remove_all(folder);
-  }
-  std::string Path(const char* name) const { return (folder / name).string(); }
-  void Write(const char* name, const std::string& text) {
-    std::ofstream(Path(name), std::ios::binary) << text;
-  }
-  std::string Read(const char* name) {
-    std::ifstream file(Path(name), std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
-  }
+  ~FilesTest() override { engine.Stop(); }
   void RecordTo(const std::string& path) {
     engine.m_strRecordFile = CString::FromUtf8(path);
     engine.m_bRecordRaw = true;
   }
 
-  const fs::path folder = fs::temp_directory_path() / ("gpsengine-files-" + std::to_string(getpid()));
+  const TemporaryFolder folder;
 };
 
 TEST_F(FilesTest, KeepTheBytesThatADiskHadRoomForWhileTheRunGoesOn) {
   Script line(kPort);
-  RecordTo(Path("drive.log"));
+  RecordTo(folder / "drive.log");
   ASSERT_TRUE(engine.Start());
   std::string sent;
   {
@@ -52,7 +34,7 @@ TEST_F(FilesTest, KeepTheBytesThatADiskHadRoomForWhileTheRunGoesOn) {
       ASSERT_TRUE(UntilRecords(static_cast<std::size_t>(i) + 1));
     }
   }
-  EXPECT_EQ(Read("drive.log"), sent.substr(0, 1000));
+  EXPECT_EQ(ReadFile(folder / "drive.log"), sent.substr(0, 1000));
   EXPECT_FALSE(engine.m_bRecordRaw);
   EXPECT_TRUE(boxes.empty());
 }
@@ -63,7 +45,7 @@ TEST_F(FilesTest, ThatCannotBeRecordedToAreNamedOnceAndTheRunGoesOn) {
   const struct {
     std::string path;
     std::vector<std::string> boxes;
-  } rows[] = {{folder.string(), cannotOpen}, {"/dev/full", {}}, {"", cannotOpen}};
+  } rows[] = {{folder / "", cannotOpen}, {"/dev/full", {}}, {"", cannotOpen}};
   SetMessageBoxHandler([this](const CString& text, BoxKind) {
     boxes.push_back(text.ToUtf8());
     EXPECT_TRUE(engine.m_bRecordRaw) << "until the user has seen it";
@@ -84,11 +66,11 @@ TEST_F(FilesTest, ThatCannotBeRecordedToAreNamedOnceAndTheRunGoesOn) {
 
 TEST_F(FilesTest, WhoseFolderVanishesAreMissedAtTheNextStart) {
   Script line(kPort);
-  RecordTo(Path("drive.log"));
+  RecordTo(folder / "drive.log");
   ASSERT_TRUE(engine.Start());
   line.Send(FixAt(1));
   ASSERT_TRUE(UntilRecords(1));
-  fs::remove_all(folder);
+  std::filesystem::remove_all(folder / "");
   line.Send(FixAt(2));
   ASSERT_TRUE(UntilRecords(2));
   EXPECT_TRUE(boxes.empty()) << "the open file takes bytes as before";
@@ -107,36 +89,31 @@ class PlayedFilesTest : public FilesTest {
 
   void Play(
       const std::string& content, std::function<void()> atPause = [] {}) {
-    Write("played.log", kPause + content);
+    WriteFile(folder / "played.log", kPause + content);
     SetMessageBoxHandler([atPause](const CString&, BoxKind) {
       static TestClock clock;
       SetClock(&clock);
       atPause();
     });
     engine.m_bEmulation = true;
-    engine.m_strEmulationFile = CString::FromUtf8(Path("played.log"));
+    engine.m_strEmulationFile = CString::FromUtf8(folder / "played.log");
     ASSERT_TRUE(engine.Start());
   }
 };
 
-TEST_F(PlayedFilesTest, OfAnyBytesAreNoise) {
+TEST_F(PlayedFilesTest, OfAnyBytesAndLinesOfMegabytesAreNoise) {
   std::string binary;
   for (int i = 0; i < 20000; ++i) binary += static_cast<char>(i * i >> 3);
-  Play(binary + "\n\n\r\n" + "\0\0$\n"s + FixAt(1));
-  EXPECT_TRUE(UntilRecords(1));
-}
-
-TEST_F(PlayedFilesTest, OfALineOfMegabytesGoOnBehindIt) {
-  Play(std::string(5 << 20, '$') + "\n" + FixAt(1) + FixAt(2));
-  EXPECT_TRUE(UntilRecords(1));
+  Play(binary + "\n\n\r\n" + "\0\0$\n"s + FixAt(1) + std::string(5 << 20, '$') + "\n" + FixAt(2) + FixAt(3));
+  EXPECT_TRUE(UntilRecords(2));
   EXPECT_GT(engine.GetDroppedBuffers(), 0);
 }
 
 TEST_F(PlayedFilesTest, ThatChangeArePlayedAsTheyAreAtTheMoment) {
   int pauses = 0;
   Play(FixAt(1), [this, &pauses] {
-    if (++pauses == 2) Write("played.log", kPause + FixAt(2));
-    if (pauses == 4) Write("played.log", "");
+    if (++pauses == 2) WriteFile(folder / "played.log", kPause + FixAt(2));
+    if (pauses == 4) WriteFile(folder / "played.log", "");
   });
   EXPECT_TRUE(
       Until([this] { return !window.records.empty() && window.records.back().m_dTimeOfDay == 12.0; }));
@@ -145,6 +122,94 @@ TEST_F(PlayedFilesTest, ThatChangeArePlayedAsTheyAreAtTheMoment) {
   EXPECT_TRUE(engine.IsActive());
   engine.Stop();
   EXPECT_EQ(pauses, 4);
+}
+
+class ProfileTest : public testing::Test {
+ protected:
+  ProfileTest() { app.SetProfilePath(CString::FromUtf8(path)); }
+  void Write(const std::string& text) {
+    std::filesystem::create_directories(folder / "new");
+    WriteFile(folder / "new/host.ini", text);
+  }
+  std::string Text() { return ReadFile(folder / "new/host.ini"); }
+
+  const TemporaryFolder folder;
+  const std::string path = folder / "new/host.ini";
+  CWinApp app{"gpsengine-test"};
+};
+
+TEST_F(ProfileTest, KeepsNumbersAndWhatOthersWrote) {
+  Write("; mine\n[Window]\nWidth=800\n\n[SiRF]\nBaud=4800\n");
+  EXPECT_EQ(app.GetProfileInt("SiRF", "Baud", 1), 4800);
+  EXPECT_TRUE(app.WriteProfileInt("SiRF", "Baud", 38400));
+  EXPECT_TRUE(app.WriteProfileInt("Window", "Height", 600));
+  EXPECT_TRUE(app.WriteProfileInt("CSI - MAX", "Baud", 19200));
+  EXPECT_EQ(Text(),
+            "; mine\n[Window]\nHeight=600\nWidth=800\n\n[SiRF]\nBaud=38400\n[CSI - MAX]\nBaud=19200\n");
+}
+
+TEST_F(ProfileTest, KeepsTextsAndForgetsThem) {
+  EXPECT_TRUE(app.RemoveProfileEntry("Last", "Port"));
+  EXPECT_FALSE(std::filesystem::exists(path)) << "nothing was to be written";
+  Write("[Last]\nPort =  /dev/serial/by-id/usb-a = b  \n[Window]\nWidth=800\n");
+  EXPECT_EQ(app.GetProfileString("Last", "Port").ToUtf8(), "/dev/serial/by-id/usb-a = b");
+  EXPECT_EQ(app.GetProfileString("Last", "Model", "none").ToUtf8(), "none");
+  EXPECT_TRUE(app.WriteProfileString("Last", "Port", CString::FromUtf8("/dev/\xC3\xA4")));
+  EXPECT_EQ(app.GetProfileString("Last", "Port").ToUtf8(), "/dev/\xC3\xA4");
+  EXPECT_FALSE(app.WriteProfileString("Last", "Model", "a\n[Window]"))
+      << "it would be read as more than a text";
+  EXPECT_TRUE(app.RemoveProfileEntry("Last", "Port"));
+  EXPECT_EQ(Text(), "[Last]\n[Window]\nWidth=800\n");
+}
+
+TEST_F(ProfileTest, GivesTheDefaultForWhatItCannotRead) {
+  EXPECT_EQ(app.GetProfileInt("SiRF", "Baud", 7), 7);
+  Write("[SiRF]\nBaud=fast\n[Half");
+  EXPECT_EQ(app.GetProfileInt("SiRF", "Baud", 7), 7);
+  EXPECT_EQ(app.GetProfileInt("SiRF", "Speed", 7), 7);
+  Write("[SiRF]\nSpeed=1\n[Other]\nBaud=1\n");
+  EXPECT_EQ(app.GetProfileInt("SiRF", "Baud", 7), 7) << "that is another section's";
+  Write(std::string(100, '\0') + "\xFF\xFE[=\n==\n");
+  EXPECT_EQ(app.GetProfileInt("SiRF", "Baud", 7), 7);
+}
+
+TEST_F(ProfileTest, KeepsWhatItHadIfTheDiskIsFull) {
+  const std::string before = "[SiRF]\nBaud=4800\n" + std::string(3000, ';') + '\n';
+  Write(before);
+  {
+    const SmallDisk disk(1000);
+    EXPECT_FALSE(app.WriteProfileInt("SiRF", "Baud", 38400));
+  }
+  EXPECT_EQ(Text(), before);
+  EXPECT_FALSE(std::filesystem::exists(path + ".new"));
+  EXPECT_TRUE(app.WriteProfileInt("SiRF", "Baud", 38400));
+  EXPECT_EQ(app.GetProfileInt("SiRF", "Baud", 1), 38400);
+}
+
+TEST_F(ProfileTest, InPlaceOfWhichAFolderStandsOrNothingCanIsNone) {
+  std::filesystem::create_directories(path);
+  for (const CString& place : {CString::FromUtf8(path), CString("/proc/nowhere/host.ini")}) {
+    app.SetProfilePath(place);
+    EXPECT_EQ(app.GetProfileInt("SiRF", "Baud", 7), 7);
+    EXPECT_FALSE(app.WriteProfileInt("SiRF", "Baud", 1));
+  }
+  EXPECT_FALSE(std::filesystem::exists(path + ".new"));
+}
+
+TEST_F(ProfileTest, HoldsTheBaudRateOfAModelUnderItsName) {
+  const auto rate = [](CGPSReceiver&& receiver) {
+    receiver.SetProperties();
+    return receiver.GetCurrentBaudrate();
+  };
+  EXPECT_EQ(rate(CSirf()), 4800);
+  CSirf receiver;
+  receiver.SetProperties();
+  EXPECT_FALSE(receiver.SaveDifferentSettings(4800));
+  EXPECT_FALSE(std::filesystem::exists(path));
+  EXPECT_TRUE(receiver.SaveDifferentSettings(57600));
+  EXPECT_EQ(Text(), "[SiRF]\nBaud=57600\n");
+  EXPECT_EQ(rate(CSirf()), 57600);
+  EXPECT_EQ(rate(CHolux()), 4800);
 }
 
 }  // namespace

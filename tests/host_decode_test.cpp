@@ -1,15 +1,15 @@
+#include <fcntl.h>
 #include <gtest/gtest.h>
-#include <sys/mman.h>
 #include <unistd.h>
-#include <zlib.h>
 
-#include <cstdio>
-#include <fstream>
+#include <cstdlib>
 
 #include "host/decode.h"
 #include "host/line/blockguard.h"
 #include "host/run/recording.h"
 #include "tests/support/receivertest.h"
+#include "tests/support/temporaryfolder.h"
+#include "tests/support/texts.h"
 
 using namespace host;
 
@@ -28,30 +28,22 @@ std::string Stream() {
   return stream + "$GPGGA,1,2*00\r\n";
 }
 
-std::string Packed(std::string bytes) {
-  std::string packed(bytes.size() + 64, '\0');
-  z_stream stream{};
-  deflateInit2(&stream, 9, Z_DEFLATED, 16 + MAX_WBITS, 9, Z_DEFAULT_STRATEGY);
-  stream.next_in = reinterpret_cast<Bytef*>(bytes.data());
-  stream.avail_in = static_cast<uInt>(bytes.size());
-  stream.next_out = reinterpret_cast<Bytef*>(packed.data());
-  stream.avail_out = static_cast<uInt>(packed.size());
-  deflate(&stream, Z_FINISH);
-  packed.resize(stream.total_out);
-  deflateEnd(&stream);
-  return packed;
+std::string Packed(const std::string& bytes) {
+  const TemporaryFolder folder;
+  WriteFile(folder / "plain", bytes);
+  EXPECT_EQ(std::system(("gzip " + (folder / "plain")).c_str()), 0);
+  return ReadFile(folder / "plain.gz");
 }
 
 class HostDecode : public testing::Test {
  protected:
-  HostDecode() { options_.files = {testing::TempDir() + "host_decode_" + std::to_string(getpid()) + ".log"}; }
-  ~HostDecode() override { std::remove(options_.files[0].c_str()); }
+  HostDecode() { options_.files = {folder_ / "decoded.log"}; }
 
   /// What Decode writes for a file of these bytes, without the moment of publication, which is never the
   /// same. A failure's text is part of it.
   std::string Decoded(const std::string& bytes, ExitCode code = ExitCode::done) {
-    std::ofstream(options_.files[0], std::ios::binary) << bytes;
-    const int descriptor = memfd_create("output", 0);
+    WriteFile(options_.files[0], bytes);
+    const int descriptor = open((folder_ / "shown").c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600);
     Output output(descriptor);
     try {
       EXPECT_EQ(Decode(options_, interrupt_, output), code);
@@ -60,9 +52,8 @@ class HostDecode : public testing::Test {
       output.Text() = failure.what();
       output.Flush();
     }
-    std::string text(static_cast<std::size_t>(lseek(descriptor, 0, SEEK_END)), '\0');
-    EXPECT_EQ(pread(descriptor, text.data(), text.size(), 0), static_cast<ssize_t>(text.size()));
     close(descriptor);
+    std::string text = ReadFile(folder_ / "shown");
     for (std::size_t at; (at = text.find("\"m_Time\":")) != std::string::npos;)
       text.erase(at, text.find(',', at) - at + 1);
     return text;
@@ -70,6 +61,7 @@ class HostDecode : public testing::Test {
 
   CWinApp app_{"gpsengine-test"};
   Interrupt interrupt_;
+  const TemporaryFolder folder_;
   DecodeOptions options_;
 };
 
@@ -105,8 +97,8 @@ TEST_F(HostDecode, TakesHeightsAsTheyAreSetUpAndDatesARecordingByItself) {
   options_.geoid = Geoid::add;
   options_.format = Format::json;
   const std::string text = Decoded(Stream() + WithChecksum("$GPZDA,123512,31,12,1998,00,00"));
-  EXPECT_NE(text.find("\"altHAE\":590.3000"), std::string::npos) << text;
-  EXPECT_NE(text.find("\"time\":\"1998-12-31T12:35:10.000Z\""), std::string::npos) << text;
+  EXPECT_TRUE(Has(text, "\"altHAE\":590.3000"));
+  EXPECT_TRUE(Has(text, "\"time\":\"1998-12-31T12:35:10.000Z\""));
 }
 
 TEST_F(HostDecode, ReadsAPackedRecordingAsWhatItHoldsFromAFileAndFromAPipe) {
@@ -124,7 +116,7 @@ TEST_F(HostDecode, ReadsAPackedRecordingAsWhatItHoldsFromAFileAndFromAPipe) {
   close(ends[0]);
   testing::internal::CaptureStderr();
   EXPECT_NE(Decoded(packed.substr(0, packed.size() - 9)), "");
-  EXPECT_NE(testing::internal::GetCapturedStderr().find("in the middle"), std::string::npos);
+  EXPECT_TRUE(Has(testing::internal::GetCapturedStderr(), "in the middle"));
 }
 
 TEST_F(HostDecode, BringsBlocksToTheLibraryWholeInAnyPieces) {
@@ -165,8 +157,7 @@ TEST_F(HostDecode, SaysWhatARecordingHoldsOfWhichNothingIsUnderstood) {
   for (const auto& [bytes, text] : rows) {
     for (const Format format : {Format::text, Format::none}) {
       options_.format = format;
-      EXPECT_NE(Decoded(bytes, ExitCode::nothing_understood).find(text), std::string::npos)
-          << Decoded(bytes, ExitCode::nothing_understood);
+      EXPECT_TRUE(Has(Decoded(bytes, ExitCode::nothing_understood), text));
     }
   }
 }

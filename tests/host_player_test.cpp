@@ -1,9 +1,6 @@
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include <cmath>
-#include <cstdio>
-#include <fstream>
 #include <memory>
 
 #include "gpsengine/platform/application.h"
@@ -11,6 +8,8 @@
 #include "host/session/recordingfeed.h"
 #include "tests/support/program.h"
 #include "tests/support/receivertest.h"
+#include "tests/support/temporaryfolder.h"
+#include "tests/support/texts.h"
 
 using namespace host;
 
@@ -18,14 +17,9 @@ namespace {
 
 class HostPlayer : public testing::Test {
  protected:
-  HostPlayer() : path_(testing::TempDir() + "host_player_" + std::to_string(getpid())) {
-    app_.SetProfilePath("");
-  }
-  ~HostPlayer() override {
-    for (const char* end : {"", ".nmea"}) std::remove((path_ + end).c_str());
-  }
+  HostPlayer() { app_.SetProfilePath(""); }
 
-  void Record(const std::string& bytes) const { std::ofstream(path_, std::ios::binary) << bytes; }
+  void Record(const std::string& bytes) const { WriteFile(path_, bytes); }
   /// The recording on its way to a receiver, whose line has that baud rate.
   std::unique_ptr<PacedFeed> Play(double speed, int baud) {
     CGPSReceiver* const receiver = engine_.FindReceiver("Other");
@@ -43,7 +37,8 @@ class HostPlayer : public testing::Test {
     return std::round(std::chrono::duration<double>(feed.NextAt() - before).count());
   }
 
-  const std::string path_;
+  const TemporaryFolder folder_;
+  const std::string path_ = folder_ / "played";
   CWinApp app_{"gpsengine-test"};
   host::HostWindow window_;
   CGPSEngine engine_;
@@ -75,9 +70,8 @@ TEST_F(HostPlayer, TellsTheTimeOfDayOfGoodSentencesAlone) {
   EXPECT_EQ(TimeOfDayOf(WithChecksum("$GPGLL,,,,,235959,V")), 86'399.0);
   for (const char* none : {"", "$", "$GPGGA,010203,,*00\r\n", "$GPGGA,010203"})
     EXPECT_FALSE(TimeOfDayOf(none));
-  for (const char* none : {"$GPGGA,,,", "$GPGGA,990203,,", "$GPGGA,01:02:03,,", "$GPGSV,010203,,"}) {
+  for (const char* none : {"$GPGGA,,,", "$GPGGA,990203,,", "$GPGGA,01:02:03,,", "$GPGSV,010203,,"})
     EXPECT_FALSE(TimeOfDayOf(WithChecksum(none))) << none;
-  }
 }
 
 TEST_F(HostPlayer, ShowsWhatDecodeShowsAndEnds) {

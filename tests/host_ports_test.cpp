@@ -2,7 +2,6 @@
 // them.
 #include <gtest/gtest.h>
 #include <sys/file.h>
-#include <sys/stat.h>
 
 #include <chrono>
 #include <csignal>
@@ -20,6 +19,8 @@
 #include "simulator/simulator.h"
 #include "tests/support/pseudoterminal.h"
 #include "tests/support/receivertest.h"
+#include "tests/support/temporaryfolder.h"
+#include "tests/support/texts.h"
 
 using namespace std::chrono_literals;
 namespace fs = std::filesystem;
@@ -29,14 +30,10 @@ namespace {
 /// A system of the test's own.
 class System {
  public:
-  System() : top_(fs::temp_directory_path() / ("gpsengine-system-" + std::to_string(getpid()))) {
-    for (const char* folder : {"sys/class/tty/tty0", "dev/serial/by-id", "proc"}) {
+  System() {
+    for (const char* folder : {"sys/class/tty/tty0", "dev/serial/by-id", "proc"})
       fs::create_directories(top_ / folder);
-    }
   }
-  ~System() { fs::remove_all(top_); }
-  System(const System&) = delete;
-  System& operator=(const System&) = delete;
 
   host::SystemRoots Roots() const { return {top_ / "sys", top_ / "dev", top_ / "proc"}; }
   void Write(const fs::path& file, const std::string& text) const {
@@ -59,7 +56,8 @@ class System {
   std::string Dev(const std::string& name) const { return top_ / "dev" / name; }
 
  private:
-  const fs::path top_;
+  const TemporaryFolder folder_;
+  const fs::path top_ = folder_.Path();
 };
 
 TEST(Ports, AreThoseWithHardwareAndSayWhatTheyAreAndWhetherTheyOpen) {
@@ -101,22 +99,20 @@ TEST(Ports, AreThoseWithHardwareAndSayWhatTheyAreAndWhetherTheyOpen) {
   EXPECT_EQ(ports[4].driver, "serial");
 
   const std::string table = host::PortsAsTable(ports);
-  EXPECT_NE(table.find("free           ftdi_sio    0403:6011  Quad ?[2J, Port A\n  " + ports[0].by_id + '\n'),
-            table.npos)
-      << table;
+  EXPECT_TRUE(
+      Has(table, "free           ftdi_sio    0403:6011  Quad ?[2J, Port A\n  " + ports[0].by_id + '\n'));
   const std::string json = host::PortsAsJson(ports);
-  EXPECT_NE(json.find("\"vendorId\":\"0403\""), json.npos) << json;
+  EXPECT_TRUE(Has(json, "\"vendorId\":\"0403\""));
   EXPECT_EQ(host::StableName(system.Dev("ttyUSB2"), system.Roots()), ports[0].by_id);
   EXPECT_EQ(host::StableName(system.Dev("ttyUSB10"), system.Roots()), system.Dev("ttyUSB10"));
   EXPECT_EQ(host::StableName(system.Dev("gps"), system.Roots()), system.Dev("gps"));
-  EXPECT_NE(host::WhyNotOpen(system.Dev("ttyUSB3"), system.Roots()).find("gpsengine ports"),
-            std::string::npos);
+  EXPECT_TRUE(Has(host::WhyNotOpen(system.Dev("ttyUSB3"), system.Roots()), "gpsengine ports"));
 }
 
 TEST(Ports, OfWhichThereAreNoneSayWhatToCheck) {
   const System system;
   const auto ports = host::FindPorts(system.Roots());
-  EXPECT_NE(host::PortsAsTable(ports).find("plugged in"), std::string::npos);
+  EXPECT_TRUE(Has(host::PortsAsTable(ports), "plugged in"));
   EXPECT_EQ(host::PortsAsJson(ports), "[]\n");
   EXPECT_TRUE(host::FindPorts({"/nonexistent", "/nonexistent", "/nonexistent"}).empty());
 }
@@ -148,7 +144,7 @@ class SearchTest : public testing::Test {
     runner->Start();
     return runner;
   }
-  void ExpectHeard(const std::string& text) const { EXPECT_NE(heard.find(text), heard.npos) << heard; }
+  void ExpectHeard(const std::string& text) const { EXPECT_TRUE(Has(heard, text)); }
 
   const host::Interrupt interrupt;
   std::string heard;
@@ -164,7 +160,7 @@ TEST_F(SearchTest, TellsSilenceNoiseAndMessagesApartAndTakesTheMessages) {
   ExpectHeard(device + " at 9600 baud: bytes that make no message\n");
   ExpectHeard("The port /dev/no-such-port does not exist");
   ExpectHeard(device + " at 4800 baud: NMEA (GGA, GSA, GSV");
-  EXPECT_EQ(heard.find(silent.Name() + " at 4800"), heard.npos) << "a line that speaks comes first";
+  EXPECT_FALSE(Has(heard, silent.Name() + " at 4800")) << "a line that speaks comes first";
 }
 
 TEST_F(SearchTest, SaysWhatToCheckWhenItFindsNothing) {
@@ -179,7 +175,7 @@ TEST_F(SearchTest, SaysWhatToCheckWhenItFindsNothing) {
   });
   EXPECT_TRUE(Look({line.Name()}, {9600, 4800}).starts_with("4 no message was understood"));
   ExpectHeard("NMEA, but no GPS receiver's ($HCHDG)");
-  EXPECT_EQ(heard.find("4800"), heard.npos) << "the rate was right";
+  EXPECT_FALSE(Has(heard, "4800")) << "the rate was right";
 }
 
 TEST_F(SearchTest, EndsAtASignal) {
@@ -217,17 +213,15 @@ TEST(Config, IsWhatWasRememberedSetOrForgotten) {
   CWinApp app{"gpsengine-test"};
   app.SetProfilePath(CString::FromUtf8(system.Dev("host.ini")));
   CGPSEngine engine;
-  EXPECT_NE(host::ConfigAsText(host::ReadConfig()).find("host.ini (not there yet)\nport   none yet\n"),
-            std::string::npos);
+  EXPECT_TRUE(Has(host::ConfigAsText(host::ReadConfig()), "host.ini (not there yet)\nport   none yet\n"));
   engine.InitReceivers();
   host::Remember("/dev/../dev/ttyX7", *engine.FindReceiver("Trimble"));
   app.WriteProfileInt("SiRF", "Baud", 57600);
-  EXPECT_NE(host::ConfigAsText(host::ReadConfig())
-                .find("port   /dev/ttyX7\nmodel  Trimble\nbaud   57600 for SiRF\n"),
-            std::string::npos);
+  EXPECT_TRUE(Has(host::ConfigAsText(host::ReadConfig()),
+                  "port   /dev/ttyX7\nmodel  Trimble\nbaud   57600 for SiRF\n"));
   testing::internal::CaptureStderr();
   host::SetConfig("port", "/dev/ttyX8");
-  EXPECT_NE(testing::internal::GetCapturedStderr().find("there is no /dev/ttyX8 now"), std::string::npos);
+  EXPECT_TRUE(Has(testing::internal::GetCapturedStderr(), "there is no /dev/ttyX8 now"));
   EXPECT_THROW(host::SetConfig("model", "Nobody's"), host::Failure);
   EXPECT_EQ(host::ConfigAsJson(host::ReadConfig()),
             R"({"file":")" + system.Dev("host.ini") +

@@ -2,8 +2,6 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
-#include <fstream>
-#include <sstream>
 #include <thread>
 
 #include "gpsengine/platform/application.h"
@@ -12,6 +10,8 @@
 #include "host/session/fixage.h"
 #include "tests/support/pseudoterminal.h"
 #include "tests/support/receivertest.h"
+#include "tests/support/temporaryfolder.h"
+#include "tests/support/texts.h"
 
 using namespace std::chrono_literals;
 namespace fs = std::filesystem;
@@ -23,8 +23,7 @@ namespace {
 class ReconnectTest : public testing::Test {
  protected:
   ReconnectTest() {
-    fs::create_directories(folder);
-    app.SetProfilePath(CString::FromUtf8((folder / "host.ini").string()));
+    app.SetProfilePath(CString::FromUtf8(folder / "host.ini"));
     EXPECT_EQ(pipe2(pipe, O_CLOEXEC), 0);
     options.port = folder / "usb-receiver";
     options.record = folder / "port.log";
@@ -34,7 +33,6 @@ class ReconnectTest : public testing::Test {
   ~ReconnectTest() override {
     CloseOutput();
     close(pipe[1]);
-    fs::remove_all(folder);
   }
 
   void Plug() {
@@ -76,9 +74,9 @@ class ReconnectTest : public testing::Test {
     errors = testing::internal::GetCapturedStderr();
     return code;
   }
-  void ExpectError(const std::string& text) const { EXPECT_NE(errors.find(text), errors.npos) << errors; }
+  void ExpectError(const std::string& text) const { EXPECT_TRUE(Has(errors, text)); }
 
-  const fs::path folder = fs::temp_directory_path() / ("gpsengine-reconnect-" + std::to_string(getpid()));
+  const TemporaryFolder folder;
   CWinApp app{"gpsengine-test"};
   host::MonitorOptions options;
   std::unique_ptr<PseudoTerminal> terminal;
@@ -100,10 +98,8 @@ TEST_F(ReconnectTest, GoesOnUnderTheSameNameAndInTheSameRecording) {
   EXPECT_EQ(code, host::ExitCode::done);
   ExpectError("the port was lost; waiting for " + options.port);
   ExpectError("the port is back as " + second);
-  std::ostringstream recorded;
-  recorded << std::ifstream(options.record).rdbuf();
-  EXPECT_TRUE(recorded.str().starts_with(FixAt(1))) << recorded.str();
-  EXPECT_TRUE(recorded.str().ends_with(FixAt(2))) << recorded.str();
+  const std::string recorded = ReadFile(options.record);
+  EXPECT_TRUE(recorded.starts_with(FixAt(1)) && recorded.ends_with(FixAt(2))) << recorded;
   EXPECT_EQ(host::ReadConfig().port, options.port) << "remembered, since it was understood";
 }
 

@@ -5,7 +5,6 @@
 
 #include <algorithm>
 #include <atomic>
-#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <memory>
@@ -22,6 +21,8 @@
 #include "tests/support/program.h"
 #include "tests/support/pseudoterminal.h"
 #include "tests/support/receivertest.h"
+#include "tests/support/temporaryfolder.h"
+#include "tests/support/texts.h"
 
 using namespace host;
 using namespace std::chrono_literals;
@@ -162,9 +163,8 @@ class Serving {
   /// Whether its answer comes to contain that.
   bool Comes(const std::string& path, std::string_view part) const {
     const auto end = std::chrono::steady_clock::now() + 5s;
-    while (std::chrono::steady_clock::now() < end) {
+    while (std::chrono::steady_clock::now() < end)
       if (Fetch(path).find(part) != std::string::npos) return true;
-    }
     return false;
   }
 
@@ -185,10 +185,6 @@ class Serving {
 
 std::optional<std::string> LookAtServer(int port) {
   return LookAtPage("http://127.0.0.1:" + std::to_string(port) + "/?once");
-}
-
-bool Contains(const std::string& text, std::string_view part) {
-  return text.find(part) != std::string::npos;
 }
 
 const std::string kEpoch = WithChecksum("$GPGGA,123519,4807.038,N,01131.000,E,1,08,0.9,545.4,M,46.9,M,,") +
@@ -253,7 +249,7 @@ TEST_F(GpsdServerTest, SendsToEachWhatItWatches) {
   for (std::size_t i = 0; i < peers.size(); ++i) {
     for (const auto& line : cases[i].lines) EXPECT_EQ(Next(*peers[i]), line) << cases[i].argument;
     peers[i]->Send("?POLL;");
-    EXPECT_NE(Next(*peers[i]).find(R"("tpv":[{"class":"TPV"}],"gst":[],"sky":[]})"), std::string::npos);
+    EXPECT_TRUE(Has(Next(*peers[i]), R"("tpv":[{"class":"TPV"}],"gst":[],"sky":[]})"));
   }
 }
 
@@ -308,9 +304,8 @@ TEST_F(GpsdServerTest, HasFiftyClientsAndRefusesMore) {
   for (int i = 0; i < 50; i += 2) peers[static_cast<std::size_t>(i)]->Send("?WATCH={");
   for (int i = 0; i < 20; ++i) server_->PublishJson("{" + std::string(10'000, ' ') + "}\n");
   for (int i = 0; i < 50; i += 2) peers[static_cast<std::size_t>(i)].reset();
-  for (int i = 1; i < 50; i += 2) {
+  for (int i = 1; i < 50; i += 2)
     for (int n = 0; n < 20; ++n) ASSERT_EQ(Next(*peers[static_cast<std::size_t>(i)]).size(), 10'002u);
-  }
   EXPECT_EQ(server_->Clients(), 25u);
   EXPECT_EQ(NextClass(*Connect("?POLL;")), "POLL");
   EXPECT_EQ(server_->Counts().refused, 1);
@@ -364,22 +359,19 @@ TEST(Serve, GivesGpspipePositionsAndSentences) {
   const std::string server = "127.0.0.1:" + std::to_string(serving.Tcp());
   const auto json = RunTool("gpspipe", "-w -n 9 " + server);
   if (!json) GTEST_SKIP() << "gpspipe is in gpsd-clients";
-  EXPECT_TRUE(Contains(*json, R"("lat":48.117300000,"lon":11.516666667,"altMSL":545.4000)")) << *json;
-  EXPECT_TRUE(Contains(*json, R"({"PRN":7,"gnssid":0,"svid":7,"el":45.0,"az":180.0,"ss":41,"used":true})"))
-      << *json;
-  EXPECT_TRUE(Contains(*RunTool("gpspipe", "-r -n 9 " + server), kEpoch.substr(0, 60)));
+  EXPECT_TRUE(Has(*json, R"("lat":48.117300000,"lon":11.516666667,"altMSL":545.4000)"));
+  EXPECT_TRUE(Has(*json, R"({"PRN":7,"gnssid":0,"svid":7,"el":45.0,"az":180.0,"ss":41,"used":true})"));
+  EXPECT_TRUE(Has(*RunTool("gpspipe", "-r -n 9 " + server), kEpoch.substr(0, 60)));
   serving.Process().Signal(SIGTERM);
   EXPECT_EQ(serving.Process().Wait(), 130);
   Program decode({"decode", serving.Record(), "--format", "text"});
-  EXPECT_TRUE(Contains(decode.Line(), "48.1173000N"));
+  EXPECT_TRUE(Has(decode.Line(), "48.1173000N"));
 }
 
 TEST(Serve, KeepsItsClientsWhileThePortIsAway) {
-  const auto folder =
-      std::filesystem::path(testing::TempDir()) / ("gpsengine-serve-" + std::to_string(getpid()));
-  std::filesystem::create_directories(folder);
+  const TemporaryFolder folder;
   CWinApp app("gpsengine-test");
-  app.SetProfilePath(CString::FromUtf8((folder / "host.ini").string()));
+  app.SetProfilePath(CString::FromUtf8(folder / "host.ini"));
   ServeOptions options;
   options.port = folder / "usb-receiver";
   options.tcp = 0;
@@ -418,14 +410,13 @@ TEST(Serve, KeepsItsClientsWhileThePortIsAway) {
   });
   Output output(ends[1]);
   EXPECT_EQ(Serve(options, interrupt, output), ExitCode::interrupted);
-  std::filesystem::remove_all(folder);
 }
 
 TEST(Serve, EndsWithACodeOfItsOwnWhereNothingWasUnderstood) {
   const PseudoTerminal line;
   Program serve({"serve", "--port", line.Name(), "--tcp", "0", "--duration", "0.1"});
   EXPECT_EQ(serve.Wait(), 4);
-  EXPECT_TRUE(Contains(serve.Errors(), "no data came from"));
+  EXPECT_TRUE(Has(serve.Errors(), "no data came from"));
 }
 
 TEST(Serve, ShowsOnThePageHowOldAFixIs) {
@@ -447,7 +438,7 @@ TEST(Serve, ShowsOnThePageHowOldAFixIs) {
     }
     const auto page = LookAtServer(page_server->Port());
     if (!page) GTEST_SKIP() << "no chromium to look at the page with";
-    EXPECT_TRUE(Contains(*page, shows) && Contains(*page, "<body class=\"old\">")) << *page;
+    EXPECT_TRUE(Has(*page, shows) && Has(*page, "<body class=\"old\">"));
     const auto way = page->find("class=\"fix-float way\" d=\"M");
     ASSERT_NE(way, std::string::npos) << *page;
     const std::string line = page->substr(way, page->find('>', way) - way);
@@ -461,27 +452,25 @@ TEST(Serve, ShowsAPage) {
   if (serving.Http() == 0) GTEST_SKIP() << "built without libcpp-httplib-dev";
   EXPECT_TRUE(serving.Comes("/history", "<b id=x>&\\\""));
   EXPECT_TRUE(serving.Comes("/status", R"("lost":false,"understood":true)"));
-  EXPECT_TRUE(Contains(serving.Fetch("/", "127.0.0.1"), "<title>gpsengine</title>"));
-  EXPECT_TRUE(Contains(serving.Fetch("/status", "localhost.example:80"), "403"));
-  EXPECT_TRUE(Contains(serving.Fetch("/../CMakeLists.txt"), "404"));
+  EXPECT_TRUE(Has(serving.Fetch("/", "127.0.0.1"), "<title>gpsengine</title>"));
+  EXPECT_TRUE(Has(serving.Fetch("/status", "localhost.example:80"), "403"));
+  EXPECT_TRUE(Has(serving.Fetch("/../CMakeLists.txt"), "404"));
   Peer events(serving.Http());
   events.Send("GET /events HTTP/1.0\r\nHost: [::1]\r\n\r\n");
-  while (!Contains(events.Rest(), "data: {\"class\":\"SKY\"")) ASSERT_TRUE(events.Take());
+  while (!Has(events.Rest(), "data: {\"class\":\"SKY\"")) ASSERT_TRUE(events.Take());
 
   Peer sentences(serving.Http());
   sentences.Send("GET /sentences HTTP/1.0\r\nHost: [::1]\r\n\r\n");
-  while (!Contains(sentences.Rest(), "data: $GPGSV,1,1,02,07,45,180,41,40,05,359,33*")) {
+  while (!Has(sentences.Rest(), "data: $GPGSV,1,1,02,07,45,180,41,40,05,359,33*"))
     ASSERT_TRUE(sentences.Take());
-  }
 
   const auto page = LookAtServer(serving.Http());
   serving.Process().Signal(SIGTERM);  // with a stream of events still open
   EXPECT_EQ(serving.Process().Wait(10s), 130);
   if (!page) GTEST_SKIP() << "no chromium to look at the page with";
-  EXPECT_TRUE(Contains(*page, "48.1173000\u00B0 N")) << *page;
-  EXPECT_TRUE(Contains(*page, ">GPS<") && !Contains(*page, "class=\"old\"")) << *page;
-  EXPECT_TRUE(Contains(*page, "class=\"sat sys-gps used\"") && Contains(*page, "class=\"sat sys-sbas\""))
-      << *page;
-  EXPECT_TRUE(Contains(*page, "class=\"fix-gps way\"")) << *page;
-  EXPECT_TRUE(Contains(*page, "&lt;b id=x&gt;&amp;\"") && !Contains(*page, "<b id=")) << *page;
+  EXPECT_TRUE(Has(*page, "48.1173000\u00B0 N"));
+  EXPECT_TRUE(Has(*page, ">GPS<") && !Has(*page, "class=\"old\""));
+  EXPECT_TRUE(Has(*page, "class=\"sat sys-gps used\"") && Has(*page, "class=\"sat sys-sbas\""));
+  EXPECT_TRUE(Has(*page, "class=\"fix-gps way\""));
+  EXPECT_TRUE(Has(*page, "&lt;b id=x&gt;&amp;\"") && !Has(*page, "<b id="));
 }

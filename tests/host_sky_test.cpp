@@ -33,9 +33,8 @@ std::string SkiesOf(std::initializer_list<std::string> sentences) {
   SkyReader reader;
   std::string lines;
   for (const std::string& sentence : sentences) {
-    if (reader.Read(Fields(sentence.ends_with('\n') ? sentence : WithChecksum(sentence)))) {
+    if (reader.Read(Fields(sentence.ends_with('\n') ? sentence : WithChecksum(sentence))))
       lines += Show(reader.Latest()) + '\n';
-    }
   }
   return reader.Finish() ? lines + Show(reader.Latest()) + '\n' : lines;
 }
@@ -57,9 +56,8 @@ std::string PagesOf(const std::string& talker, int satellites, const std::string
 /// Reads text line by line; true if some line told a sky.
 bool ReadAll(SkyReader& reader, const std::string& text) {
   bool told = false;
-  for (std::size_t start = 0; start < text.size(); start = text.find('\n', start) + 1) {
+  for (std::size_t start = 0; start < text.size(); start = text.find('\n', start) + 1)
     told |= reader.Read(Fields(std::string_view(text).substr(start, text.find('\n', start) - start)));
-  }
   return told;
 }
 
@@ -175,9 +173,6 @@ TEST(HostSky, ComesFromRecordsWhereSentencesHaveNoGroups) {
 }
 
 TEST(HostSky, ReadsTheTailOfAPosition) {
-  const auto gga = PositionTailOf(At("120000").replace(0, 0, "noise"));
-  ASSERT_TRUE(gga);
-  EXPECT_EQ(gga->separation, 46.9);
   const auto gns =
       PositionTailOf(WithChecksum("$GNGNS,120000,4807.038,N,01131.000,E,RR,13,0.9,25.63,-11.24,1.5,0031"));
   ASSERT_TRUE(gns);

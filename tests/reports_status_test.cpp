@@ -1,18 +1,16 @@
 // The reports that read a receiver's settings back: what each changes in the status that the host gets.
 #include <cstring>
 #include <map>
+#include <nlohmann/json.hpp>
 
 #include "gpsengine/platform/trace.h"
 #include "host/records/recordsink.h"
 #include "tests/support/receivertest.h"
-#include "tests/support/sharedstate.h"
 
 namespace {
 
 class StatusReport : public ReceiverTest<> {
  protected:
-  StatusReport() { SharedState::Reset(); }
-
   struct Row {
     const char* message;  // one that ends in "*" gets its checksum
     bool published;
@@ -45,13 +43,8 @@ class StatusReport : public ReceiverTest<> {
     std::string record;
     host::RecordSink(record).OnData(host::EpochReader().Read(Last()));
     std::map<std::string, std::string> members;
-    for (auto at = record.find("\"m_bBeaconStatusValid"); at != record.npos;) {
-      const auto next = record.find(",\"m_", at);
-      const std::string member = record.substr(at + 3, std::min(next, record.size() - 3) - at - 3);
-      const auto colon = member.find("\":");
-      members[member.substr(0, colon)] = member.substr(colon + 2);
-      at = next == record.npos ? next : next + 1;
-    }
+    const auto parsed = nlohmann::json::parse(record);
+    for (const auto& [name, value] : parsed["m_Status"].items()) members[name.substr(2)] = value.dump();
     members.erase("bAck");
     return members;
   }

@@ -1,21 +1,13 @@
 // What the line may do to a stream: cut it anywhere, put rubbish into it, send numbers beyond all measure.
-#include <gtest/gtest.h>
-
 #include <algorithm>
 #include <cmath>
 #include <cstring>
-#include <functional>
 #include <random>
-#include <string>
-#include <string_view>
-#include <vector>
 
-#include "gpsengine/engine/gpsengine.h"
 #include "gpsengine/platform/trace.h"
 #include "host/records/recordsink.h"
 #include "tests/support/conversation.h"
-#include "tests/support/receivertest.h"
-#include "tests/support/sharedstate.h"
+#include "tests/support/enginetest.h"
 
 using namespace std::string_literals;
 
@@ -23,7 +15,6 @@ namespace {
 
 constexpr std::string_view kOemSync = "\xAA\x44\x12";
 
-// Gives the length of each next piece of a stream.
 using Cutter = std::function<std::size_t()>;
 
 /// Plays recordings to an engine on one thread, with everything on that a host may want.
@@ -106,14 +97,9 @@ TEST_F(ArrivalTest, OfAStreamInAnyPiecesGivesTheSameRecords) {
 }
 
 /// Sentences that tell each other apart by their time of day, and what is lost of them.
-class GarbageTest : public testing::Test {
+class GarbageTest : public EngineTest {
  protected:
   static constexpr int kBefore = 4, kAfter = 12;
-
-  GarbageTest() {
-    app.SetMainWnd(&window);
-    engine.SetReceiver(engine.FindReceiver("Other"));
-  }
 
   // How many of the sentences are lost with this between them, the stream coming in such pieces.
   int Lost(const std::string& garbage, std::size_t pieces) {
@@ -125,15 +111,6 @@ class GarbageTest : public testing::Test {
     for (std::size_t at = 0; at < stream.size(); at += pieces) Feed(stream.substr(at, pieces));
     return kBefore + kAfter - static_cast<int>(window.records.size());
   }
-  void Feed(const std::string& bytes) {
-    CBinBuffer chunk(bytes.data(), static_cast<int>(bytes.size()));
-    engine.UpdateGPSBuffer(chunk);
-    window.Drain();
-  }
-
-  CWinApp app{"gpsengine-test"};
-  HostWindow window;
-  CGPSEngine engine;
 };
 
 TEST_F(GarbageTest, CostsNoSentenceBeyondWhatTheFramingTakesWithIt) {
@@ -186,27 +163,10 @@ TEST_F(GarbageTest, CostsNoSentenceBeyondWhatTheFramingTakesWithIt) {
   }
 }
 
-// A header that stands for more than the stream may hold: it waits until the stream is thrown away, and that
-// is all.
-TEST_F(GarbageTest, InTheFormOfAnEndlessHeaderCostsOneStreamOfSentences) {
-  Feed("\xAA\x44\x12\xFF\0\0\0\0\xFF\xFF"s);
-  int fed = 0;
-  for (; window.records.empty() && fed < 300; ++fed) Feed(FixAt(fed));
-  EXPECT_EQ(fed, (16392 - 10) / 67 + 2);
-  EXPECT_EQ(engine.GetDroppedBuffers(), 1);
-}
-
 class ExtremesTest : public ReceiverTest<> {
  protected:
-  void ExpectFinite() {
-    for (const CGPSData& data : window.records) {
-      for (const double number :
-           {data.m_dLatitude, data.m_dLongitude, data.m_dAltitude, data.m_dTimeOfDay, data.m_dSpeed,
-            data.m_dHeading, data.m_dLocalNorth, data.m_dLocalEast, data.m_dAverageSNR})
-        ASSERT_TRUE(std::isfinite(number));
-    }
-  }
-  bool FeedFix(const std::string& time, const std::string& latitude, const std::string& tail) {
+  bool FeedFix(const std::string& time, const std::string& latitude,
+               const std::string& tail = "545.4,M,46.9,M,,") {
     return FeedSentence("$GPGGA," + time + ',' + latitude + ",N,01131.000,E,1,08,0.9," + tail);
   }
 };
@@ -215,18 +175,22 @@ TEST_F(ExtremesTest, OfWhatIsReadStayNumbersAndDoNotLinger) {
   receiver.SetupReceiver(1, 1, 0.0, "", false);
   EXPECT_TRUE(FeedFix("000000", "4807.038", "1e308,M,1e308,M,,"));
   EXPECT_EQ(Last().m_dAltitude, 1e308) << "a separation that would overflow is none";
-  EXPECT_TRUE(FeedFix("000000", "1e308", "545.4,M,46.9,M,,"));
-  EXPECT_TRUE(FeedFix("1e308", "-1e308", "545.4,M,46.9,M,,"));
-  EXPECT_TRUE(FeedFix("-1e308", "1e308", "545.4,M,46.9,M,,"));
+  for (const auto& [time, latitude] :
+       {std::pair("000000", "1e308"), {"1e308", "-1e308"}, {"-1e308", "1e308"}})
+    EXPECT_TRUE(FeedFix(time, latitude));
   receiver.ResetSpeedEngine();
-  EXPECT_TRUE(FeedFix("1e-320", "4807.038", "545.4,M,46.9,M,,"));
-  EXPECT_TRUE(FeedFix("2e-320", "4807.738", "545.4,M,46.9,M,,"));
+  for (const auto& [time, latitude] : {std::pair("1e-320", "4807.038"), {"2e-320", "4807.738"}})
+    EXPECT_TRUE(FeedFix(time, latitude));
   FeedSentence("$GPVTG,-1e308,T,,M,,N,1e308,K");
-  ExpectFinite();
+  for (const CGPSData& data : window.records)
+    for (const double number :
+         {data.m_dLatitude, data.m_dLongitude, data.m_dAltitude, data.m_dTimeOfDay, data.m_dSpeed,
+          data.m_dHeading, data.m_dLocalNorth, data.m_dLocalEast, data.m_dAverageSNR})
+      ASSERT_TRUE(std::isfinite(number));
 
   receiver.Initialize();  // a VTG silences the estimator
   for (const char* time : {"000001", "000002", "000003", "000004", "000005"})
-    EXPECT_TRUE(FeedFix(time, "4807.038", "545.4,M,46.9,M,,"));
+    EXPECT_TRUE(FeedFix(time, "4807.038"));
   EXPECT_TRUE(Last().m_bVelocityValid);
   EXPECT_EQ(Last().m_dSpeed, 0.0);
 }

@@ -4,7 +4,6 @@
 
 #include "gpsengine/receiver/speedengine.h"
 #include "tests/support/receivertest.h"
-#include "tests/support/sharedstate.h"
 
 namespace {
 
@@ -12,7 +11,6 @@ constexpr double kDegree = std::numbers::pi / 180.0;
 
 struct SatelliteTest : ReceiverTest<> {
   SatelliteTest() {
-    SharedState::Reset();
     Gsa({101, 102, 103, 104, 105, 106, 107, 108, 109, 110, 111, 112});  // no slot is empty
     Gsa({});
   }
@@ -24,16 +22,9 @@ struct SatelliteTest : ReceiverTest<> {
     }
     return FeedSentence(sentence + ',' + dilutions);
   }
-  // The table as a GGA publishes it.
   const CGPSData& Table() {
     EXPECT_TRUE(FeedSentence("$GPGGA,123519,4807.038,N,01131.000,E,1,08,0.9,545.4,M,46.9,M,,"));
     return Last();
-  }
-  const CGPSSatelliteData* Find(const CGPSData& data, int number) {
-    for (const CGPSSatelliteData& slot : data.m_Satellites) {
-      if (slot.m_nPRN == number) return &slot;
-    }
-    return nullptr;
   }
 };
 
@@ -41,16 +32,16 @@ TEST_F(SatelliteTest, KeepsWhatGsaSaidOfAnUsedSatelliteThroughGsv) {
   EXPECT_FALSE(Gsa({103, 17}));
   EXPECT_TRUE(FeedSentence("$GPGSV,1,1,02,103,40,083,40,20,17,308,30"));
   const CGPSData& data = Table();
-  const auto* third = Find(data, 103);
+  const auto* third = Find(103);
   ASSERT_NE(third, nullptr);
   EXPECT_TRUE(third->m_bUsed);
   EXPECT_TRUE(third->m_bInView);
   EXPECT_EQ(third->m_nSNR, 40);
   EXPECT_DOUBLE_EQ(third->m_dElevation, 40 * kDegree);
   EXPECT_DOUBLE_EQ(third->m_dAzimuth, 83 * kDegree);
-  EXPECT_FALSE(Find(data, 20)->m_bUsed);
-  EXPECT_FALSE(Find(data, 17)->m_bInView) << "listed by GSA ahead of the group, not by the group";
-  EXPECT_TRUE(Find(data, 17)->m_bUsed);
+  EXPECT_FALSE(Find(20)->m_bUsed);
+  EXPECT_FALSE(Find(17)->m_bInView) << "listed by GSA ahead of the group, not by the group";
+  EXPECT_TRUE(Find(17)->m_bUsed);
   EXPECT_EQ(data.m_dAverageSNR, 20.0) << "the mean of 40 and of the 0 of a slot that has no signal yet";
   EXPECT_EQ(data.m_dPDOP, 2.5);
   EXPECT_EQ(data.m_dHDOP, 0.9) << "the last writer counts";
@@ -66,33 +57,31 @@ TEST_F(SatelliteTest, GivesAnUnusedSlotToANewSatelliteAndNoneWhenAllAreUsed) {
   EXPECT_EQ(data.m_Satellites[4].m_nPRN, 33);
   Gsa({101, 102, 103, 104, 33, 106, 107, 108, 109, 110, 111, 112});
   EXPECT_TRUE(FeedSentence("$GPGSV,1,1,02,44,40,083,40,101,45,090,41"));
-  EXPECT_EQ(Find(Table(), 44), nullptr);
-  EXPECT_EQ(Find(Table(), 101)->m_nSNR, 0) << "the groups behind a satellite without a place are dropped";
+  Table();
+  EXPECT_EQ(Find(44), nullptr);
+  EXPECT_EQ(Find(101)->m_nSNR, 0) << "the groups behind a satellite without a place are dropped";
 }
 
 TEST_F(SatelliteTest, TellsSatellitesApartWhoseNumbersAreMultiplesApart) {
   Gsa({1, 65, 129, 257});
   EXPECT_TRUE(FeedSentence("$GPGSV,1,1,04,257,10,083,41,129,20,083,42,65,30,083,43,1,40,083,44"));
-  const CGPSData& data = Table();
+  Table();
   for (const auto& [number, signal] : {std::pair{257, 41}, {129, 42}, {65, 43}, {1, 44}}) {
-    EXPECT_EQ(Find(data, number)->m_nSNR, signal) << number;
-    EXPECT_TRUE(Find(data, number)->m_bUsed) << number;
+    EXPECT_EQ(Find(number)->m_nSNR, signal) << number;
+    EXPECT_TRUE(Find(number)->m_bUsed) << number;
   }
 }
 
 TEST_F(SatelliteTest, WantsTheSentencesOfAGroupInOrder) {
-  EXPECT_FALSE(FeedSentence("$GPGSV,3,1,09,101,41,083,46"));
-  EXPECT_FALSE(FeedSentence("$GPGSV,3,3,09,102,42,083,46"));
-  EXPECT_FALSE(FeedSentence("$GPGSV,3,2,09,103,43,083,46"));
-  EXPECT_TRUE(Find(Table(), 101)->m_bInView);
-  EXPECT_FALSE(Find(Table(), 102)->m_bInView);
-  EXPECT_FALSE(Find(Table(), 103)->m_bInView);
+  for (const char* sentence : {"1,09,101,41,083,46", "3,09,102,42,083,46", "2,09,103,43,083,46"})
+    EXPECT_FALSE(FeedSentence(std::string("$GPGSV,3,") + sentence));
+  Table();
+  EXPECT_TRUE(Find(101)->m_bInView && !Find(102)->m_bInView && !Find(103)->m_bInView);
   EXPECT_FALSE(FeedSentence("$GPGSV,2,1,09,104,44,083,46"));
   EXPECT_FALSE(Table().m_bSatellitesComplete);
   EXPECT_TRUE(FeedSentence("$GPGSV,2,2,09,105,45,083,46"));
-  EXPECT_TRUE(Last().m_bSatellitesComplete);
-  EXPECT_TRUE(Find(Last(), 104)->m_bInView);
-  EXPECT_FALSE(Find(Last(), 101)->m_bInView) << "in view in a group that was broken off";
+  EXPECT_TRUE(Last().m_bSatellitesComplete && Find(104)->m_bInView);
+  EXPECT_FALSE(Find(101)->m_bInView) << "in view in a group that was broken off";
 }
 
 TEST_F(SatelliteTest, TakesNothingOnTrustInAGsv) {
@@ -101,9 +90,9 @@ TEST_F(SatelliteTest, TakesNothingOnTrustInAGsv) {
                                "$GPGSV,,,,", "$GPGSV,1,1"})
     FeedSentence(sentence);
   EXPECT_TRUE(FeedSentence("$GPGSV,1,1,03,41,40,083,,42,,090,45,43,45,090,45"));
-  EXPECT_EQ(Find(Last(), 41)->m_nSNR, 0);
-  EXPECT_EQ(Find(Last(), 42), nullptr) << "an empty elevation ends the sentence";
-  EXPECT_EQ(Find(Last(), 43), nullptr);
+  EXPECT_EQ(Find(41)->m_nSNR, 0);
+  EXPECT_EQ(Find(42), nullptr) << "an empty elevation ends the sentence";
+  EXPECT_EQ(Find(43), nullptr);
   EXPECT_FALSE(FeedSentence("$GPGSA,A,1,,,,")) << "short but valid";
 }
 
@@ -121,7 +110,7 @@ TEST_F(SatelliteTest, DeclaresTheTableIncompleteWhenTheHostAsks) {
   EXPECT_TRUE(Last().m_bSatellitesComplete);
   receiver.InvalidateSVInfo();
   EXPECT_FALSE(Table().m_bSatellitesComplete);
-  EXPECT_NE(Find(Last(), 101), nullptr);
+  EXPECT_NE(Find(101), nullptr);
 }
 
 TEST_F(SatelliteTest, TurnsACourseIntoAMathematicalAngle) {
@@ -170,10 +159,9 @@ TEST(SpeedEngine, ReadsTheTrueSpeedFromTheFourthFixOn) {
   };
   EXPECT_FALSE(move(0, 86397));
   EXPECT_EQ(fix.m_dLocalNorth, 0.0);
-  const double speeds[] = {1.5, 1.5, 3.0, 3.0};
   for (int i = 0; i < 4; ++i) {
     EXPECT_TRUE(move(3.0 * (i + 1), (86398 + i) % 86400)) << "across midnight";
-    EXPECT_NEAR(fix.m_dSpeed, speeds[i], 1e-6);
+    EXPECT_NEAR(fix.m_dSpeed, i < 2 ? 1.5 : 3.0, 1e-6);
     EXPECT_NEAR(fix.m_dHeading, std::numbers::pi / 2, 1e-9);
   }
   EXPECT_FALSE(move(15, 1)) << "no time has passed";

@@ -1,17 +1,15 @@
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include <cmath>
 #include <cstring>
-#include <filesystem>
-#include <fstream>
 #include <sstream>
-#include <string>
 
 #include "gpsengine/platform/object.h"
 #include "gpsengine/text/number.h"
 #include "gpsengine/text/parser.h"
 #include "gpsengine/text/textfile.h"
+#include "tests/support/temporaryfolder.h"
+#include "tests/support/texts.h"
 
 namespace {
 
@@ -99,26 +97,16 @@ TEST(Parser, MovesOnByOneFieldGoodOrBad) {
   EXPECT_THROW(parser.SkipField(), CUserException);
 }
 
-TEST(Parser, GivesWhatStandsBehindTheLastField) {
-  CParser parser("QRV PAUSE,Turn the key, then go on", ",*", false);
-  EXPECT_TRUE(parser.SkipField());
-  EXPECT_EQ(parser.GetRemainingBuffer(), "Turn the key, then go on");
-  for (int i = 0; i < 5; ++i) parser.SkipField();
-  EXPECT_EQ(parser.GetRemainingBuffer(), "");
-}
-
 class TextFileTest : public testing::Test {
  protected:
-  ~TextFileTest() override { std::filesystem::remove(path); }
   std::vector<CString> Lines(const std::string& content) {
-    std::ofstream(path, std::ios::binary) << content;
-    EXPECT_NE(file.Open(CString::FromUtf8(path).GetString(), CFile::typeText, nullptr), 0);
+    WriteFile(folder / "text", content);
+    EXPECT_NE(file.Open(CString::FromUtf8(folder / "text").GetString(), CFile::typeText, nullptr), 0);
     std::vector<CString> lines;
     for (CString line; file.ReadString(line);) lines.push_back(line);
     return lines;
   }
-  const std::string path =
-      (std::filesystem::temp_directory_path() / ("gpsengine-text-" + std::to_string(getpid()))).string();
+  const TemporaryFolder folder;
   CTextFile file;
 };
 
@@ -140,14 +128,6 @@ TEST_F(TextFileTest, ReadsALineWholeWhateverItsLengthAndNoneOnceItIsClosed) {
   file.Close();
   EXPECT_FALSE(file.ReadString(line));
   EXPECT_EQ(line, "kept");
-}
-
-TEST_F(TextFileTest, DoesNotOpenAFolderOrWhatIsNotThere) {
-  EXPECT_EQ(file.Open(u"/tmp", 0, nullptr), 0);
-  CFileException reason;
-  EXPECT_EQ(file.Open(u"/nowhere/at/all", 0, &reason), 0);
-  EXPECT_FALSE(reason.m_strReason.IsEmpty());
-  EXPECT_TRUE(Lines("").empty());
 }
 
 }  // namespace

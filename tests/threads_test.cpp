@@ -1,13 +1,9 @@
 // A host that does anything at any moment, while data flow and boxes hold the reader thread up.
 // ThreadSanitizer looks on.
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include <atomic>
-#include <filesystem>
 #include <functional>
-#include <iterator>
-#include <memory>
 #include <random>
 #include <thread>
 
@@ -16,6 +12,7 @@
 #include "gpsengine/platform/messagebox.h"
 #include "tests/support/hostwindow.h"
 #include "tests/support/pseudoterminal.h"
+#include "tests/support/temporaryfolder.h"
 #include "tests/support/wirebuilder.h"
 
 using namespace std::chrono_literals;
@@ -129,8 +126,7 @@ TEST_F(ThreadsTest, StandAThousandRoundsOfAnything) {
     ++boxes;
     std::this_thread::sleep_for(4ms);  // longer than the host waits
   });
-  const std::string file =
-      (std::filesystem::temp_directory_path() / ("gpsengine-threads-" + std::to_string(getpid()))).string();
+  const TemporaryFolder folder;
   const auto dawdle = [](GPSNotificationType, CGPSNotification*, void*) { std::this_thread::sleep_for(3ms); };
   std::minstd_rand dice(1U + static_cast<unsigned>(testing::UnitTest::GetInstance()->random_seed()));
   const std::function<void(CGPSEngine&, CGPSReceiver&)> actions[] = {
@@ -165,7 +161,7 @@ TEST_F(ThreadsTest, StandAThousandRoundsOfAnything) {
   {
     const Feeder feeder(m_Terminal);
     for (int round = 0; round < 1000; ++round) {
-      if (m_pEngine == nullptr) MakeEngine(dice() % 3 == 0 ? "/nowhere/at/all" : file);
+      if (m_pEngine == nullptr) MakeEngine(dice() % 3 == 0 ? "/nowhere/at/all" : folder / "record");
       m_Clock.limit = static_cast<DWORD>(dice() % 4);
       for (int i = 0; i < 4 && m_pEngine != nullptr; ++i)
         actions[dice() % std::size(actions)](*m_pEngine, *m_pEngine->GetReceiver());
@@ -177,7 +173,6 @@ TEST_F(ThreadsTest, StandAThousandRoundsOfAnything) {
   m_Terminal.HangUp();
   EXPECT_GT(m_nRecords, 100u);
   EXPECT_GT(boxes, 10);
-  std::filesystem::remove(file);
   ExpectNothingLeftBut(m_Before);
 }
 

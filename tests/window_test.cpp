@@ -1,4 +1,4 @@
-// Windows, queues and messages of the platform layer.
+// Windows, queues, messages, events and waits of the platform layer.
 #include "gpsengine/platform/window.h"
 
 #include <gtest/gtest.h>
@@ -115,6 +115,43 @@ TEST(RegisteredMessage, IsTheSameForTheSameText) {
   EXPECT_EQ(RegisterWindowMessageW(u"one"), first);
   EXPECT_NE(RegisterWindowMessageW(u"two"), first);
   EXPECT_GE(first, 0xC000u);
+}
+
+constexpr DWORD kShort = 20;
+constexpr DWORD kLong = 10000;
+
+TEST(Event, OfManualResetEndsEveryWaitAndOfAutomaticResetOne) {
+  for (const bool manual : {true, false}) {
+    const HANDLE event = CreateEventW(manual, true);
+    EXPECT_EQ(WaitForSingleObject(event, 0), WAIT_OBJECT_0);
+    EXPECT_EQ(WaitForSingleObject(event, 0), manual ? WAIT_OBJECT_0 : WAIT_TIMEOUT);
+    ResetEvent(event);
+    EXPECT_EQ(WaitForSingleObject(event, kShort), WAIT_TIMEOUT);
+    CloseHandle(event);
+  }
+}
+
+TEST(Event, ThatIsSetOrClosedElsewhereReleasesWhoWaits) {
+  const HANDLE events[] = {CreateEventW(false, false), CreateEventW(false, false)};
+  for (const auto& [act, result] : {std::pair(&SetEvent, WAIT_OBJECT_0 + 1), {&CloseHandle, WAIT_FAILED}}) {
+    const std::jthread other([act, event = events[1]] {
+      Sleep(kShort);
+      act(event);
+    });
+    EXPECT_EQ(WaitForMultipleObjects(2, events, kLong), result);
+  }
+  CloseHandle(events[0]);
+}
+
+TEST(Handle, IsNeverGivenOutTwice) {
+  const HANDLE first = CreateEventW(false, false);
+  EXPECT_TRUE(CloseHandle(first));
+  const HANDLE second = CreateEventW(false, false);
+  EXPECT_NE(first, second);
+  EXPECT_FALSE(SetEvent(first));
+  EXPECT_FALSE(CloseHandle(first));
+  EXPECT_EQ(WaitForSingleObject(first, kLong), WAIT_FAILED);
+  CloseHandle(second);
 }
 
 }  // namespace

@@ -12,6 +12,14 @@
 #include "gpsengine/platform/messagebox.h"
 #include "tests/support/hostwindow.h"
 #include "tests/support/pseudoterminal.h"
+#include "tests/support/receivertest.h"
+
+template <class Call>
+std::uint64_t Took(Call call) {
+  const auto start = CurrentClock().Milliseconds();
+  call();
+  return CurrentClock().Milliseconds() - start;
+}
 
 /// An engine with a window that keeps what comes, and the texts of its message boxes.
 class EngineTest : public testing::Test {

@@ -12,25 +12,11 @@ class HostWindow : public CWnd {
   HostWindow() { Create(); }
 
   LRESULT WindowProc(UINT message, WPARAM wParam, LPARAM) override {
-    switch (message) {
-      case WM_GPS_NEW_DATA:
-        Take(wParam, records);
-        break;
-      case WM_GPS_NEW_STRING:
-        Take(wParam, strings);
-        break;
-      case WM_GPS_NEW_RAW_DATA:
-        Take(wParam, epochs);
-        break;
-      case WM_GPS_NEW_EPHEMERIS:
-        Take(wParam, ephemerides);
-        break;
-      case WM_GPS_NEW_BIN:
-        ++blocks;
-        break;
-      default:
-        return 0;
-    }
+    if (message == WM_GPS_NEW_DATA) Take(wParam, records);
+    if (message == WM_GPS_NEW_STRING) Take(wParam, strings);
+    if (message == WM_GPS_NEW_RAW_DATA) Take(wParam, epochs);
+    if (message == WM_GPS_NEW_EPHEMERIS) Take(wParam, ephemerides);
+    if (message == WM_GPS_NEW_BIN) ++blocks;
     order.push_back(message);
     return 0;
   }

@@ -8,6 +8,7 @@
 #include "gpsengine/drivers/plain.h"
 #include "gpsengine/platform/rehearsal.h"
 #include "tests/support/hostwindow.h"
+#include "tests/support/sharedstate.h"
 
 /// The sentence with the checksum of what stands behind its "$", and its line end.
 inline std::string WithChecksum(std::string_view sentence) {
@@ -29,6 +30,7 @@ template <class Receiver = COtherGps>
 class ReceiverTest : public testing::Test {
  protected:
   ReceiverTest() {
+    SharedState::Reset();
     app.SetMainWnd(&window);
     receiver.SetupReceiver(1, 0, 0.0, "", false);
     receiver.Initialize();
@@ -52,6 +54,12 @@ class ReceiverTest : public testing::Test {
   /// The last record that was published.
   const CGPSData& Last() const { return window.records.back(); }
   std::size_t Published() const { return window.records.size(); }
+  /// A satellite of the last record; nullptr, if it has no slot.
+  const CGPSSatelliteData* Find(int number) const {
+    for (const CGPSSatelliteData& slot : Last().m_Satellites)
+      if (slot.m_nPRN == number) return &slot;
+    return nullptr;
+  }
 
   CRehearsal line;
   CWinApp app{"gpsengine-test"};
