@@ -199,6 +199,15 @@ TEST_F(PublicationTest, ShowsNoMotionBelowAWalkAndKeepsItInTheWorkingRecord) {
   EXPECT_DOUBLE_EQ(Last().m_dSpeed, 0.3);
 }
 
+TEST_F(PublicationTest, KeepsNoLastRecordOfAnyKind) {
+  CGPSData last;
+  CGPSDataRaw raw;
+  last.m_dLatitude = raw.m_dLatitude = 1.0;
+  EXPECT_FALSE(receiver.GetLastGPSPositionData(last));
+  receiver.GetLastGPSRawData(raw);
+  EXPECT_EQ(last.m_dLatitude + raw.m_dLatitude, 0.0);
+}
+
 TEST_F(PublicationTest, HasOneCallbackAKindOfItsOwn) {
   COtherGps other;
   receiver.AddNotificationCallback(
