@@ -218,7 +218,7 @@ class CGPSReceiver : public CObject {
     SharedState& operator=(const SharedState&) = delete;
 
    private:
-    const CGPSStatusData m_Status;
+    CGPSStatusData m_Status;
     const double m_dBinInterval;
   };
 

@@ -42,7 +42,10 @@ CGPSReceiver::~CGPSReceiver() {
   m_Port.Close();
 }
 
-CGPSReceiver::SharedState::SharedState() : m_Status(m_GPSData.m_Status), m_dBinInterval(s_dBinInterval) {}
+CGPSReceiver::SharedState::SharedState() : m_dBinInterval(s_dBinInterval) {
+  const RecordLock lock = LockRecord();
+  m_Status = m_GPSData.m_Status;
+}
 
 CGPSReceiver::SharedState::~SharedState() {
   const RecordLock lock = LockRecord();

@@ -73,16 +73,7 @@ ssize_t GrowingFile::WriteOnce(std::string_view text, off_t at) {
 }
 
 bool GrowingFile::Write(std::string_view text, off_t at) {
-  while (!text.empty()) {
-    const ssize_t written = WriteOnce(text, at);
-    if (written >= 0) {
-      text.remove_prefix(static_cast<std::size_t>(written));
-      at += written;
-    } else if (errno != EINTR) {
-      return false;
-    }
-  }
-  return true;
+  return WriteWholeBy(text, [&](std::string_view rest, off_t done) { return WriteOnce(rest, at + done); });
 }
 
 void GrowingFile::Flush(std::string_view tail) {

@@ -8,23 +8,6 @@
 
 namespace host {
 
-namespace {
-
-bool WriteAt(int descriptor, std::string_view text, off_t at) {
-  while (!text.empty()) {
-    const ssize_t written = pwrite(descriptor, text.data(), text.size(), at);
-    if (written >= 0) {
-      text.remove_prefix(static_cast<std::size_t>(written));
-      at += written;
-    } else if (errno != EINTR) {
-      return false;
-    }
-  }
-  return true;
-}
-
-}  // namespace
-
 bool RinexFile::Open(const std::string& path) {
   path_ = path;
   end_ = 0;
@@ -33,7 +16,7 @@ bool RinexFile::Open(const std::string& path) {
 }
 
 bool RinexFile::Append(std::string_view text) {
-  if (!WriteAt(descriptor_.Get(), text, end_)) {
+  if (!WriteWhole(descriptor_.Get(), text, end_)) {
     const int reason = errno;
     [[maybe_unused]] const int cut = ftruncate(descriptor_.Get(), end_);
     errno = reason;
@@ -44,7 +27,7 @@ bool RinexFile::Append(std::string_view text) {
 }
 
 bool RinexFile::ReplaceHead(std::string_view text) {
-  return WriteAt(descriptor_.Get(), text, 0) || Fail();
+  return WriteWhole(descriptor_.Get(), text, 0) || Fail();
 }
 
 bool RinexFile::Fail() {
