@@ -37,7 +37,7 @@ Epoch EpochAt(const World& world, int second) {
 
 using Change = std::pair<std::size_t, std::string_view>;
 
-/// A sentence with other fields at some places, of which 0 is its tag. A place behind its end makes it
+/// A sentence with other fields at some places, of which 0 is its tag. A place after its end makes it
 /// longer.
 std::string Edit(std::string_view sentence, std::initializer_list<Change> changes) {
   std::vector<std::string> fields{""};

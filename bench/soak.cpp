@@ -48,7 +48,7 @@ struct Settings {
 
 // ---- What is done to the line -----------------------------------------------------------------------------
 
-/// Bytes between two sentences. What begins within `reach` bytes behind them may be lost with them: a text
+/// Bytes between two sentences. What begins within `reach` bytes after them may be lost with them: a text
 /// ends at the next carriage return, a block has its length.
 struct Fault {
   const char* name;
@@ -225,7 +225,7 @@ class FarEnd {
   std::minstd_rand dice_;
   std::unique_ptr<simulator::Receiver> receiver_;
   std::mutex mutex_;
-  std::unique_ptr<PseudoTerminal> terminal_;  // behind mutex_
+  std::unique_ptr<PseudoTerminal> terminal_;  // guarded by mutex_
   std::atomic<long> sentences_{0}, faults_{0};
   std::size_t reach_ = 0;
   const char* cause_ = nullptr;

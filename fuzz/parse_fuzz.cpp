@@ -22,7 +22,7 @@ void ParseLine(Rig& rig, CGPSReceiver& receiver, std::string_view line) {
   std::string bytes(input.Rest());
   if ((choice & kRepaired) != 0) RepairChecksums(reinterpret_cast<std::uint8_t*>(bytes.data()), bytes.size());
 
-  // Some of them cut short, as a message behind a port prompt may be.
+  // Some of them cut short, as a message after a port prompt may be.
   const std::size_t attached = (choice & kAttached) != 0 ? bytes.size() * (16 - choice / 16) / 16 : 0;
   receiver.AttachRawData(bytes.data(), static_cast<int>(attached));
   CString text = TextOf(bytes, (choice & kWide) != 0);

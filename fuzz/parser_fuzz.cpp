@@ -18,7 +18,7 @@ constexpr const char* kDelimiters[] = {",*", ",", " ", ": "};  // those that the
 
 struct Field {
   CString text;
-  CString behind;  // what stands behind the delimiter that ends it
+  CString behind;  // what stands after the delimiter that ends it
 };
 
 // An empty text has no field; any other has one more than it has delimiters.
@@ -32,7 +32,7 @@ std::vector<Field> Split(const CString& text, const CString& delimiters) {
   return fields;
 }
 
-// What stands behind the white space, up to the first character that no number has, so that the C library is
+// What stands after the white space, up to the first character that no number has, so that the C library is
 // shown no hexadecimal number and no word for one.
 std::string Head(std::u16string_view text, const char16_t* pszCharacters, std::size_t& nStart) {
   nStart = std::min(text.find_first_not_of(u" \t\n\v\f\r"), text.size());
@@ -127,7 +127,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* pData, std::size_t nSi
       parser.SetExceptionThrowing(throwing);
     } else if (kind == 5) {
       Require(next == 0 || parser.GetRemainingBuffer() == fields[next - 1].behind,
-              "what remains behind a field");
+              "what remains after a field");
     } else {
       Read(parser, kind, throwing, next < fields.size() ? &fields[next] : nullptr);
       if (next < fields.size()) ++next;

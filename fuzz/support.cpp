@@ -93,7 +93,7 @@ void CheckEpoch(const CGPSDataRaw& epoch) {
   for (int i = 0; i < epoch.m_nSatellites; ++i)
     Require(epoch.GetSatelliteData(satellite, i) && satellite.m_bValid && satellite.m_nPRN > 0,
             "a used slot has a satellite");
-  Require(!epoch.GetSatelliteData(satellite, epoch.m_nSatellites), "no satellite behind the last");
+  Require(!epoch.GetSatelliteData(satellite, epoch.m_nSatellites), "no satellite after the last");
 }
 
 void CheckText(const CString& text) {

@@ -86,7 +86,7 @@ class Rig {
 
 /// The folder of this program, with its separator. Each target has one of its own.
 std::string OwnFolder();
-/// Writes a file anew; gives its path.
+/// Writes a file again; gives its path.
 std::string WriteFile(const std::string& strName, std::string_view content);
 
 /// Gives the sentences and binary records in the bytes their right checksums, so that mutated ones reach

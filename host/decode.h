@@ -12,7 +12,7 @@
 namespace host {
 
 struct DecodeOptions : RunOptions, ShownOptions {
-  std::vector<std::string> files;  ///< One behind the other; "-" for standard input.
+  std::vector<std::string> files;  ///< One after the other; "-" for standard input.
   int chunk = 4096;                ///< Bytes handed to the engine at a time.
   std::optional<Moment> date;      ///< When the recording was made; without it, what it says of that itself.
 };

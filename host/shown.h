@@ -24,7 +24,7 @@ struct ShownOptions {
 /// The outlets of a run that shows records: lines on the output, exports, RINEX, the bytes.
 class Shown {
  public:
-  /// Adds them to the session, whose feed is known. `screen` takes the records in the place of the output.
+  /// Adds them to the session, whose feed is known. `screen` takes the records in place of the output.
   Shown(Session& session, const ShownOptions& options, Output& output, Sink* screen = nullptr);
 
  private:

@@ -11,7 +11,7 @@ namespace simulator {
 // words. Readers of these messages subtract the range from one second and turn the signs of phase and
 // Doppler, so the fields hold one second less the flight time, and phase and Doppler negated.
 
-/// One satellite's measurements; `to_follow` counts those of the same epoch that come behind it.
+/// One satellite's measurements; `to_follow` counts those of the same epoch that come after it.
 std::string Mbn(const Observation& observation, int to_follow);
 
 /// Position and clock of an epoch. `receiver_time` is its reading of the receiver's clock, `truth` what was

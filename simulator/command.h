@@ -15,7 +15,7 @@ class Fields {
  public:
   enum class Checksum { kNone, kGood, kBad };
 
-  /// Comma-separated fields, without a checksum that may stand behind a "*".
+  /// Comma-separated fields, without a checksum that may stand after a "*".
   static Fields OfSentence(std::string_view line);
   /// Words between blanks.
   static Fields OfWords(std::string_view line);

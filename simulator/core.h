@@ -26,7 +26,7 @@ struct Settings {
   double elevation_mask = 5;  ///< degrees
 };
 
-/// What all receivers have in common: input cut into lines, messages by the clock, answers ahead of them,
+/// What all receivers have in common: input cut into lines, messages by the clock, answers before them,
 /// settings that are saved or lost, and silence while booting. A language adds what it understands.
 class Core : public Receiver {
  public:
@@ -62,7 +62,7 @@ class Core : public Receiver {
   /// the options, or GGA alone if the options want it so.
   void LeaveFactory(std::initializer_list<const char*> messages, Settings others = {});
 
-  /// Sends text ahead of everything that falls due.
+  /// Sends text before everything that falls due.
   void Answer(std::string_view text) { answers_.emplace_back(text); }
   void Complain(std::string_view line, std::string_view reason);
 

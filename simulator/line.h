@@ -62,7 +62,7 @@ class PtyRunner {
   std::thread thread_;
   std::atomic<bool> stopping_{false};
   std::mutex mutex_;
-  std::vector<std::string> complaints_;  // behind mutex_
+  std::vector<std::string> complaints_;  // guarded by mutex_
 };
 
 }  // namespace simulator

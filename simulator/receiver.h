@@ -47,7 +47,7 @@ class Receiver {
 
   /// Moves simulated time on and gives what the receiver sends meanwhile: answers first, then what falls due.
   /// Advance(0) gives pending answers alone. Epochs fall on whole multiples of their interval after the
-  /// start, the first one interval behind it.
+  /// start, the first one interval after it.
   virtual std::string Advance(double seconds) = 0;
 
   /// Simulated seconds until Advance() could have something to give; 0 if it has already.

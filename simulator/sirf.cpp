@@ -113,7 +113,7 @@ class Sirf final : public Core {
     return true;
   }
 
-  // Behind identifier and mode: seconds between two sentences and a checksum flag for each, and the rate at
+  // After identifier and mode: seconds between two sentences and a checksum flag for each, and the rate at
   // the end.
   bool SwitchToText(std::string_view payload) {
     SetValue("protocol", "text");

@@ -21,7 +21,7 @@ constexpr DWORD kSoon = 5000;              // with a slow machine in mind
 }  // namespace
 
 TEST(Ack, TimesOutInTheTimeGivenWithAWindowForTheTickOrWithout) {
-  Publish(true);  // ahead of the wait
+  Publish(true);  // before the wait
   for (const bool bWindow : {true, false}) {
     CAck ack;
     EXPECT_TRUE(!bWindow || ack.Create());

@@ -24,7 +24,7 @@ TEST_F(EngineTest, FindsAReceiverByItsExactNameOrTheLastOne) {
   auto* mine = new Named;
   EXPECT_TRUE(engine.AddReceiver(mine));
   EXPECT_EQ(engine.FindReceiver("Mine"), mine);
-  EXPECT_EQ(engine.GetReceivers()[18].get(), mine) << "ahead of the last one";
+  EXPECT_EQ(engine.GetReceivers()[18].get(), mine) << "before the last one";
   Named second;
   EXPECT_FALSE(engine.AddReceiver(&second));
 }

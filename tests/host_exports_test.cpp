@@ -21,7 +21,7 @@ using namespace host;
 
 namespace {
 
-/// Walks the tags of XML: the one that is not closed where it should be, or what stands behind the end.
+/// Walks the tags of XML: the one that is not closed where it should be, or what stands after the end.
 std::string UnclosedTag(std::string_view text) {
   std::vector<std::string> open;
   text.remove_prefix(text.find("?>") + 2);

@@ -66,7 +66,7 @@ class Lines {
     Show(skies_.OnData(data));
     return OfText("");
   }
-  /// Of the text that comes behind.
+  /// Of the text that comes after.
   std::string OfText(std::string_view text) {
     const Fields sentence(text);
     Show(skies_.OnText(sentence));
@@ -162,7 +162,7 @@ TEST(HostMoment, FindsTheDateOfARecordingHoweverItIsCut) {
     scan.Feed(WithChecksum("$GPRMC,120001,V,,,,,,,010199,,"));
     EXPECT_EQ(scan.Latest(), 915192001000) << "as long as there is no other";
     for (std::size_t i = 0; i < stream.size(); i += cut) scan.Feed(std::string_view(stream).substr(i, cut));
-    EXPECT_EQ(scan.Latest(), kMidday) << "behind a stray dollar sign";
+    EXPECT_EQ(scan.Latest(), kMidday) << "after a stray dollar sign";
     scan.Feed(WithChecksum("$GPRMC,120001,V,,,,,,,010199,,"));
     EXPECT_EQ(scan.Latest(), kMidday) << "a date with a fix is better than one without";
     scan.Feed(WithChecksum("$GPZDA,000001.00,15,05,1999,00,00"));

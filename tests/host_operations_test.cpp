@@ -124,7 +124,7 @@ TEST_F(HostOperations, SayWhatAnInterruptionHasLeftUndone) {
 
 namespace {
 
-/// What a run for a RINEX log writes, without its waits: what has come ahead of its commands, and what
+/// What a run for a RINEX log writes, without its waits: what has come before its commands, and what
 /// follows.
 std::string RawRun(const std::string& model, double interval, const std::vector<CString>& sentences) {
   const Action run = [&](CGPSReceiver& receiver) {

@@ -25,7 +25,7 @@ struct Ended {
 Ended RunToEnd(const std::string& arguments) {
   std::istringstream words(arguments);
   Program program({std::istream_iterator<std::string>(words), {}});
-  // What it writes fits the pipes, so that it may end ahead of being read.
+  // What it writes fits the pipes, so that it may end before being read.
   const int code = program.Wait();
   return {code, program.Output(), program.Errors()};
 }

@@ -199,7 +199,7 @@ TEST(HostReport, TellsWhereAStillReceiverStandsAndInWhichUnits) {
 
 namespace {
 
-/// Where a vehicle is after so many seconds, in metres from its start.
+/// Where a vehicle is after this many seconds, in metres from its start.
 struct Way {
   double east, north;
 };

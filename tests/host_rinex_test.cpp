@@ -60,7 +60,7 @@ class HostRinex : public testing::Test {
     log_.SetLogInterval(1.0);
     log_.Enable(true);
   }
-  /// What stands behind the header.
+  /// What stands after the header.
   static std::string Body(const std::string& path) {
     const std::string text = ReadFile(path);
     const std::string end = "END OF HEADER       \n";
@@ -323,7 +323,7 @@ TEST_F(HostRinex, LeavesNoFileWithNothingInIt) {
   log_.SetBase(folder_.Path());
   ASSERT_TRUE(log_.Open());
   log_.WriteEpoch(Epoch(266, 0.0));
-  EXPECT_TRUE(log_.ObservationPath().starts_with(folder_ / "gpsengine_")) << "with the date behind it";
+  EXPECT_TRUE(log_.ObservationPath().starts_with(folder_ / "gpsengine_")) << "with the date after it";
   log_.Close();
   EXPECT_FALSE(std::filesystem::is_empty(folder_.Path()));
   log_.SetBase(folder_ / "missing/run");

@@ -10,7 +10,7 @@ using namespace host;
 
 namespace {
 
-/// A fix so many metres off a place. At 48° N a degree is so long on the ellipsoid of WGS 84.
+/// A fix that many metres off a place at 48° N, by the length of a degree there on the ellipsoid of WGS 84.
 PositionEpoch FixAt(double east, double north, double height, int signal = UDF_SIGNAL_GPS) {
   constexpr double kEastDegree = 74'625.3536, kNorthDegree = 111'190.3226;
   PositionEpoch fix;

@@ -318,7 +318,7 @@ TEST(HostLiveScreen, HoldsThePauseOfARecordingAndGivesTheTerminalBack) {
   EXPECT_TRUE(terminal.Writes("turn the antenna"));
   EXPECT_FALSE(terminal.IsAsItWas());
   terminal.Type("\r");
-  EXPECT_TRUE(terminal.Writes("loat")) << "RTK float in the place of RTK fixed";
+  EXPECT_TRUE(terminal.Writes("loat")) << "RTK float in place of RTK fixed";
   terminal.Type("q");
   EXPECT_EQ(terminal.Run().Wait(), 0);
   EXPECT_EQ(terminal.Run().Errors(), "");

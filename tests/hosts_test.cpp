@@ -127,7 +127,7 @@ TEST_F(FedRunTest, EndsAtOnceWhenACallbackStopsIt) {
   ASSERT_TRUE(engine.Start());
   OnEphemeris(*engine.GetReceiver(), startOver);
   EXPECT_FALSE(Feed(FixAt(1) + Snv().Message() + "\n" + FixAt(2) + "$GPGGA,half a"));
-  EXPECT_EQ(window.records.size(), 1u) << "what stood behind the message went with its run";
+  EXPECT_EQ(window.records.size(), 1u) << "what stood after the message went with its run";
   EXPECT_TRUE(window.ephemerides.empty());
   EXPECT_TRUE(engine.IsActive());
   EXPECT_TRUE(Feed(FixAt(3)));

@@ -18,7 +18,7 @@ using namespace std::chrono_literals;
 
 namespace {
 
-// A receiver that does something of the test's on the reader thread, once, ahead of its first message.
+// A receiver that does something of the test's on the reader thread, once, before its first message.
 class Busy : public COtherGps {
  public:
   explicit Busy(std::function<void(CSerialPort&)> work) : m_Work(std::move(work)) {}
@@ -137,10 +137,10 @@ TEST_F(EngineTest, ForgetsOldFixesAfterASilenceAndNotWhenTheClockIsSet) {
   engine.GetReceiver()->ResetSpeedEngine();
   auto moves = [&, second = 0]() mutable {
     window.records.clear();
-    Sleep(20);  // a pass looks at the clock ahead of its read
+    Sleep(20);  // a pass looks at the clock before its read
     line.Send(FixAt(++second));
     EXPECT_TRUE(UntilRecords(1));
-    Sleep(20);  // and behind it
+    Sleep(20);  // and after it
     return !window.records.empty() && window.records.back().m_bVelocityValid;
   };
   EXPECT_FALSE(moves());

@@ -73,7 +73,7 @@ TEST(PreciseTimer, TicksUnderItsNumberUntilItIsStopped) {
   EXPECT_EQ(window.Run(1, kLong), 1u);
 }
 
-// Behind a tick that takes longer than the period there is a pause of 10 ms and a wait of 1 ms, and no tick
+// After a tick that takes longer than the period there is a pause of 10 ms and a wait of 1 ms, and no tick
 // is made up for. Otherwise the waits stand for the time of the window, so that a period holds from tick to
 // tick.
 TEST(PreciseTimer, AllowsForTheTimeThatTheWindowTakes) {

@@ -113,7 +113,7 @@ TEST_F(AshtechRaw, PositionOfAnEpochSendsItsMeasurements) {
   };
   constexpr double kFractions[] = {0.07, 0.5, 0.5, -1e-9};
   for (const Mbn& mbn : kMeasurements) EXPECT_TRUE(FeedBinary(mbn.Message()));
-  EXPECT_EQ(Published(), 4U);  // a record behind each measurement
+  EXPECT_EQ(Published(), 4U);  // a record after each measurement
   line.SetUnixSeconds(1'200'000'000);
   EXPECT_TRUE(
       FeedBinary(Pbn{.milliseconds = 345'600'123, .clockOffset = 299.5F, .clockDrift = -0.25F}.Message()));

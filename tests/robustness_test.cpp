@@ -68,7 +68,7 @@ class ArrivalTest : public testing::Test {
   CWinApp app{"gpsengine-test"};
 };
 
-// The byte behind a block is passed over if it has come with the block, and a message loses its head that
+// The byte after a block is passed over if it has come with the block, and a message loses its head that
 // way; so here is one to pass over.
 std::string WithAByteBehindBlocks(std::string bytes) {
   for (std::size_t at = 0; (at = bytes.find("$BIN", at)) != bytes.npos;) {
@@ -137,9 +137,9 @@ TEST_F(GarbageTest, CostsNoSentenceBeyondWhatTheFramingTakesWithIt) {
       {"a dollar alone", "$", 1},
       {"a number sign alone", "#", 1},
       {"a number sign twice", "##", 1},
-      // With a prompt in it, it is the sentence behind the prompt.
+      // With a prompt in it, it is the sentence after the prompt.
       {"an unfinished sentence and a prompt", "$GP[COM1]", 0},
-      // The byte behind a text or a block counts as its line feed, if it comes in the same read.
+      // The byte after a text or a block counts as its line feed, if it comes in the same read.
       {"a sentence without a line feed", "$GPRMC,1,2\r", 1, 0},
       {"a block of which nothing follows", "$BIN_" + std::string(135, 'x'), 1, 0},
       // Who names a record of fixed length in the second field takes that length: of the 67 bytes a sentence

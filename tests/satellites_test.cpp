@@ -40,7 +40,7 @@ TEST_F(SatelliteTest, KeepsWhatGsaSaidOfAnUsedSatelliteThroughGsv) {
   EXPECT_DOUBLE_EQ(third->m_dElevation, 40 * kDegree);
   EXPECT_DOUBLE_EQ(third->m_dAzimuth, 83 * kDegree);
   EXPECT_FALSE(Find(20)->m_bUsed);
-  EXPECT_FALSE(Find(17)->m_bInView) << "listed by GSA ahead of the group, not by the group";
+  EXPECT_FALSE(Find(17)->m_bInView) << "listed by GSA before the group, not by the group";
   EXPECT_TRUE(Find(17)->m_bUsed);
   EXPECT_EQ(data.m_dAverageSNR, 20.0) << "the mean of 40 and of the 0 of a slot that has no signal yet";
   EXPECT_EQ(data.m_dPDOP, 2.5);
@@ -59,7 +59,7 @@ TEST_F(SatelliteTest, GivesAnUnusedSlotToANewSatelliteAndNoneWhenAllAreUsed) {
   EXPECT_TRUE(FeedSentence("$GPGSV,1,1,02,44,40,083,40,101,45,090,41"));
   Table();
   EXPECT_EQ(Find(44), nullptr);
-  EXPECT_EQ(Find(101)->m_nSNR, 0) << "the groups behind a satellite without a place are dropped";
+  EXPECT_EQ(Find(101)->m_nSNR, 0) << "the groups after a satellite without a place are dropped";
 }
 
 TEST_F(SatelliteTest, TellsSatellitesApartWhoseNumbersAreMultiplesApart) {

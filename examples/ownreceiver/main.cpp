@@ -22,14 +22,14 @@ class CAcme : public CGPSReceiver {
   // What it can do, and how.
   bool ImplementsSetNmea() override { return true; }
   void SetGgaOnlyNMEA() override {
-    // Each line with the milliseconds to wait behind it. A line that lacks its end, is too long or has a
+    // Each line with the milliseconds to wait after it. A line that lacks its end, is too long or has a
     // wrong checksum does not compile.
     static constexpr CGPSCommand kLines[] = {{"$PASHS,NME,ALL,A,OFF\r\n", 200},
                                              {"$PASHS,NME,GGA,A,ON\r\n", 200}};
     Write(kLines);
   }
 
-  // Sees each message ahead of the library, on the reader thread. What it leaves alone goes the usual way.
+  // Sees each message before the library, on the reader thread. What it leaves alone goes the usual way.
   bool Parse(CString& strMessage) override {
     if (strMessage.StartsWith("$PASHR,ACK")) ++m_nAcknowledged;
     return CGPSReceiver::Parse(strMessage);

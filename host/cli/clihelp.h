@@ -16,11 +16,11 @@ struct NamedCommand {
 };
 
 std::vector<const CLI::App*> Commands(const CLI::App& app);
-/// All commands, each ahead of its own.
+/// All commands, each before its own.
 std::vector<NamedCommand> AllCommands(const CLI::App& app, const std::string& parent = "");
 std::vector<const CLI::Option*> Options(const CLI::App& command);
 bool IsFlag(const CLI::Option& option);
-/// What an option's value is called, and behind it what the help says of its limits.
+/// What an option's value is called, and after it what the help says of its limits.
 std::string TypeOf(const CLI::Option& option);
 std::string LimitsOf(const CLI::Option& option);
 /// The values of an option that takes one of a few: "{add,none}" in the help.
@@ -33,7 +33,7 @@ std::vector<std::string> NamesOf(const CLI::Option& option);
 /// what the help has.
 std::string ManualPage(const CLI::App& app, const std::string& version);
 
-/// What may stand at the cursor, a line each; behind a tab, what it means. The words are those behind the
+/// What may stand at the cursor, a line each; after a tab, what it means. The words are those after the
 /// program's name, the last of which is begun or empty. ":files" stands for the names of files.
 std::string Completions(const CLI::App& app, std::vector<std::string> words);
 

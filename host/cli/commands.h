@@ -24,7 +24,7 @@ void AddCommand(CLI::App& app, Job& job);
 void AddSimulate(CLI::App& app, Job& job);
 void AddPorts(CLI::App& app, Job& job);
 void AddConfig(CLI::App& app, Job& job);
-/// Manual, completions, help and version. Behind all others, which they tell of.
+/// Manual, completions, help and version. After all others, which they tell of.
 void AddDocuments(CLI::App& app, Job& job);
 
 /// The version of the program, and what it was built with that it could do without.

@@ -17,7 +17,7 @@ namespace {
 // In the place of words: the shell knows its files best, with "~" and its variables.
 constexpr char kFilesOfShell[] = ":files";
 
-// Words that may stand at the cursor; behind a tab, what one means.
+// Words that may stand at the cursor; after a tab, what one means.
 using Words = std::vector<std::string>;
 
 /// What a command line up to the cursor has come to.

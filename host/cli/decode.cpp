@@ -14,7 +14,7 @@ void AddDecode(CLI::App& app, Job& job) {
       "  gpsengine decode drive.log --only fix --min-distance 10 --csv drive.csv");
   auto options = std::make_shared<DecodeOptions>();
   AddValue(*command, "file", options->files, "FILE", AName(),
-           "Recordings, one behind the other, which may be packed by gzip; - for standard input")
+           "Recordings, one after the other, which may be packed by gzip; - for standard input")
       ->required();
   AddReceiver(*command, *options);
   AddShown(
@@ -22,7 +22,7 @@ void AddDecode(CLI::App& app, Job& job) {
       {{"text", Format::text}, {"json", Format::json}, {"record", Format::record}, {"none", Format::none}},
       "How to show records; none: the summary alone");
   AddDuration(*command, options->exports.filter.duration,
-              "End after so many seconds of the recording's own time");
+              "End after this many seconds of the recording's own time");
   command
       ->add_option_function<std::string>(
           "--date", [options](const std::string& date) { options->date = MomentOfDate(date); },

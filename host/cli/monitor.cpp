@@ -36,7 +36,7 @@ void AddMonitor(CLI::App& app, Job& job) {
   command->add_flag_function(
       "--attach-raw,!--no-attach-raw", [options](std::int64_t sign) { options->attach_raw = sign > 0; },
       "Decode raw data; on where the model has them, and in a recording");
-  AddDuration(*command, options->duration, "End after so many seconds");
+  AddDuration(*command, options->duration, "End after this many seconds");
   AddValue(*command, "--timeout", options->timeout, "S", Between(0.0),
            "Seconds to wait for a first message, 0 for ever")
       ->capture_default_str();

@@ -71,10 +71,10 @@ void AddFilters(CLI::App& command, FilterOptions& filter) {
       ->type_name("KIND,...")
       ->group("Filters");
   AddValue(command, "--min-distance", filter.min_distance, "M", Between(kAboveZero),
-           "Only fixes so many metres off the last one")
+           "Only fixes at least so far from the last one")
       ->group("Filters");
   AddValue(command, "--min-interval", filter.min_interval, "S", Between(kAboveZero),
-           "Only fixes so many seconds after the last one")
+           "Only fixes at least so long after the last one")
       ->group("Filters");
 }
 
@@ -139,7 +139,7 @@ void AddLive(CLI::App& command, LiveOptions& live) {
   command
       .add_option_function<std::string>(
           "--speed", [&live](const std::string& word) { live.speed = SpeedOf(word); },
-          "Play so many times as fast as the recording's own times; max: as fast as it goes; "
+          "Play this many times as fast as the recording's own times; max: as fast as it goes; "
           "engine: a line every half second, over and over")
       ->type_name("N|max|engine")
       ->needs("--play");
@@ -160,7 +160,7 @@ void AddShown(CLI::App& command, RunOptions& run, ShownOptions& shown,
   AddRinex(command, shown.rinex);
   AddExports(command, shown.exports);
   AddDisplay(command, shown.display);
-  AddValue(command, "--count", run.count, "N", WholeBetween(1), "End after so many records were shown");
+  AddValue(command, "--count", run.count, "N", WholeBetween(1), "End after this many records were shown");
 }
 
 void AddListFormat(CLI::App& command, std::string& format, const std::string& plain) {

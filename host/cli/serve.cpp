@@ -27,7 +27,7 @@ void AddServe(CLI::App& app, Job& job) {
       ->capture_default_str();
   AddValue(*command, "--http", options->http, "PORT", WholeBetween(0, 65535),
            "Port of the live page, 0 for any that is free; without it, no page");
-  AddDuration(*command, options->duration, "End after so many seconds");
+  AddDuration(*command, options->duration, "End after this many seconds");
   command->callback([&job, options, command] { job = OnLine(*command, options, &Serve); });
 }
 

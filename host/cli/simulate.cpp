@@ -62,7 +62,7 @@ void AddSimulate(CLI::App& app, Job& job) {
   command->add_flag("!--still", receiver.moving, "Stay at one place");
   AddValue(*command, "--rate", receiver.rate_hz, "HZ", Between(kAboveZero, kFastest), "Epochs a second")
       ->capture_default_str();
-  AddDuration(*command, options->duration, "End after so many seconds");
+  AddDuration(*command, options->duration, "End after this many seconds");
   command->callback([&job, options] {
     options->receiver.start_utc = std::chrono::floor<std::chrono::seconds>(std::chrono::system_clock::now());
     job = JobOf(options, &Simulate);

@@ -8,18 +8,18 @@
 
 namespace host {
 
-// What options take, with limits in words, which the help shows behind the value's name.
+// What options take, with limits in words, which the help shows after the value's name.
 
 /// The least number above 0, and the greatest one.
 constexpr double kAboveZero = std::numeric_limits<double>::denorm_min();
 constexpr double kAnyMore = std::numeric_limits<double>::max();
-/// Numbers, none of which is infinite, nor what is no number at all.
+/// Finite numbers.
 CLI::Validator Between(double least, double most = kAnyMore);
 /// Whole numbers.
 CLI::Validator WholeBetween(long long least, long long most = std::numeric_limits<long long>::max());
 /// A name that is not empty.
 CLI::Validator AName();
-/// A text that is not empty, of at most so many characters of ASCII: what a file has columns for.
+/// A text that is not empty, of at most that many characters of ASCII: what a file has columns for.
 CLI::Validator AsciiUpTo(std::size_t columns);
 /// A receiver model, in any case of its letters, which becomes the name that it is listed by.
 CLI::Validator AModel();

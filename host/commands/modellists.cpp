@@ -32,7 +32,7 @@ constexpr char kIntroduction[] =
     "\n"
     "Printed by `gpsengine receivers-doc`; a change here is lost. Each operation is shown as `gpsengine "
     "command --dry-run`\n"
-    "rehearses it: what it writes to an open port, and the milliseconds it waits behind that.\n"
+    "rehearses it: what it writes to an open port, and the milliseconds it waits after that.\n"
     "\n";
 
 std::string CapabilityTable() {
@@ -85,7 +85,7 @@ std::string ModelsAsTable() {
     table.erase(table.find_last_not_of(' ') + 1);
     table += '\n';
   }
-  table += "\nBAUD is GetDefaultBaudrate; the columns behind it:\n";
+  table += "\nBAUD is GetDefaultBaudrate; the columns after it:\n";
   for (const auto& answer : Answers())
     table += "  " + Padded(answer.heading, 7) + Padded(answer.meaning, kAnswerWidth) + ' ' +
              answer.operation + '\n';

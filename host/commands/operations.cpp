@@ -16,7 +16,7 @@ namespace host {
 
 namespace {
 
-// The longest line that a port takes, with the line end that is written behind it.
+// The longest line that a port takes, with the line end that is written after it.
 constexpr std::size_t kLongestText = 198;
 
 [[noreturn]] void Refuse(const std::string& word, const std::string& wanted) {

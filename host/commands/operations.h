@@ -31,7 +31,7 @@ struct Operation {
     sets,    ///< Writes commands.
     asks,    ///< Writes a request, which a report answers.
     starts,  ///< What the start of a run does by itself.
-    ends     ///< What the end of a run does by itself: the line is closed behind it.
+    ends     ///< What the end of a run does by itself: the line is closed after it.
   };
 
   const char* name;

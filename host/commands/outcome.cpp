@@ -12,7 +12,7 @@ namespace host {
 
 namespace {
 
-// Seconds to listen behind a command: for any byte, for an answer that is due, and for a last word.
+// Seconds to listen after a command: for any byte, for an answer that is due, and for a last word.
 constexpr double kForBytes = 5.0, kForAnswer = 1.5, kForLastWord = 0.3;
 // No answer is longer. What is, is noise.
 constexpr std::size_t kLongestLine = 200;

@@ -23,7 +23,7 @@ class Outcome {
 
   /// The next bytes of the line since the run began, in pieces of any size.
   void Feed(std::string_view bytes);
-  /// How many seconds to listen behind the end of the command, by what has been heard so far.
+  /// How many seconds to listen after the end of the command, by what has been heard so far.
   double Patience(bool understood) const;
   /// What to tell the user. Throws a Failure if nothing was heard or understood, no answer came where the
   /// make gives one, or the receiver refused.

@@ -12,8 +12,8 @@ void CheckRawInterval(CGPSReceiver& receiver, double seconds);
 /// such interval, or the port does not take it.
 bool SetRawInterval(CGPSReceiver& receiver, double seconds);
 
-/// Has the receiver send raw data, every so many seconds unless that is 0. False if the port does not take
-/// it.
+/// Has the receiver send raw data, every `seconds`, or as often as it likes if that is 0. False if the port
+/// does not take it.
 bool StartRawData(CGPSReceiver& receiver, double seconds);
 /// The interval at which the model has to send raw data so that those at `seconds` can be picked out of them:
 /// that one, if the model has it.

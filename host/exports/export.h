@@ -26,7 +26,7 @@ class Export {
   virtual ~Export() = default;
   /// An epoch with a time that was not told before, whether or not it has a fix.
   virtual void OnEpoch(const PositionEpoch& epoch) = 0;
-  /// The satellites of an epoch, ahead of the next one's position.
+  /// The satellites of an epoch, before the next one's position.
   virtual void OnSky(const Sky& /*sky*/) {}
   /// Writes what is new.
   virtual void Flush() {}
@@ -43,7 +43,7 @@ class GrowingExport : public Export {
 
  protected:
   std::string& Text() { return file_.Text(); }
-  /// What completes the file behind the text so far.
+  /// What completes the file after the text so far.
   virtual std::string Tail() const { return {}; }
 
  private:

@@ -13,12 +13,11 @@ namespace host {
 /// Where a file goes, and which option asked for it.
 struct ExportPath {
   std::string option, path;
-  std::vector<std::string> inputs =
-      {};  ///< The files that the run reads, none of which is to be overwritten.
+  std::vector<std::string> inputs = {};  ///< The files that the run reads; they are not to be overwritten.
 };
 
-/// A file that grows as a run goes and is whole all the while: behind what was written stands a tail that
-/// completes it, in the place of which the next piece comes. A disk that is full, or a program that is
+/// A file that grows as a run goes and is whole all the while: after what was written stands a tail that
+/// completes it, which the next piece overwrites. A disk that is full, or a program that is
 /// killed, so leaves a file that ends well. A pipe or a device gets its tail at the end alone.
 class GrowingFile {
  public:
@@ -26,9 +25,9 @@ class GrowingFile {
   /// reads.
   explicit GrowingFile(ExportPath path);
 
-  /// What is to be written next.
+  /// The next piece to write.
   std::string& Text() { return text_; }
-  /// Writes the text, and a tail behind it. Throws a Failure if that does not work; what was written before
+  /// Writes the text, and a tail after it. Throws a Failure if that does not work; what was written before
   /// then stands with the tail it had, and nothing is written any more.
   void Flush(std::string_view tail);
   /// The last Flush.
@@ -44,11 +43,11 @@ class GrowingFile {
   bool seekable_ = false;
   bool broken_ = false;
   off_t end_ = 0;     // of what is there for good
-  std::string tail_;  // behind it
+  std::string tail_;  // after it
   std::string text_;
 };
 
-/// Puts a whole file in place at once: whoever reads it finds the old one or the new. Throws a Failure as
+/// Puts a whole file in place at once: a reader finds the old one or the new. Throws a Failure as
 /// GrowingFile does.
 void ReplaceFile(const ExportPath& path, std::string_view text);
 

@@ -58,7 +58,7 @@ class Exports : public Sink, public Outlet {
   void Step() override;
   /// The stated time of the recording is over.
   bool IsDone() const override { return filter_.IsOver(); }
-  /// Completes the files; throws as Step does. To be called ahead of the engine's own end.
+  /// Completes the files; throws as Step does. To be called before the engine's own end.
   bool Finish() override;
 
  private:

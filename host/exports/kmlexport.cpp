@@ -16,7 +16,7 @@ constexpr std::string_view kStyle =
 )";
 constexpr std::string_view kKmlTail = "  </Document>\n</kml>\n";
 constexpr std::string_view kKmlSegmentEnd = "      </gx:MultiTrack>\n    </Placemark>\n";
-// A track names all its times ahead of its places. So many are kept to be written, and the next ones are a
+// A track names all its times before its places. So many are kept to be written, and the next ones are a
 // track of the same line.
 constexpr int kMostOfTrack = 100;
 
@@ -87,7 +87,7 @@ class KmlExport : public GrowingExport {
   }
 
   int segments_ = 0;
-  int points_ = 0;            // of the track at hand
+  int points_ = 0;            // of the current track
   bool has_heights_ = false;  // likewise; without them it lies on the ground
   std::string whens_, coords_;
 };

@@ -63,7 +63,7 @@ Json TrackOf(const Sketch& track, const KindsOfRun& kinds) {
   return points;
 }
 
-/// The places of each kind, one number behind the other.
+/// The places of each kind, one number after the other.
 Json CloudOf(const Survey& survey, const SurveyResult& all, const KindsOfRun& kinds) {
   const int decimals = DecimalsFor(std::max(all.r95, 1e-3) / 1000.0);
   std::map<int, Json> places;

@@ -8,7 +8,7 @@ namespace {
 class ReportExport : public Export {
  public:
   ReportExport(ExportPath path, RunFacts facts) : path_(std::move(path)), facts_(std::move(facts)) {
-    ReportExport::Finish({});  // whether it can be written is to be known now
+    ReportExport::Finish({});  // tells now whether it can be written
   }
 
   void OnEpoch(const PositionEpoch& epoch) override { run_.Add(epoch); }

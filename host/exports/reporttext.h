@@ -9,7 +9,7 @@ namespace host {
 
 // How a page for people writes what it tells.
 
-/// A number with so many decimals.
+/// A number with the given number of decimals.
 std::string Number(double value, int decimals);
 /// The digits in groups of three.
 std::string Whole(long long value);

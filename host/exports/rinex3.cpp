@@ -23,7 +23,7 @@ std::size_t RoomFor(const RinexKind& kind) {
 }
 
 /// A system with the codes of its signals, in the order in which they have come. An observation that stands
-/// behind the end of a line counts as blank, so that a code more leaves the lines before it as they are.
+/// after the end of a line counts as blank, so that a code more leaves the lines before it as they are.
 struct System3 {
   char letter;
   std::vector<std::string> codes;

@@ -9,7 +9,7 @@
 
 namespace host {
 
-/// A file that grows at its end and whose head may be written anew. What does not fit on the disk leaves it
+/// A file that grows at its end and whose head may be written again. What does not fit on the disk leaves it
 /// as it was.
 class RinexFile {
  public:
@@ -17,7 +17,7 @@ class RinexFile {
   bool Open(const std::string& path);
   void Close() { descriptor_ = UniqueDescriptor(); }
   bool IsOpen() const { return static_cast<bool>(descriptor_); }
-  /// Writes behind the end. False if it could not.
+  /// Writes after the end. False if it could not.
   bool Append(std::string_view text);
   /// Writes over the first bytes. False if it could not.
   bool ReplaceHead(std::string_view text);

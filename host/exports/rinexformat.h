@@ -26,7 +26,7 @@ struct RinexStation {
   GpsTime first;                  ///< The first epoch.
 };
 
-/// What is known of a kind of receiver ahead of its first epoch.
+/// What is known of a kind of receiver before its first epoch.
 struct RinexKind {
   bool in_decibels =
       false;                ///< The strength of a signal comes in dB-Hz, and not in a unit of the receiver's.
@@ -70,7 +70,7 @@ std::string ObservationKind(const std::string& systems);
 std::string StationLines(const RinexStation& station);
 /// TIME OF FIRST OBS, and the interval if it is known.
 std::string TimeLines(const RinexStation& station);
-/// Appends the digits for a loss of lock and the strength of a signal, one column each, behind a phase.
+/// Appends the digits for a loss of lock and the strength of a signal, one column each, after a phase.
 void AppendIndicators(std::string& text, const rawdata::SignalObservation& signal, const RinexKind& kind,
                       bool is_phase);
 

@@ -84,7 +84,7 @@ bool RinexLog::Open() {
   format_.reset();
   epochs_ = 0;
   error_.Empty();
-  // Whether the file can be made is to be known now, though it gets its header with the first epoch.
+  // Made now, so that a bad path is told at once; the header comes with the first epoch.
   if (!observations_.Open(ObservationPath())) return Break(observations_);
   open_ = true;
   SetTimeMark();
@@ -102,8 +102,7 @@ void RinexLog::Close() {
 
 GpsTime RinexLog::TimeOf(const CGPSDataRaw& epoch) const {
   int week = ResolveWeek(epoch.m_nGPSWeek, PivotFor(epoch.m_Time));
-  if (pivot_ &&
-      epoch.m_nGPSWeek >= kWeeksOfRound) {  // taken from the computer's clock, for want of an ephemeris
+  if (pivot_ && epoch.m_nGPSWeek >= kWeeksOfRound) {  // from the computer's clock, since no ephemeris told it
     const GpsTime pivot = GpsTimeOf(*pivot_);
     week = Near(pivot.week, epoch.m_dReceiverTime, pivot.seconds).week;
   }
@@ -164,7 +163,7 @@ bool RinexLog::Write(const GpsTime& time, const SignalList& signals, const Rinex
   return waiting_.empty() || WriteWaiting();
 }
 
-/// The header is there ahead of the first epoch that needs it.
+/// The header is there before the first epoch that needs it.
 bool RinexLog::WriteHead(const GpsTime& time, const SignalList& signals, const RinexKind& kind) {
   const bool is_first = format_ == nullptr;
   if (is_first) {

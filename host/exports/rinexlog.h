@@ -26,7 +26,7 @@ class RinexLog : public CDataLog {
   RinexLog(const RinexLog&) = delete;
   RinexLog& operator=(const RinexLog&) = delete;
 
-  /// Names the files after `base`, a path: what stands behind its last "/" goes to SetFilename. A path that
+  /// Names the files after `base`, a path: what stands after its last "/" goes to SetFilename. A path that
   /// ends in "/", or a folder, gets a name with the present date, by SetDefaultFilename.
   void SetBase(const std::string& base);
   /// The moment near which the epochs lie, which a ten-bit week is resolved against. Without it, an epoch's
@@ -92,7 +92,7 @@ class RinexLog : public CDataLog {
   RinexFile observations_, navigation_;
   std::unique_ptr<RinexFormat> format_;                   // from the first epoch on
   std::size_t head_ = 0;                                  // bytes of the header
-  std::string text_;                                      // of the epoch at hand, kept for its room
+  std::string text_;                                      // of the current epoch, kept for its memory
   std::optional<GpsTime> last_;                           // the epoch that was last written
   std::set<std::tuple<char, int, std::string>> slipped_;  // since then
   std::set<std::tuple<int, long long, int>> known_;  // satellite, time and issue of the ephemerides written

@@ -13,10 +13,10 @@ __attribute__((format(printf, 2, 3))) void AppendFormat(std::string& text, const
 
 /// A line of a header: 60 characters, and what they are.
 std::string HeaderLine(std::string content, std::string_view label);
-/// The two first lines of a file; `kind` is what stands behind the version.
+/// The two first lines of a file; `kind` is what stands after the version.
 std::string FileBeginning(double version, std::string_view kind);
 
-/// The columns of a measurement, and those with the two digits behind it.
+/// The columns of a measurement, and those with the two digits after it.
 constexpr std::size_t kMeasurementColumns = 14, kObservationColumns = 16;
 /// A measurement with three decimals in 14 columns (F14.3); blank for 0 and for what does not fit.
 void AppendMeasurement(std::string& text, double value);

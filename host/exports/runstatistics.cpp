@@ -68,7 +68,7 @@ void RunStatistics::Add(const PositionEpoch& epoch) {
   if (!end || *epoch.time > *end) end = epoch.time;
   ++epochs[epoch.signal];
   undated = undated || epoch.undated;
-  // A segment begins behind epochs without a fix as well, and then nothing has paused.
+  // A segment begins after epochs without a fix as well, and then nothing has paused.
   const bool paused = epoch.starts_segment && (signals.empty() || signals.back().signal != UDF_SIGNAL_NONE);
   AddSignal(epoch, paused);
   in_view.Add(epoch.in_view);

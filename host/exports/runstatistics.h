@@ -99,7 +99,7 @@ struct RunStatistics {
 
   std::optional<Plane> plane_;           // about the first fix
   Moment span_ = 1000;                   // what is drawn as one kind of fix
-  long long of_segment_ = 0;             // fixes of the one at hand
+  long long of_segment_ = 0;             // fixes of the current one
   std::optional<PositionEpoch> anchor_;  // from which the next step of the distance is measured
 };
 

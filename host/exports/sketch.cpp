@@ -8,7 +8,7 @@ namespace host {
 namespace {
 
 // A page draws a track at most 770 pixels wide. The grid is up to twice as wide as the track, so that its
-// cells are at most 0.38 pixels. A line may pass half a cell off a place and end as much ahead of it, and one
+// cells are at most 0.38 pixels. A line may pass half a cell off a place and end as much before it, and one
 // that was drawn before may pass 1.8 cells off; each time the grid grows that may happen once more, in cells
 // of half the size. All in all that is less than two pixels.
 constexpr int kCells = 4096;
@@ -99,7 +99,7 @@ void Sketch::Follow(const Point& point) {
   end_ = point;
 }
 
-/// Ends the line at hand, and begins another where it ends.
+/// Ends the current line, and begins another where it ends.
 void Sketch::Draw() {
   const bool is_new = Cover(PlaceOf(*anchor_), PlaceOf(*end_), end_->signal);
   const bool is_dot = anchor_->east == end_->east && anchor_->north == end_->north;

@@ -53,7 +53,7 @@ class Sketch {
   std::vector<Point> points_;
   std::map<int, std::vector<bool>> covered_;  // the cells with a line, by its kind of fix
   std::optional<Point> last_;
-  // The line at hand, from its last corner to the last place.
+  // The current line, from its last corner to the last place.
   std::optional<Point> anchor_, end_;
   Cone cone_;
   bool joined_ = false;  // the anchor is the last of the points

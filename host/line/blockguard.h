@@ -6,9 +6,9 @@
 
 namespace host {
 
-/// Sees to it that binary blocks reach the library whole. The library passes over the byte behind a "$BIN"
+/// Sees to it that binary blocks reach the library whole. The library passes over the byte after a "$BIN"
 /// block as if it ended a line, which takes the "$" off a message that follows at once; and it does not know
-/// an OEM message again whose three sync bytes come in two reads. So a line feed is put behind each block,
+/// an OEM message again whose three sync bytes come in two reads. So a line feed is put after each block,
 /// and the beginning of a sync is kept until the rest of it is here.
 class BlockGuard {
  public:
@@ -19,10 +19,10 @@ class BlockGuard {
  private:
   void PassByte(char byte);
 
-  std::string kept_;      // ahead of the next bytes
+  std::string kept_;      // before the next bytes
   std::string out_;       // what was passed on last, if it was not the bytes themselves
   std::string head_;      // of a block, as far as it has come
-  std::size_t left_ = 0;  // of the block at hand
+  std::size_t left_ = 0;  // of the current block
   char last_ = 0;
 };
 

@@ -35,7 +35,7 @@ class KindListener {
 };
 
 /// Throws a Failure that says what a recording holds, if nothing of it was decoded, nor shown by the window.
-/// Called behind its end.
+/// Called after its end.
 void CheckUnderstood(const Recording& recording, const HostWindow& window);
 
 }  // namespace host

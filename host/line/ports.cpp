@@ -179,7 +179,7 @@ bool Look(SerialPortInfo& port, const fs::path& entry, const Holders& holders) {
   return probe.has_hardware;
 }
 
-/// Orders "ttyUSB2" ahead of "ttyUSB10", and what is on USB ahead of the rest.
+/// Orders "ttyUSB2" before "ttyUSB10", and what is on USB before the rest.
 auto Place(const SerialPortInfo& port) {
   const auto digits = port.device.find_last_not_of("0123456789") + 1;
   return std::tuple(!port.usb, port.device.substr(0, digits), port.device.size(), port.device);

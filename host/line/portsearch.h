@@ -20,7 +20,7 @@ struct LineChoice {
   std::string model = "Other";
 };
 
-/// Puts a device and a rate in the place of "auto" and "last". With "last" the model is the remembered one,
+/// Puts a device and a rate in place of "auto" and "last". With "last" the model is the remembered one,
 /// unless `model_given`. Tells on standard error what it hears. Throws a Failure if there is none, or if a
 /// signal ends the search.
 LineChoice ChooseLine(LineChoice choice, bool model_given, const Interrupt& interrupt);
@@ -41,7 +41,7 @@ struct FoundLine {
   int baud;
 };
 
-/// Listens until messages are understood, and writes nothing to any port. Each device is heard once ahead of
+/// Listens until messages are understood, and writes nothing to any port. Each device is heard once before
 /// further rates, and those that sent something come first from there on. Tells on standard error what it
 /// hears, and how long that takes at most. Throws a Failure as ChooseLine does.
 FoundLine SearchLine(const SearchPlan& plan, const Interrupt& interrupt);

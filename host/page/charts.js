@@ -44,7 +44,7 @@ function roundDown(value) {
   return power * [5, 2, 1].find(step => step * power <= value * (1 + 1e-9));
 }
 
-// The round step that makes about so many.
+// A round step between marks, of which about so many fit.
 function stepOf(span, steps) {
   const rough = span / steps, power = 10 ** Math.floor(Math.log10(rough));
   const miss = step => Math.abs(Math.log(rough / step));

@@ -44,7 +44,7 @@ function onSky(sky) {
 }
 
 function onServer(server) {
-  // A server that was started anew knows nothing of the way so far.
+  // A server that was started again knows nothing of the way so far.
   if (state.server && state.server.started !== server.started) {
     Object.assign(state, {fix: null, sky: null, way: [], length: 0, anchor: null, trails: new Map(), reports: new Map()});
     view = null;
@@ -280,7 +280,7 @@ function watchSentences() {
   $('raw').ontoggle = () => {
     if (events) events.close();
     events = $('raw').open ? new EventSource('sentences') : null;
-    lines.length = 0;  // the last moments come anew
+    lines.length = 0;  // the last moments come again
     if (!events) return;
     events.onerror = () => { if (events.readyState === EventSource.CLOSED) put('sentences', 'the server gives no sentences'); };
     events.onmessage = event => {

@@ -87,7 +87,7 @@ function drawTrack(svg, way, kinds, end, frame, view, units, hasLabels) {
 }
 
 // The fixes of a still receiver about their mean, and the radii with half and 95 % of them: `cloud` has the places of each kind, one
-// number behind the other, in metres.
+// number after the other, in metres.
 function drawCloud(svg, cloud, unit, frame) {
   const reach = Math.max(1.5 * cloud.r95, 1e-3);  // a few fixes lie far out, and would leave the others a spot
   const axis = exactAxis(-reach * unit.perMetre, reach * unit.perMetre, Math.min(6, frame.width / 56));

@@ -14,7 +14,7 @@ const KINDS = {
 const OTHER_KIND = {style: 'other', name: 'other'};
 const METRIC = {length: {name: 'm', perMetre: 1}, distance: {name: 'km', perMetre: 1e-3}};
 
-let view = null;  // the map's scale and centre, which without a place of its own is the receiver; null: the whole way
+let view = null;  // the map's scale and centre, which is the receiver unless it was moved; null: the whole way
 
 // `step` is the time since the position before, whose own was `interval`.
 function addToWay(tpv, step, interval) {

@@ -24,7 +24,7 @@ std::string PlainAngle(double degrees, AngleFormat format, char positive, char n
 std::string TimeText(std::int64_t seconds);
 /// Appends "08:15:30.25".
 void AppendTimeOfDay(std::string& out, double seconds);
-/// Appends a finite number with so many decimals, in no fewer columns than `width`.
+/// Appends a finite number with that many decimals, in no fewer columns than `width`.
 void AppendPadded(std::string& out, double value, int decimals, std::size_t width);
 
 /// How places and numbers are written for people. What programs read stays in metres and degrees.

@@ -16,7 +16,7 @@ struct PositionEpoch {
   std::optional<Moment> time;         ///< The same with a date.
   bool fix = false;                   ///< The position is one, and lies on the earth.
   bool repeats = false;               ///< Another sentence has told of this epoch's fix already.
-  bool starts_segment = false;        ///< Behind a gap: the way from the last fix to this one is not known.
+  bool starts_segment = false;        ///< After a gap: the way from the last fix to this one is not known.
   int signal = UDF_SIGNAL_NONE;
   double latitude = 0.0, longitude = 0.0;  ///< Degrees, south and west negative.
   std::optional<double> height;            ///< Metres, above what is set up.

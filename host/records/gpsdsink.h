@@ -41,10 +41,10 @@ class GpsdSink : public Sink {
   std::string device_;  // as JSON; empty for none
   const std::string_view height_key_;
   std::optional<Moment> reference_;
-  std::optional<Moment> near_;  // of a recording: the reference, or the last position behind it
+  std::optional<Moment> near_;  // of a recording: the reference, or the last position after it
   Kinds kinds_ = Kinds::All();
   ReportReader reports_;
-  std::string iso_;  // the time at hand, kept for its memory
+  std::string iso_;  // the current time, kept for its memory
 };
 
 }  // namespace host

@@ -5,7 +5,7 @@
 namespace host {
 
 constexpr double kSecondsOfWeek = 604800.0;
-/// What satellites count to before they begin anew.
+/// What satellites count to before they begin again.
 constexpr int kWeeksOfRound = 1024;
 
 /// A moment of GPS time.
@@ -23,9 +23,9 @@ struct GpsTime {
 GpsTime GpsTimeOf(Moment moment);
 Moment MomentOf(const GpsTime& time);
 
-/// Satellites broadcast the week's lowest ten bits alone, which began anew in 1999 and 2019 and will in 2038.
-/// Gives such a week its high bits so that it comes as near to `pivot` as may be, which is within 512 weeks.
-/// A week of more than ten bits is given back as it is.
+/// Satellites broadcast the week's lowest ten bits alone, which began again in 1999 and 2019 and will in
+/// 2038. Gives such a week its high bits so that it comes as near to `pivot` as may be, which is within 512
+/// weeks. A week of more than ten bits is given back as it is.
 int ResolveWeek(int week, Moment pivot);
 /// The same around another week.
 int NearestWeek(int week, int pivot);
@@ -40,7 +40,7 @@ struct Calendar {
   double second;
 };
 
-/// With the seconds rounded to so many decimals, which carries over into the minute if need be.
+/// With the seconds rounded to that many decimals, which carries over into the minute if need be.
 Calendar CalendarOf(const GpsTime& time, int decimals);
 
 }  // namespace host

@@ -31,7 +31,7 @@ class HostWindow : public CWnd {
   explicit HostWindow(long long limit = 0);
   ~HostWindow() override;
 
-  /// A sink more, which takes each record behind those before it.
+  /// A sink more, which takes each record after those before it.
   void Add(Sink& sink) { sinks_.push_back(&sink); }
   /// Whose blocks of words are read; it outlives the window. Without it nothing is known of a block.
   void ReadBlocksOf(const CGPSReceiver& receiver) { receiver_ = &receiver; }
@@ -39,7 +39,7 @@ class HostWindow : public CWnd {
   void SetReference(std::optional<Moment> reference);
   /// Some sink wants satellites, for which the texts of messages are needed.
   bool WantsSky() const;
-  /// Tells of the satellites that are left. What comes behind may be from another receiver.
+  /// Tells of the satellites that are left. What comes after may be from another receiver.
   void EndSky();
   /// Handles what is in the queue.
   void Drain();
@@ -80,7 +80,7 @@ class HostWindow : public CWnd {
   const long long limit_;
   long long shown_ = 0;
   bool owes_text_ = false;  // of the last message
-  std::string bytes_;       // of the text at hand, kept for its memory
+  std::string bytes_;       // of the current text, kept for its memory
   Published published_;
 };
 

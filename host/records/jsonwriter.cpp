@@ -23,7 +23,7 @@ constexpr bool IsPlain(char c) {
 // The longest number that WriteFixed takes.
 constexpr std::size_t kLongestFixed = 24;
 
-// Whether a number with so many decimals is a whole number of the last of them, exactly.
+// Whether a number has exactly that many decimals.
 bool Scale(double value, int decimals, std::int64_t& scaled) {
   const double rounded =
       std::round(value * static_cast<double>(kPowersOfTen.at(static_cast<std::size_t>(decimals))));
@@ -39,7 +39,7 @@ char* WriteScaled(char* to, std::int64_t scaled, int decimals) {
   const auto parts = std::div(std::abs(scaled), power);
   to = std::to_chars(to, to + kLongestFixed, parts.quot).ptr;
   if (decimals == 0) return to;
-  // A leading 1 keeps the zeros that stand ahead of the decimals.
+  // A leading 1 keeps the zeros that stand before the decimals.
   char* const last = std::to_chars(to, to + kLongestFixed, parts.rem + power).ptr;
   *to = '.';
   return last;

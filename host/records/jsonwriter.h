@@ -45,7 +45,7 @@ class JsonWriter {
   }
   void Value(std::string_view ascii) { Text(ascii); }
   void Value(const char* ascii) { Text(ascii); }
-  /// With so many decimals, at most 9; null for what is no number.
+  /// With that many decimals, at most 9; null for what is no number.
   void Fixed(double value, int decimals);
   /// 8-bit text, byte for byte one character: bytes from 0x80 up are those of Latin-1.
   void Text(std::string_view bytes);
@@ -105,7 +105,7 @@ class JsonWriter {
     Put(json);
     Pass();
   }
-  /// Where so many characters have room, which are at most kRoom.
+  /// Room for that many characters, at most kRoom.
   char* Room(std::size_t count) {
     if (count > kRoom - used_) [[unlikely]] {
       Flush();
@@ -121,7 +121,7 @@ class JsonWriter {
     std::memcpy(Room(text.size()), text.data(), text.size());
     used_ += text.size();
   }
-  /// Writes what stands ahead of a member's value. Gives where that has room.
+  /// Writes what stands before a member's value. Gives where that has room.
   [[gnu::always_inline]] char* WriteKey(std::string_view key) {
     char* to = Room(key.size() + 4 + 2 * kLongestNumber);
     if (!fresh_) *to++ = ',';
@@ -183,7 +183,7 @@ class JsonWriter {
   bool fresh_ = true;  // nothing stands ahead that a comma has to part from what comes
 };
 
-/// Appends a finite number with so many decimals, 0 to 9, rounded half away from zero.
+/// Appends a finite number with that many decimals, 0 to 9, rounded half away from zero.
 void AppendFixed(std::string& out, double value, int decimals);
 
 }  // namespace host

@@ -20,7 +20,7 @@ class LastPosition {
   explicit LastPosition(std::function<Clock::time_point()> now = &Clock::now) : now_(std::move(now)) {}
 
   void Note(const Record& record);
-  /// Whether another kind of fix came, or any behind a silence, since the last call.
+  /// Whether another kind of fix came, or any after a silence, since the last call.
   bool TakeNews() { return std::exchange(has_news_, false); }
   /// Adds the kind of fix and the ages to an object that is being written, as far as there are any.
   void Write(JsonWriter& json) const;

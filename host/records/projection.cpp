@@ -59,7 +59,7 @@ Projection::Projection(const std::string& code) : library_(std::make_unique<Libr
   proj_log_level(context, PJ_LOG_NONE);
   proj_context_set_enable_network(context, 0);
   if (code == "utm") {
-    Choose("EPSG:32632");  // whether PROJ finds its tables is to be known now
+    Choose("EPSG:32632");  // tells now whether PROJ finds its tables
     library_->transformation.reset();
     name_ = code;
   } else {
@@ -90,7 +90,7 @@ void Projection::Choose(const std::string& code) {
   const Object earth(proj_create(context, "EPSG:4326"));
   const Object either(
       earth ? proj_create_crs_to_crs_from_pj(context, earth.get(), system.get(), nullptr, nullptr) : nullptr);
-  // Longitude ahead of latitude, easting ahead of northing, whatever order the systems have.
+  // Longitude before latitude, easting before northing, whatever order the systems have.
   Object ordered(either ? proj_normalize_for_visualization(context, either.get()) : nullptr);
   const Object axes(proj_crs_get_coordinate_system(context, ground.get()));
   const char* unit = nullptr;

@@ -23,7 +23,7 @@ class Projection {
 
   /// A place by its degrees on WGS 84; none where the system has none.
   std::optional<Place> Of(double latitude, double longitude);
-  /// The code that is in use, or "utm" ahead of the first place.
+  /// The code that is in use, or "utm" before the first place.
   const std::string& Name() const { return name_; }
   /// "m", or the unit's name.
   const std::string& UnitName() const { return unit_; }

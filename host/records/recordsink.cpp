@@ -195,7 +195,7 @@ void VisitFields(const Block& record, Visitor&& visit) {
 
 #undef FIELD
 
-/// Writes a record's fields as members of the object at hand.
+/// Writes a record's fields as members of the current object.
 template <class Record>
 class FieldWriter {
  public:

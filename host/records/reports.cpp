@@ -7,7 +7,7 @@ namespace host {
 
 namespace {
 
-/// An 8-bit text up to its first zero byte, or all of its field, without the line end that may stand behind
+/// An 8-bit text up to its first zero byte, or all of its field, without the line end that may stand after
 /// it.
 template <std::size_t N>
 std::string_view TextOf(const char (&field)[N]) {

@@ -22,7 +22,7 @@ class Sink {
   virtual bool OnBin(const Block& /*block*/) { return false; }
   /// Satellites are wanted: they come as skies, for which the texts of messages are read.
   virtual bool WantsSky() const { return false; }
-  /// A sentence of the standard, if any sink wants satellites. It comes ahead of its text.
+  /// A sentence of the standard, if any sink wants satellites. It comes before its text.
   virtual bool OnSentence(const Fields& /*sentence*/) { return false; }
   /// The satellites of an epoch.
   virtual bool OnSky(const Sky& /*sky*/) { return false; }
@@ -31,7 +31,7 @@ class Sink {
   virtual void SetReference(std::optional<Moment> /*reference*/) {}
   /// What of a run is shown, for what is made of texts.
   virtual void SetKinds(Kinds /*kinds*/) {}
-  /// The text of a message, while a capture runs. It comes behind the record that the message gave, if any.
+  /// The text of a message, while a capture runs. It comes after the record that the message gave, if any.
   virtual bool OnString(const CString& /*text*/) { return false; }
 };
 

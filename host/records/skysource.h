@@ -11,7 +11,7 @@ namespace host {
 /// them, and else the records, which have those of a make's own reports.
 class SkySource {
  public:
-  /// Takes a record, ahead of the text that gave it. The sky that is whole with it; null for none. The sky is
+  /// Takes a record, before the text that gave it. The sky that is whole with it; null for none. The sky is
   /// there until the next call.
   const Sky* OnData(const CGPSData& data);
   /// Takes the text of a message by its fields, which may be none.
@@ -27,7 +27,7 @@ class SkySource {
   SkyReader sentences_;
   std::optional<Sky> held_;      // of the record whose text is yet to come
   std::optional<Sky> released_;  // the last one that came from a record
-  bool had_position_ = false;    // ahead of any satellites
+  bool had_position_ = false;    // before any satellites
   bool tells_count_ = false;     // a record has told how many satellites are used
   bool tells_used_ = false;      // and which
 };

@@ -17,7 +17,7 @@ double RadiusOf(std::vector<double>& distances, double part) {
 }  // namespace
 
 void Spread::Add(double value) {
-  // The distance from the mean before and the one from the mean behind: nothing large is ever subtracted.
+  // The distance from the mean before and the one from the mean after: nothing large is ever subtracted.
   const double before = value - mean_;
   mean_ += before / static_cast<double>(++count_);
   squares_ += before * (value - mean_);

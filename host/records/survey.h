@@ -66,7 +66,7 @@ class Survey {
     long long fixes = 0;
     Spread east, north, up;
     std::vector<Point> kept;
-    long long every = 1;  // so many fixes one is kept
+    long long every = 1;  // one fix of this many is kept
   };
 
   SurveyResult ResultOf(const Cloud& cloud) const;

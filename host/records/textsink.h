@@ -38,7 +38,7 @@ class TextSink : public Sink {
   const Shows shows_;
   const Display display_;
   ReportReader reports_;
-  bool told_ = false;  // the record of the message at hand was shown
+  bool told_ = false;  // the record of the current message was shown
 };
 
 }  // namespace host

@@ -21,7 +21,7 @@ constexpr Unit kKnots{"kn", 3600.0 / 1852.0};
 /// The units that go together.
 struct UnitSystem {
   Unit length, distance;  ///< For what is seen from close by, and for ways.
-  double far;             ///< From so many of it on a way is told in the unit of distances.
+  double far;             ///< A way at least this long is told in the unit of distances.
   Unit speed;
   Unit both_speeds[2];  ///< Where there is room for two.
 };

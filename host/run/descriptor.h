@@ -29,7 +29,7 @@ class UniqueDescriptor {
   int descriptor_ = -1;
 };
 
-/// Writes all of it by `write_some(rest, done)`, which does as write(2) does with the bytes behind the first
+/// Writes all of it by `write_some(rest, done)`, which does as write(2) does with the bytes after the first
 /// `done`. False, with the reason in errno, if that does not work.
 template <class WriteSome>
 bool WriteWholeBy(std::string_view bytes, WriteSome write_some) {

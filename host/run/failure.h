@@ -32,7 +32,7 @@ class Failure : public std::runtime_error {
 /// Writes "gpsengine: <text>" and a line end to standard error, or hands the text to the handler. From any
 /// thread.
 void Complain(const std::string& text);
-/// Takes complaints in the place of standard error, for who has the terminal to itself; an empty one gives
+/// Takes complaints in place of standard error, for a screen that owns the terminal; an empty one gives
 /// them back. It runs on the thread that complains, and must not complain itself.
 void SetComplaintHandler(std::function<void(const std::string&)> handler);
 

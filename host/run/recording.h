@@ -18,7 +18,7 @@ class Recording {
   /// Opens a file, or standard input for "-". Throws a Failure that names the file if it cannot be read.
   explicit Recording(const std::string& path);
 
-  /// The next bytes, at most `most`, and fewer only at the end; empty behind it. Good until the next call.
+  /// The next bytes, at most `most`, and fewer only at the end; empty after it. Good until the next call.
   std::string_view Next(std::size_t most);
   bool IsTextLog() const { return text_log_; }
   /// The name for the user.
@@ -28,7 +28,7 @@ class Recording {
   std::int64_t Done() const { return done_; }
   /// The first piece of what the file holds, as it stands there; 64 KiB of a file that is not packed.
   std::string_view Head() const { return head_; }
-  /// Behind the end: whether that piece is all.
+  /// After the end: whether that piece is all.
   bool IsAllInHead() const { return unpacked_ <= head_.size(); }
 
  private:

@@ -27,7 +27,7 @@ std::string Unpacker::Unpack(std::string_view packed) {
   stream_.avail_in = static_cast<uInt>(packed.size());
   do {
     if (at_end_) {
-      // What pads a file behind its last member is none of it.
+      // What pads a file after its last member is none of it.
       if (stream_.avail_in == 0 || *stream_.next_in != 0x1F) return bytes;
       inflateReset(&stream_);
     }

@@ -16,7 +16,7 @@ std::string Join(const std::vector<std::string>& words, std::string_view separat
 /// As printf does it.
 [[gnu::format(printf, 1, 2)]] std::string Print(const char* format, ...);
 
-/// A text with blanks behind it, up to a width in bytes.
+/// A text with blanks after it, up to a width in bytes.
 std::string Padded(std::string_view text, std::size_t width);
 
 /// The number that a word is, all of it; decimal, and none for a number that does not fit.

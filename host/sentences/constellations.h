@@ -42,7 +42,7 @@ const Constellation* FindConstellation(Gnss system);
 Gnss SystemOfTalker(std::string_view talker);
 Gnss SystemOfId(int system_id);
 
-/// The satellite behind a number of a sentence, of which `said` is the system if the sentence has said one.
+/// The satellite that a number in a sentence stands for; `said` is the system, if the sentence names one.
 /// A number tells its system by its range, too.
 SatelliteId SatelliteOf(int number, Gnss said = Gnss::unknown);
 

@@ -73,7 +73,7 @@ Fields::Fields(std::string_view line) {
   if (const auto tag = (*this)[0]; tag.size() == kTag) tag_ = tag;
 }
 
-/// Takes what stands ahead of the asterisk, if the checksum behind that is good.
+/// Takes what stands before the asterisk, if the checksum after that is good.
 void Fields::Split(std::string_view sentence) {
   const auto star = sentence.find('*');
   if (star == 0 || star == std::string_view::npos) return;

@@ -24,7 +24,7 @@ class Fields {
   std::string_view operator[](int number) const {
     if (number >= size_) return {};
     const char* const* const start = starts_.data() + number;
-    return {start[0], start[1] - 1};  // ahead of the comma
+    return {start[0], start[1] - 1};  // before the comma
   }
 
  private:
@@ -53,7 +53,7 @@ inline std::optional<int> WholeOf(std::string_view field) {
 }
 std::optional<double> NumberOf(std::string_view field);
 ///@}
-/// The seconds of the day behind "hhmmss.ss".
+/// The seconds of the day after "hhmmss.ss".
 std::optional<double> TimeOf(std::string_view field);
 
 /// The field that holds the time of day; 0 for a sentence that has none.

@@ -8,7 +8,7 @@ namespace host {
 
 namespace {
 
-// The digits of a number of so many, and a character behind them.
+// A number of that many digits, and the character after it.
 char* Write(char* to, int value, int width, char behind) {
   for (int place = width; place > 0; value /= 10) to[--place] = static_cast<char>('0' + value % 10);
   to[width] = behind;

@@ -13,7 +13,7 @@ constexpr Moment kDay = 86'400'000;
 /// A position sentence has a time of day alone. Gives it the date that puts it within half a day of `near`.
 Moment DateTimeOfDay(double seconds_of_day, Moment near);
 
-/// The moment at hand, by this computer's clock.
+/// Now, by this computer's clock.
 Moment Now();
 
 /// Appends "2024-05-14T08:00:01.000Z".

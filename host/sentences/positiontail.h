@@ -6,7 +6,7 @@
 
 namespace host {
 
-/// What a GGA or GNS sentence says behind its height, which records do not carry.
+/// What a GGA or GNS sentence says after its height, which records do not carry.
 struct PositionTail {
   std::optional<double> separation;  ///< Metres that the geoid lies above the ellipsoid.
   std::string age, station;          ///< Of the corrections, as they stand there.

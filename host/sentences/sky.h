@@ -30,7 +30,7 @@ struct Sky {
   std::optional<int> used;  ///< How many.
   std::optional<double> hdop, pdop, vdop;
 
-  /// How many a position used that states so many: receivers of many satellites may state twelve at most.
+  /// How many a position used, given what it states: receivers of many satellites may state twelve at most.
   int UsedBy(int stated) const;
   /// The mean of the signals of those that are used.
   std::optional<double> MeanSignal() const;

@@ -10,7 +10,7 @@ namespace {
 constexpr int kMostPages = static_cast<int>(Sky::kMost) / 4;
 // More talkers and bands than any receiver has.
 constexpr std::size_t kMostSources = 32;
-// A system that is heard of no more is gone after so many epochs with satellites.
+// A system that is heard of no more is gone after this many epochs with satellites.
 constexpr long long kEpochs = 3;
 // So many lines with a time may come between two groups, of receivers that send them seldom.
 constexpr int kPatience = 300;
@@ -88,7 +88,7 @@ bool SkyReader::OnPage(const Fields& gsv) {
   constexpr int kHead = 4, kPerPage = 4;
   const auto pages = InRange(gsv[1], 1, kMostPages);
   const int page = pages ? InRange(gsv[2], 1, *pages).value_or(0) : 0;  // 0 for none
-  // Behind whole satellites stands the band. The signal of the last one may be cut off with its comma.
+  // After whole satellites stands the band. The signal of the last one may be cut off with its comma.
   const int rest = gsv.Size() - kHead, over = rest % 4;
   const bool is_whole = page > 0 && InRange(gsv[3], 0, static_cast<int>(Sky::kMost)) && rest >= 0 &&
                         rest <= kPerPage * 4 + 1 && over != 2;

@@ -33,7 +33,7 @@ class GpsdClient {
   template <class Take>
   void TakeUnended(Take&& take);
 
-  /// Puts a piece behind what waits.
+  /// Puts a piece after what waits.
   void Send(const GpsdPiece& piece);
   /// Writes as much as the connection takes.
   void Flush();
@@ -43,7 +43,7 @@ class GpsdClient {
   /// The connection is of no more use.
   bool IsGone() const { return gone_; }
   long long Dropped() const { return dropped_; }
-  /// When the client is to be looked at even if nothing happens.
+  /// When to look at the client even if nothing happens.
   Deadline::Clock::time_point Earlier(Deadline::Clock::time_point other) const {
     return stalled_.Earlier(quiet_.Earlier(other));
   }

@@ -61,7 +61,7 @@ class GpsdServer {
   void AddWaits(std::vector<pollfd>& waits);
   /// The wait may last until the earlier of this and `other`.
   Deadline::Clock::time_point Earlier(Deadline::Clock::time_point other) const;
-  /// Takes note of what poll found, behind the `first` waits of others.
+  /// Takes note of what poll found, after the `first` waits of others.
   void Handle(const std::vector<pollfd>& waits, std::size_t first);
 
   std::size_t Clients() const { return clients_.size(); }

@@ -54,7 +54,7 @@ class PageHub {
     long long status_version_ = 0;  // of the state that was last taken
   };
 
-  /// A place behind line number `after`, or ahead of all that is kept if there is no such line; null if
+  /// A place after line number `after`, or before all that is kept if there is no such line; null if
   /// there are too many readers.
   std::unique_ptr<Reader> Join(long long after);
 

@@ -28,7 +28,7 @@ constexpr std::size_t kLongestBody = 1024;
 // A connection on which nothing is sent tells nobody that it is gone.
 constexpr std::chrono::seconds kLongestSilence{10};
 
-/// Threads, with room for so many connections and no more.
+/// Threads, with room for a fixed number of connections.
 class BoundedPool : public httplib::TaskQueue {
  public:
   void enqueue(std::function<void()> job) override {

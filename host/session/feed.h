@@ -40,7 +40,7 @@ class Feed {
   virtual void Open(CGPSEngine& engine, HostWindow& window) = 0;
   /// Moves the bytes that are due.
   virtual void Step(CGPSEngine& /*engine*/) {}
-  /// When Step is to be called at the latest.
+  /// When to call Step at the latest.
   virtual Deadline::Moment NextAt() const { return Deadline::kNever; }
   virtual bool IsAtEnd() const { return false; }
   /// Throws a Failure that says what there was, if the feed is at its end and nothing of use was in it.

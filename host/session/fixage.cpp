@@ -22,7 +22,7 @@ FixAge::FixAge(std::string& out, std::function<long long()> messages, double old
   Await(old_);
 }
 
-// What comes in the second half tells a receiver that sends from one that does not: behind a fix there may be
+// What comes in the second half tells a receiver that sends from one that does not: after a fix there may be
 // more of its epoch.
 void FixAge::Await(double age) {
   half_ = age / 2.0;

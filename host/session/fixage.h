@@ -37,7 +37,7 @@ class FixAge : public Sink, public Outlet {
   Clock::time_point last_ = Clock::now();  // the last fix, or the start
   double half_ = 0.0;                      // of the age at which the next fix is late
   int halves_ = 0;                         // that have passed
-  long long messages_then_ = 0;            // behind the first of them
+  long long messages_then_ = 0;            // after the first of them
   bool had_fix_ = false;
   bool told_ = false;
   Deadline due_;

@@ -31,17 +31,17 @@ class Outlet {
   virtual Sink* Records() { return nullptr; }
   /// The texts of messages are wanted among the records.
   virtual bool WantsTexts() const { return false; }
-  /// The bytes that have come, as far as the feed shows them, ahead of what was made of them.
+  /// The bytes that have come, as far as the feed shows them, before what was made of them.
   virtual void OnBytes(std::string_view /*bytes*/) {}
   virtual void OnEvent(RunEvent /*event*/) {}
 
-  /// When Step is to be called at the latest.
+  /// When to call Step at the latest.
   virtual Deadline::Moment NextAt() const { return Deadline::kNever; }
   /// Appends what else to wait for.
   virtual void AddWaits(std::vector<pollfd>& /*waits*/) {}
   /// Takes note of what was found, its own waits beginning at `first`.
   virtual void Handle(const std::vector<pollfd>& /*waits*/, std::size_t /*first*/) {}
-  /// Does what is due, behind every wait. Throws a Failure that ends the run.
+  /// Does what is due, after every wait. Throws a Failure that ends the run.
   virtual void Step() {}
   /// The run may end, having done what it was to do.
   virtual bool IsDone() const { return false; }

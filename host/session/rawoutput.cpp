@@ -23,7 +23,7 @@ class SeenSentences : CGPSReceiver {
   static void Forget() { m_bGSAReceived = m_bGSVReceived = false; }
 };
 
-/// Steps behind the first `from` of them.
+/// Steps after the first `from` of them.
 std::string StepsFrom(const Transcript& transcript, std::size_t from) {
   std::string text;
   for (std::size_t i = from; i < transcript.steps.size(); ++i)
@@ -59,7 +59,7 @@ void RawOutput::Start() {
   if (!hiding_.empty()) Silence();
 }
 
-/// What the receiver sends is seen for a second ahead of that: no more than that is switched on again.
+/// What the receiver sends is seen for a second before that: no more than that is switched on again.
 void RawOutput::Silence() {
   Sleep(kListen);
   NoteSentences();
@@ -109,7 +109,7 @@ std::string RawOutput::Explain(const std::string& model, double interval) {
   std::string text = "at the start:\n" + StepsFrom(start, 0);
   text += "at the end:\n" + StepsFrom(whole, begun);
   if (IsHiddenBySentences(FindModel(model)))
-    text += "GSA and GSV are switched on again as far as they had come ahead of that.\n";
+    text += "GSA and GSV are switched on again as far as they had come before that.\n";
   return text;
 }
 

@@ -17,7 +17,7 @@ class RawOutput : public Outlet {
   /// Puts back what a run that has failed has left.
   ~RawOutput() override { PutBack(); }
 
-  /// At every start of a run, behind the engine's: blocks for the second or two that the commands take.
+  /// At every start of a run, after the engine's: blocks for the second or two that the commands take.
   /// Throws a Failure if the port does not take them.
   void Start();
   void OnEvent(RunEvent event) override;

@@ -15,7 +15,7 @@ constexpr std::size_t kPiece = 4096;
 // Bytes without a line end are played in lines of this length.
 constexpr std::size_t kLongestLine = 512;
 constexpr double kDayInSeconds = 86'400.0;
-// A sentence may tell of a moment a little earlier than one before it. What goes back further begins anew.
+// A sentence may tell of a moment a little earlier than one before it. What goes back further begins again.
 constexpr double kDisorder = 60.0;
 // From this size on a file takes long enough for someone to wonder.
 constexpr std::int64_t kLargeFile = 8 << 20;
@@ -55,7 +55,7 @@ void RecordingFeed::Open(CGPSEngine& engine, HostWindow& window) {
   engine.GetReceiver()->CGPSReceiver::Initialize();
   window_ = &window;
   window.SetReference(date_);
-  Date(Current().Head());  // it may have its date some way behind its first fix
+  Date(Current().Head());  // it may have its date some way after its first fix
 }
 
 /// Tells when the recording was made, as far as it says so itself.

@@ -16,7 +16,7 @@
 
 namespace host {
 
-/// Time without pauses, as long as it lives. The decoders pace a receiver here and there, and behind a
+/// Time without pauses, as long as it lives. The decoders pace a receiver here and there, and after a
 /// recording there is none.
 class UnpacedClock : public Clock {
  public:
@@ -25,7 +25,7 @@ class UnpacedClock : public Clock {
   void Sleep(DWORD) override {}
 };
 
-/// Recordings, or standard input, whose bytes the host moves, all of them and once, one recording behind the
+/// Recordings, or standard input, whose bytes the host moves, all of them and once, one recording after the
 /// other, as fast as it goes.
 class RecordingFeed : public Feed {
  public:

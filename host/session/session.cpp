@@ -110,7 +110,7 @@ void Session::KeepCapturing() {
   if (capture.m_bPaused == wanted) capture.m_bPaused = !wanted;
 }
 
-// Bytes go ahead of what was made of them, but for a playback's, which come with the texts of messages.
+// Bytes go before what was made of them, but for a playback's, which come with the texts of messages.
 void Session::PassOn() {
   KeepCapturing();
   PassBytes();

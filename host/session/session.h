@@ -35,7 +35,8 @@ struct RunOptions : LineChoice {
 
 /// What a command makes of a run.
 struct RunRules {
-  double silence = 0.0;  ///< Seconds from the start in which a message is to be understood; 0 for no limit.
+  double silence =
+      0.0;  ///< Seconds from the start within which a message must be understood; 0 for no limit.
   /// The run is about what the receiver sends, and fails if that is nothing; without it, that is worth a
   /// word. A run of a stated length goes on to its end when its line is lost.
   bool is_strict = false;
@@ -70,7 +71,7 @@ class Session {
   /// Reads from there, and sets the receiver up for it.
   void Read(std::unique_ptr<Feed> feed);
   const Feed& GetFeed() const { return *feed_; }
-  /// The outlets in the order in which they are told. They are not asked for anything behind the run.
+  /// The outlets in the order in which they are told. They are not asked for anything after the run.
   void Add(Outlet& outlet);
   /// Runs until there is a reason to end. Throws a Failure if the run cannot begin or comes to nothing.
   ExitCode Run(RunRules rules);
@@ -120,7 +121,7 @@ class Session {
   HostWindow window_;
   std::optional<Reconnect> reconnect_;
   bool heard_ = false, understood_ = false, is_read_ = true;
-  long long understood_before_ = 0;  // ahead of the line's last opening
+  long long understood_before_ = 0;  // before the line's last opening
   Deadline end_, silence_;
 };
 

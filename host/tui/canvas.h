@@ -64,7 +64,7 @@ class Pane {
   int Rows() const { return area_.rows; }
   int Columns() const { return area_.columns; }
   void Put(int row, int column, char32_t glyph, Style style);
-  /// UTF-8, cut at the pane's edge. Gives the column behind it.
+  /// UTF-8, cut at the pane's edge. Gives the column after it.
   int Text(int row, int column, std::string_view text, Style style = Style::normal);
   /// Text that ends at the pane's right edge.
   void Right(int row, std::string_view text, Style style = Style::normal);

@@ -22,7 +22,7 @@ bool FitsARun(const Operation& operation) {
   return operation.kind != Operation::Kind::starts && std::string_view(operation.name) != "suspend";
 }
 
-/// What the user has written behind the operation. A text is one argument, blanks and all.
+/// What the user has written after the operation. A text is one argument, blanks and all.
 Arguments ArgumentsOf(const Operation& operation, const std::string& input) {
   if (std::string_view(operation.arguments) != "TEXT") return ReadArguments(input);
   Arguments text;

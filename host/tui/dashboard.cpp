@@ -56,7 +56,7 @@ Layout::Layout(const Canvas& canvas, const View& view) {
   Area body{1, 0, canvas.Rows() - 3, canvas.Columns()};
   if (body.rows >= 11) Add(DrawCounters, TakeBottom(body, 1));
   if (view.sentences) {
-    const bool beside = body.rows >= 11;  // or in the place of everything
+    const bool beside = body.rows >= 11;  // or in place of everything
     Add(DrawSentences, TakeBottom(body, beside ? std::clamp(body.rows / 3, 6, 16) : body.rows));
     if (!beside) return;
   }
@@ -141,12 +141,12 @@ void DrawHelp(Canvas& canvas) {
       {"c", "commands that this model offers"},
       {"p", "position: degrees, minutes, seconds"},
       {"s", "survey: how the fixes of a still receiver lie"},
-      {"n", "begins the survey anew"},
+      {"n", "begins the survey again"},
       {"r", "the sentences as they come in"},
       {"?", "this help"},
       {"Esc", "leaves this, the menu, a command"},
       {"Enter", "goes on where a recording pauses"},
-      {"Ctrl-L", "draws the screen anew"},
+      {"Ctrl-L", "draws the screen again"},
       {"", ""},
       {"●", "satellite that the fix uses"},
       {"○", "satellite in view besides"},

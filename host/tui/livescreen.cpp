@@ -17,7 +17,7 @@ namespace {
 constexpr std::chrono::milliseconds kLeastInterval{100};
 constexpr std::chrono::seconds kTick{1};
 constexpr std::chrono::seconds kStatusTime{20};
-// Answers that no decoder takes are looked for as long as this behind a request.
+// Answers that no decoder takes are looked for as long as this after a request.
 constexpr std::chrono::seconds kAnswerTime{10};
 constexpr const char* kSection = "Monitor";
 constexpr const char* kPositionEntry = "PositionFormat";

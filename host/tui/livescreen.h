@@ -80,7 +80,7 @@ class LiveScreen : public Outlet {
   std::optional<Clock::time_point> status_until_, answers_until_;
   SentenceFinder answers_;
   bool has_input_ = true;
-  // The sequence at hand.
+  // The current sequence.
   std::string busy_;
   long long busy_time_ = 0, busy_passed_ = 0;
   std::optional<Busy> start_;

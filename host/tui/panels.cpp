@@ -106,7 +106,7 @@ void AddHeight(FixLines& lines, const View& view) {
   if (!separation) return lines.Add("Height", height, name);
   const bool adds = view.geoid == Geoid::add;
   const double other = (*fix->height + (adds ? -*separation : *separation)) * unit.per_metre;
-  const int room = 7 - Width(name);  // behind the first one
+  const int room = 7 - Width(name);  // after the first one
   int decimals = 2;
   while (decimals > 0 && Width(Print("%.*f", decimals, other)) > room) --decimals;
   lines.Add(adds ? "Height HAE" : "Height MSL", height, name, Print("%.*f", decimals, other),

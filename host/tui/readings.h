@@ -36,7 +36,7 @@ struct Latest {
   bool dated = false;
   /// Metres that the geoid lies above the ellipsoid, as the last GGA states.
   std::optional<double> separation;
-  Survey survey;                 ///< Of all fixes since the start, or since it was begun anew.
+  Survey survey;                 ///< Of all fixes since the start, or since it was begun again.
   std::optional<double> speed;   ///< Metres a second, of the last fix that had one.
   std::optional<double> course;  ///< Degrees, likewise; none at rest.
   Dilution dops;                 ///< Of the last record that had some.

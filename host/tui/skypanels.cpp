@@ -44,7 +44,7 @@ class BarChart {
       column += step;
     }
   }
-  /// Bars side by side, a system behind the other, of which the letters stand below.
+  /// Bars side by side, one system after the other, of which the letters stand below.
   void DrawNarrow() {
     const int base = pane_.Rows() - 2;
     int column = 1;

@@ -125,7 +125,7 @@ void DrawSurvey(Pane pane, const View& view) {
   const Unit& unit = view.display.System().length;
   const std::string name(unit.name);
   SurveyLines lines(inside, unit);
-  if (HasMoved(all)) lines.Say("the receiver has moved: n begins anew", Style::warn);
+  if (HasMoved(all)) lines.Say("the receiver has moved: n begins again", Style::warn);
   AddMean(lines, all, view.display);
   using Lengths = SurveyLines::Lengths;
   lines.AddTable("Deviation", {"east", "north", "up " + name}, RowsOf(all, kinds, [](const SurveyResult& of) {

@@ -30,7 +30,7 @@ class Terminal {
   /// A canvas of the terminal's size.
   Canvas MakeCanvas() const;
   void Show(const Canvas& canvas);
-  /// Everything is to be sent anew with the next picture, since something else has written to the terminal.
+  /// Sends everything again with the next picture, since something else has written to the terminal.
   void Redraw();
   /// The size or the whole picture has changed since the last call.
   bool TakeChange();

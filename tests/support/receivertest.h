@@ -10,7 +10,7 @@
 #include "tests/support/hostwindow.h"
 #include "tests/support/sharedstate.h"
 
-/// The sentence with the checksum of what stands behind its "$", and its line end.
+/// The sentence with the checksum of what stands after its "$", and its line end.
 inline std::string WithChecksum(std::string_view sentence) {
   unsigned sum = 0;
   for (const char c : sentence.substr(1)) sum ^= static_cast<unsigned char>(c);
@@ -18,7 +18,7 @@ inline std::string WithChecksum(std::string_view sentence) {
   return std::string(sentence) + '*' + kHex[sum >> 4 & 15] + kHex[sum & 15] + "\r\n";
 }
 
-/// A position at ten seconds past midnight and so many more, up to 49, by which it can be told from others.
+/// A position at ten seconds past midnight plus up to 49, which tells it from others.
 inline std::string FixAt(int nSecond) {
   return WithChecksum("$GPGGA,0000" + std::to_string(10 + nSecond % 50) +
                       ",4807.038,N,01131.000,E,1,08,0.9,545.4,M,46.9,M,,");

@@ -4,7 +4,7 @@
 
 #include <csignal>
 
-/// A disk with room for so many bytes a file.
+/// A disk with room for that many bytes a file.
 class SmallDisk {
  public:
   explicit SmallDisk(rlim_t nBytes) {
