@@ -1,5 +1,6 @@
 #include "host/line/blockguard.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace host {
@@ -26,15 +27,28 @@ std::size_t Begun(std::string_view bytes, std::string_view whole) {
 
 std::string_view BlockGuard::Pass(std::string_view bytes) {
   const bool is_idle = kept_.empty() && head_.empty() && left_ == 0;
-  // Sentences have far fewer of the letter that is looked for first than of "$".
-  const bool has_tag = bytes.find(kTag.substr(1)) != bytes.npos || Begun(bytes, kTag) > 0;
+  // The search stops at every first letter, of which sentences have few: an I is rare, B is in "GBGSV".
+  const bool has_tag = bytes.find(kTag.substr(2)) != bytes.npos || Begun(bytes, kTag) > 0;
   if (is_idle && !has_tag && Begun(bytes, kSync) == 0) return bytes;
   out_.assign(std::exchange(kept_, {}));
-  for (const char byte : bytes) PassByte(byte);
+  while (!bytes.empty()) bytes.remove_prefix(Take(bytes));
   const std::size_t begun = Begun(out_, kSync);
   kept_ = out_.substr(out_.size() - begun);
   out_.resize(out_.size() - begun);
   return out_;
+}
+
+/// Passes on what lies between blocks at once, all else a byte at a time. Gives how many bytes that were.
+std::size_t BlockGuard::Take(std::string_view bytes) {
+  const bool is_between = head_.empty() && left_ == 0;
+  const std::size_t count = is_between ? std::min(bytes.find(kTag[0]), bytes.size()) : 0;
+  if (count == 0) {
+    PassByte(bytes.front());
+    return 1;
+  }
+  out_.append(bytes, 0, count);
+  last_ = bytes[count - 1];
+  return count;
 }
 
 void BlockGuard::PassByte(char byte) {

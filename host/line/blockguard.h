@@ -17,6 +17,7 @@ class BlockGuard {
   std::string_view Pass(std::string_view bytes);
 
  private:
+  std::size_t Take(std::string_view bytes);
   void PassByte(char byte);
 
   std::string kept_;      // before the next bytes
