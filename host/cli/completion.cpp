@@ -54,7 +54,13 @@ Place PlaceBehind(const CLI::App& app, const Words& words) {
 
 /// What stands for a device, and the devices themselves.
 Words DeviceWords(const std::string& begun) {
-  Words words = {"auto\tlook for a receiver", "last\tthe port and model of the last run"};
+  Words words = {"auto\tlook for a receiver",
+                 "last\tthe port and model of the last run",
+                 "tcp://\tbytes over the network",
+                 "rfc2217://\ta serial line behind telnet",
+                 "udp://\tdatagrams sent here",
+                 "gpsd://\ta gpsd server's raw stream",
+                 "-\tstandard input"};
   glob_t paths{};
   glob(((begun.empty() ? "/dev/tty" : begun) + '*').c_str(), 0, nullptr, &paths);
   words.insert(words.end(), paths.gl_pathv, paths.gl_pathv + paths.gl_pathc);
