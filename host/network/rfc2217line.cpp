@@ -63,10 +63,11 @@ class Rfc2217Line : public SerialLine {
   DCB state_;
 };
 
-// False if the line is cancelled or woken.
+// False if the line is cancelled or woken. Without events it waits a while for nothing else.
 bool Rfc2217Line::Wait(short events, const Event& wake, Deadline::Moment until) const {
   if (cancelled_) return false;
-  std::vector<pollfd> waits = {{connection_.Get(), events, 0}, {wake.Descriptor(), POLLIN, 0}};
+  std::vector<pollfd> waits = {{events == 0 ? -1 : connection_.Get(), events, 0},
+                               {wake.Descriptor(), POLLIN, 0}};
   WaitFor(waits, std::min(until, Deadline::Clock::now() + kTurn));
   if (waits[1].revents == 0) return !cancelled_;
   wake.Clear();

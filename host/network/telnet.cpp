@@ -11,7 +11,9 @@
 #include <cerrno>
 #include <csignal>
 #include <iterator>
+#include <mutex>
 #include <utility>
+#include <vector>
 
 #include "host/run/failure.h"
 
@@ -37,6 +39,36 @@ constexpr int kMostServices = 64;
 // No thread is ever asleep in gensio, so that none has to be woken. It may send this signal to the thread
 // that calls it all the same, and nothing comes of it.
 constexpr int kWakeSignal = SIGURG;
+
+/// gensio's functions of the system, one set for each connection, so that none runs what belongs to another.
+/// gensio keeps parts of the first one for good: no set is ever freed, but used again.
+class Functions {
+ public:
+  static gensio_os_funcs* Take() {
+    Functions& all = All();
+    const std::lock_guard lock(all.mutex_);
+    gensio_os_funcs* functions = nullptr;
+    if (all.idle_.empty())
+      return gensio_unix_funcs_alloc(nullptr, kWakeSignal, &functions) == 0 ? functions : nullptr;
+    functions = all.idle_.back();
+    all.idle_.pop_back();
+    return functions;
+  }
+  static void GiveBack(gensio_os_funcs* functions) {
+    Functions& all = All();
+    const std::lock_guard lock(all.mutex_);
+    all.idle_.push_back(functions);
+  }
+
+ private:
+  static Functions& All() {
+    static Functions* const all = new Functions;
+    return *all;
+  }
+
+  std::mutex mutex_;
+  std::vector<gensio_os_funcs*> idle_;
+};
 
 }  // namespace
 
@@ -104,7 +136,8 @@ struct Telnet::Callbacks {
                                                      .write_ready = nullptr,
                                                      .except_ready = nullptr,
                                                      .write = Write};
-    if (gensio_unix_funcs_alloc(nullptr, kWakeSignal, &telnet.functions_) != 0) return nullptr;
+    telnet.functions_ = Functions::Take();
+    if (telnet.functions_ == nullptr) return nullptr;
     gensio_ll* const link =
         fd_gensio_ll_alloc(telnet.functions_, nullptr, &kConnection, &telnet, kPiece, false);
     gensio* const child = link == nullptr ? nullptr
@@ -123,16 +156,14 @@ Telnet::Telnet(const UniqueDescriptor& connection)
     : socket_(fcntl(connection.Get(), F_DUPFD_CLOEXEC, 0)), io_(Callbacks::Make(*this)) {
   if (io_ == nullptr || gensio_open(io_, Callbacks::OnOpen, this) != 0)
     throw Failure(ExitCode::failed, "gensio cannot speak telnet: is its package complete?");
-  gensio_set_read_callback_enable(io_, true);
 }
 
 Telnet::~Telnet() {
-  if (open_ && gensio_close(io_, Callbacks::OnClosed, this) == 0) {
-    for (int i = 0; i < kMostServices && !closed_; ++i) Step();
-  }
+  closed_ = gensio_close(io_, Callbacks::OnClosed, this) != 0;  // it has never been open
+  for (int i = 0; i < kMostServices && !closed_; ++i) Step();
   gensio_free(io_);
   Step();
-  gensio_os_funcs_free(functions_);
+  if (closed_) Functions::GiveBack(functions_);  // or else nothing of it may ever run again
 }
 
 void Telnet::Step() {
@@ -142,7 +173,9 @@ void Telnet::Step() {
   }
   gensio_time none{0, 0};
   for (int i = 0; i < kMostServices && gensio_os_funcs_service(functions_, &none) == 0; ++i) none = {0, 0};
-  if (open_ && serial_ == nullptr) serial_ = gensio_to_sergensio(io_);
+  if (!open_ || serial_ != nullptr) return;
+  serial_ = gensio_to_sergensio(io_);
+  gensio_set_read_callback_enable(io_, true);
 }
 
 short Telnet::Events() const {
