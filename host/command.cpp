@@ -91,6 +91,11 @@ bool Answers::Finish() {
   return true;
 }
 
+/// 0 if the line's rate is set elsewhere.
+int RateOf(const Session& session) {
+  return session.GetFeed().GetPort()->HasRate() ? session.Receiver().GetCurrentBaudrate() : 0;
+}
+
 void FailIfNothingAnswered(const CommandOptions& options, const Session& session) {
   if (session.Window().Shown() > 0) return;
   const std::string nothing = "no report answered " + options.operation;
@@ -98,9 +103,8 @@ void FailIfNothingAnswered(const CommandOptions& options, const Session& session
     throw Failure(ExitCode::refused, nothing + ", and no data came from " + session.GetFeed().Name() +
                                          ": check that the receiver is on, and its cable");
   }
-  throw Failure(ExitCode::refused, nothing + "; is it a " + options.model + " at " +
-                                       std::to_string(session.Receiver().GetCurrentBaudrate()) +
-                                       " baud? --baud auto tries others");
+  throw Failure(ExitCode::refused,
+                nothing + ": is it the model " + options.model + RateDoubt(RateOf(session)));
 }
 
 /// Throws a Failure if it did not work, or tells what came of it.
@@ -116,8 +120,8 @@ void Judge(const CommandOptions& options, const Operation& operation, Result res
   if (operation.kind == Operation::Kind::asks) FailIfNothingAnswered(options, session);
   // With a time of 0 the user wants to hear nothing.
   if (operation.kind != Operation::Kind::sets || options.listen == 0.0) return;
-  Complain(outcome.Tell({session.GetFeed().Name(), options.model, session.Receiver().GetCurrentBaudrate(),
-                         session.Understood() > 0, session.Window().Shown()}));
+  Complain(outcome.Tell({session.GetFeed().Name(), options.model, RateOf(session), session.Understood() > 0,
+                         session.Window().Shown()}));
 }
 
 struct Ending {

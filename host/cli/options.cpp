@@ -110,7 +110,7 @@ void AddDuration(CLI::App& command, double& seconds, const std::string& descript
 
 void AddLine(CLI::App& command, LineChoice& line, const std::string& description) {
   auto* port = AddValue(
-      command, "--port", line.port, "PORT", AName(),
+      command, "--port", line.port, "DEVICE|ADDRESS", AName(),
       description +
           "; tcp://HOST:PORT, rfc2217://HOST:PORT (ser2net, which sets the speed), udp://[HOST]:PORT, "
           "gpsd://HOST[:PORT], - (standard input); auto: look for a receiver; last: the port and model of "

@@ -67,3 +67,8 @@ class TcpPeer {
   int m_nPort = 0;
   int m_nClient = -1;
 };
+
+/// A port that nobody listens on.
+inline int FreePort() {
+  return TcpPeer().Port();
+}
