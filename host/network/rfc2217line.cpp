@@ -104,10 +104,11 @@ void Rfc2217Line::Negotiate(const Event& given_up) {
     return;
   }
   throw Failure(ExitCode::port_closed,
-                telnet_.IsLost() ? name_ + " has closed the connection at once: is the line in use?"
-                                 : name_ +
-                                       " does not set a serial line by RFC 2217: tcp:// takes its bytes as "
-                                       "they are");
+                telnet_.IsLost()
+                    ? name_ + " has closed the connection at once: is its line in use, or missing?"
+                    : name_ +
+                          " does not set a serial line by RFC 2217: tcp:// takes its bytes as "
+                          "they are");
 }
 
 bool Rfc2217Line::GetState(DCB& dcb) {
