@@ -260,44 +260,34 @@ void Session::Judge() const {
 }
 
 Failure Session::NothingUnderstood(double seconds) const {
+  const auto fail = [](const std::string& text) { return Failure(ExitCode::nothing_understood, text); };
   const std::string& name = feed_->Name();
-  if (!feed_->IsLive()) {
-    return Failure(ExitCode::nothing_understood, "no message of " + name + " was understood so far");
-  }
+  if (!feed_->IsLive()) return fail("no message of " + name + " was understood so far");
   const std::string in_time = " came from " + name + " in " + Seconds(seconds);
-  const bool has_rate = feed_->GetPort()->HasRate();
-  if (!heard_) {
-    return Failure(ExitCode::nothing_understood, "no data" + in_time +
-                                                     ": check that the receiver is on, and " +
-                                                     (has_rate ? "its cable" : "what is to send its data"));
+  const std::string bytes = "bytes" + in_time + ", but no message was understood";
+  if (!feed_->GetPort()->HasRate()) {
+    return fail(heard_ ? bytes + ": is the model right, and the baud rate where the line is?"
+                       : "no data" + in_time + ": check that the receiver is on, and what sends its data");
   }
-  const std::string not_understood = "bytes" + in_time + ", but no message was understood";
-  if (!has_rate) {
-    return Failure(ExitCode::nothing_understood,
-                   not_understood + ": is the model right, and the baud rate where the line is?");
-  }
-  return Failure(
-      ExitCode::nothing_understood,
-      not_understood + " at " + std::to_string(receiver_.GetCurrentBaudrate()) + " baud" +
-          (IsKeptRate(receiver_) ? ", the rate that is remembered for this model (\"gpsengine config "
-                                   "forget\" forgets it)"
-                                 : "") +
-          ": set the receiver's baud rate with --baud, let --baud auto find it, or let the receiver "
-          "send NMEA");
+  if (!heard_) return fail("no data" + in_time + ": check that the receiver is on, and its cable");
+  const char* const kept = IsKeptRate(receiver_)
+                               ? ", the rate that is remembered for this model (\"gpsengine config forget\" "
+                                 "forgets it)"
+                               : "";
+  return fail(bytes + " at " + std::to_string(receiver_.GetCurrentBaudrate()) + " baud" + kept +
+              ": set the receiver's baud rate with --baud, let --baud auto find it, or let the receiver send "
+              "NMEA");
 }
 
 Failure Session::PortLost() const {
-  if (reconnect_ && !reconnect_->WasThere()) {
-    return Failure(ExitCode::port_closed, feed_->GetPort()->WhyNot());
-  }
-  return Failure(
-      ExitCode::port_lost,
-      "the port " + feed_->Name() +
-          (feed_->GetPort()->GetAddress()
-               ? " was lost: the other side hung up, or is out of reach. Start once more"
-               : " was lost: it was unplugged, or the other side hung up. Plug it in again and start "
-                 "once more") +
-          (rules_.follows && !reconnect_ ? ", or let --reconnect wait for it" : ""));
+  const Port& port = *feed_->GetPort();
+  if (reconnect_ && !reconnect_->WasThere()) return Failure(ExitCode::port_closed, port.WhyNot());
+  const char* const why = port.GetAddress() ? "the other side hung up, or is out of reach. Start once more"
+                                            : "it was unplugged, or the other side hung up. Plug it in again "
+                                              "and start once more";
+  return Failure(ExitCode::port_lost,
+                 "the port " + feed_->Name() + " was lost: " + why +
+                     (rules_.follows && !reconnect_ ? ", or let --reconnect wait for it" : ""));
 }
 
 std::string Seconds(double seconds) {
