@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <initializer_list>
+#include <memory>
 #include <utility>
 
 #include "gpsengine/platform/serial.h"

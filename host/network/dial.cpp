@@ -1,5 +1,6 @@
 #include "host/network/dial.h"
 
+#include <exception>
 #include <mutex>
 #include <optional>
 #include <thread>

@@ -14,6 +14,7 @@
 #include <string>
 #include <string_view>
 #include <utility>
+#include <vector>
 
 #include "host/network/gpsdlines.h"
 #include "host/run/deadline.h"

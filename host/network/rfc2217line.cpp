@@ -8,6 +8,8 @@
 #include <atomic>
 #include <chrono>
 #include <mutex>
+#include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 

@@ -6,11 +6,10 @@
 #include <gensio/sergensio.h>
 #include <poll.h>
 #include <sys/socket.h>
-#include <sys/uio.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <csignal>
-#include <iterator>
 #include <mutex>
 #include <utility>
 #include <vector>
