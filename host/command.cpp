@@ -9,6 +9,7 @@
 #include "host/commands/models.h"
 #include "host/commands/outcome.h"
 #include "host/commands/rehearse.h"
+#include "host/line/port.h"
 #include "host/line/sentences.h"
 #include "host/records/textsink.h"
 #include "host/run/words.h"
@@ -54,7 +55,7 @@ class Answers : public Outlet {
   SentenceFinder finder_;
   std::vector<std::string> lines_;  // of parameters
   std::size_t answers_ = 0;
-  Deadline::Moment begun_;
+  Deadline::Moment begun_;  // the zero of the clock: not yet
   Deadline end_, settled_;
 };
 
@@ -72,7 +73,7 @@ void Answers::OnBytes(std::string_view bytes) {
 }
 
 void Answers::Step() {
-  if (options_.listen) return;
+  if (options_.listen || begun_ == Deadline::Moment()) return;
   const auto so_far = static_cast<std::size_t>(session_.Window().Shown()) + lines_.size();
   if (Asks() && so_far > answers_) end_.Set(kAnswerGap);
   answers_ = so_far;
@@ -90,6 +91,11 @@ bool Answers::Finish() {
   return true;
 }
 
+/// 0 if the line's rate is set elsewhere.
+int RateOf(const Session& session) {
+  return session.GetFeed().GetPort()->HasRate() ? session.Receiver().GetCurrentBaudrate() : 0;
+}
+
 void FailIfNothingAnswered(const CommandOptions& options, const Session& session) {
   if (session.Window().Shown() > 0) return;
   const std::string nothing = "no report answered " + options.operation;
@@ -97,9 +103,8 @@ void FailIfNothingAnswered(const CommandOptions& options, const Session& session
     throw Failure(ExitCode::refused, nothing + ", and no data came from " + session.GetFeed().Name() +
                                          ": check that the receiver is on, and its cable");
   }
-  throw Failure(ExitCode::refused, nothing + "; is it a " + options.model + " at " +
-                                       std::to_string(session.Receiver().GetCurrentBaudrate()) +
-                                       " baud? --baud auto tries others");
+  throw Failure(ExitCode::refused,
+                nothing + ": is it the model " + options.model + RateDoubt(RateOf(session)));
 }
 
 /// Throws a Failure if it did not work, or tells what came of it.
@@ -115,8 +120,8 @@ void Judge(const CommandOptions& options, const Operation& operation, Result res
   if (operation.kind == Operation::Kind::asks) FailIfNothingAnswered(options, session);
   // With a time of 0 the user wants to hear nothing.
   if (operation.kind != Operation::Kind::sets || options.listen == 0.0) return;
-  Complain(outcome.Tell({session.GetFeed().Name(), options.model, session.Receiver().GetCurrentBaudrate(),
-                         session.Understood() > 0, session.Window().Shown()}));
+  Complain(outcome.Tell({session.GetFeed().Name(), options.model, RateOf(session), session.Understood() > 0,
+                         session.Window().Shown()}));
 }
 
 struct Ending {
@@ -163,6 +168,14 @@ void CheckOffer(const CommandOptions& options, const Operation& operation) {
                                        "; it offers " + Join(names) + ". --force sends it all the same");
 }
 
+void CheckTakesCommands(const std::string& port) {
+  if (Port::Of(port)->TakesCommands()) return;
+  throw Failure(ExitCode::refused,
+                "nothing can be sent to " + port +
+                    ", which is only listened to: command the receiver at its own port, or "
+                    "by tcp:// or rfc2217://");
+}
+
 }  // namespace
 
 ExitCode Command(const CommandOptions& options, const Interrupt& interrupt, Output& output) {
@@ -173,6 +186,7 @@ ExitCode Command(const CommandOptions& options, const Interrupt& interrupt, Outp
   CheckOffer(options, operation);
   const Transcript transcript = Rehearse(options.model, operation, action, !options.closed);
   if (options.dry_run) return PrintTranscript(transcript, output);
+  CheckTakesCommands(options.port);
   if (HasNoEffect(operation, transcript)) {
     throw Failure(ExitCode::refused, "the model " + options.model + " has no " +
                                          CallText(operation, options.arguments) + ": nothing was sent");

@@ -37,9 +37,12 @@ ExitCode Monitor(const MonitorOptions& given, const Interrupt& interrupt, Output
   session.Read(MakeLiveFeed(options, session.Options().model, /*tells_bytes=*/false));
   const Feed& feed = session.GetFeed();
   std::optional<RawOutput> raw_output;
-  if (!options.rinex.base.empty() && feed.IsLive())
+  if (!options.rinex.base.empty() && feed.IsLive() && feed.GetPort()->TakesCommands())
     session.Add(raw_output.emplace(session.Receiver(), options.rinex.interval));
   const bool on_screen = options.format == Format::tui;
+  if (on_screen && feed.GetPort() != nullptr && feed.GetPort()->IsInput())
+    throw Failure(ExitCode::usage,
+                  "the screen has its keys from standard input: --port - needs another --format");
   Readings readings;
   FixAge fix_age(output.Text(), [&session] { return session.Engine().GetMessages(); });
   if (options.format == Format::text) session.Add(fix_age);

@@ -96,7 +96,8 @@ Service::Service(Session& session, const ServeOptions& options, Output& output)
 }
 
 void Service::OnEvent(RunEvent event) {
-  if (event == RunEvent::started && session_.GetFeed().IsLive()) {
+  const Port* const port = session_.GetFeed().GetPort();
+  if (event == RunEvent::started && port != nullptr && port->HasRate()) {
     device_.bps = session_.Receiver().GetCurrentBaudrate();
   }
   if (event == RunEvent::understood) device_.activated = IsoText(Now());

@@ -4,14 +4,11 @@
 #include <filesystem>
 #include <thread>
 
-#include "gpsengine/platform/application.h"
 #include "host/line/config.h"
-#include "host/monitor.h"
 #include "host/session/fixage.h"
+#include "tests/support/monitorrun.h"
 #include "tests/support/pseudoterminal.h"
 #include "tests/support/receivertest.h"
-#include "tests/support/temporaryfolder.h"
-#include "tests/support/texts.h"
 
 using namespace std::chrono_literals;
 namespace fs = std::filesystem;
@@ -19,20 +16,12 @@ namespace fs = std::filesystem;
 namespace {
 
 /// A run on a port under a name of its own, such as those of /dev/serial/by-id, that leads to a
-/// pseudo-terminal. It runs on the test's thread, and what happens to it on another.
-class ReconnectTest : public testing::Test {
+/// pseudo-terminal.
+class ReconnectTest : public MonitorRun {
  protected:
   ReconnectTest() {
-    app.SetProfilePath(CString::FromUtf8(folder / "host.ini"));
-    EXPECT_EQ(pipe2(pipe, O_CLOEXEC), 0);
     options.port = folder / "usb-receiver";
-    options.record = folder / "port.log";
-    options.reconnect = 20ms;
     Plug();
-  }
-  ~ReconnectTest() override {
-    CloseOutput();
-    close(pipe[1]);
   }
 
   void Plug() {
@@ -43,45 +32,12 @@ class ReconnectTest : public testing::Test {
     terminal->HangUp();
     fs::remove(options.port);
   }
-  /// Nobody reads the output any more, which ends the run.
-  void CloseOutput() {
-    if (pipe[0] >= 0) close(std::exchange(pipe[0], -1));
-  }
   /// Sends a fix until the run shows it, since a port that is opened forgets what came before.
   void SendUntilShown(int second) {
-    const std::string time = "00:00:" + std::to_string(10 + second);
-    for (std::string shown; shown.find(time) == shown.npos;) {
-      terminal->Exchange(FixAt(second));
-      pollfd source{pipe[0], POLLIN, 0};
-      char piece[4096];
-      if (poll(&source, 1, 20) > 0) {
-        shown.append(piece,
-                     static_cast<std::size_t>(std::max<ssize_t>(read(pipe[0], piece, sizeof piece), 0)));
-      }
-    }
+    UntilShown(second, [&] { terminal->Exchange(FixAt(second)); });
   }
-  host::ExitCode Run(const std::function<void()>& story) {
-    const host::Interrupt interrupt;
-    host::Output output(pipe[1]);
-    const std::jthread teller(story);
-    testing::internal::CaptureStderr();
-    host::ExitCode code;
-    try {
-      code = host::Monitor(options, interrupt, output);
-    } catch (const host::Failure& failure) {
-      code = failure.Code();
-    }
-    errors = testing::internal::GetCapturedStderr();
-    return code;
-  }
-  void ExpectError(const std::string& text) const { EXPECT_TRUE(Has(errors, text)); }
 
-  const TemporaryFolder folder;
-  CWinApp app{"gpsengine-test"};
-  host::MonitorOptions options;
   std::unique_ptr<PseudoTerminal> terminal;
-  int pipe[2] = {-1, -1};
-  std::string errors;
 };
 
 TEST_F(ReconnectTest, GoesOnUnderTheSameNameAndInTheSameRecording) {

@@ -52,9 +52,15 @@ Place PlaceBehind(const CLI::App& app, const Words& words) {
   return place;
 }
 
-/// What stands for a device, and the devices themselves.
-Words DeviceWords(const std::string& begun) {
-  Words words = {"auto\tlook for a receiver", "last\tthe port and model of the last run"};
+/// What stands for a port, and the devices themselves.
+Words PortWords(const std::string& begun) {
+  Words words = {"auto\tlook for a receiver",
+                 "last\tthe port and model of the last run",
+                 "tcp://\tbytes over the network",
+                 "rfc2217://\ta serial line behind telnet",
+                 "udp://\tdatagrams sent here",
+                 "gpsd://\ta gpsd server's raw stream",
+                 "-\tstandard input"};
   glob_t paths{};
   glob(((begun.empty() ? "/dev/tty" : begun) + '*').c_str(), 0, nullptr, &paths);
   words.insert(words.end(), paths.gl_pathv, paths.gl_pathv + paths.gl_pathc);
@@ -81,7 +87,7 @@ Words ValuesOf(const CLI::Option& option, const std::string& previous, const std
   Words words = ChoicesOf(option);
   if (!words.empty()) return words;
   if (type == "FILE" || type == "BASE") return {kFilesOfShell};
-  if (type == "DEVICE") return DeviceWords(begun);
+  if (type == "DEVICE|ADDRESS") return PortWords(begun);
   if (type == "ARGUMENT") return ArgumentWords(previous);
   if (type == "OPERATION") {
     for (const Operation& operation : Operations())

@@ -14,6 +14,7 @@ void AddMonitor(CLI::App& app, Job& job) {
       "  gpsengine monitor --port last --format json           the one of the last run\n"
       "  gpsengine monitor --port /dev/ttyUSB0 --reconnect     goes on when it is plugged in again\n"
       "  gpsengine monitor --port /dev/ttyUSB0 --model Trimble --baud 9600\n"
+      "  gpsengine monitor --port tcp://gps.example:3001       bytes over the network, see --port\n"
       "  gpsengine monitor --play drive.log --format json --count 20\n"
       "  gpsengine monitor --play drive.log --speed 10         ten times as fast as it was\n"
       "  gpsengine monitor --port /dev/ttyUSB0 --gpx walk.gpx --min-distance 2\n"
@@ -42,7 +43,7 @@ void AddMonitor(CLI::App& app, Job& job) {
       ->capture_default_str();
   command->callback([&job, options, command] {
     const bool chosen = command->get_option("--format")->count() > 0;
-    if (!chosen && Terminal::Obstacle().empty()) options->format = Format::tui;
+    if (!chosen && options->port != "-" && Terminal::Obstacle().empty()) options->format = Format::tui;
     job = OnLine(*command, options, &Monitor);
   });
 }

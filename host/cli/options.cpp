@@ -109,9 +109,12 @@ void AddDuration(CLI::App& command, double& seconds, const std::string& descript
 }
 
 void AddLine(CLI::App& command, LineChoice& line, const std::string& description) {
-  auto* port =
-      AddValue(command, "--port", line.port, "DEVICE", AName(),
-               description + "; auto: look for a receiver; last: the port and model of the last run");
+  auto* port = AddValue(
+      command, "--port", line.port, "DEVICE|ADDRESS", AName(),
+      description +
+          "; tcp://HOST:PORT, rfc2217://HOST:PORT (ser2net, which sets the speed), udp://[HOST]:PORT, "
+          "gpsd://HOST[:PORT], - (standard input); auto: look for a receiver; last: the port and model of "
+          "the last run");
   command
       .add_option_function<std::string>(
           "--baud", [&line](const std::string& baud) { line.baud = BaudOf(baud); },

@@ -63,6 +63,11 @@ std::string Told(const std::vector<std::string>& lines) {
 
 }  // namespace
 
+std::string RateDoubt(int baud) {
+  if (baud == 0) return ", and the line's baud rate right where it is set?";
+  return ", at " + std::to_string(baud) + " baud? --baud auto tries others";
+}
+
 Outcome::Outcome(Transcript transcript) : transcript_(std::move(transcript)) {}
 
 void Outcome::Feed(std::string_view bytes) {
@@ -101,8 +106,7 @@ std::string Outcome::Tell(const Line& line) const {
   if (lines.empty()) return "nothing was sent: the model " + line.model + " has nothing to send here";
   const std::string sent = "sent " + Told(lines);
   const std::string data = sent + "; data came from " + line.device + ", but ";
-  const std::string doubt = ": is it the model " + line.model + ", at " + std::to_string(line.baud) +
-                            " baud? --baud auto tries others";
+  const std::string doubt = ": is it the model " + line.model + RateDoubt(line.baud);
   const std::string further = line.reports > 0 ? "; its reports are shown" : "";
   const auto fail = [](const std::string& text) { return Failure(ExitCode::refused, text); };
   if (!heard_) {

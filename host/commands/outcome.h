@@ -16,7 +16,7 @@ class Outcome {
   /// The line that the command went out on, and what the library made of its data.
   struct Line {
     std::string device, model;
-    int baud;
+    int baud;           ///< 0 for a line whose rate is set elsewhere.
     bool understood;    ///< Some message was.
     long long reports;  ///< So many were shown.
   };
@@ -41,5 +41,9 @@ class Outcome {
   int taken_ = 0, refused_ = 0;
   bool heard_ = false;
 };
+
+/// The end of a question whether the model is right, and the rate: ", at 4800 baud? ..."; 0 for a line whose
+/// rate is set elsewhere.
+std::string RateDoubt(int baud);
 
 }  // namespace host

@@ -8,6 +8,7 @@
 
 #include "gpsengine/platform/application.h"
 #include "host/commands/models.h"
+#include "host/line/port.h"
 #include "host/line/ports.h"
 #include "host/records/jsonwriter.h"
 #include "host/run/failure.h"
@@ -43,6 +44,11 @@ std::string Absolute(const std::string& path) {
   std::error_code error;
   const auto absolute = std::filesystem::absolute(path, error);
   return error ? path : absolute.lexically_normal().string();
+}
+
+/// The name that a port is remembered by.
+std::string Lasting(const std::string& port) {
+  return IsAddress(port) ? port : StableName(Absolute(port));
 }
 
 }  // namespace
@@ -85,7 +91,7 @@ std::string ConfigAsJson(const Config& config) {
 }
 
 void Remember(const std::string& port, CGPSReceiver& receiver) {
-  Write(kPortEntry, StableName(Absolute(port)));
+  Write(kPortEntry, Lasting(port));
   Write(kModelEntry, receiver.GetName().ToUtf8());
   KeepRate(receiver);
 }
@@ -104,9 +110,10 @@ void SetConfig(const std::string& name, const std::string& value) {
   bool written = false;
   if (name == "port") {
     if (value.empty()) throw Failure(ExitCode::usage, "the name of a port is not empty");
-    written = Write(kPortEntry, StableName(Absolute(value)));
+    if (Port::Of(value)->IsInput()) throw Failure(ExitCode::usage, "standard input is not remembered");
+    written = Write(kPortEntry, Lasting(value));
     std::error_code error;
-    if (!std::filesystem::exists(value, error))
+    if (!IsAddress(value) && !std::filesystem::exists(value, error))
       Complain("there is no " + value + " now; it is remembered all the same");
   } else if (name == "model") {
     written = Write(kModelEntry, FindModel(value).GetName().ToUtf8());

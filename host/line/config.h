@@ -20,8 +20,8 @@ std::string ConfigAsText(const Config& config);
 std::string ConfigAsJson(const Config& config);
 
 /// Remembers a port and the receiver on it, for "--port last", and the rate it is read at, for its model. A
-/// port goes by its name under /dev/serial/by-id, if it has one. A profile that cannot be written is left as
-/// it is.
+/// device goes by its name under /dev/serial/by-id, if it has one, an address as it is. A profile that cannot
+/// be written is left as it is.
 void Remember(const std::string& port, CGPSReceiver& receiver);
 /// Keeps the rate that a receiver is read at for later runs of its model, unless it is what they have anyway.
 void KeepRate(CGPSReceiver& receiver);

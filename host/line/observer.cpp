@@ -80,9 +80,9 @@ class ObservedLine : public SerialLine {
 
 LineObserver::LineObserver() : state_(std::make_shared<State>()) {}
 
-SerialLineFactory LineObserver::Opener(const std::string& device) const {
-  return [state = state_, device]() -> std::unique_ptr<SerialLine> {
-    auto line = OpenSerialDevice(CString::FromUtf8(device));
+SerialLineFactory LineObserver::Opener(SerialLineFactory open) const {
+  return [state = state_, open = std::move(open)]() -> std::unique_ptr<SerialLine> {
+    auto line = open();
     if (line == nullptr) return nullptr;
     state->Begin();
     return std::make_unique<ObservedLine<State>>(std::move(line), state);

@@ -13,8 +13,8 @@ class LineObserver {
  public:
   LineObserver();
 
-  /// Opens lines to that device which the observer sees. It sees one at a time.
-  SerialLineFactory Opener(const std::string& device) const;
+  /// Opens lines which the observer sees. It sees one at a time.
+  SerialLineFactory Opener(SerialLineFactory open) const;
 
   /// Readable when there are bytes to take, or the line has gone.
   int Descriptor() const;

@@ -2,13 +2,16 @@
 
 #include <algorithm>
 #include <initializer_list>
+#include <memory>
 #include <utility>
 
 #include "gpsengine/platform/serial.h"
 #include "host/commands/models.h"
 #include "host/line/config.h"
 #include "host/line/kindlistener.h"
+#include "host/line/port.h"
 #include "host/line/ports.h"
+#include "host/run/deadline.h"
 #include "host/run/failure.h"
 #include "host/run/words.h"
 
@@ -49,9 +52,18 @@ Heard Judge(const MessageKinds& kinds, std::size_t bytes) {
   return {Heard::Verdict::nothing, bytes, bytes == 0 ? "no bytes" : "bytes that make no message"};
 }
 
-/// A device, opened at a rate; null if it does not open.
-std::unique_ptr<SerialLine> OpenAt(const std::string& device, int rate) {
-  auto line = OpenSerialDevice(CString::FromUtf8(device));
+void CheckInterrupt(const Interrupt& interrupt) {
+  if (interrupt.HasCome()) throw Failure(ExitCode::interrupted, "the search was interrupted");
+}
+
+/// A port, opened at a rate; null if it does not open.
+std::unique_ptr<SerialLine> OpenAt(Port& port, int rate, const Interrupt& interrupt) {
+  while (!port.Prepare()) {
+    std::vector<pollfd> waits = {{port.Descriptor(), POLLIN, 0}, {interrupt.Descriptor(), POLLIN, 0}};
+    WaitFor(waits, Deadline::kNever);
+    CheckInterrupt(interrupt);
+  }
+  auto line = port.Open();
   if (line == nullptr) return nullptr;
   DCB state;
   state.BaudRate = static_cast<DWORD>(rate);
@@ -106,9 +118,10 @@ class Search {
   }
 
   Heard Listen(const std::string& device, int rate) const {
-    const auto line = OpenAt(device, rate);
+    const auto port = Port::Of(device);
+    const auto line = OpenAt(*port, rate, interrupt_);
     if (line == nullptr) {
-      const std::string reason = WhyNotOpen(device);
+      const std::string reason = port->WhyNot();
       return {Heard::Verdict::closed, 0, reason.empty() ? "cannot open " + device : reason};
     }
     KindListener listener;
@@ -123,7 +136,7 @@ class Search {
   bool Hear(SerialLine& line, KindListener& listener, std::size_t& bytes) const {
     Clock::time_point now = Clock::now(), end = now + plan_.listen;
     for (bool understood = false; now < end; understood = listener.Kinds().AreUnderstood()) {
-      if (interrupt_.HasCome()) throw Failure(ExitCode::interrupted, "the search was interrupted");
+      CheckInterrupt(interrupt_);
       char piece[4096];
       const int count = line.Read(piece, sizeof piece, static_cast<DWORD>(kTurn.count()));
       if (count < 0) return false;
@@ -185,6 +198,15 @@ LineChoice LastLine(LineChoice choice, bool model_given) {
   return choice;
 }
 
+/// Refuses a rate that would have no effect.
+void CheckRate(const LineChoice& choice) {
+  if (choice.baud == 0 || Port::Of(choice.port)->HasRate()) return;
+  throw Failure(ExitCode::usage,
+                "--baud has no effect on " + choice.port +
+                    ": its speed is set where the receiver's line is; rfc2217:// sets it from "
+                    "here, of a server such as ser2net");
+}
+
 }  // namespace
 
 std::vector<int> LikelyRates(const std::string& model) {
@@ -205,6 +227,7 @@ FoundLine SearchLine(const SearchPlan& plan, const Interrupt& interrupt) {
 LineChoice ChooseLine(LineChoice choice, bool model_given, const Interrupt& interrupt) {
   if (choice.port == kLastPort) choice = LastLine(std::move(choice), model_given);
   const bool any_port = choice.port == kAutoPort;
+  if (!any_port && !choice.port.empty()) CheckRate(choice);
   if (!any_port && choice.baud != kAutoBaud) return choice;
   SearchPlan plan;
   plan.rates = choice.baud > 0 ? std::vector{choice.baud} : LikelyRates(choice.model);

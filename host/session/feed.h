@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "gpsengine/engine/gpsengine.h"
+#include "host/line/port.h"
 #include "host/records/hostwindow.h"
 #include "host/run/deadline.h"
 
@@ -52,8 +53,8 @@ class Feed {
   virtual int Descriptor() const { return -1; }
   /// The line has gone since it was opened.
   virtual bool IsLost() const { return false; }
-  /// The name to look for a lost line by.
-  virtual const std::string& StablePath() const { return name_; }
+  /// The port that the line is opened at; null for none. The feed owns it.
+  virtual Port* GetPort() const { return nullptr; }
   /// Takes the records; null if it wants none.
   virtual Sink* Records() { return nullptr; }
   /// The texts of messages are wanted among them.

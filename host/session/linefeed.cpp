@@ -3,7 +3,6 @@
 #include <chrono>
 #include <utility>
 
-#include "host/line/ports.h"
 #include "host/run/failure.h"
 #include "host/run/port.h"
 
@@ -23,19 +22,25 @@ std::unique_ptr<simulator::PtyRunner> Simulate(const std::string& model) {
 
 }  // namespace
 
-LineFeed::LineFeed(const std::string& device, const std::string& model)
-    : LineFeed(device, device.empty() ? Simulate(model) : nullptr) {}
+LineFeed::LineFeed(const std::string& port, const std::string& model)
+    : LineFeed(port, port.empty() ? Simulate(model) : nullptr) {}
 
-LineFeed::LineFeed(const std::string& device, Simulation simulation)
-    : Feed(simulation ? Kind::simulated : Kind::device, simulation ? simulation->PortName() : device),
+LineFeed::LineFeed(const std::string& port, Simulation simulation)
+    : LineFeed(Port::Of(simulation ? simulation->PortName() : port), std::move(simulation)) {}
+
+LineFeed::LineFeed(std::unique_ptr<Port> port, Simulation simulation)
+    : Feed(simulation ? Kind::simulated : Kind::device, port->IsInput() ? "standard input" : port->Name()),
       simulation_(std::move(simulation)),
-      path_(Name()) {}
+      port_(std::move(port)) {}
 
 std::string LineFeed::Description(int baud) const {
-  return Name() + (simulation_ ? "  simulated" : "  " + std::to_string(baud) + " baud");
+  if (simulation_) return Name() + "  simulated";
+  return port_->HasRate() ? Name() + "  " + std::to_string(baud) + " baud" : Name();
 }
 
 void LineFeed::Announce(const std::string& model) const {
+  if (!port_->TakesCommands() && !port_->IsInput())
+    Complain("nothing is sent to " + Name() + ": the receiver has to send by itself what is wanted of it");
   if (!simulation_) return;
   Complain("a simulated receiver \"" + model + "\" on " + Name() +
            "; --port DEVICE reads a real one, Ctrl-C ends");
@@ -43,16 +48,18 @@ void LineFeed::Announce(const std::string& model) const {
 
 void LineFeed::Open(CGPSEngine& engine, HostWindow&) {
   if (simulation_ && !std::exchange(simulates_, true)) simulation_->Start();
-  MapComPort(kPort, observer_.Opener(path_));
-  if (engine.Start()) {
-    path_ = StableName(path_);
-    return;
-  }
+  MapComPort(kPort, observer_.Opener([this] { return port_->Open(); }));
+  if (engine.Start()) return;
   if (engine.GetLastError() != GPS_ENGINE_INIT_FAILED) {
     throw Failure(ExitCode::failed, engine.GetLastErrorString().ToUtf8());
   }
-  const std::string reason = WhyNotOpen(path_);
-  throw Failure(ExitCode::port_closed, reason.empty() ? "cannot open " + path_ : reason);
+  const std::string reason = port_->WhyNot();
+  throw Failure(ExitCode::port_closed, reason.empty() ? "cannot open " + port_->Name() : reason);
+}
+
+void LineFeed::CheckUnderstood(const HostWindow& window) const {
+  if (IsAtEnd() && window.GetPublished().All() == 0)
+    throw Failure(ExitCode::nothing_understood, "no message of standard input was understood");
 }
 
 }  // namespace host

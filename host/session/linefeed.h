@@ -8,11 +8,11 @@
 
 namespace host {
 
-/// A serial line: to a device, or to a simulated receiver on a pseudo-terminal.
+/// A line: to a device, to an address, or to a simulated receiver on a pseudo-terminal.
 class LineFeed : public Feed {
  public:
-  /// `device` empty asks for a simulated receiver of that model.
-  LineFeed(const std::string& device, const std::string& model);
+  /// `port` empty asks for a simulated receiver of that model.
+  LineFeed(const std::string& port, const std::string& model);
 
   std::string Description(int baud) const override;
   void Announce(const std::string& model) const override;
@@ -20,16 +20,19 @@ class LineFeed : public Feed {
   std::string TakeBytes() override { return observer_.Take(); }
   int Descriptor() const override { return observer_.Descriptor(); }
   bool IsLost() const override { return observer_.IsLost(); }
-  const std::string& StablePath() const override { return path_; }
+  bool IsAtEnd() const override { return port_->IsInput() && IsLost(); }
+  void CheckUnderstood(const HostWindow& window) const override;
+  Port* GetPort() const override { return port_.get(); }
 
  private:
   using Simulation = std::unique_ptr<simulator::PtyRunner>;
 
-  LineFeed(const std::string& device, Simulation simulation);
+  LineFeed(const std::string& port, Simulation simulation);
+  LineFeed(std::unique_ptr<Port> port, Simulation simulation);
 
   const Simulation simulation_;
   bool simulates_ = false;
-  std::string path_;  // by which the device is found again, once it has been there
+  const std::unique_ptr<Port> port_;
   LineObserver observer_;
 };
 

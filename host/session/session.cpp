@@ -5,7 +5,6 @@
 
 #include "host/commands/models.h"
 #include "host/line/config.h"
-#include "host/line/ports.h"
 #include "host/records/tally.h"
 #include "host/run/port.h"
 #include "host/run/words.h"
@@ -60,9 +59,9 @@ std::optional<ExitCode> Session::Start() {
   try {
     if (!Open()) return interrupt_.HasCome() ? ExitCode::interrupted : ExitCode::done;
   } catch (const Failure& failure) {
-    if (!reconnect_ || failure.Code() != ExitCode::port_closed || IsThere(feed_->StablePath())) throw;
+    if (!reconnect_ || failure.Code() != ExitCode::port_closed || !feed_->GetPort()->IsMissing()) throw;
     Complain(failure.what());
-    reconnect_->Begin(feed_->StablePath(), false);
+    reconnect_->Begin(*feed_->GetPort(), false, failure.what());
   }
   if (options_.duration > 0.0) end_.Set(options_.duration);
   return std::nullopt;
@@ -76,6 +75,7 @@ bool Session::Open() {
     ~Starting() { session.Tell(RunEvent::started); }
     Session& session;
   };
+  if (!PreparePort()) return false;
   std::optional<PacingClock::Sequence> sequence;
   if (feed_->IsLive()) sequence.emplace(interrupt_, rules_.label, rules_.time);
   const Starting starting(*this);
@@ -85,6 +85,17 @@ bool Session::Open() {
   if (rules_.on_open && !is_stopped()) rules_.on_open(receiver_);
   if (rules_.silence > 0.0) silence_.Set(rules_.silence);
   return !is_stopped();
+}
+
+// False if the run is over meanwhile.
+bool Session::PreparePort() {
+  Port* const port = feed_->GetPort();
+  while (port != nullptr && !port->Prepare()) {
+    Wait();
+    StepOutlets();
+    if (IsDone() || interrupt_.HasCome()) return false;
+  }
+  return true;
 }
 
 void Session::Tell(RunEvent event) {
@@ -131,7 +142,8 @@ void Session::Wait() {
       {GetQueueDescriptor(), POLLIN, 0},
       {interrupt_.Descriptor(), POLLIN, 0},
       {feed_->Descriptor(), POLLIN, 0},
-      {output_.Descriptor(), 0, 0}};  // that its reader has gone is told all the same
+      {output_.Descriptor(), 0, 0},  // that its reader has gone is told all the same
+      {feed_->GetPort() != nullptr ? feed_->GetPort()->Descriptor() : -1, POLLIN, 0}};
   std::vector<std::size_t> firsts;
   for (Outlet* outlet : outlets_) {
     firsts.push_back(waits.size());
@@ -195,7 +207,8 @@ void Session::NoteUnderstood() {
   understood_ = true;
   silence_.Clear();
   if (feed_->GetKind() == Feed::Kind::device) {
-    rules_.follows ? Remember(feed_->Name(), receiver_) : KeepRate(receiver_);
+    const bool is_input = feed_->GetPort()->IsInput();
+    rules_.follows && !is_input ? Remember(feed_->Name(), receiver_) : KeepRate(receiver_);
   }
   Tell(RunEvent::understood);
 }
@@ -216,7 +229,7 @@ void Session::WaitForPort() {
   silence_.Clear();
   understood_before_ = Understood();
   understood_ = false;
-  reconnect_->Begin(feed_->StablePath(), true);
+  reconnect_->Begin(*feed_->GetPort(), true);
   Tell(RunEvent::lost);
 }
 
@@ -228,7 +241,7 @@ void Session::Reopen() {
   } catch (const Failure& failure) {
     Complain(failure.what());
   }
-  if (!engine_.IsActive()) return reconnect_->Begin(feed_->StablePath(), true);
+  if (!engine_.IsActive()) return reconnect_->Begin(*feed_->GetPort(), true);
   reconnect_->End();
   Tell(RunEvent::back);
 }
@@ -247,31 +260,33 @@ void Session::Judge() const {
 }
 
 Failure Session::NothingUnderstood(double seconds) const {
+  const auto fail = [](const std::string& text) { return Failure(ExitCode::nothing_understood, text); };
   const std::string& name = feed_->Name();
-  if (!feed_->IsLive()) {
-    return Failure(ExitCode::nothing_understood, "no message of " + name + " was understood so far");
+  if (!feed_->IsLive()) return fail("no message of " + name + " was understood so far");
+  const std::string in_time = " came from " + name + " in " + Seconds(seconds);
+  const std::string bytes = "bytes" + in_time + ", but no message was understood";
+  if (!feed_->GetPort()->HasRate()) {
+    return fail(heard_ ? bytes + ": is the model right, and the baud rate where the line is?"
+                       : "no data" + in_time + ": check that the receiver is on, and what sends its data");
   }
+  if (!heard_) return fail("no data" + in_time + ": check that the receiver is on, and its cable");
   const char* const kept = IsKeptRate(receiver_)
                                ? ", the rate that is remembered for this model (\"gpsengine config forget\" "
                                  "forgets it)"
                                : "";
-  const std::string in_time = " came from " + name + " in " + Seconds(seconds);
-  return Failure(ExitCode::nothing_understood,
-                 heard_ ? "bytes" + in_time + ", but no message was understood at " +
-                              std::to_string(receiver_.GetCurrentBaudrate()) + " baud" + kept +
-                              ": set the receiver's baud rate with --baud, let --baud auto "
-                              "find it, or let the receiver send NMEA"
-                        : "no data" + in_time + ": check that the receiver is on, and its cable");
+  return fail(bytes + " at " + std::to_string(receiver_.GetCurrentBaudrate()) + " baud" + kept +
+              ": set the receiver's baud rate with --baud, let --baud auto find it, or let the receiver send "
+              "NMEA");
 }
 
 Failure Session::PortLost() const {
-  if (reconnect_ && !reconnect_->WasThere()) {
-    return Failure(ExitCode::port_closed, WhyNotOpen(feed_->Name()));
-  }
+  const Port& port = *feed_->GetPort();
+  if (reconnect_ && !reconnect_->WasThere()) return Failure(ExitCode::port_closed, port.WhyNot());
+  const char* const why = port.GetAddress() ? "the other side hung up, or is out of reach. Start once more"
+                                            : "it was unplugged, or the other side hung up. Plug it in again "
+                                              "and start once more";
   return Failure(ExitCode::port_lost,
-                 "the port " + feed_->Name() +
-                     " was lost: it was unplugged, or the other side hung up. Plug it in "
-                     "again and start once more" +
+                 "the port " + feed_->Name() + " was lost: " + why +
                      (rules_.follows && !reconnect_ ? ", or let --reconnect wait for it" : ""));
 }
 

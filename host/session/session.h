@@ -88,6 +88,7 @@ class Session {
  private:
   std::optional<ExitCode> Start();
   bool Open();
+  bool PreparePort();
   void Tell(RunEvent event);
   void KeepCapturing();
   void PassBytes();

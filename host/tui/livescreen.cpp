@@ -122,6 +122,9 @@ void LiveScreen::Perform(const CommandMenu::Order& order) {
   if (session_.Receiver().GetPortHandle() == INVALID_HANDLE_VALUE) {
     return Tell("no port is open: " + order.text + " has not been sent", Style::bad);
   }
+  if (const Port* port = session_.GetFeed().GetPort(); port != nullptr && !port->TakesCommands()) {
+    return Tell("nothing can be sent to " + port->Name() + ", which is only listened to", Style::bad);
+  }
   const bool asks = order.operation->kind == Operation::Kind::asks;
   answers_until_ = Clock::now() + kAnswerTime;
   readings_.ShowAnswers(true);

@@ -1,0 +1,34 @@
+#pragma once
+
+#include <string>
+
+namespace host {
+
+/// Where a receiver's bytes come from, if that is not a device.
+struct Address {
+  enum class Scheme {
+    tcp,      ///< A connection that carries the receiver's bytes and nothing else.
+    rfc2217,  ///< A serial line behind telnet, whose settings are made from here.
+    udp,      ///< Datagrams that are sent here.
+    gpsd,     ///< The raw stream of a server that speaks gpsd's protocol.
+    input,    ///< Standard input.
+  };
+
+  Scheme scheme = Scheme::input;
+  std::string host;  ///< A name or a number; empty: udp on every address of this machine, or none.
+  std::string port;  ///< A number from 1 to 65535; empty for standard input.
+
+  /// Bytes may be sent to the receiver.
+  bool TakesCommands() const { return scheme == Scheme::tcp || scheme == Scheme::rfc2217; }
+  /// The baud rate of the line is set from here.
+  bool HasRate() const { return scheme == Scheme::rfc2217; }
+};
+
+/// Whether what the user has given as a port is meant as an address and not as a device.
+bool IsAddress(const std::string& name);
+/// Throws a Failure that names what is wrong with it, and shows the right form.
+Address ReadAddress(const std::string& name);
+/// "gps.example:3001", "[::1]:3001".
+std::string HostAndPort(const std::string& host, const std::string& port);
+
+}  // namespace host
