@@ -28,7 +28,7 @@ LineFeed::LineFeed(const std::string& port, const std::string& model)
 LineFeed::LineFeed(const std::string& port, Simulation simulation)
     : LineFeed(Port::Of(simulation ? simulation->PortName() : port), std::move(simulation)) {}
 
-LineFeed::LineFeed(std::unique_ptr<Port> port, Simulation simulation)
+LineFeed::LineFeed(std::unique_ptr<Port> port, Simulation&& simulation)
     : Feed(simulation ? Kind::simulated : Kind::device, port->IsInput() ? "standard input" : port->Name()),
       simulation_(std::move(simulation)),
       port_(std::move(port)) {}

@@ -28,7 +28,7 @@ class LineFeed : public Feed {
   using Simulation = std::unique_ptr<simulator::PtyRunner>;
 
   LineFeed(const std::string& port, Simulation simulation);
-  LineFeed(std::unique_ptr<Port> port, Simulation simulation);
+  LineFeed(std::unique_ptr<Port> port, Simulation&& simulation);
 
   const Simulation simulation_;
   bool simulates_ = false;
