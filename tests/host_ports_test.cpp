@@ -10,8 +10,8 @@
 #include <thread>
 
 #include "gpsengine/engine/gpsengine.h"
+#include "gpsengine/face/models.h"
 #include "gpsengine/platform/application.h"
-#include "host/commands/models.h"
 #include "host/line/config.h"
 #include "host/line/ports.h"
 #include "host/line/portsearch.h"

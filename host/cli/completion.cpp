@@ -5,10 +5,11 @@
 #include <sstream>
 
 #include "gpsengine/engine/gpsengine.h"
+#include "gpsengine/face/models.h"
+#include "gpsengine/face/operations.h"
+#include "gpsengine/text/words.h"
 #include "host/cli/clihelp.h"
-#include "host/commands/models.h"
-#include "host/commands/operations.h"
-#include "host/run/words.h"
+#include "host/run/face.h"
 
 namespace host {
 

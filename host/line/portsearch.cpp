@@ -4,13 +4,14 @@
 #include <initializer_list>
 #include <utility>
 
+#include "gpsengine/face/models.h"
 #include "gpsengine/platform/serial.h"
-#include "host/commands/models.h"
+#include "gpsengine/text/words.h"
 #include "host/line/config.h"
 #include "host/line/kindlistener.h"
 #include "host/line/ports.h"
+#include "host/run/face.h"
 #include "host/run/failure.h"
-#include "host/run/words.h"
 
 namespace host {
 

@@ -3,9 +3,10 @@
 #include <chrono>
 #include <utility>
 
+#include "gpsengine/face/port.h"
 #include "host/line/ports.h"
+#include "host/run/face.h"
 #include "host/run/failure.h"
-#include "host/run/port.h"
 
 namespace host {
 

@@ -3,12 +3,13 @@
 #include <algorithm>
 #include <utility>
 
-#include "host/commands/models.h"
+#include "gpsengine/face/models.h"
+#include "gpsengine/face/port.h"
+#include "gpsengine/face/tally.h"
+#include "gpsengine/text/words.h"
 #include "host/line/config.h"
 #include "host/line/ports.h"
-#include "host/records/tally.h"
-#include "host/run/port.h"
-#include "host/run/words.h"
+#include "host/run/face.h"
 
 namespace host {
 
@@ -98,16 +99,11 @@ void Session::PassBytes() {
   for (Outlet* outlet : outlets_) outlet->OnBytes(bytes);
 }
 
-// The library keeps what it captures, and stops when it has kept much.
 void Session::KeepCapturing() {
   const auto wants = [](const Outlet* outlet) { return outlet->WantsTexts(); };
   const bool wanted =
       feed_->WantsTexts() || window_.WantsSky() || std::any_of(outlets_.begin(), outlets_.end(), wants);
-  CComBuffer& capture = engine_.m_ComBuffer;
-  const bool stopped = capture.m_bOverflow && capture.m_bPaused;
-  if (stopped || !engine_.IsActive()) capture.m_strData.Empty();
-  if (stopped) capture.m_bOverflow = false;
-  if (capture.m_bPaused == wanted) capture.m_bPaused = !wanted;
+  engine_.m_ComBuffer.KeepCapturing(wanted, !engine_.IsActive());
 }
 
 // Bytes go ahead of what was made of them, but for a playback's, which come with the texts of messages.

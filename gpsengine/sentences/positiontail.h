@@ -1,0 +1,22 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+#pragma GCC visibility push(default)
+
+namespace gps {
+
+/// What a GGA or GNS sentence says behind its height, which records do not carry.
+struct PositionTail {
+  std::optional<double> separation;  ///< Metres that the geoid lies above the ellipsoid.
+  std::string age, station;          ///< Of the corrections, as they stand there.
+};
+
+/// None for another sentence, or a broken one.
+std::optional<PositionTail> PositionTailOf(std::string_view line);
+
+}  // namespace gps
+
+#pragma GCC visibility pop
