@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <cstddef>
 #include <filesystem>
 #include <istream>
@@ -19,8 +20,9 @@ struct DecodeOptions {
   std::string model =
       "Other";  ///< The model that made it. All read what any make sends; raw data may need it.
   double antenna_height = 0.0;  ///< Metres that the antenna stood above the point, taken off every height.
-  std::optional<Time> date;     ///< When it was made; without it, as its sentences say, or else now.
-  double speed = 0.0;           ///< A multiple of its own pace; 0: as fast as it goes.
+  /// The day on which it was made; without it, as its sentences say, or else today.
+  std::optional<std::chrono::sys_days> date = {};
+  double speed = 0.0;  ///< A multiple of its own pace; 0: as fast as it goes.
 };
 
 /// A receiver's bytes that were recorded. Decoding goes on as its records are asked for, on the thread that

@@ -55,9 +55,14 @@ bool Inbox::TakeNow(Record& record) {
   return false;
 }
 
+void Inbox::SetLostMessages(unsigned long long count) {
+  const Monitor::Lock lock = monitor_.Enter();
+  lost_messages_ = count;
+}
+
 unsigned long long Inbox::Lost() {
   const Monitor::Lock lock = monitor_.Enter();
-  return shelf_.Lost();
+  return shelf_.Lost() + lost_messages_;
 }
 
 }  // namespace gps

@@ -24,6 +24,8 @@ class Inbox : public Stream {
   void Want(std::size_t alternative) override;
   /// The next of all kinds, without waiting. Throws the Error that has ended it.
   bool TakeNow(Record& record);
+  /// Messages that the library had no room for.
+  void SetLostMessages(unsigned long long count);
   unsigned long long Lost();
   int Descriptor() const { return waiting_.Descriptor(); }
 
@@ -34,6 +36,7 @@ class Inbox : public Stream {
   bool ended_ = false;
   std::optional<Error> error_;
   WakeUp waiting_;
+  unsigned long long lost_messages_ = 0;
   bool is_announced_ = false;  // by the descriptor
 };
 

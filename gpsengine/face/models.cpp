@@ -101,6 +101,17 @@ Error NothingSent(const Operation& operation, const Arguments& arguments, const 
                "the model " + model + " has no " + CallText(operation, arguments) + ": nothing was sent");
 }
 
+Action PrepareOffered(const Operation& operation, const Arguments& arguments, CGPSReceiver& receiver) {
+  Action action = Prepare(operation, arguments, receiver);
+  CheckOffer(operation, receiver);
+  const auto& offers = OffersOf(receiver);
+  const auto is_it = [&](const Offer& offer) { return offer.operation == &operation; };
+  if (std::none_of(offers.begin(), offers.end(), is_it)) {
+    throw NothingSent(operation, arguments, receiver.GetName().ToUtf8());
+  }
+  return action;
+}
+
 long long StartTimeOf(CGPSReceiver& receiver) {
   return OffersOf(receiver).front().examples.front().transcript.Time();
 }

@@ -51,6 +51,9 @@ const std::vector<Offer>& OffersOf(CGPSReceiver& receiver);
 void CheckOffer(const Operation& operation, CGPSReceiver& receiver, const std::string& advice = "");
 /// The error of an operation whose body is empty all the same.
 Error NothingSent(const Operation& operation, const Arguments& arguments, const std::string& model);
+/// The operation on its arguments, ready to be called on a receiver of this one's model. Throws an Error if
+/// the model does not have it or does not take these arguments.
+Action PrepareOffered(const Operation& operation, const Arguments& arguments, CGPSReceiver& receiver);
 /// How long the start of a run takes, in milliseconds; likewise.
 long long StartTimeOf(CGPSReceiver& receiver);
 

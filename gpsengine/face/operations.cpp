@@ -240,10 +240,9 @@ std::vector<Operation> MakeOperations() {
 
 }  // namespace
 
-Arguments ReadArguments(const std::string& text) {
+Arguments ArgumentsOf(const std::vector<std::string>& words) {
   Arguments arguments;
-  std::istringstream words(text);
-  for (std::string word; words >> word;) {
+  for (const std::string& word : words) {
     if (word == "--wait") {
       arguments.wait = true;
     } else {
@@ -251,6 +250,13 @@ Arguments ReadArguments(const std::string& text) {
     }
   }
   return arguments;
+}
+
+Arguments ReadArguments(const std::string& text) {
+  std::istringstream stream(text);
+  std::vector<std::string> words;
+  for (std::string word; stream >> word;) words.push_back(word);
+  return ArgumentsOf(words);
 }
 
 std::span<const Operation> Operations() {

@@ -22,7 +22,9 @@ struct Arguments {
   bool wait = false;  ///< For the acknowledgement; the reset alone knows it.
 };
 
-/// The words of a text, but for "--wait".
+/// These words, but for "--wait".
+Arguments ArgumentsOf(const std::vector<std::string>& words);
+/// The words of a text, likewise.
 Arguments ReadArguments(const std::string& text);
 
 class ArgumentReader;

@@ -1,6 +1,5 @@
 #include "gpsengine/face/receiver.h"
 
-#include <algorithm>
 #include <mutex>
 #include <system_error>
 #include <utility>
@@ -29,23 +28,12 @@ class Signal {
   Signal(const Signal&) = delete;
   Signal& operator=(const Signal&) = delete;
   void Set() const { SetEvent(handle_); }
+  bool IsSet() const { return WaitForSingleObject(handle_, 0) == WAIT_OBJECT_0; }
   HANDLE Handle() const { return handle_; }
 
  private:
   const HANDLE handle_;
 };
-
-Arguments ArgumentsOf(const std::vector<std::string>& words) {
-  Arguments arguments;
-  for (const std::string& word : words) {
-    if (word == "--wait") {
-      arguments.wait = true;
-    } else {
-      arguments.words.push_back(word);
-    }
-  }
-  return arguments;
-}
 
 std::string NameOfLine(const ReceiverOptions& options) {
   return options.port.empty() ? "the line" : options.port;
@@ -73,6 +61,8 @@ class Receiver::Live {
   void Start(const std::stop_token& stop);
   void Pump();
   void End();
+  bool IsGone() const { return gone_->IsSet(); }
+  Error Lost() const;
   Error NotOpened() const;
 
   const EngineUse use_;
@@ -158,18 +148,25 @@ Error Receiver::Live::NotOpened() const {
 
 // The window belongs to this thread.
 void Receiver::Live::Pump() {
-  MessageWindow window(engine_, [this](Record&& record) { inbox_->Put(std::move(record)); });
+  MessageWindow window(engine_, false, [this](Record&& record) { inbox_->Put(std::move(record)); });
   window.Open();
   ready_.Set();
   const HANDLE ends[] = {over_.Handle(), gone_->Handle()};
-  while (MsgWaitForMultipleObjects(2, ends, INFINITE) == WAIT_OBJECT_0 + 2) window.Drain();
+  while (MsgWaitForMultipleObjects(2, ends, INFINITE) == WAIT_OBJECT_0 + 2) {
+    window.Drain();
+    inbox_->SetLostMessages(GetLostMessages());
+  }
   window.Drain();
   window.Finish();
-  if (WaitForSingleObject(over_.Handle(), 0) == WAIT_OBJECT_0) return inbox_->End({});
-  inbox_->End(Error(ErrorCode::port_lost,
-                    "the port " + NameOfLine(options_) +
-                        " was lost: it was unplugged, or the other side hung up. Plug it in again and start "
-                        "once more"));
+  if (!IsGone()) return inbox_->End({});
+  inbox_->End(Lost());
+}
+
+Error Receiver::Live::Lost() const {
+  return Error(ErrorCode::port_lost,
+               "the port " + NameOfLine(options_) +
+                   " was lost: it was unplugged, or the other side hung up. Plug it in again and start once "
+                   "more");
 }
 
 void Receiver::Live::End() {
@@ -188,15 +185,12 @@ void Receiver::Live::Command(const std::string& name, const std::vector<std::str
   const std::lock_guard lock(calls_);
   const Operation& operation = FindOperation(name);
   const Arguments arguments = ArgumentsOf(words);
-  const Action action = Prepare(operation, arguments, receiver_);
-  CheckOffer(operation, receiver_);
-  const auto& offers = OffersOf(FindModel(options_.model));
-  const auto is_it = [&](const Offer& offer) { return offer.operation == &operation; };
-  if (std::none_of(offers.begin(), offers.end(), is_it)) throw NothingSent(operation, arguments, Model());
+  const Action action = PrepareOffered(operation, arguments, receiver_);
   if (operation.kind == Operation::Kind::starts || operation.kind == Operation::Kind::ends) {
     throw Error(ErrorCode::refused,
                 name + " is what making a gps::Receiver and letting it go do by themselves");
   }
+  if (IsGone()) throw Lost();
   const StopClock clock(stop);
   const Result result = action(receiver_);
   if (stop.stop_requested()) {

@@ -16,11 +16,12 @@ namespace gps {
 /// Which receiver, and how it is read.
 struct ReceiverOptions {
   std::string model = "Other";  ///< Its model as `gpsengine models` lists them, in any case of the letters.
-  std::string port;             ///< Its device: "/dev/ttyUSB0".
-  SerialLineFactory line;  ///< A line of your own in place of a device: a network connection, a simulation.
-  int baud = 0;            ///< Bits a second; 0: the rate that is kept for the model, or else its usual one.
+  std::string port = {};        ///< Its device: "/dev/ttyUSB0".
+  SerialLineFactory line =
+      {};        ///< A line of your own in place of a device: a network connection, a simulation.
+  int baud = 0;  ///< Bits a second; 0: the rate that is kept for the model, or else its usual one.
   double antenna_height = 0.0;  ///< Metres that the antenna stands above the point, taken off every height.
-  std::string record;           ///< A file into which every byte of the port goes as well; empty for none.
+  std::string record = {};      ///< A file into which every byte of the port goes as well; empty for none.
 };
 
 /// A receiver at the end of a line. It is read by threads of its own from the constructor on; what it tells

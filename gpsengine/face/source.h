@@ -52,6 +52,7 @@ class Stream {
 template <class T>
 class Range {
  public:
+  Range() = default;  ///< Of nothing.
   /// A range over a source's records.
   Range(std::shared_ptr<Stream> stream, Wait wait) : stream_(std::move(stream)), wait_(std::move(wait)) {
     stream_->Want(kAlternative);
@@ -84,7 +85,7 @@ class Range {
  private:
   static constexpr std::size_t kAlternative = AlternativeOf<T>();
 
-  bool Advance() { return stream_->Next(kAlternative, record_, wait_); }
+  bool Advance() { return stream_ != nullptr && stream_->Next(kAlternative, record_, wait_); }
   const T& Current() const {
     if constexpr (std::is_same_v<T, Record>) {
       return record_;
