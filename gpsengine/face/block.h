@@ -14,11 +14,12 @@ namespace gps {
 /// A block that the library has handed on as words, and what it holds. That is null where it holds no such
 /// thing, or cannot be read.
 struct Block {
-  rawdata::BlockHead head;
-  std::size_t bytes = 0;
-  const rawdata::ObservationEpoch* epoch = nullptr;
-  const rawdata::BroadcastEphemeris* ephemeris = nullptr;
+  rawdata::BlockHead head;                                 ///< Which block it is.
+  std::size_t bytes = 0;                                   ///< Its length.
+  const rawdata::ObservationEpoch* epoch = nullptr;        ///< Measurements.
+  const rawdata::BroadcastEphemeris* ephemeris = nullptr;  ///< An ephemeris.
 
+  /// It holds one of them.
   bool IsRead() const { return epoch != nullptr || ephemeris != nullptr; }
   /// What it is called: "$BIN 96", "OEM 43".
   std::string Name() const;

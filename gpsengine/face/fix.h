@@ -3,8 +3,8 @@
 #include <iosfwd>
 #include <string_view>
 
-#include "gpsengine/face/optional.h"
 #include "gpsengine/records/gpsdata.h"
+#include "gpsengine/sentences/optional.h"
 
 #pragma GCC visibility push(default)
 

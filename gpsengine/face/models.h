@@ -17,10 +17,10 @@ namespace gps {
 
 /// A capability answer: what a model says it can do.
 struct Answer {
-  const char* operation;  ///< The name of the operation that gives it.
-  const char* heading;    ///< For a column of a table.
-  const char* meaning;    ///< In words.
-  bool (*ask)(CGPSReceiver&);
+  const char* operation;       ///< The name of the operation that gives it.
+  const char* heading;         ///< For a column of a table.
+  const char* meaning;         ///< In words.
+  bool (*ask)(CGPSReceiver&);  ///< Asks a receiver for it.
 };
 
 /// All capability answers.
@@ -34,12 +34,13 @@ CGPSReceiver& FindModel(const std::string& name);
 
 /// An operation that a model has.
 struct Offer {
+  /// One call of it.
   struct Example {
-    std::string call;  ///< As a user writes it.
-    Transcript transcript;
+    std::string call;       ///< As a user writes it.
+    Transcript transcript;  ///< What that does.
   };
 
-  const Operation* operation;
+  const Operation* operation;     ///< Which one.
   std::vector<Example> examples;  ///< Those of the operation that the model takes.
 };
 

@@ -14,12 +14,13 @@ namespace gps {
 /// What an operation gives back.
 enum class Result { none, yes, no };
 
+/// An operation with its arguments.
 using Action = std::function<Result(CGPSReceiver&)>;
 
 /// What the user gives to an operation.
 struct Arguments {
-  std::vector<std::string> words;
-  bool wait = false;  ///< For the acknowledgement; the reset alone knows it.
+  std::vector<std::string> words;  ///< In order, without "--wait".
+  bool wait = false;               ///< For the acknowledgement; the reset alone knows it.
 };
 
 /// These words, but for "--wait".
@@ -31,6 +32,7 @@ class ArgumentReader;
 
 /// One operation of the interface to receivers, under the same name for every make.
 struct Operation {
+  /// What it does.
   enum class Kind {
     sets,    ///< Writes commands.
     asks,    ///< Writes a request, which a report answers.
@@ -38,14 +40,14 @@ struct Operation {
     ends     ///< What the end of a run does by itself: the line is closed behind it.
   };
 
-  const char* name;
-  const char* arguments;  ///< For the user; empty for none.
-  const char* summary;
-  Kind kind;
-  const char* answer;              ///< The capability answer that opens it; null: every model has it.
-  bool (*is_open)(CGPSReceiver&);  ///< That answer; null likewise.
-  Action (*prepare)(ArgumentReader&);
-  std::vector<Arguments> examples;  ///< Arguments to show it with, as far as the model takes them.
+  const char* name;                    ///< As a user writes it.
+  const char* arguments;               ///< For the user; empty for none.
+  const char* summary;                 ///< In words.
+  Kind kind;                           ///< What it does.
+  const char* answer;                  ///< The capability answer that opens it; null: every model has it.
+  bool (*is_open)(CGPSReceiver&);      ///< That answer; null likewise.
+  Action (*prepare)(ArgumentReader&);  ///< Reads its arguments; see Prepare.
+  std::vector<Arguments> examples;     ///< Arguments to show it with, as far as the model takes them.
   /// Throws an Error if a receiver does not take the arguments; null: every model takes the same.
   void (*check)(CGPSReceiver&, const Arguments&) = nullptr;
 };

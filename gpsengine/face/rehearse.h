@@ -13,8 +13,8 @@ namespace gps {
 
 /// What an operation writes and waits for, found without a receiver and in no time.
 struct Transcript {
-  std::vector<CRehearsal::Step> steps;
-  Result result = Result::none;
+  std::vector<CRehearsal::Step> steps;  ///< In order.
+  Result result = Result::none;         ///< What it gives back.
 
   /// Milliseconds that the operation blocks its caller for, at most.
   long long Time() const;

@@ -120,10 +120,14 @@ class Source {
   }
 
  protected:
+  /// Of such records.
   explicit Source(std::shared_ptr<Stream> stream) : stream_(std::move(stream)) {}
   ~Source() = default;
+  /// Moves with what it is a part of.
+  ///@{
   Source(Source&&) = default;
   Source& operator=(Source&&) = default;
+  ///@}
 
  private:
   std::shared_ptr<Stream> stream_;

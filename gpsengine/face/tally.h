@@ -8,7 +8,12 @@ namespace gps {
 
 /// What the library has counted in a run.
 struct Tally {
-  long long messages = 0, sentences = 0, checksum_errors = 0, binary = 0, bad_binary = 0, dropped = 0;
+  long long messages = 0;         ///< Framed.
+  long long sentences = 0;        ///< Whose tag is known.
+  long long checksum_errors = 0;  ///< Of them.
+  long long binary = 0;           ///< Binary messages.
+  long long bad_binary = 0;       ///< Of them, those that were damaged.
+  long long dropped = 0;          ///< Times the stream was discarded.
 
   /// Messages that were well-formed and known.
   long long Good() const { return sentences - checksum_errors + binary; }

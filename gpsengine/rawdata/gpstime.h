@@ -6,6 +6,7 @@
 
 namespace gps {
 
+/// Of a week.
 constexpr double kSecondsOfWeek = 604800.0;
 /// What satellites count to before they begin anew.
 constexpr int kWeeksOfRound = 1024;
@@ -22,8 +23,10 @@ struct GpsTime {
 };
 
 /// Without the leap seconds between UTC and GPS time, which do not count where the week is what matters.
+///@{
 GpsTime GpsTimeOf(Time moment);
 Time MomentOf(const GpsTime& time);
+///@}
 
 /// Satellites broadcast the week's lowest ten bits alone, which began anew in 1999 and 2019 and will in 2038.
 /// Gives such a week its high bits so that it comes as near to `pivot` as may be, which is within 512 weeks.
@@ -38,8 +41,11 @@ GpsTime Near(int week, double seconds, double told_at_seconds);
 
 /// A date and time of day, in GPS time.
 struct Calendar {
+  /// Numbers from 1 on but for hour, minute and second.
+  ///@{
   int year, month, day, hour, minute;
   double second;
+  ///@}
 };
 
 /// With the seconds rounded to so many decimals, which carries over into the minute if need be.

@@ -14,9 +14,10 @@ enum class Gnss { unknown = -1, gps, sbas, galileo, beidou, imes, qzss, glonass,
 
 /// A satellite by its system and its number in it. Of an unknown system the number is the sentence's own.
 struct SatelliteId {
-  Gnss system = Gnss::unknown;
-  int number = 0;
+  Gnss system = Gnss::unknown;  ///< Its system.
+  int number = 0;               ///< From 1 on; PRN or slot.
 
+  /// By system, then by number.
   auto operator<=>(const SatelliteId&) const = default;
   /// One number for all systems: gpsd's.
   int Prn() const;
@@ -26,9 +27,10 @@ struct SatelliteId {
   std::string Name() const;
 };
 
+/// What is known of a system.
 struct Constellation {
-  Gnss system;
-  std::string_view name;
+  Gnss system;               ///< Which one.
+  std::string_view name;     ///< "GPS", "Galileo" …
   char letter;               ///< In RINEX.
   std::string_view talker;   ///< In sentences about it alone.
   std::string_view talker2;  ///< Another one that receivers have for it.
@@ -41,8 +43,10 @@ struct Constellation {
 /// Null for an unknown system.
 const Constellation* FindConstellation(Gnss system);
 /// What the talker of a sentence or the system id of a GSA says; unknown if they say nothing.
+///@{
 Gnss SystemOfTalker(std::string_view talker);
 Gnss SystemOfId(int system_id);
+///@}
 
 /// The satellite behind a number of a sentence, of which `said` is the system if the sentence has said one.
 /// A number tells its system by its range, too.

@@ -15,6 +15,7 @@ class Fields {
   /// or with more fields than any has, is none.
   explicit Fields(std::string_view line);
 
+  /// Whether it is one.
   explicit operator bool() const { return size_ > 0; }
   /// Who speaks: "GP", "GN", … Empty for a tag that is not of the standard's length.
   std::string_view Talker() const { return tag_.substr(0, 2); }

@@ -14,8 +14,13 @@ struct PositionError {
   std::optional<double> time_of_day;  ///< Seconds.
   std::optional<double> ranges;       ///< The residuals of the ranges.
   /// The ellipse of the error, and the degrees from north of its longer axis.
+  ///@{
   std::optional<double> major, minor, orientation;
+  ///@}
+  /// To the north, to the east and upwards.
+  ///@{
   std::optional<double> latitude, longitude, height;
+  ///@}
 };
 
 /// None for another sentence.

@@ -11,7 +11,10 @@ namespace gps {
 /// What a GGA or GNS sentence says behind its height, which records do not carry.
 struct PositionTail {
   std::optional<double> separation;  ///< Metres that the geoid lies above the ellipsoid.
-  std::string age, station;          ///< Of the corrections, as they stand there.
+  /// Of the corrections, as they stand there.
+  ///@{
+  std::string age, station;
+  ///@}
 };
 
 /// None for another sentence, or a broken one.

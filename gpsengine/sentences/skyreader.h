@@ -21,6 +21,7 @@ class SkyReader {
   /// There are no more lines. True if Latest is new with what was left.
   bool Finish() { return EndEpoch(); }
 
+  /// The last sky that was whole.
   const Sky& Latest() const { return sky_; }
   /// Whether a whole group of satellites came with the last lines that told a time, some dozens of them.
   bool HasGroups() const { return patience_ > 0; }
