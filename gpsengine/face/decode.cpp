@@ -132,7 +132,7 @@ Recording::Play::Play(Reader read, const DecodeOptions& options)
   receiver.CGPSReceiver::Initialize();
   piece_ = ends_.Mend(read_());
   if (options.date) window_.SetReference(*options.date + kDay / 2);
-  Date(piece_);  // it may have its date some way behind its first fix
+  Date(piece_);  // it may tell its date some way after its first fix
   if (options.speed > 0.0) pacer_.emplace(options.speed, piece_, receiver.GetCurrentBaudrate());
 }
 

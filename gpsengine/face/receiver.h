@@ -17,8 +17,7 @@ namespace gps {
 struct ReceiverOptions {
   std::string model = "Other";  ///< Its model as `gpsengine models` lists them, in any case of the letters.
   std::string port = {};        ///< Its device: "/dev/ttyUSB0".
-  SerialLineFactory line =
-      {};        ///< A line of your own in place of a device: a network connection, a simulation.
+  SerialLineFactory line = {};  ///< A line of your own in place of a device: a network connection, say.
   int baud = 0;  ///< Bits a second; 0: the rate that is kept for the model, or else its usual one.
   double antenna_height = 0.0;  ///< Metres that the antenna stands above the point, taken off every height.
   std::string record = {};      ///< A file into which every byte of the port goes as well; empty for none.
@@ -51,7 +50,7 @@ class Receiver : public Source {
   /// For an event loop: a descriptor that is readable while records wait, or once the line is lost. It
   /// belongs to the receiver. Call drain then.
   int descriptor() const;
-  /// Calls back with each record that has come, on this thread, without waiting. Throws an Error behind the
+  /// Calls back with each record that has come, on this thread, without waiting. Throws an Error after the
   /// last record of a line that is lost.
   void drain(const std::function<void(const Record&)>& call);
 

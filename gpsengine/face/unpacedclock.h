@@ -7,7 +7,7 @@
 namespace gps {
 
 /// Time without pauses for the calling thread, as long as it lives. The decoders pace a receiver here and
-/// there, and behind a recording there is none.
+/// there, and a recording has none.
 class UnpacedClock : public Clock {
  public:
   UnpacedClock() : before_(SetClock(this)) {}

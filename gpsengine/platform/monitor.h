@@ -7,7 +7,7 @@
 #include <stop_token>
 #include <utility>
 
-/// A lock, and waits for what others change behind it.
+/// A lock, and waits for what others change under it.
 class Monitor {
  public:
   using Lock = std::unique_lock<std::mutex>;
