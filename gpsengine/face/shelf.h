@@ -70,8 +70,10 @@ class Shelf {
     return fix == nullptr || (fix->valid && !fix->repeats);
   }
   bool IsUnread(std::uint64_t number) const {
-    const std::size_t kind = records_[number % kMost].index();
-    return (wanted_[kind] && next_[kind] <= number) || (wanted_[kKinds] && next_[kKinds] <= number);
+    const Record& record = records_[number % kMost];
+    const std::size_t kind = record.index();
+    return (wanted_[kind] && next_[kind] <= number && IsFor(kind, record)) ||
+           (wanted_[kKinds] && next_[kKinds] <= number);
   }
 
   std::vector<Record> records_;                   // number n at n % kMost
