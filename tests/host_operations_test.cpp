@@ -171,7 +171,7 @@ TEST_F(HostOperations, BringAReceiverToSendRawDataAndPutBackWhatWasThere) {
   const std::pair<const char*, double> refused[] = {
       {"Trimble", 0.0}, {"CSI - MAX", 0.3}, {"GSR2650 LB", 0.5}, {"Ashtech", 0.1}};
   for (const auto& [model, interval] : refused)
-    EXPECT_THROW(RawOutput(FindModel(model), interval), Failure) << model;
+    EXPECT_THROW(RawOutput(FindModel(model), interval), gps::Error) << model;
 }
 
 TEST_F(HostOperations, SayWhyALogOfRawDataIsEmptyByTheModel) {

@@ -222,7 +222,7 @@ TEST(Config, IsWhatWasRememberedSetOrForgotten) {
   testing::internal::CaptureStderr();
   host::SetConfig("port", "/dev/ttyX8");
   EXPECT_TRUE(Has(testing::internal::GetCapturedStderr(), "there is no /dev/ttyX8 now"));
-  EXPECT_THROW(host::SetConfig("model", "Nobody's"), host::Failure);
+  EXPECT_THROW(host::SetConfig("model", "Nobody's"), gps::Error);
   EXPECT_EQ(host::ConfigAsJson(host::ReadConfig()),
             R"({"file":")" + system.Dev("host.ini") +
                 R"(","port":"/dev/ttyX8","model":"Trimble","baud":{"SiRF":57600}})"

@@ -221,7 +221,7 @@ void Session::Reopen() {
   receiver_.ResetSpeedEngine();
   try {
     if (!Open()) engine_.Stop();  // to be tried again, unless that was the end of the run
-  } catch (const Failure& failure) {
+  } catch (const gps::Error& failure) {
     Complain(failure.what());
   }
   if (!engine_.IsActive()) return reconnect_->Begin(feed_->StablePath(), true);
