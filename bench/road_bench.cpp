@@ -12,6 +12,8 @@
 #include "bench/corpus.h"
 #include "bench/host.h"
 #include "bench/processortime.h"
+#include "gpsengine/face/messagewindow.h"
+#include "gpsengine/face/shelf.h"
 #include "gpsengine/rawdata/rawdata.h"
 #include "simulator/simulator.h"
 
@@ -167,6 +169,36 @@ void BM_WholeRoadWithGarbage(benchmark::State& state) {
   }
   Measure(state, Lines().size(), [&] { FeedEngine(engine, host.window, bytes, kChunk); });
 }
+
+// A published record as a host takes and frees it, and the same as the face in plain C++ makes a fix of it,
+// shelves that and gives it out: the difference is what a fix costs beside its record.
+void BM_Record(benchmark::State& state, bool face) {
+  CWinApp app("gpsengine-bench");
+  CGPSEngine engine;
+  CGPSData data;
+  data.m_bPositionValid = data.m_bVelocityValid = data.m_bDOPValid = true;
+  data.m_nSignalType = UDF_SIGNAL_GPS;
+  data.m_dLatitude = 0.8, data.m_dLongitude = 0.2, data.m_dAltitude = 400.0, data.m_dHDOP = 1.0;
+  data.m_dSpeed = 12.0, data.m_dHeading = 1.0;
+  gps::Shelf shelf;
+  shelf.Want(0);
+  gps::Record record;
+  gps::MessageWindow window(engine, true, [&](gps::Record&& fix) { shelf.Put(std::move(fix)); });
+  window.WantSkies(false);
+  bench::Window host;
+  CWnd& taker = face ? static_cast<CWnd&>(window) : host;
+  constexpr int kRecords = 40'000;
+  Measure(state, kRecords, [&] {
+    for (int i = 0; i < kRecords; ++i) {
+      data.m_dTimeOfDay = i;
+      taker.WindowProc(WM_GPS_NEW_DATA, reinterpret_cast<WPARAM>(new CGPSData(data)), 0);
+      if (i % 8 != 7) continue;
+      while (shelf.Take(0, record)) benchmark::DoNotOptimize(record);
+    }
+  });
+}
+BENCHMARK_CAPTURE(BM_Record, freed, false)->UseManualTime();
+BENCHMARK_CAPTURE(BM_Record, fix, true)->UseManualTime();
 
 // A block of raw data, by the satellite: "ns" is that of one.
 void BM_RawData(benchmark::State& state, const char* pszModel, const char* pszCommand) {

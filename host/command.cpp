@@ -6,13 +6,14 @@
 #include <utility>
 #include <vector>
 
-#include "host/commands/models.h"
+#include "gpsengine/face/models.h"
+#include "gpsengine/face/rehearse.h"
+#include "gpsengine/text/words.h"
 #include "host/commands/outcome.h"
-#include "host/commands/rehearse.h"
 #include "host/line/port.h"
 #include "host/line/sentences.h"
 #include "host/records/textsink.h"
-#include "host/run/words.h"
+#include "host/run/face.h"
 #include "host/session/linefeed.h"
 
 namespace host {
@@ -110,13 +111,7 @@ void FailIfNothingAnswered(const CommandOptions& options, const Session& session
 /// Throws a Failure if it did not work, or tells what came of it.
 void Judge(const CommandOptions& options, const Operation& operation, Result result, const Outcome& outcome,
            const Session& session) {
-  if (result == Result::no) {
-    throw Failure(ExitCode::refused,
-                  options.operation + (options.arguments.wait
-                                           ? " was not acknowledged in time"
-                                           : " did not work: the receiver's port did not take it, or the "
-                                             "model does not take these arguments"));
-  }
+  CheckResult(operation, options.arguments, result);
   if (operation.kind == Operation::Kind::asks) FailIfNothingAnswered(options, session);
   // With a time of 0 the user wants to hear nothing.
   if (operation.kind != Operation::Kind::sets || options.listen == 0.0) return;
@@ -158,16 +153,6 @@ ExitCode PrintTranscript(const Transcript& transcript, Output& output) {
   return ExitCode::done;
 }
 
-/// Refuses what the model's capability answers do not open.
-void CheckOffer(const CommandOptions& options, const Operation& operation) {
-  CGPSReceiver& receiver = FindModel(options.model);
-  if (options.force || IsOffered(operation, receiver)) return;
-  std::vector<std::string> names;
-  for (const Offer& offer : OffersOf(receiver)) names.push_back(offer.operation->name);
-  throw Failure(ExitCode::refused, "the model " + options.model + " does not offer " + operation.name +
-                                       "; it offers " + Join(names) + ". --force sends it all the same");
-}
-
 void CheckTakesCommands(const std::string& port) {
   if (Port::Of(port)->TakesCommands()) return;
   throw Failure(ExitCode::refused,
@@ -183,14 +168,11 @@ ExitCode Command(const CommandOptions& options, const Interrupt& interrupt, Outp
   const Action action = Prepare(operation, options.arguments, FindModel(options.model));
   if (options.port.empty() && !options.dry_run)
     throw Failure(ExitCode::usage, "--port or --dry-run is needed");
-  CheckOffer(options, operation);
+  if (!options.force) CheckOffer(operation, FindModel(options.model), ". --force sends it all the same");
   const Transcript transcript = Rehearse(options.model, operation, action, !options.closed);
   if (options.dry_run) return PrintTranscript(transcript, output);
   CheckTakesCommands(options.port);
-  if (HasNoEffect(operation, transcript)) {
-    throw Failure(ExitCode::refused, "the model " + options.model + " has no " +
-                                         CallText(operation, options.arguments) + ": nothing was sent");
-  }
+  if (HasNoEffect(operation, transcript)) throw NothingSent(operation, options.arguments, options.model);
   long long time = transcript.Time();
   if (operation.kind != Operation::Kind::starts) time += StartTimeOf(FindModel(options.model));
   Outcome outcome(transcript);

@@ -3,7 +3,8 @@
 #include <optional>
 #include <string>
 
-#include "host/commands/operations.h"
+#include "gpsengine/face/operations.h"
+#include "host/run/face.h"
 #include "host/run/interrupt.h"
 #include "host/run/output.h"
 #include "host/session/session.h"

@@ -5,10 +5,11 @@
 #include <utility>
 #include <vector>
 
+#include "gpsengine/face/tally.h"
 #include "host/line/sentences.h"
 #include "host/records/gpsdsink.h"
 #include "host/records/lastposition.h"
-#include "host/records/tally.h"
+#include "host/run/face.h"
 #include "host/server/gpsdserver.h"
 #include "host/server/pagehub.h"
 #include "host/server/pageserver.h"

@@ -4,8 +4,8 @@
 
 #include <cstdlib>
 
+#include "gpsengine/link/blockguard.h"
 #include "host/decode.h"
-#include "host/line/blockguard.h"
 #include "host/run/recording.h"
 #include "tests/support/receivertest.h"
 #include "tests/support/temporaryfolder.h"

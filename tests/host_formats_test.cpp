@@ -5,15 +5,15 @@
 #include <limits>
 #include <numbers>
 
+#include "gpsengine/face/skysource.h"
+#include "gpsengine/sentences/datescan.h"
 #include "host/records/format.h"
 #include "host/records/gpsdsink.h"
 #include "host/records/jsonwriter.h"
 #include "host/records/lastposition.h"
 #include "host/records/recordsink.h"
-#include "host/records/skysource.h"
 #include "host/records/textsink.h"
 #include "host/run/progress.h"
-#include "host/sentences/datescan.h"
 #include "tests/support/receivertest.h"
 #include "tests/support/texts.h"
 
@@ -22,12 +22,17 @@ using namespace host;
 namespace {
 
 constexpr double kRadians = std::numbers::pi / 180.0;
-constexpr Moment kMidday = 1715688000000;  // 2024-05-14 12:00 UTC
+constexpr Moment kMidday{std::chrono::milliseconds(1715688000000)};  // 2024-05-14 12:00 UTC
+
+Record RecordOf(const CGPSData& data) {
+  FixReader epochs;
+  return ReadRecord(epochs, data);
+}
 
 /// A fix at 12:35:19 that moves south-west.
-CGPSData Fix() {
+CGPSData FixOf() {
   CGPSData data;
-  data.m_Time = CTime(kMidday / 1000);
+  data.m_Time = CTime(kMidday.time_since_epoch() / std::chrono::seconds(1));
   data.m_dTimeOfDay = 45319.25;
   data.m_dLatitude = 48.1173 * kRadians;
   data.m_dLongitude = -11.5 * kRadians;
@@ -44,7 +49,7 @@ CGPSData Fix() {
 
 /// The same with a table of two satellites, as the last sentence of a group leaves it.
 CGPSData Group() {
-  CGPSData data = Fix();
+  CGPSData data = FixOf();
   data.m_bPositionValid = false;
   data.m_bSatellitesComplete = data.m_bSatellitesChanged = true;
   data.m_Satellites[0] = {45.0 * kRadians, 180.0 * kRadians, 7, true, true, 41};
@@ -62,7 +67,7 @@ class Lines {
   }
   std::string Of(const CGPSData& data) {
     out_.clear();
-    shown = sink_->OnData(epochs_.Read(data));
+    shown = sink_->OnData(ReadRecord(epochs_, data));
     Show(skies_.OnData(data));
     return OfText("");
   }
@@ -83,7 +88,7 @@ class Lines {
 
   std::string out_;
   std::unique_ptr<Sink> sink_;
-  EpochReader epochs_;
+  FixReader epochs_;
   SkySource skies_;
 };
 
@@ -105,7 +110,7 @@ TEST(HostJsonWriter, WritesNumbersThatReadBackAndTextThatIsUtf8) {
 }
 
 TEST(HostText, WritesInTheUnitsAndAnglesThatAreAskedFor) {
-  CGPSData data = Fix();
+  CGPSData data = FixOf();
   data.m_dLatitude = -9.9999999999 * kRadians;
   data.m_dLongitude = 122.5125 * kRadians;
   data.m_dAltitude = 100.0;
@@ -116,7 +121,7 @@ TEST(HostText, WritesInTheUnitsAndAnglesThatAreAskedFor) {
       {Units::nautical, AngleFormat::seconds, "  10 00 00.0000S  122 30 45.0000E    328.1 ft ", " 19.4 kn"}};
   for (const auto& [units, angles, place, speed] : rows) {
     std::string out;
-    MakeSink(Format::text, out, "", Geoid::none, {units, angles, nullptr})->OnData(EpochReader().Read(data));
+    MakeSink(Format::text, out, "", Geoid::none, {units, angles, nullptr})->OnData(RecordOf(data));
     EXPECT_TRUE(Has(out, place) && Has(out, speed)) << out;
   }
 }
@@ -140,8 +145,8 @@ TEST(HostJsonWriter, RoundsFixedDecimals) {
 TEST(HostMoment, GivesATimeOfDayTheNearestDate) {
   const Moment midnight = kMidday + kDay / 2;
   std::string out;
-  for (const auto& [seconds, near] : {std::pair{86399.5, midnight + 1000},
-                                      {0.25, midnight - 1000},
+  for (const auto& [seconds, near] : {std::pair{86399.5, midnight + std::chrono::seconds(1)},
+                                      {0.25, midnight - std::chrono::seconds(1)},
                                       {0.0, kMidday},
                                       {0.0, kMidday + kDay}}) {
     AppendIso(out, DateTimeOfDay(seconds, near));
@@ -160,13 +165,14 @@ TEST(HostMoment, FindsTheDateOfARecordingHoweverItIsCut) {
   for (const std::size_t cut : {std::size_t{1}, std::size_t{13}, stream.size()}) {
     DateScan scan;
     scan.Feed(WithChecksum("$GPRMC,120001,V,,,,,,,010199,,"));
-    EXPECT_EQ(scan.Latest(), 915192001000) << "as long as there is no other";
+    EXPECT_EQ(scan.Latest(), Moment(std::chrono::milliseconds(915192001000)))
+        << "as long as there is no other";
     for (std::size_t i = 0; i < stream.size(); i += cut) scan.Feed(std::string_view(stream).substr(i, cut));
     EXPECT_EQ(scan.Latest(), kMidday) << "after a stray dollar sign";
     scan.Feed(WithChecksum("$GPRMC,120001,V,,,,,,,010199,,"));
     EXPECT_EQ(scan.Latest(), kMidday) << "a date with a fix is better than one without";
     scan.Feed(WithChecksum("$GPZDA,000001.00,15,05,1999,00,00"));
-    EXPECT_EQ(scan.Latest(), 926726401000);
+    EXPECT_EQ(scan.Latest(), Moment(std::chrono::milliseconds(926726401000)));
   }
 }
 
@@ -279,14 +285,14 @@ TEST(HostFormats, ShowWhatABlockHolds) {
 TEST(HostJsonFormat, WritesAPositionAsTpv) {
   Lines json(Format::json);
   EXPECT_EQ(
-      json.Of(Fix()),
+      json.Of(FixOf()),
       R"({"class":"TPV","device":"dev","mode":3,"time":"2024-05-14T12:35:19.250Z","status":2,"lat":48.117300000,)"
       R"("lon":-11.500000000,"altMSL":545.4000,"track":225.0000,"speed":5.000})"
       "\n");
-  CGPSData still = Fix();
+  CGPSData still = FixOf();
   still.m_dSpeed = still.m_dHeading = 0.0;
   EXPECT_FALSE(Has(json.Of(still), "track")) << "the direction east of a receiver at rest is none";
-  CGPSData none = Fix();
+  CGPSData none = FixOf();
   none.m_nSignalType = UDF_SIGNAL_NONE;
   none.m_dTimeOfDay = 0.0;
   none.m_bDOPValid = false;
@@ -296,8 +302,8 @@ TEST(HostJsonFormat, WritesAPositionAsTpv) {
 TEST(HostJsonFormat, NamesTheDeviceInUtf8) {
   std::string out;
   GpsdSink sink(out, "\u00dcberfahrt\xFF", Geoid::none);
-  const CGPSData fix = Fix();
-  sink.OnData(EpochReader().Read(fix));
+  const CGPSData fix = FixOf();
+  sink.OnData(RecordOf(fix));
   EXPECT_TRUE(Has(out, "\"device\":\"\u00dcberfahrt\uFFFD\""));
 }
 
@@ -334,7 +340,7 @@ TEST(HostJsonFormat, WritesTheErrorsOfAPosition) {
       R"({"class":"GST","device":"dev","time":"2024-05-14T12:35:19.250Z","rms":8.500,"orient":45.000,"lat":2.300,"lon":3.500})"
       "\n");
   EXPECT_EQ(json.OfText("$GNGST,123519.25,8.5,,,,2.3,3.5,4*00"), "");
-  CGPSData late = Fix();
+  CGPSData late = FixOf();
   late.m_dTimeOfDay = 86'399.0;
   json.Of(late);
   EXPECT_TRUE(Has(json.OfText(WithChecksum("$GNGST,000001,8.5,,,,,,")), "2024-05-15"));
@@ -352,27 +358,28 @@ TEST(HostJsonFormat, TellsHowOldThePositionIs) {
     return out;
   };
   EXPECT_EQ(told(), "{}");
-  EpochReader epochs;
-  CGPSData data = Fix();
-  last.Note(epochs.Read(data));
+  FixReader epochs;
+  CGPSData data = FixOf();
+  last.Note(ReadRecord(epochs, data));
   EXPECT_TRUE(last.TakeNews());
   now += std::chrono::seconds(1);
-  last.Note(epochs.Read(data));
+  last.Note(ReadRecord(epochs, data));
   EXPECT_FALSE(last.TakeNews());
   now += std::chrono::seconds(60);
   data.m_nSignalType = UDF_SIGNAL_NONE;
-  last.Note(epochs.Read(data));
+  last.Note(ReadRecord(epochs, data));
   now += std::chrono::milliseconds(500);
   const CGPSData group = Group();
-  last.Note(epochs.Read(group));
+  last.Note(ReadRecord(epochs, group));
   EXPECT_EQ(told(), R"({"fix":"no fix","fixAge":60.5,"positionAge":0.5})");
   EXPECT_TRUE(last.TakeNews());
 }
 
 TEST(HostJsonFormat, WritesTheDilutionOfAReceiverThatSendsNoSatellites) {
   Lines json(Format::json);
-  EXPECT_FALSE(Has(json.Of(Fix()), "SKY")) << "satellites may follow";
-  EXPECT_TRUE(json.Of(Fix()).ends_with("\"time\":\"2024-05-14T12:35:19.250Z\",\"hdop\":0.90,\"uSat\":8}\n"));
+  EXPECT_FALSE(Has(json.Of(FixOf()), "SKY")) << "satellites may follow";
+  EXPECT_TRUE(
+      json.Of(FixOf()).ends_with("\"time\":\"2024-05-14T12:35:19.250Z\",\"hdop\":0.90,\"uSat\":8}\n"));
 }
 
 TEST(HostFormats, ShowWhatReportsHaveNewsOf) {
@@ -411,11 +418,11 @@ TEST(HostFormats, TellARepeatedPositionModeOnce) {
 
 TEST(HostTextFormat, WritesALineAFix) {
   Lines text(Format::text);
-  EXPECT_EQ(text.Of(Fix()),
+  EXPECT_EQ(text.Of(FixOf()),
             "12:35:19.25  SBAS       48.1173000N   11.5000000W    545.4 m    8/11 satellites  HDOP 0.9   "
             "18.0 km/h  225 "
             "deg\n");
-  CGPSData none = Fix();
+  CGPSData none = FixOf();
   none.m_nSignalType = UDF_SIGNAL_NONE;
   none.m_dTimeOfDay = 0.0;
   none.m_bDOPValid = false;

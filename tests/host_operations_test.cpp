@@ -3,11 +3,11 @@
 #include <sstream>
 #include <vector>
 
+#include "gpsengine/face/models.h"
+#include "gpsengine/face/rawoutput.h"
+#include "gpsengine/face/rehearse.h"
 #include "gpsengine/platform/application.h"
-#include "host/commands/models.h"
 #include "host/commands/outcome.h"
-#include "host/commands/rawdata.h"
-#include "host/commands/rehearse.h"
 #include "host/run/failure.h"
 #include "host/session/rawoutput.h"
 #include "tests/support/texts.h"
@@ -39,8 +39,8 @@ class HostOperations : public testing::Test {
     try {
       const Operation& operation = FindOperation(words[0]);
       Prepare(operation, Arguments{{words.begin() + 1, words.end()}, wait});
-    } catch (const Failure& failure) {
-      EXPECT_EQ(failure.Code(), ExitCode::usage);
+    } catch (const gps::Error& failure) {
+      EXPECT_EQ(failure.code(), gps::ErrorCode::usage);
       return failure.what();
     }
     return "";
@@ -69,7 +69,7 @@ TEST_F(HostOperations, RefuseAnIntervalThatTheModelDoesNotHave) {
       {"CSI - MAX", "5"}, {"Sokkia Axis3", "0.5"}, {"GSR2650 LB", "0.2"}, {"CSI", "0.2"}, {"Racal", "90000"}};
   for (const auto& [model, seconds] : rows) {
     const Operation& operation = FindOperation("raw-interval");
-    EXPECT_THROW(Prepare(operation, {{seconds}}, FindModel(model)), Failure) << model;
+    EXPECT_THROW(Prepare(operation, {{seconds}}, FindModel(model)), gps::Error) << model;
     EXPECT_EQ(Steps(model, std::string("raw-interval ") + seconds), "false") << model;
   }
 }
@@ -171,7 +171,7 @@ TEST_F(HostOperations, BringAReceiverToSendRawDataAndPutBackWhatWasThere) {
   const std::pair<const char*, double> refused[] = {
       {"Trimble", 0.0}, {"CSI - MAX", 0.3}, {"GSR2650 LB", 0.5}, {"Ashtech", 0.1}};
   for (const auto& [model, interval] : refused)
-    EXPECT_THROW(RawOutput(FindModel(model), interval), Failure) << model;
+    EXPECT_THROW(RawOutput(FindModel(model), interval), gps::Error) << model;
 }
 
 TEST_F(HostOperations, SayWhyALogOfRawDataIsEmptyByTheModel) {

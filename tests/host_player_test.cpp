@@ -4,7 +4,7 @@
 #include <memory>
 
 #include "gpsengine/platform/application.h"
-#include "host/sentences/fields.h"
+#include "gpsengine/sentences/fields.h"
 #include "host/session/recordingfeed.h"
 #include "tests/support/program.h"
 #include "tests/support/receivertest.h"

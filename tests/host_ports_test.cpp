@@ -10,8 +10,8 @@
 #include <thread>
 
 #include "gpsengine/engine/gpsengine.h"
+#include "gpsengine/face/models.h"
 #include "gpsengine/platform/application.h"
-#include "host/commands/models.h"
 #include "host/line/config.h"
 #include "host/line/ports.h"
 #include "host/line/portsearch.h"
@@ -222,7 +222,7 @@ TEST(Config, IsWhatWasRememberedSetOrForgotten) {
   testing::internal::CaptureStderr();
   host::SetConfig("port", "/dev/ttyX8");
   EXPECT_TRUE(Has(testing::internal::GetCapturedStderr(), "there is no /dev/ttyX8 now"));
-  EXPECT_THROW(host::SetConfig("model", "Nobody's"), host::Failure);
+  EXPECT_THROW(host::SetConfig("model", "Nobody's"), gps::Error);
   EXPECT_EQ(host::ConfigAsJson(host::ReadConfig()),
             R"({"file":")" + system.Dev("host.ini") +
                 R"(","port":"/dev/ttyX8","model":"Trimble","baud":{"SiRF":57600}})"

@@ -110,22 +110,22 @@ TEST(FixAge, TellsOnceThatThereIsNoFixAndOnceThatThereIsOne) {
       age.Step();
     }
   };
-  host::EpochReader epochs;
+  gps::FixReader epochs;
   CGPSData fix, no_fix;
   fix.m_bPositionValid = no_fix.m_bPositionValid = true;
   fix.m_nSignalType = UDF_SIGNAL_GPS;
   no_fix.m_nSignalType = UDF_SIGNAL_NONE;
   wait(0);
   EXPECT_EQ(out, "no fix yet after 0 s: nothing comes\n");
-  age.OnData(epochs.Read(no_fix));
-  age.OnData(epochs.Read(fix));
+  age.OnData(host::ReadRecord(epochs, no_fix));
+  age.OnData(host::ReadRecord(epochs, fix));
   EXPECT_TRUE(out.ends_with("comes\na first fix after 0 s\n")) << out;
   age.Step();
-  age.OnData(epochs.Read(fix));
+  age.OnData(host::ReadRecord(epochs, fix));
   wait(1);
   EXPECT_EQ(out, "no fix for 0 s: messages come, but no position\n");
-  age.OnData(epochs.Read(fix));
-  age.OnData(epochs.Read(fix));
+  age.OnData(host::ReadRecord(epochs, fix));
+  age.OnData(host::ReadRecord(epochs, fix));
   EXPECT_TRUE(out.ends_with("position\na fix again after 0 s\n")) << out;
   EXPECT_GT(age.NextAt(), host::Deadline::Clock::now());
 }

@@ -22,13 +22,17 @@ nlohmann::json DataOf(const std::string& page) {
   return nlohmann::json::parse(page.substr(start, page.find("</script>", start) - start));
 }
 
+Moment At(long long ms) {
+  return Moment(std::chrono::milliseconds(ms));
+}
+
 /// A walk to the north at one metre a second, with a fix each second.
-void Walk(RunStatistics& run, Moment start, int seconds, int signal = UDF_SIGNAL_GPS) {
+void Walk(RunStatistics& run, long long start, int seconds, int signal = UDF_SIGNAL_GPS) {
   for (int i = 0; i < seconds; ++i) {
     PositionEpoch epoch;
-    epoch.time = start + i * 1000;
-    epoch.fix = signal != UDF_SIGNAL_NONE;
-    epoch.starts_segment = i == 0 && epoch.fix;
+    epoch.time = At(start + i * 1000);
+    epoch.valid = signal != UDF_SIGNAL_NONE;
+    epoch.starts_segment = i == 0 && epoch.valid;
     epoch.signal = signal;
     epoch.latitude = static_cast<double>(i) / 111'000.0;
     epoch.height = i == 777 ? 5000.0 : 100.0;
@@ -76,14 +80,15 @@ TEST(HostReport, KeepsTheBeginningOfALongRunAsFineAsItsEnd) {
     run.AddSatellites(sky);
   }
   EXPECT_LE(run.signals.size(), 400u);
-  Moment without_fix = 0;
+  std::chrono::milliseconds without_fix{0};
   for (const auto& span : run.signals) {
-    EXPECT_LT(span.end - span.start, 3000 * 60'000 / 100);
+    EXPECT_LT((span.end - span.start).count(), 3000 * 60'000 / 100);
     const auto part = span.mixed.find(UDF_SIGNAL_NONE);
     if (part != span.mixed.end()) without_fix += part->second;
     if (span.mixed.empty() && span.signal == UDF_SIGNAL_NONE) without_fix += span.end - span.start;
   }
-  EXPECT_NEAR(static_cast<double>(without_fix), 3000 * 60'000 / 2, 2 * 60'000.0) << "every other minute";
+  EXPECT_NEAR(static_cast<double>(without_fix.count()), 3000 * 60'000 / 2, 2 * 60'000.0)
+      << "every other minute";
   const auto& places = run.satellites.at({Gnss::galileo, 17}).places;
   EXPECT_LE(places.size(), 400u);
   for (std::size_t i = 1; i < places.size(); ++i)
@@ -156,10 +161,10 @@ TEST(HostReport, DrawsTheRunInABrowser) {
 TEST(HostReport, TellsWhereAStillReceiverStandsAndInWhichUnits) {
   RunStatistics run;
   PositionEpoch epoch;
-  epoch.fix = true;
+  epoch.valid = true;
   epoch.height = 100.0;
   for (int i = 0; i < 200; ++i) {
-    epoch.time = i * 1000;
+    epoch.time = At(i * 1000);
     epoch.signal = i < 100 ? UDF_SIGNAL_GPS : UDF_SIGNAL_RTK_FIXED;
     epoch.latitude = 47.0 + (i < 100 ? (i % 2) * 2.0 / 111'170.0 : 0.0);
     epoch.longitude = -9.0;
@@ -189,7 +194,7 @@ TEST(HostReport, TellsWhereAStillReceiverStandsAndInWhichUnits) {
   EXPECT_NEAR(data["cloud"]["cep50"], 0.5, 0.001);
   epoch.latitude = 48.0;
   for (int i = 200; i < 300; ++i) {
-    epoch.time = i * 1000;
+    epoch.time = At(i * 1000);
     run.Add(epoch);
   }
   const std::string moved = ReportPage(facts, run, Tally());
@@ -235,11 +240,11 @@ TEST(HostReport, DrawsADayAtTenHertzWithinTwoPixels) {
   for (const auto& [way, pixel] : {std::pair{&OnCircles, 400.0 / 500.0}, {&OnLanes, 4260.0 / 770.0}}) {
     RunStatistics run;
     PositionEpoch epoch;
-    epoch.fix = true;
+    epoch.valid = true;
     epoch.signal = UDF_SIGNAL_RTK_FIXED;
     for (int i = 0; i < 864'000; ++i) {
       const Way place = way(i / 10.0);
-      epoch.time = i * 100;
+      epoch.time = At(i * 100);
       epoch.starts_segment = i == 0;
       epoch.latitude = kLatitude + place.north / degree.north;
       epoch.longitude = 9.0 + place.east / degree.east;

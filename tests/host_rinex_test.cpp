@@ -11,9 +11,9 @@
 #include <sstream>
 
 #include "gpsengine/platform/application.h"
+#include "gpsengine/rawdata/gpstime.h"
 #include "host/decode.h"
 #include "host/exports/rinexlog.h"
-#include "host/records/gpstime.h"
 #include "simulator/simulator.h"
 #include "tests/support/smalldisk.h"
 #include "tests/support/temporaryfolder.h"
@@ -26,13 +26,13 @@ namespace {
 Moment Day(int year, unsigned month, unsigned day) {
   const std::chrono::year_month_day date{std::chrono::year(year), std::chrono::month(month),
                                          std::chrono::day(day)};
-  return std::chrono::sys_days(date).time_since_epoch().count() * kDay;
+  return std::chrono::sys_days(date);
 }
 
 /// An epoch with satellites 5 and 17, a satellite of another system and a measurement that is none.
 CGPSDataRaw Epoch(int week, double seconds) {
   CGPSDataRaw epoch;
-  epoch.m_Time = CTime(Day(2024, 5, 14) / 1000);
+  epoch.m_Time = CTime(Day(2024, 5, 14).time_since_epoch() / std::chrono::seconds(1));
   epoch.m_nGPSWeek = week;
   epoch.m_dReceiverTime = seconds;
   epoch.m_bPositionValid = true;

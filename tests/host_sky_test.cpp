@@ -2,12 +2,12 @@
 
 #include <string>
 
-#include "host/records/skysource.h"
-#include "host/sentences/positiontail.h"
-#include "host/sentences/skyreader.h"
+#include "gpsengine/face/skysource.h"
+#include "gpsengine/sentences/positiontail.h"
+#include "gpsengine/sentences/skyreader.h"
 #include "tests/support/receivertest.h"
 
-using namespace host;
+using namespace gps;
 
 namespace {
 

@@ -14,7 +14,7 @@ namespace {
 PositionEpoch FixAt(double east, double north, double height, int signal = UDF_SIGNAL_GPS) {
   constexpr double kEastDegree = 74'625.3536, kNorthDegree = 111'190.3226;
   PositionEpoch fix;
-  fix.fix = true;
+  fix.valid = true;
   fix.signal = signal;
   fix.latitude = 48.0 + north / kNorthDegree;
   fix.longitude = std::remainder(180.0 + east / kEastDegree, 360.0);  // on the line where the date changes

@@ -6,7 +6,7 @@
 #include <sstream>
 
 #include "gpsengine/engine/gpsengine.h"
-#include "host/commands/models.h"
+#include "gpsengine/face/models.h"
 #include "host/run/failure.h"
 #include "host/tui/commandmenu.h"
 #include "host/tui/dashboard.h"
@@ -23,7 +23,7 @@ namespace {
 
 constexpr double kRadians = std::numbers::pi / 180.0;
 
-CGPSData Fix() {
+CGPSData FixOf() {
   CGPSData data;
   data.m_dTimeOfDay = 45319.25;
   data.m_dLatitude = 48.1173 * kRadians;
@@ -73,14 +73,14 @@ class HostScreen : public testing::Test {
   }
   testing::AssertionResult Shows(const std::string& text) const { return Has(Screen(), text); }
 
-  bool Take(const CGPSData& data) { return readings_.OnData(epochs_.Read(data)); }
+  bool Take(const CGPSData& data) { return readings_.OnData(ReadRecord(epochs_, data)); }
   void Date(Moment reference) {
     readings_.SetReference(reference);
     epochs_.SetReference(reference);
   }
 
   Readings::Clock::time_point now_{};
-  EpochReader epochs_;
+  FixReader epochs_;
   Readings readings_{[this] { return now_; }};
   View view_{readings_};
 };
@@ -88,7 +88,7 @@ class HostScreen : public testing::Test {
 }  // namespace
 
 TEST_F(HostScreen, ShowsAFixAtAGlance) {
-  Take(Fix());
+  Take(FixOf());
   readings_.OnSky(InView());
   view_.model = "Trimble";
   view_.source = "/dev/ttyUSB0";
@@ -129,8 +129,8 @@ TEST_F(HostScreen, MakesRoomForManySatellites) {
 
 TEST_F(HostScreen, TellsBothHeightsAndTheDateWhereTheyAreKnown) {
   view_.is_live = false;
-  Date(1'700'000'000'000);
-  Take(Fix());
+  Date(Moment(std::chrono::seconds(1'700'000'000)));
+  Take(FixOf());
   readings_.OnString(WithChecksum("$GPGGA,123519,4807.038,N,01000.000,W,5,08,0.9,545.4,M,46.9,M,,").c_str());
   EXPECT_EQ(Row(7).substr(0, 40), "| Height MSL   545.40 m 592.30 m HAE   |");
   EXPECT_EQ(Row(8).substr(0, 40), "| Time       12:35:19 UTC  2023-11-14  |");
@@ -143,7 +143,7 @@ TEST_F(HostScreen, TellsBothHeightsAndTheDateWhereTheyAreKnown) {
 TEST_F(HostScreen, ShowsWhereAStillReceiverStands) {
   view_.survey = true;
   EXPECT_TRUE(Shows("no fix so far"));
-  CGPSData data = Fix();
+  CGPSData data = FixOf();
   for (int i = 0; i < 10; ++i) {
     data.m_dTimeOfDay += 1.0;
     data.m_dLatitude = 48.1173 * kRadians + (i % 2) * 2.0 / 6'371'000.0;
@@ -159,16 +159,16 @@ TEST_F(HostScreen, ShowsWhereAStillReceiverStands) {
 
 TEST_F(HostScreen, TellsAnOldFixFromAFreshOne) {
   EXPECT_TRUE(Shows("waiting"));
-  Take(Fix());
+  Take(FixOf());
   readings_.OnSky(InView());
   now_ += std::chrono::seconds(4);
   EXPECT_TRUE(Shows("STALE 4 s"));
   EXPECT_EQ(Styles(), std::pair(Style::dim, Style::dim)) << "satellites are as old";
-  Take(Fix());
+  Take(FixOf());
   EXPECT_EQ(Styles(), std::pair(Style::used, Style::used));
   now_ += std::chrono::seconds(9);
   EXPECT_TRUE(Shows("  age 9 s")) << "a receiver that sends every four seconds";
-  CGPSData none = Fix();
+  CGPSData none = FixOf();
   none.m_nSignalType = UDF_SIGNAL_NONE;
   none.m_dLatitude = 0.0;
   Take(none);
@@ -194,7 +194,7 @@ TEST_F(HostScreen, KeepsReportsAndSentences) {
 }
 
 TEST_F(HostScreen, FitsAnySize) {
-  Take(Fix());
+  Take(FixOf());
   for (int i = 0; i < 50; ++i) readings_.Log("a report", Style::normal);
   for (const bool sentences : {false, true}) {
     view_.sentences = sentences;

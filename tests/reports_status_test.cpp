@@ -41,7 +41,8 @@ class StatusReport : public ReceiverTest<> {
   }
   std::map<std::string, std::string> Members() const {
     std::string record;
-    host::RecordSink(record).OnData(host::EpochReader().Read(Last()));
+    gps::FixReader reader;
+    host::RecordSink(record).OnData(host::ReadRecord(reader, Last()));
     std::map<std::string, std::string> members;
     const auto parsed = nlohmann::json::parse(record);
     for (const auto& [name, value] : parsed["m_Status"].items()) members[name.substr(2)] = value.dump();

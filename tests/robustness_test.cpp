@@ -46,7 +46,8 @@ class ArrivalTest : public testing::Test {
     LRESULT WindowProc(UINT message, WPARAM wParam, LPARAM lParam) override {
       HostWindow::WindowProc(message, wParam, lParam);
       host::RecordSink sink(text);
-      if (message == WM_GPS_NEW_DATA) sink.OnData(host::EpochReader().Read(records.back()));
+      gps::FixReader reader;
+      if (message == WM_GPS_NEW_DATA) sink.OnData(host::ReadRecord(reader, records.back()));
       if (message == WM_GPS_NEW_RAW_DATA) sink.OnRawData(epochs.back());
       if (message == WM_GPS_NEW_EPHEMERIS) sink.OnEphemeris(ephemerides.back());
       if (message == WM_GPS_NEW_BIN) sink.OnBin(host::Block());

@@ -5,7 +5,7 @@
 #include <sstream>
 #include <thread>
 
-#include "host/commands/operations.h"
+#include "gpsengine/face/operations.h"
 #include "host/records/format.h"
 #include "tests/support/conversation.h"
 #include "tests/support/enginetest.h"
@@ -99,8 +99,8 @@ class Simulated : public EngineTest {
   std::string Shown() const {
     std::string shown;
     const auto sink = host::MakeSink(host::Format::json, shown, "", host::Geoid::none);
-    host::EpochReader epochs;
-    for (const CGPSData& record : window.records) sink->OnData(epochs.Read(record));
+    gps::FixReader epochs;
+    for (const CGPSData& record : window.records) sink->OnData(host::ReadRecord(epochs, record));
     return shown + heard;
   }
   void Forget() {

@@ -12,3 +12,10 @@ void CComBuffer::OnRawData(CString* pText) {
   m_strData += *pText;
   if (full) m_bPaused = m_bOverflow = true;
 }
+
+void CComBuffer::KeepCapturing(bool bWanted, bool bEmpties) {
+  const bool bStopped = m_bOverflow && m_bPaused;
+  if (bStopped || bEmpties) m_strData.Empty();
+  if (bStopped) m_bOverflow = false;
+  if (m_bPaused == bWanted) m_bPaused = !bWanted;
+}

@@ -3,7 +3,7 @@
 #include "gpsengine/rawdata/decoders.h"
 #include "gpsengine/rawdata/navigation.h"
 
-// The "$BIN" blocks. Behind tag, number and length come the data, the sum of their bytes and a line end.
+// The "$BIN" blocks. After tag, number and length come the data, the sum of their bytes and a line end.
 
 namespace rawdata {
 

@@ -65,7 +65,7 @@ bool EpochBuilder::SetTime(int week, double time_of_week) {
     --m_Epoch.week;
     m_Epoch.time_of_week += kSecondsOfWeek;
   }
-  // What is less than a nanosecond ahead of the week's end may be rounded to it.
+  // What is less than a nanosecond before the week's end may be rounded to it.
   if (m_Epoch.time_of_week >= kSecondsOfWeek) {
     ++m_Epoch.week;
     m_Epoch.time_of_week -= kSecondsOfWeek;

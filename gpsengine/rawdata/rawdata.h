@@ -42,17 +42,17 @@ struct SignalObservation {
   int satellite = 0;  ///< As RINEX has it: PRN or slot, SBAS less 100, QZSS less 192.
   char code[3] = "";  ///< Band and attribute of RINEX 3.04, as "1C".
   double pseudorange = 0.0;    ///< Metres, 1e6 up to 1e8.
-  double carrier_phase = 0.0;  ///< Cycles, which grow with the range; ahead of it by any constant.
+  double carrier_phase = 0.0;  ///< Cycles, which grow with the range, and differ from it by any constant.
   double doppler = 0.0;        ///< Hertz, positive on approach.
   double cn0 = 0.0;            ///< dB-Hz.
-  bool slip = true;         ///< The phase is not known to go on from the epoch before: count its cycles anew.
-  bool half_cycle = false;  ///< The phase may be off by half a cycle.
+  bool slip = true;  ///< The phase is not known to go on from the epoch before: a new ambiguity begins.
+  bool half_cycle = false;             ///< The phase may be off by half a cycle.
   std::optional<int> glonass_channel;  ///< Frequency number, -7 up to 6, where the receiver tells it.
 };
 
 /// What a receiver measured at one reading of its clock.
 struct ObservationEpoch {
-  int week = 0;               ///< GPS week, as the receiver tells it: old ones begin anew after 1,024 weeks.
+  int week = 0;               ///< GPS week, as the receiver tells it: old ones begin again after 1,024 weeks.
   double time_of_week = 0.0;  ///< GPS seconds, 0 up to 604800.
   std::vector<SignalObservation> signals;  ///< In the receiver's order, each signal once.
 };

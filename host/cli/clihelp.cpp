@@ -1,6 +1,7 @@
 #include "host/cli/clihelp.h"
 
-#include "host/run/words.h"
+#include "gpsengine/text/words.h"
+#include "host/run/face.h"
 
 namespace host {
 

@@ -5,10 +5,11 @@
 #include <sstream>
 
 #include "gpsengine/engine/gpsengine.h"
+#include "gpsengine/face/models.h"
+#include "gpsengine/face/operations.h"
+#include "gpsengine/text/words.h"
 #include "host/cli/clihelp.h"
-#include "host/commands/models.h"
-#include "host/commands/operations.h"
-#include "host/run/words.h"
+#include "host/run/face.h"
 
 namespace host {
 
@@ -57,7 +58,7 @@ Words PortWords(const std::string& begun) {
   Words words = {"auto\tlook for a receiver",
                  "last\tthe port and model of the last run",
                  "tcp://\tbytes over the network",
-                 "rfc2217://\ta serial line behind telnet",
+                 "rfc2217://\ta serial line over telnet",
                  "udp://\tdatagrams sent here",
                  "gpsd://\ta gpsd server's raw stream",
                  "-\tstandard input"};

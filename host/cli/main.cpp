@@ -44,9 +44,9 @@ int RunCommandLine(int argc, char** argv) {
     return static_cast<int>(Perform(job));
   } catch (const CLI::ParseError& error) {
     return TellParseError(app, error);
-  } catch (const Failure& failure) {
+  } catch (const gps::Error& failure) {
     Complain(failure.what());
-    return static_cast<int>(failure.Code());
+    return static_cast<int>(failure.code());
   } catch (const std::exception& error) {
     Complain(error.what());
     return static_cast<int>(ExitCode::failed);

@@ -2,8 +2,9 @@
 #include <cctype>
 #include <string_view>
 
+#include "gpsengine/text/words.h"
 #include "host/cli/clihelp.h"
-#include "host/run/words.h"
+#include "host/run/face.h"
 
 namespace host {
 

@@ -1,7 +1,8 @@
-#include "host/commands/models.h"
+#include "gpsengine/face/models.h"
 #include "host/cli/commands.h"
 #include "host/cli/options.h"
 #include "host/commands/modellists.h"
+#include "host/run/face.h"
 
 namespace host {
 

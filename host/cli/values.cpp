@@ -8,10 +8,11 @@
 #include <type_traits>
 
 #include "gpsengine/engine/gpsengine.h"
-#include "host/commands/models.h"
+#include "gpsengine/face/models.h"
+#include "gpsengine/text/words.h"
 #include "host/line/portsearch.h"
+#include "host/run/face.h"
 #include "host/run/failure.h"
-#include "host/run/words.h"
 #include "host/session/recordingfeed.h"
 
 namespace host {
@@ -99,7 +100,7 @@ CLI::Validator AModel() {
         try {
           word = FindModel(word).GetName().ToUtf8();
           return "";
-        } catch (const Failure& failure) {
+        } catch (const gps::Error& failure) {
           return failure.what();
         }
       },
@@ -128,7 +129,7 @@ Moment MomentOfDate(const std::string& date) {
   if (!text || !text.eof() || dash1 != '-' || dash2 != '-' || month < 0 || day < 0 || !ymd.ok()) {
     throw CLI::ValidationError("--date", date + " is no date such as 2024-05-14");
   }
-  return std::chrono::sys_days(ymd).time_since_epoch().count() * kDay + kDay / 2;
+  return std::chrono::sys_days(ymd) + kDay / 2;
 }
 
 int TellParseError(const CLI::App& app, const CLI::ParseError& error) {

@@ -4,7 +4,8 @@
 #include <limits>
 #include <string>
 
-#include "host/sentences/moment.h"
+#include "gpsengine/sentences/moment.h"
+#include "host/run/face.h"
 
 namespace host {
 

@@ -3,9 +3,10 @@
 #include <algorithm>
 #include <map>
 
-#include "host/commands/models.h"
+#include "gpsengine/face/models.h"
+#include "gpsengine/text/words.h"
 #include "host/records/jsonwriter.h"
-#include "host/run/words.h"
+#include "host/run/face.h"
 
 namespace host {
 

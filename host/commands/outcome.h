@@ -3,7 +3,8 @@
 #include <string>
 #include <string_view>
 
-#include "host/commands/rehearse.h"
+#include "gpsengine/face/rehearse.h"
+#include "host/run/face.h"
 
 namespace host {
 

@@ -23,13 +23,13 @@ class CsvExport : public GrowingExport {
   }
 
   void OnEpoch(const PositionEpoch& epoch) override {
-    if (!epoch.fix) return;
+    if (!epoch.valid) return;
     std::string& out = Text();
     AppendIso(out, *epoch.time);
     Append(epoch.latitude, 9);
     Append(epoch.longitude, 9);
     Append(epoch.height, 3);
-    (out += ',') += FixKindOf(epoch.signal).name;
+    (out += ',') += NameOfSignal(epoch.signal);
     Append(epoch.segment, 0);
     Append(epoch.used, 0);
     Append(epoch.in_view, 0);

@@ -3,11 +3,12 @@
 #include <memory>
 #include <string>
 
+#include "gpsengine/face/tally.h"
+#include "gpsengine/sentences/sky.h"
 #include "host/exports/exportfile.h"
 #include "host/records/display.h"
 #include "host/records/epoch.h"
-#include "host/records/tally.h"
-#include "host/sentences/sky.h"
+#include "host/run/face.h"
 
 namespace host {
 

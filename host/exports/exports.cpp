@@ -123,7 +123,7 @@ void Exports::Tell(const std::optional<PositionTail>& tail) {
   }
   ResolveHeights(epoch, tail.has_value());
   CountSatellites(epoch);
-  if (epoch.fix) Place(epoch);
+  if (epoch.valid) Place(epoch);
   epoch.undated = !recording_.empty() && !dated_;
   undated_ = undated_ || epoch.undated;
   for (const auto& file : exports_) file->OnEpoch(epoch);
@@ -144,7 +144,7 @@ void Exports::Place(PositionEpoch& epoch) {
 
 /// The library has applied the separation that the sentence states, if it states one.
 void Exports::ResolveHeights(PositionEpoch& epoch, bool has_sentence) {
-  if (!epoch.fix || geoid_ == Geoid::none) return;
+  if (!epoch.valid || geoid_ == Geoid::none) return;
   if (const auto& separation = epoch.tail.separation) {
     if (geoid_ == Geoid::add) *epoch.height_msl -= *separation;
     return;

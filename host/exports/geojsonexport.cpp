@@ -17,7 +17,7 @@ class GeoJsonExport : public GrowingExport {
   }
 
   void OnEpoch(const PositionEpoch& epoch) override {
-    if (!epoch.fix) return;
+    if (!epoch.valid) return;
     std::string& out = Text();
     out += is_first_ ? "\n" : ",\n";
     is_first_ = false;
@@ -61,7 +61,7 @@ class GeoJsonExport : public GrowingExport {
     };
     known("height_msl_m", epoch.height_msl, 3);
     known("height_hae_m", HeightOf(epoch), 3);
-    json.Member("fix", FixKindOf(epoch.signal).name);
+    json.Member("fix", NameOfSignal(epoch.signal));
     json.Member("segment", epoch.segment);
     json.Member("used", epoch.used);
     json.Member("in_view", epoch.in_view);

@@ -43,7 +43,7 @@ class GpxExport : public GrowingExport {
 
   // The order of the elements is the schema's.
   void OnEpoch(const PositionEpoch& epoch) override {
-    if (!epoch.fix) return;
+    if (!epoch.valid) return;
     std::string& out = Text();
     if (epoch.starts_segment) {
       if (std::exchange(in_segment_, true)) out += kGpxSegmentEnd;

@@ -33,7 +33,7 @@ class KmlExport : public GrowingExport {
   }
 
   void OnEpoch(const PositionEpoch& epoch) override {
-    if (!epoch.fix) return;
+    if (!epoch.valid) return;
     if (epoch.starts_segment) {
       EndSegment();
       BeginSegment();

@@ -53,7 +53,7 @@ class Sentence {
     return *this;
   }
   Sentence& TimeOfDay(Moment time) {
-    const Moment ms = (time % kDay + kDay) % kDay;
+    const auto ms = (time - std::chrono::floor<std::chrono::days>(time)).count();
     Digits(ms / 3'600'000 * 10'000 + ms / 60'000 % 60 * 100 + ms / 1000 % 60, 6);
     out_ += '.';
     AppendDigits(out_, ms % 1000, 3);
@@ -70,7 +70,7 @@ class Sentence {
     return Letter(degrees < 0.0 ? negative : positive);
   }
   Sentence& Position(const PositionEpoch& epoch) {
-    if (!epoch.fix) return Text(",,,");
+    if (!epoch.valid) return Text(",,,");
     return Angle(epoch.latitude, 2, 'N', 'S').Angle(epoch.longitude, 3, 'E', 'W');
   }
 
@@ -104,15 +104,15 @@ class NmeaExport : public GrowingExport {
     Sentence gga(Text(), "GPGGA");
     gga.TimeOfDay(*epoch.time).Position(epoch).Letter(FixKindOf(epoch.signal).gga);
     gga.Digits(std::clamp(epoch.used, 0, 99), 2).Number(epoch.hdop, 2);
-    const std::optional<double> none;
-    gga.Number(epoch.fix ? epoch.height_msl : none, 3).Text("M");
-    gga.Number(epoch.fix ? epoch.tail.separation : none, 3).Text("M");
+    const PositionEpoch none;
+    const PositionEpoch& heights = epoch.valid ? epoch : none;
+    gga.Number(heights.height_msl, 3).Text("M").Number(heights.tail.separation, 3).Text("M");
     gga.Text(epoch.tail.age).Text(epoch.tail.station);
   }
 
   void AppendRmc(const PositionEpoch& epoch) {
     Sentence rmc(Text(), "GPRMC");
-    rmc.TimeOfDay(*epoch.time).Letter(epoch.fix ? 'A' : 'V').Position(epoch);
+    rmc.TimeOfDay(*epoch.time).Letter(epoch.valid ? 'A' : 'V').Position(epoch);
     rmc.Number(epoch.speed ? std::optional(*epoch.speed * kKnots.per_metre) : std::nullopt, 3)
         .Number(epoch.course, 2);
     AppendDate(rmc, *epoch.time);
@@ -154,7 +154,7 @@ class NmeaExport : public GrowingExport {
   void AppendGsa(const PositionEpoch& epoch, std::span<const Satellite* const> used,
                  const Constellation* system) {
     Sentence gsa(Text(), system != nullptr ? "GNGSA" : "GPGSA");
-    gsa.Letter('A').Letter(epoch.fix ? '3' : '1');
+    gsa.Letter('A').Letter(epoch.valid ? '3' : '1');
     for (const Satellite* satellite : used) gsa.Digits(satellite->id.SentenceNumber(), 2);
     for (auto fields = used.size(); fields < kSatelliteSlots; ++fields) gsa.Empty();
     gsa.Number(epoch.pdop, 2).Number(epoch.hdop, 2).Number(epoch.vdop, 2);

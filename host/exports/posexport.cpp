@@ -15,7 +15,7 @@ class PosExport : public GrowingExport {
   explicit PosExport(const ExportPath& path) : GrowingExport(path) {}
 
   void OnEpoch(const PositionEpoch& epoch) override {
-    if (!epoch.fix) return;
+    if (!epoch.valid) return;
     if (epoch.tail.separation) separation_ = epoch.tail.separation;
     if (!has_head_) AppendHead(separation_.has_value());
     std::string iso = IsoText(*epoch.time);

@@ -40,7 +40,7 @@ class KindsOfRun {
   Json Names() const {
     Json names = Json::array();
     for (const int signal : signals_)
-      names.push_back({{"style", FixKindOf(signal).style}, {"name", FixKindOf(signal).name}});
+      names.push_back({{"style", FixKindOf(signal).style}, {"name", NameOfSignal(signal)}});
     return names;
   }
 
@@ -82,9 +82,9 @@ Json SpansOf(const RunStatistics& run, const KindsOfRun& kinds) {
   Json spans = Json::array();
   for (const SignalSpan& span : run.signals) {
     Json parts = Json::array();
-    for (const auto& [signal, time] : span.mixed) parts.push_back({kinds.Index(signal), time});
+    for (const auto& [signal, time] : span.mixed) parts.push_back({kinds.Index(signal), time.count()});
     if (parts.empty()) parts.push_back({kinds.Index(span.signal), 1});
-    spans.push_back({span.start - *run.start, span.end - *run.start, std::move(parts)});
+    spans.push_back({(span.start - *run.start).count(), (span.end - *run.start).count(), std::move(parts)});
   }
   return spans;
 }
@@ -94,7 +94,7 @@ Json StretchesOf(const Envelope& values, Moment start, double factor) {
   Json stretches = Json::array();
   for (const auto& piece : values.Pieces()) {
     if (stretches.empty() || piece.broken) stretches.push_back(Json::array());
-    Json entry = {piece.start + (piece.end - piece.start) / 2 - start,
+    Json entry = {((piece.start - start) + (piece.end - piece.start) / 2).count(),
                   Rounded(piece.values.Mean() * factor, 3)};
     if (piece.values.count > 1) {
       entry.push_back(Rounded(piece.values.least * factor, 3));
@@ -157,7 +157,7 @@ std::string ReportData(const RunFacts& facts, const RunStatistics& run) {
   const KindsOfRun kinds(run);
   const auto unit = [](const Unit& of) { return Json{{"name", of.name}, {"perMetre", of.per_metre}}; };
   const UnitSystem& units = facts.display.System();
-  Json data = {{"start", run.start.value_or(0)},
+  Json data = {{"start", run.start.value_or(Moment()).time_since_epoch().count()},
                {"units", {{"length", unit(units.length)}, {"distance", unit(units.distance)}}},
                {"kinds", kinds.Names()},
                {"track", TrackOf(run.track, kinds)},

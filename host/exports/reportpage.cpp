@@ -88,7 +88,7 @@ class Page {
     out_ += "</dl>\n";
   }
 
-  double Seconds() const { return static_cast<double>(*run_.end - *run_.start) / 1000.0; }
+  double Seconds() const { return gps::Seconds(*run_.end - *run_.start); }
   long long Epochs() const {
     long long all = 0;
     for (const auto& entry : run_.epochs) all += entry.second;
@@ -125,12 +125,12 @@ class Page {
       Row("Epochs", Whole(Epochs()));
     }
     for (const auto& [signal, count] : run_.epochs) {
-      Row("\xE2\x80\x83" + std::string(FixKindOf(signal).name),
+      Row("\xE2\x80\x83" + std::string(NameOfSignal(signal)),
           Whole(count) + " (" + Percent(count, Epochs()) + ")");
     }
     if (!run_.first_fix) return;
     Row("Track segments", Whole(run_.segments));
-    Row("Longest time between fixes", Span(static_cast<double>(run_.longest_gap) / 1000.0));
+    Row("Longest time between fixes", Span(gps::Seconds(run_.longest_gap)));
     Row("Distance, in steps from 1 m up", Length(run_.distance, units_));
     Row("Time in motion", Span(run_.moving));
     AddPlace("Start", *run_.first_fix);

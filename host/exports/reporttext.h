@@ -2,8 +2,9 @@
 
 #include <string>
 
+#include "gpsengine/sentences/moment.h"
 #include "host/records/display.h"
-#include "host/sentences/moment.h"
+#include "host/run/face.h"
 
 namespace host {
 

@@ -5,8 +5,9 @@
 #include <string>
 #include <vector>
 
+#include "gpsengine/rawdata/gpstime.h"
 #include "gpsengine/rawdata/rawdata.h"
-#include "host/records/gpstime.h"
+#include "host/run/face.h"
 
 namespace host {
 

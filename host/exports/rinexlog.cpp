@@ -5,6 +5,7 @@
 #include <cmath>
 #include <cstdio>
 
+#include "gpsengine/face/block.h"
 #include "host/exports/rinextext.h"
 
 namespace host {
@@ -27,25 +28,6 @@ bool IsFolder(const std::string& path) {
 
 bool IsTimeOfWeek(double seconds) {
   return seconds >= 0.0 && seconds < kSecondsOfWeek;
-}
-
-/// Metres, cycles that grow with the range and hertz on approach, as the record has them. It does not say
-/// whether a phase goes on.
-SignalList SignalsOf(const CGPSDataRaw& epoch) {
-  SignalList signals;
-  for (int i = 0; i < epoch.GetNumSV(); ++i) {
-    CGPSSatelliteDataRaw satellite;
-    if (!epoch.GetSatelliteData(satellite, i) || !satellite.m_bValid || !IsGps(satellite.m_nPRN)) continue;
-    rawdata::SignalObservation& signal = signals.emplace_back();
-    signal.satellite = satellite.m_nPRN;
-    signal.code[0] = '1', signal.code[1] = 'C';
-    signal.pseudorange = satellite.m_dPseudorange;
-    signal.carrier_phase = satellite.m_dCarrierPhase;
-    signal.doppler = satellite.m_dDoppler;
-    signal.cn0 = satellite.m_nSignalCount;
-    signal.slip = false;
-  }
-  return signals;
 }
 
 std::tuple<char, int, std::string> NameOf(const rawdata::SignalObservation& signal) {

@@ -71,7 +71,7 @@ class RinexLog : public CDataLog {
 
   GpsTime TimeOf(const CGPSDataRaw& epoch) const;
   GpsTime TimeOf(const rawdata::ObservationEpoch& epoch) const;
-  Moment PivotFor(const CTime& time) const { return pivot_.value_or(time.GetTime() * 1000); }
+  Moment PivotFor(const CTime& time) const { return pivot_.value_or(MomentOf(time)); }
   bool IsDue(const GpsTime& time) const;
   bool Write(const GpsTime& time, const SignalList& signals, const RinexKind& kind);
   bool WriteHead(const GpsTime& time, const SignalList& signals, const RinexKind& kind);

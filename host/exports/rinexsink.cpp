@@ -1,7 +1,8 @@
 #include "host/exports/rinexsink.h"
 
-#include "host/commands/rawdata.h"
+#include "gpsengine/face/rawoutput.h"
 #include "host/records/units.h"
+#include "host/run/face.h"
 #include "host/run/failure.h"
 
 namespace host {

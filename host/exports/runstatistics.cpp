@@ -74,7 +74,7 @@ void RunStatistics::Add(const PositionEpoch& epoch) {
   in_view.Add(epoch.in_view);
   used.Add(*epoch.time, epoch.used, paused);
   if (epoch.strength) strength.Add(*epoch.time, *epoch.strength, paused);
-  if (epoch.fix) AddFix(epoch);
+  if (epoch.valid) AddFix(epoch);
 }
 
 void RunStatistics::AddFix(const PositionEpoch& epoch) {
@@ -88,7 +88,7 @@ void RunStatistics::AddFix(const PositionEpoch& epoch) {
   if (last_fix && epoch.time > last_fix->time) {
     longest_gap = std::max(longest_gap, *epoch.time - *last_fix->time);
     if (!epoch.starts_segment && epoch.speed.value_or(0.0) > 0.0) {
-      moving += static_cast<double>(*epoch.time - *last_fix->time) / 1000.0;
+      moving += gps::Seconds(*epoch.time - *last_fix->time);
     }
   }
   if (epoch.height) height.Add(*epoch.time, *epoch.height, epoch.starts_segment);
@@ -130,7 +130,7 @@ void RunStatistics::MergeSpans() {
   std::size_t kept = 0;
   for (std::size_t first = 0, next; first < signals.size(); first = next) {
     const Moment from = signals[first].start;
-    std::map<int, Moment> times;
+    std::map<int, std::chrono::milliseconds> times;
     for (next = first; next == first || (next < signals.size() && signals[next].end - from <= span_);
          ++next) {
       const SignalSpan& span = signals[next];

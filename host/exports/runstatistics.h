@@ -5,11 +5,12 @@
 #include <optional>
 #include <vector>
 
+#include "gpsengine/sentences/sky.h"
 #include "host/exports/plane.h"
 #include "host/exports/sketch.h"
 #include "host/records/epoch.h"
 #include "host/records/survey.h"
-#include "host/sentences/sky.h"
+#include "host/run/face.h"
 
 namespace host {
 
@@ -55,7 +56,8 @@ class Envelope {
 struct SignalSpan {
   Moment start, end;
   int signal;
-  std::map<int, Moment> mixed = {};  ///< How long each was there in a time of several; empty for one.
+  std::map<int, std::chrono::milliseconds> mixed =
+      {};  ///< How long each was there in a time of several; empty for one.
 };
 
 /// Where a satellite was seen, and how well.
@@ -83,7 +85,7 @@ struct RunStatistics {
   bool undated = false;   ///< Some epochs have the date of the day on which they were read.
   double distance = 0.0;  ///< Metres, in steps of one metre and more.
   double moving = 0.0;    ///< Seconds in which a speed was told that is not 0.
-  Moment longest_gap = 0;
+  std::chrono::milliseconds longest_gap{0};
   Envelope height, speed, used, strength;
   Range in_view, hdop, pdop, vdop;
   Sketch track;  ///< From the first fix.
@@ -97,10 +99,10 @@ struct RunStatistics {
   void AddSignal(const PositionEpoch& epoch, bool paused);
   void MergeSpans();
 
-  std::optional<Plane> plane_;           // about the first fix
-  Moment span_ = 1000;                   // what is drawn as one kind of fix
-  long long of_segment_ = 0;             // fixes of the current one
-  std::optional<PositionEpoch> anchor_;  // from which the next step of the distance is measured
+  std::optional<Plane> plane_;            // about the first fix
+  std::chrono::milliseconds span_{1000};  // what is drawn as one kind of fix
+  long long of_segment_ = 0;              // fixes of the one at hand
+  std::optional<PositionEpoch> anchor_;   // from which the next step of the distance is measured
 };
 
 }  // namespace host

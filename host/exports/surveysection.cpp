@@ -22,7 +22,7 @@ class ResultTable {
       : out_(out), display_(display), unit_(display.System().length) {
     const auto kinds = survey.ByKind();
     if (kinds.size() > 1) Add("all", survey.Result());
-    for (const auto& [signal, result] : kinds) Add(FixKindOf(signal).name, result);
+    for (const auto& [signal, result] : kinds) Add(NameOfSignal(signal), result);
   }
 
   void Write(std::string_view height_name) {

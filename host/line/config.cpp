@@ -6,11 +6,12 @@
 #include <filesystem>
 #include <system_error>
 
+#include "gpsengine/face/models.h"
 #include "gpsengine/platform/application.h"
-#include "host/commands/models.h"
 #include "host/line/port.h"
 #include "host/line/ports.h"
 #include "host/records/jsonwriter.h"
+#include "host/run/face.h"
 #include "host/run/failure.h"
 
 namespace host {

@@ -2,8 +2,9 @@
 
 #include <algorithm>
 
+#include "gpsengine/text/words.h"
+#include "host/run/face.h"
 #include "host/run/failure.h"
-#include "host/run/words.h"
 
 namespace host {
 

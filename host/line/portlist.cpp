@@ -2,9 +2,10 @@
 #include <array>
 #include <utility>
 
+#include "gpsengine/text/words.h"
 #include "host/line/ports.h"
 #include "host/records/jsonwriter.h"
-#include "host/run/words.h"
+#include "host/run/face.h"
 
 namespace host {
 

@@ -5,15 +5,16 @@
 #include <memory>
 #include <utility>
 
+#include "gpsengine/face/models.h"
 #include "gpsengine/platform/serial.h"
-#include "host/commands/models.h"
+#include "gpsengine/text/words.h"
 #include "host/line/config.h"
 #include "host/line/kindlistener.h"
 #include "host/line/port.h"
 #include "host/line/ports.h"
 #include "host/run/deadline.h"
+#include "host/run/face.h"
 #include "host/run/failure.h"
-#include "host/run/words.h"
 
 namespace host {
 

@@ -5,8 +5,9 @@
 #include <optional>
 #include <string_view>
 
+#include "gpsengine/text/words.h"
+#include "host/run/face.h"
 #include "host/run/failure.h"
-#include "host/run/words.h"
 
 namespace host {
 

@@ -8,7 +8,7 @@ namespace host {
 struct Address {
   enum class Scheme {
     tcp,      ///< A connection that carries the receiver's bytes and nothing else.
-    rfc2217,  ///< A serial line behind telnet, whose settings are made from here.
+    rfc2217,  ///< A serial line over telnet, whose settings are made from here.
     udp,      ///< Datagrams that are sent here.
     gpsd,     ///< The raw stream of a server that speaks gpsd's protocol.
     input,    ///< Standard input.

@@ -16,9 +16,10 @@
 #include <utility>
 #include <vector>
 
+#include "gpsengine/text/words.h"
 #include "host/run/deadline.h"
+#include "host/run/face.h"
 #include "host/run/failure.h"
-#include "host/run/words.h"
 
 namespace host {
 

@@ -2,8 +2,9 @@
 
 #include <cmath>
 
+#include "gpsengine/text/words.h"
 #include "host/records/jsonwriter.h"
-#include "host/run/words.h"
+#include "host/run/face.h"
 
 namespace host {
 

@@ -7,24 +7,24 @@ namespace host {
 namespace {
 
 // Less than this an epoch may come early and still be due.
-constexpr Moment kTolerance = 20;
+constexpr std::chrono::milliseconds kTolerance(20);
 
-Moment Milliseconds(double seconds) {
-  return std::llround(seconds * 1000.0);
+std::chrono::milliseconds Milliseconds(double seconds) {
+  return std::chrono::milliseconds(std::llround(seconds * 1000.0));
 }
 
 }  // namespace
 
 bool Filter::IsDue(const PositionEpoch& epoch) const {
   // That a fix is lost or found again is news at any time and place.
-  if (!passed_ || epoch.fix != passed_->fix) return true;
+  if (!passed_ || epoch.valid != passed_->valid) return true;
   if (options_.min_interval > 0.0 && epoch.time && passed_->time) {
-    const Moment since = *epoch.time - *passed_->time;
-    if (since >= 0 && since < Milliseconds(options_.min_interval) - kTolerance) return false;
+    const auto since = *epoch.time - *passed_->time;
+    if (since.count() >= 0 && since < Milliseconds(options_.min_interval) - kTolerance) return false;
   }
   if (options_.min_distance <= 0.0) return true;
   const Offset way = OffsetOf(passed_->latitude, passed_->longitude, epoch.latitude, epoch.longitude);
-  return epoch.fix && way.Length() >= options_.min_distance;
+  return epoch.valid && way.Length() >= options_.min_distance;
 }
 
 void Filter::Pass(Record& record) {

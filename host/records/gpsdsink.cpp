@@ -4,9 +4,10 @@
 #include <cmath>
 #include <utility>
 
+#include "gpsengine/rawdata/gpstime.h"
+#include "gpsengine/sentences/positionerror.h"
 #include "host/records/fixkind.h"
-#include "host/records/gpstime.h"
-#include "host/sentences/positionerror.h"
+#include "host/run/face.h"
 
 namespace host {
 
@@ -111,10 +112,10 @@ Moment GpsdSink::Date(double time_of_day) const {
 void GpsdSink::WritePosition(const PositionEpoch& epoch) {
   JsonWriter json(out_);
   Begin(json, "TPV");
-  json.Member("mode", epoch.fix ? 3 : 1);
+  json.Member("mode", epoch.valid ? 3 : 1);
   if (epoch.time) WriteTime(json, *epoch.time);
   if (epoch.time) near_ = epoch.time;
-  if (epoch.fix) {
+  if (epoch.valid) {
     const int status = FixKindOf(epoch.signal).gpsd;
     if (status != 0) json.Member("status", status);
     json.MemberFixed("lat", epoch.latitude, 9);
@@ -177,7 +178,7 @@ bool GpsdSink::WriteReports(const CGPSData& data) {
 bool GpsdSink::OnRawData(const CGPSDataRaw& epoch) {
   JsonWriter json(out_);
   Begin(json, "RAW");
-  json.Member("week", ResolveWeek(epoch.m_nGPSWeek, reference_.value_or(epoch.m_Time.GetTime() * 1000)));
+  json.Member("week", ResolveWeek(epoch.m_nGPSWeek, reference_.value_or(MomentOf(epoch.m_Time))));
   json.MemberFixed("tow", epoch.m_dReceiverTime, 3);
   json.MemberFixed("lat", epoch.m_dLatitude, 9);
   json.MemberFixed("lon", epoch.m_dLongitude, 9);

@@ -3,10 +3,11 @@
 #include <optional>
 #include <string>
 
+#include "gpsengine/face/report.h"
 #include "host/records/jsonwriter.h"
-#include "host/records/reports.h"
 #include "host/records/sink.h"
 #include "host/records/units.h"
+#include "host/run/face.h"
 
 namespace host {
 

@@ -82,7 +82,7 @@ LRESULT HostWindow::WindowProc(UINT message, WPARAM wParam, LPARAM lParam) {
 void HostWindow::OnData(const CGPSData& data) {
   published_.unread += data.m_bProprietaryValid ? 1 : 0;
   owes_text_ = !IsFull();
-  Publish(published_.data, &Sink::OnData, epochs_.Read(data));
+  Publish(published_.data, &Sink::OnData, ReadRecord(epochs_, data));
   if (WantsSky()) ShowSky(skies_.OnData(data));
 }
 

@@ -4,10 +4,11 @@
 #include <string>
 #include <vector>
 
+#include "gpsengine/face/skysource.h"
 #include "gpsengine/platform/application.h"
 #include "gpsengine/receiver/gpsreceiver.h"
 #include "host/records/sink.h"
-#include "host/records/skysource.h"
+#include "host/run/face.h"
 
 namespace host {
 
@@ -73,7 +74,7 @@ class HostWindow : public CWnd {
   void ShowBlock();
 
   std::vector<Sink*> sinks_;
-  EpochReader epochs_;
+  FixReader epochs_;
   SkySource skies_;
   const CGPSReceiver* receiver_ = nullptr;
   BlockReader blocks_;

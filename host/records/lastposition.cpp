@@ -16,11 +16,11 @@ void LastPosition::Note(const Record& record) {
   has_news_ = has_news_ || !position_at_ || now - *position_at_ > kSilence || signal_ != record.epoch.signal;
   signal_ = record.epoch.signal;
   position_at_ = now;
-  if (record.epoch.fix) fix_at_ = position_at_;
+  if (record.epoch.valid) fix_at_ = position_at_;
 }
 
 void LastPosition::Write(JsonWriter& json) const {
-  if (position_at_) json.Member("fix", FixKindOf(signal_).name);
+  if (position_at_) json.Member("fix", NameOfSignal(signal_));
   WriteAge(json, "fixAge", fix_at_);
   WriteAge(json, "positionAge", position_at_);
 }

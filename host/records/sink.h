@@ -2,12 +2,13 @@
 
 #include <optional>
 
+#include "gpsengine/face/block.h"
 #include "gpsengine/platform/cstring.h"
 #include "gpsengine/records/gpsdataraw.h"
-#include "host/records/block.h"
+#include "gpsengine/sentences/fields.h"
+#include "gpsengine/sentences/sky.h"
 #include "host/records/epoch.h"
-#include "host/sentences/fields.h"
-#include "host/sentences/sky.h"
+#include "host/run/face.h"
 
 namespace host {
 

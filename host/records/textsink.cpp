@@ -6,9 +6,10 @@
 #include <type_traits>
 #include <utility>
 
+#include "gpsengine/text/words.h"
 #include "host/records/fixkind.h"
 #include "host/records/jsonwriter.h"
-#include "host/run/words.h"
+#include "host/run/face.h"
 
 namespace host {
 
@@ -77,8 +78,8 @@ void TextSink::WriteFix(const PositionEpoch& epoch) {
     out_ += "--:--:--.--";
   }
   out_ += "  ";
-  out_ += Padded(FixKindOf(epoch.signal).name, 9);
-  if (epoch.fix) {
+  out_ += Padded(NameOfSignal(epoch.signal), 9);
+  if (epoch.valid) {
     WritePlace(epoch);
     AppendPadded(out_, *epoch.height * units.length.per_metre, 1, 9);
     (out_ += ' ') += units.length.name;

@@ -4,9 +4,10 @@
 #include <utility>
 #include <vector>
 
+#include "gpsengine/face/report.h"
 #include "host/records/display.h"
-#include "host/records/reports.h"
 #include "host/records/sink.h"
+#include "host/run/face.h"
 
 namespace host {
 

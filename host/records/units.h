@@ -1,12 +1,11 @@
 #pragma once
 
-#include <numbers>
 #include <string_view>
 
-namespace host {
+#include "gpsengine/face/fixreader.h"
+#include "host/run/face.h"
 
-/// In a radian.
-constexpr double kDegrees = 180.0 / std::numbers::pi;
+namespace host {
 
 /// The units in which people read lengths and speeds.
 enum class Units { metric, imperial, nautical };

@@ -1,8 +1,9 @@
 #pragma once
 
 #include <functional>
-#include <stdexcept>
 #include <string>
+
+#include "gpsengine/face/error.h"
 
 namespace host {
 
@@ -20,13 +21,10 @@ enum class ExitCode : int {
 
 /// What ends the program early: a text for the user that names the thing and says what to do, and the exit
 /// code.
-class Failure : public std::runtime_error {
+class Failure : public gps::Error {
  public:
-  Failure(ExitCode code, const std::string& text) : std::runtime_error(text), code_(code) {}
-  ExitCode Code() const { return code_; }
-
- private:
-  ExitCode code_;
+  Failure(ExitCode code, const std::string& text) : Error(static_cast<gps::ErrorCode>(code), text) {}
+  ExitCode Code() const { return static_cast<ExitCode>(code()); }
 };
 
 /// Writes "gpsengine: <text>" and a line end to standard error, or hands the text to the handler. From any

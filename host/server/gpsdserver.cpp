@@ -6,9 +6,10 @@
 #include <cerrno>
 #include <utility>
 
+#include "gpsengine/sentences/moment.h"
 #include "host/records/jsonwriter.h"
+#include "host/run/face.h"
 #include "host/run/failure.h"
-#include "host/sentences/moment.h"
 
 namespace host {
 

@@ -3,8 +3,9 @@
 #include <chrono>
 #include <utility>
 
+#include "gpsengine/face/port.h"
+#include "host/run/face.h"
 #include "host/run/failure.h"
-#include "host/run/port.h"
 
 namespace host {
 

@@ -1,9 +1,10 @@
 #include "host/session/rawoutput.h"
 
+#include "gpsengine/face/models.h"
+#include "gpsengine/face/rawoutput.h"
+#include "gpsengine/face/rehearse.h"
 #include "gpsengine/platform/clock.h"
-#include "host/commands/models.h"
-#include "host/commands/rawdata.h"
-#include "host/commands/rehearse.h"
+#include "host/run/face.h"
 #include "host/run/failure.h"
 
 namespace host {

@@ -1,10 +1,9 @@
 #include "host/session/recordingfeed.h"
 
 #include <algorithm>
-#include <cmath>
 
 #include "host/line/kindlistener.h"
-#include "host/sentences/fields.h"
+#include "host/run/face.h"
 
 namespace host {
 
@@ -14,24 +13,12 @@ namespace {
 constexpr std::size_t kPiece = 4096;
 // Bytes without a line end are played in lines of this length.
 constexpr std::size_t kLongestLine = 512;
-constexpr double kDayInSeconds = 86'400.0;
-// A sentence may tell of a moment a little earlier than one before it. What goes back further begins again.
-constexpr double kDisorder = 60.0;
 // From this size on a file takes long enough for someone to wonder.
 constexpr std::int64_t kLargeFile = 8 << 20;
 
 std::string NameOf(const std::vector<std::string>& files) {
   if (files.size() == 1) return files.front();
   return files.front() + " and " + std::to_string(files.size() - 1) + " more";
-}
-
-bool HasTimes(std::string_view bytes) {
-  while (!bytes.empty()) {
-    const auto end = std::min(bytes.find('\n'), bytes.size() - 1);
-    if (TimeOfDayOf(bytes.substr(0, end))) return true;
-    bytes.remove_prefix(end + 1);
-  }
-  return false;
 }
 
 }  // namespace
@@ -99,12 +86,11 @@ void RecordingFeed::CheckUnderstood(const HostWindow& window) const {
   if (at_end_) host::CheckUnderstood(recordings_.front(), window);
 }
 
-PacedFeed::PacedFeed(const std::string& file, double speed)
-    : RecordingFeed({file}), speed_(speed), timed_(HasTimes(Current().Head())) {}
+PacedFeed::PacedFeed(const std::string& file, double speed) : RecordingFeed({file}), speed_(speed) {}
 
 void PacedFeed::Open(CGPSEngine& engine, HostWindow& window) {
   RecordingFeed::Open(engine, window);
-  seconds_per_byte_ = 10.0 / std::max(engine.GetReceiver()->GetCurrentBaudrate(), 1);
+  if (speed_ < kMax) pacer_.emplace(speed_, Current().Head(), engine.GetReceiver()->GetCurrentBaudrate());
   due_ = Clock::now();
   ReadLine();
 }
@@ -123,21 +109,7 @@ void PacedFeed::ReadLine() {
   line_.assign(bytes_, taken_, length);
   taken_ += length;
   at_end_ = line_.empty();
-  if (speed_ < kMax) Pace();
-}
-
-void PacedFeed::Pace() {
-  if (!timed_) return Wait(static_cast<double>(line_.size()) * seconds_per_byte_);
-  const auto time = TimeOfDayOf(line_);
-  if (!time) return;
-  const double step = time_ ? std::remainder(*time - *time_, kDayInSeconds) : 0.0;
-  if (step < 0.0 && step > -kDisorder) return;
-  time_ = time;
-  if (step > 0.0) Wait(step);
-}
-
-void PacedFeed::Wait(double seconds) {
-  due_ += std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>(seconds / speed_));
+  if (pacer_) due_ = pacer_->DueOf(line_);
 }
 
 void PacedFeed::Step(CGPSEngine& engine) {

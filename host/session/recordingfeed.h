@@ -7,23 +7,16 @@
 #include <string_view>
 #include <vector>
 
-#include "gpsengine/platform/clock.h"
-#include "host/line/blockguard.h"
+#include "gpsengine/face/pacer.h"
+#include "gpsengine/face/unpacedclock.h"
+#include "gpsengine/link/blockguard.h"
+#include "gpsengine/sentences/datescan.h"
+#include "host/run/face.h"
 #include "host/run/progress.h"
 #include "host/run/recording.h"
-#include "host/sentences/datescan.h"
 #include "host/session/feed.h"
 
 namespace host {
-
-/// Time without pauses, as long as it lives. The decoders pace a receiver here and there, and after a
-/// recording there is none.
-class UnpacedClock : public Clock {
- public:
-  UnpacedClock() { SetClock(this); }
-  ~UnpacedClock() override { SetClock(nullptr); }
-  void Sleep(DWORD) override {}
-};
 
 /// Recordings, or standard input, whose bytes the host moves, all of them and once, one recording after the
 /// other, as fast as it goes.
@@ -96,16 +89,12 @@ class PacedFeed : public RecordingFeed {
 
  private:
   void ReadLine();
-  void Pace();
-  void Wait(double seconds);
 
   const double speed_;
-  const bool timed_;
-  double seconds_per_byte_ = 0.0;
+  std::optional<Pacer> pacer_;  // of one that has a pace
   std::string bytes_;           // read ahead
   std::size_t taken_ = 0;       // of them
   std::string line_;            // the next one to be played
-  std::optional<double> time_;  // of day, the latest that a sentence has told
   Clock::time_point due_;
 };
 

@@ -3,11 +3,12 @@
 #include <algorithm>
 #include <utility>
 
-#include "host/commands/models.h"
+#include "gpsengine/face/models.h"
+#include "gpsengine/face/port.h"
+#include "gpsengine/face/tally.h"
+#include "gpsengine/text/words.h"
 #include "host/line/config.h"
-#include "host/records/tally.h"
-#include "host/run/port.h"
-#include "host/run/words.h"
+#include "host/run/face.h"
 
 namespace host {
 
@@ -109,16 +110,11 @@ void Session::PassBytes() {
   for (Outlet* outlet : outlets_) outlet->OnBytes(bytes);
 }
 
-// The library keeps what it captures, and stops when it has kept much.
 void Session::KeepCapturing() {
   const auto wants = [](const Outlet* outlet) { return outlet->WantsTexts(); };
   const bool wanted =
       feed_->WantsTexts() || window_.WantsSky() || std::any_of(outlets_.begin(), outlets_.end(), wants);
-  CComBuffer& capture = engine_.m_ComBuffer;
-  const bool stopped = capture.m_bOverflow && capture.m_bPaused;
-  if (stopped || !engine_.IsActive()) capture.m_strData.Empty();
-  if (stopped) capture.m_bOverflow = false;
-  if (capture.m_bPaused == wanted) capture.m_bPaused = !wanted;
+  engine_.m_ComBuffer.KeepCapturing(wanted, !engine_.IsActive());
 }
 
 // Bytes go before what was made of them, but for a playback's, which come with the texts of messages.
@@ -238,7 +234,7 @@ void Session::Reopen() {
   receiver_.ResetSpeedEngine();
   try {
     if (!Open()) engine_.Stop();  // to be tried again, unless that was the end of the run
-  } catch (const Failure& failure) {
+  } catch (const gps::Error& failure) {
     Complain(failure.what());
   }
   if (!engine_.IsActive()) return reconnect_->Begin(*feed_->GetPort(), true);

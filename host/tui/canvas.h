@@ -4,7 +4,8 @@
 #include <string_view>
 #include <vector>
 
-#include "host/run/words.h"
+#include "gpsengine/text/words.h"
+#include "host/run/face.h"
 
 namespace host {
 

@@ -92,7 +92,7 @@ std::optional<CommandMenu::Order> CommandMenu::Complete() {
     Order order{&Selected(), Prepare(Selected(), arguments), call, TimeOf(call)};
     state_ = State::closed;
     return order;
-  } catch (const Failure& failure) {
+  } catch (const gps::Error& failure) {
     error_ = failure.what();
     return std::nullopt;
   }

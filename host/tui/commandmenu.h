@@ -4,7 +4,8 @@
 #include <string>
 #include <vector>
 
-#include "host/commands/models.h"
+#include "gpsengine/face/models.h"
+#include "host/run/face.h"
 #include "host/tui/canvas.h"
 
 namespace host {

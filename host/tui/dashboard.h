@@ -2,8 +2,9 @@
 
 #include <string>
 
+#include "gpsengine/face/tally.h"
 #include "host/records/display.h"
-#include "host/records/tally.h"
+#include "host/run/face.h"
 #include "host/tui/canvas.h"
 #include "host/tui/readings.h"
 

@@ -19,9 +19,9 @@ struct Kind {
 Kind KindOf(const Readings& readings) {
   const auto signal = readings.signal;
   if (!signal) return {"waiting", Style::warn};
-  const FixKind& kind = FixKindOf(*signal);
-  if (*signal == UDF_SIGNAL_NONE) return {kind.name, Style::bad};
-  return {kind.name, kind.gpx.empty() ? Style::warn : Style::good};
+  const std::string_view name = NameOfSignal(*signal);
+  if (*signal == UDF_SIGNAL_NONE) return {name, Style::bad};
+  return {name, FixKindOf(*signal).gpx.empty() ? Style::warn : Style::good};
 }
 
 std::string AgeText(double seconds) {

@@ -4,7 +4,8 @@
 #include <cmath>
 
 #include "gpsengine/platform/clock.h"
-#include "host/sentences/positiontail.h"
+#include "gpsengine/sentences/positiontail.h"
+#include "host/run/face.h"
 
 namespace host {
 
@@ -43,7 +44,7 @@ void Readings::TakePosition(const PositionEpoch& epoch) {
     time_of_day = epoch.time_of_day;
     time = epoch.time;
   }
-  if (!epoch.fix) return;
+  if (!epoch.valid) return;
   if (epoch.time && !epoch.repeats) survey.Add(epoch);
   fix = epoch;
   fix_at_ = now;

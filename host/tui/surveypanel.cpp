@@ -66,7 +66,7 @@ template <class Lengths>
 Rows RowsOf(const SurveyResult& all, const std::map<int, SurveyResult>& kinds, Lengths&& lengths) {
   Rows rows;
   if (kinds.size() > 1) rows.emplace_back("all", lengths(all));
-  for (const auto& [signal, result] : kinds) rows.emplace_back(FixKindOf(signal).name, lengths(result));
+  for (const auto& [signal, result] : kinds) rows.emplace_back(NameOfSignal(signal), lengths(result));
   return rows;
 }
 
@@ -140,7 +140,7 @@ void DrawSurvey(Pane pane, const View& view) {
       const Offset off = OffsetOf(all.latitude, all.longitude, of.latitude, of.longitude);
       std::optional<double> up;
       if (of.height && all.height) up = *of.height - *all.height;
-      rows.emplace_back(FixKindOf(signal).name, Lengths{off.east, off.north, up});
+      rows.emplace_back(NameOfSignal(signal), Lengths{off.east, off.north, up});
     }
     lines.AddTable("Off mean", {"east", "north", "up"}, rows);
   }

@@ -1,0 +1,103 @@
+#include "gpsengine/face/messagewindow.h"
+
+#include <memory>
+#include <utility>
+
+#include "gpsengine/platform/application.h"
+#include "gpsengine/receiver/messages.h"
+#include "gpsengine/sentences/fields.h"
+
+namespace gps {
+
+namespace {
+
+template <class T>
+std::unique_ptr<T> Taken(WPARAM wParam) {
+  return std::unique_ptr<T>(reinterpret_cast<T*>(wParam));
+}
+
+Raw RawOf(const CGPSDataRaw& data) {
+  Raw raw{"MBN", {}, {}, {}};
+  raw.epoch.emplace();
+  raw.epoch->week = data.m_nGPSWeek;
+  raw.epoch->time_of_week = data.m_dReceiverTime;
+  raw.epoch->signals = SignalsOf(data);
+  return raw;
+}
+
+Raw RawOf(const CGPSDataEphemeris& data) {
+  Raw raw{"SNV", {}, {}, {}};
+  raw.ephemeris.emplace().orbit = data;
+  return raw;
+}
+
+}  // namespace
+
+MessageWindow::MessageWindow(CGPSEngine& engine, bool moves_bytes, std::function<void(Record&&)> tell)
+    : engine_(engine), moves_bytes_(moves_bytes), tell_(std::move(tell)) {}
+
+void MessageWindow::Open() {
+  Create();
+  AfxGetApp()->SetMainWnd(this);
+  KeepCapturing();
+}
+
+void MessageWindow::Drain() {
+  KeepCapturing();
+  for (MSG message; PeekMessageW(&message, PM_REMOVE);) DispatchMessageW(message);
+}
+
+void MessageWindow::KeepCapturing() {
+  engine_.m_ComBuffer.KeepCapturing(wants_skies_, moves_bytes_);
+}
+
+void MessageWindow::Finish() {
+  Tell(skies_.Finish());
+}
+
+LRESULT MessageWindow::WindowProc(UINT message, WPARAM wParam, LPARAM lParam) {
+  switch (message) {
+    case WM_GPS_NEW_DATA:
+      OnData(*Taken<CGPSData>(wParam));
+      return 0;
+    case WM_GPS_NEW_STRING:
+      OnText(*Taken<CString>(wParam));
+      return 0;
+    case WM_GPS_NEW_RAW_DATA:
+      tell_(RawOf(*Taken<CGPSDataRaw>(wParam)));
+      return 0;
+    case WM_GPS_NEW_EPHEMERIS:
+      tell_(RawOf(*Taken<CGPSDataEphemeris>(wParam)));
+      return 0;
+    case WM_GPS_NEW_BIN:
+      OnBlock();
+      return 0;
+    default:
+      return CWnd::WindowProc(message, wParam, lParam);
+  }
+}
+
+void MessageWindow::OnData(const CGPSData& data) {
+  if (data.m_bPositionValid) tell_(fixes_.Read(data));
+  for (Report& report : reports_.NewsIn(data)) tell_(std::move(report));
+  if (wants_skies_) Tell(skies_.OnData(data));
+}
+
+void MessageWindow::OnText(const CString& text) {
+  if (wants_skies_ && text.ToBytes(bytes_)) Tell(skies_.OnText(Fields(bytes_)));
+}
+
+void MessageWindow::OnBlock() {
+  const auto words = rawdata::WordsOf(engine_.GetReceiver()->m_BinWords);
+  const Block block = blocks_.Read(words);
+  Raw raw{block.Name(), {words.begin(), words.end()}, {}, {}};
+  if (block.epoch != nullptr) raw.epoch = *block.epoch;
+  if (block.ephemeris != nullptr) raw.ephemeris = *block.ephemeris;
+  tell_(std::move(raw));
+}
+
+void MessageWindow::Tell(const Sky* sky) {
+  if (sky != nullptr) tell_(*sky);
+}
+
+}  // namespace gps

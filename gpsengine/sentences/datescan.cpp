@@ -1,0 +1,79 @@
+#include "gpsengine/sentences/datescan.h"
+
+#include <chrono>
+
+#include "gpsengine/sentences/fields.h"
+
+namespace gps {
+
+namespace {
+
+// Receivers send some that are longer than the 82 characters of the standard.
+constexpr std::size_t kLongestSentence = 120;
+
+std::optional<Time> MomentOf(std::optional<int> year, std::string_view month, std::string_view day,
+                             std::string_view time) {
+  const auto seconds = TimeOf(time);
+  const auto month_number = WholeOf(month), day_number = WholeOf(day);
+  if (!seconds || !year || !month_number || !day_number) return std::nullopt;
+  const std::chrono::year_month_day date{std::chrono::year(*year),
+                                         std::chrono::month(static_cast<unsigned>(*month_number)),
+                                         std::chrono::day(static_cast<unsigned>(*day_number))};
+  if (*year < 1980 || !date.ok()) return std::nullopt;
+  return std::chrono::sys_days(date) + std::chrono::seconds(static_cast<int>(*seconds));
+}
+
+std::optional<Time> MomentOfRmc(const Fields& rmc) {
+  const auto date = rmc[9];
+  if (date.size() != 6) return std::nullopt;
+  auto year = WholeOf(date.substr(4));
+  if (year) *year += *year < 80 ? 2000 : 1900;
+  return MomentOf(year, date.substr(2, 2), date.substr(0, 2), rmc[1]);
+}
+
+std::optional<Time> MomentOfZda(const Fields& zda) {
+  return MomentOf(WholeOf(zda[4]), zda[3], zda[2], zda[1]);
+}
+
+}  // namespace
+
+void DateScan::Feed(std::string_view bytes) {
+  if (!head_.empty()) {
+    head_ += bytes.substr(0, kLongestSentence - head_.size());
+    if (Take(head_)) head_.clear();
+  }
+  for (auto at = bytes.find('$'); at != std::string_view::npos; at = bytes.find('$', 1)) {
+    bytes.remove_prefix(at);
+    if (Take(bytes)) continue;
+    head_ = bytes;
+    return;
+  }
+}
+
+/// Looks at what begins with a "$". False if that may be a sentence with a date and is not all there yet.
+bool DateScan::Take(std::string_view bytes) {
+  constexpr std::size_t kTag = 6, kChecksum = 3;
+  const auto kind = bytes.substr(0, kTag);
+  if (kind.size() == kTag && !kind.ends_with("RMC") && !kind.ends_with("ZDA")) return true;
+  const auto star = bytes.substr(0, kLongestSentence - kChecksum + 1).find('*');
+  if (star == std::string_view::npos || star + kChecksum > bytes.size()) {
+    return bytes.size() >= kLongestSentence;
+  }
+  FeedSentence(bytes.substr(0, star + kChecksum));
+  return true;
+}
+
+void DateScan::FeedSentence(std::string_view line) {
+  const Fields sentence(line);
+  const bool is_rmc = sentence.Kind() == "RMC";
+  if (!is_rmc && sentence.Kind() != "ZDA") return;
+  // A receiver without a fix may keep its date by a clock of its own, or have none yet.
+  const bool has_fix = !is_rmc || sentence[2] == "A";
+  if (had_fix_ && !has_fix) return;
+  const auto moment = is_rmc ? MomentOfRmc(sentence) : MomentOfZda(sentence);
+  if (!moment) return;
+  latest_ = moment;
+  had_fix_ = has_fix;
+}
+
+}  // namespace gps

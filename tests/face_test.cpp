@@ -1,0 +1,258 @@
+#include <gtest/gtest.h>
+#include <poll.h>
+
+#include <ranges>
+#include <sstream>
+#include <thread>
+
+#include "gpsengine/face/commands.h"
+#include "gpsengine/face/decode.h"
+#include "gpsengine/face/receiver.h"
+#include "simulator/simulator.h"
+#include "tests/support/pseudoterminal.h"
+#include "tests/support/receivertest.h"
+#include "tests/support/scriptedline.h"
+#include "tests/support/texts.h"
+
+namespace {
+
+using namespace std::chrono_literals;
+using gps::ErrorCode;
+
+constexpr std::chrono::seconds kLong(10);
+
+std::string Gga(const std::string& time, int quality = 1) {
+  return WithChecksum("$GPGGA," + time + ",4807.038,N,01130.000,W," + std::to_string(quality) +
+                      ",08,0.9,545.4,M,46.9,M,,");
+}
+
+/// Two fixes of a day, a sentence without one, satellites of two systems and a setting.
+std::string Recorded() {
+  return WithChecksum("$GPRMC,123518.00,A,4807.038,N,01130.000,W,022.4,084.4,230394,,") + Gga("123519") +
+         WithChecksum("$GPGSV,1,1,02,03,42,111,40,19,20,300,35") +
+         WithChecksum("$GLGSV,1,1,01,70,33,250,38") + Gga("123520", 0) +
+         WithChecksum("$GPVTG,090.0,T,,M,010.0,N,018.5,K") + Gga("123521.5", 4) + "$PASHR,ACK*3D\r\n" +
+         Gga("123522");
+}
+
+std::span<const std::byte> BytesOf(const std::string& text) {
+  return std::as_bytes(std::span(text));
+}
+
+std::string Texts(gps::Recording recording) {
+  std::ostringstream out;
+  for (const gps::Fix& fix : recording.fixes()) out << fix << '\n';
+  return out.str();
+}
+
+/// The error that a call throws, its code and its text.
+template <class Call>
+std::string ErrorOf(Call call) {
+  try {
+    call();
+  } catch (const gps::Error& error) {
+    return std::to_string(static_cast<int>(error.code())) + ' ' + error.what();
+  }
+  return "none";
+}
+
+/// A line of a script, as a factory.
+SerialLineFactory LineOf(Script& script, int port) {
+  (void)script;
+  return MapComPort(port, SerialLineFactory());
+}
+
+constexpr int kScript = 77;
+
+}  // namespace
+
+TEST(Face, ReadsFixesInDegreesMetresAndUtc) {
+  const std::string bytes = Recorded();
+  std::ostringstream out;
+  for (const gps::Fix& fix : gps::decode(BytesOf(bytes)).fixes()) {
+    out << fix.time << ' ' << fix.latitude << ' ' << fix.longitude << ' ' << fix.height_msl << ' '
+        << fix.course << ' ' << fix.hdop << ' ' << fix.vdop << ' ' << gps::NameOfSignal(fix.signal) << '\n';
+  }
+  EXPECT_EQ(out.str(),
+            "1994-03-23T12:35:19.000Z 48.1173 -11.5 545.4 - 0.9 - GPS\n"
+            "1994-03-23T12:35:21.500Z 48.1173 -11.5 545.4 90 0.9 - RTK fixed\n"
+            "1994-03-23T12:35:22.000Z 48.1173 -11.5 545.4 - 0.9 - GPS\n");
+}
+
+TEST(Face, TellsEveryKindInOrder) {
+  const std::string bytes = Recorded();
+  std::string order;
+  gps::decode(BytesOf(bytes)).run([&](const gps::Record& record) {
+    if (const auto* fix = std::get_if<gps::Fix>(&record)) order += fix->valid ? "fix " : "none ";
+    if (const auto* sky = std::get_if<gps::Sky>(&record)) {
+      for (const auto& satellite : sky->satellites) order += satellite.id.Name() + ' ';
+    }
+    if (const auto* report = std::get_if<gps::Report>(&record)) order += std::string(report->key) + ' ';
+  });
+  EXPECT_EQ(order, "fix none G03 G19 R06 fix ack fix ");
+}
+
+TEST(Face, DecodesAFileAStreamAndATextLogAlike) {
+  const std::string bytes = Recorded();
+  const std::string expected = Texts(gps::decode(BytesOf(bytes)));
+  EXPECT_EQ(Count(expected, "\n"), 3);
+  std::istringstream stream(bytes);
+  EXPECT_EQ(Texts(gps::decode(stream)), expected);
+  const std::string file = testing::TempDir() + "gpsengine-face.log";
+  std::string text_log = bytes;
+  std::erase(text_log, '\r');
+  WriteFile(file, text_log);
+  EXPECT_EQ(Texts(gps::decode(file)), expected);
+  EXPECT_EQ(Texts(gps::decode(file, {.speed = 1e6})), expected) << "at a pace";
+  EXPECT_TRUE(
+      Has(Texts(gps::decode(file, {.date = std::chrono::year(1971) / 1 / 2})), "1971-01-02T12:35:19.000Z"));
+  WriteFile(file, "\x1F\x8B packed");
+  EXPECT_TRUE(Has(ErrorOf([&] { gps::decode(file); }), "1 cannot read " + file + ": it is packed"));
+  EXPECT_TRUE(Has(ErrorOf([] { gps::decode("/no/such"); }), "1 cannot read /no/such: No such file"));
+  std::stop_source stop;
+  stop.request_stop();
+  EXPECT_EQ(gps::decode(BytesOf(bytes)).fixes(stop.get_token()).next(), std::nullopt);
+}
+
+TEST(Face, GivesRawDataAsSignals) {
+  simulator::Options options;
+  options.model = "GSR2650 LB";
+  const auto simulated = simulator::MakeReceiver(options);
+  simulated->Receive("LOG RANGEB ONTIME 1\r\n");
+  const std::string bytes = simulated->Advance(3);
+  int epochs = 0;
+  for (const gps::Raw& raw : gps::decode(BytesOf(bytes), {.model = "gsr2650 lb"}).raw()) {
+    EXPECT_EQ(raw.name, "OEM 43");
+    ASSERT_TRUE(raw.epoch);
+    EXPECT_GE(raw.epoch->signals.size(), 8u);
+    ++epochs;
+  }
+  EXPECT_GE(epochs, 2);
+}
+
+TEST(Face, IsUsedOnceAtATime) {
+  const std::string bytes = Recorded();
+  static_assert(std::ranges::input_range<gps::Range<gps::Fix>>);
+  auto fixes = gps::decode(BytesOf(bytes)).fixes();  // outlives what it was made of
+  EXPECT_TRUE(
+      Has(ErrorOf([&] { gps::decode(BytesOf(bytes)); }), "7 another receiver or recording is in use"));
+  EXPECT_TRUE(Has(ErrorOf([] { gps::rehearse("Ashtech", "gga-only"); }), "7 "));
+  std::thread([&] { EXPECT_TRUE(fixes.next()); }).join();
+  for (const gps::Fix& fix : fixes | std::views::take(1))
+    EXPECT_TRUE(fix.valid) << "on one thread and another";
+  fixes = {};
+  EXPECT_EQ(ErrorOf([&] { gps::decode(BytesOf(bytes)); }), "none");
+  EXPECT_TRUE(Has(ErrorOf([&] { gps::decode(BytesOf(bytes), {.model = "Trimbel"}); }),
+                  "2 no model is called \"Trimbel\" (did you mean \"Trimble\"?)"));
+}
+
+TEST(Face, RehearsesCommands) {
+  const auto models = gps::models();
+  EXPECT_EQ(models.size(), 19u);
+  const std::string calls = testing::PrintToString(gps::commands("CSI"));
+  EXPECT_TRUE(Has(calls, "\"set-elevation-mask 10\""));
+  EXPECT_FALSE(Has(calls, "set-lband"));
+  EXPECT_TRUE(Has(gps::rehearse("CSI", "set-elevation-mask", {"7"}).Text(), "$PASHS,PEM,7"));
+  EXPECT_TRUE(Has(ErrorOf([] { gps::rehearse("CSI", "set-elevation-mask", {"91"}); }),
+                  "2 \"91\" is not an elevation from 0 to 90 degrees"));
+  EXPECT_TRUE(Has(ErrorOf([] { gps::rehearse("Trimble", "gga-only"); }),
+                  "6 the model Trimble does not offer gga-only; it offers start"));
+}
+
+TEST(FaceLive, ReadsALineOfOnesOwnOnAnyThread) {
+  Script script(kScript);
+  gps::Receiver receiver({.model = "other", .line = LineOf(script, kScript)});
+  EXPECT_EQ(receiver.model(), "Other");
+  EXPECT_TRUE(Has(ErrorOf([] { gps::Receiver({.line = [] { return nullptr; }}); }), "7 "));
+  script.Send(Recorded());
+  std::thread other([&] {
+    auto skies = receiver.satellites(kLong);
+    EXPECT_EQ(skies.next().value().satellites.size(), 3u);
+  });
+  int fixes = 0;
+  for (const gps::Fix& fix : receiver.fixes(kLong)) {
+    EXPECT_TRUE(fix.valid);
+    if (++fixes == 3) break;
+  }
+  other.join();
+  EXPECT_EQ(receiver.reports(kLong).next().value().key, "ack") << "it has waited";
+  EXPECT_TRUE(Has(ErrorOf([&] { receiver.fixes(1ms).next(); }), "4 no fix came from the line in 0.001 s"));
+  std::stop_source stop;
+  std::thread stopping([&] { stop.request_stop(); });
+  EXPECT_EQ(receiver.fixes({kLong, stop.get_token()}).next(), std::nullopt);
+  stopping.join();
+  EXPECT_EQ(receiver.lost(), 0u);
+  EXPECT_GE(receiver.understood(), 7);
+}
+
+TEST(FaceLive, FitsIntoAnEventLoopAndRecords) {
+  Script script(kScript);
+  const std::string file = testing::TempDir() + "gpsengine-face-recorded.log";
+  const SerialLineFactory line = LineOf(script, kScript);
+  std::optional<gps::Receiver> receiver;
+  receiver.emplace(gps::ReceiverOptions{.line = line, .record = file});
+  pollfd wait{receiver->descriptor(), POLLIN, 0};
+  EXPECT_EQ(poll(&wait, 1, 0), 0);
+  const std::string sent = Gga("123519") + Gga("123520");
+  script.Send(sent);
+  int fixes = 0;
+  while (fixes < 2) {
+    ASSERT_EQ(poll(&wait, 1, 10'000), 1);
+    receiver->drain([&](const gps::Record&) { ++fixes; });
+  }
+  EXPECT_EQ(poll(&wait, 1, 0), 0);
+  receiver.reset();
+  EXPECT_EQ(ReadFile(file), sent) << "recorded";
+  receiver.emplace(gps::ReceiverOptions{.line = line, .record = "/no/such/folder/file"});
+  script.Send(sent);
+  EXPECT_TRUE(
+      Has(std::get<std::string>(receiver->reports(kLong).next().value().value), "Could not open file"));
+}
+
+TEST(FaceLive, LosesTheOldestWhereNobodyReads) {
+  Script script(kScript);
+  gps::Receiver receiver({.line = LineOf(script, kScript)});
+  auto fixes = receiver.fixes(kLong);
+  constexpr int kSent = 6000;
+  std::string bytes;
+  for (int i = 0; i < kSent; ++i) {
+    const std::string digits = std::to_string(1'000'000 + i / 60 % 60 * 100 + i % 60 + i / 3600 * 10'000);
+    bytes += Gga(digits.substr(1));
+  }
+  script.Send(bytes);
+  while (receiver.understood() < kSent || receiver.lost() == 0) std::this_thread::sleep_for(1ms);
+  int read = 0;
+  gps::Fix last;
+  while (last.time_of_day.value_or(0.0) < kSent % 3600 + 3600 - 1) last = fixes.next().value(), ++read;
+  EXPECT_EQ(receiver.lost() + static_cast<unsigned long long>(read), static_cast<unsigned long long>(kSent));
+}
+
+TEST(FaceLive, CommandsAndEndsWithItsLine) {
+  PseudoTerminal terminal;
+  EXPECT_TRUE(Has(ErrorOf([] { gps::Receiver({.port = "/dev/no-such"}); }),
+                  "3 cannot open /dev/no-such: No such file or directory"));
+  EXPECT_TRUE(Has(ErrorOf([] { gps::Receiver(gps::ReceiverOptions{}); }), "2 no port is named"));
+  std::optional<gps::Receiver> receiver;
+  receiver.emplace(gps::ReceiverOptions{.model = "Ashtech", .port = terminal.Name()});
+  terminal.Receive(1000, 50ms);
+  receiver->command("send", {"$PASHQ,PRT"});
+  EXPECT_EQ(terminal.Receive(12), "$PASHQ,PRT\r\n");
+  EXPECT_TRUE(
+      Has(ErrorOf([&] { receiver->command("raw-interval", {"x"}); }), "2 \"x\" is not a number of seconds"));
+  EXPECT_TRUE(Has(ErrorOf([&] { receiver->command("set-lband", {"0", "1200"}); }), "6 the model Ashtech"));
+  EXPECT_TRUE(Has(ErrorOf([&] { receiver->command("start"); }), "6 start is what"));
+  std::stop_source stop;
+  stop.request_stop();
+  EXPECT_TRUE(
+      Has(ErrorOf([&] { receiver->command("default-nmea", {}, stop.get_token()); }), "130 default-nmea"));
+  EXPECT_EQ(terminal.Receive(1, 50ms), "") << "stopped before its first line";
+
+  terminal.Send(Gga("123519"));
+  auto fixes = receiver->fixes(kLong);
+  EXPECT_TRUE(fixes.next());
+  terminal.HangUp();
+  EXPECT_TRUE(Has(ErrorOf([&] { fixes.next(); }), "5 the port " + terminal.Name() + " was lost"));
+  EXPECT_TRUE(Has(ErrorOf([&] { receiver->command("gga-only"); }), "5 the port"));
+  receiver.reset();
+  EXPECT_TRUE(Has(ErrorOf([&] { fixes.next(); }), "5 the port")) << "it outlives the receiver";
+}
