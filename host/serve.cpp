@@ -171,9 +171,11 @@ std::string Service::Status() const {
 
 ExitCode Serve(const ServeOptions& given, const Interrupt& interrupt, Output& output) {
   const ServeOptions options = ByItsOwnTime(given);
+  if (options.explain) return ExplainRawData(options, output);
   Session session(options, interrupt, output);
   session.Read(MakeLiveFeed(options, session.Options().model, /*tells_bytes=*/true));
   const Feed& feed = session.GetFeed();
+  LiveRawData raw_data(session, options);
   Service service(session, options, output);
   session.Add(service);
   const Shown beside(session, options, output);
@@ -181,6 +183,7 @@ ExitCode Serve(const ServeOptions& given, const Interrupt& interrupt, Output& ou
   RunRules rules;
   rules.silence = kFirstMessageTime;
   rules.follows = true;
+  raw_data.Rule(rules);
   const ExitCode code = session.Run(std::move(rules));
   if (code == ExitCode::done) feed.CheckUnderstood(session.Window());
   return code;

@@ -18,7 +18,6 @@ void AddServe(CLI::App& app, Job& job) {
       "  gpsengine serve --geoid add                           then: gpxlogger 127.0.0.1:2947");
   auto options = std::make_shared<ServeOptions>();
   AddLive(*command, *options);
-  AddExports(*command, options->exports);
   command->add_option("--listen", options->listen, "Address to listen on")
       ->type_name("ADDRESS")
       ->capture_default_str();
@@ -27,7 +26,6 @@ void AddServe(CLI::App& app, Job& job) {
       ->capture_default_str();
   AddValue(*command, "--http", options->http, "PORT", WholeBetween(0, 65535),
            "Port of the live page, 0 for any that is free; without it, no page");
-  AddDuration(*command, options->duration, "End after so many seconds");
   command->callback([&job, options, command] { job = OnLine(*command, options, &Serve); });
 }
 
