@@ -3,6 +3,7 @@
 #include "host/cli/commands.h"
 #include "host/commands/modellists.h"
 #include "host/records/projection.h"
+#include "host/server/mqttlink.h"
 
 namespace host {
 
@@ -23,7 +24,7 @@ std::string HelpOf(const CLI::App& app, const std::string& topic) {
 }  // namespace
 
 std::string VersionText() {
-  return GPSENGINE_VERSION "\n" + Projection::Version();
+  return GPSENGINE_VERSION "\n" + Projection::Version() + '\n' + MqttLink::Version();
 }
 
 void AddDocuments(CLI::App& app, Job& job) {

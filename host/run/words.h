@@ -19,6 +19,18 @@ std::string Join(const std::vector<std::string>& words, std::string_view separat
 /// A text with blanks behind it, up to a width in bytes.
 std::string Padded(std::string_view text, std::size_t width);
 
+/// Hands over each line of a text, with its line end, and empties the text, which ends with one.
+template <class Take>
+void TakeLines(std::string& text, Take&& take) {
+  std::string_view rest = text;
+  while (!rest.empty()) {
+    const auto line = rest.substr(0, rest.find('\n') + 1);
+    rest.remove_prefix(line.size());
+    take(line);
+  }
+  text.clear();
+}
+
 /// The number that a word is, all of it; decimal, and none for a number that does not fit.
 template <class T>
 std::optional<T> ReadNumber(std::string_view word) {
