@@ -16,7 +16,7 @@
 #include "tests/support/texts.h"
 
 using namespace host;
-using namespace std::chrono_literals;
+using namespace std::literals;
 
 namespace {
 
@@ -116,8 +116,10 @@ TEST(HostMqttOptions, AreReadAndRefusedInWords) {
       EXPECT_EQ(failure.Code(), ExitCode::usage);
     }
   }
-  for (const std::string id : {"", "a/b", "#", "a+", "\n", "\xFF", std::string(201, 'x').c_str()})
-    EXPECT_THROW(CheckMqttId(id), Failure) << id;
+  const std::string long_id(201, 'x');
+  for (const std::string_view id :
+       {std::string_view(), "a/b"sv, "#"sv, "a+"sv, "\n"sv, "\xFF"sv, std::string_view(long_id)})
+    EXPECT_THROW(CheckMqttId(std::string(id)), Failure) << id;
   for (const char* model : {"CSI - MAX", "GSR2650 LB", "Other"}) CheckMqttId(DefaultMqttId(model));
   EXPECT_TRUE(DefaultMqttId("CSI - MAX").ends_with("-CSI-MAX"));
 }
