@@ -203,6 +203,7 @@ TEST_F(HostMqtt, OutlivesABrokerThatStallsOrTalksRubbish) {
   EXPECT_TRUE(Has(Take(2), "fleet/van/fix 0"));
   const std::string said = complaints_.Text();
   EXPECT_EQ(Count(said, "cannot reach"), 1) << said;
+  EXPECT_EQ(Count(said, "what it sends is no MQTT"), 1) << said;
   EXPECT_GE(Count(said, "was lost: it does not answer"), 1) << said;
 }
 

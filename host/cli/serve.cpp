@@ -10,8 +10,7 @@ void AddMqtt(CLI::App& command, MqttOptions& mqtt) {
   constexpr char kGroup[] = "MQTT";
   auto* broker = command.add_option_function<std::string>(
       "--mqtt", [&mqtt](const std::string& url) { mqtt.broker = ReadMqttUrl(url); },
-      "Publish fixes, satellites and the receiver's state at a broker, under PREFIX/ID; the user's password "
-      "is taken from GPSENGINE_MQTT_PASSWORD");
+      "Publish fixes, satellites and the receiver's state at an MQTT broker, under PREFIX/ID");
   broker->type_name("mqtts://[USER@]HOST[:PORT]/PREFIX")->group(kGroup);
   command
       .add_option_function<std::string>(
@@ -29,7 +28,7 @@ void AddMqtt(CLI::App& command, MqttOptions& mqtt) {
       ->needs(broker)
       ->group(kGroup);
   AddValue(command, "--mqtt-password-file", mqtt.password_file, "FILE", AName(),
-           "File whose first line is the password")
+           "File whose first line is the password; without it, the variable GPSENGINE_MQTT_PASSWORD")
       ->needs(broker)
       ->group(kGroup);
 }

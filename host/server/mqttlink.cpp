@@ -238,6 +238,7 @@ std::string MqttConnection::ReasonOf(int error) const {
       return "its name is not known";
     case MOSQ_ERR_CONN_LOST:
       return "it has closed the connection";
+    case MOSQ_ERR_PROTOCOL: return "what it sends is no MQTT";
     case MOSQ_ERR_KEEPALIVE:
       return "it does not answer";
     case MOSQ_ERR_TLS:
@@ -292,7 +293,7 @@ MqttLink::MqttLink(const MqttOptions& options, const std::string& will, const Mq
 MqttLink::~MqttLink() {
   queue_->SetState(will_);
   queue_->Close();
-  if (ended_.wait_for(2 * patience_) == std::future_status::ready) {
+  if (ended_.wait_for(patience_ + std::chrono::seconds(1)) == std::future_status::ready) {
     thread_.join();
   } else {
     Complain("messages that did not reach the MQTT broker: " + std::to_string(queue_->Waiting()));
