@@ -21,6 +21,7 @@ constexpr int kAtLeastOnce = 1;        // the quality of service of all that is 
 constexpr int kKeepAlive = 30;         // seconds
 constexpr std::size_t kInFlight = 16;  // messages; the library has a queue of its own behind 20
 constexpr std::chrono::seconds kTick{5};
+constexpr char kNoAnswer[] = "it does not answer";
 
 /// The library's own start and end.
 struct MosquittoLibrary {
@@ -33,8 +34,6 @@ class MqttConnection {
  public:
   MqttConnection(const MqttOptions& options, const std::string& will, const MqttLimits& limits,
                  std::shared_ptr<MqttQueue> queue);
-  MqttConnection(const MqttConnection&) = delete;
-  MqttConnection& operator=(const MqttConnection&) = delete;
 
   /// Publishes until the queue is closed, and what waits then.
   void Run();
@@ -169,7 +168,7 @@ void MqttConnection::Wait() {
   if (waits[0].revents != 0) queue_->News().Clear();
   if (state_ == State::away) return;
   if (const int error = Move(waits[1].revents); error != MOSQ_ERR_SUCCESS) return Lose(ReasonOf(error));
-  if (answer_.HasPassed()) Lose("it does not answer");
+  if (answer_.HasPassed()) Lose(kNoAnswer);
 }
 
 /// Gives the library's error.
@@ -230,23 +229,20 @@ void MqttConnection::OnAnswer() {
 }
 
 std::string MqttConnection::ReasonOf(int error) const {
+  constexpr std::pair<int, const char*> kReasons[] = {{MOSQ_ERR_EAI, "its name is not known"},
+                                                      {MOSQ_ERR_CONN_LOST, "it has closed the connection"},
+                                                      {MOSQ_ERR_PROTOCOL, "what it sends is no MQTT"},
+                                                      {MOSQ_ERR_KEEPALIVE, kNoAnswer}};
   if (!refusal_.empty()) return refusal_;
-  switch (error) {
-    case MOSQ_ERR_ERRNO:
-      return std::strerror(errno);
-    case MOSQ_ERR_EAI:
-      return "its name is not known";
-    case MOSQ_ERR_CONN_LOST:
-      return "it has closed the connection";
-    case MOSQ_ERR_PROTOCOL: return "what it sends is no MQTT";
-    case MOSQ_ERR_KEEPALIVE:
-      return "it does not answer";
-    case MOSQ_ERR_TLS:
-      return "no trust in its certificate (" + error_ + "), which has to be for the name " + broker_.host +
-             ", by an authority that the system or the file of --mqtt-ca names";
-    default:
-      return Tail(mosquitto_strerror(error));
+  if (error == MOSQ_ERR_ERRNO) return std::strerror(errno);
+  if (error == MOSQ_ERR_TLS) {
+    return "no trust in its certificate (" + error_ + "), which has to be for the name " + broker_.host +
+           ", by an authority that the system or the file of --mqtt-ca names";
   }
+  for (const auto& [known, reason] : kReasons) {
+    if (known == error) return reason;
+  }
+  return Tail(mosquitto_strerror(error));
 }
 
 /// Waits for the broker, and tells so once. A reason that waiting does not mend is told whenever it is new.
