@@ -23,7 +23,6 @@ constexpr std::size_t kInFlight = 16;  // messages; the library has a queue of i
 constexpr std::chrono::seconds kTick{5};
 constexpr char kNoAnswer[] = "it does not answer";
 
-/// The library's own start and end.
 struct MosquittoLibrary {
   MosquittoLibrary() { mosquitto_lib_init(); }
   ~MosquittoLibrary() { mosquitto_lib_cleanup(); }
@@ -59,6 +58,7 @@ class MqttConnection {
   const MosquittoLibrary library_;
   const std::string topic_;  // up to its last level
   const MqttBroker broker_;
+  const std::string name_;  // for people
   const MqttLimits limits_;
   const std::shared_ptr<MqttQueue> queue_;
   const std::unique_ptr<mosquitto, decltype(&mosquitto_destroy)> client_;
@@ -88,6 +88,7 @@ MqttConnection::MqttConnection(const MqttOptions& options, const std::string& wi
                                std::shared_ptr<MqttQueue> queue)
     : topic_(options.broker.prefix + '/' + options.id + '/'),
       broker_(options.broker),
+      name_("the MQTT broker " + broker_.Name()),
       limits_(limits),
       queue_(std::move(queue)),
       client_(mosquitto_new(options.id.c_str(), true, this), &mosquitto_destroy),
@@ -213,9 +214,9 @@ void MqttConnection::OnConnect(int code) {
   if (in_flight_ == 0) answer_.Clear();
   const auto away = std::chrono::round<std::chrono::seconds>(Deadline::Clock::now() - since_).count();
   const long long dropped = queue_->TakeDropped();
-  Complain("the MQTT broker " + broker_.Name() + " is " +
-           (was_open_ ? "back after " + std::to_string(away) + " s"
-                      : "there, and gets " + topic_ + "fix, sky and status") +
+  Complain(name_ +
+           (was_open_ ? " is back after " + std::to_string(away) + " s"
+                      : " is there, and gets " + topic_ + "fix, sky and status") +
            (dropped > 0 ? "; messages that were dropped: " + std::to_string(dropped) : ""));
   was_open_ = true;
   since_ = Deadline::Clock::now();
@@ -261,27 +262,24 @@ void MqttConnection::Lose(const std::string& why) {
   pause_ = std::min(2 * pause_, limits_.longest_pause);
   if (told_ == why || (!told_.empty() && !is_for_the_user)) return;
   told_ = why;
-  Complain((was_open ? "the MQTT broker " + broker_.Name() + " was lost: "
-                     : "cannot reach the MQTT broker " + broker_.Name() + ": ") +
-           why + (queue_->IsClosed() ? "" : ". It is tried again and again, and what is published waits"));
+  Complain((was_open ? name_ + " was lost: " : "cannot reach " + name_ + ": ") + why +
+           (queue_->IsClosed() ? "" : ". It is tried again and again, and what is published waits"));
 }
 
 /// With something left over the broker is to tell the last state, as for any who leave without a word.
 void MqttConnection::Leave() {
-  const std::size_t left = queue_->Waiting() + in_flight_;
-  const long long lost = static_cast<long long>(left) + queue_->TakeDropped();
+  const auto left = static_cast<long long>(queue_->Waiting() + in_flight_);
+  const long long lost = left + queue_->TakeDropped();
   if (state_ == State::open && left == 0) mosquitto_disconnect(client_.get());
-  if (lost > 0)
-    Complain("messages that did not reach the MQTT broker " + broker_.Name() + ": " + std::to_string(lost));
+  if (lost > 0) Complain("messages that did not reach " + name_ + ": " + std::to_string(lost));
 }
 
 }  // namespace
 
 MqttLink::MqttLink(const MqttOptions& options, const std::string& will, const MqttLimits& limits)
     : will_(will), patience_(limits.farewell), queue_(std::make_shared<MqttQueue>(limits.queue)) {
-  auto connection = std::make_shared<MqttConnection>(options, will, limits, queue_);
-  std::packaged_task<void()> task([connection] { connection->Run(); });
-  connection.reset();
+  std::packaged_task<void()> task(
+      [connection = std::make_shared<MqttConnection>(options, will, limits, queue_)] { connection->Run(); });
   ended_ = task.get_future();
   thread_ = std::thread(std::move(task));
 }
