@@ -45,7 +45,6 @@ class MqttConnection {
   void Connect();
   bool GoesOn();
   void Wait();
-  int Move(short ready);
   int Read();
   void Publish();
   void OnConnect(int code);
@@ -168,19 +167,16 @@ void MqttConnection::Wait() {
   WaitFor(waits, NextAt());
   if (waits[0].revents != 0) queue_->News().Clear();
   if (state_ == State::away) return;
-  if (const int error = Move(waits[1].revents); error != MOSQ_ERR_SUCCESS) return Lose(ReasonOf(error));
+  int error = mosquitto_socket(client) < 0 ? MOSQ_ERR_CONN_LOST : MOSQ_ERR_SUCCESS;
+  if (error == MOSQ_ERR_SUCCESS && (waits[1].revents & ~POLLOUT) != 0) error = Read();
+  if (error == MOSQ_ERR_SUCCESS && (waits[1].revents & POLLOUT) != 0) error = mosquitto_loop_write(client, 1);
+  if (error == MOSQ_ERR_SUCCESS) error = mosquitto_loop_misc(client);
+  if (error != MOSQ_ERR_SUCCESS) return Lose(ReasonOf(error));
   if (answer_.HasPassed()) Lose(kNoAnswer);
 }
 
-/// Gives the library's error.
-int MqttConnection::Move(short ready) {
-  int error = mosquitto_socket(client_.get()) < 0 ? MOSQ_ERR_CONN_LOST : MOSQ_ERR_SUCCESS;
-  if (error == MOSQ_ERR_SUCCESS && (ready & ~POLLOUT) != 0) error = Read();
-  if (error == MOSQ_ERR_SUCCESS && (ready & POLLOUT) != 0) error = mosquitto_loop_write(client_.get(), 1);
-  return error == MOSQ_ERR_SUCCESS ? mosquitto_loop_misc(client_.get()) : error;
-}
-
-/// The library reads a message or a few, and what else it holds decrypted does not show at the socket.
+/// Gives the library's error. It reads a message or a few, and what else it holds decrypted does not show at
+/// the socket.
 int MqttConnection::Read() {
   for (;;) {
     const std::size_t before = in_flight_;
