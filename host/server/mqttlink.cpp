@@ -12,6 +12,7 @@
 
 #include "host/run/deadline.h"
 #include "host/run/failure.h"
+#include "host/run/words.h"
 
 namespace host {
 
@@ -22,7 +23,6 @@ constexpr int kKeepAlive = 30;         // seconds
 constexpr std::size_t kInFlight = 16;  // messages; the library has a queue of its own behind 20
 constexpr std::chrono::seconds kTick{5};
 constexpr char kNoAnswer[] = "it does not answer";
-
 struct MosquittoLibrary {
   MosquittoLibrary() { mosquitto_lib_init(); }
   ~MosquittoLibrary() { mosquitto_lib_cleanup(); }
@@ -150,8 +150,8 @@ void MqttConnection::Connect() {
 bool MqttConnection::GoesOn() {
   if (!queue_->IsClosed()) return true;
   if (!farewell_.IsSet()) farewell_.Set(limits_.farewell);
-  const bool is_done = queue_->IsEmpty() && in_flight_ == 0;
-  return state_ != State::away && !is_done && !farewell_.HasPassed();
+  const bool has_more = !queue_->IsEmpty() || in_flight_ > 0;
+  return has_more && state_ != State::away && !farewell_.HasPassed();
 }
 
 Deadline::Moment MqttConnection::NextAt() const {
@@ -265,8 +265,8 @@ void MqttConnection::Lose(const std::string& why) {
 /// With something left over the broker is to tell the last state, as for any who leave without a word.
 void MqttConnection::Leave() {
   const auto left = static_cast<long long>(queue_->Waiting() + in_flight_);
-  const long long lost = left + queue_->TakeDropped();
   if (state_ == State::open && left == 0) mosquitto_disconnect(client_.get());
+  const long long lost = left + queue_->TakeDropped();
   if (lost > 0) Complain("messages that did not reach " + name_ + ": " + std::to_string(lost));
 }
 
@@ -294,8 +294,7 @@ MqttLink::~MqttLink() {
 std::string MqttLink::Version() {
   int major = 0, minor = 0, revision = 0;
   mosquitto_lib_version(&major, &minor, &revision);
-  return "libmosquitto " + std::to_string(major) + '.' + std::to_string(minor) + '.' +
-         std::to_string(revision);
+  return Print("libmosquitto %d.%d.%d", major, minor, revision);
 }
 
 }  // namespace host
