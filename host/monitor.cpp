@@ -5,30 +5,9 @@
 #include <utility>
 
 #include "host/session/fixage.h"
-#include "host/session/rawoutput.h"
 #include "host/tui/livescreen.h"
 
 namespace host {
-
-namespace {
-
-RunRules RulesOf(const MonitorOptions& options, bool is_live) {
-  RunRules rules;
-  rules.is_strict = rules.follows = true;
-  if (is_live) rules.silence = options.timeout;
-  rules.attach_raw = options.attach_raw;
-  if (options.rinex.base.empty()) return rules;
-  rules.attach_raw = true;
-  return rules;
-}
-
-ExitCode ExplainRawData(const MonitorOptions& options, Output& output) {
-  output.Text() += RawOutput::Explain(options.model, options.rinex.interval);
-  output.Flush();
-  return ExitCode::done;
-}
-
-}  // namespace
 
 ExitCode Monitor(const MonitorOptions& given, const Interrupt& interrupt, Output& output) {
   const MonitorOptions options = ByItsOwnTime(given);
@@ -36,9 +15,7 @@ ExitCode Monitor(const MonitorOptions& given, const Interrupt& interrupt, Output
   Session session(options, interrupt, output);
   session.Read(MakeLiveFeed(options, session.Options().model, /*tells_bytes=*/false));
   const Feed& feed = session.GetFeed();
-  std::optional<RawOutput> raw_output;
-  if (!options.rinex.base.empty() && feed.IsLive() && feed.GetPort()->TakesCommands())
-    session.Add(raw_output.emplace(session.Receiver(), options.rinex.interval));
+  LiveRawData raw_data(session, options);
   const bool on_screen = options.format == Format::tui;
   if (on_screen && feed.GetPort() != nullptr && feed.GetPort()->IsInput())
     throw Failure(ExitCode::usage,
@@ -53,8 +30,10 @@ ExitCode Monitor(const MonitorOptions& given, const Interrupt& interrupt, Output
   } else {
     feed.Announce(options.model);
   }
-  RunRules rules = RulesOf(options, feed.IsLive());
-  if (raw_output) rules.on_open = [&](CGPSReceiver&) { raw_output->Start(); };
+  RunRules rules;
+  rules.is_strict = rules.follows = true;
+  if (feed.IsLive()) rules.silence = options.timeout;
+  raw_data.Rule(rules);
   const ExitCode code = session.Run(std::move(rules));
   if (code == ExitCode::done) feed.CheckUnderstood(session.Window());
   return code;

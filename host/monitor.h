@@ -1,17 +1,12 @@
 #pragma once
 
-#include <optional>
-
 #include "host/live.h"
 #include "host/run/interrupt.h"
 #include "host/run/output.h"
 
 namespace host {
 
-/// With a RINEX log, the receiver is told to send raw data.
 struct MonitorOptions : LiveOptions {
-  std::optional<bool> attach_raw;  ///< Decode raw data; without it, where the model has them.
-  bool explain = false;   ///< Show what the receiver would be sent for a RINEX log, and send nothing.
   double timeout = 10.0;  ///< Seconds to wait for a first message that is understood; 0 for no limit.
 };
 

@@ -10,7 +10,9 @@
 #include "host/records/gpsdsink.h"
 #include "host/records/lastposition.h"
 #include "host/run/face.h"
+#include "host/run/lines.h"
 #include "host/server/gpsdserver.h"
+#include "host/server/mqttoutlet.h"
 #include "host/server/pagehub.h"
 #include "host/server/pageserver.h"
 
@@ -24,9 +26,6 @@ constexpr std::size_t kSentenceHistory = 4096;
 constexpr int kSentenceReaders = 6;
 /// A receiver that has not been understood for so long from the start is worth a word.
 constexpr double kFirstMessageTime = 10.0;
-
-// In the order of Feed::Kind.
-constexpr const char* kSources[] = {"port", "simulated", "recording"};
 
 /// Makes JSON lines of what the library publishes, and keeps how old the position is.
 class ServiceSink : public GpsdSink {
@@ -123,15 +122,11 @@ void Service::Step() {
 }
 
 void Service::PassLines() {
-  std::string_view rest = json_;
-  while (!rest.empty()) {
-    const auto line = rest.substr(0, rest.find('\n') + 1);
-    rest.remove_prefix(line.size());
+  TakeLines(json_, [this](std::string_view line) {
     server_->PublishJson(line);
     const bool is_shown = !line.starts_with(R"({"class":"RAW")") && !line.starts_with(R"({"class":"EPHE)");
     if (page_ && is_shown) hub_.Publish(line.substr(0, line.size() - 1));
-  }
-  json_.clear();
+  });
 }
 
 std::string Service::Status() const {
@@ -147,7 +142,7 @@ std::string Service::Status() const {
   json.Member("time", std::string_view(IsoText(Now())));
   json.Known("device", device_.path);
   json.Member("model", std::string_view(device_.driver));
-  json.Member("source", kSources[static_cast<int>(session_.GetFeed().GetKind())]);
+  json.Member("source", session_.GetFeed().KindName());
   if (device_.bps > 0) json.Member("baud", device_.bps);
   json.Member("lost", session_.IsWaiting());
   json.Member("understood", !device_.activated.empty());
@@ -173,16 +168,21 @@ std::string Service::Status() const {
 
 ExitCode Serve(const ServeOptions& given, const Interrupt& interrupt, Output& output) {
   const ServeOptions options = ByItsOwnTime(given);
+  if (options.explain) return ExplainRawData(options, output);
   Session session(options, interrupt, output);
   session.Read(MakeLiveFeed(options, session.Options().model, /*tells_bytes=*/true));
   const Feed& feed = session.GetFeed();
+  LiveRawData raw_data(session, options);
   Service service(session, options, output);
   session.Add(service);
+  std::optional<MqttOutlet> mqtt;
+  if (!options.mqtt.broker.host.empty()) session.Add(mqtt.emplace(session, options.mqtt));
   const Shown beside(session, options, output);
   feed.Announce(options.model);
   RunRules rules;
   rules.silence = kFirstMessageTime;
   rules.follows = true;
+  raw_data.Rule(rules);
   const ExitCode code = session.Run(std::move(rules));
   if (code == ExitCode::done) feed.CheckUnderstood(session.Window());
   return code;

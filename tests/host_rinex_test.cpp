@@ -15,6 +15,7 @@
 #include "host/decode.h"
 #include "host/exports/rinexlog.h"
 #include "simulator/simulator.h"
+#include "tests/support/program.h"
 #include "tests/support/smalldisk.h"
 #include "tests/support/temporaryfolder.h"
 #include "tests/support/texts.h"
@@ -460,5 +461,34 @@ TEST_F(HostRinex, SaysWhatAConverterMakesOfTheSameBytes) {
           "/tools/compare-rinex ours.$kind theirs.$kind >$kind.txt || exit 1; done";
       EXPECT_EQ(std::system(command.c_str()), 0) << kRawModels[i].name;
     }
+  }
+}
+
+TEST_F(HostRinex, AndExportsAreTheSameWhicheverCommandWritesThem) {
+  const auto receiver = simulator::MakeReceiver({.model = "CSI - MAX"});
+  const std::string recording = folder_ / "drive";
+  WriteFile(recording, RawMinute(*receiver, kRawModels[1]));
+  const std::vector<std::string> extensions = {"gpx", "kml", "csv", "nmea", "pos", "geojson"};
+  const auto run = [&](std::vector<std::string> arguments, const std::string& base) {
+    arguments.insert(arguments.end(), {"--model", "CSI - MAX", "--crs", "utm", "--rinex", base});
+    for (const auto& extension : extensions)
+      arguments.insert(arguments.end(), {"--" + extension, base + "." + extension});
+    Program program(arguments);
+    EXPECT_EQ(program.Wait(), 0) << program.Errors();
+  };
+  run({"decode", recording, "--format", "none"}, folder_ / "decode");
+  run({"monitor", "--play", recording, "--speed", "max", "--format", "none"}, folder_ / "monitor");
+  run({"serve", "--play", recording, "--speed", "max", "--tcp", "0"}, folder_ / "serve");
+  for (const char* log : {".obs", ".nav"}) {
+    const std::string body = Body(folder_ / "decode" + log);
+    EXPECT_GT(body.size(), 1000u) << log;
+    EXPECT_EQ(Body(folder_ / "monitor" + log), body);
+    EXPECT_EQ(Body(folder_ / "serve" + log), body);
+  }
+  for (const auto& extension : extensions) {
+    const std::string file = ReadFile(folder_ / "decode." + extension);
+    EXPECT_GT(file.size(), 4000u) << extension;
+    EXPECT_EQ(ReadFile(folder_ / "monitor." + extension), file);
+    EXPECT_EQ(ReadFile(folder_ / "serve." + extension), file);
   }
 }

@@ -17,7 +17,8 @@ void AddDecode(CLI::App& app, Job& job) {
            "Recordings, one after the other, which may be packed by gzip; - for standard input")
       ->required();
   AddReceiver(*command, *options);
-  AddShown(
+  AddBeside(*command, *options);
+  AddFormat(
       *command, *options, *options,
       {{"text", Format::text}, {"json", Format::json}, {"record", Format::record}, {"none", Format::none}},
       "How to show records; none: the summary alone");

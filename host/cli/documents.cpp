@@ -4,6 +4,7 @@
 #include "host/commands/modellists.h"
 #include "host/network/rfc2217line.h"
 #include "host/records/projection.h"
+#include "host/server/mqttlink.h"
 
 namespace host {
 
@@ -24,7 +25,7 @@ std::string HelpOf(const CLI::App& app, const std::string& topic) {
 }  // namespace
 
 std::string VersionText() {
-  return GPSENGINE_VERSION "\n" + Projection::Version() + '\n' + Rfc2217Version();
+  return GPSENGINE_VERSION "\n" + Projection::Version() + '\n' + Rfc2217Version() + '\n' + MqttLink::Version();
 }
 
 void AddDocuments(CLI::App& app, Job& job) {

@@ -23,21 +23,13 @@ void AddMonitor(CLI::App& app, Job& job) {
       "On a terminal it is a screen: q quits, ? lists the keys, c commands the receiver.");
   auto options = std::make_shared<MonitorOptions>();
   AddLive(*command, *options);
-  AddShown(*command, *options, *options,
-           {{"tui", Format::tui},
-            {"text", Format::text},
-            {"json", Format::json},
-            {"record", Format::record},
-            {"none", Format::none}},
-           "How to show records; none: not at all. Without it, tui on a terminal and text elsewhere");
-  command
-      ->add_flag("--explain", options->explain, "Show what --rinex sends to the receiver, and send nothing")
-      ->needs("--rinex")
-      ->group(kRinexGroup);
-  command->add_flag_function(
-      "--attach-raw,!--no-attach-raw", [options](std::int64_t sign) { options->attach_raw = sign > 0; },
-      "Decode raw data; on where the model has them, and in a recording");
-  AddDuration(*command, options->duration, "End after this many seconds");
+  AddFormat(*command, *options, *options,
+            {{"tui", Format::tui},
+             {"text", Format::text},
+             {"json", Format::json},
+             {"record", Format::record},
+             {"none", Format::none}},
+            "How to show records; none: not at all. Without it, tui on a terminal and text elsewhere");
   AddValue(*command, "--timeout", options->timeout, "S", Between(0.0),
            "Seconds to wait for a first message, 0 for ever")
       ->capture_default_str();

@@ -16,6 +16,7 @@ const std::map<std::string, Units> kUnits = {
 const std::map<std::string, AngleFormat> kAngles = {
     {"degrees", AngleFormat::degrees}, {"minutes", AngleFormat::minutes}, {"dms", AngleFormat::seconds}};
 
+constexpr char kRinexGroup[] = "RINEX";
 const std::map<std::string, RinexVersion> kRinexVersions = {{"2.11", RinexVersion::v2_11},
                                                             {"3.04", RinexVersion::v3_04}};
 
@@ -53,6 +54,21 @@ void AddRinex(CLI::App& command, RinexOptions& rinex) {
     AddValue(command, option, rinex.station.*text, type, AsciiUpTo(columns), description)
         ->needs(base)
         ->group(kRinexGroup);
+  }
+}
+
+void AddLiveRawData(CLI::App& command, LiveOptions& live) {
+  command.add_flag("--explain", live.explain, "Show what --rinex sends to the receiver, and send nothing")
+      ->needs("--rinex")
+      ->group(kRinexGroup);
+  command.add_flag_function(
+      "--attach-raw,!--no-attach-raw", [&live](std::int64_t sign) { live.attach_raw = sign > 0; },
+      "Decode raw data; on where the model has them, and in a recording");
+}
+
+void AddExports(CLI::App& command, ExportOptions& exports) {
+  for (const ExportKind& kind : ExportKinds()) {
+    AddValue(command, kind.option, exports.*kind.path, "FILE", AName(), kind.description)->group("Exports");
   }
 }
 
@@ -148,21 +164,21 @@ void AddLive(CLI::App& command, LiveOptions& live) {
       ->needs("--play");
   AddReceiver(command, live);
   AddValue(command, "--record", live.record, "FILE", AName(), "Record the port's bytes")->excludes("--play");
+  AddBeside(command, live);
+  AddLiveRawData(command, live);
+  AddDuration(command, live.duration, "End after this many seconds");
 }
 
-void AddExports(CLI::App& command, ExportOptions& exports) {
-  for (const ExportKind& kind : ExportKinds()) {
-    AddValue(command, kind.option, exports.*kind.path, "FILE", AName(), kind.description)->group("Exports");
-  }
-  AddFilters(command, exports.filter);
-}
-
-void AddShown(CLI::App& command, RunOptions& run, ShownOptions& shown,
-              const std::map<std::string, Format>& formats, const std::string& description) {
-  AddChoice(command, "--format", shown.format, formats, description);
+void AddBeside(CLI::App& command, ShownOptions& shown) {
   AddRinex(command, shown.rinex);
   AddExports(command, shown.exports);
+  AddFilters(command, shown.exports.filter);
   AddDisplay(command, shown.display);
+}
+
+void AddFormat(CLI::App& command, RunOptions& run, ShownOptions& shown,
+               const std::map<std::string, Format>& formats, const std::string& description) {
+  AddChoice(command, "--format", shown.format, formats, description);
   AddValue(command, "--count", run.count, "N", WholeBetween(1), "End after this many records were shown");
 }
 

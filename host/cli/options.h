@@ -30,22 +30,20 @@ CLI::Option* AddChoice(CLI::App& command, const std::string& name, Value& value,
 
 // Options that commands share, as they add them.
 
-/// What the options of a RINEX log stand under.
-constexpr char kRinexGroup[] = "RINEX";
-
 void AddModel(CLI::App& command, std::string& model);
 void AddDuration(CLI::App& command, double& seconds, const std::string& description);
 /// --port and --baud, whose words ChooseLine looks up.
 void AddLine(CLI::App& command, LineChoice& line, const std::string& description);
 /// How a receiver's data are read.
 void AddReceiver(CLI::App& command, RunOptions& run);
-/// Where a run that follows a receiver gets its bytes from, how they are read, and what keeps them.
+/// Where a run that follows a receiver gets its bytes from, how they are read, what keeps them, and what is
+/// written beside.
 void AddLive(CLI::App& command, LiveOptions& live);
 /// What is written beside a run, and what of it passes.
-void AddExports(CLI::App& command, ExportOptions& exports);
-/// What is shown of a run's records, and written beside that.
-void AddShown(CLI::App& command, RunOptions& run, ShownOptions& shown,
-              const std::map<std::string, Format>& formats, const std::string& description);
+void AddBeside(CLI::App& command, ShownOptions& shown);
+/// What is shown of a run's records.
+void AddFormat(CLI::App& command, RunOptions& run, ShownOptions& shown,
+               const std::map<std::string, Format>& formats, const std::string& description);
 /// The format of a list: this one or json.
 void AddListFormat(CLI::App& command, std::string& format, const std::string& plain);
 

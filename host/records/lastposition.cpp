@@ -19,8 +19,12 @@ void LastPosition::Note(const Record& record) {
   if (record.epoch.valid) fix_at_ = position_at_;
 }
 
+std::string_view LastPosition::Kind() const {
+  return position_at_ ? NameOfSignal(signal_) : std::string_view();
+}
+
 void LastPosition::Write(JsonWriter& json) const {
-  if (position_at_) json.Member("fix", NameOfSignal(signal_));
+  json.Known("fix", Kind());
   WriteAge(json, "fixAge", fix_at_);
   WriteAge(json, "positionAge", position_at_);
 }

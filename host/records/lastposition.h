@@ -22,6 +22,8 @@ class LastPosition {
   void Note(const Record& record);
   /// Whether another kind of fix came, or any after a silence, since the last call.
   bool TakeNews() { return std::exchange(has_news_, false); }
+  /// The name of its kind of fix; empty if there was none.
+  std::string_view Kind() const;
   /// Adds the kind of fix and the ages to an object that is being written, as far as there are any.
   void Write(JsonWriter& json) const;
 

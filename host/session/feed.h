@@ -23,6 +23,11 @@ class Feed {
   Feed& operator=(const Feed&) = delete;
 
   Kind GetKind() const { return kind_; }
+  /// The kind's name for other programs.
+  const char* KindName() const {
+    constexpr const char* kNames[] = {"port", "simulated", "recording"};
+    return kNames[static_cast<int>(kind_)];
+  }
   /// The device or the file, as the user and the records name it.
   const std::string& Name() const { return name_; }
   /// The files that the bytes come from.
