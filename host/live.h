@@ -4,6 +4,7 @@
 #include <string>
 #include <utility>
 
+#include "host/corrections/link.h"
 #include "host/session/session.h"
 #include "host/shown.h"
 
@@ -12,6 +13,7 @@ namespace host {
 /// What the user says of a run that follows a receiver, or plays a recording as if it were one.
 struct LiveOptions : RunOptions, ShownOptions {
   double speed = 1.0;  ///< Of a recording, by its own times; 0 for the engine's own playback.
+  CorrectionOptions corrections;
 };
 
 /// Where such a run gets its bytes from. `tells_bytes`: those of a recording are wanted too.

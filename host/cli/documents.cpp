@@ -2,6 +2,7 @@
 #include "host/cli/clihelp.h"
 #include "host/cli/commands.h"
 #include "host/commands/modellists.h"
+#include "host/corrections/source.h"
 #include "host/records/projection.h"
 
 namespace host {
@@ -23,7 +24,7 @@ std::string HelpOf(const CLI::App& app, const std::string& topic) {
 }  // namespace
 
 std::string VersionText() {
-  return GPSENGINE_VERSION "\n" + Projection::Version();
+  return GPSENGINE_VERSION "\n" + Projection::Version() + "\n" + NetworkVersion();
 }
 
 void AddDocuments(CLI::App& app, Job& job) {

@@ -145,6 +145,7 @@ void AddLive(CLI::App& command, LiveOptions& live) {
       ->needs("--play");
   AddReceiver(command, live);
   AddValue(command, "--record", live.record, "FILE", AName(), "Record the port's bytes")->excludes("--play");
+  AddCorrections(command, live.corrections);
 }
 
 void AddExports(CLI::App& command, ExportOptions& exports) {

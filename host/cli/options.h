@@ -41,6 +41,8 @@ void AddLine(CLI::App& command, LineChoice& line, const std::string& description
 void AddReceiver(CLI::App& command, RunOptions& run);
 /// Where a run that follows a receiver gets its bytes from, how they are read, and what keeps them.
 void AddLive(CLI::App& command, LiveOptions& live);
+/// What a receiver is sent besides commands.
+void AddCorrections(CLI::App& command, CorrectionOptions& corrections);
 /// What is written beside a run, and what of it passes.
 void AddExports(CLI::App& command, ExportOptions& exports);
 /// What is shown of a run's records, and written beside that.

@@ -1,5 +1,6 @@
 #include "host/line/observer.h"
 
+#include <algorithm>
 #include <mutex>
 #include <string_view>
 #include <utility>
@@ -14,6 +15,8 @@ struct LineObserver::State {
   std::string bytes;
   bool lost = false;
   Event news;
+  std::mutex write_mutex;
+  SerialLine* line = nullptr;  // that is open; behind the mutex of writes
 
   void Begin() {
     const std::lock_guard lock(mutex);
@@ -38,7 +41,12 @@ template <class State>
 class ObservedLine : public SerialLine {
  public:
   ObservedLine(std::unique_ptr<SerialLine> line, std::shared_ptr<State> state)
-      : line_(std::move(line)), state_(std::move(state)) {}
+      : line_(std::move(line)), state_(std::move(state)) {
+    SetLine(nullptr, line_.get());
+  }
+  ~ObservedLine() override { SetLine(line_.get(), nullptr); }
+  ObservedLine(const ObservedLine&) = delete;
+  ObservedLine& operator=(const ObservedLine&) = delete;
 
   int Read(void* data, int most, DWORD ms) override {
     if (held_.empty()) {
@@ -59,7 +67,10 @@ class ObservedLine : public SerialLine {
 
   bool GetState(DCB& dcb) override { return line_->GetState(dcb); }
   bool SetState(const DCB& dcb) override { return line_->SetState(dcb); }
-  int Write(const void* data, int length, DWORD ms) override { return line_->Write(data, length, ms); }
+  int Write(const void* data, int length, DWORD ms) override {
+    const std::lock_guard lock(state_->write_mutex);
+    return line_->Write(data, length, ms);
+  }
   void Cancel() override { line_->Cancel(); }
   void WakeReader() override { line_->WakeReader(); }
   bool PurgeInput() override { return line_->PurgeInput(); }
@@ -68,6 +79,12 @@ class ObservedLine : public SerialLine {
 
  private:
   static constexpr int kLeastBlock = 128;
+
+  /// A line may end behind the opening of the next one.
+  void SetLine(const SerialLine* from, SerialLine* to) const {
+    const std::lock_guard lock(state_->write_mutex);
+    if (from == nullptr || state_->line == from) state_->line = to;
+  }
 
   const std::unique_ptr<SerialLine> line_;
   const std::shared_ptr<State> state_;
@@ -97,6 +114,14 @@ std::string LineObserver::Take() const {
   const std::lock_guard lock(state_->mutex);
   state_->news.Clear();
   return std::exchange(state_->bytes, {});
+}
+
+std::size_t LineObserver::Write(std::string_view bytes) const {
+  constexpr DWORD kStalled = 200;  // so long does a command wait for a line that takes nothing
+  const std::lock_guard lock(state_->write_mutex);
+  if (state_->line == nullptr) return 0;
+  const int written = state_->line->Write(bytes.data(), static_cast<int>(bytes.size()), kStalled);
+  return static_cast<std::size_t>(std::max(written, 0));
 }
 
 bool LineObserver::IsLost() const {

@@ -1,7 +1,9 @@
 #pragma once
 
+#include <optional>
 #include <string>
 
+#include "host/corrections/link.h"
 #include "host/records/display.h"
 #include "host/records/tally.h"
 #include "host/tui/canvas.h"
@@ -22,6 +24,7 @@ struct View {
   bool is_live = true;     ///< Times are of the date that this computer has.
   bool survey = false;     ///< The survey has the place of the sky.
   bool sentences = false;  ///< The stream of sentences has a panel.
+  std::optional<CorrectionStatus> corrections;  ///< None if none are wanted.
   std::string status;      ///< The line above the keys.
   Style status_style = Style::normal;
 };
