@@ -18,7 +18,7 @@ CorrectionLink::Write WriterOf(const Session& session) {
                   "--corrections goes to a receiver, and " + feed.Name() +
                       " is a recording: name the receiver's device with --port in the place of --play");
   }
-  return [&line = const_cast<Feed&>(feed)](std::string_view bytes) { return line.Write(bytes); };
+  return [&feed](std::string_view bytes) { return feed.Write(bytes); };
 }
 
 }  // namespace
@@ -28,7 +28,7 @@ Corrected::Corrected(Session& session, const CorrectionOptions& options, Output&
     : session_(session),
       output_(output),
       format_(format),
-      wants_position_(options.gga_interval > 0.0),
+      wants_position_(options.gga_interval > 0.0 && options.source.starts_with("ntrip")),
       link_(options, WriterOf(session), limits) {}
 
 void Corrected::OnEvent(RunEvent event) {

@@ -1,6 +1,6 @@
-#include "host/corrections/sourcetable.h"
 #include "host/cli/commands.h"
 #include "host/cli/options.h"
+#include "host/corrections/sourcetable.h"
 
 namespace host {
 
@@ -57,7 +57,8 @@ void AddNtrip(CLI::App& app, Job& job) {
           [options](const std::string& place) {
             options->near = PlaceOf(place);
             if (!options->near)
-              throw CLI::ValidationError("--near", place + " is no latitude and longitude such as 47.62,9.40");
+              throw CLI::ValidationError("--near",
+                                         place + " is no latitude and longitude such as 47.62,9.40");
           },
           "Where you are, in degrees: distances, and the nearest first")
       ->type_name("LAT,LON");

@@ -89,7 +89,8 @@ SourceEnd CorrectionLink::ReadOnce() {
   framer_.Clear();
   {
     const std::lock_guard lock(mutex_);
-    if (status_.state == CorrectionStatus::State::flowing) status_.state = CorrectionStatus::State::connecting;
+    if (status_.state == CorrectionStatus::State::flowing)
+      status_.state = CorrectionStatus::State::connecting;
   }
   const SourcePeer peer{[this](std::string_view bytes) { Take(bytes); },
                         [this] {
@@ -122,7 +123,8 @@ void CorrectionLink::Note(const SourceEnd& end) {
 void CorrectionLink::NoteFlow() {
   {
     const std::lock_guard lock(mutex_);
-    if (std::exchange(status_.state, CorrectionStatus::State::flowing) == CorrectionStatus::State::flowing) return;
+    if (std::exchange(status_.state, CorrectionStatus::State::flowing) == CorrectionStatus::State::flowing)
+      return;
     ++status_.connections;
     status_.trouble.clear();
   }

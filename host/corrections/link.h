@@ -21,15 +21,15 @@ struct CorrectionStatus {
 
   State state = State::connecting;
   std::string source;
-  std::string trouble;              ///< Why nothing flows.
-  long long bytes = 0;              ///< That have come.
-  long long written = 0;            ///< Bytes that the receiver's line has taken.
-  long long messages = 0;           ///< Of RTCM 3, with a good checksum.
+  std::string trouble;     ///< Why nothing flows.
+  long long bytes = 0;     ///< That have come.
+  long long written = 0;   ///< Bytes that the receiver's line has taken.
+  long long messages = 0;  ///< Of RTCM 3, with a good checksum.
   long long bad_checksums = 0;
-  long long dropped = 0;            ///< Messages, and pieces of other bytes, that the receiver did not get.
-  int connections = 0;              ///< How often something began to flow.
-  std::map<int, long long> types;   ///< Messages by their number.
-  std::optional<double> age;        ///< Seconds since the last whole message.
+  long long dropped = 0;           ///< Messages, and pieces of other bytes, that the receiver did not get.
+  int connections = 0;             ///< How often something began to flow.
+  std::map<int, long long> types;  ///< Messages by their number.
+  std::optional<double> age;       ///< Seconds since the last whole message.
 };
 
 /// "flowing", "waiting", …
@@ -39,16 +39,16 @@ std::string TypesOf(const CorrectionStatus& status);
 
 /// What the user wants of corrections.
 struct CorrectionOptions {
-  std::string source;         ///< Empty for none.
+  std::string source;  ///< Empty for none.
   std::string password_file;
-  int baud = 9600;            ///< Of a serial device that they come from.
+  int baud = 9600;  ///< Of a serial device that they come from.
   double gga_interval = 10.0;
-  bool rtcm_only = false;     ///< Nothing but RTCM 3 messages of a good checksum passes.
+  bool rtcm_only = false;  ///< Nothing but RTCM 3 messages of a good checksum passes.
 };
 
-/// Carries corrections from a source to the receiver's line, on two threads: one reads the source, whatever it
-/// does, and one writes, as fast as the line takes them. A source that is lost is tried again after growing
-/// pauses. What is wrong is told once.
+/// Carries corrections from a source to the receiver's line, on two threads: one reads the source, whatever
+/// it does, and one writes, as fast as the line takes them. A source that is lost is tried again after
+/// growing pauses. What is wrong is told once.
 class CorrectionLink {
  public:
   /// Writes to the line, as much as that takes; gives the count.

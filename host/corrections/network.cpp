@@ -37,7 +37,8 @@ using List = std::unique_ptr<curl_slist, FreeBy<curl_slist_free_all>>;
 
 /// What a terminal can show of a text from outside.
 std::string Plainly(std::string text) {
-  std::replace_if(text.begin(), text.end(), [](char c) { return c < ' ' || c > '~'; }, '?');
+  std::replace_if(
+      text.begin(), text.end(), [](char c) { return c < ' ' || c > '~'; }, '?');
   return text;
 }
 
@@ -47,8 +48,8 @@ List ListOf(const std::vector<std::string>& lines) {
   return list;
 }
 
-/// What a caster says ahead of its stream, or in its place. Casters of the first version speak no HTTP: a line
-/// "ICY 200 OK", with or without an empty one behind it, so that libcurl takes all they send for a body.
+/// What a caster says ahead of its stream, or in its place. Casters of the first version speak no HTTP: a
+/// line "ICY 200 OK", with or without an empty one behind it, so that libcurl takes all they send for a body.
 class Answer {
  public:
   const std::string& Status() const { return status_; }
@@ -72,7 +73,8 @@ class Answer {
 void Answer::TakeHeader(const std::string& line) {
   size_ += line.size();
   is_over_ = true;
-  if (status_.empty()) status_ = Plainly(line.substr(0, std::min<std::size_t>(line.find_first_of("\r\n"), 80)));
+  if (status_.empty())
+    status_ = Plainly(line.substr(0, std::min<std::size_t>(line.find_first_of("\r\n"), 80)));
   constexpr std::string_view kType = "content-type:";
   if (IsSameName(line.substr(0, kType.size()), kType))
     is_table_ |= line.find("gnss/sourcetable") != std::string::npos;
@@ -89,7 +91,8 @@ bool Answer::MayBeHeader(std::string_view line) {
   constexpr std::size_t kLongest = 256, kLongestName = 40;
   const auto is_name = [](char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '-'; };
   const std::string_view name = line.substr(0, line.find(':'));
-  return line.size() < kLongest && name.size() < kLongestName && std::all_of(name.begin(), name.end(), is_name);
+  return line.size() < kLongest && name.size() < kLongestName &&
+         std::all_of(name.begin(), name.end(), is_name);
 }
 
 std::string Answer::Body(std::string_view bytes) {
@@ -98,7 +101,8 @@ std::string Answer::Body(std::string_view bytes) {
   while (!is_over_) {
     const std::size_t end = held_.find('\n');
     const std::string line = held_.substr(0, std::min(end, held_.find('\r')));
-    const bool is_header = MayBeHeader(line) && (line.empty() || end == std::string::npos || line.find(':') < end);
+    const bool is_header =
+        MayBeHeader(line) && (line.empty() || end == std::string::npos || line.find(':') < end);
     if (!status_.empty() && !is_header) break;
     if (end == std::string::npos && held_.size() < kMostHeaders) return {};
     size_ += end + 1;
@@ -186,19 +190,17 @@ SourceEnd EndOf(const Request& request) {
   if (words.empty()) return {};
   if (answer.IsForeign()) return {Kind::absent, "what answers there is no caster: \"" + words + '"'};
   if (status == 401 || status == 403 || words.starts_with("ERROR - Bad")) {
-    return {Kind::refused,
-            "the caster refuses user and password (" + words +
-                "): give the user as ntrip://USER@..., and the password in GPSENGINE_CORRECTIONS_PASSWORD or with "
-                "--corrections-password-file, then start once more"};
+    return {Kind::refused, "the caster refuses user and password (" + words +
+                               "): give the user as ntrip://USER@..., and the password in "
+                               "GPSENGINE_CORRECTIONS_PASSWORD or with "
+                               "--corrections-password-file, then start once more"};
   }
   if (answer.IsTable() || status == 404)
-    return {Kind::absent, "the caster has no such mount point now; \"gpsengine ntrip CASTER\" lists those it has"};
-  if (status >= 300 || words.starts_with("ERROR")) return {Kind::absent, "the caster answers \"" + words + '"'};
+    return {Kind::absent,
+            "the caster has no such mount point now; \"gpsengine ntrip CASTER\" lists those it has"};
+  if (status >= 300 || words.starts_with("ERROR"))
+    return {Kind::absent, "the caster answers \"" + words + '"'};
   return {};
-}
-
-std::string Numbers(double seconds) {
-  return Print("%g s", seconds);
 }
 
 /// A transfer on its way, on the thread that made it.
@@ -212,8 +214,8 @@ class Transfer {
   Transfer(const Transfer&) = delete;
   Transfer& operator=(const Transfer&) = delete;
 
-  /// Moves it on until it is done, is to end, or has been silent for too long. `due` does what is due, and says
-  /// when to call it again.
+  /// Moves it on until it is done, is to end, or has been silent for too long. `due` does what is due, and
+  /// says when to call it again.
   template <class Due>
   SourceEnd Run(Due due) {
     for (;;) {
@@ -229,7 +231,9 @@ class Transfer {
   }
   void Heard() { heard_.Set(peer_.patience); }
   SourceEnd Silent() const {
-    return {SourceEnd::Kind::lost, "nothing has come for " + Numbers(peer_.patience)};
+    const bool waits = peer_.gga_interval > 0.0 && peer_.gga().empty();
+    return {SourceEnd::Kind::lost, "nothing has come for " + Print("%g s", peer_.patience) +
+                                       (waits ? ", perhaps for want of a position: there is no fix so far" : "")};
   }
 
  private:
@@ -238,7 +242,8 @@ class Transfer {
     const CURLMsg* const message = curl_multi_info_read(multi_.get(), &left);
     const CURLcode code = message == nullptr ? CURLE_OK : message->data.result;
     if (const SourceEnd end = EndOf(request_); end.kind != SourceEnd::Kind::stopped) return end;
-    return {SourceEnd::Kind::lost, code == CURLE_OK ? "the other side has closed the connection" : request_.Reason(code)};
+    return {SourceEnd::Kind::lost,
+            code == CURLE_OK ? "the other side has closed the connection" : request_.Reason(code)};
   }
 
   const Multi multi_{curl_multi_init()};
@@ -247,8 +252,8 @@ class Transfer {
   Deadline heard_;
 };
 
-/// A mount point's stream. The receiver's position goes up in the same connection, as the body of the request,
-/// which has no end: so libcurl sends and receives, whatever is between.
+/// A mount point's stream. The receiver's position goes up in the same connection, as the body of the
+/// request, which has no end: so libcurl sends and receives, whatever is between.
 class Stream {
  public:
   Stream(const CorrectionSource& source, const std::string& password, const SourcePeer& peer)
@@ -295,9 +300,9 @@ class Stream {
 
   /// Asked for once a second as long as there is none.
   Deadline::Moment SendPosition() {
-    if (peer_.gga_interval <= 0.0) return Deadline::kNever;
+    if (peer_.gga_interval <= 0.0 || request_.GetAnswer().Status().empty()) return Deadline::kNever;
     if (!due_.IsSet() || due_.HasPassed()) {
-      if (position_.empty() && !request_.GetAnswer().Status().empty()) position_ = peer_.gga();
+      if (position_.empty()) position_ = peer_.gga();
       due_.Set(position_.empty() ? 1.0 : peer_.gga_interval);
       curl_easy_pause(request_.Handle(), CURLPAUSE_CONT);
     }
@@ -329,7 +334,8 @@ SourceEnd ReadPort(const CorrectionSource& source, const SourcePeer& peer) {
     std::size_t count = 0;
     const CURLcode code = curl_easy_recv(request.Handle(), piece, sizeof piece, &count);
     if (code == CURLE_AGAIN) continue;
-    if (code != CURLE_OK || count == 0) return {SourceEnd::Kind::lost, "the other side has closed the connection"};
+    if (code != CURLE_OK || count == 0)
+      return {SourceEnd::Kind::lost, "the other side has closed the connection"};
     peer.take({piece, count});
   }
 }
@@ -376,9 +382,9 @@ std::string FetchSourceTable(const CorrectionSource& caster, const std::string& 
   const SourceEnd end = EndOf(request);
   const bool is_refused = end.kind == SourceEnd::Kind::refused;
   throw Failure(ExitCode::failed, caster.Name() + ": " +
-                                      (is_refused          ? end.reason
+                                      (is_refused         ? end.reason
                                        : code != CURLE_OK ? request.Reason(code)
-                                                           : "what came is no table of mount points"));
+                                                          : "what came is no table of mount points"));
 }
 
 std::string NetworkVersion() {

@@ -4,9 +4,10 @@
 namespace host {
 
 void CheckNetwork(const CorrectionSource& source) {
-  throw Failure(ExitCode::usage, source.Name() +
-                                     " needs the library libcurl, which this program was built without: install "
-                                     "libcurl4-openssl-dev and build it again");
+  throw Failure(ExitCode::usage,
+                source.Name() +
+                    " needs the library libcurl, which this program was built without: install "
+                    "libcurl4-openssl-dev and build it again");
 }
 
 SourceEnd ReadNetwork(const CorrectionSource& source, const std::string&, const SourcePeer&) {

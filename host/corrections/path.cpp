@@ -43,7 +43,7 @@ SourceEnd ReadDevice(const std::string& path, int baud, const SourcePeer& peer) 
 SourceEnd ReadFileOrPipe(const std::string& path, const SourcePeer& peer) {
   const UniqueDescriptor file(open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
   if (!file) return CannotOpen();
-  struct stat facts{};
+  struct stat facts {};
   fstat(file.Get(), &facts);
   char piece[1024];
   for (;;) {

@@ -9,13 +9,14 @@
 
 namespace host {
 
-/// What is on its way from a source to the receiver, whole pieces of a stream. What finds no room makes it: the
-/// oldest are dropped, since old corrections are worth the least.
+/// What is on its way from a source to the receiver, whole pieces of a stream. What finds no room makes it:
+/// the oldest are dropped, since old corrections are worth the least.
 class CorrectionQueue {
  public:
   explicit CorrectionQueue(std::size_t most_bytes) : most_(most_bytes) {}
 
-  /// Adds a piece. One that waits for room waits until there is some, or the end. Gives how many were dropped.
+  /// Adds a piece. One that waits for room waits until there is some, or the end. Gives how many were
+  /// dropped.
   int Add(std::string piece, bool waits);
   /// Waits for a piece that may go; none at the end.
   std::optional<std::string> Take();

@@ -47,7 +47,8 @@ int TypeOf(std::string_view frame) {
 unsigned Crc24Q(std::string_view bytes) {
   static constexpr auto kTable = MakeCrcTable();
   unsigned crc = 0;
-  for (const char c : bytes) crc = (crc << 8 & 0xFFFFFF) ^ kTable[(crc >> 16 ^ static_cast<unsigned char>(c)) & 0xFF];
+  for (const char c : bytes)
+    crc = (crc << 8 & 0xFFFFFF) ^ kTable[(crc >> 16 ^ static_cast<unsigned char>(c)) & 0xFF];
   return crc;
 }
 

@@ -58,7 +58,9 @@ void TakeHost(const std::string& rest, CorrectionSource& source) {
     if (!port || *port < 1 || *port > 65535) RefuseSource("\"" + address + "\" has no port from 1 to 65535");
     source.port = *port;
   }
-  const auto is_foreign = [](char c) { return c <= ' ' || c > '~' || std::strchr("\"<>\\^`{|}?#%", c) != nullptr; };
+  const auto is_foreign = [](char c) {
+    return c <= ' ' || c > '~' || std::strchr("\"<>\\^`{|}?#%", c) != nullptr;
+  };
   if (source.host.empty() || std::any_of(rest.begin(), rest.end(), is_foreign))
     RefuseSource("\"" + rest + "\" is no address such as caster.example:2101/MOUNT");
 }
@@ -99,7 +101,7 @@ CorrectionSource ParseCorrections(const std::string& text) {
                    "\" lists those of the caster; then " + source.Name() + "/MOUNT");
     return source;
   }
-  struct stat facts{};
+  struct stat facts {};
   if (stat(text.c_str(), &facts) != 0) RefuseSource("cannot open " + text + ": " + std::strerror(errno));
   if (S_ISDIR(facts.st_mode)) RefuseSource(text + " is a folder");
   CorrectionSource source;

@@ -23,8 +23,8 @@ struct CorrectionSource {
   std::string Name() const;
 };
 
-/// "ntrip://user@caster:2101/MOUNT", "ntrips://…", "tcp://host:port", or the path of a device or a file. Throws
-/// a Failure that says what is wrong, and repeats no password.
+/// "ntrip://user@caster:2101/MOUNT", "ntrips://…", "tcp://host:port", or the path of a device or a file.
+/// Throws a Failure that says what is wrong, and repeats no password.
 CorrectionSource ParseCorrections(const std::string& text);
 /// "caster", "caster:2101" or "ntrip://user@caster".
 CorrectionSource ParseCaster(const std::string& text);
@@ -38,7 +38,7 @@ struct SourcePeer {
   std::function<std::string()> gga;            ///< Where the receiver is, as a line; empty while not known.
   const Event& stop;                           ///< Set once it is over.
   double gga_interval = 10.0;                  ///< Seconds between GGAs to a caster; 0 for none.
-  double patience = 60.0;                      ///< Seconds without a byte after which a connection is given up.
+  double patience = 60.0;  ///< Seconds without a byte after which a connection is given up.
 };
 
 /// Why a source gives no more.
@@ -54,8 +54,8 @@ struct SourceEnd {
   std::string reason;
 };
 
-/// Reads a caster or a TCP port until that ends. Throws nothing but a Failure of a build without libcurl, which
-/// CheckNetwork throws ahead of it.
+/// Reads a caster or a TCP port until that ends. Throws nothing but a Failure of a build without libcurl,
+/// which CheckNetwork throws ahead of it.
 SourceEnd ReadNetwork(const CorrectionSource& source, const std::string& password, const SourcePeer& peer);
 void CheckNetwork(const CorrectionSource& source);
 /// "libcurl 7.88.1", or that it is not there.

@@ -12,8 +12,24 @@ namespace host {
 namespace {
 
 /// Fields of a line "STR;…", by the standard's order.
-enum Column { name = 1, identifier, format, details, carrier, systems, network, country, latitude, longitude, nmea,
-              solution, generator, compression, authentication, fee };
+enum Column {
+  name = 1,
+  identifier,
+  format,
+  details,
+  carrier,
+  systems,
+  network,
+  country,
+  latitude,
+  longitude,
+  nmea,
+  solution,
+  generator,
+  compression,
+  authentication,
+  fee
+};
 
 /// A field by its number, as a terminal can show it.
 std::string FieldOf(std::string_view line, int number) {
@@ -38,7 +54,8 @@ double Kilometres(const Degrees2& from, const Degrees2& to) {
   constexpr double kRadius = 6371.0, kDegree = std::numbers::pi / 180.0;
   const double north = std::sin((to.first - from.first) * kDegree / 2.0);
   const double east = std::sin((to.second - from.second) * kDegree / 2.0);
-  const double a = north * north + std::cos(from.first * kDegree) * std::cos(to.first * kDegree) * east * east;
+  const double a =
+      north * north + std::cos(from.first * kDegree) * std::cos(to.first * kDegree) * east * east;
   return 2.0 * kRadius * std::asin(std::sqrt(std::min(a, 1.0)));
 }
 

@@ -52,7 +52,7 @@ class Feed {
   /// Readable when there are bytes, or the line has gone; -1 for none.
   virtual int Descriptor() const { return -1; }
   /// Writes to the line, between commands, as much as it takes; gives the count. From any thread.
-  virtual std::size_t Write(std::string_view /*bytes*/) { return 0; }
+  virtual std::size_t Write(std::string_view /*bytes*/) const { return 0; }
   /// The line has gone since it was opened.
   virtual bool IsLost() const { return false; }
   /// The name to look for a lost line by.

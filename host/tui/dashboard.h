@@ -21,11 +21,11 @@ struct View {
   Tally counters;
   Display display = {};
   Geoid geoid = Geoid::none;
-  bool is_live = true;     ///< Times are of the date that this computer has.
-  bool survey = false;     ///< The survey has the place of the sky.
-  bool sentences = false;  ///< The stream of sentences has a panel.
+  bool is_live = true;                          ///< Times are of the date that this computer has.
+  bool survey = false;                          ///< The survey has the place of the sky.
+  bool sentences = false;                       ///< The stream of sentences has a panel.
   std::optional<CorrectionStatus> corrections;  ///< None if none are wanted.
-  std::string status;      ///< The line above the keys.
+  std::string status;                           ///< The line above the keys.
   Style status_style = Style::normal;
 };
 
