@@ -309,6 +309,17 @@ TEST_F(CorrectionsTest, ALineThatTakesLittleLosesTheOldestWholeMessages) {
   EXPECT_EQ(Received(kept * 306), stream.substr((100 - kept) * 306));
 }
 
+TEST_F(CorrectionsTest, OfADeviceComeAtTheirRate) {
+  const PseudoTerminal radio;
+  const std::string stream = Message(1005, 19) + Message(1077, 200);
+  options_.baud = 38400;
+  Begin(radio.Name());
+  for (int i = 0; i < 1000 && !radio.IsExclusive(); ++i) std::this_thread::sleep_for(2ms);
+  radio.Send(stream);
+  EXPECT_EQ(Received(stream.size()), stream);
+  EXPECT_EQ(radio.Speed(), 38400);
+}
+
 TEST_F(CorrectionsTest, OfAFileWaitForTheLine) {
   TemporaryFolder folder;
   std::string stream;
@@ -396,11 +407,11 @@ TEST(CorrectionsProgram, TakesThemFromStr2str) {
     if (table.empty()) std::this_thread::sleep_for(100ms);
   }
   EXPECT_TRUE(Has(table, "\nBASE"));
-  setenv("GPSENGINE_CORRECTIONS_PASSWORD", "secret", 1);
-  Program program(
-      {"monitor", "--format", "json", "--duration", "4", "--corrections", "ntrip://me@" + caster + "/BASE"});
+  TemporaryFolder folder;
+  WriteFile(folder / "password", "secret\n");
+  Program program({"monitor", "--format", "json", "--duration", "4", "--corrections-password-file",
+                   folder / "password", "--corrections", "ntrip://me@" + caster + "/BASE"});
   program.Wait();
-  unsetenv("GPSENGINE_CORRECTIONS_PASSWORD");
   EXPECT_TRUE(Has(program.Output(), R"("status":3)"));
   over = true;
   kill(str2str, SIGTERM);
