@@ -5,6 +5,7 @@
 #include <string>
 #include <utility>
 
+#include "host/corrections/link.h"
 #include "host/session/rawoutput.h"
 #include "host/session/session.h"
 #include "host/shown.h"
@@ -17,6 +18,7 @@ struct LiveOptions : RunOptions, ShownOptions {
   double speed = 1.0;              ///< Of a recording, by its own times; 0 for the engine's own playback.
   std::optional<bool> attach_raw;  ///< Decode raw data; without it, where the model has them.
   bool explain = false;  ///< Show what the receiver would be sent for a RINEX log, and send nothing.
+  CorrectionOptions corrections;
 };
 
 /// Where such a run gets its bytes from. `tells_bytes`: those of a recording are wanted too.

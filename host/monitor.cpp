@@ -4,6 +4,7 @@
 #include <optional>
 #include <utility>
 
+#include "host/corrected.h"
 #include "host/session/fixage.h"
 #include "host/tui/livescreen.h"
 
@@ -23,10 +24,14 @@ ExitCode Monitor(const MonitorOptions& given, const Interrupt& interrupt, Output
   Readings readings;
   FixAge fix_age(output.Text(), [&session] { return session.Engine().GetMessages(); });
   if (options.format == Format::text) session.Add(fix_age);
+  std::optional<Corrected> corrected;
+  if (!options.corrections.source.empty())
+    session.Add(corrected.emplace(session, options.corrections, output, options.format));
   const Shown shown(session, options, output, on_screen ? &readings : nullptr);
   std::optional<LiveScreen> screen;  // the last, so that its terminal is given back first
   if (on_screen) {
     session.Add(screen.emplace(session, readings, options.display));
+    if (corrected) screen->ShowCorrections([&corrected] { return corrected->Status(); });
   } else {
     feed.Announce(options.model);
   }

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "gpsengine/face/tally.h"
+#include "host/corrected.h"
 #include "host/line/sentences.h"
 #include "host/records/gpsdsink.h"
 #include "host/records/lastposition.h"
@@ -58,6 +59,8 @@ class Service : public Outlet {
   void AddWaits(std::vector<pollfd>& waits) override { server_->AddWaits(waits); }
   void Handle(const std::vector<pollfd>& waits, std::size_t first) override { server_->Handle(waits, first); }
   void Step() override;
+  /// They are told of with the state of the server.
+  void Watch(const Corrected& corrected) { corrected_ = &corrected; }
 
  private:
   void PassLines();
@@ -68,6 +71,7 @@ class Service : public Outlet {
   std::string json_;
   ServiceSink sink_;
   SentenceFinder sentences_;
+  const Corrected* corrected_ = nullptr;
   GpsdDevice device_;
   std::optional<GpsdServer> server_;
   Deadline status_;
@@ -160,6 +164,12 @@ std::string Service::Status() const {
   json.Member("requestErrors", counts.errors);
   json.Member("pages", pages.readers);
   json.Member("pageDropped", pages.dropped);
+  if (corrected_ != nullptr) {
+    json.Key("corrections");
+    json.BeginObject();
+    WriteCorrections(json, corrected_->Status());
+    json.EndObject();
+  }
   json.EndObject();
   return line;
 }
@@ -177,6 +187,11 @@ ExitCode Serve(const ServeOptions& given, const Interrupt& interrupt, Output& ou
   session.Add(service);
   std::optional<MqttOutlet> mqtt;
   if (!options.mqtt.broker.host.empty()) session.Add(mqtt.emplace(session, options.mqtt));
+  std::optional<Corrected> corrected;
+  if (!options.corrections.source.empty()) {
+    session.Add(corrected.emplace(session, options.corrections, output, Format::none));
+    service.Watch(*corrected);
+  }
   const Shown beside(session, options, output);
   feed.Announce(options.model);
   RunRules rules;

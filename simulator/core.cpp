@@ -10,7 +10,8 @@ namespace simulator {
 namespace {
 
 constexpr std::size_t kLongestLine = 1000, kMostComplaints = 1000;
-constexpr double kBootSeconds = 3;
+constexpr double kBootSeconds = 3, kCorrectionsHold = 30;
+constexpr int kCorrectionsForFixed = 10;  // until then, an RTK solution floats
 
 std::string Printable(std::string_view line) {
   std::string text;
@@ -71,11 +72,31 @@ std::size_t Core::TakeFrame(std::string_view) {
   return 0;
 }
 
+// As TakeFrame does, messages of RTCM 3. They are worth something for half a minute.
+std::size_t Core::TakeCorrections(std::string_view input) {
+  const auto at = [input](std::size_t i) { return static_cast<unsigned char>(input[i]); };
+  constexpr unsigned kPreamble = 0xD3;
+  if (at(0) != kPreamble || (input.size() > 1 && (at(1) & 0xFC) != 0)) return 0;
+  if (input.size() < 3) return std::string::npos;
+  const std::size_t length = 6 + (at(1) << 8 | at(2));
+  if (input.size() < length) return std::string::npos;
+  unsigned crc = 0;  // over the checksum, too, that is 0
+  for (std::size_t i = 0; i < length; ++i) {
+    crc ^= static_cast<unsigned>(at(i)) << 16;
+    for (int bit = 0; bit < 8; ++bit) crc = (crc << 1 ^ ((crc & 0x800000) != 0 ? 0x864CFB : 0)) & 0xFFFFFF;
+  }
+  if (crc != 0) return 0;
+  corrections_ = now_ < corrections_end_ ? corrections_ + 1 : 1;
+  corrections_end_ = now_ + FromSeconds(kCorrectionsHold);
+  return length;
+}
+
 void Core::Receive(std::string_view bytes) {
   if (options_.silent) return;
   input_ += bytes;
   while (!input_.empty() && !Booting()) {
-    const std::size_t frame = TakeFrame(input_);
+    std::size_t frame = TakeCorrections(input_);
+    if (frame == 0) frame = TakeFrame(input_);
     if (frame == std::string::npos) return;
     if (frame > 0) {
       input_.erase(0, frame);
@@ -211,6 +232,7 @@ Epoch Core::EpochNow() const {
   epoch.dilution = DilutionOf(epoch.views);
   epoch.geoid_separation = options_.geoid_separation;
   Adapt(epoch);
+  if (now_ < corrections_end_) epoch.quality = corrections_ < kCorrectionsForFixed ? 5 : 4;
   if (UsedCount(epoch.views) < 4) epoch.quality = 0;
   return epoch;
 }

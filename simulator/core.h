@@ -26,8 +26,9 @@ struct Settings {
   double elevation_mask = 5;  ///< degrees
 };
 
-/// What all receivers have in common: input cut into lines, messages by the clock, answers before them,
-/// settings that are saved or lost, and silence while booting. A language adds what it understands.
+/// What all receivers have in common: input cut into lines and messages of RTCM 3, messages by the clock,
+/// answers ahead of them, settings that are saved or lost, and silence while booting. A language adds what it
+/// understands.
 class Core : public Receiver {
  public:
   void Receive(std::string_view bytes) final;
@@ -92,6 +93,7 @@ class Core : public Receiver {
   };
 
   void TakeLine(std::string_view line);
+  std::size_t TakeCorrections(std::string_view input);
   bool Booting() const { return now_ < boot_end_; }
   Nanoseconds NextDue() const;
   Nanoseconds NextFree() const;
@@ -102,6 +104,8 @@ class Core : public Receiver {
   std::vector<Message> messages_;
   Nanoseconds now_{0}, boot_end_{0}, line_free_{0};
   bool paced_ = false;
+  int corrections_ = 0;             // messages of RTCM 3 that have come one after another
+  Nanoseconds corrections_end_{0};  // until when they help
   std::string input_;
   std::deque<std::string> answers_, due_;
   std::vector<std::string> complaints_;

@@ -425,8 +425,10 @@ TEST(Serve, ShowsOnThePageHowOldAFixIs) {
       {R"("lost":true,"fix":"SBAS","fixAge":1,"positionAge":1)", ">port lost, last fix 1 s ago<"}};
   for (const auto& [server, shows] : cases) {
     PageHub hub, sentences;
-    hub.SetStatus(R"({"class":"SERVER",)" + std::string(server) + "}");
-    // The last one comes after a gap, as the files have it.
+    hub.SetStatus(R"({"class":"SERVER","corrections":{"source":"ntrip://caster:2101/BASE","age":2.5,)"
+                  R"("messages":7,"types":{"1005":3,"1077":4}},)" +
+                  std::string(server) + "}");
+    // The last one comes behind a gap, as the files have it.
     for (const std::string time : {"12:35:19.250", "12:35:20.250", "12:35:21.250", "12:35:32.250"})
       hub.Publish(R"({"class":"TPV","mode":3,"status":4,"time":"2024-05-14T)" + time +
                   R"(Z","lat":48.1,"lon":11.5})");
@@ -439,6 +441,7 @@ TEST(Serve, ShowsOnThePageHowOldAFixIs) {
     const auto page = LookAtServer(page_server->Port());
     if (!page) GTEST_SKIP() << "no chromium to look at the page with";
     EXPECT_TRUE(Has(*page, shows) && Has(*page, "<body class=\"old\">"));
+    EXPECT_TRUE(Has(*page, "2.5 s old, 7 messages (1005 1077) from ntrip://caster:2101/BASE"));
     const auto way = page->find("class=\"fix-float way\" d=\"M");
     ASSERT_NE(way, std::string::npos) << *page;
     const std::string line = page->substr(way, page->find('>', way) - way);

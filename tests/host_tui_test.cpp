@@ -110,6 +110,10 @@ TEST_F(HostScreen, ShowsAFixAtAGlance) {
       << "the zenith, and halfway to the east";
   EXPECT_EQ(Row(21), " sentences 12  bad 3  binary 4  bad 5  epochs 0  eph 0  BIN 0");
   EXPECT_TRUE(Has(Screen(24, 80, true), "●G07 ○R04"));
+  view_.corrections.emplace().state = CorrectionStatus::State::waiting;
+  EXPECT_TRUE(Shows("Corrections waiting        0 msgs"));
+  view_.corrections->age = 12.34;
+  EXPECT_TRUE(Shows("Corrections    12.3 s old  0 msgs"));
 }
 
 TEST_F(HostScreen, MakesRoomForManySatellites) {

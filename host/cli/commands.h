@@ -23,6 +23,7 @@ void AddDecode(CLI::App& app, Job& job);
 void AddCommand(CLI::App& app, Job& job);
 void AddSimulate(CLI::App& app, Job& job);
 void AddPorts(CLI::App& app, Job& job);
+void AddNtrip(CLI::App& app, Job& job);
 void AddConfig(CLI::App& app, Job& job);
 /// Manual, completions, help and version. After all others, which they tell of.
 void AddDocuments(CLI::App& app, Job& job);

@@ -87,7 +87,7 @@ Words ValuesOf(const CLI::Option& option, const std::string& previous, const std
   const std::string type = TypeOf(option);
   Words words = ChoicesOf(option);
   if (!words.empty()) return words;
-  if (type == "FILE" || type == "BASE") return {kFilesOfShell};
+  if (type == "FILE" || type == "BASE" || type == "SOURCE") return {kFilesOfShell};
   if (type == "DEVICE|ADDRESS") return PortWords(begun);
   if (type == "ARGUMENT") return ArgumentWords(previous);
   if (type == "OPERATION") {

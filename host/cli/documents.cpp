@@ -2,6 +2,7 @@
 #include "host/cli/clihelp.h"
 #include "host/cli/commands.h"
 #include "host/commands/modellists.h"
+#include "host/corrections/source.h"
 #include "host/network/rfc2217line.h"
 #include "host/records/projection.h"
 #include "host/server/mqttlink.h"
@@ -25,7 +26,8 @@ std::string HelpOf(const CLI::App& app, const std::string& topic) {
 }  // namespace
 
 std::string VersionText() {
-  return GPSENGINE_VERSION "\n" + Projection::Version() + '\n' + Rfc2217Version() + '\n' + MqttLink::Version();
+  return GPSENGINE_VERSION "\n" + Projection::Version() + '\n' + Rfc2217Version() + '\n' + NetworkVersion() +
+         '\n' + MqttLink::Version();
 }
 
 void AddDocuments(CLI::App& app, Job& job) {

@@ -37,7 +37,7 @@ int RunCommandLine(int argc, char** argv) {
   app.require_subcommand(1);
   Job job;
   for (const auto add : {AddModels, AddMonitor, AddServe, AddDecode, AddCommand, AddSimulate, AddPorts,
-                         AddConfig, AddDocuments})
+                         AddNtrip, AddConfig, AddDocuments})
     add(app, job);
   try {
     app.parse(argc, argv);

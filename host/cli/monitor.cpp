@@ -20,6 +20,7 @@ void AddMonitor(CLI::App& app, Job& job) {
       "  gpsengine monitor --port /dev/ttyUSB0 --gpx walk.gpx --min-distance 2\n"
       "  gpsengine monitor --port last --rinex rover --interval 1   raw data for post-processing\n"
       "  gpsengine monitor --port auto --crs EPSG:25832        a point: s shows its survey\n"
+      "  gpsengine monitor --port auto --corrections ntrip://user@caster.example/MOUNT   DGPS, RTK\n"
       "On a terminal it is a screen: q quits, ? lists the keys, c commands the receiver.");
   auto options = std::make_shared<MonitorOptions>();
   AddLive(*command, *options);

@@ -166,6 +166,7 @@ void AddLive(CLI::App& command, LiveOptions& live) {
   AddValue(command, "--record", live.record, "FILE", AName(), "Record the port's bytes")->excludes("--play");
   AddBeside(command, live);
   AddLiveRawData(command, live);
+  AddCorrections(command, live.corrections);
   AddDuration(command, live.duration, "End after this many seconds");
 }
 

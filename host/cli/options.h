@@ -39,6 +39,8 @@ void AddReceiver(CLI::App& command, RunOptions& run);
 /// Where a run that follows a receiver gets its bytes from, how they are read, what keeps them, and what is
 /// written beside.
 void AddLive(CLI::App& command, LiveOptions& live);
+/// What a receiver is sent besides commands.
+void AddCorrections(CLI::App& command, CorrectionOptions& corrections);
 /// What is written beside a run, and what of it passes.
 void AddBeside(CLI::App& command, ShownOptions& shown);
 /// What is shown of a run's records.

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "host/exports/export.h"
+#include "host/exports/gga.h"
 #include "host/records/fixkind.h"
 #include "host/records/jsonwriter.h"
 #include "host/records/units.h"
@@ -84,12 +85,22 @@ void AppendDate(Sentence& sentence, Moment time) {
   sentence.Text(iso.substr(8, 2) + iso.substr(5, 2) + iso.substr(2, 2));
 }
 
+void AppendGga(std::string& out, const PositionEpoch& epoch) {
+  Sentence gga(out, "GPGGA");
+  gga.TimeOfDay(*epoch.time).Position(epoch).Letter(FixKindOf(epoch.signal).gga);
+  gga.Digits(std::clamp(epoch.used, 0, 99), 2).Number(epoch.hdop, 2);
+  const PositionEpoch none;
+  const PositionEpoch& heights = epoch.valid ? epoch : none;
+  gga.Number(heights.height_msl, 3).Text("M").Number(heights.tail.separation, 3).Text("M");
+  gga.Text(epoch.tail.age).Text(epoch.tail.station);
+}
+
 class NmeaExport : public GrowingExport {
  public:
   explicit NmeaExport(const ExportPath& path) : GrowingExport(path) {}
 
   void OnEpoch(const PositionEpoch& epoch) override {
-    AppendGga(epoch);
+    AppendGga(Text(), epoch);
     AppendRmc(epoch);
     if (sky_) AppendSky(epoch);
   }
@@ -99,16 +110,6 @@ class NmeaExport : public GrowingExport {
 
  private:
   using Satellites = std::vector<const Satellite*>;
-
-  void AppendGga(const PositionEpoch& epoch) {
-    Sentence gga(Text(), "GPGGA");
-    gga.TimeOfDay(*epoch.time).Position(epoch).Letter(FixKindOf(epoch.signal).gga);
-    gga.Digits(std::clamp(epoch.used, 0, 99), 2).Number(epoch.hdop, 2);
-    const PositionEpoch none;
-    const PositionEpoch& heights = epoch.valid ? epoch : none;
-    gga.Number(heights.height_msl, 3).Text("M").Number(heights.tail.separation, 3).Text("M");
-    gga.Text(epoch.tail.age).Text(epoch.tail.station);
-  }
 
   void AppendRmc(const PositionEpoch& epoch) {
     Sentence rmc(Text(), "GPRMC");
@@ -185,6 +186,12 @@ class NmeaExport : public GrowingExport {
 };
 
 }  // namespace
+
+std::string GgaOf(const PositionEpoch& epoch) {
+  std::string text;
+  if (epoch.time) AppendGga(text, epoch);
+  return text;
+}
 
 std::unique_ptr<Export> MakeNmeaExport(const ExportPath& path, const RunFacts&) {
   return std::make_unique<NmeaExport>(path);

@@ -1,5 +1,6 @@
 #include "host/line/observer.h"
 
+#include <algorithm>
 #include <mutex>
 #include <string_view>
 #include <utility>
@@ -15,6 +16,8 @@ struct LineObserver::State {
   std::string bytes;
   bool lost = false;
   Event news;
+  std::mutex write_mutex;
+  GuardedLine* line = nullptr;  // that is open; guarded by the mutex of writes
 
   void Begin() {
     const std::lock_guard lock(mutex);
@@ -33,6 +36,33 @@ struct LineObserver::State {
   }
 };
 
+class LineObserver::Line : public GuardedLine {
+ public:
+  Line(std::unique_ptr<SerialLine> line, const std::shared_ptr<State>& state)
+      : GuardedLine(std::move(line),
+                    {[state](std::string_view bytes, bool more_follows) { state->Add(bytes, more_follows); },
+                     [state] { state->End(); }}),
+        state_(state) {
+    const std::lock_guard lock(state_->write_mutex);
+    state_->line = this;
+  }
+  /// It may end after the opening of the next one.
+  ~Line() override {
+    const std::lock_guard lock(state_->write_mutex);
+    if (state_->line == this) state_->line = nullptr;
+  }
+  Line(const Line&) = delete;
+  Line& operator=(const Line&) = delete;
+
+  int Write(const void* data, int length, DWORD ms) override {
+    const std::lock_guard lock(state_->write_mutex);
+    return GuardedLine::Write(data, length, ms);
+  }
+
+ private:
+  const std::shared_ptr<State> state_;
+};
+
 LineObserver::LineObserver() : state_(std::make_shared<State>()) {}
 
 SerialLineFactory LineObserver::Opener(SerialLineFactory open) const {
@@ -40,9 +70,7 @@ SerialLineFactory LineObserver::Opener(SerialLineFactory open) const {
     auto line = open();
     if (line == nullptr) return nullptr;
     state->Begin();
-    const auto add = [state](std::string_view bytes, bool more_follows) { state->Add(bytes, more_follows); };
-    return std::make_unique<GuardedLine>(std::move(line),
-                                         GuardedLine::Watcher{add, [state] { state->End(); }});
+    return std::make_unique<Line>(std::move(line), state);
   };
 }
 
@@ -54,6 +82,15 @@ std::string LineObserver::Take() const {
   const std::lock_guard lock(state_->mutex);
   state_->news.Clear();
   return std::exchange(state_->bytes, {});
+}
+
+std::size_t LineObserver::Write(std::string_view bytes) const {
+  constexpr DWORD kStalled = 200;  // so long does a command wait for a line that takes nothing
+  const std::lock_guard lock(state_->write_mutex);
+  if (state_->line == nullptr) return 0;
+  const int written =
+      state_->line->GuardedLine::Write(bytes.data(), static_cast<int>(bytes.size()), kStalled);
+  return static_cast<std::size_t>(std::max(written, 0));
 }
 
 bool LineObserver::IsLost() const {

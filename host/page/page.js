@@ -230,6 +230,12 @@ function duration(ms) {
 
 const SOURCES = {simulated: 'simulated, on ', port: '', recording: 'recording '};
 
+function correctionsText(corrections) {
+  const age = corrections.age === undefined ? corrections.trouble || corrections.state : `${corrections.age} s old`;
+  const types = Object.keys(corrections.types).join(' ');
+  return `${age}, ${corrections.messages} messages${types && ` (${types})`} from ${corrections.source}`;
+}
+
 function drawStatus() {
   const server = state.server;
   if (!server) return;
@@ -237,6 +243,7 @@ function drawStatus() {
   document.title = `gpsengine ${DASH} ${server.model}`;
   list('status', [
     ['Receiver', server.lost ? 'port lost, waiting for it' : server.understood ? 'understood' : 'not understood so far', !server.understood],
+    ...(server.corrections ? [['Corrections', correctionsText(server.corrections), !(server.corrections.age < 10)]] : []),
     ['Messages', server.messages],
     ['Checksum errors', server.checksumErrors, server.checksumErrors > 0],
     ['Records', server.records],

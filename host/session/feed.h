@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -56,6 +57,8 @@ class Feed {
   virtual std::string TakeBytes() { return {}; }
   /// Readable when there are bytes, or the line has gone; -1 for none.
   virtual int Descriptor() const { return -1; }
+  /// Writes to the line, between commands, as much as it takes; gives the count. From any thread.
+  virtual std::size_t Write(std::string_view /*bytes*/) const { return 0; }
   /// The line has gone since it was opened.
   virtual bool IsLost() const { return false; }
   /// The port that the line is opened at; null for none. The feed owns it.

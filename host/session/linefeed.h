@@ -19,6 +19,7 @@ class LineFeed : public Feed {
   void Open(CGPSEngine& engine, HostWindow& window) override;
   std::string TakeBytes() override { return observer_.Take(); }
   int Descriptor() const override { return observer_.Descriptor(); }
+  std::size_t Write(std::string_view bytes) const override { return observer_.Write(bytes); }
   bool IsLost() const override { return observer_.IsLost(); }
   bool IsAtEnd() const override { return port_->IsInput() && IsLost(); }
   void CheckUnderstood(const HostWindow& window) const override;

@@ -14,9 +14,9 @@ namespace {
 constexpr int kLeastRows = 8, kLeastColumns = 36;
 constexpr int kFixRows = 11, kFixColumns = 40;
 
-/// Eastings and northings take two more.
+/// Eastings and northings take two more, corrections one.
 int FixRows(const View& view) {
-  return view.display.projection ? kFixRows + 2 : kFixRows;
+  return kFixRows + (view.display.projection ? 2 : 0) + (view.corrections ? 1 : 0);
 }
 
 using Panel = void (*)(Pane, const View&);

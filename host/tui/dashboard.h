@@ -1,8 +1,10 @@
 #pragma once
 
+#include <optional>
 #include <string>
 
 #include "gpsengine/face/tally.h"
+#include "host/corrections/link.h"
 #include "host/records/display.h"
 #include "host/run/face.h"
 #include "host/tui/canvas.h"
@@ -20,10 +22,11 @@ struct View {
   Tally counters;
   Display display = {};
   Geoid geoid = Geoid::none;
-  bool is_live = true;     ///< Times are of the date that this computer has.
-  bool survey = false;     ///< The survey has the place of the sky.
-  bool sentences = false;  ///< The stream of sentences has a panel.
-  std::string status;      ///< The line above the keys.
+  bool is_live = true;                          ///< Times are of the date that this computer has.
+  bool survey = false;                          ///< The survey has the place of the sky.
+  bool sentences = false;                       ///< The stream of sentences has a panel.
+  std::optional<CorrectionStatus> corrections;  ///< None if none are wanted.
+  std::string status;                           ///< The line above the keys.
   Style status_style = Style::normal;
 };
 

@@ -199,6 +199,7 @@ void LiveScreen::Draw() {
     view_.status.clear();
   }
   view_.counters = TallyOf(session_.Engine());
+  if (corrections_) view_.corrections = corrections_();
   Canvas canvas = terminal_.MakeCanvas();
   View view = view_;
   if (!busy_.empty()) {

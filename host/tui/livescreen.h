@@ -1,9 +1,11 @@
 #pragma once
 
 #include <chrono>
+#include <functional>
 #include <mutex>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "host/line/sentences.h"
@@ -28,6 +30,9 @@ class LiveScreen : public Outlet {
   ~LiveScreen() override { Close(); }
   LiveScreen(const LiveScreen&) = delete;
   LiveScreen& operator=(const LiveScreen&) = delete;
+
+  /// Corrections are shown, of which that tells.
+  void ShowCorrections(std::function<CorrectionStatus()> status) { corrections_ = std::move(status); }
 
   /// All of them: a GGA says more than its record does.
   bool WantsTexts() const override { return true; }
@@ -79,6 +84,7 @@ class LiveScreen : public Outlet {
   Clock::time_point drawn_at_{};
   std::optional<Clock::time_point> status_until_, answers_until_;
   SentenceFinder answers_;
+  std::function<CorrectionStatus()> corrections_;
   bool has_input_ = true;
   // The current sequence.
   std::string busy_;

@@ -121,6 +121,13 @@ void AddTime(FixLines& lines, const View& view) {
   lines.Add("Time", time ? TimeText(static_cast<std::int64_t>(*time)) : "-", "UTC" + date);
 }
 
+/// How old corrections are, and how many have come; or why none do.
+void DrawCorrections(FixLines& lines, const CorrectionStatus& status) {
+  const std::string count = std::to_string(status.messages);
+  if (!status.age) return lines.Add("Corrections", NameOf(status.state), "", count, "msgs");
+  lines.Add("Corrections", Print("%.1f", std::min(*status.age, 99999.0)), "s old", count, "msgs");
+}
+
 /// Breaks a text at its blanks, and words that are too long anywhere.
 std::vector<std::string> Wrap(std::string_view text, std::size_t width) {
   std::vector<std::string> rows;
@@ -158,6 +165,7 @@ void DrawFix(Pane pane, const View& view) {
   lines.Add("Satellites", readings.signal ? Print("%d", readings.used) : "-", "used",
             Print("%d", std::max(readings.sky.in_view, readings.used)), "in view");
   lines.AddDops(readings.dops);
+  if (view.corrections) DrawCorrections(lines, *view.corrections);
 }
 
 void DrawReports(Pane pane, const View& view) {

@@ -12,6 +12,8 @@
 #include <string>
 #include <string_view>
 
+#include "simulator/linespeed.h"
+
 /// The other side of a serial line: a real terminal device of the kernel, whose master end the test holds.
 class PseudoTerminal {
  public:
@@ -74,6 +76,9 @@ class PseudoTerminal {
     int exclusive = 0;
     return ioctl(m_nKeeper, TIOCGEXCL, &exclusive) == 0 && exclusive != 0;
   }
+
+  /// The rate that the other side has set.
+  int Speed() const { return simulator::LineSpeed(m_nMaster); }
 
   /// Pulls the plug.
   void HangUp() {
