@@ -13,6 +13,7 @@
 #include "tests/support/caster.h"
 #include "tests/support/program.h"
 #include "tests/support/pseudoterminal.h"
+#include "tests/support/receivertest.h"
 #include "tests/support/temporaryfolder.h"
 #include "tests/support/texts.h"
 
@@ -381,6 +382,29 @@ TEST(CorrectionsProgram, MakeASimulatedReceiversFixAnRtkOne) {
   Program played({"monitor", "--play", folder / "base.rtcm", "--corrections", folder / "base.rtcm"});
   EXPECT_EQ(played.Wait(), 2);
   EXPECT_TRUE(Has(played.Errors(), "is a recording"));
+}
+
+// A caster knows GGA, and nothing of a make's own.
+TEST(CorrectionsProgram, TellTheCasterWhatTheRecordSays) {
+  if (NetworkVersion() == "without libcurl") GTEST_SKIP() << "built without libcurl4-openssl-dev";
+  const PseudoTerminal terminal;
+  std::string position;
+  std::atomic<bool> over{false};
+  Caster caster([&](const Caster::Connection& peer, int) {
+    peer.ReceiveUntil("\r\n\r\n");
+    peer.Send("ICY 200 OK\r\n\r\n");
+    position = peer.ReceiveUntil("\r\n");
+    over = true;
+    peer.Hold();
+  });
+  Program program({"monitor", "--format", "none", "--port", terminal.Name(), "--corrections",
+                   "ntrip://" + caster.Address() + "/BASE"});
+  for (int i = 0; i < 200 && !over; ++i) {
+    terminal.Send(WithChecksum("$INGGA,123519,4807.038,N,01131.000,E,1,08,0.9,545.4,M,46.9,M,,"));
+    std::this_thread::sleep_for(50ms);
+  }
+  ASSERT_TRUE(over);
+  EXPECT_TRUE(Has(position, "$GPGGA,123519.000,4807.0380000,N,01131.0000000,E,6,08,0.90,545.400,M,,M,,*"));
 }
 
 // The caster of others: str2str, which gives on what it is sent.
