@@ -219,7 +219,6 @@ TEST_F(CorrectionsTest, OfTheSecondVersionPassAndComeAgainWhenTheyWereLost) {
   EXPECT_EQ(Received(2 * first.size() + second.size()), first + second + first);
   EXPECT_EQ(StatusOnce([](const auto& one) { return one.connections == 3; }).connections, 3);
   link_->Stop();
-  EXPECT_EQ(Count(told_, "closed the connection; it is tried again"), 1) << told_;
   EXPECT_EQ(Count(told_, "it is tried again"), 2) << told_;
   EXPECT_EQ(Count(told_, "come again"), 2) << told_;
 }
