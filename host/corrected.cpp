@@ -17,7 +17,7 @@ CorrectionLink::Write WriterOf(const Session& session) {
   if (!feed.IsLive()) {
     throw Failure(ExitCode::usage,
                   "--corrections goes to a receiver, and " + feed.Name() +
-                      " is a recording: name the receiver's device with --port in the place of --play");
+                      " is a recording: name the receiver's device with --port in place of --play");
   }
   return [&feed](std::string_view bytes) { return feed.Write(bytes); };
 }
@@ -44,7 +44,8 @@ void Corrected::OnBytes(std::string_view bytes) {
   sentences_.Feed(bytes, [this](std::string_view text) {
     const Fields sentence(text);
     constexpr int kQuality = 6;
-    if (sentence.Kind() != "GGA" || sentence[kQuality].empty() || sentence[kQuality] == "0") return;
+    const bool is_known = sentence.Kind() == "GGA" && sentence.Talker().starts_with('G');
+    if (!is_known || sentence[kQuality].empty() || sentence[kQuality] == "0") return;
     link_.SetPosition(std::string(text.substr(text.rfind('$'))));
     sentence_.Set(kSentenceHolds);
   });

@@ -27,7 +27,7 @@ struct Settings {
 };
 
 /// What all receivers have in common: input cut into lines and messages of RTCM 3, messages by the clock,
-/// answers ahead of them, settings that are saved or lost, and silence while booting. A language adds what it
+/// answers before them, settings that are saved or lost, and silence while booting. A language adds what it
 /// understands.
 class Core : public Receiver {
  public:

@@ -428,7 +428,7 @@ TEST(Serve, ShowsOnThePageHowOldAFixIs) {
     hub.SetStatus(R"({"class":"SERVER","corrections":{"source":"ntrip://caster:2101/BASE","age":2.5,)"
                   R"("messages":7,"types":{"1005":3,"1077":4}},)" +
                   std::string(server) + "}");
-    // The last one comes behind a gap, as the files have it.
+    // The last one comes after a gap, as the files have it.
     for (const std::string time : {"12:35:19.250", "12:35:20.250", "12:35:21.250", "12:35:32.250"})
       hub.Publish(R"({"class":"TPV","mode":3,"status":4,"time":"2024-05-14T)" + time +
                   R"(Z","lat":48.1,"lon":11.5})");

@@ -97,7 +97,7 @@ class CorrectionLink {
   RtcmFramer framer_;
   std::string told_;  // what is wrong, as the user has been told
   bool warned_ = false;
-  // Behind the mutex.
+  // Guarded by the mutex.
   mutable std::mutex mutex_;
   CorrectionStatus status_;
   std::optional<Clock::time_point> message_at_;

@@ -3,10 +3,10 @@
 
 #include <algorithm>
 #include <memory>
-#include <utility>
 #include <vector>
 
 #include "gpsengine/text/words.h"
+#include "host/corrections/answer.h"
 #include "host/corrections/source.h"
 #include "host/run/deadline.h"
 #include "host/run/face.h"
@@ -16,7 +16,7 @@ namespace host {
 
 namespace {
 
-constexpr std::size_t kMostHeaders = 64 << 10, kMostTable = 4 << 20;
+constexpr std::size_t kMostTable = 4 << 20;
 constexpr long kConnectTime = 15, kTableTime = 60;  // seconds
 
 void InitCurl() {
@@ -36,85 +36,10 @@ using Easy = std::unique_ptr<CURL, FreeBy<curl_easy_cleanup>>;
 using Multi = std::unique_ptr<CURLM, FreeBy<curl_multi_cleanup>>;
 using List = std::unique_ptr<curl_slist, FreeBy<curl_slist_free_all>>;
 
-/// What a terminal can show of a text from outside.
-std::string Plainly(std::string text) {
-  std::replace_if(
-      text.begin(), text.end(), [](char c) { return c < ' ' || c > '~'; }, '?');
-  return text;
-}
-
 List ListOf(const std::vector<std::string>& lines) {
   List list;
   for (const std::string& line : lines) list.reset(curl_slist_append(list.release(), line.c_str()));
   return list;
-}
-
-/// What a caster says ahead of its stream, or in its place. Casters of the first version speak no HTTP: a
-/// line "ICY 200 OK", with or without an empty one behind it, so that libcurl takes all they send for a body.
-class Answer {
- public:
-  const std::string& Status() const { return status_; }
-  bool IsTable() const { return is_table_; }
-  bool IsEndless() const { return size_ > kMostHeaders; }
-  /// A line of HTTP's head.
-  void TakeHeader(const std::string& line);
-  /// What of a body is no head of a caster's own, once that is over.
-  std::string Body(std::string_view bytes);
-  /// The head of what is neither HTTP nor a caster's.
-  bool IsForeign() const;
-
- private:
-  static bool MayBeHeader(std::string_view line);
-
-  std::string status_, held_;
-  std::size_t size_ = 0;
-  bool is_table_ = false, is_over_ = false;
-};
-
-void Answer::TakeHeader(const std::string& line) {
-  size_ += line.size();
-  is_over_ = true;
-  if (status_.empty())
-    status_ = Plainly(line.substr(0, std::min<std::size_t>(line.find_first_of("\r\n"), 80)));
-  constexpr std::string_view kType = "content-type:";
-  if (IsSameName(line.substr(0, kType.size()), kType))
-    is_table_ |= line.find("gnss/sourcetable") != std::string::npos;
-}
-
-bool Answer::IsForeign() const {
-  constexpr std::string_view kKnown[] = {"HTTP/", "ICY ", "SOURCETABLE ", "ERROR"};
-  return std::none_of(std::begin(kKnown), std::end(kKnown),
-                      [this](std::string_view head) { return status_.starts_with(head); });
-}
-
-/// As far as it has come.
-bool Answer::MayBeHeader(std::string_view line) {
-  constexpr std::size_t kLongest = 256, kLongestName = 40;
-  const auto is_name = [](char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '-'; };
-  const std::string_view name = line.substr(0, line.find(':'));
-  return line.size() < kLongest && name.size() < kLongestName &&
-         std::all_of(name.begin(), name.end(), is_name);
-}
-
-std::string Answer::Body(std::string_view bytes) {
-  if (is_over_) return std::string(bytes);
-  held_ += bytes;
-  while (!is_over_) {
-    const std::size_t end = held_.find('\n');
-    const std::string line = held_.substr(0, std::min(end, held_.find('\r')));
-    const bool is_header =
-        MayBeHeader(line) && (line.empty() || end == std::string::npos || line.find(':') < end);
-    if (!status_.empty() && !is_header) break;
-    if (end == std::string::npos && held_.size() < kMostHeaders) return {};
-    size_ += end + 1;
-    is_over_ = !status_.empty() ? line.empty() : end == std::string::npos;
-    if (status_.empty()) status_ = Plainly(line.substr(0, 80));
-    is_table_ |= line.starts_with("SOURCETABLE");
-    is_over_ |= IsForeign() || IsEndless();
-    held_.erase(0, end + 1);
-  }
-  is_over_ = true;
-  return std::exchange(held_, {});
 }
 
 /// One request, and what comes of it.
@@ -127,6 +52,7 @@ class Request {
   CURL* Handle() const { return easy_.get(); }
   const Answer& GetAnswer() const { return answer_; }
   std::string Body(std::string_view bytes) { return answer_.Body(bytes); }
+  SourceEnd End() const { return answer_.End(Status()); }
   /// What went wrong, by libcurl's words.
   std::string Reason(CURLcode code) const { return error_[0] != '\0' ? error_ : curl_easy_strerror(code); }
   long Status() const {
@@ -181,29 +107,6 @@ std::size_t Request::OnHeader(const char* bytes, std::size_t, std::size_t count,
   return answer.IsEndless() ? 0 : count;
 }
 
-/// What is wrong with an answer that is no stream; stopped if nothing is.
-SourceEnd EndOf(const Request& request) {
-  using Kind = SourceEnd::Kind;
-  const Answer& answer = request.GetAnswer();
-  const long status = request.Status();
-  const std::string& words = answer.Status();
-  if (answer.IsEndless()) return {Kind::absent, "the caster's answer has no end of headers"};
-  if (words.empty()) return {};
-  if (answer.IsForeign()) return {Kind::absent, "what answers there is no caster: \"" + words + '"'};
-  if (status == 401 || status == 403 || words.starts_with("ERROR - Bad")) {
-    return {Kind::refused, "the caster refuses user and password (" + words +
-                               "): give the user as ntrip://USER@..., and the password in "
-                               "GPSENGINE_CORRECTIONS_PASSWORD or with "
-                               "--corrections-password-file, then start once more"};
-  }
-  if (answer.IsTable() || status == 404)
-    return {Kind::absent,
-            "the caster has no such mount point now; \"gpsengine ntrip CASTER\" lists those it has"};
-  if (status >= 300 || words.starts_with("ERROR"))
-    return {Kind::absent, "the caster answers \"" + words + '"'};
-  return {};
-}
-
 /// A transfer on its way, on the thread that made it.
 class Transfer {
  public:
@@ -243,7 +146,7 @@ class Transfer {
     int left = 0;
     const CURLMsg* const message = curl_multi_info_read(multi_.get(), &left);
     const CURLcode code = message == nullptr ? CURLE_OK : message->data.result;
-    if (const SourceEnd end = EndOf(request_); end.kind != SourceEnd::Kind::stopped) return end;
+    if (const SourceEnd end = request_.End(); end.kind != SourceEnd::Kind::stopped) return end;
     return {SourceEnd::Kind::lost,
             code == CURLE_OK ? "the other side has closed the connection" : request_.Reason(code)};
   }
@@ -286,7 +189,7 @@ class Stream {
   static std::size_t OnData(const char* bytes, std::size_t, std::size_t count, void* self) {
     auto& stream = *static_cast<Stream*>(self);
     const std::string body = stream.request_.Body({bytes, count});
-    if (EndOf(stream.request_).kind != SourceEnd::Kind::stopped) return 0;
+    if (stream.request_.End().kind != SourceEnd::Kind::stopped) return 0;
     stream.transfer_.Heard();
     if (!body.empty()) stream.peer_.take(body);
     return count;
@@ -381,7 +284,7 @@ std::string FetchSourceTable(const CorrectionSource& caster, const std::string& 
   // Some casters end their table by closing, whatever length they have told.
   const bool whole = table.find("ENDSOURCETABLE") != std::string::npos;
   if (whole) return table;
-  const SourceEnd end = EndOf(request);
+  const SourceEnd end = request.End();
   const bool is_refused = end.kind == SourceEnd::Kind::refused;
   throw Failure(ExitCode::failed, caster.Name() + ": " +
                                       (is_refused         ? end.reason

@@ -34,7 +34,7 @@ constexpr struct {
 void TakeUser(std::string& rest, CorrectionSource& source) {
   const std::size_t slash = std::min(rest.find('/'), rest.size());
   const std::size_t at = rest.rfind('@', slash);
-  // Behind a password with a slash in it, there is an "@" that is not found otherwise.
+  // After a password with a slash in it, there is an "@" that is not found otherwise.
   const bool hides = at == std::string::npos && rest.find('@') != std::string::npos;
   if (hides || (at != std::string::npos && rest.find(':') < at)) {
     RefuseSource(
@@ -46,7 +46,7 @@ void TakeUser(std::string& rest, CorrectionSource& source) {
   rest.erase(0, at + 1);
 }
 
-/// Takes "host:port", or "[::1]:port", off what stands ahead of the mount point.
+/// Takes "host:port", or "[::1]:port", off what stands before the mount point.
 void TakeHost(const std::string& rest, CorrectionSource& source) {
   const std::size_t bracket = rest.starts_with('[') ? rest.find(']') : 0;
   const std::size_t slash = std::min(rest.find('/'), rest.size());

@@ -55,7 +55,7 @@ struct SourceEnd {
 };
 
 /// Reads a caster or a TCP port until that ends. Throws nothing but a Failure of a build without libcurl,
-/// which CheckNetwork throws ahead of it.
+/// which CheckNetwork throws before it.
 SourceEnd ReadNetwork(const CorrectionSource& source, const std::string& password, const SourcePeer& peer);
 void CheckNetwork(const CorrectionSource& source);
 /// "libcurl 7.88.1", or that it is not there.
