@@ -188,6 +188,7 @@ TEST_F(ThreadsTest, LeaveACallbackBehindThatWaitsForTheHost) {
     }
   } question;
   for (const bool destroys : {true, false}) {
+    SCOPED_TRACE(destroys ? "destroyed" : "stopped");
     MakeEngine("");
     m_pEngine->m_bAttachRawData = true;
     CGPSReceiver& receiver = *m_pEngine->GetReceiver();
