@@ -12,7 +12,7 @@
 #include <memory>
 
 #include "gpsengine/platform/file.h"
-#include "tests/support/sharedstate.h"
+#include "gpsengine/receiver/workingstate.h"
 
 void Require(bool bClaim, const char* pszClaim) {
   if (bClaim) return;
@@ -157,7 +157,7 @@ Rig& Rig::Instance() {
 CGPSReceiver& Rig::StartOver(unsigned nModel, int nGeoidMode) {
   // More bytes than any stream may hold throw away what is left of the last input.
   Feed(std::string(16392, 'x'));
-  SharedState::Reset();
+  CGPSReceiver::RecordLock()->Reset();
   const auto& receivers = engine.GetReceivers();
   CGPSReceiver* const receiver = receivers[nModel % receivers.size()].get();
   engine.SetReceiver(receiver);

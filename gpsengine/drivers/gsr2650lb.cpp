@@ -2,6 +2,7 @@
 
 #include "gpsengine/drivers/gsr2650lbcommands.h"
 #include "gpsengine/platform/clock.h"
+#include "gpsengine/receiver/workingstate.h"
 #include "gpsengine/reports/fields.h"
 
 using namespace gsr2650lb;
@@ -37,8 +38,8 @@ bool Cgsr2650lb::Initialize() {
 
 void Cgsr2650lb::QuerySatElevMask() {
   if (!Write(kQueryElevMask)) return;
-  const RecordLock lock = LockRecord();
-  m_GPSData.m_Status.m_bElevationMaskValid = m_GPSData.m_Status.m_bStatusUpdated = false;
+  const RecordLock state;
+  state->record.m_Status.m_bElevationMaskValid = state->record.m_Status.m_bStatusUpdated = false;
 }
 
 void Cgsr2650lb::QueryBeacon() {
@@ -50,8 +51,8 @@ void Cgsr2650lb::QueryDgpsMode() {
 }
 
 void Cgsr2650lb::ForgetSource() {
-  const RecordLock lock = LockRecord();
-  CGPSStatusData& status = m_GPSData.m_Status;
+  const RecordLock state;
+  CGPSStatusData& status = state->record.m_Status;
   status.m_nDgpsMode = DGPS_MODE_NONE;
   status.m_bDgpsModeValid = status.m_bStatusUpdated = false;
 }
@@ -66,8 +67,8 @@ void Cgsr2650lb::SetDgpsMode(DgpsMode mode) {
   if (mode >= 0 && mode < static_cast<int>(std::size(kSources))) Write(kSources[mode]);
   Write(kSaveSource);
   if (IsStopping()) return;
-  const RecordLock lock = LockRecord();
-  CGPSStatusData& status = m_GPSData.m_Status;
+  const RecordLock state;
+  CGPSStatusData& status = state->record.m_Status;
   status.m_nDgpsMode = mode;
   status.m_bDgpsModeValid = status.m_bStatusUpdated = true;
 }
@@ -78,8 +79,8 @@ void Cgsr2650lb::SetLbandFrequency(double dFrequency, int nBitRate) {
   strLine.Format("ASSIGNOMNI USER %.0f %d\r\n", dFrequency * 1000, nBitRate);
   if (!(bAuto ? Write(kLbandAuto) : Write(strLine, 800))) return;
   {
-    const RecordLock lock = LockRecord();
-    m_GPSData.m_Status.m_nLbandMode = bAuto ? kLbandModeAuto : kLbandModeFixed;
+    const RecordLock state;
+    state->record.m_Status.m_nLbandMode = bAuto ? kLbandModeAuto : kLbandModeFixed;
   }
   Write(kSaveSource);
 }

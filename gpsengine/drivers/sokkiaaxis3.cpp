@@ -1,5 +1,6 @@
 #include "gpsengine/drivers/sokkiaaxis3.h"
 
+#include "gpsengine/receiver/workingstate.h"
 #include "gpsengine/reports/fields.h"
 
 namespace {
@@ -69,13 +70,14 @@ constinit const CGPSDriver CCSImax::s_Driver = RowOf("CSI - MAX");
 
 // After a save the interval of block 95 has to be set again.
 void CSokkiaAxis3::WriteClosingLine() {
-  Write(s_dBinInterval == kFastInterval ? kClosingFast : kClosingSlow);
+  const bool bFast = RecordLock()->binInterval == kFastInterval;
+  Write(bFast ? kClosingFast : kClosingSlow);
 }
 
 void CSokkiaAxis3::SetRawDataOutput(bool bOn, int nRate) {
   const bool bFast = nRate == kFastRate;
   if (!Write(!bOn ? kRawOff : bFast ? kRawFast : kRawSlow)) return;
-  if (bOn) s_dBinInterval = bFast ? kFastInterval : kSlowInterval;
+  if (bOn) RecordLock()->binInterval = bFast ? kFastInterval : kSlowInterval;
   Write(kSaveAtOnce);
 }
 

@@ -60,7 +60,7 @@ void CGPSReceiver::LoadAlternatGPSStatusStrings() {
     // A default has no number to stand under, and what the file does not name keeps its built-in meaning
     // anyway.
     if (!bNumber || name == std::end(kSignalNames)) continue;
-    const RecordLock lock = LockRecord();
+    const RecordLock state;
     m_AlternateSignalTable[nQuality] = name->nType;
   }
 }

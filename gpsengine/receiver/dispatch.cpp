@@ -3,7 +3,7 @@
 #include <utility>
 
 #include "gpsengine/platform/textscan.h"
-#include "gpsengine/receiver/gpsreceiver.h"
+#include "gpsengine/receiver/invalid.h"
 #include "gpsengine/receiver/sentencetable.h"
 
 namespace {
@@ -42,6 +42,13 @@ int FindPrompt(const CString& message) {
 bool IsOemBinary(const CString& message) {
   const auto low = [&](int index) { return message.GetAt(index) & 0xFF; };
   return low(0) == 0xAA && low(1) == 0x44 && low(2) == 0x12;
+}
+
+// The acknowledgement of a command: the wait for it is released by the publication that follows.
+bool TakeAck(CGPSStatusData& status, const CString& message) {
+  if (!message.StartsWith("$PASHR,ACK")) return false;
+  status.m_bAck = status.m_bStatusUpdated = true;
+  return true;
 }
 
 // Bit n stands for kind n; the kinds from 32 up share the bits from 0 up.
@@ -85,62 +92,61 @@ bool CGPSReceiver::IsChecksumOK(const CString& strMessage) {
 bool CGPSReceiver::Parse(CString& strMessage, GPSStringType type) {
   // One lock from here to the copy of the record, but for the makes' reports that call out to the host or
   // write.
-  RecordLock lock = LockRecord();
-  m_GPSData.m_bProprietaryValid = false;
-  bool bForce = false;
+  RecordLock state;
+  state->record.m_bProprietaryValid = false;
+  bool force = false;
   switch (type) {
     case GPS_STRING_GGA:
     case GPS_STRING_INGGA:
-      if (!Decode(strMessage, type)) return false;
-      if (m_GPSData.m_bPositionValid && m_bComputeMotion) m_SpeedEngine.ComputeMotion(m_GPSData);
+      if (!Decode(*state, strMessage, type)) return false;
+      if (state->record.m_bPositionValid && state->computeMotion) state->speed.ComputeMotion(state->record);
       break;
     case GPS_STRING_GSA:
-      if (!Decode(strMessage, type)) return false;
-      m_bGSAReceived = true;
+      if (!Decode(*state, strMessage, type)) return false;
+      state->gsaReceived = true;
       break;
     case GPS_STRING_GSV:
-      if (!Decode(strMessage, type)) return false;
-      m_bGSVReceived = bForce = true;
+      if (!Decode(*state, strMessage, type)) return false;
+      state->gsvReceived = force = true;
       break;
     case GPS_STRING_PASHR:
-      if (TakeAck(strMessage)) break;
+      if (TakeAck(state->record.m_Status, strMessage)) break;
       // Who sends standard satellite sentences needs no reports to the same end.
-      if (m_bGSAReceived && m_bGSVReceived) return false;
-      lock.unlock();
+      if (state->gsaReceived && state->gsvReceived) return false;
+      state.Unlock();
       if (!ProcessPASHR(strMessage)) return false;
       if (PostNewDataRaw()) return true;
-      lock.lock();
-      bForce = true;
-      break;
+      return PostNewData(true);
     case GPS_STRING_BIN:
-      lock.unlock();
+      state.Unlock();
       return ProcessBIN();
     case GPS_STRING_AXIS4_BIN:
-      lock.unlock();
-      if (!ProcessAxis4BIN()) return false;
-      lock.lock();
-      break;
+      state.Unlock();
+      return ProcessAxis4BIN() && PostNewData(false);
     default:
-      if (!Decode(strMessage, type)) return false;
+      if (!Decode(*state, strMessage, type)) return false;
   }
-  return Publish(std::move(lock), bForce);
+  return Publish(std::move(state), force);
+}
+
+bool CGPSReceiver::Decode(CString& strMessage, GPSStringType type) {
+  return Decode(*RecordLock(), strMessage, type);
 }
 
 // Runs the decoder of a kind. A sentence of a make that has none is kept for the host; the rest is not for
 // us.
-bool CGPSReceiver::Decode(CString& strMessage, GPSStringType type) {
-  if (const SentenceTable::Decoder decoder = SentenceTable::DecoderOf(type))
-    return (this->*decoder)(strMessage);
-  if (!strMessage.StartsWith("$P") || strMessage.GetLength() <= 5) return false;
-  ProcessProprietary(strMessage);
-  return true;
-}
-
-// The acknowledgement of a command: the wait for it is released by the publication that follows.
-bool CGPSReceiver::TakeAck(const CString& strMessage) {
-  if (!strMessage.StartsWith("$PASHR,ACK")) return false;
-  m_GPSData.m_Status.m_bAck = m_GPSData.m_Status.m_bStatusUpdated = true;
-  return true;
+bool CGPSReceiver::Decode(CWorkingState& state, CString& message, GPSStringType type) {
+  const SentenceTable::Row* const row = SentenceTable::OfKind(type);
+  if (row == nullptr || row->decoder == nullptr) {
+    if (!message.StartsWith("$P") || message.GetLength() <= 5) return false;
+    CDecoders::Proprietary(state.record, message);
+    return true;
+  }
+  try {
+    return row->decoder({*this, state, message});
+  } catch (const CException&) {
+    return InvalidSentence(row->name);
+  }
 }
 
 void CGPSReceiver::MonitorNmea(bool bOn) {

@@ -7,6 +7,7 @@
 #include "gpsengine/platform/trace.h"
 #include "gpsengine/receiver/gpsreceiver.h"
 #include "gpsengine/receiver/post.h"
+#include "gpsengine/receiver/workingstate.h"
 #include "gpsengine/reports/wire.h"
 
 // The raw data of an Ashtech receiver: MBN has one satellite's measurement, PBN the position and clock that
@@ -65,7 +66,7 @@ int WeekByClock() {
 // $PASHR,MBN, and 42 bytes.
 bool CGPSReceiver::ProcessPASHR_MBN(const void* pPayload) {
   if (pPayload == nullptr) return false;
-  const RecordLock lock = LockRecord();
+  const RecordLock state;
   const std::uint16_t nChecksum = WireChecksum(pPayload, 40);
   WireReader in(pPayload);
   DataRecord_G12_MBN record{};
@@ -92,15 +93,15 @@ bool CGPSReceiver::ProcessPASHR_MBN(const void* pPayload) {
     Trace("bad markers: datatype - %d, goodbad - %d", record.nDataType, record.nGoodBad);
     return false;
   }
-  m_GPSDataRaw.m_bEpochComplete = record.nToFollow == 0;
+  state->epoch.m_bEpochComplete = record.nToFollow == 0;
   Trace("num to follow: %d\n", record.nToFollow);
-  return m_GPSDataRaw.AddSatelliteData(record);
+  return state->epoch.AddSatelliteData(record);
 }
 
 // $PASHR,PBN, and 56 bytes. A bad one takes the epoch's measurements with it: no position will come for them.
 bool CGPSReceiver::ProcessPASHR_PBN(const void* pPayload) {
   if (pPayload == nullptr) return false;
-  const RecordLock lock = LockRecord();
+  const RecordLock state;
   const std::uint16_t nComputed = WireChecksum(pPayload, 54);
   WireReader in(pPayload);
   const double receiverTime = in.Take<std::int32_t>() * 0.001;
@@ -114,21 +115,21 @@ bool CGPSReceiver::ProcessPASHR_PBN(const void* pPayload) {
   in.Skip(2);
   const auto nReceived = in.Take<std::uint16_t>();
 
-  m_GPSDataRaw.m_bPositionValid = false;
+  state->epoch.m_bPositionValid = false;
   if (nComputed != nReceived) {
     Trace("Bad PBN checksum: %d : %d\n", nComputed, nReceived);
-    m_GPSDataRaw.Clear();
+    state->epoch.Clear();
     return false;
   }
   const Geodetic position = ToGeodetic(x, y, z);
-  m_GPSDataRaw.m_dLatitude = position.dLatitude * kDegreesPerRadian;
-  m_GPSDataRaw.m_dLongitude = position.dLongitude * kDegreesPerRadian;
-  m_GPSDataRaw.m_dHeight = position.dHeight;
-  m_GPSDataRaw.m_dReceiverTime = receiverTime;
-  m_GPSDataRaw.m_dCorrectedTime = receiverTime - clockOffset / kSpeedOfLight;
-  m_GPSDataRaw.m_dClockOffset = clockOffset;
-  m_GPSDataRaw.m_dClockDrift = clockDrift;
-  m_GPSDataRaw.m_bPositionValid = true;
+  state->epoch.m_dLatitude = position.dLatitude * kDegreesPerRadian;
+  state->epoch.m_dLongitude = position.dLongitude * kDegreesPerRadian;
+  state->epoch.m_dHeight = position.dHeight;
+  state->epoch.m_dReceiverTime = receiverTime;
+  state->epoch.m_dCorrectedTime = receiverTime - clockOffset / kSpeedOfLight;
+  state->epoch.m_dClockOffset = clockOffset;
+  state->epoch.m_dClockDrift = clockDrift;
+  state->epoch.m_bPositionValid = true;
   return true;
 }
 
@@ -136,8 +137,8 @@ bool CGPSReceiver::ProcessPASHR_PBN(const void* pPayload) {
 bool CGPSReceiver::ProcessPASHR_SNV(const void* pPayload) {
   if (pPayload == nullptr) return false;
   WireReader in(pPayload);
-  RecordLock lock = LockRecord();
-  CGPSDataEphemeris& ephemeris = m_GPSEphemeris;
+  RecordLock state;
+  CGPSDataEphemeris& ephemeris = state->ephemeris;
   ephemeris.m_nWeek = in.Take<std::int16_t>();
   ephemeris.m_lTow = in.Take<std::int32_t>();
   ephemeris.m_dTgd = in.Take<float>();
@@ -171,16 +172,16 @@ bool CGPSReceiver::ProcessPASHR_SNV(const void* pPayload) {
     return false;
   }
   Trace("EPMERIS for %d\n", ephemeris.m_nPRN);
-  lock.unlock();
+  state.Unlock();
   PostEphemerisInfo();
   return true;
 }
 
 bool CGPSReceiver::PostEphemerisInfo() {
-  RecordLock lock = LockRecord();
-  if (m_GPSEphemeris.m_nWeek <= 0) return false;
-  std::unique_ptr<CGPSDataEphemeris> copy(new (std::nothrow) CGPSDataEphemeris(m_GPSEphemeris));
-  lock.unlock();
+  RecordLock state;
+  if (state->ephemeris.m_nWeek <= 0) return false;
+  std::unique_ptr<CGPSDataEphemeris> copy(new (std::nothrow) CGPSDataEphemeris(state->ephemeris));
+  state.Unlock();
   BroadcastNotification(GPS_NOTIFY_EPHEMERIS, &m_Notification);
   if (copy == nullptr) return false;
   PostObject(WM_GPS_NEW_EPHEMERIS, std::move(copy));
@@ -189,20 +190,20 @@ bool CGPSReceiver::PostEphemerisInfo() {
 
 // An epoch leaves when its position is there.
 bool CGPSReceiver::PostNewDataRaw() {
-  RecordLock lock = LockRecord();
-  if (!m_GPSDataRaw.m_bPositionValid) return false;
-  if (m_GPSDataRaw.GetNumSV() < kLeastSatellites) {
-    m_GPSDataRaw.Clear();
+  RecordLock state;
+  if (!state->epoch.m_bPositionValid) return false;
+  if (state->epoch.GetNumSV() < kLeastSatellites) {
+    state->epoch.Clear();
     return false;
   }
   std::unique_ptr<CGPSDataRaw> copy(new (std::nothrow) CGPSDataRaw);
   if (copy == nullptr) return false;
-  m_GPSDataRaw.m_nGPSWeek = m_GPSEphemeris.m_nWeek > 0 ? m_GPSEphemeris.m_nWeek : WeekByClock();
-  *copy = m_GPSDataRaw;
+  state->epoch.m_nGPSWeek = state->ephemeris.m_nWeek > 0 ? state->ephemeris.m_nWeek : WeekByClock();
+  *copy = state->epoch;
   copy->m_Time = CTime::GetCurrentTime();
-  Trace("writing raw data when MBN is %d\n", m_GPSDataRaw.m_bEpochComplete);
-  m_GPSDataRaw.Clear();
-  lock.unlock();
+  Trace("writing raw data when MBN is %d\n", state->epoch.m_bEpochComplete);
+  state->epoch.Clear();
+  state.Unlock();
   PostObject(WM_GPS_NEW_RAW_DATA, std::move(copy));
   return true;
 }
