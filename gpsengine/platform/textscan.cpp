@@ -22,14 +22,6 @@ int SumUpToSlowly(std::u16string_view text, WCHAR end, unsigned& sum) {
   return -1;
 }
 
-bool IsNarrowSlowly(std::u16string_view text) {
-  return std::all_of(text.begin(), text.end(), [](WCHAR c) { return c <= 0xFF; });
-}
-
-void NarrowSlowly(std::u16string_view text, char* pTo) {
-  std::transform(text.begin(), text.end(), pTo, [](WCHAR c) { return static_cast<char>(c); });
-}
-
 int AheadOfZero(const char* pBytes, int nCount) {
   const void* zero = std::memchr(pBytes, 0, static_cast<std::size_t>(nCount));
   return zero == nullptr ? nCount : static_cast<int>(static_cast<const char*>(zero) - pBytes);
@@ -46,6 +38,34 @@ const char* FindAnySlowly(const char* pBytes, const char* pEnd, char a, char b, 
 }
 
 }  // namespace
+
+bool IsNarrow(std::u16string_view text) {
+  unsigned all = 0;
+  for (const WCHAR c : text) all |= c;
+  return all <= 0xFF;
+}
+
+void Narrow(std::u16string_view text, char* pTo) {
+  std::transform(text.begin(), text.end(), pTo, [](WCHAR c) { return static_cast<char>(c); });
+}
+
+// All four digits at once, without a branch on how many there are: numbers of one to three digits follow each
+// other in a satellite sentence, and no processor can foresee their lengths.
+bool ReadShortNumber(std::u16string_view number, const WCHAR* pEnd, int& value) {
+  if constexpr (std::endian::native != std::endian::little) return false;
+  constexpr std::size_t kDigits = 4;
+  const std::size_t length = number.size();
+  if (length - 1 >= kDigits || pEnd - number.data() < static_cast<std::ptrdiff_t>(kDigits)) return false;
+  std::uint64_t lanes = 0;
+  std::memcpy(&lanes, number.data(), sizeof lanes);
+  // The last digit into the uppermost lane; what stands behind the number is shifted out.
+  lanes = (lanes ^ 0x0030003000300030) << (16 * (kDigits - length));
+  constexpr std::uint64_t kAboveNine = 0x7FF67FF67FF67FF6;  // carries a lane above 9 into its top bit
+  if (((lanes + kAboveNine) & 0x8000800080008000) != 0 || (lanes & 0x8000800080008000) != 0) return false;
+  constexpr std::uint64_t kWeights = 1 | 10ULL << 16 | 100ULL << 32 | 1000ULL << 48;
+  value = static_cast<int>(lanes * kWeights >> 48);
+  return true;
+}
 
 #ifdef __SSE2__
 
@@ -195,27 +215,6 @@ void Widen(const char* pBytes, int nCount, WCHAR* pTo) {
   WidenBytes(pBytes, nCount, pTo);
 }
 
-bool IsNarrow(std::u16string_view text) {
-  const int length = static_cast<int>(text.size());
-  const WCHAR* p = text.data();
-  if (length < kStep) return IsNarrowSlowly(text);
-  __m128i all = _mm_setzero_si128();
-  for (int i = 0; i + kStep <= length; i += kStep) all = _mm_or_si128(all, Load(p + i));
-  all = _mm_or_si128(all, Load(p + length - kStep));
-  return ByteBits(_mm_cmpeq_epi8(_mm_srli_epi16(all, 8), _mm_setzero_si128())) == 0xFFFF;
-}
-
-void Narrow(std::u16string_view text, char* pTo) {
-  const int length = static_cast<int>(text.size());
-  const WCHAR* p = text.data();
-  const auto step = [&](int i) {
-    _mm_storeu_si128(reinterpret_cast<__m128i*>(pTo + i), _mm_packus_epi16(Load(p + i), Load(p + i + kStep)));
-  };
-  if (length < kTwoSteps) return NarrowSlowly(text, pTo);
-  for (int i = 0; i + kTwoSteps <= length; i += kTwoSteps) step(i);
-  step(length - kTwoSteps);
-}
-
 int WidenText(const char* pBytes, int nCount, WCHAR* pTo) {
   const bool zero = _mm_movemask_epi8(WidenBytes(pBytes, nCount, pTo)) != 0;
   return zero ? AheadOfZero(pBytes, nCount) : nCount;
@@ -244,23 +243,6 @@ const char* FindAny(const char* pBytes, const char* pEnd, char a, char b, char c
     if (const unsigned bits = ByteBits(hits); bits != 0) return p + std::countr_zero(bits);
   }
   return FindAnySlowly(p, pEnd, a, b, c);
-}
-
-// All four digits at once, without a branch on how many there are: numbers of one to three digits follow each
-// other in a satellite sentence, and no processor can foresee their lengths.
-bool ReadShortNumber(std::u16string_view number, const WCHAR* pEnd, int& value) {
-  constexpr std::size_t kDigits = 4;
-  const std::size_t length = number.size();
-  if (length - 1 >= kDigits || pEnd - number.data() < static_cast<std::ptrdiff_t>(kDigits)) return false;
-  std::uint64_t lanes = 0;
-  std::memcpy(&lanes, number.data(), sizeof lanes);
-  // The last digit into the uppermost lane; what stands behind the number is shifted out.
-  lanes = (lanes ^ 0x0030003000300030) << (16 * (kDigits - length));
-  constexpr std::uint64_t kAboveNine = 0x7FF67FF67FF67FF6;  // carries a lane above 9 into its top bit
-  if (((lanes + kAboveNine) & 0x8000800080008000) != 0 || (lanes & 0x8000800080008000) != 0) return false;
-  constexpr std::uint64_t kWeights = 1 | 10ULL << 16 | 100ULL << 32 | 1000ULL << 48;
-  value = static_cast<int>(lanes * kWeights >> 48);
-  return true;
 }
 
 namespace {
@@ -323,10 +305,6 @@ bool ReadShortDecimal(std::u16string_view number, const WCHAR* pStart, std::uint
 
 #else
 
-bool ReadShortNumber(std::u16string_view, const WCHAR*, int&) {
-  return false;
-}
-
 bool ReadShortDecimal(std::u16string_view, const WCHAR*, std::uint64_t&, int&) {
   return false;
 }
@@ -348,14 +326,6 @@ int SumUpTo(std::u16string_view text, WCHAR end, unsigned& sum) {
 
 void Widen(const char* pBytes, int nCount, WCHAR* pTo) {
   for (int i = 0; i < nCount; ++i) pTo[i] = static_cast<unsigned char>(pBytes[i]);
-}
-
-bool IsNarrow(std::u16string_view text) {
-  return IsNarrowSlowly(text);
-}
-
-void Narrow(std::u16string_view text, char* pTo) {
-  NarrowSlowly(text, pTo);
 }
 
 int WidenText(const char* pBytes, int nCount, WCHAR* pTo) {
