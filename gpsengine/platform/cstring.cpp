@@ -1,11 +1,9 @@
 #include "gpsengine/platform/cstring.h"
 
 #include <algorithm>
-#include <atomic>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <new>
 
 #include "gpsengine/platform/textscan.h"
 
@@ -24,20 +22,6 @@ void CopyText(WCHAR* pTo, const WCHAR* pFrom, int nLength) {
 }
 
 }  // namespace
-
-// Head of a block on the heap; the text stands right behind it.
-struct CString::Shared {
-  std::atomic<int> nUsers{1};
-  int nCapacity;
-
-  explicit Shared(int capacity) : nCapacity(capacity) {}
-  WCHAR* Text() { return reinterpret_cast<WCHAR*>(this + 1); }
-
-  static Shared* Make(int nCapacity) {
-    const std::size_t bytes = sizeof(Shared) + (static_cast<std::size_t>(nCapacity) + 1) * sizeof(WCHAR);
-    return new (::operator new(bytes)) Shared(nCapacity);
-  }
-};
 
 CString::CString(const char* psz) : CString(psz, psz == nullptr ? 0 : static_cast<int>(std::strlen(psz))) {}
 
@@ -60,44 +44,31 @@ CString::CString(WCHAR c, int nRepeat) : CString() {
   ReleaseBuffer(nRepeat);
 }
 
-const WCHAR* CString::SharedText() const noexcept {
-  return m_Store.pShared->Text();
-}
-
-void CString::CopyFrom(const CString& other) noexcept {
-  m_nLength = other.m_nLength;
-  m_bShared = other.m_bShared;
-  if (m_bShared) {
-    m_Store.pShared = other.m_Store.pShared;
-    m_Store.pShared->nUsers.fetch_add(1, std::memory_order_relaxed);
+void CString::CopyFrom(const CString& other) {
+  if (other.IsLong()) {
+    Append(other.m_Store.pLong, other.m_nLength);
   } else {
-    CopyText(m_Store.szInPlace, other.m_Store.szInPlace, m_nLength + 1);
+    CopyText(m_Store.szInPlace, other.m_Store.szInPlace, other.m_nLength + 1);
+    m_nLength = other.m_nLength;
   }
 }
 
 void CString::TakeFrom(CString& other) noexcept {
   m_nLength = other.m_nLength;
-  m_bShared = other.m_bShared;
-  if (m_bShared) {
-    m_Store.pShared = other.m_Store.pShared;
+  m_nCapacity = other.m_nCapacity;
+  if (IsLong()) {
+    m_Store.pLong = other.m_Store.pLong;
   } else {
     CopyText(m_Store.szInPlace, other.m_Store.szInPlace, m_nLength + 1);
   }
-  other.m_bShared = false;
+  other.m_nCapacity = kInPlace;
   other.m_nLength = 0;
   other.m_Store.szInPlace[0] = 0;
 }
 
-void CString::ReleaseShared() noexcept {
-  Shared* block = m_Store.pShared;
-  m_bShared = false;
-  if (block->nUsers.fetch_sub(1, std::memory_order_acq_rel) != 1) return;
-  block->~Shared();
-  ::operator delete(block);
-}
-
 void CString::Empty() noexcept {
   Release();
+  m_nCapacity = kInPlace;
   m_nLength = 0;
   m_Store.szInPlace[0] = 0;
 }
@@ -111,24 +82,21 @@ void CString::SetAt(int nIndex, WCHAR c) {
 
 WCHAR* CString::GetBuffer(int nMinLength) {
   const int needed = std::max(nMinLength, m_nLength);
-  if (!m_bShared && needed <= kInPlace) return m_Store.szInPlace;
-  if (m_bShared && needed <= m_Store.pShared->nCapacity &&
-      m_Store.pShared->nUsers.load(std::memory_order_acquire) == 1)
-    return m_Store.pShared->Text();
+  if (needed <= m_nCapacity) return IsLong() ? m_Store.pLong : m_Store.szInPlace;
   // Half as much again, so that a text that grows by appending is copied a few times only.
-  Shared* block = Shared::Make(needed + needed / 2);
-  CopyText(block->Text(), GetString(), m_nLength + 1);
+  const int capacity = needed + needed / 2;
+  auto* const text = new WCHAR[static_cast<std::size_t>(capacity) + 1];
+  CopyText(text, GetString(), m_nLength + 1);
   Release();
-  m_Store.pShared = block;
-  m_bShared = true;
-  return block->Text();
+  m_Store.pLong = text;
+  m_nCapacity = capacity;
+  return text;
 }
 
 void CString::ReleaseBuffer(int nNewLength) {
-  WCHAR* text = m_bShared ? m_Store.pShared->Text() : m_Store.szInPlace;
-  const int capacity = m_bShared ? m_Store.pShared->nCapacity : kInPlace;
-  text[capacity] = 0;
-  m_nLength = nNewLength < 0 ? Length(text) : std::min(nNewLength, capacity);
+  WCHAR* text = IsLong() ? m_Store.pLong : m_Store.szInPlace;
+  text[m_nCapacity] = 0;
+  m_nLength = nNewLength < 0 ? Length(text) : std::min(nNewLength, m_nCapacity);
   text[m_nLength] = 0;
 }
 
