@@ -1,5 +1,6 @@
 #pragma once
 
+#include "gpsengine/platform/trace.h"
 #include "gpsengine/receiver/gpsreceiver.h"
 #include "gpsengine/receiver/workingstate.h"
 
@@ -18,34 +19,22 @@ struct CDecoding {
 /// The decoders of texts. False says that the message leads to nothing. A field that cannot be read may leave
 /// by a CException.
 struct CDecoders {
-  static bool GGA(const CDecoding& in);
-  static bool INGGA(const CDecoding& in);
-  static bool GSA(const CDecoding& in);
-  static bool GSV(const CDecoding& in);
-  static bool VTG(const CDecoding& in);
+  using Decoder = bool(const CDecoding& in);
+  static Decoder GGA, INGGA, GSA, GSV, VTG;
+
+  /// Of a report on the receiver's settings.
+  using Report = bool(CGPSStatusData& status, CString& message);
+  static Report CRMSS, CRMSK, PARPMD, PARPER, PARPEM, PARPRTA, PSLIRParNmea, PSLIRParMode, PMCAG, JSHOW,
+      JiOrJgeoOrRd1, LOGLIST, RXCONFIG, ECUTOFF, OMNIINFO, OMNISTAT, OMNIHPPOS, WAAS1, RTKSOURCE, SBASCONTROL,
+      PSRDIFFSOURCE;
+
   /// Keeps a sentence that no other decoder claims.
   static bool Proprietary(CGPSData& data, const CString& message);
-
-  // Reports on a receiver's settings.
-  static bool CRMSS(CGPSStatusData& status, CString& message);
-  static bool CRMSK(CGPSStatusData& status, CString& message);
-  static bool PARPMD(CGPSStatusData& status, CString& message);
-  static bool PARPER(CGPSStatusData& status, CString& message);
-  static bool PARPEM(CGPSStatusData& status, CString& message);
-  static bool PARPRTA(CGPSStatusData& status, CString& message);
-  static bool PSLIRParNmea(CGPSStatusData& status, CString& message);
-  static bool PSLIRParMode(CGPSStatusData& status, CString& message);
-  static bool PMCAG(CGPSStatusData& status, CString& message);
-  static bool JSHOW(CGPSStatusData& status, CString& message);
-  static bool JiOrJgeoOrRd1(CGPSStatusData& status, CString& message);
-  static bool LOGLIST(CGPSStatusData& status, CString& message);
-  static bool RXCONFIG(CGPSStatusData& status, CString& message);
-  static bool ECUTOFF(CGPSStatusData& status, CString& message);
-  static bool OMNIINFO(CGPSStatusData& status, CString& message);
-  static bool OMNISTAT(CGPSStatusData& status, CString& message);
-  static bool OMNIHPPOS(CGPSStatusData& status, CString& message);
-  static bool WAAS1(CGPSStatusData& status, CString& message);
-  static bool RTKSOURCE(CGPSStatusData& status, CString& message);
-  static bool SBASCONTROL(CGPSStatusData& status, CString& message);
-  static bool PSRDIFFSOURCE(CGPSStatusData& status, CString& message);
 };
+
+/// A decoder's way out of a sentence that lacks a field. A receiver that has no fix sends such sentences all
+/// the time, so that this is no exception.
+inline bool InvalidSentence(const char* name) {
+  Trace("Invalid %s string.\n", name);
+  return false;
+}

@@ -3,7 +3,6 @@
 #include <utility>
 
 #include "gpsengine/platform/textscan.h"
-#include "gpsengine/receiver/invalid.h"
 #include "gpsengine/receiver/sentencetable.h"
 
 namespace {

@@ -3,7 +3,6 @@
 
 #include "gpsengine/platform/trace.h"
 #include "gpsengine/receiver/decoders.h"
-#include "gpsengine/receiver/invalid.h"
 #include "gpsengine/text/parser.h"
 
 namespace {

@@ -4,7 +4,6 @@
 #include <numbers>
 
 #include "gpsengine/receiver/decoders.h"
-#include "gpsengine/receiver/invalid.h"
 #include "gpsengine/text/parser.h"
 
 namespace {

@@ -9,12 +9,10 @@
 
 /// What is told by its first characters.
 struct SentenceRow {
-  using Decoder = bool(const CDecoding& in);
-
   GPSStringType type;
   std::u16string_view tag;
-  Decoder* decoder = nullptr;  ///< Null: recognised only, or decoded by the dispatch itself.
-  const char* name = "";       ///< For the trace, if a CException may leave the decoder.
+  CDecoders::Decoder* decoder = nullptr;  ///< Null: recognised only, or decoded by the dispatch itself.
+  const char* name = "";                  ///< For the trace, if a CException may leave the decoder.
 };
 
 /// One row a tag.
@@ -22,7 +20,7 @@ struct SentenceTable {
   using Row = SentenceRow;
 
   /// A report on the receiver's settings.
-  template <bool (*decode)(CGPSStatusData& status, CString& message)>
+  template <CDecoders::Report decode>
   static bool Status(const CDecoding& in) {
     return decode(in.state.record.m_Status, in.message);
   }

@@ -2,7 +2,6 @@
 
 #include "gpsengine/platform/trace.h"
 #include "gpsengine/receiver/decoders.h"
-#include "gpsengine/receiver/invalid.h"
 #include "gpsengine/text/parser.h"
 
 // The $PASHR reports, by their second field. The acknowledgement does not come here.
