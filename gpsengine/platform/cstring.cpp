@@ -17,8 +17,8 @@ int Length(const WCHAR* psz) {
   return psz == nullptr ? 0 : static_cast<int>(std::u16string_view(psz).size());
 }
 
-void CopyText(WCHAR* pTo, const WCHAR* pFrom, int nLength) {
-  if (nLength > 0) std::memcpy(pTo, pFrom, static_cast<std::size_t>(nLength) * sizeof(WCHAR));
+void CopyText(WCHAR* to, const WCHAR* from, int length) {
+  if (length > 0) std::memcpy(to, from, static_cast<std::size_t>(length) * sizeof(WCHAR));
 }
 
 }  // namespace
@@ -27,21 +27,21 @@ CString::CString(const char* psz) : CString(psz, psz == nullptr ? 0 : static_cas
 
 CString::CString(const WCHAR* psz) : CString(psz, Length(psz)) {}
 
-CString::CString(const char* p, int nLength) : CString() {
-  if (p == nullptr || nLength <= 0) return;
-  WCHAR* text = GetBuffer(nLength);
-  textscan::Widen(p, nLength, text);
-  ReleaseBuffer(nLength);
+CString::CString(const char* p, int length) : CString() {
+  if (p == nullptr || length <= 0) return;
+  WCHAR* text = GetBuffer(length);
+  textscan::Widen(p, length, text);
+  ReleaseBuffer(length);
 }
 
-CString::CString(const WCHAR* p, int nLength) : CString() {
-  Append(p, nLength);
+CString::CString(const WCHAR* p, int length) : CString() {
+  Append(p, length);
 }
 
-CString::CString(WCHAR c, int nRepeat) : CString() {
-  if (nRepeat <= 0) return;
-  std::fill_n(GetBuffer(nRepeat), nRepeat, c);
-  ReleaseBuffer(nRepeat);
+CString::CString(WCHAR c, int repeat) : CString() {
+  if (repeat <= 0) return;
+  std::fill_n(GetBuffer(repeat), repeat, c);
+  ReleaseBuffer(repeat);
 }
 
 void CString::CopyFrom(const CString& other) {
@@ -73,15 +73,15 @@ void CString::Empty() noexcept {
   m_Store.szInPlace[0] = 0;
 }
 
-void CString::SetAt(int nIndex, WCHAR c) {
-  if (nIndex < 0 || nIndex >= m_nLength) return;
+void CString::SetAt(int at, WCHAR c) {
+  if (at < 0 || at >= m_nLength) return;
   const int length = m_nLength;
-  GetBuffer(length)[nIndex] = c;
+  GetBuffer(length)[at] = c;
   ReleaseBuffer(length);
 }
 
-WCHAR* CString::GetBuffer(int nMinLength) {
-  const int needed = std::max(nMinLength, m_nLength);
+WCHAR* CString::GetBuffer(int least) {
+  const int needed = std::max(least, m_nLength);
   if (needed <= m_nCapacity) return IsLong() ? m_Store.pLong : m_Store.szInPlace;
   // Half as much again, so that a text that grows by appending is copied a few times only.
   const int capacity = needed + needed / 2;
@@ -93,10 +93,10 @@ WCHAR* CString::GetBuffer(int nMinLength) {
   return text;
 }
 
-void CString::ReleaseBuffer(int nNewLength) {
+void CString::ReleaseBuffer(int new_length) {
   WCHAR* text = IsLong() ? m_Store.pLong : m_Store.szInPlace;
   text[m_nCapacity] = 0;
-  m_nLength = nNewLength < 0 ? Length(text) : std::min(nNewLength, m_nCapacity);
+  m_nLength = new_length < 0 ? Length(text) : std::min(new_length, m_nCapacity);
   text[m_nLength] = 0;
 }
 
@@ -105,45 +105,45 @@ void CString::AssignLong(std::u16string_view text) {
   Append(text.data(), static_cast<int>(text.size()));
 }
 
-CString& CString::Append(const WCHAR* p, int nLength) {
-  if (p == nullptr || nLength <= 0) return *this;
-  const int oldLength = m_nLength;
-  if (p >= GetString() && p <= GetString() + oldLength) {
+CString& CString::Append(const WCHAR* p, int length) {
+  if (p == nullptr || length <= 0) return *this;
+  const int old_length = m_nLength;
+  if (p >= GetString() && p <= GetString() + old_length) {
     const CString own(*this);  // keeps the text that is appended to itself
     const auto offset = p - GetString();
-    CopyText(GetBuffer(oldLength + nLength) + oldLength, own.GetString() + offset, nLength);
+    CopyText(GetBuffer(old_length + length) + old_length, own.GetString() + offset, length);
   } else {
-    CopyText(GetBuffer(oldLength + nLength) + oldLength, p, nLength);
+    CopyText(GetBuffer(old_length + length) + old_length, p, length);
   }
-  ReleaseBuffer(oldLength + nLength);
+  ReleaseBuffer(old_length + length);
   return *this;
 }
 
-CString CString::Left(int nCount) const {
-  return Mid(0, nCount);
+CString CString::Left(int wanted) const {
+  return Mid(0, wanted);
 }
 
-CString CString::Right(int nCount) const {
-  const int count = std::clamp(nCount, 0, m_nLength);
+CString CString::Right(int wanted) const {
+  const int count = std::clamp(wanted, 0, m_nLength);
   return Mid(m_nLength - count, count);
 }
 
-CString CString::Mid(int nFirst, int nCount) const {
-  const int first = std::clamp(nFirst, 0, m_nLength);
-  const int count = std::clamp(nCount, 0, m_nLength - first);
+CString CString::Mid(int from, int wanted) const {
+  const int first = std::clamp(from, 0, m_nLength);
+  const int count = std::clamp(wanted, 0, m_nLength - first);
   if (count == m_nLength) return *this;
   return CString(GetString() + first, count);
 }
 
-int CString::Find(WCHAR c, int nStart) const noexcept {
-  if (nStart < 0) return -1;
-  const auto index = View().find(c, static_cast<std::size_t>(nStart));
+int CString::Find(WCHAR c, int start) const noexcept {
+  if (start < 0) return -1;
+  const auto index = View().find(c, static_cast<std::size_t>(start));
   return index == std::u16string_view::npos ? -1 : static_cast<int>(index);
 }
 
-int CString::Find(const CString& text, int nStart) const noexcept {
-  if (nStart < 0) return -1;
-  const auto index = View().find(text.View(), static_cast<std::size_t>(nStart));
+int CString::Find(const CString& text, int start) const noexcept {
+  if (start < 0) return -1;
+  const auto index = View().find(text.View(), static_cast<std::size_t>(start));
   return index == std::u16string_view::npos ? -1 : static_cast<int>(index);
 }
 
@@ -166,8 +166,8 @@ void CString::MakeUpper() {
   ReleaseBuffer(length);
 }
 
-int CString::Insert(int nIndex, const CString& text) {
-  const int index = std::clamp(nIndex, 0, m_nLength);
+int CString::Insert(int at, const CString& text) {
+  const int index = std::clamp(at, 0, m_nLength);
   *this = Left(index) + text + Mid(index);
   return m_nLength;
 }
@@ -180,15 +180,15 @@ int CString::Remove(WCHAR c) {
   return length - kept;
 }
 
-int CString::Replace(const CString& oldText, const CString& newText) {
-  if (oldText.IsEmpty()) return 0;
+int CString::Replace(const CString& old_text, const CString& new_text) {
+  if (old_text.IsEmpty()) return 0;
   int count = 0;
   int from = 0;
   CString result;
-  for (int at = Find(oldText); at >= 0; at = Find(oldText, from)) {
+  for (int at = Find(old_text); at >= 0; at = Find(old_text, from)) {
     result.Append(GetString() + from, at - from);
-    result += newText;
-    from = at + oldText.m_nLength;
+    result += new_text;
+    from = at + old_text.m_nLength;
     ++count;
   }
   if (count == 0) return 0;
@@ -308,8 +308,8 @@ Conversion TakeConversion(std::string_view& format) {
   return conversion;
 }
 
-std::string Print(const Conversion& conversion, const char* pszLength, auto value) {
-  const std::string format = '%' + std::string(conversion.options) + pszLength + conversion.letter;
+std::string Print(const Conversion& conversion, const char* width, auto value) {
+  const std::string format = '%' + std::string(conversion.options) + width + conversion.letter;
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wformat-nonliteral"
   const int length = std::snprintf(nullptr, 0, format.c_str(), value);

@@ -24,10 +24,10 @@ class Thread : public CWinThread {
 
 }  // namespace
 
-std::unique_ptr<CWinThread> AfxBeginThread(AFX_THREADPROC pfn, void* pParam, int nPriority) {
+std::unique_ptr<CWinThread> AfxBeginThread(AFX_THREADPROC pfn, void* pParam, int priority) {
   try {
     return std::make_unique<Thread>(std::thread([=] {
-      if (nPriority > THREAD_PRIORITY_NORMAL) RaisePriority(nPriority);
+      if (priority > THREAD_PRIORITY_NORMAL) RaisePriority(priority);
       pfn(pParam);
     }));
   } catch (const std::system_error&) {

@@ -24,9 +24,9 @@ int HexDigit(WCHAR c) {
 }
 
 // Reads at most four hexadecimal digits; none give 0.
-unsigned ReadHex(const WCHAR* p, const WCHAR* pEnd) {
+unsigned ReadHex(const WCHAR* p, const WCHAR* end) {
   unsigned value = 0;
-  const WCHAR* const last = pEnd - p > 4 ? p + 4 : pEnd;
+  const WCHAR* const last = end - p > 4 ? p + 4 : end;
   for (int digit = 0; p != last && (digit = HexDigit(*p)) >= 0; ++p)
     value = value << 4 | static_cast<unsigned>(digit);
   return value;
@@ -57,26 +57,25 @@ std::uint32_t NmeaBit(GPSStringType type) {
 
 }  // namespace
 
-bool CGPSReceiver::Parse(CString& strMessage) {
-  if (const int prompt = FindPrompt(strMessage); prompt >= 0)
-    strMessage = strMessage.Mid(prompt + kPromptLength);
-  const GPSStringType type = GetGPSStringType(strMessage);
+bool CGPSReceiver::Parse(CString& sentence) {
+  if (const int prompt = FindPrompt(sentence); prompt >= 0) sentence = sentence.Mid(prompt + kPromptLength);
+  const GPSStringType type = GetGPSStringType(sentence);
   if (m_bMonitorNmea) GotNmea(type);
-  return Parse(strMessage, type);
+  return Parse(sentence, type);
 }
 
-GPSStringType CGPSReceiver::GetGPSStringType(const CString& strMessage) {
-  if (IsOemBinary(strMessage)) return GPS_STRING_AXIS4_BIN;
-  const SentenceTable::Row* row = SentenceTable::Find(strMessage.View());
+GPSStringType CGPSReceiver::GetGPSStringType(const CString& sentence) {
+  if (IsOemBinary(sentence)) return GPS_STRING_AXIS4_BIN;
+  const SentenceTable::Row* row = SentenceTable::Find(sentence.View());
   if (row == nullptr) return GPS_STRING_NONE;
   m_nSentencesRecognised.Count();
-  if (!SentenceTable::IsChecksumTested(row->type) || IsChecksumOK(strMessage)) return row->type;
+  if (!SentenceTable::IsChecksumTested(row->type) || IsChecksumOK(sentence)) return row->type;
   m_nChecksumErrors.Count();
   return GPS_STRING_NONE;
 }
 
-bool CGPSReceiver::IsChecksumOK(const CString& strMessage) {
-  std::u16string_view message = strMessage.View();
+bool CGPSReceiver::IsChecksumOK(const CString& sentence) {
+  std::u16string_view message = sentence.View();
   const auto dollar = message.find(u'$');
   if (dollar == std::u16string_view::npos) return false;
   // An asterisk ahead of the "$" is the first one, and no end of what stands behind.
@@ -88,7 +87,7 @@ bool CGPSReceiver::IsChecksumOK(const CString& strMessage) {
   return ((sum ^ ReadHex(message.data() + star + 1, message.data() + message.size())) & 0xFF) == 0;
 }
 
-bool CGPSReceiver::Parse(CString& strMessage, GPSStringType type) {
+bool CGPSReceiver::Parse(CString& sentence, GPSStringType type) {
   // One lock from here to the copy of the record, but for the makes' reports that call out to the host or
   // write.
   RecordLock state;
@@ -97,23 +96,23 @@ bool CGPSReceiver::Parse(CString& strMessage, GPSStringType type) {
   switch (type) {
     case GPS_STRING_GGA:
     case GPS_STRING_INGGA:
-      if (!Decode(*state, strMessage, type)) return false;
+      if (!Decode(*state, sentence, type)) return false;
       if (state->record.m_bPositionValid && state->computeMotion) state->speed.ComputeMotion(state->record);
       break;
     case GPS_STRING_GSA:
-      if (!Decode(*state, strMessage, type)) return false;
+      if (!Decode(*state, sentence, type)) return false;
       state->gsaReceived = true;
       break;
     case GPS_STRING_GSV:
-      if (!Decode(*state, strMessage, type)) return false;
+      if (!Decode(*state, sentence, type)) return false;
       state->gsvReceived = force = true;
       break;
     case GPS_STRING_PASHR:
-      if (TakeAck(state->record.m_Status, strMessage)) break;
+      if (TakeAck(state->record.m_Status, sentence)) break;
       // Who sends standard satellite sentences needs no reports to the same end.
       if (state->gsaReceived && state->gsvReceived) return false;
       state.Unlock();
-      if (!ProcessPASHR(strMessage)) return false;
+      if (!ProcessPASHR(sentence)) return false;
       if (PostNewDataRaw()) return true;
       return PostNewData(true);
     case GPS_STRING_BIN:
@@ -123,13 +122,13 @@ bool CGPSReceiver::Parse(CString& strMessage, GPSStringType type) {
       state.Unlock();
       return ProcessAxis4BIN() && PostNewData(false);
     default:
-      if (!Decode(*state, strMessage, type)) return false;
+      if (!Decode(*state, sentence, type)) return false;
   }
   return Publish(std::move(state), force);
 }
 
-bool CGPSReceiver::Decode(CString& strMessage, GPSStringType type) {
-  return Decode(*RecordLock(), strMessage, type);
+bool CGPSReceiver::Decode(CString& sentence, GPSStringType type) {
+  return Decode(*RecordLock(), sentence, type);
 }
 
 // Runs the decoder of a kind. A sentence of a make that has none is kept for the host; the rest is not for
@@ -148,8 +147,8 @@ bool CGPSReceiver::Decode(CWorkingState& state, CString& message, GPSStringType 
   }
 }
 
-void CGPSReceiver::MonitorNmea(bool bOn) {
-  m_bMonitorNmea = bOn;
+void CGPSReceiver::MonitorNmea(bool on) {
+  m_bMonitorNmea = on;
   m_wNmeaBits = 0;
 }
 

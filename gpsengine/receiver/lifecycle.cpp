@@ -56,13 +56,13 @@ CGPSReceiver::~CGPSReceiver() {
   m_Port.Close();
 }
 
-void CGPSReceiver::SetupReceiver(int nPort, int nGeoidMode, double dAntennaHeight, const CString& strText,
-                                 bool bExternalPort) {
-  m_nPortNumber = nPort;
-  m_nGeoidMode = nGeoidMode;
-  m_dAntennaHeight = dAntennaHeight;
-  m_strSetupText = strText;
-  m_bExternalPort = bExternalPort;
+void CGPSReceiver::SetupReceiver(int port, int geoid_mode, double antenna_height, const CString& text,
+                                 bool external_port) {
+  m_nPortNumber = port;
+  m_nGeoidMode = geoid_mode;
+  m_dAntennaHeight = antenna_height;
+  m_strSetupText = text;
+  m_bExternalPort = external_port;
 }
 
 void CGPSReceiver::SetProperties() {
@@ -71,10 +71,10 @@ void CGPSReceiver::SetProperties() {
   m_nBaudrate = app == nullptr ? standard : app->GetProfileInt(GetName(), kBaudEntry, standard);
 }
 
-bool CGPSReceiver::SaveDifferentSettings(int nBaudrate) {
-  if (nBaudrate == m_nBaudrate) return false;
-  m_nBaudrate = nBaudrate;
-  if (CWinApp* app = AfxGetApp()) app->WriteProfileInt(GetName(), kBaudEntry, nBaudrate);
+bool CGPSReceiver::SaveDifferentSettings(int baudrate) {
+  if (baudrate == m_nBaudrate) return false;
+  m_nBaudrate = baudrate;
+  if (CWinApp* app = AfxGetApp()) app->WriteProfileInt(GetName(), kBaudEntry, baudrate);
   return true;
 }
 
@@ -122,8 +122,8 @@ void CGPSReceiver::InvalidateSVInfo() {
   RecordLock()->record.m_bSatellitesComplete = false;
 }
 
-bool CGPSReceiver::AttachRawData(const char* pData, int nLength) {
-  return RecordLock()->message.Set(pData, nLength, nLength);
+bool CGPSReceiver::AttachRawData(const char* data, int length) {
+  return RecordLock()->message.Set(data, length, length);
 }
 
 bool CGPSReceiver::GetLastGPSPositionData(CGPSData& out) const {

@@ -47,9 +47,9 @@ bool CGPSReceiver::Publish(RecordLock state, bool force) {
 }
 
 void CGPSReceiver::AddNotificationCallback(GPSNotificationType type, GPSNotificationCallback pfn,
-                                           void* pUser) {
+                                           void* user) {
   const std::lock_guard lock(m_NotificationMutex);
-  m_Notifications[type] = {type, pfn, pUser};
+  m_Notifications[type] = {type, pfn, user};
 }
 
 bool CGPSReceiver::HasNotificationCallback(GPSNotificationType type) const {
@@ -58,7 +58,7 @@ bool CGPSReceiver::HasNotificationCallback(GPSNotificationType type) const {
   return entry != m_Notifications.end() && entry->second.pfn != nullptr;
 }
 
-void CGPSReceiver::BroadcastNotification(GPSNotificationType type, CGPSNotification* pData) {
+void CGPSReceiver::BroadcastNotification(GPSNotificationType type, CGPSNotification* data) {
   GPSNotificationEntry registered{type, nullptr, nullptr};
   {
     const std::lock_guard lock(m_NotificationMutex);
@@ -67,6 +67,6 @@ void CGPSReceiver::BroadcastNotification(GPSNotificationType type, CGPSNotificat
   }
   // Without the lock: the callback may register another.
   if (registered.pfn == nullptr) return;
-  registered.pfn(registered.type, pData, registered.pUser);
+  registered.pfn(registered.type, data, registered.pUser);
   CUpdateScope::GoOn();
 }

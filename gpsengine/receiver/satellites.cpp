@@ -12,8 +12,8 @@ constexpr double kTwoPi = 2.0 * std::numbers::pi;
 constexpr int kGroupsInGsv = 4;
 constexpr double kKmhPerMetreASecond = 3.6;
 
-constexpr double ComputeRadians(int nDegrees) {
-  return nDegrees * std::numbers::pi / 180.0;
+constexpr double ComputeRadians(int degrees) {
+  return degrees * std::numbers::pi / 180.0;
 }
 
 // Of the degrees of a circle, so that a satellite costs no divisions.
@@ -24,14 +24,14 @@ constexpr auto kRadians = [] {
   return radians;
 }();
 
-double Radians(int nDegrees) {
-  const auto index = static_cast<std::size_t>(nDegrees);
-  return index < kRadians.size() ? kRadians[index] : ComputeRadians(nDegrees);
+double Radians(int degrees) {
+  const auto index = static_cast<std::size_t>(degrees);
+  return index < kRadians.size() ? kRadians[index] : ComputeRadians(degrees);
 }
 
 // A course over ground in degrees to a mathematical angle from 0 to 2π.
-double HeadingOfCourse(double dCourse) {
-  const double turned = (450.0 - dCourse) * std::numbers::pi / 180.0;
+double HeadingOfCourse(double course) {
+  const double turned = (450.0 - course) * std::numbers::pi / 180.0;
   // Within two turns the remainder is a difference, which is exact as well.
   if (turned >= 0.0 && turned < 2.0 * kTwoPi) return turned < kTwoPi ? turned : turned - kTwoPi;
   const double angle = std::fmod(turned, kTwoPi);

@@ -43,8 +43,8 @@ bool DecodeSatellites(CWorkingState& state, CParser& parser) {
 
 }  // namespace
 
-bool CGPSReceiver::ProcessPASHR(CString& strMessage) try {
-  CParser parser(strMessage, ",*", true);
+bool CGPSReceiver::ProcessPASHR(CString& message) try {
+  CParser parser(message, ",*", true);
   CString name;
   parser.SkipField();
   parser.GetNextString(name);

@@ -20,8 +20,8 @@ constexpr double kDegreesPerRadian = 180.0 / std::numbers::pi;
 constexpr int kLeastSatellites = 4;  // with fewer there is no position to compute
 
 // The receiver gives a range as one second less the time of flight, and may be whole seconds off.
-double SignedFraction(double dRange) {
-  double fraction = 1.0 - dRange;
+double SignedFraction(double range) {
+  double fraction = 1.0 - range;
   if (fraction < -1.0) fraction += std::trunc(std::fabs(fraction)) + 1.0;
   if (fraction > 1.0) fraction -= std::trunc(std::fabs(fraction));
   return fraction;
@@ -64,11 +64,11 @@ int WeekByClock() {
 }  // namespace
 
 // $PASHR,MBN, and 42 bytes.
-bool CGPSReceiver::ProcessPASHR_MBN(const void* pPayload) {
-  if (pPayload == nullptr) return false;
+bool CGPSReceiver::ProcessPASHR_MBN(const void* payload) {
+  if (payload == nullptr) return false;
   const RecordLock state;
-  const std::uint16_t nChecksum = WireChecksum(pPayload, 40);
-  WireReader in(pPayload);
+  const std::uint16_t checksum = WireChecksum(payload, 40);
+  WireReader in(payload);
   DataRecord_G12_MBN record{};
   record.nDataType = in.Take<std::uint8_t>();
   record.nToFollow = in.Take<std::uint8_t>();
@@ -85,8 +85,8 @@ bool CGPSReceiver::ProcessPASHR_MBN(const void* pPayload) {
   in.Skip(8);
   record.nChecksum = in.Take<std::uint16_t>();
 
-  if (nChecksum != record.nChecksum) {
-    Trace("Bad MBN checksum %d - %d\n", nChecksum, record.nChecksum);
+  if (checksum != record.nChecksum) {
+    Trace("Bad MBN checksum %d - %d\n", checksum, record.nChecksum);
     return false;
   }
   if (record.nDataType != 1 || record.nGoodBad != 24) {
@@ -99,25 +99,25 @@ bool CGPSReceiver::ProcessPASHR_MBN(const void* pPayload) {
 }
 
 // $PASHR,PBN, and 56 bytes. A bad one takes the epoch's measurements with it: no position will come for them.
-bool CGPSReceiver::ProcessPASHR_PBN(const void* pPayload) {
-  if (pPayload == nullptr) return false;
+bool CGPSReceiver::ProcessPASHR_PBN(const void* payload) {
+  if (payload == nullptr) return false;
   const RecordLock state;
-  const std::uint16_t nComputed = WireChecksum(pPayload, 54);
-  WireReader in(pPayload);
-  const double receiverTime = in.Take<std::int32_t>() * 0.001;
+  const std::uint16_t computed = WireChecksum(payload, 54);
+  WireReader in(payload);
+  const double receiver_time = in.Take<std::int32_t>() * 0.001;
   in.Skip(4);
   const double x = in.Take<double>();
   const double y = in.Take<double>();
   const double z = in.Take<double>();
-  const double clockOffset = in.Take<float>();
+  const double clock_offset = in.Take<float>();
   in.Skip(12);
-  const double clockDrift = in.Take<float>();
+  const double clock_drift = in.Take<float>();
   in.Skip(2);
-  const auto nReceived = in.Take<std::uint16_t>();
+  const auto received = in.Take<std::uint16_t>();
 
   state->epoch.m_bPositionValid = false;
-  if (nComputed != nReceived) {
-    Trace("Bad PBN checksum: %d : %d\n", nComputed, nReceived);
+  if (computed != received) {
+    Trace("Bad PBN checksum: %d : %d\n", computed, received);
     state->epoch.Clear();
     return false;
   }
@@ -125,18 +125,18 @@ bool CGPSReceiver::ProcessPASHR_PBN(const void* pPayload) {
   state->epoch.m_dLatitude = position.dLatitude * kDegreesPerRadian;
   state->epoch.m_dLongitude = position.dLongitude * kDegreesPerRadian;
   state->epoch.m_dHeight = position.dHeight;
-  state->epoch.m_dReceiverTime = receiverTime;
-  state->epoch.m_dCorrectedTime = receiverTime - clockOffset / kSpeedOfLight;
-  state->epoch.m_dClockOffset = clockOffset;
-  state->epoch.m_dClockDrift = clockDrift;
+  state->epoch.m_dReceiverTime = receiver_time;
+  state->epoch.m_dCorrectedTime = receiver_time - clock_offset / kSpeedOfLight;
+  state->epoch.m_dClockOffset = clock_offset;
+  state->epoch.m_dClockDrift = clock_drift;
   state->epoch.m_bPositionValid = true;
   return true;
 }
 
 // $PASHR,SNV, and 132 bytes. The record takes a bad one too, but it goes no further.
-bool CGPSReceiver::ProcessPASHR_SNV(const void* pPayload) {
-  if (pPayload == nullptr) return false;
-  WireReader in(pPayload);
+bool CGPSReceiver::ProcessPASHR_SNV(const void* payload) {
+  if (payload == nullptr) return false;
+  WireReader in(payload);
   RecordLock state;
   CGPSDataEphemeris& ephemeris = state->ephemeris;
   ephemeris.m_nWeek = in.Take<std::int16_t>();
@@ -167,7 +167,7 @@ bool CGPSReceiver::ProcessPASHR_SNV(const void* pPayload) {
   in.Skip(6);
   ephemeris.m_nPRN = static_cast<std::int16_t>(in.Take<std::int8_t>() + 1);
   in.Skip(1);
-  if (in.Take<std::uint16_t>() != WireChecksum(pPayload, 130)) {
+  if (in.Take<std::uint16_t>() != WireChecksum(payload, 130)) {
     Trace("Bad ephemeris checksum\n");
     return false;
   }

@@ -42,8 +42,8 @@ bool ShowMask(CGPSStatusData& status, const CString& value) {
 
 bool ShowLband(CGPSStatusData& status, const CString& value) {
   double frequency = 0.0;
-  int nRemaining = 0;
-  if (!ParseDouble(value.View(), frequency, nRemaining)) return false;
+  int remaining = 0;
+  if (!ParseDouble(value.View(), frequency, remaining)) return false;
   status.m_nLbandMode = frequency == 0.0 ? 1 : 2;
   return true;
 }
@@ -62,9 +62,9 @@ constexpr int kBinFrame = 12;
 // blocks.
 constexpr double kBinRenewal = 3.0;
 
-int BinDataLength(const char* pBlock, int nLength) {
+int BinDataLength(const char* block, int length) {
   std::array<unsigned char, 8> head{};
-  std::memcpy(head.data(), pBlock, std::min(head.size(), static_cast<std::size_t>(nLength)));
+  std::memcpy(head.data(), block, std::min(head.size(), static_cast<std::size_t>(length)));
   return head[6] | head[7] << 8;
 }
 
@@ -77,8 +77,8 @@ void KeepWords(CWordArray& words, const char* block, int count) {
 // Takes a block to the host's thread, which may read it there as long as it likes.
 class BlockFreight : public MessageFreight {
  public:
-  BlockFreight(CWordArray words, std::shared_ptr<CWordArray> pTarget)
-      : m_Words(std::move(words)), m_pTarget(std::move(pTarget)) {}
+  BlockFreight(CWordArray words, std::shared_ptr<CWordArray> target)
+      : m_Words(std::move(words)), m_pTarget(std::move(target)) {}
   void Arrive() override { *m_pTarget = std::move(m_Words); }
 
  private:

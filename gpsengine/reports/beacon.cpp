@@ -7,8 +7,8 @@ namespace {
 
 // A checksum such as 4A reads as a number, and must not stand in for a last field that is missing.
 CString WithoutChecksum(const CString& sentence) {
-  const int nAsterisk = sentence.Find(u'*');
-  return nAsterisk < 0 ? sentence : sentence.Left(nAsterisk);
+  const int asterisk = sentence.Find(u'*');
+  return asterisk < 0 ? sentence : sentence.Left(asterisk);
 }
 
 }  // namespace

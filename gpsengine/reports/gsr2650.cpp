@@ -13,11 +13,11 @@ std::u16string_view Data(const CString& log) {
   return head == std::u16string_view::npos ? std::u16string_view() : log.View().substr(head + 1);
 }
 
-/// The data through the `nCount`-th `delimiter`, which stays; nothing if there are fewer.
-std::u16string_view DataThrough(const CString& log, WCHAR delimiter, int nCount = 1) {
+/// The data through the `count`-th `delimiter`, which stays; nothing if there are fewer.
+std::u16string_view DataThrough(const CString& log, WCHAR delimiter, int count = 1) {
   const auto data = Data(log);
   std::size_t end = 0;
-  for (int i = 0; i < nCount; ++i) {
+  for (int i = 0; i < count; ++i) {
     const auto next = data.find(delimiter, end);
     if (next == data.npos) return {};
     end = next + 1;
@@ -26,8 +26,8 @@ std::u16string_view DataThrough(const CString& log, WCHAR delimiter, int nCount 
 }
 
 /// Hands data on to the host, behind a short name in place of the log's head.
-void StoreLog(CGPSStatusData& status, const char* pszName, std::u16string_view data) {
-  StoreText(status, CString(pszName) + CString(data));
+void StoreLog(CGPSStatusData& status, const char* name, std::u16string_view data) {
+  StoreText(status, CString(name) + CString(data));
 }
 
 struct Source {
@@ -53,9 +53,7 @@ void StoreSource(CGPSStatusData& status, std::u16string_view data, std::span<con
 // The logs that are on. One that is not named is off:
 //   #LOGLISTA,COM1,0,71.5,FINESTEERING,1450,314159.265,00000000,0000,1234;2,COM1,GPGGA,ONTIME,1.0,…*1f2e3d4c
 bool CDecoders::LOGLIST(CGPSStatusData& status, CString& message) {
-  const auto state = [&](const char* pszName) {
-    return message.Find(pszName) >= 0 ? NMEA_MSG_ON : NMEA_MSG_OFF;
-  };
+  const auto state = [&](const char* name) { return message.Find(name) >= 0 ? NMEA_MSG_ON : NMEA_MSG_OFF; };
   for (const NmeaField& field : kNmeaFields) status.*field.pStatus = state(field.pszName);
   status.m_nNmeaSAT = state("GPSAT");
   status.m_bNmeaStatusValid = status.m_bStatusUpdated = true;
@@ -72,8 +70,8 @@ bool CDecoders::RXCONFIG(CGPSStatusData&, CString&) {
 bool CDecoders::ECUTOFF(CGPSStatusData& status, CString& message) {
   const auto data = DataThrough(message, u'*');
   double mask = 0.0;
-  int nRemaining = 0;
-  if (data.empty() || !ParseDouble(data, mask, nRemaining)) return false;
+  int remaining = 0;
+  if (data.empty() || !ParseDouble(data, mask, remaining)) return false;
   if (!Truncate(mask, status.m_nElevationMask)) return false;
   status.m_bElevationMaskValid = status.m_bStatusUpdated = true;
   return true;

@@ -14,17 +14,17 @@ bool FindBehind(std::u16string_view line, std::u16string_view key, std::u16strin
   return true;
 }
 
-bool ReadBehind(std::u16string_view line, std::u16string_view key, int& nValue) {
+bool ReadBehind(std::u16string_view line, std::u16string_view key, int& value) {
   std::u16string_view rest;
-  return FindBehind(line, key, rest) && ParseInt(rest, &nValue);
+  return FindBehind(line, key, rest) && ParseInt(rest, &value);
 }
 
-bool ReadBehind(std::u16string_view line, std::u16string_view key, double& dValue) {
+bool ReadBehind(std::u16string_view line, std::u16string_view key, double& value) {
   std::u16string_view rest;
   double number = 0.0;
-  int nRemaining = 0;
-  if (!FindBehind(line, key, rest) || !ParseDouble(rest, number, nRemaining)) return false;
-  dValue = number;
+  int remaining = 0;
+  if (!FindBehind(line, key, rest) || !ParseDouble(rest, number, remaining)) return false;
+  value = number;
   return true;
 }
 
@@ -77,9 +77,9 @@ bool CDecoders::PARPEM(CGPSStatusData& status, CString& message) {
   CParser parser(message, ": ", true);
   parser.SkipField();
   parser.GetInt(status.m_nElevationMask);
-  const bool bSaved = message.Find("SAV:Y") >= 0;
-  if (!bSaved && message.Find("SAV:N") < 0) return false;
-  status.m_bMaskSaved = bSaved;
+  const bool saved = message.Find("SAV:Y") >= 0;
+  if (!saved && message.Find("SAV:N") < 0) return false;
+  status.m_bMaskSaved = saved;
   status.m_bMaskSaveValid = status.m_bElevationMaskValid = status.m_bStatusUpdated = true;
   return true;
 }
@@ -90,9 +90,9 @@ bool CDecoders::PARPRTA(CGPSStatusData& status, CString& message) {
   message.Replace("  ", " ");
   CParser parser(message, " ", true);
   CString text;
-  for (const auto pStatus : kPrtaFields) {
+  for (const auto field : kPrtaFields) {
     parser.GetNextString(text);
-    if (pStatus != nullptr && !CGPSReceiver::GetNmeaMsgStatus(text, status.*pStatus)) return false;
+    if (field != nullptr && !CGPSReceiver::GetNmeaMsgStatus(text, status.*field)) return false;
   }
   status.m_bNmeaStatusValid = status.m_bStatusUpdated = true;
   return true;
@@ -110,8 +110,8 @@ bool CGPSReceiver::GetNmeaMsgStatus(const CString& text, NmeaMsgStatus& status, 
     return true;
   }
   double rate = 0.0;
-  int nRemaining = 0;
-  if (!ParseDouble(rest, rate, nRemaining)) return false;
+  int remaining = 0;
+  if (!ParseDouble(rest, rate, remaining)) return false;
   status = rate > 0.0 ? NMEA_MSG_ON : NMEA_MSG_OFF;
   return true;
 }

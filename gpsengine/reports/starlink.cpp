@@ -9,7 +9,7 @@
 //   $PSLIR,PAR,NMEA,GGA:1.0,GSA:1.0,GSV:0,VTG:0.2*1F
 bool CDecoders::PSLIRParNmea(CGPSStatusData& status, CString& message) {
   CParser parser(message, ",", true);
-  for (int nTagField = 0; nTagField < 3; ++nTagField) parser.SkipField();
+  for (int tag_field = 0; tag_field < 3; ++tag_field) parser.SkipField();
   for (const NmeaField& field : kNmeaFields)
     if (!CGPSReceiver::GetNmeaMsgStatus(message, status.*field.pStatus, field.pszRateKey)) return false;
   status.m_bNmeaStatusValid = status.m_bStatusUpdated = true;
@@ -20,10 +20,10 @@ bool CDecoders::PSLIRParNmea(CGPSStatusData& status, CString& message) {
 //   $PSLIR,PAR,MODE,DYN:2,ELM:8*09
 bool CDecoders::PSLIRParMode(CGPSStatusData& status, CString& message) {
   CParser parser(message, ",", true);
-  for (int nTagField = 0; nTagField < 3; ++nTagField) parser.SkipField();
+  for (int tag_field = 0; tag_field < 3; ++tag_field) parser.SkipField();
   const CString key("ELM:");
-  const int nKey = message.Find(key);
-  if (nKey >= 0 && !ParseInt(message.Mid(nKey + key.GetLength()), &status.m_nElevationMask)) return false;
+  const int place = message.Find(key);
+  if (place >= 0 && !ParseInt(message.Mid(place + key.GetLength()), &status.m_nElevationMask)) return false;
   status.m_bElevationMaskValid = status.m_bStatusUpdated = true;
   return true;
 }
@@ -37,7 +37,7 @@ bool CDecoders::PMCAG(CGPSStatusData& status, CString& message) {
   parser.SkipField();
   parser.GetNextString(report);
   if (report != "908") return false;
-  for (int nField = 3; nField <= 6; ++nField) parser.SkipField();
+  for (int field = 3; field <= 6; ++field) parser.SkipField();
   parser.GetDouble(mask);
   if (!Truncate(mask, status.m_nElevationMask)) return false;
   status.m_bElevationMaskValid = status.m_bStatusUpdated = true;
