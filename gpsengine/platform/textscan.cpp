@@ -118,11 +118,11 @@ unsigned FoldXor(__m128i sums) {
 std::uint64_t MatchBits(std::u16string_view text, WCHAR a, WCHAR b) {
   const int length = static_cast<int>(std::min<std::size_t>(text.size(), kBlock));
   const WCHAR* p = text.data();
-  const __m128i allA = All(a);
-  const __m128i allB = All(b);
+  const __m128i all_a = All(a);
+  const __m128i all_b = All(b);
   const auto hits_at = [&](int i) {
     const __m128i characters = Load(p + i);
-    return _mm_or_si128(_mm_cmpeq_epi16(characters, allA), _mm_cmpeq_epi16(characters, allB));
+    return _mm_or_si128(_mm_cmpeq_epi16(characters, all_a), _mm_cmpeq_epi16(characters, all_b));
   };
   const auto bits_at = [&](int i) {
     return static_cast<std::uint64_t>(BitsOfTwo(hits_at(i), hits_at(i + kStep))) << i;
@@ -187,18 +187,18 @@ int SumUpTo(std::u16string_view text, WCHAR end, unsigned& sum) {
 namespace {
 
 // Widens, and gives a register whose set bytes tell that there was a zero byte.
-__m128i WidenBytes(const char* from, int count, WCHAR* pTo) {
+__m128i WidenBytes(const char* from, int count, WCHAR* to) {
   const __m128i zero = _mm_setzero_si128();
   __m128i zeros = zero;
   const auto step = [&](int i) {
     const __m128i bytes = LoadBytes(from + i);
     zeros = _mm_or_si128(zeros, _mm_cmpeq_epi8(bytes, zero));
-    _mm_storeu_si128(reinterpret_cast<__m128i*>(pTo + i), _mm_unpacklo_epi8(bytes, zero));
-    _mm_storeu_si128(reinterpret_cast<__m128i*>(pTo + i + kStep), _mm_unpackhi_epi8(bytes, zero));
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(to + i), _mm_unpacklo_epi8(bytes, zero));
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(to + i + kStep), _mm_unpackhi_epi8(bytes, zero));
   };
   if (count < kBytes) {
     for (int i = 0; i < count; ++i) {
-      pTo[i] = static_cast<unsigned char>(from[i]);
+      to[i] = static_cast<unsigned char>(from[i]);
       if (from[i] == 0) zeros = _mm_cmpeq_epi8(zero, zero);
     }
     return zeros;
@@ -324,21 +324,21 @@ int SumUpTo(std::u16string_view text, WCHAR end, unsigned& sum) {
   return SumUpToSlowly(text, end, sum);
 }
 
-void Widen(const char* pBytes, int nCount, WCHAR* pTo) {
-  for (int i = 0; i < nCount; ++i) pTo[i] = static_cast<unsigned char>(pBytes[i]);
+void Widen(const char* from, int count, WCHAR* to) {
+  for (int i = 0; i < count; ++i) to[i] = static_cast<unsigned char>(from[i]);
 }
 
-int WidenText(const char* pBytes, int nCount, WCHAR* pTo) {
-  Widen(pBytes, nCount, pTo);
-  return AheadOfZero(pBytes, nCount);
+int WidenText(const char* from, int count, WCHAR* to) {
+  Widen(from, count, to);
+  return AheadOfZero(from, count);
 }
 
-const char* FindNear(const char* pBytes, const char* pEnd, char c) {
-  return FindFar(pBytes, pEnd, c);
+const char* FindNear(const char* from, const char* end, char c) {
+  return FindFar(from, end, c);
 }
 
-const char* FindAny(const char* pBytes, const char* pEnd, char a, char b, char c) {
-  return FindAnySlowly(pBytes, pEnd, a, b, c);
+const char* FindAny(const char* from, const char* end, char a, char b, char c) {
+  return FindAnySlowly(from, end, a, b, c);
 }
 
 #endif

@@ -24,11 +24,11 @@ class Thread : public CWinThread {
 
 }  // namespace
 
-std::unique_ptr<CWinThread> AfxBeginThread(AFX_THREADPROC pfn, void* pParam, int priority) {
+std::unique_ptr<CWinThread> AfxBeginThread(AFX_THREADPROC pfn, void* param, int priority) {
   try {
     return std::make_unique<Thread>(std::thread([=] {
       if (priority > THREAD_PRIORITY_NORMAL) RaisePriority(priority);
-      pfn(pParam);
+      pfn(param);
     }));
   } catch (const std::system_error&) {
     return nullptr;

@@ -81,11 +81,11 @@ bool CGPSReceiver::WriteAck(const CString& command, bool wait, int time) {
   return m_Port.Write(command) && ack.Create() && ack.Wait(time);
 }
 
-bool CGPSReceiver::WriteAck(CGPSDriver::Commands commands, bool bWait) {
+bool CGPSReceiver::WriteAck(CGPSDriver::Commands commands, bool wait) {
   bool all_written = true;
   ForEach(commands, [&](const CGPSCommand& command) {
     if (*command.pszLine == '\0') return Sleep(command.nWait);
-    all_written &= WriteAck(command.pszLine, bWait, static_cast<int>(command.nWait));
+    all_written &= WriteAck(command.pszLine, wait, static_cast<int>(command.nWait));
   });
   return all_written && !IsStopping();
 }
