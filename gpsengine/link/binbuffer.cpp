@@ -4,7 +4,6 @@
 #include <cstring>
 
 #include "gpsengine/platform/textscan.h"
-#include "gpsengine/platform/trace.h"
 
 namespace {
 
@@ -60,7 +59,6 @@ bool CBinBuffer::Set(const char* data, int length, int message_length) {
     return false;
   }
   m_Bytes.assign(data, data + length);
-  if (m_Bytes.data() == nullptr) Trace("Can't set\n");
   m_nCurrent = 0;
   m_nNoComma = m_nNoCommaEnd = 0;
   m_nMessageLength = message_length;

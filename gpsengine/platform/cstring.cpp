@@ -209,9 +209,11 @@ int CString::CompareNoCase(const CString& other) const noexcept {
 
 bool CString::ToBytes(std::string& bytes) const {
   const auto text = View();
-  if (!textscan::IsNarrow(text)) return false;
+  unsigned all = 0;
+  for (const WCHAR c : text) all |= c;
+  if (all > 0xFF) return false;
   bytes.resize(text.size());
-  textscan::Narrow(text, bytes.data());
+  std::transform(text.begin(), text.end(), bytes.begin(), [](WCHAR c) { return static_cast<char>(c); });
   return true;
 }
 

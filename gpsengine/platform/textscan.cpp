@@ -38,16 +38,6 @@ const char* FindAnySlowly(const char* from, const char* end, char a, char b, cha
 
 }  // namespace
 
-bool IsNarrow(std::u16string_view text) {
-  unsigned all = 0;
-  for (const WCHAR c : text) all |= c;
-  return all <= 0xFF;
-}
-
-void Narrow(std::u16string_view text, char* to) {
-  std::transform(text.begin(), text.end(), to, [](WCHAR c) { return static_cast<char>(c); });
-}
-
 // All four digits at once, without a branch on how many there are: numbers of one to three digits follow each
 // other in a satellite sentence, and no processor can foresee their lengths.
 bool ReadShortNumber(std::u16string_view number, const WCHAR* end, int& value) {

@@ -83,9 +83,6 @@ bool ReadDilution(CParser& parser, CGPSData& data) {
   return data.m_bDOPValid = true;
 }
 
-constexpr char kHeight[] = "Ellipsoid Height";
-constexpr char kSeparation[] = "Geoidal Separation";
-
 // The unit of what is in metres.
 bool ReadMetres(CParser& parser, const char* name, const char* what) {
   std::u16string_view unit;
@@ -104,7 +101,7 @@ bool ReadQuality(CParser& parser, const CDecoding& in, SignalType (*signal)(int)
 }
 
 bool ReadHeight(CParser& parser, CGPSData& data) {
-  return parser.GetDouble(data.m_dAltitude) && ReadMetres(parser, "GGA", kHeight);
+  return parser.GetDouble(data.m_dAltitude) && ReadMetres(parser, "GGA", "Ellipsoid Height");
 }
 
 // From the antenna's height to the one that the host wants. A separation that is not there, or not in metres,
@@ -114,7 +111,7 @@ void CorrectHeight(CParser& parser, const CDecoding& in, const char* name) {
   height -= in.AntennaHeight();
   const int mode = in.GeoidMode();
   double separation = 0.0;
-  if (mode == 0 || !parser.GetDouble(separation) || !ReadMetres(parser, name, kSeparation)) return;
+  if (mode == 0 || !parser.GetDouble(separation) || !ReadMetres(parser, name, "Geoidal Separation")) return;
   const double corrected = height + (mode == 1 ? separation : -separation);
   if (std::isfinite(corrected)) height = corrected;
 }
@@ -162,7 +159,7 @@ bool CDecoders::INGGA(const CDecoding& in) {
   parser.GetInt(data.m_nSatellitesUsed);
   data.m_bDOPValid = parser.GetDouble(data.m_dHDOP);
   const bool height = parser.GetDouble(data.m_dAltitude);
-  if (!ReadMetres(parser, "INGGA", kHeight)) return InvalidSentence("INGGA");
+  if (!ReadMetres(parser, "INGGA", "Ellipsoid Height")) return InvalidSentence("INGGA");
   // A height that was kept has had its corrections already.
   if (height) CorrectHeight(parser, in, "INGGA");
   return true;
