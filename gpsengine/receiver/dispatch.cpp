@@ -1,3 +1,4 @@
+#include <array>
 #include <cstdint>
 #include <utility>
 
@@ -8,10 +9,18 @@ namespace {
 
 constexpr int kPromptLength = 6;  // "[COM" and the two characters behind it
 
+constexpr auto kHexDigits = [] {
+  std::array<std::int8_t, 128> values{};
+  values.fill(-1);
+  for (int i = 0; i < 10; ++i) values[static_cast<std::size_t>('0' + i)] = static_cast<std::int8_t>(i);
+  for (int i = 10; i < 16; ++i)
+    values[static_cast<std::size_t>('a' + i - 10)] = values[static_cast<std::size_t>('A' + i - 10)] =
+        static_cast<std::int8_t>(i);
+  return values;
+}();
+
 int HexDigit(WCHAR c) {
-  if (c >= u'0' && c <= u'9') return c - u'0';
-  const int letter = c | 0x20;
-  return letter >= 'a' && letter <= 'f' ? letter - 'a' + 10 : -1;
+  return c < kHexDigits.size() ? kHexDigits[c] : -1;
 }
 
 // Reads at most four hexadecimal digits; none give 0.

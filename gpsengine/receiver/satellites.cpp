@@ -1,3 +1,4 @@
+#include <array>
 #include <cmath>
 #include <cstdint>
 #include <numbers>
@@ -11,8 +12,21 @@ constexpr double kTwoPi = 2.0 * std::numbers::pi;
 constexpr int kGroupsInGsv = 4;
 constexpr double kKmhPerMetreASecond = 3.6;
 
-double Radians(int degrees) {
+constexpr double ComputeRadians(int degrees) {
   return degrees * std::numbers::pi / 180.0;
+}
+
+// Of the degrees of a circle, so that a satellite costs no divisions.
+constexpr auto kRadians = [] {
+  std::array<double, 361> radians{};
+  for (int degrees = 0; degrees < static_cast<int>(radians.size()); ++degrees)
+    radians[static_cast<std::size_t>(degrees)] = ComputeRadians(degrees);
+  return radians;
+}();
+
+double Radians(int degrees) {
+  const auto index = static_cast<std::size_t>(degrees);
+  return index < kRadians.size() ? kRadians[index] : ComputeRadians(degrees);
 }
 
 // A course over ground in degrees to a mathematical angle from 0 to 2π.
