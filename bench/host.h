@@ -14,7 +14,7 @@ class Window : public CWnd {
  public:
   Window() { Create(); }
   LRESULT WindowProc(UINT message, WPARAM wParam, LPARAM) override {
-    if (message == WM_GPS_NEW_DATA) delete reinterpret_cast<CGPSData*>(wParam);
+    if (message == WM_GPS_NEW_DATA) TakePosted<CGPSData>(wParam);
     return 0;
   }
   void Drain() {

@@ -99,7 +99,7 @@ class Window : public CWnd {
   LRESULT WindowProc(UINT message, WPARAM wParam, LPARAM) override {
     if (message != WM_GPS_NEW_DATA) return 0;
     handled.push_back(Now());
-    delete reinterpret_cast<CGPSData*>(wParam);
+    TakePosted<CGPSData>(wParam);
     return 0;
   }
   void HandleUntil(double end) {

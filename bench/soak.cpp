@@ -241,11 +241,11 @@ class Window : public CWnd {
 
   LRESULT WindowProc(UINT message, WPARAM wParam, LPARAM) override {
     if (message == WM_GPS_NEW_DATA) {
-      const std::unique_ptr<CGPSData> data(reinterpret_cast<CGPSData*>(wParam));
+      const auto data = TakePosted<CGPSData>(wParam);
       ledger_.Receive(data->m_dTimeOfDay);
       ++records_;
     } else if (message == WM_GPS_NEW_STRING) {
-      delete reinterpret_cast<CString*>(wParam);
+      TakePosted<CString>(wParam);
     }
     return 0;
   }

@@ -9,10 +9,9 @@
 #include <functional>
 #include <initializer_list>
 #include <iterator>
-#include <memory>
 
 #include "gpsengine/platform/file.h"
-#include "tests/support/sharedstate.h"
+#include "gpsengine/receiver/workingstate.h"
 
 void Require(bool bClaim, const char* pszClaim) {
   if (bClaim) return;
@@ -101,29 +100,24 @@ void CheckText(const CString& text) {
   Require(text.Find(u'\0') < 0, "the text of a message ends at a zero");
 }
 
-template <class T>
-std::unique_ptr<T> Own(WPARAM wParam) {
-  return std::unique_ptr<T>(reinterpret_cast<T*>(wParam));
-}
-
 }  // namespace
 
 LRESULT CheckingWindow::WindowProc(UINT message, WPARAM wParam, LPARAM lParam) {
   switch (message) {
     case WM_GPS_NEW_DATA: {
-      const auto record = Own<CGPSData>(wParam);
+      const auto record = TakePosted<CGPSData>(wParam);
       CheckRecord(*record);
       if (record->m_bPositionValid) m_dLastFix = record->m_dTimeOfDay;
       return 0;
     }
     case WM_GPS_NEW_STRING:
-      CheckText(*Own<CString>(wParam));
+      CheckText(*TakePosted<CString>(wParam));
       return 0;
     case WM_GPS_NEW_RAW_DATA:
-      CheckEpoch(*Own<CGPSDataRaw>(wParam));
+      CheckEpoch(*TakePosted<CGPSDataRaw>(wParam));
       return 0;
     case WM_GPS_NEW_EPHEMERIS:
-      Require(Own<CGPSDataEphemeris>(wParam)->m_nWeek > 0, "an ephemeris has a week");
+      Require(TakePosted<CGPSDataEphemeris>(wParam)->m_nWeek > 0, "an ephemeris has a week");
       return 0;
     default:
       return CWnd::WindowProc(message, wParam, lParam);
@@ -157,7 +151,7 @@ Rig& Rig::Instance() {
 CGPSReceiver& Rig::StartOver(unsigned nModel, int nGeoidMode) {
   // More bytes than any stream may hold throw away what is left of the last input.
   Feed(std::string(16392, 'x'));
-  SharedState::Reset();
+  CGPSReceiver::RecordLock()->Reset();
   const auto& receivers = engine.GetReceivers();
   CGPSReceiver* const receiver = receivers[nModel % receivers.size()].get();
   engine.SetReceiver(receiver);

@@ -105,8 +105,13 @@ TEST_F(DispatchTest, DropsReportsOfAReceiverThatSendsStandardSatelliteSentences)
   EXPECT_FALSE(FeedBinary(Mbn{}.Message()));
   EXPECT_EQ(receiver.GetBinaryMessages(), 0);
   EXPECT_TRUE(Feed("$PASHR,ACK*3D\r\n"));
-  receiver.Initialize();
-  EXPECT_TRUE(Feed(report));
+  for (const bool bForget : {true, false}) {
+    bForget ? receiver.ForgetSatelliteSentences() : static_cast<void>(receiver.Initialize());
+    EXPECT_TRUE(Feed(report));
+    FeedSentence(kGsv);
+    FeedSentence(kGsa);
+    EXPECT_FALSE(Feed(report));
+  }
 }
 
 TEST_F(DispatchTest, TakesAPortPromptOffTheHead) {
@@ -127,7 +132,13 @@ class Derived : public COtherGps {
     m_wNmeaBits |= 1u << GPS_STRING_GGA;
     m_AlternateSignalTable[2] = UDF_SIGNAL_MANUAL;
     m_bAlternateSignalTable = true;
-    return !m_bMonitorNmea && m_Notifications.empty() && PostNewData(true);
+    CString strBeacon = "$CRMSS,52,21,310.0,100";
+    if (!ProcessCRMSS(strBeacon)) return false;
+    {
+      const RecordLock lock;
+      m_GPSData.m_Status.m_nBeaconSNR *= 2;
+    }
+    return IsChecksumOK("$*00") && !m_bMonitorNmea && m_Notifications.empty() && PostNewData(true);
   }
 };
 
@@ -145,6 +156,7 @@ TEST(DerivedReceiver, WorksWithWhatItInherits) {
   EXPECT_TRUE(receiver.Parse(fix));
   window.Drain();
   ASSERT_EQ(window.records.size(), 2u);
+  EXPECT_EQ(window.records[0].m_Status.m_nBeaconSNR, 42);
   EXPECT_EQ(window.records[1].m_nSignalType, UDF_SIGNAL_MANUAL);
   CRuntimeClass* const record = receiver.GetRuntimeClass();
   EXPECT_EQ(record, &COtherGps::classCOtherGps) << "it has none of its own";

@@ -12,7 +12,6 @@
 #include "simulator/simulator.h"
 #include "tests/support/program.h"
 #include "tests/support/receivertest.h"
-#include "tests/support/sharedstate.h"
 #include "tests/support/smalldisk.h"
 #include "tests/support/temporaryfolder.h"
 #include "tests/support/texts.h"
@@ -61,7 +60,7 @@ std::vector<std::map<std::string, std::string>> Table(const std::string& text) {
 class HostExports : public testing::Test {
  protected:
   HostExports() {
-    SharedState::Reset();
+    CGPSReceiver::RecordLock()->Reset();
     options_.files = {folder_ / "a<b>&\"\x01\xFF.log"};
     options_.format = Format::none;
     options_.exports = {Path("gpx"), Path("kml"),     Path("csv"), Path("nmea"),

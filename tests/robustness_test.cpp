@@ -22,7 +22,7 @@ class ArrivalTest : public testing::Test {
  protected:
   /// All that the engine publishes for these bytes, in order, as text.
   std::string Answer(const std::string& model, std::string_view bytes, const Cutter& next) {
-    SharedState::Reset();
+    CGPSReceiver::RecordLock()->Reset();
     const CRehearsal standstill;  // the moments of publication are all the same
     CGPSEngine engine;
     engine.SetReceiver(engine.FindReceiver(CString::FromUtf8(model)));

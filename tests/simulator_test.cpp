@@ -62,7 +62,7 @@ class Simulated : public EngineTest {
 
   void Plug(const std::string& model, Options options = {}) {
     line.SetStepHandler({});
-    SharedState::Reset();
+    CGPSReceiver::RecordLock()->Reset();
     options.model = model;
     simulated = MakeReceiver(options);
     receiver = engine.FindReceiver(CString::FromUtf8(model));

@@ -5,7 +5,6 @@
 #include <unistd.h>
 
 #include <cstdio>
-#include <memory>
 
 #include "gpsengine/engine/gpsengine.h"
 #include "gpsengine/platform/application.h"
@@ -14,7 +13,7 @@ class Window : public CWnd {
  public:
   LRESULT WindowProc(UINT message, WPARAM wParam, LPARAM) override {
     if (message != WM_GPS_NEW_DATA) return 0;
-    const std::unique_ptr<CGPSData> data(reinterpret_cast<CGPSData*>(wParam));
+    const auto data = TakePosted<CGPSData>(wParam);
     if (data->m_bPositionValid) std::printf("position, %.0f s after midnight\n", data->m_dTimeOfDay);
     if (data->m_bVelocityValid) std::printf("velocity, %.1f m/s\n", data->m_dSpeed);
     if (data->m_bSatellitesComplete) std::printf("%d satellites in view\n", data->m_nSatellitesInView);

@@ -1,7 +1,6 @@
 // The smallest host: prints positions of a receiver and ends after ten.
 //   minimal /dev/ttyUSB0 Trimble
 #include <cstdio>
-#include <memory>
 #include <numbers>
 
 #include "gpsengine/engine/gpsengine.h"
@@ -12,8 +11,8 @@ class Window : public CWnd {
  public:
   LRESULT WindowProc(UINT message, WPARAM wParam, LPARAM) override {
     if (message != WM_GPS_NEW_DATA) return 0;
-    const std::unique_ptr<CGPSData> data(reinterpret_cast<CGPSData*>(wParam));  // ours from here on
-    if (!data->m_bPositionValid) return 0;  // a record of something else, such as satellites
+    const auto data = TakePosted<CGPSData>(wParam);  // ours from here on
+    if (!data->m_bPositionValid) return 0;           // a record of something else, such as satellites
     constexpr double kDegree = std::numbers::pi / 180.0;
     std::printf("%.7f %.7f %.1f m\n", data->m_dLatitude / kDegree, data->m_dLongitude / kDegree,
                 data->m_dAltitude);

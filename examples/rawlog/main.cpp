@@ -2,7 +2,6 @@
 // values, and the few calls that make a receiver send what it is fed with. It ends after five epochs.
 //   rawlog /dev/ttyUSB0 Ashtech drive        writes drive.csv
 #include <cstdio>
-#include <memory>
 
 #include "gpsengine/datalog/datalog.h"
 #include "gpsengine/engine/gpsengine.h"
@@ -74,11 +73,11 @@ class Window : public CWnd {
 
   LRESULT WindowProc(UINT message, WPARAM wParam, LPARAM) override {
     // Every object that comes is ours to delete, the ones that we do not look at too.
-    if (message == WM_GPS_NEW_DATA) delete reinterpret_cast<CGPSData*>(wParam);
-    if (message == WM_GPS_NEW_EPHEMERIS) delete reinterpret_cast<CGPSDataEphemeris*>(wParam);
+    if (message == WM_GPS_NEW_DATA) TakePosted<CGPSData>(wParam);
+    if (message == WM_GPS_NEW_EPHEMERIS) TakePosted<CGPSDataEphemeris>(wParam);
     if (message == WM_GPS_NEW_BIN) TakeBlock();
     if (message != WM_GPS_NEW_RAW_DATA) return 0;
-    const std::unique_ptr<CGPSDataRaw> epoch(reinterpret_cast<CGPSDataRaw*>(wParam));
+    const auto epoch = TakePosted<CGPSDataRaw>(wParam);
     Write(*epoch);
     return 0;
   }

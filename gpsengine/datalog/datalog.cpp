@@ -14,20 +14,20 @@ constexpr const char* kMonths[] = {"Jan", "Feb", "Mar", "Apr", "May", "Jun",
                                    "Jul", "Aug", "Sep", "Oct", "Nov", "Dec"};
 
 CString UpToFirstDot(const CString& name) {
-  const int nDot = name.Find(u'.');
-  return nDot < 0 ? name : name.Left(nDot);
+  const int dot = name.Find(u'.');
+  return dot < 0 ? name : name.Left(dot);
 }
 
-CString LoadText(UINT nId) {
-  WCHAR szText[128];
-  const int nLength = LoadStringW(nId, szText, static_cast<int>(std::size(szText)));
-  if (nLength == 0) AfxMessageBox("Error loading resource string.");
-  return CString(szText, nLength);
+CString LoadText(UINT id) {
+  WCHAR text[128];
+  const int length = LoadStringW(id, text, static_cast<int>(std::size(text)));
+  if (length == 0) AfxMessageBox("Error loading resource string.");
+  return CString(text, length);
 }
 
 }  // namespace
 
-CDataLog::CDataLog(CWnd* pParent) : m_pParent(pParent), m_TimeMark(CTime::GetCurrentTime()) {}
+CDataLog::CDataLog(CWnd* parent) : m_pParent(parent), m_TimeMark(CTime::GetCurrentTime()) {}
 
 bool CDataLog::IsReady() const {
   return !m_strFilename.IsEmpty() && !(m_dLogInterval < kLeastInterval) && m_bEnabled;
@@ -39,8 +39,8 @@ CString CDataLog::GetStatusString() {
   return status;
 }
 
-void CDataLog::SetPort(int nPort) {
-  m_strPort = nPort == 2 ? "COM2" : "COM1";
+void CDataLog::SetPort(int port) {
+  m_strPort = port == 2 ? "COM2" : "COM1";
 }
 
 void CDataLog::SetTimeMark() {
@@ -48,26 +48,26 @@ void CDataLog::SetTimeMark() {
 }
 
 int CDataLog::GetMinutesElapsed() {
-  const auto nMinutes = (CTime::GetCurrentTime().GetTime() - m_TimeMark.GetTime()) / 60;
-  return static_cast<int>(nMinutes % (24 * 60));
+  const auto minutes = (CTime::GetCurrentTime().GetTime() - m_TimeMark.GetTime()) / 60;
+  return static_cast<int>(minutes % (24 * 60));
 }
 
-bool CDataLog::SetFilename(const CString& strName) {
-  m_strFilename = UpToFirstDot(strName) + GetFileExtension();
+bool CDataLog::SetFilename(const CString& name) {
+  m_strFilename = UpToFirstDot(name) + GetFileExtension();
   return true;
 }
 
-bool CDataLog::SetDefaultFilename(const CString& strBase) {
-  m_strDefaultFilename = strBase;
-  m_strFilename = GenerateDefaultFilename(strBase);
+bool CDataLog::SetDefaultFilename(const CString& base) {
+  m_strDefaultFilename = base;
+  m_strFilename = GenerateDefaultFilename(base);
   return true;
 }
 
-CString CDataLog::GenerateDefaultFilename(const CString& strBase) {
+CString CDataLog::GenerateDefaultFilename(const CString& base) {
   std::tm local{};
   CTime::GetCurrentTime().GetLocalTm(&local);
   CString stamp;
   stamp.Format("_%d%s_%dh%dm%ds", local.tm_mday, kMonths[local.tm_mon], local.tm_hour, local.tm_min,
                local.tm_sec);
-  return UpToFirstDot(strBase) + stamp + GetFileExtension();
+  return UpToFirstDot(base) + stamp + GetFileExtension();
 }

@@ -52,6 +52,6 @@ void CCSI::QueryPAR() {
   Write(kQueryPar);
 }
 
-bool CCSI::ResetAll(bool bWaitForAck) {
-  return Initialize() && m_Port.IsOpen() && WriteAck(kReset, bWaitForAck);
+bool CCSI::ResetAll(bool wait_for_ack) {
+  return Initialize() && m_Port.IsOpen() && WriteAck(kReset, wait_for_ack);
 }

@@ -2,6 +2,7 @@
 
 #include "gpsengine/drivers/gsr2650lbcommands.h"
 #include "gpsengine/platform/clock.h"
+#include "gpsengine/receiver/workingstate.h"
 #include "gpsengine/reports/fields.h"
 
 using namespace gsr2650lb;
@@ -37,8 +38,8 @@ bool Cgsr2650lb::Initialize() {
 
 void Cgsr2650lb::QuerySatElevMask() {
   if (!Write(kQueryElevMask)) return;
-  const RecordLock lock = LockRecord();
-  m_GPSData.m_Status.m_bElevationMaskValid = m_GPSData.m_Status.m_bStatusUpdated = false;
+  const RecordLock state;
+  state->record.m_Status.m_bElevationMaskValid = state->record.m_Status.m_bStatusUpdated = false;
 }
 
 void Cgsr2650lb::QueryBeacon() {
@@ -50,8 +51,8 @@ void Cgsr2650lb::QueryDgpsMode() {
 }
 
 void Cgsr2650lb::ForgetSource() {
-  const RecordLock lock = LockRecord();
-  CGPSStatusData& status = m_GPSData.m_Status;
+  const RecordLock state;
+  CGPSStatusData& status = state->record.m_Status;
   status.m_nDgpsMode = DGPS_MODE_NONE;
   status.m_bDgpsModeValid = status.m_bStatusUpdated = false;
 }
@@ -66,70 +67,70 @@ void Cgsr2650lb::SetDgpsMode(DgpsMode mode) {
   if (mode >= 0 && mode < static_cast<int>(std::size(kSources))) Write(kSources[mode]);
   Write(kSaveSource);
   if (IsStopping()) return;
-  const RecordLock lock = LockRecord();
-  CGPSStatusData& status = m_GPSData.m_Status;
+  const RecordLock state;
+  CGPSStatusData& status = state->record.m_Status;
   status.m_nDgpsMode = mode;
   status.m_bDgpsModeValid = status.m_bStatusUpdated = true;
 }
 
-void Cgsr2650lb::SetLbandFrequency(double dFrequency, int nBitRate) {
-  const bool bAuto = dFrequency == 0.0;
-  CString strLine;
-  strLine.Format("ASSIGNOMNI USER %.0f %d\r\n", dFrequency * 1000, nBitRate);
-  if (!(bAuto ? Write(kLbandAuto) : Write(strLine, 800))) return;
+void Cgsr2650lb::SetLbandFrequency(double frequency, int bit_rate) {
+  const bool automatic = frequency == 0.0;
+  CString line;
+  line.Format("ASSIGNOMNI USER %.0f %d\r\n", frequency * 1000, bit_rate);
+  if (!(automatic ? Write(kLbandAuto) : Write(line, 800))) return;
   {
-    const RecordLock lock = LockRecord();
-    m_GPSData.m_Status.m_nLbandMode = bAuto ? kLbandModeAuto : kLbandModeFixed;
+    const RecordLock state;
+    state->record.m_Status.m_nLbandMode = automatic ? kLbandModeAuto : kLbandModeFixed;
   }
   Write(kSaveSource);
 }
 
-void Cgsr2650lb::ChangeCDGPS_Freq(double dFrequency) {
-  if (!(dFrequency >= 0.0 && dFrequency <= 3000.0)) return;
-  CString strLine;
-  strLine.Format("ASSIGNLBAND CDGPS %i 4800\r\n", static_cast<int>(dFrequency) * 1000);
-  Write(strLine, 100);
+void Cgsr2650lb::ChangeCDGPS_Freq(double frequency) {
+  if (!(frequency >= 0.0 && frequency <= 3000.0)) return;
+  CString line;
+  line.Format("ASSIGNLBAND CDGPS %i 4800\r\n", static_cast<int>(frequency) * 1000);
+  Write(line, 100);
   Write(kSave);
 }
 
-bool Cgsr2650lb::ResetAll(bool bWaitForAck) {
+bool Cgsr2650lb::ResetAll(bool wait_for_ack) {
   if (!m_Port.IsOpen() || IsStopping()) return false;
-  bool bReset = false;
+  bool reset = false;
   {
-    const CNoStop untilSentencesAreOn;
+    const CNoStop until_sentences_are_on;
     // The receiver restarts whether or not it has acknowledged.
-    bReset = WriteAck(kReset, bWaitForAck);
+    reset = WriteAck(kReset, wait_for_ack);
     if (!Initialize()) return false;
   }
   SetDgpsMode(DGPS_MODE_BEACON);
   Sleep(kRestartTime);
-  return bReset && !IsStopping();
+  return reset && !IsStopping();
 }
 
-void Cgsr2650lb::SetRawDataOutput(bool bOn, int nPeriod) {
+void Cgsr2650lb::SetRawDataOutput(bool on, int period) {
   if (!m_Port.IsOpen() || IsStopping()) return;
-  if (bOn) {
-    CString strLine;
-    strLine.Format("LOG RANGEB ONTIME %i\r\n", nPeriod);
-    Write(strLine, 100);
+  if (on) {
+    CString line;
+    line.Format("LOG RANGEB ONTIME %i\r\n", period);
+    Write(line, 100);
     Write(kRawOn);
-    m_nRawDataInterval = nPeriod;
+    m_nRawDataInterval = period;
   } else {
     Write(kRawOff);
   }
   // If stopped halfway, output counts as on, so that the end of the run switches it off.
-  if (bOn || !IsStopping()) m_bRawDataOutput = bOn;
+  if (on || !IsStopping()) m_bRawDataOutput = on;
   Write(kSave);
 }
 
-bool Cgsr2650lb::EnablePostProcessing(bool bOn) {
-  if (bOn != m_bRawDataOutput) SetRawDataOutput(bOn, 1);
+bool Cgsr2650lb::EnablePostProcessing(bool on) {
+  if (on != m_bRawDataOutput) SetRawDataOutput(on, 1);
   return true;
 }
 
-bool Cgsr2650lb::SetRawDataOutputInterval(double dInterval) {
-  int nPeriod = 0;
-  if (!Truncate(dInterval, nPeriod)) return false;
-  if (!m_bRawDataOutput || nPeriod != m_nRawDataInterval) SetRawDataOutput(m_bRawDataOutput, nPeriod);
+bool Cgsr2650lb::SetRawDataOutputInterval(double interval) {
+  int period = 0;
+  if (!Truncate(interval, period)) return false;
+  if (!m_bRawDataOutput || period != m_nRawDataInterval) SetRawDataOutput(m_bRawDataOutput, period);
   return true;
 }

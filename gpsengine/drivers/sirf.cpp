@@ -40,14 +40,14 @@ constinit const CGPSDriver CHolux::s_Driver = {.pszName = "Holux", .nBaudrate = 
 constinit const CGPSDriver CToughbookGPS01::s_Driver = {
     .pszName = "Toughbook GPS01", .nBaudrate = 4800, .bDgps = true};
 
-bool AppendNmeaChecksum(CString& strSentence) {
-  const int nDollar = strSentence.Find(u'$');
-  if (nDollar < 0) return false;
-  int nSum = 0;
-  for (const WCHAR c : strSentence.View().substr(static_cast<std::size_t>(nDollar) + 1)) nSum ^= c;
-  CString strSum;
-  strSum.Format("*%02X", nSum & 0xFF);
-  strSentence += strSum;
+bool AppendNmeaChecksum(CString& sentence) {
+  const int dollar = sentence.Find(u'$');
+  if (dollar < 0) return false;
+  int sum = 0;
+  for (const WCHAR c : sentence.View().substr(static_cast<std::size_t>(dollar) + 1)) sum ^= c;
+  CString tail;
+  tail.Format("*%02X", sum & 0xFF);
+  sentence += tail;
   return true;
 }
 
@@ -61,35 +61,35 @@ void CSirf::SetGgaOnlyNMEA() {
   for (const NmeaMessage& message : kNmeaMessages) SetNmeaMsg(message.nNumber, message.bGgaOnly);
 }
 
-void CSirf::SetNmeaMsg(int nMessage, bool bOn) {
+void CSirf::SetNmeaMsg(int message, bool on) {
   if (IsStopping()) return;
-  CString strLine;
-  strLine.Format("$PSRF103,%02d,00,%02d,01", nMessage, bOn ? kNmeaPeriod : 0);
-  AppendNmeaChecksum(strLine);
-  m_Port.Write(strLine + "\r\n");
+  CString line;
+  line.Format("$PSRF103,%02d,00,%02d,01", message, on ? kNmeaPeriod : 0);
+  AppendNmeaChecksum(line);
+  m_Port.Write(line + "\r\n");
   Sleep(kNmeaWait);
 }
 
-unsigned short CSirf::CheckSum(unsigned char* pPayload, unsigned short nLength) {
-  return static_cast<unsigned short>(std::accumulate(pPayload, pPayload + nLength, 0u) & 0x7FFF);
+unsigned short CSirf::CheckSum(unsigned char* payload, unsigned short length) {
+  return static_cast<unsigned short>(std::accumulate(payload, payload + length, 0u) & 0x7FFF);
 }
 
 // A0 A2, length, payload, checksum, B0 B3; numbers with their high byte first.
-bool CSirf::SendBinaryMsg(unsigned char* pPayload, unsigned short nLength) {
-  if (nLength > kLongestPayload) return false;
-  const int nSum = CheckSum(pPayload, nLength);
-  std::vector<BYTE> frame = {0xA0, 0xA2, HighByte(nLength), LowByte(nLength)};
-  frame.insert(frame.end(), pPayload, pPayload + nLength);
-  frame.insert(frame.end(), {HighByte(nSum), LowByte(nSum), 0xB0, 0xB3});
+bool CSirf::SendBinaryMsg(unsigned char* payload, unsigned short length) {
+  if (length > kLongestPayload) return false;
+  const int sum = CheckSum(payload, length);
+  std::vector<BYTE> frame = {0xA0, 0xA2, HighByte(length), LowByte(length)};
+  frame.insert(frame.end(), payload, payload + length);
+  frame.insert(frame.end(), {HighByte(sum), LowByte(sum), 0xB0, 0xB3});
   return m_Port.Write(frame.data(), static_cast<int>(frame.size()));
 }
 
 // Protocol 0 at the present rate, 8 data bits, 1 stop bit, no parity.
 void CSirf::SwitchToBinary() {
-  CString strLine;
-  strLine.Format("$PSRF100,0,%0d,8,1,0", m_nBaudrate.Get());
-  AppendNmeaChecksum(strLine);
-  m_Port.Write(strLine + "\r\n");
+  CString line;
+  line.Format("$PSRF100,0,%0d,8,1,0", m_nBaudrate.Get());
+  AppendNmeaChecksum(line);
+  m_Port.Write(line + "\r\n");
   Sleep(kBinaryWait);
 }
 
@@ -110,7 +110,7 @@ void CSirf::SwitchToNmea() {
 
 void CSirf::SetDgpsMode(DgpsMode mode) {
   if (!m_Port.IsOpen() || IsStopping()) return;
-  const CNoStop untilSentencesAreOn;
+  const CNoStop until_sentences_are_on;
   SwitchToBinary();
   if (!CurrentClock().WantsStop()) SendDgpsSourceMsg(mode);
   SwitchToNmea();
@@ -119,7 +119,7 @@ void CSirf::SetDgpsMode(DgpsMode mode) {
 
 bool CSirf::ResetAll(bool) {
   if (!Initialize() || !m_Port.IsOpen() || IsStopping()) return false;
-  const CNoStop untilSentencesAreOn;
+  const CNoStop until_sentences_are_on;
   SwitchToNmea();
   SetDefaultNMEA();
   return true;

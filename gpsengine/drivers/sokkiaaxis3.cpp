@@ -1,5 +1,6 @@
 #include "gpsengine/drivers/sokkiaaxis3.h"
 
+#include "gpsengine/receiver/workingstate.h"
 #include "gpsengine/reports/fields.h"
 
 namespace {
@@ -42,9 +43,9 @@ constexpr CGPSCommand kQueryOmniStar[] = {{"$JI\r\n", 200}, {"$JGEO\r\n", 200}, 
 constexpr CGPSCommand kDgpsStatusOn[] = {{"$JASC,D1,1\r\n", 0}};
 constexpr CGPSCommand kDgpsStatusOff[] = {{"$JASC,D1,0\r\n", 0}};
 
-constexpr CGPSDriver RowOf(const char* pszName) {
+constexpr CGPSDriver RowOf(const char* name) {
   return {
-      .pszName = pszName,
+      .pszName = name,
       .bRawData = true,
       .bDgps = true,
       .start = kStart,
@@ -69,25 +70,26 @@ constinit const CGPSDriver CCSImax::s_Driver = RowOf("CSI - MAX");
 
 // After a save the interval of block 95 has to be set again.
 void CSokkiaAxis3::WriteClosingLine() {
-  Write(s_dBinInterval == kFastInterval ? kClosingFast : kClosingSlow);
+  const bool fast = RecordLock()->binInterval == kFastInterval;
+  Write(fast ? kClosingFast : kClosingSlow);
 }
 
-void CSokkiaAxis3::SetRawDataOutput(bool bOn, int nRate) {
-  const bool bFast = nRate == kFastRate;
-  if (!Write(!bOn ? kRawOff : bFast ? kRawFast : kRawSlow)) return;
-  if (bOn) s_dBinInterval = bFast ? kFastInterval : kSlowInterval;
+void CSokkiaAxis3::SetRawDataOutput(bool on, int rate) {
+  const bool fast = rate == kFastRate;
+  if (!Write(!on ? kRawOff : fast ? kRawFast : kRawSlow)) return;
+  if (on) RecordLock()->binInterval = fast ? kFastInterval : kSlowInterval;
   Write(kSaveAtOnce);
 }
 
-bool CSokkiaAxis3::EnablePostProcessing(bool bOn) {
-  SetRawDataOutput(bOn, 1);
+bool CSokkiaAxis3::EnablePostProcessing(bool on) {
+  SetRawDataOutput(on, 1);
   return true;
 }
 
-bool CSokkiaAxis3::SetRawDataOutputInterval(double dInterval) {
-  int nRate = 0;
-  if (!Truncate(dInterval, nRate)) return false;
-  SetRawDataOutput(true, nRate);
+bool CSokkiaAxis3::SetRawDataOutputInterval(double interval) {
+  int rate = 0;
+  if (!Truncate(interval, rate)) return false;
+  SetRawDataOutput(true, rate);
   return true;
 }
 
@@ -101,21 +103,21 @@ void CSokkiaAxis3::SetGgaOnlyNMEA() {
   WriteClosingLine();
 }
 
-void CSokkiaAxis3::SetSatElevMask(int nDegrees) {
-  CGPSReceiver::SetSatElevMask(nDegrees);
+void CSokkiaAxis3::SetSatElevMask(int degrees) {
+  CGPSReceiver::SetSatElevMask(degrees);
   WriteClosingLine();
 }
 
-void CSokkiaAxis3::SetLbandFrequency(double dFrequency, int nBitRate) {
-  CString strLine;
-  strLine.Format("$JFREQ,%f,%d\r\n", dFrequency * 1000, nBitRate);
-  Write(strLine, 800);
+void CSokkiaAxis3::SetLbandFrequency(double frequency, int bit_rate) {
+  CString line;
+  line.Format("$JFREQ,%f,%d\r\n", frequency * 1000, bit_rate);
+  Write(line, 800);
   Write(kSave);
   WriteClosingLine();
 }
 
-void CSokkiaAxis3::SetBeacon(BEACON_MODE_TYPE mode, CString strFrequency, CString strBitRate) {
-  CGPSReceiver::SetBeacon(mode, strFrequency, strBitRate);
+void CSokkiaAxis3::SetBeacon(BEACON_MODE_TYPE mode, CString frequency, CString bit_rate) {
+  CGPSReceiver::SetBeacon(mode, frequency, bit_rate);
   Write(kSave);
 }
 

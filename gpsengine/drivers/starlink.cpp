@@ -39,8 +39,8 @@ void CStarlink::QueryPAR() {
 
 bool CStarlink::ResetAll(bool) {
   if (!Initialize() || !m_Port.IsOpen() || IsStopping()) return false;
-  const CNoStop untilSentencesAreOn;
-  const bool bWritten = WriteAck(kReset, false);
+  const CNoStop until_sentences_are_on;
+  const bool written = WriteAck(kReset, false);
   SetDefaultNMEA();
-  return bWritten;
+  return written;
 }

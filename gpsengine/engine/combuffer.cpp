@@ -6,10 +6,10 @@ constexpr int kCaptureLimit = 100000;
 
 }  // namespace
 
-void CComBuffer::OnRawData(CString* pText) {
-  if (m_bPaused || pText == nullptr) return;
+void CComBuffer::OnRawData(CString* text) {
+  if (m_bPaused || text == nullptr) return;
   const bool full = m_strData.GetLength() > kCaptureLimit;
-  m_strData += *pText;
+  m_strData += *text;
   if (full) m_bPaused = m_bOverflow = true;
 }
 

@@ -43,13 +43,13 @@ CGPSEngine::~CGPSEngine() {
   if (!m_pLease->Withdraw()) KeepForGood(std::move(m_Receivers));
 }
 
-bool CGPSEngine::AddReceiver(CGPSReceiver* pReceiver) {
-  const CString name = pReceiver->GetName();
+bool CGPSEngine::AddReceiver(CGPSReceiver* new_receiver) {
+  const CString name = new_receiver->GetName();
   const bool taken = std::any_of(m_Receivers.begin(), m_Receivers.end(),
                                  [&name](const auto& receiver) { return receiver->GetName() == name; });
   if (taken) return false;
   const auto tail = m_Receivers.empty() ? m_Receivers.end() : m_Receivers.end() - 1;
-  m_Receivers.insert(tail, std::unique_ptr<CGPSReceiver>(pReceiver));
+  m_Receivers.insert(tail, std::unique_ptr<CGPSReceiver>(new_receiver));
   return true;
 }
 
@@ -65,9 +65,9 @@ void CGPSEngine::InitReceivers() {
   m_bReceiversInitialized = true;
 }
 
-void CGPSEngine::SetReceiver(CGPSReceiver* pReceiver) {
+void CGPSEngine::SetReceiver(CGPSReceiver* new_receiver) {
   Stop();
-  m_pReceiver = pReceiver;
+  m_pReceiver = new_receiver;
 }
 
 bool CGPSEngine::Start() {
@@ -167,13 +167,13 @@ bool CGPSEngine::UpdateGPSBuffer(CBinBuffer& data) {
   return UpdateGPSBuffer(data.GetLength() > 0 ? data.GetData() : nullptr, data.GetLength(), m_pLease->Ends());
 }
 
-// `nEnds` identifies the run that the bytes belong to.
-bool CGPSEngine::UpdateGPSBuffer(const char* pData, int nLength, int nEnds) {
+// `ends` identifies the run that the bytes belong to.
+bool CGPSEngine::UpdateGPSBuffer(const char* data, int length, int ends) {
   const std::shared_ptr<CEngineLease> lease = m_pLease;  // a callback may destroy the engine
   const CEngineLease::Hold hold(*lease);
-  const CUpdateScope scope(lease->Ends(), nEnds);
+  const CUpdateScope scope(lease->Ends(), ends);
   CGPSReceiver* const receiver = m_pReceiver;
-  if (scope.IsOver() || receiver == nullptr || m_bUpdating || !Append(pData, nLength, nEnds)) return false;
+  if (scope.IsOver() || receiver == nullptr || m_bUpdating || !Append(data, length, ends)) return false;
   const Update update(*this, *lease);
   bool published = false;
   try {
@@ -195,9 +195,9 @@ bool CGPSEngine::UpdateGPSBuffer(const char* pData, int nLength, int nEnds) {
 }
 
 // Appends to the stream. False, with the stream cleared, if it has grown too long.
-bool CGPSEngine::Append(const char* pData, int nLength, int nEnds) {
-  if (std::exchange(m_nStreamEnds, nEnds) != nEnds) m_Buffer.Clear();  // left over from an ended run
-  m_Buffer.Append(pData, nLength);
+bool CGPSEngine::Append(const char* data, int length, int ends) {
+  if (std::exchange(m_nStreamEnds, ends) != ends) m_Buffer.Clear();  // left over from an ended run
+  m_Buffer.Append(data, length);
   if (m_Buffer.GetLength() < kStreamLimit) return true;
   Trace("\nGPS data dropped: string too long!");
   ++m_nDroppedBuffers;

@@ -13,7 +13,7 @@ thread_local char t_Here;
 
 }  // namespace
 
-CEngineLease::CEngineLease(CGPSEngine* pEngine) : m_hFree(CreateEventW(false, false)), m_pEngine(pEngine) {}
+CEngineLease::CEngineLease(CGPSEngine* engine) : m_hFree(CreateEventW(false, false)), m_pEngine(engine) {}
 
 CEngineLease::~CEngineLease() {
   CloseHandle(m_hFree);
@@ -61,9 +61,9 @@ bool CEngineLease::Withdraw() {
 }
 
 // A step that is not in host code may continue: it checks for the engine after its next call out.
-bool CEngineLease::TakeAway(bool bAtAnyRate) {
+bool CEngineLease::TakeAway(bool at_any_rate) {
   const std::lock_guard lock(m_LeaveMutex);
-  if (!bAtAnyRate && !m_bOutside.load(std::memory_order_acquire)) return false;
+  if (!at_any_rate && !m_bOutside.load(std::memory_order_acquire)) return false;
   m_pEngine = nullptr;
   ++m_nEnds;
   return true;

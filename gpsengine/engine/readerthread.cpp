@@ -16,33 +16,33 @@ constexpr DWORD kPace = 100;  // so that a burst of sentences is read in one go
 constexpr std::uint64_t kSilenceLimit = 10000;
 constexpr UINT kCannotRecordText = 11;
 
-void SetReadTimeouts(HANDLE hPort, DWORD msFirstByte) {
-  const COMMTIMEOUTS timeouts{MAXDWORD, MAXDWORD, msFirstByte, 0, 0};
-  SetCommTimeouts(hPort, &timeouts);
+void SetReadTimeouts(HANDLE port, DWORD ms_first_byte) {
+  const COMMTIMEOUTS timeouts{MAXDWORD, MAXDWORD, ms_first_byte, 0, 0};
+  SetCommTimeouts(port, &timeouts);
 }
 
-int ReadWithin(HANDLE hPort, char* pData, int nMax, DWORD ms) {
-  SetReadTimeouts(hPort, ms);
+int ReadWithin(HANDLE port, char* data, int max, DWORD ms) {
+  SetReadTimeouts(port, ms);
   DWORD count = 0;
-  ReadFile(hPort, pData, static_cast<DWORD>(nMax), &count);
+  ReadFile(port, data, static_cast<DWORD>(max), &count);
   return static_cast<int>(count);
 }
 
 }  // namespace
 
-CReaderThread::CReaderThread(std::shared_ptr<CEngineLease> lease, std::shared_ptr<CRun> run, bool bEmulation)
-    : m_pLease(std::move(lease)), m_pRun(std::move(run)), m_bEmulation(bEmulation) {}
+CReaderThread::CReaderThread(std::shared_ptr<CEngineLease> lease, std::shared_ptr<CRun> run, bool emulation)
+    : m_pLease(std::move(lease)), m_pRun(std::move(run)), m_bEmulation(emulation) {}
 
 std::unique_ptr<CWinThread> CReaderThread::Begin(std::shared_ptr<CEngineLease> lease,
-                                                 std::shared_ptr<CRun> run, bool bEmulation) {
-  std::unique_ptr<CReaderThread> reader(new CReaderThread(std::move(lease), std::move(run), bEmulation));
+                                                 std::shared_ptr<CRun> run, bool emulation) {
+  std::unique_ptr<CReaderThread> reader(new CReaderThread(std::move(lease), std::move(run), emulation));
   auto thread = AfxBeginThread(&CReaderThread::ThreadMain, reader.get());
   if (thread != nullptr) static_cast<void>(reader.release());  // now owned by the thread
   return thread;
 }
 
-unsigned CReaderThread::ThreadMain(void* pParam) {
-  const std::unique_ptr<CReaderThread> reader(static_cast<CReaderThread*>(pParam));
+unsigned CReaderThread::ThreadMain(void* param) {
+  const std::unique_ptr<CReaderThread> reader(static_cast<CReaderThread*>(param));
   reader->Run();
   SetEvent(reader->m_pRun->DoneEvent());
   return 0;
@@ -80,11 +80,11 @@ void CReaderThread::ReadPort() {
 }
 
 // One pass. A failed or missing port counts as silent. False if the run should end.
-bool CReaderThread::ReadPass(HANDLE hPort) {
+bool CReaderThread::ReadPass(HANDLE port) {
   char bytes[1 + kBulk];
   ResetAfterSilence();
-  if (ReadWithin(hPort, bytes, 1, kFirstByteTime) == 0) return !m_pRun->IsStopping() && KeepAlive();
-  const int count = 1 + ReadWithin(hPort, bytes + 1, kBulk, kBulkTime);
+  if (ReadWithin(port, bytes, 1, kFirstByteTime) == 0) return !m_pRun->IsStopping() && KeepAlive();
+  const int count = 1 + ReadWithin(port, bytes + 1, kBulk, kBulkTime);
   Record(bytes, count);
   Take(bytes, count);
   return true;
@@ -107,15 +107,15 @@ void CReaderThread::ResetAfterSilence() {
   if (CGPSReceiver* const receiver = step.Receiver()) receiver->ResetSpeedEngine();
 }
 
-void CReaderThread::Take(const char* pData, int nLength) {
+void CReaderThread::Take(const char* data, int length) {
   const Step step(*this);
-  if (!step || !step->UpdateGPSBuffer(pData, nLength, m_pRun->Ends())) return;
+  if (!step || !step->UpdateGPSBuffer(data, length, m_pRun->Ends())) return;
   m_nLastData = CurrentClock().Milliseconds();
   step->m_bGotData = true;
 }
 
 // Records the bytes of a pass if the host wants that.
-void CReaderThread::Record(const char* pData, int nLength) {
+void CReaderThread::Record(const char* data, int length) {
   bool wanted = false;
   if (const Step step(*this); step) wanted = step->m_bRecordRaw;
   if (wanted && !m_bRecording) OpenRecording();
@@ -123,7 +123,7 @@ void CReaderThread::Record(const char* pData, int nLength) {
     m_Recording.Close();
     m_bRecording = false;
   }
-  if (!m_bRecording || m_Recording.Write(pData, static_cast<UINT>(nLength))) return;
+  if (!m_bRecording || m_Recording.Write(data, static_cast<UINT>(length))) return;
   // For example a full disk. What was written is kept; the run continues without recording.
   m_Recording.Close();
   m_bRecording = false;

@@ -12,70 +12,70 @@ constexpr UINT kWaitTemplate = 129;
 // Wakes the wait. Auto-reset: a late signal from before the wait was armed causes one spurious wake-up at
 // most.
 HANDLE AckEvent() {
-  static const HANDLE hEvent = CreateEventW(false, false);
-  return hEvent;
+  static const HANDLE event = CreateEventW(false, false);
+  return event;
 }
 
 // Handles pending messages. False if the host's message loop should end.
 bool PumpMessages() {
-  bool bGoOn = true;
+  bool go_on = true;
   for (MSG message; PeekMessageW(&message, PM_NOREMOVE);) {
-    if (CWinApp* pApp = AfxGetApp()) {
-      bGoOn &= pApp->PumpMessage();
+    if (CWinApp* app = AfxGetApp()) {
+      go_on &= app->PumpMessage();
     } else if (PeekMessageW(&message, PM_REMOVE)) {
       if (message.message == WM_QUIT)
-        bGoOn = false;
+        go_on = false;
       else
         DispatchMessageW(message);
     }
   }
-  return bGoOn;
+  return go_on;
 }
 
 }  // namespace
 
 CShared<bool> CAck::m_bGotAck = false;
 
-CAck::CAck(CWnd* pParent) : CDialog(kWaitTemplate, pParent) {
+CAck::CAck(CWnd* parent) : CDialog(kWaitTemplate, parent) {
   m_bGotAck = false;
   ResetEvent(AckEvent());
 }
 
 CAck::~CAck() = default;
 
-bool CAck::Wait(int nTimeout) {
+bool CAck::Wait(int timeout) {
   Trace("CAck::Wait, Entering \n");
   const CWaitCursor cursor;
-  const int nTimer = m_Timer.Start(this, nTimeout);
-  Trace("CAck::Wait, m_Timer.Start() = %d \n", nTimer);
+  const int timer = m_Timer.Start(this, timeout);
+  Trace("CAck::Wait, m_Timer.Start() = %d \n", timer);
 
   CTicks ticks;
-  const DWORD nBegin = ticks.GetTicks();
-  const HANDLE hAck = AckEvent();
-  bool bQuit = false;
+  const DWORD begin = ticks.GetTicks();
+  const HANDLE ack = AckEvent();
+  bool quit = false;
   while (!m_bGotAck && !m_bTimedOut) {
-    DWORD nLeft = INFINITE;
-    if (nTimeout > 0) {
-      const DWORD nLimit = static_cast<DWORD>(nTimeout), nPassed = ticks.GetTicks() - nBegin;
-      nLeft = nPassed < nLimit ? nLimit - nPassed : 0;
+    DWORD left = INFINITE;
+    if (timeout > 0) {
+      const DWORD limit = static_cast<DWORD>(timeout), passed = ticks.GetTicks() - begin;
+      left = passed < limit ? limit - passed : 0;
     }
     // Normally the timer ends the wait; this is the fallback if its thread could not be created.
-    if (MsgWaitForMultipleObjects(1, &hAck, nLeft) == WAIT_TIMEOUT) m_bTimedOut = true;
-    if (!PumpMessages()) bQuit = true;
+    if (MsgWaitForMultipleObjects(1, &ack, left) == WAIT_TIMEOUT) m_bTimedOut = true;
+    if (!PumpMessages()) quit = true;
   }
-  if (bQuit) PostQuitMessage();  // for the host's own loop
+  if (quit) PostQuitMessage();  // for the host's own loop
 
-  const bool bGotAck = m_bGotAck;
-  if (bGotAck) {
+  const bool got_ack = m_bGotAck;
+  if (got_ack) {
     Trace("CAck::Wait, got ACK \n");
   } else {
     Trace("CAck::Wait, got TimedOut \n");
   }
-  return bGotAck;
+  return got_ack;
 }
 
-void CAck::OnNewGPSData(CGPSData* pData) {
-  if (!pData->m_Status.m_bAck) return;
+void CAck::OnNewGPSData(CGPSData* data) {
+  if (!data->m_Status.m_bAck) return;
   Trace("CAck::OnUpdateEverything, got ACK \n");
   m_bGotAck = true;
   SetEvent(AckEvent());
@@ -93,10 +93,10 @@ const AFX_MSGMAP* CAck::_GetBaseMessageMap() {
 
 const AFX_MSGMAP* CAck::GetMessageMap() const {
   static constexpr AFX_MSGMAP_ENTRY kRows[] = {{WM_PRECISE_TIMER,
-                                                [](CWnd& window, WPARAM wParam, LPARAM lParam) -> LRESULT {
+                                                [](CWnd& window, WPARAM w_param, LPARAM l_param) -> LRESULT {
                                                   return static_cast<CAck&>(window).OnPreciseTimer(
-                                                      static_cast<unsigned int>(wParam),
-                                                      static_cast<long>(lParam));
+                                                      static_cast<unsigned int>(w_param),
+                                                      static_cast<long>(l_param));
                                                 }},
                                                {0, nullptr}};
   static constexpr AFX_MSGMAP kMap{&CAck::_GetBaseMessageMap, kRows};

@@ -4,7 +4,6 @@
 #include <cstring>
 
 #include "gpsengine/platform/textscan.h"
-#include "gpsengine/platform/trace.h"
 
 namespace {
 
@@ -54,16 +53,15 @@ CBinBuffer::CBinBuffer(const CString& text) {
   m_nLength = text.GetLength();
 }
 
-bool CBinBuffer::Set(const char* pData, int nLength, int nMessageLength) {
-  if (pData == nullptr || nLength < 1) {
+bool CBinBuffer::Set(const char* data, int length, int message_length) {
+  if (data == nullptr || length < 1) {
     Clear();
     return false;
   }
-  m_Bytes.assign(pData, pData + nLength);
-  if (m_Bytes.data() == nullptr) Trace("Can't set\n");
+  m_Bytes.assign(data, data + length);
   m_nCurrent = 0;
   m_nNoComma = m_nNoCommaEnd = 0;
-  m_nMessageLength = nMessageLength;
+  m_nMessageLength = message_length;
   m_nLength = static_cast<int>(m_Bytes.size());
   return true;
 }
@@ -77,9 +75,9 @@ const CBinBuffer& CBinBuffer::operator+=(const CBinBuffer& other) {
   return *this;
 }
 
-void CBinBuffer::Append(const char* pData, int nLength) {
-  if (pData == nullptr || nLength < 1) return;
-  m_Bytes.insert(m_Bytes.end(), pData, pData + nLength);
+void CBinBuffer::Append(const char* data, int length) {
+  if (data == nullptr || length < 1) return;
+  m_Bytes.insert(m_Bytes.end(), data, data + length);
   m_nLength = static_cast<int>(m_Bytes.size());
 }
 
@@ -89,16 +87,16 @@ void CBinBuffer::Clear() {
   m_nNoComma = m_nNoCommaEnd = 0;
 }
 
-void CBinBuffer::SetSize(int nSize) {
-  m_Bytes.resize(static_cast<std::size_t>(std::max(nSize, 0)));
+void CBinBuffer::SetSize(int size) {
+  m_Bytes.resize(static_cast<std::size_t>(std::max(size, 0)));
   m_nLength = static_cast<int>(m_Bytes.size());
   m_nMessageLength = std::min(m_nMessageLength, std::max(BytesLeft(), 0));
   m_nNoComma = m_nNoCommaEnd = 0;
 }
 
-char& CBinBuffer::operator[](int nIndex) {
+char& CBinBuffer::operator[](int index) {
   m_nNoComma = m_nNoCommaEnd = 0;  // the byte may become a comma
-  return m_Bytes.at(static_cast<std::size_t>(nIndex));
+  return m_Bytes.at(static_cast<std::size_t>(index));
 }
 
 bool CBinBuffer::First() {
@@ -143,11 +141,11 @@ void CBinBuffer::Resize() {
   m_nLength = static_cast<int>(m_Bytes.size());
 }
 
-bool CBinBuffer::GetTag(CString& tag, CString& subTag) {
+bool CBinBuffer::GetTag(CString& tag, CString& sub_tag) {
   Head head;
   if (!FindHead(head)) return false;
   tag = ToText(head.tag);
-  if (!head.bOem) subTag = ToText(head.subTag);
+  if (!head.bOem) sub_tag = ToText(head.subTag);
   return true;
 }
 
@@ -162,8 +160,8 @@ bool CBinBuffer::SkipNoise() {
   return false;
 }
 
-bool CBinBuffer::IsOemSync(int nIndex) const {
-  return nIndex + kOemSyncLength <= m_nLength && std::memcmp(GetPtr(nIndex), kOemSync, kOemSyncLength) == 0;
+bool CBinBuffer::IsOemSync(int index) const {
+  return index + kOemSyncLength <= m_nLength && std::memcmp(GetPtr(index), kOemSync, kOemSyncLength) == 0;
 }
 
 // Works out the length of an OEM message from its header. False until all of the message is there.
@@ -228,9 +226,9 @@ int CBinBuffer::BinaryLength(const Head& head) const {
 // one.
 int CBinBuffer::TextLength() const {
   const char* const start = GetPtr(m_nCurrent);
-  const char* const bufferEnd = GetPtr(m_nLength);
-  const char* const end = *start == '#' ? textscan::FindAny(start + 1, bufferEnd, '#', kTextEnd, kTextEnd)
-                                        : textscan::FindNear(start, bufferEnd, kTextEnd);
+  const char* const buffer_end = GetPtr(m_nLength);
+  const char* const end = *start == '#' ? textscan::FindAny(start + 1, buffer_end, '#', kTextEnd, kTextEnd)
+                                        : textscan::FindNear(start, buffer_end, kTextEnd);
   if (end == nullptr) return 0;
   return static_cast<int>(end - start) + (*end == kTextEnd);
 }
@@ -243,30 +241,30 @@ CString* CBinBuffer::GetMessageAsPtr() const {
   return new CString(GetMessageW());
 }
 
-const char* CBinBuffer::GetMessageBin(int& nLength) const {
+const char* CBinBuffer::GetMessageBin(int& length) const {
   if (!HasMessage() || m_nCurrent >= m_nLength) return nullptr;
-  nLength = m_nMessageLength;
+  length = m_nMessageLength;
   return GetPtr(m_nCurrent);
 }
 
-CString CBinBuffer::Mid(int nStart, int nCount) const {
+CString CBinBuffer::Mid(int start, int wanted) const {
   CString text;
-  if (nStart < 0 || nStart >= m_nLength) return text;
-  const int left = m_nLength - nStart;
-  int count = nCount < 1 || nCount >= left ? left : nCount;
+  if (start < 0 || start >= m_nLength) return text;
+  const int left = m_nLength - start;
+  int count = wanted < 1 || wanted >= left ? left : wanted;
   WCHAR* to = text.GetBuffer(count + 1);
-  count = textscan::WidenText(GetPtr(nStart), count, to);
+  count = textscan::WidenText(GetPtr(start), count, to);
   to[count] = u'\n';
   text.ReleaseBuffer(count + 1);
   return text;
 }
 
-CString* CBinBuffer::Mid2(int nStart, int nCount) const {
-  return new CString(Mid(nStart, nCount));
+CString* CBinBuffer::Mid2(int start, int wanted) const {
+  return new CString(Mid(start, wanted));
 }
 
-int CBinBuffer::Find(char c, int nStart) const {
-  if (nStart < 0 || nStart >= m_nLength) return -1;
-  const char* found = textscan::FindNear(GetPtr(nStart), GetPtr(m_nLength), c);
+int CBinBuffer::Find(char c, int start) const {
+  if (start < 0 || start >= m_nLength) return -1;
+  const char* found = textscan::FindNear(GetPtr(start), GetPtr(m_nLength), c);
   return found == nullptr ? -1 : static_cast<int>(found - m_Bytes.data());
 }

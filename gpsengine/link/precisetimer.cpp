@@ -12,13 +12,13 @@ namespace {
 
 // Sent before each tick. It has no handler: the send returns once the window's thread services its queue.
 UINT QueueCheckMessage() {
-  static const UINT nMessage = RegisterWindowMessageW(u"QRV Precise Timer Queue Checker");
-  return nMessage;
+  static const UINT message = RegisterWindowMessageW(u"QRV Precise Timer Queue Checker");
+  return message;
 }
 
 int NextTimerID() {
-  static CShared<int> s_nLast = 0;
-  return ++s_nLast;
+  static CShared<int> s_n_last = 0;
+  return ++s_n_last;
 }
 
 constexpr DWORD kPauseOfLateTick = 10;
@@ -28,7 +28,7 @@ constexpr DWORD kPauseOfLateTick = 10;
 // The thread's share of the timer. The last owner closes the events.
 struct CPreciseTimer::State {
   ~State() {
-    for (const HANDLE hEvent : {hStart, hStop, hExit}) CloseHandle(hEvent);
+    for (const HANDLE event : {hStart, hStop, hExit}) CloseHandle(event);
   }
 
   void Run();
@@ -71,21 +71,21 @@ CPreciseTimer::~CPreciseTimer() {
   SetEvent(m_hExit);
 }
 
-int CPreciseTimer::Start(CWnd* pWnd, int nInterval) {
-  if (pWnd == nullptr || nInterval <= 0) return 0;
+int CPreciseTimer::Start(CWnd* wnd, int interval) {
+  if (wnd == nullptr || interval <= 0) return 0;
   if (m_bRunning) return m_nTimerID;
-  m_nInterval = nInterval;
-  m_hWnd = pWnd->GetSafeHwnd();
+  m_nInterval = interval;
+  m_hWnd = wnd->GetSafeHwnd();
   {
     const std::lock_guard lock(m_pState->mutex);
     m_pState->nInterval = m_nInterval;
     m_pState->hWnd = m_hWnd;
   }
   if (m_pThread == nullptr) {
-    auto pShare = std::make_unique<std::shared_ptr<State>>(m_pState);
-    m_pThread = AfxBeginThread(ThreadMain, pShare.get(), THREAD_PRIORITY_ABOVE_NORMAL);
+    auto share = std::make_unique<std::shared_ptr<State>>(m_pState);
+    m_pThread = AfxBeginThread(ThreadMain, share.get(), THREAD_PRIORITY_ABOVE_NORMAL);
     if (m_pThread == nullptr) return 0;
-    static_cast<void>(pShare.release());  // the thread's now
+    static_cast<void>(share.release());  // the thread's now
   }
   m_bRunning = true;
   ResetEvent(m_hStop);
@@ -100,15 +100,15 @@ void CPreciseTimer::Stop() {
   m_bRunning = false;
 }
 
-unsigned CPreciseTimer::ThreadMain(void* pParam) {
-  const std::unique_ptr<std::shared_ptr<State>> pShare(static_cast<std::shared_ptr<State>*>(pParam));
-  (*pShare)->Run();
+unsigned CPreciseTimer::ThreadMain(void* param) {
+  const std::unique_ptr<std::shared_ptr<State>> share(static_cast<std::shared_ptr<State>*>(param));
+  (*share)->Run();
   return 1;
 }
 
 void CPreciseTimer::State::Run() {
-  DWORD nWanted = kStop;
-  while (nWanted == kStop || nWanted == kStart) nWanted = nWanted == kStart ? Tick() : Park();
+  DWORD wanted = kStop;
+  while (wanted == kStop || wanted == kStart) wanted = wanted == kStart ? Tick() : Park();
 }
 
 DWORD CPreciseTimer::State::Park() const {
@@ -125,26 +125,26 @@ DWORD CPreciseTimer::State::WaitForOwner(DWORD ms) const {
 // Ticks until the owner asks for something else, and returns what.
 DWORD CPreciseTimer::State::Tick() {
   std::unique_lock lock(mutex);
-  const DWORD nPeriod = static_cast<DWORD>(nInterval);
-  const HWND hTarget = hWnd;
+  const DWORD period = static_cast<DWORD>(nInterval);
+  const HWND target = hWnd;
   lock.unlock();
   Trace("CPreciseTimer: %d\tReceived start event.\n", nTimerID);
 
   for (;;) {
-    DWORD nWanted = WaitForOwner(nPeriod > nTook ? nPeriod - nTook : 1);
-    if (nWanted == WAIT_TIMEOUT) {
-      if (!IsWindow(hTarget)) continue;
-      const DWORD nBegin = ticks.GetTicks();
-      SendMessageW(hTarget, QueueCheckMessage(), 0, 0);
-      nWanted = WaitForOwner(0);  // a stop that came meanwhile wins
-      if (nWanted == WAIT_TIMEOUT) {
-        SendMessageW(hTarget, WM_PRECISE_TIMER, static_cast<WPARAM>(nTimerID), 0);
-        nTook = ticks.GetTicks() - nBegin;
-        if (nTook > nPeriod) Sleep(kPauseOfLateTick);
+    DWORD wanted = WaitForOwner(period > nTook ? period - nTook : 1);
+    if (wanted == WAIT_TIMEOUT) {
+      if (!IsWindow(target)) continue;
+      const DWORD begin = ticks.GetTicks();
+      SendMessageW(target, QueueCheckMessage(), 0, 0);
+      wanted = WaitForOwner(0);  // a stop that came meanwhile wins
+      if (wanted == WAIT_TIMEOUT) {
+        SendMessageW(target, WM_PRECISE_TIMER, static_cast<WPARAM>(nTimerID), 0);
+        nTook = ticks.GetTicks() - begin;
+        if (nTook > period) Sleep(kPauseOfLateTick);
         continue;
       }
     }
-    if (nWanted != kStop && nWanted != kStart) Trace("CPreciseTimer: %d\tThread exiting.\n", nTimerID);
-    return nWanted;
+    if (wanted != kStop && wanted != kStart) Trace("CPreciseTimer: %d\tThread exiting.\n", nTimerID);
+    return wanted;
   }
 }

@@ -29,12 +29,12 @@ CString LastErrorText() {
 }
 
 // The bytes as text, which ends at the first zero.
-CString TextOf(const char* pBytes, int nLength) {
-  return CString(pBytes, static_cast<int>(strnlen(pBytes, static_cast<std::size_t>(nLength))));
+CString TextOf(const char* bytes, int length) {
+  return CString(bytes, static_cast<int>(strnlen(bytes, static_cast<std::size_t>(length))));
 }
 
-bool HoldsOneOf(const CString& text, int nFrom, const CString& characters) {
-  return text.Mid(nFrom).FindOneOf(characters) >= 0;
+bool HoldsOneOf(const CString& text, int from, const CString& characters) {
+  return text.Mid(from).FindOneOf(characters) >= 0;
 }
 
 // Whether `text` contains the pattern; `complete` is set if a terminator follows it.
@@ -167,7 +167,7 @@ bool CSerialPort::Close() {
 
 void CSerialPort::ApplySettings() {
   if (!IsOpen()) return;
-  const int dataBits = GetDataBits();
+  const int data_bits = GetDataBits();
   const std::lock_guard lock(m_Mutex);
   const bool dsr = (m_nFlowControl & 1) != 0;
   const bool cts = (m_nFlowControl & 2) != 0;
@@ -175,7 +175,7 @@ void CSerialPort::ApplySettings() {
   m_DCB.DCBlength = sizeof m_DCB;
   GetCommState(m_hPort, &m_DCB);
   m_DCB.BaudRate = static_cast<DWORD>(m_nBaudRate);
-  m_DCB.ByteSize = static_cast<BYTE>(dataBits);
+  m_DCB.ByteSize = static_cast<BYTE>(data_bits);
   m_DCB.Parity = static_cast<BYTE>(m_nParity);
   m_DCB.StopBits = m_nStopBits;
   m_DCB.fBinary = 1;
@@ -221,34 +221,34 @@ bool CSerialPort::Write(char c) {
   return Write(&c, 1);
 }
 
-bool CSerialPort::Write(const void* pData, int nLength) {
-  if (!IsOpen() || nLength < 0) return false;
+bool CSerialPort::Write(const void* bytes, int length) {
+  if (!IsOpen() || length < 0) return false;
   DWORD written = 0;
-  WriteFile(m_hPort, pData, static_cast<DWORD>(nLength), &written);
-  return written == static_cast<DWORD>(nLength);
+  WriteFile(m_hPort, bytes, static_cast<DWORD>(length), &written);
+  return written == static_cast<DWORD>(length);
 }
 
 // Later reads return at once with what is available, or wait this long for a first byte.
-void CSerialPort::SetReadTimeouts(DWORD msFirstByte) {
-  const COMMTIMEOUTS timeouts{MAXDWORD, MAXDWORD, msFirstByte, 0, 0};
+void CSerialPort::SetReadTimeouts(DWORD ms_first_byte) {
+  const COMMTIMEOUTS timeouts{MAXDWORD, MAXDWORD, ms_first_byte, 0, 0};
   SetCommTimeouts(m_hPort, &timeouts);
 }
 
-int CSerialPort::ReadSome(char* pData, int nMax) {
+int CSerialPort::ReadSome(char* bytes, int max) {
   DWORD count = 0;
-  ReadFile(m_hPort, pData, static_cast<DWORD>(nMax), &count);
+  ReadFile(m_hPort, bytes, static_cast<DWORD>(max), &count);
   return static_cast<int>(count);
 }
 
-bool CSerialPort::Read(CString& text, bool& bCancel) {
+bool CSerialPort::Read(CString& text, bool& cancel) {
   std::vector<BYTE> bytes;
-  if (!ReadBytes(bytes, bCancel)) return false;
+  if (!ReadBytes(bytes, cancel)) return false;
   text = TextOf(reinterpret_cast<const char*>(bytes.data()), static_cast<int>(bytes.size()));
   return true;
 }
 
-bool CSerialPort::ReadBytes(std::vector<BYTE>& bytes, bool& bCancel) {
-  if (bCancel) return false;
+bool CSerialPort::ReadBytes(std::vector<BYTE>& bytes, bool& cancel) {
+  if (cancel) return false;
   bytes.assign(1 + kReadMax, 0);
   char* data = reinterpret_cast<char*>(bytes.data());
   SetReadTimeouts(static_cast<DWORD>(m_nTimeout.Get()));
@@ -261,23 +261,23 @@ bool CSerialPort::ReadBytes(std::vector<BYTE>& bytes, bool& bCancel) {
   return count > 0;
 }
 
-bool CSerialPort::ReadByte(char* pByte) {
+bool CSerialPort::ReadByte(char* byte) {
   SetReadTimeouts(kFollowTime);
-  return ReadSome(pByte, 1) == 1;
+  return ReadSome(byte, 1) == 1;
 }
 
-bool CSerialPort::ReadBlock(void* pData, int nMax, int* pRead, bool& bCancel) {
-  *pRead = 0;
-  if (bCancel) return false;
-  if (nMax <= 0) return nMax == 0;
+bool CSerialPort::ReadBlock(void* bytes, int max, int* read, bool& cancel) {
+  *read = 0;
+  if (cancel) return false;
+  if (max <= 0) return max == 0;
   constexpr DWORD kTimePerByte = 10;
   const auto timeout = static_cast<DWORD>(m_nTimeout.Get());
   const COMMTIMEOUTS timeouts{timeout, kTimePerByte, timeout, 0, 0};
   SetCommTimeouts(m_hPort, &timeouts);
-  auto* data = static_cast<char*>(pData);
+  auto* data = static_cast<char*>(bytes);
   int count = ReadSome(data, 1);
-  if (count > 0 && nMax > 1) count += ReadSome(data + 1, nMax - 1);
-  *pRead = count;
+  if (count > 0 && max > 1) count += ReadSome(data + 1, max - 1);
+  *read = count;
   return count > 0;
 }
 
@@ -317,14 +317,14 @@ int CSerialPort::ReadFirstByte(char c, DWORD ms) {
   return first;
 }
 
-bool CSerialPort::ReadUntilAny(CString& text, bool& bCancel, CString terminators) {
+bool CSerialPort::ReadUntilAny(CString& text, bool& cancel, CString terminators) {
   constexpr DWORD kNextByteTime = 100;
   text.Empty();
   const auto timeout = static_cast<DWORD>(m_nTimeout.Get());
   SetReadTimeouts(timeout);
   CTicks ticks;
   const DWORD start = ticks.GetTicks();
-  for (bool first = true; !bCancel;) {
+  for (bool first = true; !cancel;) {
     if (!first && ticks.GetTicks() - start > timeout + kNextByteTime) return false;
     char byte = 0;
     if (ReadSome(&byte, 1) != 1) {
@@ -339,11 +339,11 @@ bool CSerialPort::ReadUntilAny(CString& text, bool& bCancel, CString terminators
   return false;
 }
 
-bool CSerialPort::ReadReply(CString& text, bool& bCancel, CString terminators, CString pattern,
-                            CString altPattern) {
-  if (pattern.IsEmpty()) return ReadUntilAny(text, bCancel, terminators);
+bool CSerialPort::ReadReply(CString& text, bool& cancel, CString terminators, CString pattern,
+                            CString alt_pattern) {
+  if (pattern.IsEmpty()) return ReadUntilAny(text, cancel, terminators);
   text.Empty();
-  if (bCancel) return false;
+  if (cancel) return false;
   constexpr int kPiece = 409;
   constexpr DWORD kGrace = 500;
   char piece[kPiece];
@@ -360,7 +360,7 @@ bool CSerialPort::ReadReply(CString& text, bool& bCancel, CString terminators, C
     text += TextOf(piece, count);
     bool complete = false;
     const bool main = HoldsReply(text, pattern, terminators, complete);
-    const bool other = HoldsReply(text, altPattern, terminators, complete);
+    const bool other = HoldsReply(text, alt_pattern, terminators, complete);
     if (complete || ticks.GetTicks() - start > timeout + kGrace) return main || other;
   }
 }

@@ -13,9 +13,9 @@ DWORD CTicks::GetTicks() {
   return Continue(GetTickCount());
 }
 
-DWORD CTicks::Continue(DWORD nTick) {
-  if ((m_nLast > kWrap || nTick > kWrap) && nTick - m_nLast > kHour) nTick -= kWrap;
-  const bool bWrapped = nTick < m_nLast && nTick + kWrap - m_nLast < kHour;
-  m_nLast = nTick;
-  return bWrapped ? nTick + kWrap : nTick;
+DWORD CTicks::Continue(DWORD tick) {
+  if ((m_nLast > kWrap || tick > kWrap) && tick - m_nLast > kHour) tick -= kWrap;
+  const bool wrapped = tick < m_nLast && tick + kWrap - m_nLast < kHour;
+  m_nLast = tick;
+  return wrapped ? tick + kWrap : tick;
 }

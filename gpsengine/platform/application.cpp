@@ -127,8 +127,8 @@ CWinApp::~CWinApp() {
   g_pApp.compare_exchange_strong(self, nullptr);
 }
 
-void CWinApp::SetMainWnd(const CWnd* pWnd) {
-  g_hMainWnd = pWnd == nullptr ? nullptr : pWnd->GetSafeHwnd();
+void CWinApp::SetMainWnd(const CWnd* wnd) {
+  g_hMainWnd = wnd == nullptr ? nullptr : wnd->GetSafeHwnd();
 }
 
 HWND CWinApp::GetMainWnd() const {
@@ -145,24 +145,24 @@ CString CWinApp::GetProfilePath() const {
   return m_strProfilePath;
 }
 
-int CWinApp::GetProfileInt(const CString& section, const CString& entry, int nDefault) {
+int CWinApp::GetProfileInt(const CString& section, const CString& entry, int the_default) {
   const std::lock_guard lock(g_ProfileMutex);
-  return Profile(m_strProfilePath).GetNumber(section.ToUtf8(), entry.ToUtf8()).value_or(nDefault);
+  return Profile(m_strProfilePath).GetNumber(section.ToUtf8(), entry.ToUtf8()).value_or(the_default);
 }
 
-bool CWinApp::WriteProfileInt(const CString& section, const CString& entry, int nValue) {
-  return WriteProfileString(section, entry, std::to_string(nValue).c_str());
+bool CWinApp::WriteProfileInt(const CString& section, const CString& entry, int value) {
+  return WriteProfileString(section, entry, std::to_string(value).c_str());
 }
 
-CString CWinApp::GetProfileString(const CString& section, const CString& entry, const CString& strDefault) {
+CString CWinApp::GetProfileString(const CString& section, const CString& entry, const CString& the_default) {
   const std::lock_guard lock(g_ProfileMutex);
   const Profile profile(m_strProfilePath);
   const auto text = profile.Get(section.ToUtf8(), entry.ToUtf8());
-  return text ? CString::FromUtf8(*text) : strDefault;
+  return text ? CString::FromUtf8(*text) : the_default;
 }
 
-bool CWinApp::WriteProfileString(const CString& section, const CString& entry, const CString& strValue) {
-  const std::string value = strValue.ToUtf8();
+bool CWinApp::WriteProfileString(const CString& section, const CString& entry, const CString& text) {
+  const std::string value = text.ToUtf8();
   if (value.find_first_of("\r\n") != value.npos) return false;
   const std::lock_guard lock(g_ProfileMutex);
   Profile profile(m_strProfilePath);

@@ -38,12 +38,12 @@ bool Clock::Wait(WaitKind, DWORD ms, const std::function<bool(DWORD)>& block) {
 
 Clock& CurrentClock() {
   // Never destroyed: a thread may still be waiting during static destruction.
-  static auto* const pReal = new Clock;
-  return t_pClock == nullptr ? *pReal : *t_pClock;
+  static auto* const real = new Clock;
+  return t_pClock == nullptr ? *real : *t_pClock;
 }
 
-Clock* SetClock(Clock* pClock) {
-  return std::exchange(t_pClock, pClock);
+Clock* SetClock(Clock* clock) {
+  return std::exchange(t_pClock, clock);
 }
 
 bool IsStopping() {
@@ -70,6 +70,6 @@ CTime CTime::GetCurrentTime() {
   return CTime(CurrentClock().UnixSeconds());
 }
 
-std::tm* CTime::GetLocalTm(std::tm* pTm) const {
-  return LocalTime(m_nSeconds, pTm);
+std::tm* CTime::GetLocalTm(std::tm* tm) const {
+  return LocalTime(m_nSeconds, tm);
 }

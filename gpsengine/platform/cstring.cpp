@@ -1,11 +1,9 @@
 #include "gpsengine/platform/cstring.h"
 
 #include <algorithm>
-#include <atomic>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <new>
 
 #include "gpsengine/platform/textscan.h"
 
@@ -19,116 +17,86 @@ int Length(const WCHAR* psz) {
   return psz == nullptr ? 0 : static_cast<int>(std::u16string_view(psz).size());
 }
 
-void CopyText(WCHAR* pTo, const WCHAR* pFrom, int nLength) {
-  if (nLength > 0) std::memcpy(pTo, pFrom, static_cast<std::size_t>(nLength) * sizeof(WCHAR));
+void CopyText(WCHAR* to, const WCHAR* from, int length) {
+  if (length > 0) std::memcpy(to, from, static_cast<std::size_t>(length) * sizeof(WCHAR));
 }
 
 }  // namespace
-
-// Head of a block on the heap; the text stands right behind it.
-struct CString::Shared {
-  std::atomic<int> nUsers{1};
-  int nCapacity;
-
-  explicit Shared(int capacity) : nCapacity(capacity) {}
-  WCHAR* Text() { return reinterpret_cast<WCHAR*>(this + 1); }
-
-  static Shared* Make(int nCapacity) {
-    const std::size_t bytes = sizeof(Shared) + (static_cast<std::size_t>(nCapacity) + 1) * sizeof(WCHAR);
-    return new (::operator new(bytes)) Shared(nCapacity);
-  }
-};
 
 CString::CString(const char* psz) : CString(psz, psz == nullptr ? 0 : static_cast<int>(std::strlen(psz))) {}
 
 CString::CString(const WCHAR* psz) : CString(psz, Length(psz)) {}
 
-CString::CString(const char* p, int nLength) : CString() {
-  if (p == nullptr || nLength <= 0) return;
-  WCHAR* text = GetBuffer(nLength);
-  textscan::Widen(p, nLength, text);
-  ReleaseBuffer(nLength);
+CString::CString(const char* p, int length) : CString() {
+  if (p == nullptr || length <= 0) return;
+  WCHAR* text = GetBuffer(length);
+  textscan::Widen(p, length, text);
+  ReleaseBuffer(length);
 }
 
-CString::CString(const WCHAR* p, int nLength) : CString() {
-  Append(p, nLength);
+CString::CString(const WCHAR* p, int length) : CString() {
+  Append(p, length);
 }
 
-CString::CString(WCHAR c, int nRepeat) : CString() {
-  if (nRepeat <= 0) return;
-  std::fill_n(GetBuffer(nRepeat), nRepeat, c);
-  ReleaseBuffer(nRepeat);
+CString::CString(WCHAR c, int repeat) : CString() {
+  if (repeat <= 0) return;
+  std::fill_n(GetBuffer(repeat), repeat, c);
+  ReleaseBuffer(repeat);
 }
 
-const WCHAR* CString::SharedText() const noexcept {
-  return m_Store.pShared->Text();
-}
-
-void CString::CopyFrom(const CString& other) noexcept {
-  m_nLength = other.m_nLength;
-  m_bShared = other.m_bShared;
-  if (m_bShared) {
-    m_Store.pShared = other.m_Store.pShared;
-    m_Store.pShared->nUsers.fetch_add(1, std::memory_order_relaxed);
+void CString::CopyFrom(const CString& other) {
+  if (other.IsLong()) {
+    Append(other.m_Store.pLong, other.m_nLength);
   } else {
-    CopyText(m_Store.szInPlace, other.m_Store.szInPlace, m_nLength + 1);
+    CopyText(m_Store.szInPlace, other.m_Store.szInPlace, other.m_nLength + 1);
+    m_nLength = other.m_nLength;
   }
 }
 
 void CString::TakeFrom(CString& other) noexcept {
   m_nLength = other.m_nLength;
-  m_bShared = other.m_bShared;
-  if (m_bShared) {
-    m_Store.pShared = other.m_Store.pShared;
+  m_nCapacity = other.m_nCapacity;
+  if (IsLong()) {
+    m_Store.pLong = other.m_Store.pLong;
   } else {
     CopyText(m_Store.szInPlace, other.m_Store.szInPlace, m_nLength + 1);
   }
-  other.m_bShared = false;
+  other.m_nCapacity = kInPlace;
   other.m_nLength = 0;
   other.m_Store.szInPlace[0] = 0;
 }
 
-void CString::ReleaseShared() noexcept {
-  Shared* block = m_Store.pShared;
-  m_bShared = false;
-  if (block->nUsers.fetch_sub(1, std::memory_order_acq_rel) != 1) return;
-  block->~Shared();
-  ::operator delete(block);
-}
-
 void CString::Empty() noexcept {
   Release();
+  m_nCapacity = kInPlace;
   m_nLength = 0;
   m_Store.szInPlace[0] = 0;
 }
 
-void CString::SetAt(int nIndex, WCHAR c) {
-  if (nIndex < 0 || nIndex >= m_nLength) return;
+void CString::SetAt(int at, WCHAR c) {
+  if (at < 0 || at >= m_nLength) return;
   const int length = m_nLength;
-  GetBuffer(length)[nIndex] = c;
+  GetBuffer(length)[at] = c;
   ReleaseBuffer(length);
 }
 
-WCHAR* CString::GetBuffer(int nMinLength) {
-  const int needed = std::max(nMinLength, m_nLength);
-  if (!m_bShared && needed <= kInPlace) return m_Store.szInPlace;
-  if (m_bShared && needed <= m_Store.pShared->nCapacity &&
-      m_Store.pShared->nUsers.load(std::memory_order_acquire) == 1)
-    return m_Store.pShared->Text();
+WCHAR* CString::GetBuffer(int least) {
+  const int needed = std::max(least, m_nLength);
+  if (needed <= m_nCapacity) return IsLong() ? m_Store.pLong : m_Store.szInPlace;
   // Half as much again, so that a text that grows by appending is copied a few times only.
-  Shared* block = Shared::Make(needed + needed / 2);
-  CopyText(block->Text(), GetString(), m_nLength + 1);
+  const int capacity = needed + needed / 2;
+  auto* const text = new WCHAR[static_cast<std::size_t>(capacity) + 1];
+  CopyText(text, GetString(), m_nLength + 1);
   Release();
-  m_Store.pShared = block;
-  m_bShared = true;
-  return block->Text();
+  m_Store.pLong = text;
+  m_nCapacity = capacity;
+  return text;
 }
 
-void CString::ReleaseBuffer(int nNewLength) {
-  WCHAR* text = m_bShared ? m_Store.pShared->Text() : m_Store.szInPlace;
-  const int capacity = m_bShared ? m_Store.pShared->nCapacity : kInPlace;
-  text[capacity] = 0;
-  m_nLength = nNewLength < 0 ? Length(text) : std::min(nNewLength, capacity);
+void CString::ReleaseBuffer(int new_length) {
+  WCHAR* text = IsLong() ? m_Store.pLong : m_Store.szInPlace;
+  text[m_nCapacity] = 0;
+  m_nLength = new_length < 0 ? Length(text) : std::min(new_length, m_nCapacity);
   text[m_nLength] = 0;
 }
 
@@ -137,45 +105,45 @@ void CString::AssignLong(std::u16string_view text) {
   Append(text.data(), static_cast<int>(text.size()));
 }
 
-CString& CString::Append(const WCHAR* p, int nLength) {
-  if (p == nullptr || nLength <= 0) return *this;
-  const int oldLength = m_nLength;
-  if (p >= GetString() && p <= GetString() + oldLength) {
+CString& CString::Append(const WCHAR* p, int length) {
+  if (p == nullptr || length <= 0) return *this;
+  const int old_length = m_nLength;
+  if (p >= GetString() && p <= GetString() + old_length) {
     const CString own(*this);  // keeps the text that is appended to itself
     const auto offset = p - GetString();
-    CopyText(GetBuffer(oldLength + nLength) + oldLength, own.GetString() + offset, nLength);
+    CopyText(GetBuffer(old_length + length) + old_length, own.GetString() + offset, length);
   } else {
-    CopyText(GetBuffer(oldLength + nLength) + oldLength, p, nLength);
+    CopyText(GetBuffer(old_length + length) + old_length, p, length);
   }
-  ReleaseBuffer(oldLength + nLength);
+  ReleaseBuffer(old_length + length);
   return *this;
 }
 
-CString CString::Left(int nCount) const {
-  return Mid(0, nCount);
+CString CString::Left(int wanted) const {
+  return Mid(0, wanted);
 }
 
-CString CString::Right(int nCount) const {
-  const int count = std::clamp(nCount, 0, m_nLength);
+CString CString::Right(int wanted) const {
+  const int count = std::clamp(wanted, 0, m_nLength);
   return Mid(m_nLength - count, count);
 }
 
-CString CString::Mid(int nFirst, int nCount) const {
-  const int first = std::clamp(nFirst, 0, m_nLength);
-  const int count = std::clamp(nCount, 0, m_nLength - first);
+CString CString::Mid(int from, int wanted) const {
+  const int first = std::clamp(from, 0, m_nLength);
+  const int count = std::clamp(wanted, 0, m_nLength - first);
   if (count == m_nLength) return *this;
   return CString(GetString() + first, count);
 }
 
-int CString::Find(WCHAR c, int nStart) const noexcept {
-  if (nStart < 0) return -1;
-  const auto index = View().find(c, static_cast<std::size_t>(nStart));
+int CString::Find(WCHAR c, int start) const noexcept {
+  if (start < 0) return -1;
+  const auto index = View().find(c, static_cast<std::size_t>(start));
   return index == std::u16string_view::npos ? -1 : static_cast<int>(index);
 }
 
-int CString::Find(const CString& text, int nStart) const noexcept {
-  if (nStart < 0) return -1;
-  const auto index = View().find(text.View(), static_cast<std::size_t>(nStart));
+int CString::Find(const CString& text, int start) const noexcept {
+  if (start < 0) return -1;
+  const auto index = View().find(text.View(), static_cast<std::size_t>(start));
   return index == std::u16string_view::npos ? -1 : static_cast<int>(index);
 }
 
@@ -198,8 +166,8 @@ void CString::MakeUpper() {
   ReleaseBuffer(length);
 }
 
-int CString::Insert(int nIndex, const CString& text) {
-  const int index = std::clamp(nIndex, 0, m_nLength);
+int CString::Insert(int at, const CString& text) {
+  const int index = std::clamp(at, 0, m_nLength);
   *this = Left(index) + text + Mid(index);
   return m_nLength;
 }
@@ -212,15 +180,15 @@ int CString::Remove(WCHAR c) {
   return length - kept;
 }
 
-int CString::Replace(const CString& oldText, const CString& newText) {
-  if (oldText.IsEmpty()) return 0;
+int CString::Replace(const CString& old_text, const CString& new_text) {
+  if (old_text.IsEmpty()) return 0;
   int count = 0;
   int from = 0;
   CString result;
-  for (int at = Find(oldText); at >= 0; at = Find(oldText, from)) {
+  for (int at = Find(old_text); at >= 0; at = Find(old_text, from)) {
     result.Append(GetString() + from, at - from);
-    result += newText;
-    from = at + oldText.m_nLength;
+    result += new_text;
+    from = at + old_text.m_nLength;
     ++count;
   }
   if (count == 0) return 0;
@@ -241,9 +209,11 @@ int CString::CompareNoCase(const CString& other) const noexcept {
 
 bool CString::ToBytes(std::string& bytes) const {
   const auto text = View();
-  if (!textscan::IsNarrow(text)) return false;
+  unsigned all = 0;
+  for (const WCHAR c : text) all |= c;
+  if (all > 0xFF) return false;
   bytes.resize(text.size());
-  textscan::Narrow(text, bytes.data());
+  std::transform(text.begin(), text.end(), bytes.begin(), [](WCHAR c) { return static_cast<char>(c); });
   return true;
 }
 
@@ -340,8 +310,8 @@ Conversion TakeConversion(std::string_view& format) {
   return conversion;
 }
 
-std::string Print(const Conversion& conversion, const char* pszLength, auto value) {
-  const std::string format = '%' + std::string(conversion.options) + pszLength + conversion.letter;
+std::string Print(const Conversion& conversion, const char* width, auto value) {
+  const std::string format = '%' + std::string(conversion.options) + width + conversion.letter;
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wformat-nonliteral"
   const int length = std::snprintf(nullptr, 0, format.c_str(), value);

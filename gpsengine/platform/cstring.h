@@ -91,21 +91,20 @@ Argument MakeArgument(const T& value);
 
 }  // namespace textformat
 
-/// Text of 16-bit characters. Copies are cheap: up to kInPlace characters are stored in the object itself,
-/// longer text is shared between copies until one of them changes. An index or count out of range is clamped.
-/// 8-bit text is widened byte by byte, unsigned, so bytes from the wire keep their value. One object belongs
-/// to one thread at a time; copies of it may go to others.
+/// Text of 16-bit characters, of which up to kInPlace are stored in the object itself. An index or count out
+/// of range is clamped. 8-bit text is widened byte by byte, unsigned, so bytes from the wire keep their
+/// value. One object belongs to one thread at a time; copies of it may go to others.
 class CString {
  public:
   /// Long enough for any NMEA sentence, so that sentences need no heap allocation.
   static constexpr int kInPlace = 119;
 
   /// An empty text.
-  CString() noexcept : m_nLength(0), m_bShared(false) { m_Store.szInPlace[0] = 0; }
-  /// A copy shares long text with its source.
+  CString() noexcept : m_nLength(0), m_nCapacity(kInPlace) { m_Store.szInPlace[0] = 0; }
+  /// A copy of the characters, or the source's own, which is empty then.
   ///@{
-  CString(const CString& other) noexcept : m_nLength(0), m_bShared(false) { CopyFrom(other); }
-  CString(CString&& other) noexcept : m_nLength(0), m_bShared(false) { TakeFrom(other); }
+  CString(const CString& other) : CString() { CopyFrom(other); }
+  CString(CString&& other) noexcept : m_nLength(0), m_nCapacity(kInPlace) { TakeFrom(other); }
   ///@}
   CString(const char* psz);   ///< Null gives an empty text.
   CString(const WCHAR* psz);  ///< Null gives an empty text.
@@ -120,11 +119,11 @@ class CString {
   explicit CString(WCHAR c, int nRepeat = 1);
   ~CString() { Release(); }
 
-  /// Shares long text, as a copy does.
+  /// As the constructors do.
   ///@{
-  CString& operator=(const CString& other) noexcept {
+  CString& operator=(const CString& other) {
     if (this != &other) {
-      Release();
+      Empty();
       CopyFrom(other);
     }
     return *this;
@@ -146,7 +145,7 @@ class CString {
   /// Clears the text and frees the memory of a long one.
   void Empty() noexcept;
   /// The characters with a terminating zero; valid until the text changes.
-  const WCHAR* GetString() const noexcept { return m_bShared ? SharedText() : m_Store.szInPlace; }
+  const WCHAR* GetString() const noexcept { return IsLong() ? m_Store.pLong : m_Store.szInPlace; }
   /// The characters; valid until the text changes.
   std::u16string_view View() const noexcept { return {GetString(), static_cast<std::size_t>(m_nLength)}; }
   /// One character; 0 for an index out of range.
@@ -166,7 +165,7 @@ class CString {
 
   /// Replaces the text. The argument must not alias this text.
   void Assign(std::u16string_view text) {
-    if (m_bShared || text.size() > kInPlace) {
+    if (IsLong() || text.size() > kInPlace) {
       AssignLong(text);
       return;
     }
@@ -240,23 +239,20 @@ class CString {
   static CString FromUtf8(std::string_view text);  ///< A malformed sequence becomes U+FFFD.
 
  private:
-  struct Shared;
-
-  const WCHAR* SharedText() const noexcept;
   void AssignLong(std::u16string_view text);
-  void CopyFrom(const CString& other) noexcept;
+  void CopyFrom(const CString& other);
   void TakeFrom(CString& other) noexcept;
+  bool IsLong() const noexcept { return m_nCapacity > kInPlace; }
   void Release() noexcept {
-    if (m_bShared) ReleaseShared();
+    if (IsLong()) delete[] m_Store.pLong;
   }
-  void ReleaseShared() noexcept;
   void FormatArguments(std::string_view format, std::span<const textformat::Argument> arguments);
 
   int m_nLength;
-  bool m_bShared;
+  int m_nCapacity;  // kInPlace, or more on the heap
   union {
     WCHAR szInPlace[kInPlace + 1];
-    Shared* pShared;
+    WCHAR* pLong;
   } m_Store;
 };
 

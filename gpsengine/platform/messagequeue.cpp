@@ -35,15 +35,15 @@ bool MessageQueue::HasAny() {
   return !m_Posted.empty() || !m_Sent.empty() || m_bQuit;
 }
 
-void MessageQueue::SetWaiter(Waiter* pWaiter) {
+void MessageQueue::SetWaiter(Waiter* waiter) {
   const std::lock_guard lock(m_Mutex);
-  m_pWaiter = pWaiter;
+  m_pWaiter = waiter;
 }
 
 // Wakes the queue's thread after a message was added. Releases the lock.
-void MessageQueue::Announce(bool wasEmpty, std::unique_lock<std::mutex>& lock) {
+void MessageQueue::Announce(bool was_empty, std::unique_lock<std::mutex>& lock) {
   // Only if the queue was empty: one system call per burst instead of per message.
-  if (wasEmpty && m_WakeUp) m_WakeUp->Set();
+  if (was_empty && m_WakeUp) m_WakeUp->Set();
   const bool wake = m_pWaiter != nullptr;
   lock.unlock();
   if (!wake) return;
@@ -58,9 +58,9 @@ bool MessageQueue::Post(const MSG& message) {
     m_nLost.fetch_add(1, std::memory_order_relaxed);
     return false;
   }
-  const bool wasEmpty = m_Posted.empty() && m_Sent.empty();
+  const bool was_empty = m_Posted.empty() && m_Sent.empty();
   m_Posted.push_back(message);
-  Announce(wasEmpty, lock);
+  Announce(was_empty, lock);
   return true;
 }
 
@@ -68,9 +68,9 @@ LRESULT MessageQueue::SendAndWait(const MSG& message) {
   SentMessage sent{message, 0, false, {}};
   std::unique_lock lock(m_Mutex);
   if (m_bClosed) return 0;
-  const bool wasEmpty = m_Posted.empty() && m_Sent.empty();
+  const bool was_empty = m_Posted.empty() && m_Sent.empty();
   m_Sent.push_back(&sent);
-  Announce(wasEmpty, lock);
+  Announce(was_empty, lock);
   lock.lock();
   sent.done.wait(lock, [&sent] { return sent.bDone; });
   return sent.result;
@@ -115,16 +115,16 @@ bool MessageQueue::Take(MSG& message, bool remove) {
   return true;
 }
 
-void MessageQueue::Forget(HWND hWnd) {
+void MessageQueue::Forget(HWND wnd) {
   std::deque<MSG> forgotten;
   {
     const std::lock_guard lock(m_Mutex);
     const auto kept = std::stable_partition(m_Posted.begin(), m_Posted.end(),
-                                            [hWnd](const MSG& message) { return message.hwnd != hWnd; });
+                                            [wnd](const MSG& message) { return message.hwnd != wnd; });
     forgotten.assign(kept, m_Posted.end());
     m_Posted.erase(kept, m_Posted.end());
-    std::erase_if(m_Sent, [hWnd](SentMessage* sent) {
-      if (sent->message.hwnd != hWnd) return false;
+    std::erase_if(m_Sent, [wnd](SentMessage* sent) {
+      if (sent->message.hwnd != wnd) return false;
       sent->bDone = true;
       sent->done.notify_one();
       return true;

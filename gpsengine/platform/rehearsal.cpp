@@ -50,7 +50,7 @@ class CRehearsal::Line : public SerialLine {
     m_pState->dcb = dcb;
     return true;
   }
-  int Read(void* pData, int nMax, DWORD ms) override {
+  int Read(void* data, int max, DWORD ms) override {
     CurrentClock().Wait(WaitKind::line, ms, [this](DWORD) {
       const std::lock_guard lock(m_pState->mutex);
       m_pState->Arrive();
@@ -58,16 +58,16 @@ class CRehearsal::Line : public SerialLine {
     });
     const std::lock_guard lock(m_pState->mutex);
     std::string& input = m_pState->input;
-    const auto count = std::min(static_cast<std::size_t>(std::max(nMax, 0)), input.size());
-    std::copy_n(input.begin(), count, static_cast<char*>(pData));
+    const auto count = std::min(static_cast<std::size_t>(std::max(max, 0)), input.size());
+    std::copy_n(input.begin(), count, static_cast<char*>(data));
     input.erase(0, count);
     return static_cast<int>(count);
   }
-  int Write(const void* pData, int nLength, DWORD) override {
+  int Write(const void* data, int length, DWORD) override {
     std::unique_lock lock(m_pState->mutex);
-    const int count = m_pState->nWriteLimit < 0 ? nLength : std::min(nLength, m_pState->nWriteLimit);
+    const int count = m_pState->nWriteLimit < 0 ? length : std::min(length, m_pState->nWriteLimit);
     const Step step{StepKind::write,
-                    std::string(static_cast<const char*>(pData), static_cast<std::size_t>(count)), 0};
+                    std::string(static_cast<const char*>(data), static_cast<std::size_t>(count)), 0};
     m_pState->steps.push_back(step);
     const auto handler = m_pState->handler;
     lock.unlock();
@@ -95,13 +95,13 @@ class CRehearsal::Line : public SerialLine {
   std::shared_ptr<State> m_pState;
 };
 
-CRehearsal::CRehearsal(int nPort, bool bPortOpens)
-    : m_nPort(nPort),
-      m_LineBefore(MapComPort(nPort, SerialLineFactory())),
+CRehearsal::CRehearsal(int port, bool port_opens)
+    : m_nPort(port),
+      m_LineBefore(MapComPort(port, SerialLineFactory())),
       m_pClockBefore(SetClock(this)),
       m_pState(std::make_shared<State>()) {
-  MapComPort(nPort, [state = m_pState, bPortOpens]() -> std::unique_ptr<SerialLine> {
-    if (bPortOpens) return std::make_unique<Line>(state);
+  MapComPort(port, [state = m_pState, port_opens]() -> std::unique_ptr<SerialLine> {
+    if (port_opens) return std::make_unique<Line>(state);
     SetLastError(ENODEV);
     return nullptr;
   });
@@ -190,21 +190,21 @@ std::string CRehearsal::Describe(const Step& step) {
   return {};
 }
 
-void CRehearsal::Feed(std::string_view bytes, DWORD msFromNow) {
+void CRehearsal::Feed(std::string_view bytes, DWORD ms_from_now) {
   const std::lock_guard lock(m_pState->mutex);
   auto& arrivals = m_pState->arrivals;
-  const std::uint64_t time = m_pState->nNow + msFromNow;
+  const std::uint64_t time = m_pState->nNow + ms_from_now;
   const auto behind = std::find_if(arrivals.begin(), arrivals.end(),
                                    [time](const State::Arrival& arrival) { return arrival.nTime > time; });
   arrivals.insert(behind, {time, std::string(bytes)});
 }
 
-void CRehearsal::SetLineErrors(DWORD nErrors) {
-  m_pState->nErrors = nErrors;
+void CRehearsal::SetLineErrors(DWORD errors) {
+  m_pState->nErrors = errors;
 }
 
-void CRehearsal::LimitWrites(int nBytes) {
-  m_pState->nWriteLimit = nBytes;
+void CRehearsal::LimitWrites(int bytes) {
+  m_pState->nWriteLimit = bytes;
 }
 
 void CRehearsal::StopAfter(DWORD ms) {

@@ -38,18 +38,18 @@ constexpr DialogTemplate kDialogs[] = {
 
 }  // namespace
 
-int LoadStringW(UINT nId, WCHAR* pBuffer, int nBuffer) {
+int LoadStringW(UINT id, WCHAR* buffer, int size) {
   const auto entry = std::find_if(std::begin(kStrings), std::end(kStrings),
-                                  [&](const StringResource& resource) { return resource.nId == nId; });
-  if (entry == std::end(kStrings) || pBuffer == nullptr || nBuffer < 1) return 0;
-  const int length = std::min(static_cast<int>(entry->text.size()), nBuffer - 1);
-  std::copy_n(entry->text.data(), length, pBuffer);
-  pBuffer[length] = 0;
+                                  [&](const StringResource& resource) { return resource.nId == id; });
+  if (entry == std::end(kStrings) || buffer == nullptr || size < 1) return 0;
+  const int length = std::min(static_cast<int>(entry->text.size()), size - 1);
+  std::copy_n(entry->text.data(), length, buffer);
+  buffer[length] = 0;
   return length;
 }
 
-const DialogTemplate* FindDialogTemplate(UINT nId) {
+const DialogTemplate* FindDialogTemplate(UINT id) {
   const auto entry = std::find_if(std::begin(kDialogs), std::end(kDialogs),
-                                  [&](const DialogTemplate& dialog) { return dialog.nId == nId; });
+                                  [&](const DialogTemplate& dialog) { return dialog.nId == id; });
   return entry == std::end(kDialogs) ? nullptr : &*entry;
 }

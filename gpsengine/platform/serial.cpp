@@ -57,15 +57,15 @@ int PortNumber(const CString& name) {
   return error == std::errc() && end == digits.data() + digits.size() ? number : -1;
 }
 
-std::unique_ptr<SerialLine> OpenNumber(int nPort) {
+std::unique_ptr<SerialLine> OpenNumber(int port) {
   SerialLineFactory factory;
-  if (nPort > 0) {
+  if (port > 0) {
     PortMap& ports = Ports();
     const std::lock_guard lock(ports.mutex);
-    if (const auto line = ports.lines.find(nPort); line != ports.lines.end()) factory = line->second;
+    if (const auto line = ports.lines.find(port); line != ports.lines.end()) factory = line->second;
   }
   if (factory) return factory();
-  const CString device = nPort > 0 ? GetComPortDevice(nPort) : CString();
+  const CString device = port > 0 ? GetComPortDevice(port) : CString();
   if (device.IsEmpty()) {
     SetLastError(ENODEV);
     return nullptr;
@@ -73,23 +73,23 @@ std::unique_ptr<SerialLine> OpenNumber(int nPort) {
   return OpenSerialDevice(device);
 }
 
-DWORD Sum(DWORD nConstant, DWORD nMultiplier, DWORD nCount) {
-  const std::uint64_t total = nConstant + static_cast<std::uint64_t>(nMultiplier) * nCount;
+DWORD Sum(DWORD constant, DWORD multiplier, DWORD wanted) {
+  const std::uint64_t total = constant + static_cast<std::uint64_t>(multiplier) * wanted;
   return static_cast<DWORD>(std::min<std::uint64_t>(total, MAXDWORD - 1));
 }
 
 // Reads until the count is reached, the line pauses, or the time is up.
-int ReadBlock(SerialLine& line, char* pData, int nCount, const COMMTIMEOUTS& timeouts) {
+int ReadBlock(SerialLine& line, char* data, int wanted, const COMMTIMEOUTS& timeouts) {
   const DWORD total =
-      Sum(timeouts.ReadTotalTimeoutConstant, timeouts.ReadTotalTimeoutMultiplier, static_cast<DWORD>(nCount));
+      Sum(timeouts.ReadTotalTimeoutConstant, timeouts.ReadTotalTimeoutMultiplier, static_cast<DWORD>(wanted));
   const std::uint64_t start = CurrentClock().Milliseconds();
   int count = 0;
-  while (count < nCount) {
+  while (count < wanted) {
     const std::uint64_t passed = CurrentClock().Milliseconds() - start;
     if (passed >= total) break;
     auto limit = static_cast<DWORD>(total - passed);
     if (count > 0 && timeouts.ReadIntervalTimeout > 0) limit = std::min(limit, timeouts.ReadIntervalTimeout);
-    const int more = line.Read(pData + count, nCount - count, limit);
+    const int more = line.Read(data + count, wanted - count, limit);
     if (more <= 0) break;
     count += more;
   }
@@ -98,105 +98,105 @@ int ReadBlock(SerialLine& line, char* pData, int nCount, const COMMTIMEOUTS& tim
 
 }  // namespace
 
-void MapComPort(int nPort, const CString& device) {
+void MapComPort(int port, const CString& device) {
   PortMap& ports = Ports();
   const std::lock_guard lock(ports.mutex);
-  ports.lines.erase(nPort);
-  ports.devices[nPort] = device;
+  ports.lines.erase(port);
+  ports.devices[port] = device;
 }
 
-SerialLineFactory MapComPort(int nPort, SerialLineFactory factory) {
+SerialLineFactory MapComPort(int port, SerialLineFactory factory) {
   PortMap& ports = Ports();
   const std::lock_guard lock(ports.mutex);
-  return std::exchange(ports.lines[nPort], std::move(factory));
+  return std::exchange(ports.lines[port], std::move(factory));
 }
 
-CString GetComPortDevice(int nPort) {
+CString GetComPortDevice(int port) {
   PortMap& ports = Ports();
   const std::lock_guard lock(ports.mutex);
-  if (const auto line = ports.lines.find(nPort); line != ports.lines.end() && line->second) return {};
-  if (const auto device = ports.devices.find(nPort); device != ports.devices.end()) return device->second;
-  return nPort > 0 ? CString::FromUtf8(StandardPort(nPort)) : CString();
+  if (const auto line = ports.lines.find(port); line != ports.lines.end() && line->second) return {};
+  if (const auto device = ports.devices.find(port); device != ports.devices.end()) return device->second;
+  return port > 0 ? CString::FromUtf8(StandardPort(port)) : CString();
 }
 
-HANDLE CreateFileW(const WCHAR* pszName, DWORD, DWORD, DWORD, DWORD) {
-  auto line = OpenNumber(PortNumber(CString(pszName)));
+HANDLE CreateFileW(const WCHAR* name, DWORD, DWORD, DWORD, DWORD) {
+  auto line = OpenNumber(PortNumber(CString(name)));
   if (line == nullptr) return INVALID_HANDLE_VALUE;
   return AddHandle(std::make_shared<OpenPort>(std::move(line)));
 }
 
-bool GetCommState(HANDLE hPort, DCB* pDcb) {
-  const auto port = FindObject<OpenPort>(hPort);
-  return port && port->Line().GetState(*pDcb);
+bool GetCommState(HANDLE handle, DCB* dcb) {
+  const auto port = FindObject<OpenPort>(handle);
+  return port && port->Line().GetState(*dcb);
 }
 
-bool SetCommState(HANDLE hPort, const DCB* pDcb) {
-  const auto port = FindObject<OpenPort>(hPort);
-  return port && port->Line().SetState(*pDcb);
+bool SetCommState(HANDLE handle, const DCB* dcb) {
+  const auto port = FindObject<OpenPort>(handle);
+  return port && port->Line().SetState(*dcb);
 }
 
-bool SetCommMask(HANDLE hPort, DWORD) {
-  return FindObject<OpenPort>(hPort) != nullptr;
+bool SetCommMask(HANDLE handle, DWORD) {
+  return FindObject<OpenPort>(handle) != nullptr;
 }
 
-bool SetupComm(HANDLE hPort, DWORD, DWORD) {
-  return FindObject<OpenPort>(hPort) != nullptr;
+bool SetupComm(HANDLE handle, DWORD, DWORD) {
+  return FindObject<OpenPort>(handle) != nullptr;
 }
 
-bool PurgeComm(HANDLE hPort, DWORD nFlags) {
-  const auto port = FindObject<OpenPort>(hPort);
-  return port && ((nFlags & PURGE_RXCLEAR) == 0 || port->Line().PurgeInput());
+bool PurgeComm(HANDLE handle, DWORD flags) {
+  const auto port = FindObject<OpenPort>(handle);
+  return port && ((flags & PURGE_RXCLEAR) == 0 || port->Line().PurgeInput());
 }
 
-bool SetCommTimeouts(HANDLE hPort, const COMMTIMEOUTS* pTimeouts) {
-  const auto port = FindObject<OpenPort>(hPort);
-  if (port) port->SetTimeouts(*pTimeouts);
+bool SetCommTimeouts(HANDLE handle, const COMMTIMEOUTS* timeouts) {
+  const auto port = FindObject<OpenPort>(handle);
+  if (port) port->SetTimeouts(*timeouts);
   return port != nullptr;
 }
 
-bool ClearCommError(HANDLE hPort, DWORD* pErrors, COMSTAT* pStat) {
-  const auto port = FindObject<OpenPort>(hPort);
+bool ClearCommError(HANDLE handle, DWORD* errors, COMSTAT* stat) {
+  const auto port = FindObject<OpenPort>(handle);
   if (!port) return false;
-  pStat->cbInQue = static_cast<DWORD>(port->Line().BytesWaiting(*pErrors));
+  stat->cbInQue = static_cast<DWORD>(port->Line().BytesWaiting(*errors));
   return true;
 }
 
-bool SetCommBreak(HANDLE hPort) {
-  const auto port = FindObject<OpenPort>(hPort);
+bool SetCommBreak(HANDLE handle) {
+  const auto port = FindObject<OpenPort>(handle);
   return port && port->Line().SetBreak(true);
 }
 
-bool ClearCommBreak(HANDLE hPort) {
-  const auto port = FindObject<OpenPort>(hPort);
+bool ClearCommBreak(HANDLE handle) {
+  const auto port = FindObject<OpenPort>(handle);
   return port && port->Line().SetBreak(false);
 }
 
-bool ReadFile(HANDLE hPort, void* pData, DWORD nCount, DWORD* pRead) {
-  *pRead = 0;
-  const auto port = FindObject<OpenPort>(hPort);
+bool ReadFile(HANDLE handle, void* data, DWORD wanted, DWORD* got) {
+  *got = 0;
+  const auto port = FindObject<OpenPort>(handle);
   if (!port) return false;
   const COMMTIMEOUTS timeouts = port->Timeouts();
-  const int count = static_cast<int>(nCount);
-  const bool atOnce =
+  const int count = static_cast<int>(wanted);
+  const bool at_once =
       timeouts.ReadIntervalTimeout == MAXDWORD && timeouts.ReadTotalTimeoutMultiplier == MAXDWORD;
-  const int read = atOnce ? port->Line().Read(pData, count, timeouts.ReadTotalTimeoutConstant)
-                          : ReadBlock(port->Line(), static_cast<char*>(pData), count, timeouts);
+  const int read = at_once ? port->Line().Read(data, count, timeouts.ReadTotalTimeoutConstant)
+                           : ReadBlock(port->Line(), static_cast<char*>(data), count, timeouts);
   // A host's line may report a failure by a negative count.
-  *pRead = static_cast<DWORD>(std::max(read, 0));
+  *got = static_cast<DWORD>(std::max(read, 0));
   return true;
 }
 
-bool CancelRead(HANDLE hPort) {
-  const auto port = FindObject<OpenPort>(hPort);
+bool CancelRead(HANDLE handle) {
+  const auto port = FindObject<OpenPort>(handle);
   if (port) port->Line().WakeReader();
   return port != nullptr;
 }
 
-bool WriteFile(HANDLE hPort, const void* pData, DWORD nCount, DWORD* pWritten) {
-  *pWritten = 0;
-  const auto port = FindObject<OpenPort>(hPort);
+bool WriteFile(HANDLE handle, const void* data, DWORD wanted, DWORD* sent) {
+  *sent = 0;
+  const auto port = FindObject<OpenPort>(handle);
   if (!port) return false;
-  const int written = port->Line().Write(pData, static_cast<int>(nCount), kWriteLimit);
-  *pWritten = static_cast<DWORD>(std::max(written, 0));
-  return *pWritten == nCount;
+  const int written = port->Line().Write(data, static_cast<int>(wanted), kWriteLimit);
+  *sent = static_cast<DWORD>(std::max(written, 0));
+  return *sent == wanted;
 }

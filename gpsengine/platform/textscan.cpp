@@ -22,30 +22,39 @@ int SumUpToSlowly(std::u16string_view text, WCHAR end, unsigned& sum) {
   return -1;
 }
 
-bool IsNarrowSlowly(std::u16string_view text) {
-  return std::all_of(text.begin(), text.end(), [](WCHAR c) { return c <= 0xFF; });
+int AheadOfZero(const char* from, int count) {
+  const void* zero = std::memchr(from, 0, static_cast<std::size_t>(count));
+  return zero == nullptr ? count : static_cast<int>(static_cast<const char*>(zero) - from);
 }
 
-void NarrowSlowly(std::u16string_view text, char* pTo) {
-  std::transform(text.begin(), text.end(), pTo, [](WCHAR c) { return static_cast<char>(c); });
+const char* FindFar(const char* from, const char* end, char c) {
+  return static_cast<const char*>(std::memchr(from, c, static_cast<std::size_t>(end - from)));
 }
 
-int AheadOfZero(const char* pBytes, int nCount) {
-  const void* zero = std::memchr(pBytes, 0, static_cast<std::size_t>(nCount));
-  return zero == nullptr ? nCount : static_cast<int>(static_cast<const char*>(zero) - pBytes);
-}
-
-const char* FindFar(const char* pBytes, const char* pEnd, char c) {
-  return static_cast<const char*>(std::memchr(pBytes, c, static_cast<std::size_t>(pEnd - pBytes)));
-}
-
-const char* FindAnySlowly(const char* pBytes, const char* pEnd, char a, char b, char c) {
-  const char* found =
-      std::find_if(pBytes, pEnd, [=](char each) { return each == a || each == b || each == c; });
-  return found == pEnd ? nullptr : found;
+const char* FindAnySlowly(const char* from, const char* end, char a, char b, char c) {
+  const char* found = std::find_if(from, end, [=](char each) { return each == a || each == b || each == c; });
+  return found == end ? nullptr : found;
 }
 
 }  // namespace
+
+// All four digits at once, without a branch on how many there are: numbers of one to three digits follow each
+// other in a satellite sentence, and no processor can foresee their lengths.
+bool ReadShortNumber(std::u16string_view number, const WCHAR* end, int& value) {
+  if constexpr (std::endian::native != std::endian::little) return false;
+  constexpr std::size_t kDigits = 4;
+  const std::size_t length = number.size();
+  if (length - 1 >= kDigits || end - number.data() < static_cast<std::ptrdiff_t>(kDigits)) return false;
+  std::uint64_t lanes = 0;
+  std::memcpy(&lanes, number.data(), sizeof lanes);
+  // The last digit into the uppermost lane; what stands behind the number is shifted out.
+  lanes = (lanes ^ 0x0030003000300030) << (16 * (kDigits - length));
+  constexpr std::uint64_t kAboveNine = 0x7FF67FF67FF67FF6;  // carries a lane above 9 into its top bit
+  if (((lanes + kAboveNine) & 0x8000800080008000) != 0 || (lanes & 0x8000800080008000) != 0) return false;
+  constexpr std::uint64_t kWeights = 1 | 10ULL << 16 | 100ULL << 32 | 1000ULL << 48;
+  value = static_cast<int>(lanes * kWeights >> 48);
+  return true;
+}
 
 #ifdef __SSE2__
 
@@ -99,22 +108,22 @@ unsigned FoldXor(__m128i sums) {
 std::uint64_t MatchBits(std::u16string_view text, WCHAR a, WCHAR b) {
   const int length = static_cast<int>(std::min<std::size_t>(text.size(), kBlock));
   const WCHAR* p = text.data();
-  const __m128i allA = All(a);
-  const __m128i allB = All(b);
-  const auto hitsAt = [&](int i) {
+  const __m128i all_a = All(a);
+  const __m128i all_b = All(b);
+  const auto hits_at = [&](int i) {
     const __m128i characters = Load(p + i);
-    return _mm_or_si128(_mm_cmpeq_epi16(characters, allA), _mm_cmpeq_epi16(characters, allB));
+    return _mm_or_si128(_mm_cmpeq_epi16(characters, all_a), _mm_cmpeq_epi16(characters, all_b));
   };
-  const auto bitsAt = [&](int i) {
-    return static_cast<std::uint64_t>(BitsOfTwo(hitsAt(i), hitsAt(i + kStep))) << i;
+  const auto bits_at = [&](int i) {
+    return static_cast<std::uint64_t>(BitsOfTwo(hits_at(i), hits_at(i + kStep))) << i;
   };
   std::uint64_t bits = 0;
   if (length < kTwoSteps) {
     for (int i = 0; i < length; ++i) bits |= static_cast<std::uint64_t>(p[i] == a || p[i] == b) << i;
     return bits;
   }
-  for (int i = 0; i + kTwoSteps <= length; i += kTwoSteps) bits |= bitsAt(i);
-  return bits | bitsAt(length - kTwoSteps);
+  for (int i = 0; i + kTwoSteps <= length; i += kTwoSteps) bits |= bits_at(i);
+  return bits | bits_at(length - kTwoSteps);
 }
 
 bool Contains(std::u16string_view text, WCHAR c) {
@@ -122,12 +131,12 @@ bool Contains(std::u16string_view text, WCHAR c) {
   const WCHAR* p = text.data();
   if (length < kTwoSteps) return text.find(c) != std::u16string_view::npos;
   const __m128i all = All(c);
-  const auto hitsAt = [&](int i) {
+  const auto hits_at = [&](int i) {
     return _mm_or_si128(_mm_cmpeq_epi16(Load(p + i), all), _mm_cmpeq_epi16(Load(p + i + kStep), all));
   };
   __m128i hits = _mm_setzero_si128();
-  for (int i = 0; i + kTwoSteps <= length; i += kTwoSteps) hits = _mm_or_si128(hits, hitsAt(i));
-  return _mm_movemask_epi8(_mm_or_si128(hits, hitsAt(length - kTwoSteps))) != 0;
+  for (int i = 0; i + kTwoSteps <= length; i += kTwoSteps) hits = _mm_or_si128(hits, hits_at(i));
+  return _mm_movemask_epi8(_mm_or_si128(hits, hits_at(length - kTwoSteps))) != 0;
 }
 
 int SumUpTo(std::u16string_view text, WCHAR end, unsigned& sum) {
@@ -136,7 +145,7 @@ int SumUpTo(std::u16string_view text, WCHAR end, unsigned& sum) {
   if (length < kTwoSteps) return SumUpToSlowly(text, end, sum);
   const __m128i all = All(end);
   __m128i sums = _mm_setzero_si128();
-  const auto hitsAt = [&](int i) {
+  const auto hits_at = [&](int i) {
     return BitsOfTwo(_mm_cmpeq_epi16(Load(p + i), all), _mm_cmpeq_epi16(Load(p + i + kStep), all));
   };
   // Of the two registers from `i` on, adds what stands from one place on and ahead of another.
@@ -150,13 +159,13 @@ int SumUpTo(std::u16string_view text, WCHAR end, unsigned& sum) {
   };
   int i = 0;
   unsigned bits = 0;
-  for (; i + kTwoSteps <= length && (bits = hitsAt(i)) == 0; i += kTwoSteps)
+  for (; i + kTwoSteps <= length && (bits = hits_at(i)) == 0; i += kTwoSteps)
     sums = _mm_xor_si128(sums, _mm_xor_si128(Load(p + i), Load(p + i + kStep)));
   int from = 0;
   if (bits == 0 && i < length) {
     from = i + kTwoSteps - length;
     i = length - kTwoSteps;
-    bits = hitsAt(i) >> from << from;
+    bits = hits_at(i) >> from << from;
     if (bits == 0) add(i, from, kTwoSteps);
   }
   const int to = std::countr_zero(bits);
@@ -168,99 +177,62 @@ int SumUpTo(std::u16string_view text, WCHAR end, unsigned& sum) {
 namespace {
 
 // Widens, and gives a register whose set bytes tell that there was a zero byte.
-__m128i WidenBytes(const char* pBytes, int nCount, WCHAR* pTo) {
+__m128i WidenBytes(const char* from, int count, WCHAR* to) {
   const __m128i zero = _mm_setzero_si128();
   __m128i zeros = zero;
   const auto step = [&](int i) {
-    const __m128i bytes = LoadBytes(pBytes + i);
+    const __m128i bytes = LoadBytes(from + i);
     zeros = _mm_or_si128(zeros, _mm_cmpeq_epi8(bytes, zero));
-    _mm_storeu_si128(reinterpret_cast<__m128i*>(pTo + i), _mm_unpacklo_epi8(bytes, zero));
-    _mm_storeu_si128(reinterpret_cast<__m128i*>(pTo + i + kStep), _mm_unpackhi_epi8(bytes, zero));
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(to + i), _mm_unpacklo_epi8(bytes, zero));
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(to + i + kStep), _mm_unpackhi_epi8(bytes, zero));
   };
-  if (nCount < kBytes) {
-    for (int i = 0; i < nCount; ++i) {
-      pTo[i] = static_cast<unsigned char>(pBytes[i]);
-      if (pBytes[i] == 0) zeros = _mm_cmpeq_epi8(zero, zero);
+  if (count < kBytes) {
+    for (int i = 0; i < count; ++i) {
+      to[i] = static_cast<unsigned char>(from[i]);
+      if (from[i] == 0) zeros = _mm_cmpeq_epi8(zero, zero);
     }
     return zeros;
   }
-  for (int i = 0; i + kBytes <= nCount; i += kBytes) step(i);
-  step(nCount - kBytes);
+  for (int i = 0; i + kBytes <= count; i += kBytes) step(i);
+  step(count - kBytes);
   return zeros;
 }
 
 }  // namespace
 
-void Widen(const char* pBytes, int nCount, WCHAR* pTo) {
-  WidenBytes(pBytes, nCount, pTo);
+void Widen(const char* from, int count, WCHAR* to) {
+  WidenBytes(from, count, to);
 }
 
-bool IsNarrow(std::u16string_view text) {
-  const int length = static_cast<int>(text.size());
-  const WCHAR* p = text.data();
-  if (length < kStep) return IsNarrowSlowly(text);
-  __m128i all = _mm_setzero_si128();
-  for (int i = 0; i + kStep <= length; i += kStep) all = _mm_or_si128(all, Load(p + i));
-  all = _mm_or_si128(all, Load(p + length - kStep));
-  return ByteBits(_mm_cmpeq_epi8(_mm_srli_epi16(all, 8), _mm_setzero_si128())) == 0xFFFF;
+int WidenText(const char* from, int count, WCHAR* to) {
+  const bool zero = _mm_movemask_epi8(WidenBytes(from, count, to)) != 0;
+  return zero ? AheadOfZero(from, count) : count;
 }
 
-void Narrow(std::u16string_view text, char* pTo) {
-  const int length = static_cast<int>(text.size());
-  const WCHAR* p = text.data();
-  const auto step = [&](int i) {
-    _mm_storeu_si128(reinterpret_cast<__m128i*>(pTo + i), _mm_packus_epi16(Load(p + i), Load(p + i + kStep)));
-  };
-  if (length < kTwoSteps) return NarrowSlowly(text, pTo);
-  for (int i = 0; i + kTwoSteps <= length; i += kTwoSteps) step(i);
-  step(length - kTwoSteps);
-}
-
-int WidenText(const char* pBytes, int nCount, WCHAR* pTo) {
-  const bool zero = _mm_movemask_epi8(WidenBytes(pBytes, nCount, pTo)) != 0;
-  return zero ? AheadOfZero(pBytes, nCount) : nCount;
-}
-
-const char* FindNear(const char* pBytes, const char* pEnd, char c) {
+const char* FindNear(const char* from, const char* end, char c) {
   constexpr std::ptrdiff_t kNear = 8 * kBytes;
   const __m128i all = _mm_set1_epi8(c);
-  const char* p = pBytes;
-  for (; pEnd - p >= kBytes && p - pBytes < kNear; p += kBytes) {
+  const char* p = from;
+  for (; end - p >= kBytes && p - from < kNear; p += kBytes) {
     if (const unsigned bits = ByteBits(_mm_cmpeq_epi8(LoadBytes(p), all)); bits != 0)
       return p + std::countr_zero(bits);
   }
-  return FindFar(p, pEnd, c);
+  return FindFar(p, end, c);
 }
 
-const char* FindAny(const char* pBytes, const char* pEnd, char a, char b, char c) {
-  const __m128i allA = _mm_set1_epi8(a);
-  const __m128i allB = _mm_set1_epi8(b);
-  const __m128i allC = _mm_set1_epi8(c);
-  const char* p = pBytes;
-  for (; pEnd - p >= kBytes; p += kBytes) {
+const char* FindAny(const char* from, const char* end, char a, char b, char c) {
+  const __m128i all_a = _mm_set1_epi8(a);
+  const __m128i all_b = _mm_set1_epi8(b);
+  const __m128i all_c = _mm_set1_epi8(c);
+  const char* p = from;
+  for (; end - p >= kBytes; p += kBytes) {
     const __m128i bytes = LoadBytes(p);
-    const __m128i hits = _mm_or_si128(_mm_or_si128(_mm_cmpeq_epi8(bytes, allA), _mm_cmpeq_epi8(bytes, allB)),
-                                      _mm_cmpeq_epi8(bytes, allC));
+    const __m128i hits =
+        _mm_or_si128(_mm_or_si128(_mm_cmpeq_epi8(bytes, all_a), _mm_cmpeq_epi8(bytes, all_b)),
+                     _mm_cmpeq_epi8(bytes, all_c));
     if (const unsigned bits = ByteBits(hits); bits != 0) return p + std::countr_zero(bits);
   }
-  return FindAnySlowly(p, pEnd, a, b, c);
-}
-
-// All four digits at once, without a branch on how many there are: numbers of one to three digits follow each
-// other in a satellite sentence, and no processor can foresee their lengths.
-bool ReadShortNumber(std::u16string_view number, const WCHAR* pEnd, int& value) {
-  constexpr std::size_t kDigits = 4;
-  const std::size_t length = number.size();
-  if (length - 1 >= kDigits || pEnd - number.data() < static_cast<std::ptrdiff_t>(kDigits)) return false;
-  std::uint64_t lanes = 0;
-  std::memcpy(&lanes, number.data(), sizeof lanes);
-  // The last digit into the uppermost lane; what stands behind the number is shifted out.
-  lanes = (lanes ^ 0x0030003000300030) << (16 * (kDigits - length));
-  constexpr std::uint64_t kAboveNine = 0x7FF67FF67FF67FF6;  // carries a lane above 9 into its top bit
-  if (((lanes + kAboveNine) & 0x8000800080008000) != 0 || (lanes & 0x8000800080008000) != 0) return false;
-  constexpr std::uint64_t kWeights = 1 | 10ULL << 16 | 100ULL << 32 | 1000ULL << 48;
-  value = static_cast<int>(lanes * kWeights >> 48);
-  return true;
+  return FindAnySlowly(p, end, a, b, c);
 }
 
 namespace {
@@ -279,13 +251,13 @@ __m128i LastBytes(int count) {
 // Sixteen digits, the highest in the first byte, to a number: neighbours join in pairs, fours and eights.
 std::uint64_t JoinDigits(__m128i digits) {
   const __m128i zero = _mm_setzero_si128();
-  const __m128i byTen = _mm_set1_epi32(10 | 1 << 16);
-  const __m128i byHundred = _mm_set1_epi32(100 | 1 << 16);
-  const __m128i byTenThousand = _mm_set1_epi32(10000 | 1 << 16);
-  const __m128i pairs = _mm_packs_epi32(_mm_madd_epi16(_mm_unpacklo_epi8(digits, zero), byTen),
-                                        _mm_madd_epi16(_mm_unpackhi_epi8(digits, zero), byTen));
-  const __m128i fours = _mm_madd_epi16(pairs, byHundred);
-  const __m128i eights = _mm_madd_epi16(_mm_packs_epi32(fours, fours), byTenThousand);
+  const __m128i by_ten = _mm_set1_epi32(10 | 1 << 16);
+  const __m128i by_hundred = _mm_set1_epi32(100 | 1 << 16);
+  const __m128i by_ten_thousand = _mm_set1_epi32(10000 | 1 << 16);
+  const __m128i pairs = _mm_packs_epi32(_mm_madd_epi16(_mm_unpacklo_epi8(digits, zero), by_ten),
+                                        _mm_madd_epi16(_mm_unpackhi_epi8(digits, zero), by_ten));
+  const __m128i fours = _mm_madd_epi16(pairs, by_hundred);
+  const __m128i eights = _mm_madd_epi16(_mm_packs_epi32(fours, fours), by_ten_thousand);
   const auto both = static_cast<std::uint64_t>(_mm_cvtsi128_si64(eights));
   return (both & 0xFFFFFFFF) * 100'000'000 + (both >> 32);
 }
@@ -294,26 +266,26 @@ std::uint64_t JoinDigits(__m128i digits) {
 
 // All characters at once, without a branch on where the point stands or how long the number is. The number
 // takes the last bytes of a register, so that its digits stand in their places.
-bool ReadShortDecimal(std::u16string_view number, const WCHAR* pStart, std::uint64_t& digits, int& fraction) {
+bool ReadShortDecimal(std::u16string_view number, const WCHAR* start, std::uint64_t& digits, int& fraction) {
   constexpr std::size_t kLongest = 16;
   const WCHAR* const end = number.data() + number.size();
-  if (number.size() - 1 >= kLongest || end - pStart < static_cast<std::ptrdiff_t>(kLongest)) return false;
+  if (number.size() - 1 >= kLongest || end - start < static_cast<std::ptrdiff_t>(kLongest)) return false;
   const int length = static_cast<int>(number.size());
   // A character beyond a byte becomes one that is neither digit nor point.
   const __m128i characters = _mm_packus_epi16(Load(end - 2 * kStep), Load(end - kStep));
   const __m128i values = _mm_sub_epi8(characters, _mm_set1_epi8('0'));
-  const __m128i isDigit = _mm_cmpeq_epi8(_mm_min_epu8(values, _mm_set1_epi8(9)), values);
-  const __m128i isPoint = _mm_cmpeq_epi8(characters, _mm_set1_epi8('.'));
+  const __m128i is_digit = _mm_cmpeq_epi8(_mm_min_epu8(values, _mm_set1_epi8(9)), values);
+  const __m128i is_point = _mm_cmpeq_epi8(characters, _mm_set1_epi8('.'));
   const unsigned all = 0xFFFF & 0xFFFF << (kLongest - number.size());
-  const unsigned digitBits = all & static_cast<unsigned>(_mm_movemask_epi8(isDigit));
-  const unsigned pointBits = all & static_cast<unsigned>(_mm_movemask_epi8(isPoint));
-  if ((digitBits | pointBits) != all || (pointBits & (pointBits - 1)) != 0) return false;
-  if (digitBits == 0 || digitBits == 0xFFFF) return false;  // none, or one too many for a double
+  const unsigned digit_bits = all & static_cast<unsigned>(_mm_movemask_epi8(is_digit));
+  const unsigned point_bits = all & static_cast<unsigned>(_mm_movemask_epi8(is_point));
+  if ((digit_bits | point_bits) != all || (point_bits & (point_bits - 1)) != 0) return false;
+  if (digit_bits == 0 || digit_bits == 0xFFFF) return false;  // none, or one too many for a double
   __m128i own = _mm_and_si128(values, LastBytes(length));
   fraction = 0;
-  if (pointBits != 0) {
+  if (point_bits != 0) {
     // The digits ahead of the point move up by one, over the point.
-    fraction = static_cast<int>(kLongest) - 1 - std::countr_zero(pointBits);
+    fraction = static_cast<int>(kLongest) - 1 - std::countr_zero(point_bits);
     const __m128i behind = LastBytes(fraction);
     own = _mm_or_si128(_mm_and_si128(behind, own), _mm_andnot_si128(behind, _mm_slli_si128(own, 1)));
   }
@@ -322,10 +294,6 @@ bool ReadShortDecimal(std::u16string_view number, const WCHAR* pStart, std::uint
 }
 
 #else
-
-bool ReadShortNumber(std::u16string_view, const WCHAR*, int&) {
-  return false;
-}
 
 bool ReadShortDecimal(std::u16string_view, const WCHAR*, std::uint64_t&, int&) {
   return false;
@@ -346,29 +314,21 @@ int SumUpTo(std::u16string_view text, WCHAR end, unsigned& sum) {
   return SumUpToSlowly(text, end, sum);
 }
 
-void Widen(const char* pBytes, int nCount, WCHAR* pTo) {
-  for (int i = 0; i < nCount; ++i) pTo[i] = static_cast<unsigned char>(pBytes[i]);
+void Widen(const char* from, int count, WCHAR* to) {
+  for (int i = 0; i < count; ++i) to[i] = static_cast<unsigned char>(from[i]);
 }
 
-bool IsNarrow(std::u16string_view text) {
-  return IsNarrowSlowly(text);
+int WidenText(const char* from, int count, WCHAR* to) {
+  Widen(from, count, to);
+  return AheadOfZero(from, count);
 }
 
-void Narrow(std::u16string_view text, char* pTo) {
-  NarrowSlowly(text, pTo);
+const char* FindNear(const char* from, const char* end, char c) {
+  return FindFar(from, end, c);
 }
 
-int WidenText(const char* pBytes, int nCount, WCHAR* pTo) {
-  Widen(pBytes, nCount, pTo);
-  return AheadOfZero(pBytes, nCount);
-}
-
-const char* FindNear(const char* pBytes, const char* pEnd, char c) {
-  return FindFar(pBytes, pEnd, c);
-}
-
-const char* FindAny(const char* pBytes, const char* pEnd, char a, char b, char c) {
-  return FindAnySlowly(pBytes, pEnd, a, b, c);
+const char* FindAny(const char* from, const char* end, char a, char b, char c) {
+  return FindAnySlowly(from, end, a, b, c);
 }
 
 #endif

@@ -29,12 +29,6 @@ void Widen(const char* pBytes, int nCount, WCHAR* pTo);
 /// The same, and gives how many of them stand ahead of the first zero byte.
 int WidenText(const char* pBytes, int nCount, WCHAR* pTo);
 
-/// Whether no character is above 255.
-bool IsNarrow(std::u16string_view text);
-
-/// Narrows characters that are not above 255.
-void Narrow(std::u16string_view text, char* pTo);
-
 /// The first `c` of some bytes, or null: for one that is likely to be near.
 const char* FindNear(const char* pBytes, const char* pEnd, char c);
 

@@ -24,11 +24,11 @@ class Thread : public CWinThread {
 
 }  // namespace
 
-std::unique_ptr<CWinThread> AfxBeginThread(AFX_THREADPROC pfn, void* pParam, int nPriority) {
+std::unique_ptr<CWinThread> AfxBeginThread(AFX_THREADPROC pfn, void* param, int priority) {
   try {
     return std::make_unique<Thread>(std::thread([=] {
-      if (nPriority > THREAD_PRIORITY_NORMAL) RaisePriority(nPriority);
-      pfn(pParam);
+      if (priority > THREAD_PRIORITY_NORMAL) RaisePriority(priority);
+      pfn(param);
     }));
   } catch (const std::system_error&) {
     return nullptr;

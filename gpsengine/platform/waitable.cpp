@@ -51,8 +51,8 @@ class Event : public KernelObject {
   void Consume() {
     if (!m_bManual) m_bSignalled = false;
   }
-  void Add(Waiter* pWaiter) { m_Waiters.push_back(pWaiter); }
-  void Remove(Waiter* pWaiter) { m_Waiters.erase(std::find(m_Waiters.begin(), m_Waiters.end(), pWaiter)); }
+  void Add(Waiter* waiter) { m_Waiters.push_back(waiter); }
+  void Remove(Waiter* waiter) { m_Waiters.erase(std::find(m_Waiters.begin(), m_Waiters.end(), waiter)); }
 
  private:
   void Wake() {
@@ -120,10 +120,10 @@ class WaitOperation {
   DWORD m_nResult = WAIT_TIMEOUT;
 };
 
-DWORD WaitFor(DWORD nCount, const HANDLE* pHandles, DWORD ms, bool messages) {
+DWORD WaitFor(DWORD count, const HANDLE* handles, DWORD ms, bool messages) {
   std::vector<std::shared_ptr<Event>> events;
-  for (DWORD i = 0; i < nCount; ++i) {
-    events.push_back(FindObject<Event>(pHandles[i]));
+  for (DWORD i = 0; i < count; ++i) {
+    events.push_back(FindObject<Event>(handles[i]));
     if (!events.back()) return WAIT_FAILED;
   }
   auto queue = messages ? MessageQueue::OfThisThread() : nullptr;
@@ -137,11 +137,11 @@ DWORD WaitFor(DWORD nCount, const HANDLE* pHandles, DWORD ms, bool messages) {
 
 }  // namespace
 
-HANDLE AddHandle(std::shared_ptr<KernelObject> pObject) {
+HANDLE AddHandle(std::shared_ptr<KernelObject> object) {
   HandleTable& table = Handles();
   const std::lock_guard lock(table.mutex);
   const auto handle = reinterpret_cast<HANDLE>(table.nNext++);
-  table.objects.emplace(handle, std::move(pObject));
+  table.objects.emplace(handle, std::move(object));
   return handle;
 }
 
@@ -169,30 +169,30 @@ bool CloseHandle(HANDLE handle) {
   return true;
 }
 
-HANDLE CreateEventW(bool bManualReset, bool bInitialState) {
-  return AddHandle(std::make_shared<Event>(bManualReset, bInitialState));
+HANDLE CreateEventW(bool manual_reset, bool initial_state) {
+  return AddHandle(std::make_shared<Event>(manual_reset, initial_state));
 }
 
-bool SetEvent(HANDLE hEvent) {
-  const auto event = FindObject<Event>(hEvent);
+bool SetEvent(HANDLE handle) {
+  const auto event = FindObject<Event>(handle);
   if (event) event->Set();
   return event != nullptr;
 }
 
-bool ResetEvent(HANDLE hEvent) {
-  const auto event = FindObject<Event>(hEvent);
+bool ResetEvent(HANDLE handle) {
+  const auto event = FindObject<Event>(handle);
   if (event) event->Reset();
   return event != nullptr;
 }
 
-DWORD WaitForSingleObject(HANDLE hEvent, DWORD ms) {
-  return WaitFor(1, &hEvent, ms, false);
+DWORD WaitForSingleObject(HANDLE handle, DWORD ms) {
+  return WaitFor(1, &handle, ms, false);
 }
 
-DWORD WaitForMultipleObjects(DWORD nCount, const HANDLE* pHandles, DWORD ms) {
-  return WaitFor(nCount, pHandles, ms, false);
+DWORD WaitForMultipleObjects(DWORD count, const HANDLE* handles, DWORD ms) {
+  return WaitFor(count, handles, ms, false);
 }
 
-DWORD MsgWaitForMultipleObjects(DWORD nCount, const HANDLE* pHandles, DWORD ms) {
-  return WaitFor(nCount, pHandles, ms, true);
+DWORD MsgWaitForMultipleObjects(DWORD count, const HANDLE* handles, DWORD ms) {
+  return WaitFor(count, handles, ms, true);
 }

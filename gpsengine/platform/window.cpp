@@ -30,23 +30,23 @@ WindowTable& Windows() {
 }
 
 // The entry of a window, or null. Call with the table locked.
-WindowEntry* FindEntry(WindowTable& table, HWND hWnd) {
+WindowEntry* FindEntry(WindowTable& table, HWND wnd) {
   const auto entry = std::find_if(table.windows.begin(), table.windows.end(),
-                                  [hWnd](const WindowEntry& each) { return each.hWnd == hWnd; });
+                                  [wnd](const WindowEntry& each) { return each.hWnd == wnd; });
   return entry == table.windows.end() ? nullptr : &*entry;
 }
 
-CWnd* FindWindow(HWND hWnd) {
+CWnd* FindWindow(HWND wnd) {
   WindowTable& table = Windows();
   const std::lock_guard lock(table.mutex);
-  const WindowEntry* const entry = FindEntry(table, hWnd);
+  const WindowEntry* const entry = FindEntry(table, wnd);
   return entry == nullptr ? nullptr : entry->pWindow;
 }
 
-std::shared_ptr<MessageQueue> FindQueue(HWND hWnd) {
+std::shared_ptr<MessageQueue> FindQueue(HWND wnd) {
   WindowTable& table = Windows();
   const std::lock_guard lock(table.mutex);
-  const WindowEntry* const entry = FindEntry(table, hWnd);
+  const WindowEntry* const entry = FindEntry(table, wnd);
   return entry == nullptr ? nullptr : entry->pQueue;
 }
 
@@ -105,19 +105,19 @@ const AFX_MSGMAP* CWnd::GetMessageMap() const {
   return GetThisMessageMap();
 }
 
-LRESULT CWnd::WindowProc(UINT message, WPARAM wParam, LPARAM lParam) {
+LRESULT CWnd::WindowProc(UINT message, WPARAM w_param, LPARAM l_param) {
   const AFX_MSGMAP* map = GetMessageMap();
   while (map != nullptr) {
     for (const AFX_MSGMAP_ENTRY* row = map->lpEntries; row->nMessage != 0; ++row) {
-      if (row->nMessage == message) return row->pfnHandle(*this, wParam, lParam);
+      if (row->nMessage == message) return row->pfnHandle(*this, w_param, l_param);
     }
     map = map->pfnGetBaseMap == nullptr ? nullptr : map->pfnGetBaseMap();
   }
   return 0;
 }
 
-bool IsWindow(HWND hWnd) {
-  return FindWindow(hWnd) != nullptr;
+bool IsWindow(HWND wnd) {
+  return FindWindow(wnd) != nullptr;
 }
 
 static bool Post(const MSG& posted) {
@@ -132,24 +132,24 @@ static bool Post(const MSG& posted) {
   return false;
 }
 
-bool PostMessageW(HWND hWnd, UINT message, WPARAM wParam, LPARAM lParam, MessageDisposer pfnDispose) {
-  return Post({hWnd, message, wParam, lParam, pfnDispose, nullptr});
+bool PostMessageW(HWND wnd, UINT message, WPARAM w_param, LPARAM l_param, MessageDisposer dispose) {
+  return Post({wnd, message, w_param, l_param, dispose, nullptr});
 }
 
-bool PostMessageW(HWND hWnd, UINT message, std::unique_ptr<MessageFreight> freight) {
-  return Post({hWnd, message, 0, 0, nullptr, freight.release()});
+bool PostMessageW(HWND wnd, UINT message, std::unique_ptr<MessageFreight> freight) {
+  return Post({wnd, message, 0, 0, nullptr, freight.release()});
 }
 
-LRESULT SendMessageW(HWND hWnd, UINT message, WPARAM wParam, LPARAM lParam) {
-  const MSG sent{hWnd, message, wParam, lParam, nullptr, nullptr};
-  const auto queue = FindQueue(hWnd);
+LRESULT SendMessageW(HWND wnd, UINT message, WPARAM w_param, LPARAM l_param) {
+  const MSG sent{wnd, message, w_param, l_param, nullptr, nullptr};
+  const auto queue = FindQueue(wnd);
   if (queue == nullptr) return 0;
   if (queue == MessageQueue::OfThisThread()) return Deliver(sent);
   return queue->SendAndWait(sent);
 }
 
-bool PeekMessageW(MSG* pMsg, UINT nRemove) {
-  return MessageQueue::OfThisThread()->Take(*pMsg, (nRemove & PM_REMOVE) != 0);
+bool PeekMessageW(MSG* msg, UINT remove) {
+  return MessageQueue::OfThisThread()->Take(*msg, (remove & PM_REMOVE) != 0);
 }
 
 LRESULT DispatchMessageW(const MSG& msg) {
@@ -160,10 +160,10 @@ void PostQuitMessage() {
   MessageQueue::OfThisThread()->PostQuit();
 }
 
-UINT RegisterWindowMessageW(const WCHAR* pszName) {
+UINT RegisterWindowMessageW(const WCHAR* name) {
   WindowTable& table = Windows();
   const std::lock_guard lock(table.mutex);
-  const auto [entry, added] = table.messages.try_emplace(pszName, table.nNextMessage);
+  const auto [entry, added] = table.messages.try_emplace(name, table.nNextMessage);
   if (added) ++table.nNextMessage;
   return entry->second;
 }

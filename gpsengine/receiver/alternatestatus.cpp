@@ -29,12 +29,12 @@ constexpr SignalName kSignalNames[] = {
 };
 
 CString StatusFile() {
-  WCHAR szPath[260];
-  const auto nLength = static_cast<int>(GetModuleFileNameW(szPath, static_cast<DWORD>(std::size(szPath))));
-  const CString executable(szPath, nLength);
+  WCHAR path[260];
+  const auto length = static_cast<int>(GetModuleFileNameW(path, static_cast<DWORD>(std::size(path))));
+  const CString executable(path, length);
   const auto separator = executable.View().rfind(kPathSeparator);
-  const bool bHasFolder = separator != std::u16string_view::npos;
-  return (bHasFolder ? executable.Left(static_cast<int>(separator) + 1) : executable) + "GPSStatus";
+  const bool has_folder = separator != std::u16string_view::npos;
+  return (has_folder ? executable.Left(static_cast<int>(separator) + 1) : executable) + "GPSStatus";
 }
 
 }  // namespace
@@ -45,22 +45,22 @@ void CGPSReceiver::LoadAlternatGPSStatusStrings() {
 
   CString line;
   while (file.ReadString(line)) {
-    const int nComma = line.Find(u',');
-    const CString key = line.Left(nComma);
-    CString value = line.Mid(nComma + 1);
+    const int comma = line.Find(u',');
+    const CString key = line.Left(comma);
+    CString value = line.Mid(comma + 1);
     for (const WCHAR c : {u'"', u' ', u'\t'}) value.Remove(c);
 
-    int nQuality = 0;
-    const bool bNumber = ParseInt(key.View(), &nQuality);
-    if (!bNumber && key.CompareNoCase("default") != 0) continue;
+    int quality = 0;
+    const bool number = ParseInt(key.View(), &quality);
+    if (!number && key.CompareNoCase("default") != 0) continue;
     m_bAlternateSignalTable = true;
     const auto name = std::find_if(
         std::begin(kSignalNames), std::end(kSignalNames),
         [&](const SignalName& candidate) { return value.CompareNoCase(candidate.pszName) == 0; });
     // A default has no number to stand under, and what the file does not name keeps its built-in meaning
     // anyway.
-    if (!bNumber || name == std::end(kSignalNames)) continue;
-    const RecordLock lock = LockRecord();
-    m_AlternateSignalTable[nQuality] = name->nType;
+    if (!number || name == std::end(kSignalNames)) continue;
+    const RecordLock state;
+    m_AlternateSignalTable[quality] = name->nType;
   }
 }

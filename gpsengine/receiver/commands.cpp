@@ -27,67 +27,67 @@ constexpr double kShortestRawInterval = 0.25;
 // Calls `write` for each command, up to a stop.
 template <class Write>
 void ForEach(CGPSDriver::Commands commands, Write write) {
-  std::optional<CNoStop> goesOn;
+  std::optional<CNoStop> goes_on;
   for (const CGPSCommand& command : commands) {
     if (IsStopping()) return;
-    if (command.then == CGPSCommand::Then::goOn) goesOn.emplace();
+    if (command.then == CGPSCommand::Then::goOn) goes_on.emplace();
     write(command);
-    if (command.then == CGPSCommand::Then::mayStop) goesOn.reset();
+    if (command.then == CGPSCommand::Then::mayStop) goes_on.reset();
   }
 }
 
 }  // namespace
 
-bool CGPSReceiver::EnablePostProcessing(bool bOn) {
+bool CGPSReceiver::EnablePostProcessing(bool on) {
   if (!m_Port.IsOpen()) return false;
   if (!HasRawData()) return true;
   // Half a set of raw messages is of no use, so that here a failed write ends the sequence.
-  for (const CGPSCommand& command : bOn ? kRawOn : kRawOff) {
+  for (const CGPSCommand& command : on ? kRawOn : kRawOff) {
     if (IsStopping() || !m_Port.Write(command.pszLine)) return false;
     Sleep(command.nWait);
   }
   return true;
 }
 
-bool CGPSReceiver::SetRawDataOutputInterval(double dInterval) {
-  m_dRawDataInterval = dInterval;
-  if (!HasRawData() || IsRtkReceiver() || !(dInterval >= kShortestRawInterval)) return false;
-  CString strLine;
-  strLine.Format("$PASHS,RCI,%-f\r\n", dInterval);
-  if (!std::isfinite(dInterval) || strLine.GetLength() > CSerialPort::kMaxText) return false;
-  Write(strLine, 200);
+bool CGPSReceiver::SetRawDataOutputInterval(double interval) {
+  m_dRawDataInterval = interval;
+  if (!HasRawData() || IsRtkReceiver() || !(interval >= kShortestRawInterval)) return false;
+  CString line;
+  line.Format("$PASHS,RCI,%-f\r\n", interval);
+  if (!std::isfinite(interval) || line.GetLength() > CSerialPort::kMaxText) return false;
+  Write(line, 200);
   return true;
 }
 
-void CGPSReceiver::Send(const CString& strCommand) {
+void CGPSReceiver::Send(const CString& command) {
   if (!m_Port.IsOpen()) return;
-  m_Port.Write(strCommand + "\r\n");
+  m_Port.Write(command + "\r\n");
 }
 
-bool CGPSReceiver::SendBinary(const unsigned char* pData, unsigned short nLength) {
-  if (pData == nullptr || nLength == 0) return false;
-  return m_Port.Write(pData, nLength);
+bool CGPSReceiver::SendBinary(const unsigned char* data, unsigned short length) {
+  if (data == nullptr || length == 0) return false;
+  return m_Port.Write(data, length);
 }
 
-bool CGPSReceiver::WriteAck(const CString& strCommand, bool bWait, int nTime) {
+bool CGPSReceiver::WriteAck(const CString& command, bool wait, int time) {
   if (IsStopping()) return false;
   const CWaitCursor cursor;
-  if (!bWait) {
-    if (!m_Port.Write(strCommand)) return false;
-    Sleep(static_cast<DWORD>(nTime));
+  if (!wait) {
+    if (!m_Port.Write(command)) return false;
+    Sleep(static_cast<DWORD>(time));
     return true;
   }
   CAck ack;  // armed before the write, so that no answer is too quick for it
-  return m_Port.Write(strCommand) && ack.Create() && ack.Wait(nTime);
+  return m_Port.Write(command) && ack.Create() && ack.Wait(time);
 }
 
-bool CGPSReceiver::WriteAck(CGPSDriver::Commands commands, bool bWait) {
-  bool bAllWritten = true;
+bool CGPSReceiver::WriteAck(CGPSDriver::Commands commands, bool wait) {
+  bool all_written = true;
   ForEach(commands, [&](const CGPSCommand& command) {
     if (*command.pszLine == '\0') return Sleep(command.nWait);
-    bAllWritten &= WriteAck(command.pszLine, bWait, static_cast<int>(command.nWait));
+    all_written &= WriteAck(command.pszLine, wait, static_cast<int>(command.nWait));
   });
-  return bAllWritten && !IsStopping();
+  return all_written && !IsStopping();
 }
 
 bool CGPSReceiver::Write(CGPSDriver::Commands commands) {
@@ -96,10 +96,10 @@ bool CGPSReceiver::Write(CGPSDriver::Commands commands) {
   return true;
 }
 
-bool CGPSReceiver::Write(const CString& strLine, DWORD nWait) {
+bool CGPSReceiver::Write(const CString& line, DWORD wait) {
   if (!m_Port.IsOpen() || IsStopping()) return false;
-  m_Port.Write(strLine);
-  if (nWait > 0) Sleep(nWait);
+  m_Port.Write(line);
+  if (wait > 0) Sleep(wait);
   return true;
 }
 
@@ -110,23 +110,23 @@ void CGPSReceiver::WriteRegardless(CGPSDriver::Commands commands) {
   });
 }
 
-void CGPSReceiver::SetBeacon(BEACON_MODE_TYPE mode, CString strFrequency, CString strBitRate) {
+void CGPSReceiver::SetBeacon(BEACON_MODE_TYPE mode, CString frequency, CString bit_rate) {
   if (GetDriver().queryBeacon.empty()) return;
   if (mode == BEACON_MODE_AUTO) {
     Write(kAutoBeacon);
     return;
   }
-  CString strLine;
-  strLine.Format("$GPMSK,%s,M,%s,%s,0\r\n", strFrequency, strBitRate, strBitRate.IsEmpty() ? "A" : "M");
-  Write(strLine, 200);
+  CString line;
+  line.Format("$GPMSK,%s,M,%s,%s,0\r\n", frequency, bit_rate, bit_rate.IsEmpty() ? "A" : "M");
+  Write(line, 200);
 }
 
-void CGPSReceiver::SetSatElevMask(int nDegrees) {
-  CString strDegrees;
-  strDegrees.Format("%d", nDegrees);
+void CGPSReceiver::SetSatElevMask(int mask) {
+  CString degrees;
+  degrees.Format("%d", mask);
   for (const CGPSCommand& command : GetDriver().setElevMask) {
-    CString strLine = command.pszLine;
-    strLine.Replace("#", strDegrees);
-    Write(strLine, command.nWait);
+    CString line = command.pszLine;
+    line.Replace("#", degrees);
+    Write(line, command.nWait);
   }
 }

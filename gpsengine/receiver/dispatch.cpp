@@ -3,7 +3,6 @@
 #include <utility>
 
 #include "gpsengine/platform/textscan.h"
-#include "gpsengine/receiver/gpsreceiver.h"
 #include "gpsengine/receiver/sentencetable.h"
 
 namespace {
@@ -25,9 +24,9 @@ int HexDigit(WCHAR c) {
 }
 
 // Reads at most four hexadecimal digits; none give 0.
-unsigned ReadHex(const WCHAR* p, const WCHAR* pEnd) {
+unsigned ReadHex(const WCHAR* p, const WCHAR* end) {
   unsigned value = 0;
-  const WCHAR* const last = pEnd - p > 4 ? p + 4 : pEnd;
+  const WCHAR* const last = end - p > 4 ? p + 4 : end;
   for (int digit = 0; p != last && (digit = HexDigit(*p)) >= 0; ++p)
     value = value << 4 | static_cast<unsigned>(digit);
   return value;
@@ -44,6 +43,13 @@ bool IsOemBinary(const CString& message) {
   return low(0) == 0xAA && low(1) == 0x44 && low(2) == 0x12;
 }
 
+// The acknowledgement of a command: the wait for it is released by the publication that follows.
+bool TakeAck(CGPSStatusData& status, const CString& message) {
+  if (!message.StartsWith("$PASHR,ACK")) return false;
+  status.m_bAck = status.m_bStatusUpdated = true;
+  return true;
+}
+
 // Bit n stands for kind n; the kinds from 32 up share the bits from 0 up.
 std::uint32_t NmeaBit(GPSStringType type) {
   return 1u << (static_cast<unsigned>(type) % 32);
@@ -51,26 +57,25 @@ std::uint32_t NmeaBit(GPSStringType type) {
 
 }  // namespace
 
-bool CGPSReceiver::Parse(CString& strMessage) {
-  if (const int prompt = FindPrompt(strMessage); prompt >= 0)
-    strMessage = strMessage.Mid(prompt + kPromptLength);
-  const GPSStringType type = GetGPSStringType(strMessage);
+bool CGPSReceiver::Parse(CString& sentence) {
+  if (const int prompt = FindPrompt(sentence); prompt >= 0) sentence = sentence.Mid(prompt + kPromptLength);
+  const GPSStringType type = GetGPSStringType(sentence);
   if (m_bMonitorNmea) GotNmea(type);
-  return Parse(strMessage, type);
+  return Parse(sentence, type);
 }
 
-GPSStringType CGPSReceiver::GetGPSStringType(const CString& strMessage) {
-  if (IsOemBinary(strMessage)) return GPS_STRING_AXIS4_BIN;
-  const SentenceTable::Row* row = SentenceTable::Find(strMessage.View());
+GPSStringType CGPSReceiver::GetGPSStringType(const CString& sentence) {
+  if (IsOemBinary(sentence)) return GPS_STRING_AXIS4_BIN;
+  const SentenceTable::Row* row = SentenceTable::Find(sentence.View());
   if (row == nullptr) return GPS_STRING_NONE;
   m_nSentencesRecognised.Count();
-  if (!SentenceTable::IsChecksumTested(row->type) || IsChecksumOK(strMessage)) return row->type;
+  if (!SentenceTable::IsChecksumTested(row->type) || IsChecksumOK(sentence)) return row->type;
   m_nChecksumErrors.Count();
   return GPS_STRING_NONE;
 }
 
-bool CGPSReceiver::IsChecksumOK(const CString& strMessage) {
-  std::u16string_view message = strMessage.View();
+bool CGPSReceiver::IsChecksumOK(const CString& sentence) {
+  std::u16string_view message = sentence.View();
   const auto dollar = message.find(u'$');
   if (dollar == std::u16string_view::npos) return false;
   // An asterisk ahead of the "$" is the first one, and no end of what stands behind.
@@ -82,69 +87,68 @@ bool CGPSReceiver::IsChecksumOK(const CString& strMessage) {
   return ((sum ^ ReadHex(message.data() + star + 1, message.data() + message.size())) & 0xFF) == 0;
 }
 
-bool CGPSReceiver::Parse(CString& strMessage, GPSStringType type) {
+bool CGPSReceiver::Parse(CString& sentence, GPSStringType type) {
   // One lock from here to the copy of the record, but for the makes' reports that call out to the host or
   // write.
-  RecordLock lock = LockRecord();
-  m_GPSData.m_bProprietaryValid = false;
-  bool bForce = false;
+  RecordLock state;
+  state->record.m_bProprietaryValid = false;
+  bool force = false;
   switch (type) {
     case GPS_STRING_GGA:
     case GPS_STRING_INGGA:
-      if (!Decode(strMessage, type)) return false;
-      if (m_GPSData.m_bPositionValid && m_bComputeMotion) m_SpeedEngine.ComputeMotion(m_GPSData);
+      if (!Decode(*state, sentence, type)) return false;
+      if (state->record.m_bPositionValid && state->computeMotion) state->speed.ComputeMotion(state->record);
       break;
     case GPS_STRING_GSA:
-      if (!Decode(strMessage, type)) return false;
-      m_bGSAReceived = true;
+      if (!Decode(*state, sentence, type)) return false;
+      state->gsaReceived = true;
       break;
     case GPS_STRING_GSV:
-      if (!Decode(strMessage, type)) return false;
-      m_bGSVReceived = bForce = true;
+      if (!Decode(*state, sentence, type)) return false;
+      state->gsvReceived = force = true;
       break;
     case GPS_STRING_PASHR:
-      if (TakeAck(strMessage)) break;
+      if (TakeAck(state->record.m_Status, sentence)) break;
       // Who sends standard satellite sentences needs no reports to the same end.
-      if (m_bGSAReceived && m_bGSVReceived) return false;
-      lock.unlock();
-      if (!ProcessPASHR(strMessage)) return false;
+      if (state->gsaReceived && state->gsvReceived) return false;
+      state.Unlock();
+      if (!ProcessPASHR(sentence)) return false;
       if (PostNewDataRaw()) return true;
-      lock.lock();
-      bForce = true;
-      break;
+      return PostNewData(true);
     case GPS_STRING_BIN:
-      lock.unlock();
+      state.Unlock();
       return ProcessBIN();
     case GPS_STRING_AXIS4_BIN:
-      lock.unlock();
-      if (!ProcessAxis4BIN()) return false;
-      lock.lock();
-      break;
+      state.Unlock();
+      return ProcessAxis4BIN() && PostNewData(false);
     default:
-      if (!Decode(strMessage, type)) return false;
+      if (!Decode(*state, sentence, type)) return false;
   }
-  return Publish(std::move(lock), bForce);
+  return Publish(std::move(state), force);
+}
+
+bool CGPSReceiver::Decode(CString& sentence, GPSStringType type) {
+  return Decode(*RecordLock(), sentence, type);
 }
 
 // Runs the decoder of a kind. A sentence of a make that has none is kept for the host; the rest is not for
 // us.
-bool CGPSReceiver::Decode(CString& strMessage, GPSStringType type) {
-  if (const SentenceTable::Decoder decoder = SentenceTable::DecoderOf(type))
-    return (this->*decoder)(strMessage);
-  if (!strMessage.StartsWith("$P") || strMessage.GetLength() <= 5) return false;
-  ProcessProprietary(strMessage);
-  return true;
+bool CGPSReceiver::Decode(CWorkingState& state, CString& message, GPSStringType type) {
+  const SentenceTable::Row* const row = SentenceTable::OfKind(type);
+  if (row == nullptr || row->decoder == nullptr) {
+    if (!message.StartsWith("$P") || message.GetLength() <= 5) return false;
+    CDecoders::Proprietary(state.record, message);
+    return true;
+  }
+  try {
+    return row->decoder({*this, state, message});
+  } catch (const CException&) {
+    return InvalidSentence(row->name);
+  }
 }
 
-// The acknowledgement of a command: the wait for it is released by the publication that follows.
-bool CGPSReceiver::TakeAck(const CString& strMessage) {
-  if (!strMessage.StartsWith("$PASHR,ACK")) return false;
-  m_GPSData.m_Status.m_bAck = m_GPSData.m_Status.m_bStatusUpdated = true;
-  return true;
-}
-
-void CGPSReceiver::MonitorNmea(bool bOn) {
-  m_bMonitorNmea = bOn;
+void CGPSReceiver::MonitorNmea(bool on) {
+  m_bMonitorNmea = on;
   m_wNmeaBits = 0;
 }
 

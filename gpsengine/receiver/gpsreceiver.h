@@ -3,6 +3,7 @@
 #include <map>
 #include <memory>
 #include <mutex>
+#include <utility>
 
 #include "gpsengine/link/binbuffer.h"
 #include "gpsengine/link/serialport.h"
@@ -14,11 +15,11 @@
 #include "gpsengine/receiver/sentences.h"
 #include "gpsengine/receiver/speedengine.h"
 
-struct SentenceTable;
+struct CDecoders;
+struct CDecoding;
+struct CWorkingState;
 
 #pragma GCC visibility push(default)
-
-class CParser;
 
 /// First argument of SetBeacon. Any other value acts as BEACON_MODE_MANUAL.
 enum BEACON_MODE_TYPE : int {
@@ -163,6 +164,9 @@ class CGPSReceiver : public CObject {
   void ResetSpeedEngine();
   /// Declares the satellite table incomplete.
   void InvalidateSVInfo();
+  /// Forgets that GSA and GSV have come, beside which the "$PASHR" reports are passed over. For a host that
+  /// has just switched one of them off. From any thread.
+  void ForgetSatelliteSentences();
   /// Reads the file GPSStatus in the folder of the host's executable, if it is there: a line each of a GGA
   /// quality indicator, a comma and the name of a SignalType, which takes the place of the built-in one.
   void LoadAlternatGPSStatusStrings();
@@ -208,8 +212,31 @@ class CGPSReceiver : public CObject {
   /// As set up; 0 before.
   int GetPortNumber() const { return m_nPortNumber; }
 
-  /// Restores, when destroyed, the state shared by all receivers that commands change. For a rehearsal
-  /// between two runs.
+  /// The working state that all receivers share, held as long as this lives: the reader thread decodes into
+  /// it, a driver on the host's thread clears what it has asked for. It is never held over a write, a wait or
+  /// a call out to the host.
+  class RecordLock {
+   public:
+    RecordLock() : m_pState(&s_State) { s_StateMutex.lock(); }
+    /// The other one leads to nothing any more.
+    RecordLock(RecordLock&& other) noexcept : m_pState(std::exchange(other.m_pState, nullptr)) {}
+    ~RecordLock() {
+      if (m_pState != nullptr) s_StateMutex.unlock();
+    }
+    /// The state, for the library's own.
+    ///@{
+    CWorkingState& operator*() const { return *m_pState; }
+    CWorkingState* operator->() const { return m_pState; }
+    ///@}
+    /// Gives the state up ahead of time.
+    void Unlock() { const RecordLock ends(std::move(*this)); }
+
+   private:
+    CWorkingState* m_pState;  // null: given up
+  };
+
+  /// Puts the state that all receivers share, when destroyed, back to what it was. For a rehearsal between
+  /// two runs.
   class SharedState {
    public:
     SharedState();
@@ -218,76 +245,67 @@ class CGPSReceiver : public CObject {
     SharedState& operator=(const SharedState&) = delete;
 
    private:
-    CGPSStatusData m_Status;
-    const double m_dBinInterval;
+    const std::unique_ptr<CWorkingState> m_pWas;
   };
 
  protected:
   /// Degrees and minutes as NMEA writes them, 4737.193 for 47° 37.193', in radians.
-  double GPSPosToRadians(double dPos);
+  static double GPSPosToRadians(double dPos);
   /// Whether the sentence carries the checksum of what stands between its "$" and its "*".
   bool IsChecksumOK(const CString& strMessage);
   /// Marks a kind as arrived.
   void GotNmea(GPSStringType type);
 
   /// The slot of a satellite, the first empty one, the first one that is not used. False, with `nSlot`
-  /// untouched, if there is none. With the lock held.
+  /// untouched, if there is none.
   ///@{
   bool GetSatellite(int nPRN, int& nSlot);
   bool GetEmptySatellite(int& nSlot);
   bool GetUnusedSatellite(int& nSlot);
   ///@}
-  /// The slot for a satellite by the rule of all three: its own, else an empty one, else an unused one.
-  bool FindSlot(int nPRN, int& nSlot);
-  /// Works m_dAverageSNR of the working record out, with the lock held.
-  void ComputeAverageSNR();
 
-  /// A decoder, for the message in its name, on the reader thread: true if it took the message. None lets an
-  /// exception out. Those that take a text run with the record lock held, but for ProcessPASHR, which calls
-  /// out to the host.
+  /// The decoder of the message in its name, on the reader thread: true if it took the message. None lets an
+  /// exception out, and each takes the lock by itself.
   ///@{
-  bool ProcessGGA(CString& strMessage);
-  bool ProcessINGGA(CString& strMessage);
-  bool ProcessGSA(CString& strMessage);
-  bool ProcessGSV(CString& strMessage);
-  bool ProcessVTG(CString& strMessage);
+  bool ProcessGGA(CString& strMessage) { return Decode(strMessage, GPS_STRING_GGA); }
+  bool ProcessINGGA(CString& strMessage) { return Decode(strMessage, GPS_STRING_INGGA); }
+  bool ProcessGSA(CString& strMessage) { return Decode(strMessage, GPS_STRING_GSA); }
+  bool ProcessGSV(CString& strMessage) { return Decode(strMessage, GPS_STRING_GSV); }
+  bool ProcessVTG(CString& strMessage) { return Decode(strMessage, GPS_STRING_VTG); }
+  bool ProcessCRMSS(CString& strMessage) { return Decode(strMessage, GPS_STRING_MSS); }
+  bool ProcessCRMSK(CString& strMessage) { return Decode(strMessage, GPS_STRING_MSK); }
+  bool ProcessPARPMD(CString& strMessage) { return Decode(strMessage, GPS_STRING_PMD); }
+  bool ProcessPARPER(CString& strMessage) { return Decode(strMessage, GPS_STRING_PER); }
+  bool ProcessPARPEM(CString& strMessage) { return Decode(strMessage, GPS_STRING_PEM); }
+  bool ProcessPARPRTA(CString& strMessage) { return Decode(strMessage, GPS_STRING_PRTA); }
+  bool ProcessPSLIRParNmea(CString& strMessage) { return Decode(strMessage, GPS_STRING_PSLIR_NMEA); }
+  bool ProcessPSLIRParMode(CString& strMessage) { return Decode(strMessage, GPS_STRING_PSLIR_MODE); }
+  bool ProcessPMCAG(CString& strMessage) { return Decode(strMessage, GPS_STRING_PMCAG); }
+  bool ProcessJSHOW(CString& strMessage) { return Decode(strMessage, GPS_STRING_JSHOW); }
+  bool ProcessJiOrJgeoOrRd1(CString& strMessage) { return Decode(strMessage, GPS_STRING_JI); }
+  bool ProcessLOGLIST(CString& strMessage) { return Decode(strMessage, GPS_STRING_LOGLIST); }
+  bool ProcessRXCONFIG(CString& strMessage) { return Decode(strMessage, GPS_STRING_RXCONFIG); }
+  bool ProcessECUTOFF(CString& strMessage) { return Decode(strMessage, GPS_STRING_ECUTOFF); }
+  bool ProcessOMNIINFO(CString& strMessage) { return Decode(strMessage, GPS_STRING_OMNIINFO); }
+  bool ProcessOMNISTAT(CString& strMessage) { return Decode(strMessage, GPS_STRING_OMNISTAT); }
+  bool ProcessOMNIHPPOS(CString& strMessage) { return Decode(strMessage, GPS_STRING_OMNIHPPOS); }
+  bool ProcessWAAS1(CString& strMessage) { return Decode(strMessage, GPS_STRING_WAAS1); }
+  bool ProcessRTKSOURCE(CString& strMessage) { return Decode(strMessage, GPS_STRING_RTKSOURCE); }
+  bool ProcessSBASCONTROL(CString& strMessage) { return Decode(strMessage, GPS_STRING_SBASCONTROL); }
+  bool ProcessPSRDIFFSOURCE(CString& strMessage) { return Decode(strMessage, GPS_STRING_PSRDIFFSOURCE); }
   bool ProcessProprietary(CString& strMessage);
   bool ProcessPASHR(CString& strMessage);
-  struct PashrKind;
-  bool ProcessPASHR_SAT(CParser& parser);
-  bool ProcessPASHR_Binary(const PashrKind& kind);
   bool ProcessPASHR_MBN(const void* pPayload);
   bool ProcessPASHR_PBN(const void* pPayload);
   bool ProcessPASHR_SNV(const void* pPayload);
-  bool ProcessCRMSS(CString& strMessage);
-  bool ProcessCRMSK(CString& strMessage);
-  bool ProcessPARPMD(CString& strMessage);
-  bool ProcessPARPER(CString& strMessage);
-  bool ProcessPARPEM(CString& strMessage);
-  bool ProcessPARPRTA(CString& strMessage);
-  bool ProcessPSLIRParNmea(CString& strMessage);
-  bool ProcessPSLIRParMode(CString& strMessage);
-  bool ProcessPMCAG(CString& strMessage);
-  bool ProcessJSHOW(CString& strMessage);
-  bool ProcessJiOrJgeoOrRd1(CString& strMessage);
   bool ProcessBIN();
   bool ProcessAxis4BIN();
-  bool ProcessLOGLIST(CString& strMessage);
-  bool ProcessRXCONFIG(CString& strMessage);
-  bool ProcessECUTOFF(CString& strMessage);
-  bool ProcessOMNIINFO(CString& strMessage);
-  bool ProcessOMNISTAT(CString& strMessage);
-  bool ProcessOMNIHPPOS(CString& strMessage);
-  bool ProcessWAAS1(CString& strMessage);
-  bool ProcessRTKSOURCE(CString& strMessage);
-  bool ProcessSBASCONTROL(CString& strMessage);
-  bool ProcessPSRDIFFSOURCE(CString& strMessage);
   ///@}
   /// Reads whether a sentence is on, from "ON" or "OFF" at the head of the text, or from the rate behind a
   /// key, which may be missing. False if the text is neither.
   ///@{
-  bool GetNmeaMsgStatus(const CString& text, NmeaMsgStatus& status);
-  bool GetNmeaMsgStatus(const CString& text, NmeaMsgStatus& status, const CString& key);
+  static bool GetNmeaMsgStatus(const CString& text, NmeaMsgStatus& status);
+  static bool GetNmeaMsgStatus(const CString& text, NmeaMsgStatus& status, const CString& key);
   ///@}
 
   /// Publishes the raw epoch at hand if its position has come, and empties it. False if there was none, or
@@ -318,32 +336,28 @@ class CGPSReceiver : public CObject {
   /// The same without the test of the port: on a closed one the lines are lost and the waits still run.
   void WriteRegardless(CGPSDriver::Commands commands);
 
-  /// Held while m_GPSData and the raw records are read or written: the reader thread decodes into them, and a
-  /// driver on the host's thread clears what it has asked for. Never held over a write, a wait or a call out
-  /// to the host.
-  ///@{
-  using RecordLock = std::unique_lock<std::mutex>;
-  [[nodiscard]] static RecordLock LockRecord() { return RecordLock(s_RecordMutex); }
-  ///@}
   /// Publishes a copy of the working record if there is something to tell, or in any case with `bForce`, and
   /// gives whether it did. Without the record lock.
   bool PostNewData(bool bForce);
 
-  static CGPSData m_GPSData;                  ///< The working record of all decoders.
-  static CGPSDataRaw m_GPSDataRaw;            ///< The raw epoch at hand.
-  static CGPSDataEphemeris m_GPSEphemeris;    ///< The last ephemeris.
-  static CBinBuffer& m_GPSMessageRaw;         ///< The bytes of the message at hand, for its decoder.
-  static CSerialPort m_Port;                  ///< The one line, of whichever receiver is live.
-  static CSpeedEngine m_SpeedEngine;          ///< Speed and heading from positions, with the lock held.
-  static CShared<bool> m_bComputeMotion;      ///< No VTG has come: speed is to be computed.
-  static CShared<bool> m_bGSAReceived;        ///< A GSA has come since the start.
-  static CShared<bool> m_bGSVReceived;        ///< A GSV has come since the start.
-  static CShared<bool> m_bMonitorNmea;        ///< The kinds that arrive are recorded.
-  static CShared<std::uint32_t> m_wNmeaBits;  ///< The record, bit n for kind n modulo 32.
-  static CShared<int> m_nNextGSV;             ///< Number of the GSV sentence expected next.
-  static CShared<int> m_nTotalGSV;            ///< Size of the GSV group at hand.
-  static CShared<double>
-      s_dBinInterval;  ///< Seconds between blocks 95 of a receiver of the $J language: 0.2 or 1.0.
+  static CSerialPort m_Port;  ///< The one line, of whichever receiver is live.
+
+  /// The working state by its parts, for a receiver of the host's own that holds a RecordLock; the two that
+  /// are shared need none.
+  ///@{
+  static CGPSData& m_GPSData;                  ///< The working record of all decoders.
+  static CGPSDataRaw& m_GPSDataRaw;            ///< The raw epoch at hand.
+  static CGPSDataEphemeris& m_GPSEphemeris;    ///< The last ephemeris.
+  static CBinBuffer& m_GPSMessageRaw;          ///< The bytes of the message at hand, for its decoder.
+  static CSpeedEngine& m_SpeedEngine;          ///< Speed and heading from positions.
+  static bool& m_bComputeMotion;               ///< No VTG has come: speed is to be computed.
+  static bool& m_bGSAReceived;                 ///< A GSA has come since the start.
+  static bool& m_bGSVReceived;                 ///< A group of GSV has come since the start.
+  static int& m_nNextGSV;                      ///< Number of the GSV sentence expected next.
+  static int& m_nTotalGSV;                     ///< Size of the GSV group at hand.
+  static CShared<bool>& m_bMonitorNmea;        ///< The kinds that arrive are recorded.
+  static CShared<std::uint32_t>& m_wNmeaBits;  ///< The record, bit n for kind n modulo 32.
+  ///@}
 
   CShared<double> m_dRawDataInterval = 0.0;  ///< Seconds, as last set.
   CShared<int> m_nPortNumber = 0;            ///< As set up.
@@ -378,22 +392,17 @@ class CGPSReceiver : public CObject {
   std::map<int, int> m_AlternateSignalTable;  ///< Signal types by quality indicator. Behind the record lock.
 
  private:
-  friend struct SentenceTable;
+  friend struct CDecoders;
+  friend struct CDecoding;
 
   bool Decode(CString& strMessage, GPSStringType type);
-  bool TakeAck(const CString& strMessage);
-  bool ReadCoordinate(CParser& parser, std::u16string_view positive, double& coordinate);
-  bool ReadPlace(CParser& parser, int& nQuality);
-  bool MapQuality(int nQuality, int& nSignalType) const;
-  void ApplySeparation(CParser& parser, const char* pszName);
-  static bool IsWorthPosting(bool bForce);
-  static std::unique_ptr<CGPSData> TakeRecord(bool bForce);
-
-  bool Publish(RecordLock lock, bool bForce);
-  void KeepWords(const char* pBytes, int nWords);
+  bool Decode(CWorkingState& state, CString& message, GPSStringType type);
+  bool Publish(RecordLock state, bool force);
+  bool DecodePayload(const char* name, int size, bool (CGPSReceiver::*decode)(const void*));
   void PostWords();
 
-  static std::mutex s_RecordMutex;
+  static std::mutex s_StateMutex;
+  static CWorkingState& s_State;
 
   mutable std::mutex m_NotificationMutex;
   CWordArray m_LastWords;  // of the last block, behind the record lock

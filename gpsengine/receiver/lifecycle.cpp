@@ -1,28 +1,41 @@
 #include "gpsengine/platform/application.h"
 #include "gpsengine/receiver/gpsreceiver.h"
-
-std::mutex CGPSReceiver::s_RecordMutex;
-CGPSData CGPSReceiver::m_GPSData;
-CGPSDataRaw CGPSReceiver::m_GPSDataRaw;
-CGPSDataEphemeris CGPSReceiver::m_GPSEphemeris;
-// A thread that comes back late may outlive main.
-CBinBuffer& CGPSReceiver::m_GPSMessageRaw = *new CBinBuffer;
-CSerialPort CGPSReceiver::m_Port;
-CSpeedEngine CGPSReceiver::m_SpeedEngine;
-CShared<bool> CGPSReceiver::m_bComputeMotion = true;
-CShared<bool> CGPSReceiver::m_bGSAReceived = false;
-CShared<bool> CGPSReceiver::m_bGSVReceived = false;
-CShared<bool> CGPSReceiver::m_bMonitorNmea = false;
-CShared<std::uint32_t> CGPSReceiver::m_wNmeaBits = 0;
-CShared<int> CGPSReceiver::m_nNextGSV = 1;
-CShared<int> CGPSReceiver::m_nTotalGSV = 0;
-CShared<double> CGPSReceiver::s_dBinInterval = 0.2;
+#include "gpsengine/receiver/workingstate.h"
 
 namespace {
 
 const CString kBaudEntry = "Baud";
 
+// A thread that comes back late may outlive main: this is never destroyed.
+union Lasting {
+  CWorkingState state;
+  Lasting() : state() {}
+  ~Lasting() {}
+} g_Lasting;
+
 }  // namespace
+
+std::mutex CGPSReceiver::s_StateMutex;
+constinit CWorkingState& CGPSReceiver::s_State = g_Lasting.state;
+constinit CGPSData& CGPSReceiver::m_GPSData = g_Lasting.state.record;
+constinit CGPSDataRaw& CGPSReceiver::m_GPSDataRaw = g_Lasting.state.epoch;
+constinit CGPSDataEphemeris& CGPSReceiver::m_GPSEphemeris = g_Lasting.state.ephemeris;
+constinit CBinBuffer& CGPSReceiver::m_GPSMessageRaw = g_Lasting.state.message;
+constinit CSpeedEngine& CGPSReceiver::m_SpeedEngine = g_Lasting.state.speed;
+constinit bool& CGPSReceiver::m_bComputeMotion = g_Lasting.state.computeMotion;
+constinit bool& CGPSReceiver::m_bGSAReceived = g_Lasting.state.gsaReceived;
+constinit bool& CGPSReceiver::m_bGSVReceived = g_Lasting.state.gsvReceived;
+constinit CShared<bool>& CGPSReceiver::m_bMonitorNmea = g_Lasting.state.monitorNmea;
+constinit CShared<std::uint32_t>& CGPSReceiver::m_wNmeaBits = g_Lasting.state.nmeaBits;
+constinit int& CGPSReceiver::m_nNextGSV = g_Lasting.state.nextGsv;
+constinit int& CGPSReceiver::m_nTotalGSV = g_Lasting.state.totalGsv;
+CSerialPort CGPSReceiver::m_Port;
+
+CGPSReceiver::SharedState::SharedState() : m_pWas(std::make_unique<CWorkingState>(*RecordLock())) {}
+
+CGPSReceiver::SharedState::~SharedState() {
+  *RecordLock() = *m_pWas;
+}
 
 const CGPSDriver& CGPSReceiver::GetDriver() const {
   static constexpr CGPSDriver kNone;
@@ -30,11 +43,12 @@ const CGPSDriver& CGPSReceiver::GetDriver() const {
 }
 
 CGPSReceiver::CGPSReceiver() {
-  m_bComputeMotion = true;
-  m_bGSAReceived = m_bGSVReceived = false;
-  MonitorNmea(false);
-  m_nNextGSV = 1;
-  m_nTotalGSV = 0;
+  const RecordLock state;
+  state->ForgetSentences();
+  state->monitorNmea = false;
+  state->nmeaBits = 0;
+  state->nextGsv = 1;
+  state->totalGsv = 0;
 }
 
 CGPSReceiver::~CGPSReceiver() {
@@ -42,24 +56,13 @@ CGPSReceiver::~CGPSReceiver() {
   m_Port.Close();
 }
 
-CGPSReceiver::SharedState::SharedState() : m_dBinInterval(s_dBinInterval) {
-  const RecordLock lock = LockRecord();
-  m_Status = m_GPSData.m_Status;
-}
-
-CGPSReceiver::SharedState::~SharedState() {
-  const RecordLock lock = LockRecord();
-  m_GPSData.m_Status = m_Status;
-  s_dBinInterval = m_dBinInterval;
-}
-
-void CGPSReceiver::SetupReceiver(int nPort, int nGeoidMode, double dAntennaHeight, const CString& strText,
-                                 bool bExternalPort) {
-  m_nPortNumber = nPort;
-  m_nGeoidMode = nGeoidMode;
-  m_dAntennaHeight = dAntennaHeight;
-  m_strSetupText = strText;
-  m_bExternalPort = bExternalPort;
+void CGPSReceiver::SetupReceiver(int port, int geoid_mode, double antenna_height, const CString& text,
+                                 bool external_port) {
+  m_nPortNumber = port;
+  m_nGeoidMode = geoid_mode;
+  m_dAntennaHeight = antenna_height;
+  m_strSetupText = text;
+  m_bExternalPort = external_port;
 }
 
 void CGPSReceiver::SetProperties() {
@@ -68,20 +71,19 @@ void CGPSReceiver::SetProperties() {
   m_nBaudrate = app == nullptr ? standard : app->GetProfileInt(GetName(), kBaudEntry, standard);
 }
 
-bool CGPSReceiver::SaveDifferentSettings(int nBaudrate) {
-  if (nBaudrate == m_nBaudrate) return false;
-  m_nBaudrate = nBaudrate;
-  if (CWinApp* app = AfxGetApp()) app->WriteProfileInt(GetName(), kBaudEntry, nBaudrate);
+bool CGPSReceiver::SaveDifferentSettings(int baudrate) {
+  if (baudrate == m_nBaudrate) return false;
+  m_nBaudrate = baudrate;
+  if (CWinApp* app = AfxGetApp()) app->WriteProfileInt(GetName(), kBaudEntry, baudrate);
   return true;
 }
 
 bool CGPSReceiver::Initialize() {
-  m_bComputeMotion = true;
-  m_bGSAReceived = m_bGSVReceived = false;
   {
-    const RecordLock lock = LockRecord();
-    m_GPSData.Invalidate(true);
-    m_GPSData.m_Status.Invalidate();
+    const RecordLock state;
+    state->ForgetSentences();
+    state->record.Invalidate(true);
+    state->record.m_Status.Invalidate();
   }
   LoadAlternatGPSStatusStrings();
   if (!m_bExternalPort && !OpenPort()) return false;
@@ -108,18 +110,20 @@ void* CGPSReceiver::GetPortHandle() const {
 }
 
 void CGPSReceiver::ResetSpeedEngine() {
-  const RecordLock lock = LockRecord();
-  m_SpeedEngine.Reset();
+  RecordLock()->speed.Reset();
+}
+
+void CGPSReceiver::ForgetSatelliteSentences() {
+  const RecordLock state;
+  state->gsaReceived = state->gsvReceived = false;
 }
 
 void CGPSReceiver::InvalidateSVInfo() {
-  const RecordLock lock = LockRecord();
-  m_GPSData.m_bSatellitesComplete = false;
+  RecordLock()->record.m_bSatellitesComplete = false;
 }
 
-bool CGPSReceiver::AttachRawData(const char* pData, int nLength) {
-  const RecordLock lock = LockRecord();
-  return m_GPSMessageRaw.Set(pData, nLength, nLength);
+bool CGPSReceiver::AttachRawData(const char* data, int length) {
+  return RecordLock()->message.Set(data, length, length);
 }
 
 bool CGPSReceiver::GetLastGPSPositionData(CGPSData& out) const {
@@ -141,6 +145,6 @@ void CGPSReceiver::GetLastGPSEphemerisData(CGPSDataEphemeris& out) const {
 }
 
 void CGPSReceiver::GetBinWords(CWordArray& out) const {
-  const RecordLock lock = LockRecord();
+  const RecordLock state;
   out = m_LastWords;
 }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <memory>
+
 #include "gpsengine/platform/window.h"
 #include "gpsengine/records/gpsdata.h"
 #include "gpsengine/records/gpsdataraw.h"
@@ -7,14 +9,21 @@
 #pragma GCC visibility push(default)
 
 // What reaches the host: window messages, posted to the application's main window from the reader thread, and
-// callbacks. The object that a message carries belongs to the host from the moment it is posted; the host
-// deletes it.
+// callbacks. The object that a message carries belongs to the host from the moment it is posted; TakePosted
+// has it deleted.
 
 constexpr UINT WM_GPS_NEW_DATA = WM_APP + 10;       ///< wParam: a new CGPSData.
 constexpr UINT WM_GPS_NEW_STRING = WM_APP + 11;     ///< wParam: a new CString, the text of one message.
 constexpr UINT WM_GPS_NEW_RAW_DATA = WM_APP + 12;   ///< wParam: a new CGPSDataRaw.
 constexpr UINT WM_GPS_NEW_EPHEMERIS = WM_APP + 13;  ///< wParam: a new CGPSDataEphemeris.
 constexpr UINT WM_GPS_NEW_BIN = WM_APP + 14;        ///< wParam 0: CGPSReceiver::m_BinWords has the block.
+
+/// The object that the message with this wParam carries, of the type that stands beside the message. Once a
+/// message.
+template <class T>
+std::unique_ptr<T> TakePosted(WPARAM wParam) {
+  return std::unique_ptr<T>(reinterpret_cast<T*>(wParam));
+}
 
 /// What a callback can be asked for.
 enum GPSNotificationType : int {

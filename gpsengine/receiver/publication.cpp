@@ -6,43 +6,39 @@
 #include "gpsengine/receiver/gpsreceiver.h"
 #include "gpsengine/receiver/post.h"
 #include "gpsengine/receiver/updatescope.h"
+#include "gpsengine/receiver/workingstate.h"
 
 namespace {
 
 // Below this speed, in metres per second, a receiver at rest seems to wander about.
 constexpr double kStandstill = 0.3;
 
-}  // namespace
-
-bool CGPSReceiver::IsWorthPosting(bool bForce) {
-  return bForce || m_GPSData.m_bPositionValid || m_GPSData.m_Status.m_bStatusUpdated ||
-         m_GPSData.m_bProprietaryValid;
-}
-
-// Copies the working record for the host and clears the flags of what it carries; null if there is nothing to
-// tell.
-std::unique_ptr<CGPSData> CGPSReceiver::TakeRecord(bool bForce) {
-  if (!IsWorthPosting(bForce)) return nullptr;
-  std::unique_ptr<CGPSData> copy(new (std::nothrow) CGPSData(m_GPSData));
+// Copies the record for the host and clears the flags of what it carried; null if there is nothing to tell.
+std::unique_ptr<CGPSData> TakeRecord(CGPSData& record, bool force) {
+  if (!force && !record.m_bPositionValid && !record.m_Status.m_bStatusUpdated && !record.m_bProprietaryValid)
+    return nullptr;
+  std::unique_ptr<CGPSData> copy(new (std::nothrow) CGPSData(record));
   if (copy == nullptr) return nullptr;
   copy->m_Time = CTime::GetCurrentTime();
   copy->m_nSatellitesInView = std::max(copy->m_nSatellitesInView, copy->m_nSatellitesUsed);
-  if (m_GPSData.m_bPositionValid) {
+  if (record.m_bPositionValid) {
     if (copy->m_dSpeed < kStandstill) copy->m_dSpeed = copy->m_dHeading = 0.0;
-    m_GPSData.Invalidate(false);
+    record.Invalidate(false);
   }
-  if (m_GPSData.m_Status.m_bStatusUpdated) m_GPSData.m_Status.Invalidate();
+  if (record.m_Status.m_bStatusUpdated) record.m_Status.Invalidate();
   return copy;
 }
 
-bool CGPSReceiver::PostNewData(bool bForce) {
-  return Publish(LockRecord(), bForce);
+}  // namespace
+
+bool CGPSReceiver::PostNewData(bool force) {
+  return Publish(RecordLock(), force);
 }
 
 // Gives the lock up ahead of the post.
-bool CGPSReceiver::Publish(RecordLock lock, bool bForce) {
-  std::unique_ptr<CGPSData> record = TakeRecord(bForce);
-  lock.unlock();
+bool CGPSReceiver::Publish(RecordLock state, bool force) {
+  std::unique_ptr<CGPSData> record = TakeRecord(state->record, force);
+  state.Unlock();
   if (record == nullptr) return false;
   // While the copy is still ours: a host's thread that waits for an acknowledgement is released by it.
   CAck::OnNewGPSData(record.get());
@@ -51,9 +47,9 @@ bool CGPSReceiver::Publish(RecordLock lock, bool bForce) {
 }
 
 void CGPSReceiver::AddNotificationCallback(GPSNotificationType type, GPSNotificationCallback pfn,
-                                           void* pUser) {
+                                           void* user) {
   const std::lock_guard lock(m_NotificationMutex);
-  m_Notifications[type] = {type, pfn, pUser};
+  m_Notifications[type] = {type, pfn, user};
 }
 
 bool CGPSReceiver::HasNotificationCallback(GPSNotificationType type) const {
@@ -62,7 +58,7 @@ bool CGPSReceiver::HasNotificationCallback(GPSNotificationType type) const {
   return entry != m_Notifications.end() && entry->second.pfn != nullptr;
 }
 
-void CGPSReceiver::BroadcastNotification(GPSNotificationType type, CGPSNotification* pData) {
+void CGPSReceiver::BroadcastNotification(GPSNotificationType type, CGPSNotification* data) {
   GPSNotificationEntry registered{type, nullptr, nullptr};
   {
     const std::lock_guard lock(m_NotificationMutex);
@@ -71,6 +67,6 @@ void CGPSReceiver::BroadcastNotification(GPSNotificationType type, CGPSNotificat
   }
   // Without the lock: the callback may register another.
   if (registered.pfn == nullptr) return;
-  registered.pfn(registered.type, pData, registered.pUser);
+  registered.pfn(registered.type, data, registered.pUser);
   CUpdateScope::GoOn();
 }

@@ -1,12 +1,9 @@
-#include <algorithm>
 #include <array>
 #include <cmath>
 #include <cstdint>
-#include <iterator>
 #include <numbers>
 
-#include "gpsengine/receiver/gpsreceiver.h"
-#include "gpsengine/receiver/invalid.h"
+#include "gpsengine/receiver/decoders.h"
 #include "gpsengine/text/parser.h"
 
 namespace {
@@ -15,8 +12,8 @@ constexpr double kTwoPi = 2.0 * std::numbers::pi;
 constexpr int kGroupsInGsv = 4;
 constexpr double kKmhPerMetreASecond = 3.6;
 
-constexpr double ComputeRadians(int nDegrees) {
-  return nDegrees * std::numbers::pi / 180.0;
+constexpr double ComputeRadians(int degrees) {
+  return degrees * std::numbers::pi / 180.0;
 }
 
 // Of the degrees of a circle, so that a satellite costs no divisions.
@@ -27,14 +24,14 @@ constexpr auto kRadians = [] {
   return radians;
 }();
 
-double Radians(int nDegrees) {
-  const auto index = static_cast<std::size_t>(nDegrees);
-  return index < kRadians.size() ? kRadians[index] : ComputeRadians(nDegrees);
+double Radians(int degrees) {
+  const auto index = static_cast<std::size_t>(degrees);
+  return index < kRadians.size() ? kRadians[index] : ComputeRadians(degrees);
 }
 
 // A course over ground in degrees to a mathematical angle from 0 to 2π.
-double HeadingOfCourse(double dCourse) {
-  const double turned = (450.0 - dCourse) * std::numbers::pi / 180.0;
+double HeadingOfCourse(double course) {
+  const double turned = (450.0 - course) * std::numbers::pi / 180.0;
   // Within two turns the remainder is a difference, which is exact as well.
   if (turned >= 0.0 && turned < 2.0 * kTwoPi) return turned < kTwoPi ? turned : turned - kTwoPi;
   const double angle = std::fmod(turned, kTwoPi);
@@ -42,11 +39,13 @@ double HeadingOfCourse(double dCourse) {
 }
 
 template <class Condition>
-bool FirstSlot(const CGPSSatelliteData (&slots)[kSatelliteSlots], int& nSlot, Condition condition) {
-  const auto* slot = std::find_if(std::begin(slots), std::end(slots), condition);
-  if (slot == std::end(slots)) return false;
-  nSlot = static_cast<int>(slot - std::begin(slots));
-  return true;
+bool FirstSlot(const CGPSData& record, int& slot, Condition condition) {
+  for (int i = 0; i < kSatelliteSlots; ++i) {
+    if (!condition(record.m_Satellites[i])) continue;
+    slot = i;
+    return true;
+  }
+  return false;
 }
 
 // A satellite of a GSV sentence: the elevation and azimuth in whole degrees, the signal, which may be empty.
@@ -66,51 +65,50 @@ struct SatelliteGroup {
   }
 };
 
-// The slots where satellites were found last, by the low bits of their numbers. A satellite has one slot at
-// most and keeps it for hours, so that this nearly always tells where it is. Behind the record lock.
-constexpr unsigned kSlotHints = 64;
-std::array<std::uint8_t, kSlotHints> g_SlotHints{};
-
 }  // namespace
 
-bool CGPSReceiver::GetSatellite(int nPRN, int& nSlot) {
-  std::uint8_t& hint = g_SlotHints[static_cast<unsigned>(nPRN) % kSlotHints];
-  if (nPRN != 0 && m_GPSData.m_Satellites[hint].m_nPRN == nPRN) {
-    nSlot = hint;
-    return true;
-  }
-  if (!FirstSlot(m_GPSData.m_Satellites, nSlot, [nPRN](const auto& slot) { return slot.m_nPRN == nPRN; }))
-    return false;
-  hint = static_cast<std::uint8_t>(nSlot);
-  return true;
+bool CWorkingState::GetSatellite(int number, int& slot) const {
+  return FirstSlot(record, slot, [number](const auto& each) { return each.m_nPRN == number; });
 }
 
-bool CGPSReceiver::GetEmptySatellite(int& nSlot) {
-  return FirstSlot(m_GPSData.m_Satellites, nSlot, [](const auto& slot) { return slot.m_nPRN == 0; });
+bool CWorkingState::GetEmptySatellite(int& slot) const {
+  return FirstSlot(record, slot, [](const auto& each) { return each.m_nPRN == 0; });
 }
 
-bool CGPSReceiver::GetUnusedSatellite(int& nSlot) {
-  return FirstSlot(m_GPSData.m_Satellites, nSlot, [](const auto& slot) { return !slot.m_bUsed; });
+bool CWorkingState::GetUnusedSatellite(int& slot) const {
+  return FirstSlot(record, slot, [](const auto& each) { return !each.m_bUsed; });
 }
 
-bool CGPSReceiver::FindSlot(int nPRN, int& nSlot) {
-  return GetSatellite(nPRN, nSlot) || GetEmptySatellite(nSlot) || GetUnusedSatellite(nSlot);
+bool CWorkingState::FindSlot(int number, int& slot) const {
+  return GetSatellite(number, slot) || GetEmptySatellite(slot) || GetUnusedSatellite(slot);
 }
 
-void CGPSReceiver::ComputeAverageSNR() {
+void CWorkingState::ComputeAverageSNR() {
   std::int64_t sum = 0;
   int count = 0;
-  for (const CGPSSatelliteData& slot : m_GPSData.m_Satellites) {
+  for (const CGPSSatelliteData& slot : record.m_Satellites) {
     sum += slot.m_bUsed ? slot.m_nSNR : 0;
     count += slot.m_bUsed;
   }
-  m_GPSData.m_dAverageSNR = count == 0 ? 0.0 : static_cast<double>(sum) / count;
+  record.m_dAverageSNR = count == 0 ? 0.0 : static_cast<double>(sum) / count;
+}
+
+bool CGPSReceiver::GetSatellite(int number, int& slot) {
+  return RecordLock()->GetSatellite(number, slot);
+}
+
+bool CGPSReceiver::GetEmptySatellite(int& slot) {
+  return RecordLock()->GetEmptySatellite(slot);
+}
+
+bool CGPSReceiver::GetUnusedSatellite(int& slot) {
+  return RecordLock()->GetUnusedSatellite(slot);
 }
 
 // $GPGSA,A,3,04,05,,09,12,,,24,,,,,2.5,1.3,2.1*39
-bool CGPSReceiver::ProcessGSA(CString& strMessage) {
-  CGPSData& data = m_GPSData;
-  CParser parser(CParser::InPlace(strMessage), ",*", false);
+bool CDecoders::GSA(const CDecoding& in) {
+  CGPSData& data = in.state.record;
+  CParser parser(CParser::InPlace(in.message), ",*", false);
   parser.SkipField();
   parser.SkipField();
   parser.SkipField();
@@ -118,7 +116,7 @@ bool CGPSReceiver::ProcessGSA(CString& strMessage) {
   for (int field = 0; field < kSatelliteSlots; ++field) {
     int number = 0;
     int slot = 0;
-    if (!parser.GetInt(number) || !FindSlot(number, slot)) continue;
+    if (!parser.GetInt(number) || !in.state.FindSlot(number, slot)) continue;
     CGPSSatelliteData& satellite = data.m_Satellites[slot];
     satellite.m_nPRN = number;
     satellite.m_bUsed = satellite.m_bInView = true;
@@ -132,33 +130,33 @@ bool CGPSReceiver::ProcessGSA(CString& strMessage) {
 }
 
 // $GPGSV,2,1,08,01,40,083,46,02,17,308,41,12,07,344,39,14,22,228,45*75
-bool CGPSReceiver::ProcessGSV(CString& strMessage) {
-  CGPSData& data = m_GPSData;
+bool CDecoders::GSV(const CDecoding& in) {
+  CGPSData& data = in.state.record;
   data.m_bSatellitesComplete = false;
-  CParser parser(CParser::InPlace(strMessage), ",*", false);
+  CParser parser(CParser::InPlace(in.message), ",*", false);
   parser.SkipField();
   int total = 0;
   int number = 0;
   if (!parser.GetInt(total)) return InvalidSentence("GSV");
-  m_nTotalGSV = total;
+  in.state.totalGsv = total;
   if (!parser.GetInt(number)) return InvalidSentence("GSV");
   // Sentence 1 is good at any time: it restarts the group.
-  if (number != m_nNextGSV && number != 1) {
-    m_nNextGSV = 1;
+  if (number != in.state.nextGsv && number != 1) {
+    in.state.nextGsv = 1;
     return false;
   }
   if (number == 1) {
     for (CGPSSatelliteData& slot : data.m_Satellites) slot.m_bInView = false;
   }
   const bool last = number == total;
-  m_nNextGSV = number < total ? number + 1 : 1;
+  in.state.nextGsv = number < total ? number + 1 : 1;
   if (!parser.GetInt(data.m_nSatellitesInView)) return InvalidSentence("GSV");
 
   SatelliteGroup group;
   for (int i = 0; i < kGroupsInGsv && group.Read(parser); ++i) {
     int slot = 0;
-    const bool known = GetSatellite(group.nPRN, slot);
-    if (!known && !GetEmptySatellite(slot) && !GetUnusedSatellite(slot)) break;
+    const bool known = in.state.GetSatellite(group.nPRN, slot);
+    if (!known && !in.state.GetEmptySatellite(slot) && !in.state.GetUnusedSatellite(slot)) break;
     CGPSSatelliteData& satellite = data.m_Satellites[slot];
     satellite.m_nPRN = group.nPRN;
     satellite.m_dElevation = group.dElevation;
@@ -167,16 +165,16 @@ bool CGPSReceiver::ProcessGSV(CString& strMessage) {
     satellite.m_bUsed = known && satellite.m_bUsed;
     satellite.m_bInView = data.m_bSatellitesChanged = true;
   }
-  ComputeAverageSNR();
+  in.state.ComputeAverageSNR();
   if (last) data.m_bSatellitesComplete = true;
   return last;
 }
 
 // $GPVTG,054.7,T,034.4,M,005.5,N,010.2,K*48
-bool CGPSReceiver::ProcessVTG(CString& strMessage) {
+bool CDecoders::VTG(const CDecoding& in) {
   constexpr int kPassedOver = 4;  // magnetic course and knots, with their letters
-  CGPSData& data = m_GPSData;
-  CParser parser(CParser::InPlace(strMessage), ",*", false);
+  CGPSData& data = in.state.record;
+  CParser parser(CParser::InPlace(in.message), ",*", false);
   double course = 0.0;
   double speed = 0.0;
   std::u16string_view letter;
@@ -189,7 +187,7 @@ bool CGPSReceiver::ProcessVTG(CString& strMessage) {
   if (letter != u"K" && letter != u"k") return false;
   data.m_dSpeed = speed / kKmhPerMetreASecond;
   // A receiver that reports its motion is believed: the estimator stays out from now on.
-  m_bComputeMotion = false;
+  in.state.computeMotion = false;
   data.m_bVelocityValid = true;
   return true;
 }

@@ -78,10 +78,10 @@ constexpr auto kKeyBuckets = [] {
   return buckets;
 }();
 
-constexpr auto kDecoders = [] {
-  std::array<SentenceTable::Decoder, GPS_STRING_AXIS4_BIN + 1> decoders{};
-  for (const SentenceTable::Row& row : SentenceTable::kRows) decoders[row.type] = row.decoder;
-  return decoders;
+constexpr auto kKinds = [] {
+  std::array<const SentenceTable::Row*, GPS_STRING_AXIS4_BIN + 1> kinds{};
+  for (const SentenceTable::Row& row : SentenceTable::kRows) kinds[row.type] = &row;
+  return kinds;
 }();
 
 constexpr bool NoTagHidesAnother() {
@@ -107,6 +107,6 @@ const SentenceTable::Row* SentenceTable::Find(std::u16string_view message) {
   return nullptr;
 }
 
-SentenceTable::Decoder SentenceTable::DecoderOf(GPSStringType type) {
-  return type >= 0 && type < static_cast<int>(kDecoders.size()) ? kDecoders[type] : nullptr;
+const SentenceTable::Row* SentenceTable::OfKind(GPSStringType type) {
+  return type >= 0 && type < static_cast<int>(kKinds.size()) ? kKinds[type] : nullptr;
 }

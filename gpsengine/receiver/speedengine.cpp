@@ -16,19 +16,19 @@ bool IsPlace(const CGPSData& fix) {
 
 }  // namespace
 
-double Distance(double dEast1, double dNorth1, double dEast2, double dNorth2) {
-  const double east = dEast2 - dEast1;
-  const double north = dNorth2 - dNorth1;
+double Distance(double east1, double north1, double east2, double north2) {
+  const double east = east2 - east1;
+  const double north = north2 - north1;
   return std::sqrt(east * east + north * north);
 }
 
-double Direction(double dNorth, double dEast) {
+double Direction(double north, double east) {
   constexpr double pi = std::numbers::pi;
-  if (dNorth == 0.0 && dEast == 0.0) return 0.0;
-  if (dEast == 0.0) return dNorth > 0.0 ? pi / 2.0 : -pi / 2.0;
-  const double angle = std::fabs(std::atan(dNorth / dEast));
-  if (dNorth > 0.0) return dEast > 0.0 ? angle : pi - angle;
-  return dEast > 0.0 ? -angle : -pi + angle;
+  if (north == 0.0 && east == 0.0) return 0.0;
+  if (east == 0.0) return north > 0.0 ? pi / 2.0 : -pi / 2.0;
+  const double angle = std::fabs(std::atan(north / east));
+  if (north > 0.0) return east > 0.0 ? angle : pi - angle;
+  return east > 0.0 ? -angle : -pi + angle;
 }
 
 void CSpeedEngine::Reset() {

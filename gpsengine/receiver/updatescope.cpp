@@ -6,8 +6,8 @@ thread_local const CUpdateScope* t_pCurrent = nullptr;
 
 }  // namespace
 
-CUpdateScope::CUpdateScope(const std::atomic<int>& ends, int nEnds)
-    : m_Ends(ends), m_nEnds(nEnds), m_pOuter(t_pCurrent) {
+CUpdateScope::CUpdateScope(const std::atomic<int>& ends, int run_ends)
+    : m_Ends(ends), m_nEnds(run_ends), m_pOuter(t_pCurrent) {
   t_pCurrent = this;
 }
 

@@ -70,9 +70,9 @@ void CGPSStatusData::Invalidate() {
       NMEA_MSG_NO_REPORT;
 }
 
-void CGPSStatusData::SetText(const char* pszText, int nLength) {
-  const auto kept = static_cast<std::size_t>(std::clamp(nLength, 0, static_cast<int>(sizeof m_szText) - 1));
-  std::memcpy(m_szText, pszText, kept);
+void CGPSStatusData::SetText(const char* text, int length) {
+  const auto kept = static_cast<std::size_t>(std::clamp(length, 0, static_cast<int>(sizeof m_szText) - 1));
+  std::memcpy(m_szText, text, kept);
   m_szText[kept] = 0;
   m_bTextValid = m_bStatusUpdated = true;
 }
@@ -90,7 +90,7 @@ void CGPSData::Clear() {
   Invalidate(true);
 }
 
-void CGPSData::Invalidate(bool bAll) {
+void CGPSData::Invalidate(bool all) {
   m_bPositionValid = m_bVelocityValid = m_bDOPValid = m_bSatellitesChanged = false;
-  if (bAll) m_bSatellitesComplete = false;
+  if (all) m_bSatellitesComplete = false;
 }

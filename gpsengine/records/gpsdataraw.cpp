@@ -42,21 +42,21 @@ void CGPSDataRaw::Clear() {
   m_nSatellites = 0;
 }
 
-bool CGPSDataRaw::GetSatelliteData(CGPSSatelliteDataRaw& out, int nIndex) const {
-  if (nIndex < 0 || nIndex >= m_nSatellites) return false;
-  out = m_Satellites[nIndex];
+bool CGPSDataRaw::GetSatelliteData(CGPSSatelliteDataRaw& out, int index) const {
+  if (index < 0 || index >= m_nSatellites) return false;
+  out = m_Satellites[index];
   return true;
 }
 
 // The slot of this satellite, or the first free one, which is taken into use.
-CGPSSatelliteDataRaw* CGPSDataRaw::FindSlot(int nPRN) {
-  if (nPRN <= 0 || m_nSatellites >= kMaxSatellites) return nullptr;
+CGPSSatelliteDataRaw* CGPSDataRaw::FindSlot(int prn) {
+  if (prn <= 0 || m_nSatellites >= kMaxSatellites) return nullptr;
   const auto used = std::next(std::begin(m_Satellites), m_nSatellites);
   const auto slot = std::find_if(std::begin(m_Satellites), used, [&](const CGPSSatelliteDataRaw& satellite) {
-    return satellite.m_nPRN == nPRN;
+    return satellite.m_nPRN == prn;
   });
   if (slot == used) ++m_nSatellites;
-  slot->m_nPRN = nPRN;
+  slot->m_nPRN = prn;
   slot->m_bValid = true;
   return &*slot;
 }

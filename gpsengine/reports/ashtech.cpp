@@ -1,78 +1,76 @@
 #include <numbers>
 
 #include "gpsengine/platform/trace.h"
-#include "gpsengine/receiver/gpsreceiver.h"
+#include "gpsengine/receiver/decoders.h"
 #include "gpsengine/text/parser.h"
 
 // The $PASHR reports, by their second field. The acknowledgement does not come here.
 
-/// A kind with a payload of fixed size behind the eleven characters of its head.
-struct CGPSReceiver::PashrKind {
-  const char* pszName;
-  int nPayload;
-  bool (CGPSReceiver::*pfnDecode)(const void* pPayload);
-};
+namespace {
 
-bool CGPSReceiver::ProcessPASHR(CString& strMessage) try {
-  static constexpr PashrKind kBinaryKinds[] = {{"PBN", 56, &CGPSReceiver::ProcessPASHR_PBN},
-                                               {"MBN", 42, &CGPSReceiver::ProcessPASHR_MBN},
-                                               {"SNV", 132, &CGPSReceiver::ProcessPASHR_SNV}};
-  CParser parser(strMessage, ",*", true);
-  CString name;
-  parser.SkipField();
-  parser.GetNextString(name);
-  for (const PashrKind& kind : kBinaryKinds)
-    if (name.CompareNoCase(kind.pszName) == 0) return ProcessPASHR_Binary(kind);
-  return name.CompareNoCase("SAT") == 0 && ProcessPASHR_SAT(parser);
-} catch (const CException&) {
-  Trace("Invalid PASHR,SAT string.\n");
-  return false;
-}
-
-// The text of the message ends at its first zero byte, so that the payload is read from the attached bytes.
-bool CGPSReceiver::ProcessPASHR_Binary(const PashrKind& kind) {
-  constexpr int kHead = 11;
-  int nLength = 0;
-  const char* const pMessage = m_GPSMessageRaw.GetMessageBin(nLength);
-  if (kind.pfnDecode == &CGPSReceiver::ProcessPASHR_SNV)
-    Trace("SNV_PRoc\n");
-  else
-    Trace("%s length %d\n", kind.pszName, nLength);
-  ++m_nBinaryMessages;
-  if (pMessage == nullptr || nLength <= kHead) return false;
-  // Behind a port prompt a message of this name is framed as a text, of any length.
-  const bool bGood = nLength >= kHead + kind.nPayload && (this->*kind.pfnDecode)(pMessage + kHead);
-  if (!bGood) ++m_nBadBinaryMessages;
-  return bGood;
-}
+constexpr int kHead = 11;
 
 // Count, and for each satellite its number, azimuth, elevation, signal to noise ratio and "U" if it is used.
 // One report has the whole table:
 //   $PASHR,SAT,03,04,112,36,47,U,09,301,71,52,U,27,045,08,33,-*2A
-bool CGPSReceiver::ProcessPASHR_SAT(CParser& parser) {
+bool DecodeSatellites(CWorkingState& state, CParser& parser) {
   Trace("SAT\n");
-  const RecordLock lock = LockRecord();
-  parser.GetInt(m_GPSData.m_nSatellitesInView);
-  for (CGPSSatelliteData& slot : m_GPSData.m_Satellites) slot.m_bInView = false;
+  CGPSData& data = state.record;
+  parser.GetInt(data.m_nSatellitesInView);
+  for (CGPSSatelliteData& slot : data.m_Satellites) slot.m_bInView = false;
 
   CGPSSatelliteData satellite;
-  int nDegrees = 0, nSlot = 0;
+  int degrees = 0, slot = 0;
   CString flag;
-  for (int i = 0; i < m_GPSData.m_nSatellitesInView; ++i) {
+  for (int i = 0; i < data.m_nSatellitesInView; ++i) {
     parser.GetInt(satellite.m_nPRN);
-    parser.GetInt(nDegrees);
-    satellite.m_dAzimuth = nDegrees * std::numbers::pi / 180.0;
-    parser.GetInt(nDegrees);
-    satellite.m_dElevation = nDegrees * std::numbers::pi / 180.0;
+    parser.GetInt(degrees);
+    satellite.m_dAzimuth = degrees * std::numbers::pi / 180.0;
+    parser.GetInt(degrees);
+    satellite.m_dElevation = degrees * std::numbers::pi / 180.0;
     parser.GetInt(satellite.m_nSNR);
     parser.GetNextString(flag);
     satellite.m_bUsed = flag.CompareNoCase("U") == 0;
     satellite.m_bInView = true;
-    if (!FindSlot(satellite.m_nPRN, nSlot)) continue;
-    m_GPSData.m_Satellites[nSlot] = satellite;
-    m_GPSData.m_bSatellitesChanged = true;
+    if (!state.FindSlot(satellite.m_nPRN, slot)) continue;
+    data.m_Satellites[slot] = satellite;
+    data.m_bSatellitesChanged = true;
   }
-  ComputeAverageSNR();
-  m_GPSData.m_bSatellitesComplete = true;
+  state.ComputeAverageSNR();
+  data.m_bSatellitesComplete = true;
   return true;
+}
+
+}  // namespace
+
+bool CGPSReceiver::ProcessPASHR(CString& message) try {
+  CParser parser(message, ",*", true);
+  CString name;
+  parser.SkipField();
+  parser.GetNextString(name);
+  if (name.CompareNoCase("SAT") == 0) return DecodeSatellites(*RecordLock(), parser);
+  if (name.CompareNoCase("PBN") == 0) return DecodePayload("PBN", 56, &CGPSReceiver::ProcessPASHR_PBN);
+  if (name.CompareNoCase("MBN") == 0) return DecodePayload("MBN", 42, &CGPSReceiver::ProcessPASHR_MBN);
+  if (name.CompareNoCase("SNV") == 0) return DecodePayload("SNV", 132, &CGPSReceiver::ProcessPASHR_SNV);
+  return false;
+} catch (const CException&) {
+  return InvalidSentence("PASHR,SAT");
+}
+
+// A payload of fixed size behind the head. The text of the message ends at its first zero byte, so that it is
+// read from the attached bytes.
+bool CGPSReceiver::DecodePayload(const char* name, int size, bool (CGPSReceiver::*decode)(const void*)) {
+  int length = 0;
+  // Nobody but the thread that decodes replaces these bytes.
+  const char* const message = RecordLock()->message.GetMessageBin(length);
+  if (decode == &CGPSReceiver::ProcessPASHR_SNV)
+    Trace("SNV_PRoc\n");
+  else
+    Trace("%s length %d\n", name, length);
+  ++m_nBinaryMessages;
+  if (message == nullptr || length <= kHead) return false;
+  // Behind a port prompt a message of this name is framed as a text, of any length.
+  const bool good = length >= kHead + size && (this->*decode)(message + kHead);
+  if (!good) ++m_nBadBinaryMessages;
+  return good;
 }

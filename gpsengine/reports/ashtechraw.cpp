@@ -7,6 +7,7 @@
 #include "gpsengine/platform/trace.h"
 #include "gpsengine/receiver/gpsreceiver.h"
 #include "gpsengine/receiver/post.h"
+#include "gpsengine/receiver/workingstate.h"
 #include "gpsengine/reports/wire.h"
 
 // The raw data of an Ashtech receiver: MBN has one satellite's measurement, PBN the position and clock that
@@ -19,8 +20,8 @@ constexpr double kDegreesPerRadian = 180.0 / std::numbers::pi;
 constexpr int kLeastSatellites = 4;  // with fewer there is no position to compute
 
 // The receiver gives a range as one second less the time of flight, and may be whole seconds off.
-double SignedFraction(double dRange) {
-  double fraction = 1.0 - dRange;
+double SignedFraction(double range) {
+  double fraction = 1.0 - range;
   if (fraction < -1.0) fraction += std::trunc(std::fabs(fraction)) + 1.0;
   if (fraction > 1.0) fraction -= std::trunc(std::fabs(fraction));
   return fraction;
@@ -63,11 +64,11 @@ int WeekByClock() {
 }  // namespace
 
 // $PASHR,MBN, and 42 bytes.
-bool CGPSReceiver::ProcessPASHR_MBN(const void* pPayload) {
-  if (pPayload == nullptr) return false;
-  const RecordLock lock = LockRecord();
-  const std::uint16_t nChecksum = WireChecksum(pPayload, 40);
-  WireReader in(pPayload);
+bool CGPSReceiver::ProcessPASHR_MBN(const void* payload) {
+  if (payload == nullptr) return false;
+  const RecordLock state;
+  const std::uint16_t checksum = WireChecksum(payload, 40);
+  WireReader in(payload);
   DataRecord_G12_MBN record{};
   record.nDataType = in.Take<std::uint8_t>();
   record.nToFollow = in.Take<std::uint8_t>();
@@ -84,60 +85,60 @@ bool CGPSReceiver::ProcessPASHR_MBN(const void* pPayload) {
   in.Skip(8);
   record.nChecksum = in.Take<std::uint16_t>();
 
-  if (nChecksum != record.nChecksum) {
-    Trace("Bad MBN checksum %d - %d\n", nChecksum, record.nChecksum);
+  if (checksum != record.nChecksum) {
+    Trace("Bad MBN checksum %d - %d\n", checksum, record.nChecksum);
     return false;
   }
   if (record.nDataType != 1 || record.nGoodBad != 24) {
     Trace("bad markers: datatype - %d, goodbad - %d", record.nDataType, record.nGoodBad);
     return false;
   }
-  m_GPSDataRaw.m_bEpochComplete = record.nToFollow == 0;
+  state->epoch.m_bEpochComplete = record.nToFollow == 0;
   Trace("num to follow: %d\n", record.nToFollow);
-  return m_GPSDataRaw.AddSatelliteData(record);
+  return state->epoch.AddSatelliteData(record);
 }
 
 // $PASHR,PBN, and 56 bytes. A bad one takes the epoch's measurements with it: no position will come for them.
-bool CGPSReceiver::ProcessPASHR_PBN(const void* pPayload) {
-  if (pPayload == nullptr) return false;
-  const RecordLock lock = LockRecord();
-  const std::uint16_t nComputed = WireChecksum(pPayload, 54);
-  WireReader in(pPayload);
-  const double receiverTime = in.Take<std::int32_t>() * 0.001;
+bool CGPSReceiver::ProcessPASHR_PBN(const void* payload) {
+  if (payload == nullptr) return false;
+  const RecordLock state;
+  const std::uint16_t computed = WireChecksum(payload, 54);
+  WireReader in(payload);
+  const double receiver_time = in.Take<std::int32_t>() * 0.001;
   in.Skip(4);
   const double x = in.Take<double>();
   const double y = in.Take<double>();
   const double z = in.Take<double>();
-  const double clockOffset = in.Take<float>();
+  const double clock_offset = in.Take<float>();
   in.Skip(12);
-  const double clockDrift = in.Take<float>();
+  const double clock_drift = in.Take<float>();
   in.Skip(2);
-  const auto nReceived = in.Take<std::uint16_t>();
+  const auto received = in.Take<std::uint16_t>();
 
-  m_GPSDataRaw.m_bPositionValid = false;
-  if (nComputed != nReceived) {
-    Trace("Bad PBN checksum: %d : %d\n", nComputed, nReceived);
-    m_GPSDataRaw.Clear();
+  state->epoch.m_bPositionValid = false;
+  if (computed != received) {
+    Trace("Bad PBN checksum: %d : %d\n", computed, received);
+    state->epoch.Clear();
     return false;
   }
   const Geodetic position = ToGeodetic(x, y, z);
-  m_GPSDataRaw.m_dLatitude = position.dLatitude * kDegreesPerRadian;
-  m_GPSDataRaw.m_dLongitude = position.dLongitude * kDegreesPerRadian;
-  m_GPSDataRaw.m_dHeight = position.dHeight;
-  m_GPSDataRaw.m_dReceiverTime = receiverTime;
-  m_GPSDataRaw.m_dCorrectedTime = receiverTime - clockOffset / kSpeedOfLight;
-  m_GPSDataRaw.m_dClockOffset = clockOffset;
-  m_GPSDataRaw.m_dClockDrift = clockDrift;
-  m_GPSDataRaw.m_bPositionValid = true;
+  state->epoch.m_dLatitude = position.dLatitude * kDegreesPerRadian;
+  state->epoch.m_dLongitude = position.dLongitude * kDegreesPerRadian;
+  state->epoch.m_dHeight = position.dHeight;
+  state->epoch.m_dReceiverTime = receiver_time;
+  state->epoch.m_dCorrectedTime = receiver_time - clock_offset / kSpeedOfLight;
+  state->epoch.m_dClockOffset = clock_offset;
+  state->epoch.m_dClockDrift = clock_drift;
+  state->epoch.m_bPositionValid = true;
   return true;
 }
 
 // $PASHR,SNV, and 132 bytes. The record takes a bad one too, but it goes no further.
-bool CGPSReceiver::ProcessPASHR_SNV(const void* pPayload) {
-  if (pPayload == nullptr) return false;
-  WireReader in(pPayload);
-  RecordLock lock = LockRecord();
-  CGPSDataEphemeris& ephemeris = m_GPSEphemeris;
+bool CGPSReceiver::ProcessPASHR_SNV(const void* payload) {
+  if (payload == nullptr) return false;
+  WireReader in(payload);
+  RecordLock state;
+  CGPSDataEphemeris& ephemeris = state->ephemeris;
   ephemeris.m_nWeek = in.Take<std::int16_t>();
   ephemeris.m_lTow = in.Take<std::int32_t>();
   ephemeris.m_dTgd = in.Take<float>();
@@ -166,21 +167,21 @@ bool CGPSReceiver::ProcessPASHR_SNV(const void* pPayload) {
   in.Skip(6);
   ephemeris.m_nPRN = static_cast<std::int16_t>(in.Take<std::int8_t>() + 1);
   in.Skip(1);
-  if (in.Take<std::uint16_t>() != WireChecksum(pPayload, 130)) {
+  if (in.Take<std::uint16_t>() != WireChecksum(payload, 130)) {
     Trace("Bad ephemeris checksum\n");
     return false;
   }
   Trace("EPMERIS for %d\n", ephemeris.m_nPRN);
-  lock.unlock();
+  state.Unlock();
   PostEphemerisInfo();
   return true;
 }
 
 bool CGPSReceiver::PostEphemerisInfo() {
-  RecordLock lock = LockRecord();
-  if (m_GPSEphemeris.m_nWeek <= 0) return false;
-  std::unique_ptr<CGPSDataEphemeris> copy(new (std::nothrow) CGPSDataEphemeris(m_GPSEphemeris));
-  lock.unlock();
+  RecordLock state;
+  if (state->ephemeris.m_nWeek <= 0) return false;
+  std::unique_ptr<CGPSDataEphemeris> copy(new (std::nothrow) CGPSDataEphemeris(state->ephemeris));
+  state.Unlock();
   BroadcastNotification(GPS_NOTIFY_EPHEMERIS, &m_Notification);
   if (copy == nullptr) return false;
   PostObject(WM_GPS_NEW_EPHEMERIS, std::move(copy));
@@ -189,20 +190,20 @@ bool CGPSReceiver::PostEphemerisInfo() {
 
 // An epoch leaves when its position is there.
 bool CGPSReceiver::PostNewDataRaw() {
-  RecordLock lock = LockRecord();
-  if (!m_GPSDataRaw.m_bPositionValid) return false;
-  if (m_GPSDataRaw.GetNumSV() < kLeastSatellites) {
-    m_GPSDataRaw.Clear();
+  RecordLock state;
+  if (!state->epoch.m_bPositionValid) return false;
+  if (state->epoch.GetNumSV() < kLeastSatellites) {
+    state->epoch.Clear();
     return false;
   }
   std::unique_ptr<CGPSDataRaw> copy(new (std::nothrow) CGPSDataRaw);
   if (copy == nullptr) return false;
-  m_GPSDataRaw.m_nGPSWeek = m_GPSEphemeris.m_nWeek > 0 ? m_GPSEphemeris.m_nWeek : WeekByClock();
-  *copy = m_GPSDataRaw;
+  state->epoch.m_nGPSWeek = state->ephemeris.m_nWeek > 0 ? state->ephemeris.m_nWeek : WeekByClock();
+  *copy = state->epoch;
   copy->m_Time = CTime::GetCurrentTime();
-  Trace("writing raw data when MBN is %d\n", m_GPSDataRaw.m_bEpochComplete);
-  m_GPSDataRaw.Clear();
-  lock.unlock();
+  Trace("writing raw data when MBN is %d\n", state->epoch.m_bEpochComplete);
+  state->epoch.Clear();
+  state.Unlock();
   PostObject(WM_GPS_NEW_RAW_DATA, std::move(copy));
   return true;
 }

@@ -4,7 +4,7 @@
 
 #include "gpsengine/platform/clock.h"
 #include "gpsengine/platform/trace.h"
-#include "gpsengine/receiver/gpsreceiver.h"
+#include "gpsengine/receiver/decoders.h"
 #include "gpsengine/receiver/post.h"
 #include "gpsengine/reports/fields.h"
 #include "gpsengine/text/number.h"
@@ -42,8 +42,8 @@ bool ShowMask(CGPSStatusData& status, const CString& value) {
 
 bool ShowLband(CGPSStatusData& status, const CString& value) {
   double frequency = 0.0;
-  int nRemaining = 0;
-  if (!ParseDouble(value.View(), frequency, nRemaining)) return false;
+  int remaining = 0;
+  if (!ParseDouble(value.View(), frequency, remaining)) return false;
   status.m_nLbandMode = frequency == 0.0 ? 1 : 2;
   return true;
 }
@@ -62,17 +62,23 @@ constexpr int kBinFrame = 12;
 // blocks.
 constexpr double kBinRenewal = 3.0;
 
-int BinDataLength(const char* pBlock, int nLength) {
+int BinDataLength(const char* block, int length) {
   std::array<unsigned char, 8> head{};
-  std::memcpy(head.data(), pBlock, std::min(head.size(), static_cast<std::size_t>(nLength)));
+  std::memcpy(head.data(), block, std::min(head.size(), static_cast<std::size_t>(length)));
   return head[6] | head[7] << 8;
+}
+
+void KeepWords(CWordArray& words, const char* block, int count) {
+  words.SetSize(count);
+  const auto byte = [&](int index) { return static_cast<BYTE>(block[index]); };
+  for (int i = 0; i < count; ++i) words.GetData()[i] = static_cast<WORD>(byte(2 * i) | byte(2 * i + 1) << 8);
 }
 
 // Takes a block to the host's thread, which may read it there as long as it likes.
 class BlockFreight : public MessageFreight {
  public:
-  BlockFreight(CWordArray words, std::shared_ptr<CWordArray> pTarget)
-      : m_Words(std::move(words)), m_pTarget(std::move(pTarget)) {}
+  BlockFreight(CWordArray words, std::shared_ptr<CWordArray> target)
+      : m_Words(std::move(words)), m_pTarget(std::move(target)) {}
   void Arrive() override { *m_pTarget = std::move(m_Words); }
 
  private:
@@ -87,9 +93,8 @@ class BlockFreight : public MessageFreight {
 //   $>JSHOW,ASC,GPGGA,1.0,OTHER
 //   $>JSHOW,MASK,5
 //   $>JSHOW,FREQ,1557.8450
-bool CGPSReceiver::ProcessJSHOW(CString& strMessage) try {
-  CGPSStatusData& status = m_GPSData.m_Status;
-  CParser parser(strMessage, ",", true);
+bool CDecoders::JSHOW(CGPSStatusData& status, CString& message) {
+  CParser parser(message, ",", true);
   CString keyword, value;
   parser.SkipField();
   parser.GetNextString(keyword);
@@ -101,26 +106,15 @@ bool CGPSReceiver::ProcessJSHOW(CString& strMessage) try {
   if (!setting->pfnShow(status, value)) return false;
   status.m_bStatusUpdated = true;
   return true;
-} catch (const CException&) {
-  Trace("Invalid JSHOW string.\n");
-  return false;
 }
 
 // Lines for a person to read go to the host as they are:
 //   $>JI,412345,1,7,14032004,01/06/2004,31/12/2009,3.5,43
 //   $>JGEO,SENT=1575.4200,USED=1575.4200,PRN=122,LON=-54,EL=21,AZ=115
 //   $RD1,314200,1450,1557.8450,1,2,3,0,4,0,1,0
-bool CGPSReceiver::ProcessJiOrJgeoOrRd1(CString& strMessage) {
-  StoreText(m_GPSData.m_Status, strMessage);
+bool CDecoders::JiOrJgeoOrRd1(CGPSStatusData& status, CString& message) {
+  StoreText(status, message);
   return true;
-}
-
-void CGPSReceiver::KeepWords(const char* pBytes, int nWords) {
-  const RecordLock lock = LockRecord();
-  m_LastWords.SetSize(nWords);
-  const auto byte = [&](int nIndex) { return static_cast<BYTE>(pBytes[nIndex]); };
-  for (int i = 0; i < nWords; ++i)
-    m_LastWords.GetData()[i] = static_cast<WORD>(byte(2 * i) | byte(2 * i + 1) << 8);
 }
 
 void CGPSReceiver::PostWords() {
@@ -133,20 +127,23 @@ void CGPSReceiver::PostWords() {
 // Bytes of a block with four bytes of data: "$BIN", number 95, length 4, data, checksum, line end:
 //   24 42 49 4E  5F 00  04 00  11 22 33 44  AA 00  0D 0A
 bool CGPSReceiver::ProcessBIN() {
-  int nLength = 0;
-  const char* const pBlock = m_GPSMessageRaw.GetMessageBin(nLength);
-  Trace("BIN length %d\n", nLength);
-  if (pBlock == nullptr) return false;
+  RecordLock state;
+  int length = 0;
+  const char* const block = state->message.GetMessageBin(length);
+  Trace("BIN length %d\n", length);
+  if (block == nullptr) return false;
 
-  const int nWords = (BinDataLength(pBlock, nLength) + kBinFrame) / 2;
-  const bool bWhole = 2 * nWords <= nLength;
-  KeepWords(pBlock, bWhole ? nWords : 0);
-  if (!bWhole) return false;
+  const int words = (BinDataLength(block, length) + kBinFrame) / 2;
+  const bool whole = 2 * words <= length;
+  KeepWords(m_LastWords, block, whole ? words : 0);
+  const bool fast = state->binInterval == 0.2;
+  const int renewal = static_cast<int>(kBinRenewal / state->binInterval);
+  state.Unlock();
+  if (!whole) return false;
   PostWords();
 
-  const double interval = s_dBinInterval;
-  if (++m_nBinaryMessages % static_cast<int>(kBinRenewal / interval) == 0) {
-    m_Port.Write(CString(interval == 0.2 ? "$JBIN,95,0.2\r\n" : "$JBIN,95,1\r\n"));
+  if (++m_nBinaryMessages % renewal == 0) {
+    m_Port.Write(CString(fast ? "$JBIN,95,0.2\r\n" : "$JBIN,95,1\r\n"));
     Sleep(200);
   }
   return true;
@@ -155,11 +152,13 @@ bool CGPSReceiver::ProcessBIN() {
 // Any OEM binary message, from its sync bytes to its CRC:
 //   AA 44 12 1C 2A 00 …
 bool CGPSReceiver::ProcessAxis4BIN() {
-  int nLength = 0;
-  const char* const pMessage = m_GPSMessageRaw.GetMessageBin(nLength);
-  Trace("BIN length %d\n", nLength);
-  if (pMessage == nullptr) return false;
-  KeepWords(pMessage, nLength / 2);
+  RecordLock state;
+  int length = 0;
+  const char* const message = state->message.GetMessageBin(length);
+  Trace("BIN length %d\n", length);
+  if (message == nullptr) return false;
+  KeepWords(m_LastWords, message, length / 2);
+  state.Unlock();
   PostWords();
   return true;
 }

@@ -1,5 +1,4 @@
-#include "gpsengine/platform/trace.h"
-#include "gpsengine/receiver/gpsreceiver.h"
+#include "gpsengine/receiver/decoders.h"
 #include "gpsengine/text/parser.h"
 
 // What a beacon receiver says of itself.
@@ -8,17 +7,16 @@ namespace {
 
 // A checksum such as 4A reads as a number, and must not stand in for a last field that is missing.
 CString WithoutChecksum(const CString& sentence) {
-  const int nAsterisk = sentence.Find(u'*');
-  return nAsterisk < 0 ? sentence : sentence.Left(nAsterisk);
+  const int asterisk = sentence.Find(u'*');
+  return asterisk < 0 ? sentence : sentence.Left(asterisk);
 }
 
 }  // namespace
 
 // Signal strength, signal to noise ratio, frequency and bit rate:
 //   $CRMSS,52,21,310.0,100*45
-bool CGPSReceiver::ProcessCRMSS(CString& strMessage) try {
-  CGPSStatusData& status = m_GPSData.m_Status;
-  CParser parser(WithoutChecksum(strMessage), ",*", true);
+bool CDecoders::CRMSS(CGPSStatusData& status, CString& message) {
+  CParser parser(WithoutChecksum(message), ",*", true);
   parser.SkipField();
   parser.GetInt(status.m_nBeaconSignalStrength);
   parser.GetInt(status.m_nBeaconSNR);
@@ -26,16 +24,12 @@ bool CGPSReceiver::ProcessCRMSS(CString& strMessage) try {
   parser.GetInt(status.m_nBeaconBitRate);
   status.m_bBeaconStatusValid = status.m_bStatusUpdated = true;
   return true;
-} catch (const CException&) {
-  Trace("Invalid CRMSS string.\n");
-  return false;
 }
 
 // Frequency and whether the receiver tunes by itself, which may be missing:
 //   $CRMSK,310.0,A,100,A,5*40
-bool CGPSReceiver::ProcessCRMSK(CString& strMessage) try {
-  CGPSStatusData& status = m_GPSData.m_Status;
-  CParser parser(strMessage, ",*", true);
+bool CDecoders::CRMSK(CGPSStatusData& status, CString& message) {
+  CParser parser(message, ",*", true);
   CString mode;
   parser.SkipField();
   parser.SkipField();
@@ -44,7 +38,4 @@ bool CGPSReceiver::ProcessCRMSK(CString& strMessage) try {
   if (mode == "M") status.m_bBeaconAutoTune = false;
   status.m_bBeaconTuneValid = status.m_bStatusUpdated = true;
   return true;
-} catch (const CException&) {
-  Trace("Invalid CRMSK string.\n");
-  return false;
 }

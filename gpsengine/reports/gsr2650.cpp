@@ -1,4 +1,4 @@
-#include "gpsengine/receiver/gpsreceiver.h"
+#include "gpsengine/receiver/decoders.h"
 #include "gpsengine/reports/fields.h"
 #include "gpsengine/text/number.h"
 
@@ -13,11 +13,11 @@ std::u16string_view Data(const CString& log) {
   return head == std::u16string_view::npos ? std::u16string_view() : log.View().substr(head + 1);
 }
 
-/// The data through the `nCount`-th `delimiter`, which stays; nothing if there are fewer.
-std::u16string_view DataThrough(const CString& log, WCHAR delimiter, int nCount = 1) {
+/// The data through the `count`-th `delimiter`, which stays; nothing if there are fewer.
+std::u16string_view DataThrough(const CString& log, WCHAR delimiter, int count = 1) {
   const auto data = Data(log);
   std::size_t end = 0;
-  for (int i = 0; i < nCount; ++i) {
+  for (int i = 0; i < count; ++i) {
     const auto next = data.find(delimiter, end);
     if (next == data.npos) return {};
     end = next + 1;
@@ -26,8 +26,8 @@ std::u16string_view DataThrough(const CString& log, WCHAR delimiter, int nCount 
 }
 
 /// Hands data on to the host, behind a short name in place of the log's head.
-void StoreLog(CGPSStatusData& status, const char* pszName, std::u16string_view data) {
-  StoreText(status, CString(pszName) + CString(data));
+void StoreLog(CGPSStatusData& status, const char* name, std::u16string_view data) {
+  StoreText(status, CString(name) + CString(data));
 }
 
 struct Source {
@@ -52,11 +52,8 @@ void StoreSource(CGPSStatusData& status, std::u16string_view data, std::span<con
 
 // The logs that are on. One that is not named is off:
 //   #LOGLISTA,COM1,0,71.5,FINESTEERING,1450,314159.265,00000000,0000,1234;2,COM1,GPGGA,ONTIME,1.0,…*1f2e3d4c
-bool CGPSReceiver::ProcessLOGLIST(CString& strMessage) {
-  const auto state = [&](const char* pszName) {
-    return strMessage.Find(pszName) >= 0 ? NMEA_MSG_ON : NMEA_MSG_OFF;
-  };
-  CGPSStatusData& status = m_GPSData.m_Status;
+bool CDecoders::LOGLIST(CGPSStatusData& status, CString& message) {
+  const auto state = [&](const char* name) { return message.Find(name) >= 0 ? NMEA_MSG_ON : NMEA_MSG_OFF; };
   for (const NmeaField& field : kNmeaFields) status.*field.pStatus = state(field.pszName);
   status.m_nNmeaSAT = state("GPSAT");
   status.m_bNmeaStatusValid = status.m_bStatusUpdated = true;
@@ -64,18 +61,17 @@ bool CGPSReceiver::ProcessLOGLIST(CString& strMessage) {
 }
 
 // The receiver's configuration, of which nothing is kept.
-bool CGPSReceiver::ProcessRXCONFIG(CString&) {
+bool CDecoders::RXCONFIG(CGPSStatusData&, CString&) {
   return true;
 }
 
 // Elevation mask in degrees:
 //   #ECUTOFFA,COM1,0,71.5,FINESTEERING,1450,314159.265,00000000,0000,1234;7.5*1f2e3d4c
-bool CGPSReceiver::ProcessECUTOFF(CString& strMessage) {
-  const auto data = DataThrough(strMessage, u'*');
+bool CDecoders::ECUTOFF(CGPSStatusData& status, CString& message) {
+  const auto data = DataThrough(message, u'*');
   double mask = 0.0;
-  int nRemaining = 0;
-  if (data.empty() || !ParseDouble(data, mask, nRemaining)) return false;
-  CGPSStatusData& status = m_GPSData.m_Status;
+  int remaining = 0;
+  if (data.empty() || !ParseDouble(data, mask, remaining)) return false;
   if (!Truncate(mask, status.m_nElevationMask)) return false;
   status.m_bElevationMaskValid = status.m_bStatusUpdated = true;
   return true;
@@ -83,44 +79,44 @@ bool CGPSReceiver::ProcessECUTOFF(CString& strMessage) {
 
 // The L-band subscription and signal, for a person to read:
 //   #OMNIINFOA,COM1,0,71.5,FINESTEERING,1450,314159.265,00000000,0000,1234;ENABLED,00000007,"NASAT"*1f2e3d4c
-bool CGPSReceiver::ProcessOMNIINFO(CString& strMessage) {
-  StoreLog(m_GPSData.m_Status, "$OMNII,", DataThrough(strMessage, u'*'));
+bool CDecoders::OMNIINFO(CGPSStatusData& status, CString& message) {
+  StoreLog(status, "$OMNII,", DataThrough(message, u'*'));
   return true;
 }
 
 //   #OMNISTATA,COM1,0,71.5,FINESTEERING,1450,314159.265,00000000,0000,1234;FREQUENCY,SIGNAL,0.00*1f2e3d4c
-bool CGPSReceiver::ProcessOMNISTAT(CString& strMessage) {
-  StoreLog(m_GPSData.m_Status, "$OMNIS,", DataThrough(strMessage, u'*'));
+bool CDecoders::OMNISTAT(CGPSStatusData& status, CString& message) {
+  StoreLog(status, "$OMNIS,", DataThrough(message, u'*'));
   return true;
 }
 
 // The high precision position; its head, down to the height, is what tells how good the solution is:
 //   #OMNIHPPOSA,COM1,0,71.5,FINESTEERING,1450,314159.265,00000000,0000,1234;SOL_COMPUTED,OMNISTAR_HP,51.1,-114.0,1063.2,…
-bool CGPSReceiver::ProcessOMNIHPPOS(CString& strMessage) {
-  StoreLog(m_GPSData.m_Status, "$OMNIP,", DataThrough(strMessage, u',', 5));
+bool CDecoders::OMNIHPPOS(CGPSStatusData& status, CString& message) {
+  StoreLog(status, "$OMNIP,", DataThrough(message, u',', 5));
   return true;
 }
 
 //   #WAAS1A,COM1,0,71.5,FINESTEERING,1450,314159.265,00000000,0000,1234;122,ffffffff,2*1f2e3d4c
-bool CGPSReceiver::ProcessWAAS1(CString& strMessage) {
-  StoreLog(m_GPSData.m_Status, "$WAAS1,", DataThrough(strMessage, u'*'));
+bool CDecoders::WAAS1(CGPSStatusData& status, CString& message) {
+  StoreLog(status, "$WAAS1,", DataThrough(message, u'*'));
   return true;
 }
 
 //   #RTKSOURCEA,COM1,0,71.5,FINESTEERING,1450,314159.265,00000000,0000,1234;OMNISTAR,"ANY"*1f2e3d4c
-bool CGPSReceiver::ProcessRTKSOURCE(CString& strMessage) {
-  StoreSource(m_GPSData.m_Status, Data(strMessage), kRtkSources);
+bool CDecoders::RTKSOURCE(CGPSStatusData& status, CString& message) {
+  StoreSource(status, Data(message), kRtkSources);
   return true;
 }
 
 //   #SBASCONTROLA,COM1,0,71.5,FINESTEERING,1450,314159.265,00000000,0000,1234;ENABLE,AUTO,0,NONE*1f2e3d4c
-bool CGPSReceiver::ProcessSBASCONTROL(CString& strMessage) {
-  StoreSource(m_GPSData.m_Status, Data(strMessage), kSbasSources);
+bool CDecoders::SBASCONTROL(CGPSStatusData& status, CString& message) {
+  StoreSource(status, Data(message), kSbasSources);
   return true;
 }
 
 //   #PSRDIFFSOURCEA,COM1,0,71.5,FINESTEERING,1450,314159.265,00000000,0000,1234;CDGPS,"ANY"*1f2e3d4c
-bool CGPSReceiver::ProcessPSRDIFFSOURCE(CString& strMessage) {
-  StoreSource(m_GPSData.m_Status, Data(strMessage), kDifferentialSources);
+bool CDecoders::PSRDIFFSOURCE(CGPSStatusData& status, CString& message) {
+  StoreSource(status, Data(message), kDifferentialSources);
   return true;
 }

@@ -1,5 +1,4 @@
-#include "gpsengine/platform/trace.h"
-#include "gpsengine/receiver/gpsreceiver.h"
+#include "gpsengine/receiver/decoders.h"
 #include "gpsengine/text/number.h"
 #include "gpsengine/text/parser.h"
 
@@ -15,17 +14,17 @@ bool FindBehind(std::u16string_view line, std::u16string_view key, std::u16strin
   return true;
 }
 
-bool ReadBehind(std::u16string_view line, std::u16string_view key, int& nValue) {
+bool ReadBehind(std::u16string_view line, std::u16string_view key, int& value) {
   std::u16string_view rest;
-  return FindBehind(line, key, rest) && ParseInt(rest, &nValue);
+  return FindBehind(line, key, rest) && ParseInt(rest, &value);
 }
 
-bool ReadBehind(std::u16string_view line, std::u16string_view key, double& dValue) {
+bool ReadBehind(std::u16string_view line, std::u16string_view key, double& value) {
   std::u16string_view rest;
   double number = 0.0;
-  int nRemaining = 0;
-  if (!FindBehind(line, key, rest) || !ParseDouble(rest, number, nRemaining)) return false;
-  dValue = number;
+  int remaining = 0;
+  if (!FindBehind(line, key, rest) || !ParseDouble(rest, number, remaining)) return false;
+  value = number;
   return true;
 }
 
@@ -53,9 +52,8 @@ constexpr NmeaMsgStatus CGPSStatusData::*kPrtaFields[] = {
 
 // Position mode, fixed altitude and the masks of the dilutions:
 //   PMD:1 ALT:+0087.50 PDP:40 HDP:05 VDP:06
-bool CGPSReceiver::ProcessPARPMD(CString& strMessage) try {
-  CGPSStatusData& status = m_GPSData.m_Status;
-  const auto line = strMessage.View();
+bool CDecoders::PARPMD(CGPSStatusData& status, CString& message) {
+  const auto line = message.View();
   if (!ReadBehind(line, u"PMD:", status.m_nPositionMode)) return false;
   if (!ReadBehind(line, u"ALT:", status.m_dFixedAltitude)) return false;
   if (!ReadBehind(line, u"PDP:", status.m_nPDOPMask)) return false;
@@ -63,56 +61,41 @@ bool CGPSReceiver::ProcessPARPMD(CString& strMessage) try {
   if (!ReadBehind(line, u"VDP:", status.m_nVDOPMask)) return false;
   status.m_bPositionModeValid = status.m_bStatusUpdated = true;
   return true;
-} catch (const CException&) {
-  Trace("Invalid PAR PMD string.\n");
-  return false;
 }
 
 // Output interval in seconds:
 //   PER:002.00
-bool CGPSReceiver::ProcessPARPER(CString& strMessage) try {
-  CGPSStatusData& status = m_GPSData.m_Status;
-  if (!ReadBehind(strMessage.View(), u"PER:", status.m_dOutputInterval)) return false;
+bool CDecoders::PARPER(CGPSStatusData& status, CString& message) {
+  if (!ReadBehind(message.View(), u"PER:", status.m_dOutputInterval)) return false;
   status.m_bStatusUpdated = true;
   return true;
-} catch (const CException&) {
-  Trace("Invalid PAR PER string.\n");
-  return false;
 }
 
 // Elevation mask in degrees, and whether the receiver keeps its settings over a power cycle:
 //   PEM:08 SAV:Y
-bool CGPSReceiver::ProcessPARPEM(CString& strMessage) try {
-  CGPSStatusData& status = m_GPSData.m_Status;
-  CParser parser(strMessage, ": ", true);
+bool CDecoders::PARPEM(CGPSStatusData& status, CString& message) {
+  CParser parser(message, ": ", true);
   parser.SkipField();
   parser.GetInt(status.m_nElevationMask);
-  const bool bSaved = strMessage.Find("SAV:Y") >= 0;
-  if (!bSaved && strMessage.Find("SAV:N") < 0) return false;
-  status.m_bMaskSaved = bSaved;
+  const bool saved = message.Find("SAV:Y") >= 0;
+  if (!saved && message.Find("SAV:N") < 0) return false;
+  status.m_bMaskSaved = saved;
   status.m_bMaskSaveValid = status.m_bElevationMaskValid = status.m_bStatusUpdated = true;
   return true;
-} catch (const CException&) {
-  Trace("Invalid PAR PEM string.\n");
-  return false;
 }
 
 // Which sentences are on, by position:
 //   PRTA: 9600 1.0 A ON OFF ON ON OFF OFF ON OFF OFF OFF OFF OFF
-bool CGPSReceiver::ProcessPARPRTA(CString& strMessage) try {
-  strMessage.Replace("  ", " ");
-  CGPSStatusData& status = m_GPSData.m_Status;
-  CParser parser(strMessage, " ", true);
+bool CDecoders::PARPRTA(CGPSStatusData& status, CString& message) {
+  message.Replace("  ", " ");
+  CParser parser(message, " ", true);
   CString text;
-  for (const auto pStatus : kPrtaFields) {
+  for (const auto field : kPrtaFields) {
     parser.GetNextString(text);
-    if (pStatus != nullptr && !GetNmeaMsgStatus(text, status.*pStatus)) return false;
+    if (field != nullptr && !CGPSReceiver::GetNmeaMsgStatus(text, status.*field)) return false;
   }
   status.m_bNmeaStatusValid = status.m_bStatusUpdated = true;
   return true;
-} catch (const CException&) {
-  Trace("Invalid PAR PRTA string.\n");
-  return false;
 }
 
 bool CGPSReceiver::GetNmeaMsgStatus(const CString& text, NmeaMsgStatus& status) {
@@ -127,8 +110,8 @@ bool CGPSReceiver::GetNmeaMsgStatus(const CString& text, NmeaMsgStatus& status, 
     return true;
   }
   double rate = 0.0;
-  int nRemaining = 0;
-  if (!ParseDouble(rest, rate, nRemaining)) return false;
+  int remaining = 0;
+  if (!ParseDouble(rest, rate, remaining)) return false;
   status = rate > 0.0 ? NMEA_MSG_ON : NMEA_MSG_OFF;
   return true;
 }

@@ -61,7 +61,7 @@ constexpr int kHeldDigits = 19;                           // that 64 bits hold
 constexpr std::uint64_t kExact = std::uint64_t{1} << 53;  // a double holds every whole number up to here
 
 // The value of a number that is too long, or too large or small, for the short way.
-double ReadSlowly(std::u16string_view number, int nExponent) {
+double ReadSlowly(std::u16string_view number, int exponent) {
   const std::string bytes(number.begin(), number.end());
   double value = 0.0;
   const auto [end, error] = std::from_chars(bytes.data(), bytes.data() + bytes.size(), value);
@@ -70,13 +70,13 @@ double ReadSlowly(std::u16string_view number, int nExponent) {
   const auto first = number.find_first_of(u"123456789");
   const auto point = std::min(number.find(u'.'), number.find_first_of(u"eE"));
   const auto whole = static_cast<int>(std::min(point, number.size()));
-  const int magnitude = whole - static_cast<int>(std::min(first, number.size())) + nExponent;
+  const int magnitude = whole - static_cast<int>(std::min(first, number.size())) + exponent;
   return magnitude > 0 ? HUGE_VAL : 0.0;
 }
 
 }  // namespace
 
-bool ParseInt(std::u16string_view text, int* pValue) {
+bool ParseInt(std::u16string_view text, int* result) {
   constexpr std::ptrdiff_t kSafeDigits = 9;  // no overflow up to here
   bool negative = false;
   if (!text.empty() && !IsDigit(text.front())) {
@@ -85,19 +85,19 @@ bool ParseInt(std::u16string_view text, int* pValue) {
   }
   const WCHAR* p = text.data();
   const WCHAR* const end = p + text.size();
-  const WCHAR* const safeEnd = p + std::min(end - p, kSafeDigits);
+  const WCHAR* const safe_end = p + std::min(end - p, kSafeDigits);
   if (p == end || !IsDigit(*p)) return false;
   std::int64_t value = 0;
-  for (; p != safeEnd && IsDigit(*p); ++p) value = value * 10 + (*p - u'0');
+  for (; p != safe_end && IsDigit(*p); ++p) value = value * 10 + (*p - u'0');
   for (; p != end && IsDigit(*p); ++p) {
     value = value * 10 + (*p - u'0');
     if (value >= std::numeric_limits<int>::max() + std::int64_t{negative}) return false;
   }
-  *pValue = static_cast<int>(negative ? -value : value);
+  *result = static_cast<int>(negative ? -value : value);
   return true;
 }
 
-bool ParseDouble(std::u16string_view text, double& value, int& nRemaining) {
+bool ParseDouble(std::u16string_view text, double& value, int& remaining) {
   bool negative = false;
   if (!text.empty() && !IsDigit(text.front())) {
     SkipSpace(text);
@@ -129,23 +129,23 @@ bool ParseDouble(std::u16string_view text, double& value, int& nRemaining) {
   }
   if (negative) value = -value;
   if (std::fabs(value) == HUGE_VAL) return false;
-  nRemaining = static_cast<int>(text.size());
+  remaining = static_cast<int>(text.size());
   return true;
 }
 
-bool ParseShortDecimal(std::u16string_view number, const WCHAR* pStart, double& value) {
+bool ParseShortDecimal(std::u16string_view number, const WCHAR* start, double& value) {
   std::uint64_t digits = 0;
   int fraction = 0;
-  if (!textscan::ReadShortDecimal(number, pStart, digits, fraction)) return false;
+  if (!textscan::ReadShortDecimal(number, start, digits, fraction)) return false;
   // Both are exact in a double, as in the long way.
   value = static_cast<double>(static_cast<std::int64_t>(digits)) / kPowersOfTen[fraction];
   return true;
 }
 
-bool ParseInt(CString text, int* pValue) {
-  return ParseInt(text.View(), pValue);
+bool ParseInt(CString text, int* result) {
+  return ParseInt(text.View(), result);
 }
 
-bool ParseDouble(CString text, double& value, int& nRemaining) {
-  return ParseDouble(text.View(), value, nRemaining);
+bool ParseDouble(CString text, double& value, int& remaining) {
+  return ParseDouble(text.View(), value, remaining);
 }

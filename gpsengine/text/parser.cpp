@@ -7,35 +7,35 @@
 #include "gpsengine/platform/textscan.h"
 #include "gpsengine/text/number.h"
 
-CParser::CParser(const CString& strText, const CString& strDelimiters, bool bThrow)
-    : m_strOwn(strText),
-      m_cFirst(strDelimiters[0]),
-      m_cSecond(strDelimiters.GetLength() > 1 ? strDelimiters[1] : strDelimiters[0]),
-      m_strMore(strDelimiters.Mid(2)),
-      m_bThrow(bThrow) {
+CParser::CParser(const CString& text, const CString& delimiters, bool throws)
+    : m_strOwn(text),
+      m_cFirst(delimiters[0]),
+      m_cSecond(delimiters.GetLength() > 1 ? delimiters[1] : delimiters[0]),
+      m_strMore(delimiters.Mid(2)),
+      m_bThrow(throws) {
   Start(m_strOwn.View());
 }
 
-CParser::CParser(const CString& strText, const char* pszDelimiters, bool bThrow)
-    : m_strOwn(strText), m_bThrow(bThrow) {
-  SetDelimiters(pszDelimiters);
+CParser::CParser(const CString& text, const char* delimiters, bool throws)
+    : m_strOwn(text), m_bThrow(throws) {
+  SetDelimiters(delimiters);
   Start(m_strOwn.View());
 }
 
-CParser::CParser(InPlace text, const char* pszDelimiters, bool bThrow) : m_bThrow(bThrow) {
-  SetDelimiters(pszDelimiters);
+CParser::CParser(InPlace text, const char* delimiters, bool throws) : m_bThrow(throws) {
+  SetDelimiters(delimiters);
   Start(text.text);
 }
 
-void CParser::SetDelimiters(const char* pszDelimiters) {
-  m_cFirst = m_cSecond = static_cast<unsigned char>(pszDelimiters[0]);
-  if (m_cFirst == 0 || pszDelimiters[1] == 0) return;
-  m_cSecond = static_cast<unsigned char>(pszDelimiters[1]);
-  if (pszDelimiters[2] != 0) m_strMore = pszDelimiters + 2;
+void CParser::SetDelimiters(const char* delimiters) {
+  m_cFirst = m_cSecond = static_cast<unsigned char>(delimiters[0]);
+  if (m_cFirst == 0 || delimiters[1] == 0) return;
+  m_cSecond = static_cast<unsigned char>(delimiters[1]);
+  if (delimiters[2] != 0) m_strMore = delimiters + 2;
 }
 
-void CParser::SetString(CString strText) {
-  m_strOwn = std::move(strText);
+void CParser::SetString(CString text) {
+  m_strOwn = std::move(text);
   Start(m_strOwn.View());
 }
 
@@ -48,10 +48,10 @@ void CParser::Start(std::u16string_view text) {
   MarkBlock(text.data());
 }
 
-// Marks the delimiters of the block that begins at `pBlock`.
-void CParser::MarkBlock(const WCHAR* pBlock) {
-  const std::u16string_view block(pBlock, static_cast<std::size_t>(m_pEnd - pBlock));
-  m_pBlock = pBlock;
+// Marks the delimiters of the block that begins at `start`.
+void CParser::MarkBlock(const WCHAR* start) {
+  const std::u16string_view block(start, static_cast<std::size_t>(m_pEnd - start));
+  m_pBlock = start;
   m_Marks = textscan::MatchBits(block, m_cFirst, m_cSecond);
   if (m_strMore.IsEmpty()) return;
   for (const WCHAR c : m_strMore.View()) m_Marks |= textscan::MatchBits(block, c, c);

@@ -6,10 +6,10 @@ constexpr UINT kChunk = 65536;
 
 }  // namespace
 
-int CTextFile::Open(const WCHAR* pszPath, UINT nFlags, CFileException* pError) {
+int CTextFile::Open(const WCHAR* path, UINT flags, CFileException* error) {
   m_strBuffer.clear();
   m_nTaken = 0;
-  return CFile::Open(pszPath, nFlags, pError);
+  return CFile::Open(path, flags, error);
 }
 
 void CTextFile::Close() {

@@ -1,21 +1,11 @@
 #include "host/records/hostwindow.h"
 
 #include <algorithm>
-#include <memory>
 #include <utility>
 
 #include "gpsengine/receiver/messages.h"
 
 namespace host {
-
-namespace {
-
-template <class T>
-std::unique_ptr<T> Take(WPARAM wParam) {
-  return std::unique_ptr<T>(reinterpret_cast<T*>(wParam));
-}
-
-}  // namespace
 
 HostWindow::HostWindow(long long limit) : limit_(limit) {
   Create();
@@ -59,20 +49,20 @@ void HostWindow::Drain() {
 LRESULT HostWindow::WindowProc(UINT message, WPARAM wParam, LPARAM lParam) {
   switch (message) {
     case WM_GPS_NEW_DATA:
-      OnData(*Take<CGPSData>(wParam));
+      OnData(*TakePosted<CGPSData>(wParam));
       return 0;
     case WM_GPS_NEW_RAW_DATA:
-      Publish(published_.raw_data, &Sink::OnRawData, *Take<CGPSDataRaw>(wParam));
+      Publish(published_.raw_data, &Sink::OnRawData, *TakePosted<CGPSDataRaw>(wParam));
       return 0;
     case WM_GPS_NEW_EPHEMERIS:
-      Publish(published_.ephemeris, &Sink::OnEphemeris, *Take<CGPSDataEphemeris>(wParam));
+      Publish(published_.ephemeris, &Sink::OnEphemeris, *TakePosted<CGPSDataEphemeris>(wParam));
       return 0;
     case WM_GPS_NEW_BIN:
       ++published_.bin;
       if (!IsFull()) ShowBlock();
       return 0;
     case WM_GPS_NEW_STRING:
-      OnString(*Take<CString>(wParam));
+      OnString(*TakePosted<CString>(wParam));
       return 0;
     default:
       return CWnd::WindowProc(message, wParam, lParam);

@@ -15,15 +15,6 @@ namespace {
 // gets for each command.
 constexpr DWORD kListen = 700, kCommand = 200;
 
-/// Reports of Ashtech receivers are passed over once both sentences have come, until the receiver's next
-/// start.
-class SeenSentences : CGPSReceiver {
- public:
-  /// Never made: what was seen is reached from within a receiver alone.
-  SeenSentences() = delete;
-  static void Forget() { m_bGSAReceived = m_bGSVReceived = false; }
-};
-
 /// Steps after the first `from` of them.
 std::string StepsFrom(const Transcript& transcript, std::size_t from) {
   std::string text;
@@ -72,9 +63,10 @@ void RawOutput::Silence() {
   NoteSentences();
 }
 
-// What was under way when the sentences were switched off still comes.
+// What was under way when the sentences were switched off still comes, and would hide the reports until the
+// receiver's next start.
 void RawOutput::Step() {
-  if (silenced_) SeenSentences::Forget();
+  if (silenced_) receiver_.ForgetSatelliteSentences();
 }
 
 void RawOutput::NoteSentences() {

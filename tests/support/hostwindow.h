@@ -36,7 +36,7 @@ class HostWindow : public CWnd {
  private:
   template <class T>
   static void Take(WPARAM wParam, std::vector<T>& into) {
-    const std::unique_ptr<T> object(reinterpret_cast<T*>(wParam));
+    const auto object = TakePosted<T>(wParam);
     into.push_back(*object);
   }
 };

@@ -7,8 +7,8 @@
 
 #include "gpsengine/drivers/plain.h"
 #include "gpsengine/platform/rehearsal.h"
+#include "gpsengine/receiver/workingstate.h"
 #include "tests/support/hostwindow.h"
-#include "tests/support/sharedstate.h"
 
 /// The sentence with the checksum of what stands after its "$", and its line end.
 inline std::string WithChecksum(std::string_view sentence) {
@@ -30,7 +30,7 @@ template <class Receiver = COtherGps>
 class ReceiverTest : public testing::Test {
  protected:
   ReceiverTest() {
-    SharedState::Reset();
+    CGPSReceiver::RecordLock()->Reset();
     app.SetMainWnd(&window);
     receiver.SetupReceiver(1, 0, 0.0, "", false);
     receiver.Initialize();

@@ -12,17 +12,17 @@ namespace {
 
 thread_local DWORD t_nLastError = 0;
 
-bool IsFolder(int nFile) {
+bool IsFolder(int file) {
   struct stat status;
-  return fstat(nFile, &status) == 0 && S_ISDIR(status.st_mode);
+  return fstat(file, &status) == 0 && S_ISDIR(status.st_mode);
 }
 
 // Copies a text with its terminator, truncated to the buffer. Returns the length copied.
-DWORD Copy(const CString& text, WCHAR* pBuffer, DWORD nBuffer) {
-  if (pBuffer == nullptr || nBuffer == 0) return 0;
-  const DWORD length = std::min(static_cast<DWORD>(text.GetLength()), nBuffer - 1);
-  std::copy_n(text.GetString(), length, pBuffer);
-  pBuffer[length] = 0;
+DWORD Copy(const CString& text, WCHAR* buffer, DWORD size) {
+  if (buffer == nullptr || size == 0) return 0;
+  const DWORD length = std::min(static_cast<DWORD>(text.GetLength()), size - 1);
+  std::copy_n(text.GetString(), length, buffer);
+  buffer[length] = 0;
   return length;
 }
 
@@ -32,33 +32,32 @@ DWORD GetLastError() {
   return t_nLastError;
 }
 
-void SetLastError(DWORD nError) {
-  t_nLastError = nError;
+void SetLastError(DWORD error) {
+  t_nLastError = error;
 }
 
-DWORD FormatMessageW(DWORD nError, WCHAR* pBuffer, DWORD nBuffer) {
+DWORD FormatMessageW(DWORD error, WCHAR* buffer, DWORD size) {
   char text[256];
   // The GNU version, which may return a static string instead of filling the buffer.
-  return Copy(CString::FromUtf8(strerror_r(static_cast<int>(nError), text, sizeof text)), pBuffer, nBuffer);
+  return Copy(CString::FromUtf8(strerror_r(static_cast<int>(error), text, sizeof text)), buffer, size);
 }
 
 CFile::~CFile() {
   CFile::Close();
 }
 
-int CFile::Open(const WCHAR* pszPath, UINT nFlags, CFileException* pError) {
+int CFile::Open(const WCHAR* path, UINT flags, CFileException* error) {
   Close();
-  const bool create = (nFlags & modeCreate) != 0;
-  const int access = (nFlags & modeWrite) != 0 ? O_WRONLY : O_RDONLY;
-  m_nFile =
-      open(CString(pszPath).ToUtf8().c_str(), access | O_CLOEXEC | (create ? O_CREAT | O_TRUNC : 0), 0666);
+  const bool create = (flags & modeCreate) != 0;
+  const int access = (flags & modeWrite) != 0 ? O_WRONLY : O_RDONLY;
+  m_nFile = open(CString(path).ToUtf8().c_str(), access | O_CLOEXEC | (create ? O_CREAT | O_TRUNC : 0), 0666);
   if (m_nFile >= 0 && IsFolder(m_nFile)) {
     Close();
     errno = EISDIR;
   }
   if (m_nFile >= 0) return 1;
   SetLastError(static_cast<DWORD>(errno));
-  if (pError != nullptr) pError->m_strReason = CString::FromUtf8(std::strerror(errno));
+  if (error != nullptr) error->m_strReason = CString::FromUtf8(std::strerror(errno));
   return 0;
 }
 
@@ -67,25 +66,25 @@ void CFile::Close() {
   m_nFile = -1;
 }
 
-UINT CFile::Read(void* pBuffer, UINT nCount) {
+UINT CFile::Read(void* buffer, UINT wanted) {
   ssize_t count = 0;
   do {
-    count = read(m_nFile, pBuffer, nCount);
+    count = read(m_nFile, buffer, wanted);
   } while (count < 0 && errno == EINTR);
   return count < 0 ? 0 : static_cast<UINT>(count);
 }
 
-bool CFile::Write(const void* pBuffer, UINT nCount) {
-  const char* from = static_cast<const char*>(pBuffer);
-  while (nCount > 0) {
-    const ssize_t count = write(m_nFile, from, nCount);
+bool CFile::Write(const void* buffer, UINT wanted) {
+  const char* from = static_cast<const char*>(buffer);
+  while (wanted > 0) {
+    const ssize_t count = write(m_nFile, from, wanted);
     if (count < 0 && errno == EINTR) continue;
     if (count <= 0) {
       SetLastError(static_cast<DWORD>(count < 0 ? errno : EIO));
       return false;
     }
     from += count;
-    nCount -= static_cast<UINT>(count);
+    wanted -= static_cast<UINT>(count);
   }
   return true;
 }
@@ -94,15 +93,15 @@ void CFile::SeekToBegin() {
   if (m_nFile >= 0) lseek(m_nFile, 0, SEEK_SET);
 }
 
-DWORD GetFileAttributesW(const WCHAR* pszPath) {
+DWORD GetFileAttributesW(const WCHAR* path) {
   struct stat status;
-  if (stat(CString(pszPath).ToUtf8().c_str(), &status) != 0) return INVALID_FILE_ATTRIBUTES;
+  if (stat(CString(path).ToUtf8().c_str(), &status) != 0) return INVALID_FILE_ATTRIBUTES;
   return S_ISDIR(status.st_mode) ? FILE_ATTRIBUTE_DIRECTORY : FILE_ATTRIBUTE_NORMAL;
 }
 
-DWORD GetModuleFileNameW(WCHAR* pBuffer, DWORD nBuffer) {
+DWORD GetModuleFileNameW(WCHAR* buffer, DWORD size) {
   char path[4096];
   const ssize_t length = readlink("/proc/self/exe", path, sizeof path);
   if (length <= 0) return 0;
-  return Copy(CString::FromUtf8(std::string_view(path, static_cast<std::size_t>(length))), pBuffer, nBuffer);
+  return Copy(CString::FromUtf8(std::string_view(path, static_cast<std::size_t>(length))), buffer, size);
 }

@@ -22,9 +22,9 @@ void WakeUp::Clear() {
   eventfd_read(m_nDescriptor, &count);
 }
 
-void RaisePriority(int nPriority) {
+void RaisePriority(int priority) {
   // On Linux each thread has its own nice value.
-  setpriority(PRIO_PROCESS, 0, -5 * nPriority);
+  setpriority(PRIO_PROCESS, 0, -5 * priority);
 }
 
 std::string ConfigurationFolder() {
@@ -34,8 +34,8 @@ std::string ConfigurationFolder() {
   return std::string(home == nullptr ? "." : home) + "/.config";
 }
 
-std::string StandardPort(int nPort) {
-  return "/dev/ttyS" + std::to_string(nPort - 1);
+std::string StandardPort(int port) {
+  return "/dev/ttyS" + std::to_string(port - 1);
 }
 
 void WaitForEnter() {
@@ -46,6 +46,6 @@ void WaitForEnter() {
   }
 }
 
-std::tm* LocalTime(std::time_t seconds, std::tm* pTm) {
-  return localtime_r(&seconds, pTm);
+std::tm* LocalTime(std::time_t seconds, std::tm* tm) {
+  return localtime_r(&seconds, tm);
 }

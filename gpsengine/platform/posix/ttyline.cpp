@@ -28,10 +28,10 @@ void SetRaw(termios2& state) {
   std::memset(state.c_cc, 0, sizeof state.c_cc);
 }
 
-void SetSpeed(termios2& state, DWORD nBaudRate) {
+void SetSpeed(termios2& state, DWORD baud_rate) {
   state.c_cflag &= ~static_cast<tcflag_t>(CBAUD | CBAUD << IBSHIFT);
   state.c_cflag |= BOTHER | BOTHER << IBSHIFT;
-  state.c_ispeed = state.c_ospeed = nBaudRate;
+  state.c_ispeed = state.c_ospeed = baud_rate;
 }
 
 void SetFraming(termios2& state, const DCB& dcb) {
@@ -50,7 +50,7 @@ void SetFraming(termios2& state, const DCB& dcb) {
 
 class TtyLine : public SerialLine {
  public:
-  explicit TtyLine(int nFile) : m_nFile(nFile) { TakeErrors(); }
+  explicit TtyLine(int file) : m_nFile(file) { TakeErrors(); }
   ~TtyLine() override {
     Release();
     close(m_nFile);
@@ -86,21 +86,21 @@ class TtyLine : public SerialLine {
     return true;
   }
 
-  int Read(void* pData, int nMax, DWORD ms) override {
-    if (nMax <= 0 || !WaitUntil(POLLIN, m_WakeReader, ms)) return 0;
-    const ssize_t count = read(m_nFile, pData, static_cast<std::size_t>(nMax));
+  int Read(void* data, int max, DWORD ms) override {
+    if (max <= 0 || !WaitUntil(POLLIN, m_WakeReader, ms)) return 0;
+    const ssize_t count = read(m_nFile, data, static_cast<std::size_t>(max));
     if (count > 0) return static_cast<int>(count);
     return HasHungUp() ? -1 : 0;
   }
 
-  int Write(const void* pData, int nLength, DWORD ms) override {
+  int Write(const void* data, int length, DWORD ms) override {
     std::uint64_t last = CurrentClock().Milliseconds();  // when a byte was last accepted
     int written = 0;
-    while (written < nLength) {
+    while (written < length) {
       const std::uint64_t passed = CurrentClock().Milliseconds() - last;
       if (passed >= ms || !WaitUntil(POLLOUT, m_WakeWriter, static_cast<DWORD>(ms - passed))) break;
-      const ssize_t count = write(m_nFile, static_cast<const char*>(pData) + written,
-                                  static_cast<std::size_t>(nLength - written));
+      const ssize_t count = write(m_nFile, static_cast<const char*>(data) + written,
+                                  static_cast<std::size_t>(length - written));
       if (count < 0 && (errno == EAGAIN || errno == EINTR)) continue;
       if (count <= 0) break;
       written += static_cast<int>(count);
@@ -126,7 +126,7 @@ class TtyLine : public SerialLine {
     return ioctl(m_nFile, FIONREAD, &count) == 0 ? count : 0;
   }
 
-  bool SetBreak(bool bOn) override { return ioctl(m_nFile, bOn ? TIOCSBRK : TIOCCBRK) == 0; }
+  bool SetBreak(bool on) override { return ioctl(m_nFile, on ? TIOCSBRK : TIOCCBRK) == 0; }
 
  private:
   // Frees the device for the next open, even while a blocked thread is still leaving or a child process holds
@@ -160,7 +160,7 @@ class TtyLine : public SerialLine {
     });
   }
 
-  void SetModemLine(int nLine, bool bOn) { ioctl(m_nFile, bOn ? TIOCMBIS : TIOCMBIC, &nLine); }
+  void SetModemLine(int line, bool on) { ioctl(m_nFile, on ? TIOCMBIS : TIOCMBIC, &line); }
 
   // Whether there were line errors since the last call. The kernel counts them; a line without hardware has
   // no counters.
@@ -179,8 +179,8 @@ class TtyLine : public SerialLine {
 };
 
 // The descriptor, or -1 with errno.
-int OpenExclusive(const std::string& strDevice) {
-  const int file = open(strDevice.c_str(), O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC);
+int OpenExclusive(const std::string& device) {
+  const int file = open(device.c_str(), O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC);
   if (file < 0) return -1;
   termios2 state;
   int reason = 0;
