@@ -80,8 +80,8 @@ TEST(PreciseTimer, AllowsForTheTimeThatTheWindowTakes) {
   const struct {
     DWORD slowness;
     int period;
-    DWORD least, most;  // 40 ms of the window and 60 of the period would be 100
-  } rows[] = {{30, 10, 40, kLong}, {40, 60, 50, 89}};
+    DWORD least, most;  // 80 ms of the window and 100 of the period would be 180
+  } rows[] = {{30, 10, 40, kLong}, {80, 100, 90, 165}};
   for (const auto& row : rows) {
     Clockface window(row.slowness);
     CPreciseTimer timer;

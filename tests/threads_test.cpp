@@ -186,8 +186,9 @@ TEST_F(ThreadsTest, LeaveACallbackBehindThatWaitsForTheHost) {
       SetEvent(asked.hAsked);
       WaitForSingleObject(asked.hAnswered, INFINITE);
     }
-  } question;
+  } questions[2];  // a late thread of the first round takes no answer of the second
   for (const bool destroys : {true, false}) {
+    Question& question = questions[destroys ? 0 : 1];
     SCOPED_TRACE(destroys ? "destroyed" : "stopped");
     MakeEngine("");
     m_pEngine->m_bAttachRawData = true;
@@ -220,7 +221,9 @@ TEST_F(ThreadsTest, LeaveACallbackBehindThatWaitsForTheHost) {
     Drain();
   }
   m_Terminal.HangUp();
-  for (const HANDLE hEvent : {question.hAsked, question.hAnswered}) CloseHandle(hEvent);
+  for (const Question& question : questions) {
+    for (const HANDLE hEvent : {question.hAsked, question.hAnswered}) CloseHandle(hEvent);
+  }
   ExpectNothingLeftBut(m_Before);
 }
 
