@@ -12,6 +12,7 @@
 #include "host/records/lastposition.h"
 #include "host/run/face.h"
 #include "host/run/lines.h"
+#include "host/run/url.h"
 #include "host/server/gpsdserver.h"
 #include "host/server/mqttoutlet.h"
 #include "host/server/pagehub.h"
@@ -90,11 +91,11 @@ Service::Service(Session& session, const ServeOptions& options, Output& output)
   }
   server_.emplace(address, options.tcp);
   server_->SetDevice(device_);
-  output.Text() += "gpsd protocol: " + AddressAndPort(address, server_->Port()) + "\n";
+  output.Text() += "gpsd protocol: " + HostAndPort(address, server_->Port()) + "\n";
   if (options.http) {
     page_ = StartPageServer(hub_, sentence_hub_, address, *options.http);
     hub_.SetStatus(Status());
-    output.Text() += "page: http://" + AddressAndPort(address, page_->Port()) + "/\n";
+    output.Text() += "page: http://" + HostAndPort(address, page_->Port()) + "/\n";
   }
   output.Flush();
 }

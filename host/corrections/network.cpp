@@ -11,6 +11,7 @@
 #include "host/run/deadline.h"
 #include "host/run/face.h"
 #include "host/run/failure.h"
+#include "host/run/url.h"
 
 namespace host {
 
@@ -77,8 +78,8 @@ class Request {
 
 Request::Request(const CorrectionSource& source, const std::string& password,
                  std::vector<std::string> headers) {
-  const std::string url = (source.tls ? "https://" : "http://") + source.host + ':' +
-                          std::to_string(source.port) + '/' + source.path;
+  const std::string url =
+      (source.tls ? "https://" : "http://") + HostAndPort(source.host, source.port) + '/' + source.path;
   headers.insert(headers.end(), {"Ntrip-Version: Ntrip/2.0", "Connection: close"});
   headers_ = ListOf(headers);
   Set(CURLOPT_URL, url.c_str());

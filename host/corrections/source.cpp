@@ -4,19 +4,17 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <cstdlib>
 #include <cstring>
-#include <fstream>
 
-#include "gpsengine/text/words.h"
-#include "host/run/face.h"
 #include "host/run/failure.h"
+#include "host/run/url.h"
 
 namespace host {
 
 namespace {
 
 constexpr int kCasterPort = 2101;
+constexpr char kPasswordVariable[] = "GPSENGINE_CORRECTIONS_PASSWORD";
 
 constexpr struct {
   std::string_view scheme;
@@ -30,60 +28,28 @@ constexpr struct {
   throw Failure(ExitCode::usage, "--corrections: " + reason);
 }
 
-/// Takes "user@" off. A password is refused, and said nowhere.
-void TakeUser(std::string& rest, CorrectionSource& source) {
-  const std::size_t slash = std::min(rest.find('/'), rest.size());
-  const std::size_t at = rest.rfind('@', slash);
-  // After a password with a slash in it, there is an "@" that is not found otherwise.
-  const bool hides = at == std::string::npos && rest.find('@') != std::string::npos;
-  if (hides || (at != std::string::npos && rest.find(':') < at)) {
-    RefuseSource(
-        "no password in an address, since others on this machine can read it there: set "
-        "GPSENGINE_CORRECTIONS_PASSWORD, or name a file with --corrections-password-file");
-  }
-  if (at == std::string::npos) return;
-  source.user = rest.substr(0, at);
-  rest.erase(0, at + 1);
-}
-
-/// Takes "host:port", or "[::1]:port", off what stands before the mount point.
-void TakeHost(const std::string& rest, CorrectionSource& source) {
-  const std::size_t bracket = rest.starts_with('[') ? rest.find(']') : 0;
-  const std::size_t slash = std::min(rest.find('/'), rest.size());
-  const std::string address = rest.substr(0, slash);
-  const std::size_t colon = bracket == std::string::npos ? bracket : address.find(':', bracket);
-  source.host = address.substr(0, colon);
-  if (slash < rest.size()) source.path = rest.substr(slash + 1);
-  if (colon != std::string::npos) {
-    const auto port = ReadNumber<int>(address.substr(colon + 1));
-    if (!port || *port < 1 || *port > 65535) RefuseSource("\"" + address + "\" has no port from 1 to 65535");
-    source.port = *port;
-  }
+CorrectionSource ParseAddress(const std::string& text) {
+  const Url url = ReadUrl(text);
+  const auto* const row = std::find_if(std::begin(kSchemes), std::end(kSchemes),
+                                       [&](const auto& one) { return one.scheme == url.scheme; });
+  if (row == std::end(kSchemes))
+    RefuseSource("\"" + url.scheme + "://\" is not known; there are ntrip://, ntrips:// and tcp://");
+  if (url.has_password) throw PasswordInAddress("--corrections", kPasswordVariable);
+  if (!url.wrong.empty()) RefuseSource(text + " is no address: " + url.wrong);
+  if (url.host.empty()) RefuseSource(text + " names no host");
   const auto is_foreign = [](char c) {
     return c <= ' ' || c > '~' || std::strchr("\"<>\\^`{|}?#%", c) != nullptr;
   };
-  if (source.host.empty() || std::any_of(rest.begin(), rest.end(), is_foreign))
-    RefuseSource("\"" + rest + "\" is no address such as caster.example:2101/MOUNT");
+  if (std::any_of(url.path.begin(), url.path.end(), is_foreign))
+    RefuseSource("\"" + url.path + "\" is the name of no mount point");
+  const bool is_caster = row->kind == CorrectionSource::Kind::caster;
+  if (!is_caster && (url.port == 0 || !url.path.empty() || !url.user.empty()))
+    RefuseSource("an address of TCP is like tcp://host:port");
+  return {row->kind, row->tls, url.user, url.host, url.port > 0 ? url.port : kCasterPort, url.path};
 }
 
-CorrectionSource ParseAddress(const std::string& text, std::size_t scheme_end) {
-  const std::string scheme = text.substr(0, scheme_end);
-  const auto* const row = std::find_if(std::begin(kSchemes), std::end(kSchemes),
-                                       [&](const auto& one) { return one.scheme == scheme; });
-  if (row == std::end(kSchemes))
-    RefuseSource("\"" + scheme + "://\" is not known; there are ntrip://, ntrips:// and tcp://");
-  CorrectionSource source;
-  source.kind = row->kind;
-  source.tls = row->tls;
-  std::string rest = text.substr(scheme_end + 3);
-  TakeUser(rest, source);
-  TakeHost(rest, source);
-  if (source.kind == CorrectionSource::Kind::caster) {
-    if (source.port == 0) source.port = kCasterPort;
-  } else if (source.port == 0 || !source.path.empty() || !source.user.empty()) {
-    RefuseSource("an address of TCP is like tcp://host:port");
-  }
-  return source;
+bool IsAddress(const std::string& text) {
+  return text.find("://") != text.npos;
 }
 
 }  // namespace
@@ -91,14 +57,14 @@ CorrectionSource ParseAddress(const std::string& text, std::size_t scheme_end) {
 std::string CorrectionSource::Name() const {
   if (kind == Kind::device || kind == Kind::file) return path;
   const char* const scheme = kind == Kind::tcp ? "tcp://" : tls ? "ntrips://" : "ntrip://";
-  return scheme + host + ':' + std::to_string(port) + (path.empty() ? "" : '/' + path);
+  return scheme + HostAndPort(host, port) + (path.empty() ? "" : '/' + path);
 }
 
 CorrectionSource ParseCorrections(const std::string& text) {
-  if (const std::size_t end = text.find("://"); end != std::string::npos) {
-    CorrectionSource source = ParseAddress(text, end);
+  if (IsAddress(text)) {
+    CorrectionSource source = ParseAddress(text);
     if (source.kind == CorrectionSource::Kind::caster && source.path.empty())
-      RefuseSource("which mount point? \"gpsengine ntrip " + source.host + ':' + std::to_string(source.port) +
+      RefuseSource("which mount point? \"gpsengine ntrip " + HostAndPort(source.host, source.port) +
                    "\" lists those of the caster; then " + source.Name() + "/MOUNT");
     return source;
   }
@@ -112,25 +78,14 @@ CorrectionSource ParseCorrections(const std::string& text) {
 }
 
 CorrectionSource ParseCaster(const std::string& text) {
-  const std::size_t end = text.find("://");
-  CorrectionSource source =
-      end == std::string::npos ? ParseAddress("ntrip://" + text, 5) : ParseAddress(text, end);
+  CorrectionSource source = ParseAddress(IsAddress(text) ? text : "ntrip://" + text);
   if (source.kind != CorrectionSource::Kind::caster) RefuseSource("a caster is like ntrip://caster:2101");
   source.path.clear();
   return source;
 }
 
 std::string CorrectionsPassword(const std::string& file) {
-  if (file.empty()) {
-    const char* const password = std::getenv("GPSENGINE_CORRECTIONS_PASSWORD");
-    return password == nullptr ? "" : password;
-  }
-  std::ifstream stream(file);
-  std::string line;
-  if (!std::getline(stream, line))
-    throw Failure(ExitCode::usage, "cannot read a password from " + file + ": its first line is to hold it");
-  if (line.ends_with('\r')) line.pop_back();
-  return line;
+  return ReadPassword(file, kPasswordVariable);
 }
 
 }  // namespace host

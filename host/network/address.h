@@ -16,7 +16,7 @@ struct Address {
 
   Scheme scheme = Scheme::input;
   std::string host;  ///< A name or a number; empty: udp on every address of this machine, or none.
-  std::string port;  ///< A number from 1 to 65535; empty for standard input.
+  int port = 0;      ///< From 1 to 65535; 0 for standard input.
 
   /// Bytes may be sent to the receiver.
   bool TakesCommands() const { return scheme == Scheme::tcp || scheme == Scheme::rfc2217; }
@@ -28,7 +28,5 @@ struct Address {
 bool IsAddress(const std::string& name);
 /// Throws a Failure that names what is wrong with it, and shows the right form.
 Address ReadAddress(const std::string& name);
-/// "gps.example:3001", "[::1]:3001".
-std::string HostAndPort(const std::string& host, const std::string& port);
 
 }  // namespace host

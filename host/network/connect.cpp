@@ -20,6 +20,7 @@
 #include "host/run/deadline.h"
 #include "host/run/face.h"
 #include "host/run/failure.h"
+#include "host/run/url.h"
 
 namespace host {
 
@@ -49,8 +50,8 @@ Found LookUp(const Address& address, int type) {
   hints.ai_flags = AI_NUMERICSERV | (type == SOCK_DGRAM ? AI_PASSIVE : 0);
   hints.ai_socktype = type;
   addrinfo* found = nullptr;
-  const int error = getaddrinfo(address.host.empty() ? nullptr : address.host.c_str(), address.port.c_str(),
-                                &hints, &found);
+  const int error = getaddrinfo(address.host.empty() ? nullptr : address.host.c_str(),
+                                std::to_string(address.port).c_str(), &hints, &found);
   if (error == 0) return Found(found);
   throw Failure(ExitCode::port_closed, "cannot look up " + address.host + ": " +
                                            (error == EAI_SYSTEM ? ReasonOf(errno) : gai_strerror(error)));

@@ -19,6 +19,7 @@
 #include "host/network/gpsdlines.h"
 #include "host/run/deadline.h"
 #include "host/run/event.h"
+#include "host/run/url.h"
 
 namespace host {
 

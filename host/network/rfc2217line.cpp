@@ -16,6 +16,7 @@
 #include "host/network/telnet.h"
 #include "host/run/deadline.h"
 #include "host/run/failure.h"
+#include "host/run/url.h"
 
 namespace host {
 

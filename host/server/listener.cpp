@@ -10,6 +10,7 @@
 #include <memory>
 
 #include "host/run/failure.h"
+#include "host/run/url.h"
 
 namespace host {
 
@@ -36,7 +37,7 @@ std::string NameOf(const sockaddr_storage& address) {
   char host[INET6_ADDRSTRLEN] = "?", port[8] = "?";
   getnameinfo(reinterpret_cast<const sockaddr*>(&address), sizeof address, host, sizeof host, port,
               sizeof port, NI_NUMERICHOST | NI_NUMERICSERV);
-  return AddressAndPort(host, std::atoi(port));
+  return HostAndPort(host, std::atoi(port));
 }
 
 }  // namespace
@@ -51,7 +52,7 @@ Listener::Listener(const std::string& address, int port, const std::string& opti
       listen(Descriptor(), kBacklog) != 0) {
     const int reason = errno;
     throw Failure(ExitCode::failed,
-                  "cannot listen on " + AddressAndPort(address, port) + ": " + std::strerror(reason) +
+                  "cannot listen on " + HostAndPort(address, port) + ": " + std::strerror(reason) +
                       (reason == EADDRINUSE ? "; " + option + " chooses another port" : ""));
   }
   sockaddr_storage bound{};
@@ -77,11 +78,6 @@ bool IsLoopback(const std::string& address) {
   }
   const auto number = ntohl(reinterpret_cast<const sockaddr_in*>(info->ai_addr)->sin_addr.s_addr);
   return number >> 24 == IN_LOOPBACKNET;
-}
-
-std::string AddressAndPort(const std::string& address, int port) {
-  const bool has_colons = address.find(':') != std::string::npos;
-  return (has_colons ? "[" + address + "]" : address) + ":" + std::to_string(port);
 }
 
 }  // namespace host

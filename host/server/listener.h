@@ -28,7 +28,5 @@ class Listener {
 
 /// Whether only programs of this machine reach that address. Throws a Failure if it is no address.
 bool IsLoopback(const std::string& address);
-/// "127.0.0.1:2947", "[::1]:2947".
-std::string AddressAndPort(const std::string& address, int port);
 
 }  // namespace host

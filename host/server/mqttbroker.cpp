@@ -4,17 +4,11 @@
 
 #include <algorithm>
 #include <cctype>
-#include <cerrno>
 #include <climits>
-#include <cstdlib>
-#include <cstring>
-#include <fstream>
 
 #include "gpsengine/platform/cstring.h"
-#include "gpsengine/text/words.h"
-#include "host/run/face.h"
 #include "host/run/failure.h"
-#include "host/server/listener.h"
+#include "host/run/url.h"
 
 namespace host {
 
@@ -38,14 +32,6 @@ std::string WhyNoTopic(const std::string& text) {
   return "";
 }
 
-/// Takes the part of a text up to a mark, if it is there, and the mark.
-std::string TakeUpTo(std::string& text, std::size_t mark) {
-  if (mark == std::string::npos) return "";
-  std::string part = text.substr(0, mark);
-  text.erase(0, mark + 1);
-  return part;
-}
-
 void CheckPrefix(const std::string& prefix) {
   if (const std::string why = WhyNoTopic(prefix); !why.empty()) {
     throw NoUrl("needs a prefix for its topics after the host, and that " + why);
@@ -55,41 +41,21 @@ void CheckPrefix(const std::string& prefix) {
   }
 }
 
-void ReadAddress(const std::string& address, MqttBroker& broker) {
-  const auto bracket = address.starts_with('[') ? address.find(']') : std::string::npos;
-  const auto colon = address.find(':', bracket == std::string::npos ? 0 : bracket);
-  broker.host = bracket == std::string::npos ? address.substr(0, colon) : address.substr(1, bracket - 1);
-  if (broker.host.empty()) throw NoUrl("names no host");
-  if (colon == std::string::npos) return;
-  const auto port = ReadNumber<int>(std::string_view(address).substr(colon + 1));
-  if (!port || *port < 1 || *port > 65535) throw NoUrl("has a port that is no number from 1 to 65535");
-  broker.port = *port;
-}
-
 }  // namespace
 
 std::string MqttBroker::Name() const {
-  return AddressAndPort(host, port);
+  return HostAndPort(host, port);
 }
 
-MqttBroker ReadMqttUrl(const std::string& url) {
-  MqttBroker broker;
-  broker.tls = url.starts_with("mqtts://");
-  if (!broker.tls && !url.starts_with("mqtt://")) throw NoUrl("names no broker");
-  broker.port = broker.tls ? 8883 : 1883;
-  broker.prefix = url.substr(url.find("//") + 2);
-  // A user's name may hold an @, and none of the rest can before the first /.
-  std::string address = TakeUpTo(broker.prefix, std::min(broker.prefix.find('/'), broker.prefix.size()));
-  broker.user = TakeUpTo(address, address.rfind('@'));
-  if (broker.user.find(':') != std::string::npos) {
-    throw Failure(ExitCode::usage,
-                  std::string("--mqtt takes no password, since every user of this machine can read a command "
-                              "line: leave it out of the URL, and set ") +
-                      kPasswordVariable + " or name a file by --mqtt-password-file");
-  }
-  ReadAddress(address, broker);
-  CheckPrefix(broker.prefix);
-  return broker;
+MqttBroker ReadMqttUrl(const std::string& text) {
+  const Url url = ReadUrl(text);
+  const bool tls = url.scheme == "mqtts";
+  if (!tls && url.scheme != "mqtt") throw NoUrl("names no broker");
+  if (url.has_password) throw PasswordInAddress("--mqtt", kPasswordVariable);
+  if (!url.wrong.empty()) throw NoUrl("has an address that is none: " + url.wrong);
+  if (url.host.empty()) throw NoUrl("names no host");
+  CheckPrefix(url.path);
+  return {tls, url.user, url.host, url.port > 0 ? url.port : tls ? 8883 : 1883, url.path};
 }
 
 void CheckMqttId(const std::string& id) {
@@ -110,21 +76,9 @@ std::string DefaultMqttId(const std::string& model) {
 }
 
 std::string ReadMqttPassword(const MqttOptions& options) {
-  if (options.password_file.empty()) {
-    const char* const password = std::getenv(kPasswordVariable);
-    return password == nullptr || options.broker.user.empty() ? "" : password;
-  }
-  if (options.broker.user.empty()) {
-    throw Failure(ExitCode::usage, "--mqtt-password-file needs a user: --mqtt mqtts://USER@HOST/PREFIX");
-  }
-  errno = 0;
-  std::ifstream file(options.password_file);
-  std::string password;
-  std::getline(file, password);
-  if (password.ends_with('\r')) password.pop_back();
-  if (!password.empty()) return password;
-  throw Failure(ExitCode::failed, "no password in " + options.password_file + ": " +
-                                      (errno != 0 ? std::strerror(errno) : "its first line is empty"));
+  if (!options.broker.user.empty()) return ReadPassword(options.password_file, kPasswordVariable);
+  if (options.password_file.empty()) return "";
+  throw Failure(ExitCode::usage, "--mqtt-password-file needs a user: --mqtt mqtts://USER@HOST/PREFIX");
 }
 
 }  // namespace host

@@ -1,5 +1,6 @@
 // All there is of cpp-httplib, which takes its time to compile.
 #include "host/server/pageserver.h"
+#include "host/run/url.h"
 
 #include <httplib.h>
 
@@ -95,7 +96,7 @@ HttplibServer::HttplibServer(PageHub& hub, PageHub& sentences, const std::string
   errno = 0;
   port_ = port == 0 ? server_.bind_to_any_port(address) : server_.bind_to_port(address, port) ? port : -1;
   if (port_ < 0) {
-    throw Failure(ExitCode::failed, "cannot listen on " + AddressAndPort(address, port) + ": " +
+    throw Failure(ExitCode::failed, "cannot listen on " + HostAndPort(address, port) + ": " +
                                         std::strerror(errno) + "; --http chooses another port");
   }
   listen(socket_, kBacklog);  // the library's own is 5, and a browser opens 6 connections at a time
