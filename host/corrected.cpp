@@ -4,6 +4,7 @@
 
 #include "gpsengine/text/words.h"
 #include "host/exports/gga.h"
+#include "host/line/port.h"
 #include "host/run/face.h"
 
 namespace host {
@@ -18,6 +19,10 @@ CorrectionLink::Write WriterOf(const Session& session) {
     throw Failure(ExitCode::usage,
                   "--corrections goes to a receiver, and " + feed.Name() +
                       " is a recording: name the receiver's device with --port in place of --play");
+  }
+  if (!feed.GetPort()->TakesCommands()) {
+    throw Failure(ExitCode::usage, "--corrections goes to a receiver, and " + feed.Name() +
+                                       " is only listened to: name its own port, or tcp:// or rfc2217://");
   }
   return [&feed](std::string_view bytes) { return feed.Write(bytes); };
 }

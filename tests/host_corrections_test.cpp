@@ -379,9 +379,13 @@ TEST(CorrectionsProgram, MakeASimulatedReceiversFixAnRtkOne) {
   EXPECT_EQ(program.Wait(), 0);
   const std::string output = program.Output();
   EXPECT_TRUE(Has(output, R"("status":3)"));
-  Program played({"monitor", "--play", folder / "base.rtcm", "--corrections", folder / "base.rtcm"});
+  const std::string base = folder / "base.rtcm";
+  Program played({"monitor", "--play", base, "--corrections", base});
   EXPECT_EQ(played.Wait(), 2);
   EXPECT_TRUE(Has(played.Errors(), "is a recording"));
+  Program heard({"monitor", "--port", "gpsd://localhost", "--corrections", base});
+  EXPECT_EQ(heard.Wait(), 2);
+  EXPECT_TRUE(Has(heard.Errors(), "is only listened to"));
 }
 
 // A caster knows GGA, and nothing of a make's own.
