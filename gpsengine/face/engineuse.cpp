@@ -2,12 +2,23 @@
 
 #include "gpsengine/face/error.h"
 #include "gpsengine/platform/shared.h"
+#include "gpsengine/receiver/gpsreceiver.h"
 
 namespace gps {
 
 namespace {
 
 CShared<int> g_uses = 0;
+
+/// What all receivers have in common.
+class SharedRecord : CGPSReceiver {
+ public:
+  static void Clear() {
+    const RecordLock lock = LockRecord();
+    m_GPSData = CGPSData();
+    m_SpeedEngine.Reset();
+  }
+};
 
 }  // namespace
 
@@ -18,6 +29,7 @@ EngineUse::EngineUse() {
                 "another receiver or recording is in use in this process, which has room for one: end that "
                 "one, or use a process for each");
   }
+  SharedRecord::Clear();  // of what the last one has left there
   // The profile is the program's, so that a baud rate which that has found serves here too.
   if (AfxGetApp() == nullptr) app_.emplace("gpsengine");
 }
