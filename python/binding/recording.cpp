@@ -120,9 +120,10 @@ class Recording {
     Want(Kind::fixes);
     std::vector<Row> rows;
     Decode([&](const std::stop_token& stop) {
-      do {
-        while (const auto record = Take(Kind::fixes)) rows.push_back(RowOf(std::get<gps::Fix>(*record)));
-      } while (Fetch(Kind::fixes, stop));
+      while (const auto record = Take(Kind::fixes)) rows.push_back(RowOf(std::get<gps::Fix>(*record)));
+      if (!recording_) return;
+      for (const gps::Fix& fix : recording_->fixes(stop)) rows.push_back(RowOf(fix));
+      if (!stop.stop_requested()) KeepRest();
     });
     return ArrayOf(std::move(rows));
   }
@@ -159,9 +160,9 @@ class Recording {
     ready.pop_front();
     return record;
   }
-  /// Makes some records of the kind ready. False if there are none.
-  bool Fetch(Kind kind, const std::stop_token& stop) {
-    if (!recording_) return false;
+  /// Makes some records of the kind ready.
+  void Fetch(Kind kind, const std::stop_token& stop) {
+    if (!recording_) return;
     auto& ready = ready_[Index(kind)];
     const Next next = NextOf(*recording_, kind, stop);
     while (ready.size() < batch_) {
@@ -173,7 +174,6 @@ class Recording {
         break;
       }
     }
-    return !ready.empty();
   }
   /// At the end of the bytes: keeps what others have not read yet, and lets the engine go.
   void KeepRest() {
