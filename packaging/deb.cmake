@@ -10,6 +10,10 @@ if(GPSENGINE_HOST)
   list(APPEND CPACK_COMPONENTS_ALL program)
   list(APPEND packages gpsengine)
 endif()
+if(GPSENGINE_PYTHON)
+  list(APPEND CPACK_COMPONENTS_ALL python)
+  list(APPEND packages python3-gpsengine)
+endif()
 set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
 set(CPACK_PACKAGE_DIRECTORY ${PROJECT_BINARY_DIR}/deb)
 set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE
@@ -44,6 +48,18 @@ set(CPACK_COMPONENT_PROGRAM_DESCRIPTION
     "This package has a program that shows what a receiver sends as text or JSON,
 decodes recordings, sets a receiver up in its own language, logs raw data as
 RINEX, and simulates nineteen models of receiver on pseudo-terminals.")
+
+# The module is compiled for one version of the interpreter.
+if(GPSENGINE_PYTHON)
+  set(CPACK_DEBIAN_PYTHON_PACKAGE_NAME python3-gpsengine)
+  set(CPACK_DEBIAN_PYTHON_PACKAGE_SECTION python)
+  math(EXPR next_minor "${GPSENGINE_PYTHON_MINOR} + 1")
+  set(CPACK_DEBIAN_PYTHON_PACKAGE_DEPENDS "${library_package} (= ${PROJECT_VERSION}), python3 (>= 3.${GPSENGINE_PYTHON_MINOR}), python3 (<< 3.${next_minor})")
+  set(CPACK_DEBIAN_PYTHON_PACKAGE_SUGGESTS "python3-numpy, python3-matplotlib")
+  set(CPACK_COMPONENT_PYTHON_DESCRIPTION
+      "This package has the library as a Python module: fixes, satellites and raw data
+as immutable values, iterators for threads and for asyncio, arrays for numpy.")
+endif()
 
 # What the distribution asks of every package: its releases in a form of their own, beside the list of changes.
 string(TIMESTAMP now "%a, %d %b %Y %H:%M:%S +0000" UTC)

@@ -79,6 +79,14 @@ TEST(Face, ReadsFixesInDegreesMetresAndUtc) {
             "1994-03-23T12:35:22.000Z 48.1173 -11.5 545.4 - 0.9 - GPS\n");
 }
 
+TEST(Face, KnowsNothingOfTheRecordingBefore) {
+  const std::string bytes = Gga("123519");
+  const std::string before = WithChecksum("$GPGSA,A,3,03,,,,,,,,,,,,3.4,1.6,3.0") + Gga("123517");
+  EXPECT_TRUE(gps::decode(BytesOf(before)).fixes().next()->pdop);
+  const auto fix = gps::decode(BytesOf(bytes)).fixes().next();
+  EXPECT_FALSE(fix->pdop || fix->vdop || fix->speed || fix->strength);
+}
+
 TEST(Face, TellsEveryKindInOrder) {
   const std::string bytes = Recorded();
   std::string order;

@@ -23,8 +23,6 @@ struct CWorkingState {
   double binInterval = 0.2;     ///< Seconds between blocks 95 of a receiver of the $J language: 0.2 or 1.0.
   CShared<bool> monitorNmea = false;    ///< The kinds that arrive are recorded.
   CShared<std::uint32_t> nmeaBits = 0;  ///< The record, bit n for kind n modulo 32.
-  std::array<std::uint8_t, 64>
-      hints{};  ///< Slots where satellites were last, by the low bits of their numbers.
 
   /// As it was when the library was loaded.
   void Reset() { *this = {}; }

@@ -1,0 +1,76 @@
+#include <pybind11/numpy.h>
+
+#include <limits>
+#include <memory>
+
+#include "python/binding/arrays.h"
+#include "python/binding/binding.h"
+
+namespace binding {
+
+namespace {
+
+constexpr std::pair<const char*, const char*> kFields[] = {
+    {"time", "M8[ms]"}, {"latitude", "f8"}, {"longitude", "f8"}, {"height_msl", "f8"},    {"speed", "f8"},
+    {"course", "f8"},   {"hdop", "f8"},     {"pdop", "f8"},      {"vdop", "f8"},          {"strength", "f8"},
+    {"used", "i2"},     {"in_view", "i2"},  {"kind", "u1"},      {"starts_segment", "?"},
+};
+
+double OrNan(const gps::Optional<double>& value) {
+  return value.value_or(std::numeric_limits<double>::quiet_NaN());
+}
+
+py::dtype TypeOfRows() {
+  py::list fields;
+  for (const auto& [name, format] : kFields) fields.append(py::make_tuple(name, format));
+  py::module_ numpy;
+  try {
+    numpy = py::module_::import("numpy");
+  } catch (py::error_already_set& error) {
+    py::raise_from(error, PyExc_ImportError,
+                   "arrays need numpy: apt install python3-numpy, or pip install numpy");
+    throw py::error_already_set();
+  }
+  return numpy.attr("dtype")(fields, py::arg("align") = true);
+}
+
+}  // namespace
+
+Row RowOf(const gps::Fix& fix) {
+  constexpr std::int64_t kNotATime = std::numeric_limits<std::int64_t>::min();
+  return {fix.time ? fix.time->time_since_epoch().count() : kNotATime,
+          fix.latitude,
+          fix.longitude,
+          OrNan(fix.height_msl),
+          OrNan(fix.speed),
+          OrNan(fix.course),
+          OrNan(fix.hdop),
+          OrNan(fix.pdop),
+          OrNan(fix.vdop),
+          OrNan(fix.strength),
+          static_cast<std::int16_t>(fix.used),
+          static_cast<std::int16_t>(fix.in_view),
+          static_cast<std::uint8_t>(fix.signal),
+          fix.starts_segment};
+}
+
+py::object ArrayOf(std::vector<Row>&& rows) {
+  const py::dtype type = TypeOfRows();
+  auto kept = std::make_unique<std::vector<Row>>(std::move(rows));
+  const Row* const data = kept->data();
+  const auto size = static_cast<py::ssize_t>(kept->size());
+  const py::capsule owner(kept.release(), [](void* gone) { delete static_cast<std::vector<Row>*>(gone); });
+  return py::array(type, {size}, {static_cast<py::ssize_t>(sizeof(Row))}, data, owner);
+}
+
+void DefineArrays(py::module_& module) {
+  const auto array_of = [](const py::iterable& fixes) {
+    std::vector<Row> rows;
+    for (const py::handle fix : fixes) rows.push_back(RowOf(fix.cast<const gps::Fix&>()));
+    return ArrayOf(std::move(rows));
+  };
+  module.def("to_numpy", array_of, py::arg("fixes"),
+             "Fixes as a structured array: NaN and NaT for what is None, kinds as the numbers of FixKind.");
+}
+
+}  // namespace binding
