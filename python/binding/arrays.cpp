@@ -66,7 +66,12 @@ py::object ArrayOf(std::vector<Row>&& rows) {
 void DefineArrays(py::module_& module) {
   const auto array_of = [](const py::iterable& fixes) {
     std::vector<Row> rows;
-    for (const py::handle fix : fixes) rows.push_back(RowOf(fix.cast<const gps::Fix&>()));
+    for (const py::handle fix : fixes) {
+      if (!py::isinstance<gps::Fix>(fix)) {
+        throw py::type_error("to_numpy takes fixes, and this is none: " + std::string(py::repr(fix)));
+      }
+      rows.push_back(RowOf(fix.cast<const gps::Fix&>()));
+    }
     return ArrayOf(std::move(rows));
   };
   module.def("to_numpy", array_of, py::arg("fixes"),

@@ -161,8 +161,8 @@ class Stream {
   Next next_;
 };
 
-std::unique_ptr<Receiver> Open(const std::string& port, const std::string& model, int baud,
-                               double antenna_height, const std::string& record) {
+std::unique_ptr<Receiver> OpenReceiver(const std::string& port, const std::string& model, int baud,
+                                       double antenna_height, const std::string& record) {
   return std::make_unique<Receiver>(gps::ReceiverOptions{
       .model = model, .port = port, .baud = baud, .antenna_height = antenna_height, .record = record});
 }
@@ -190,7 +190,7 @@ void DefineReceiver(py::module_& module) {
       .def("hang_up", &Simulator::HangUp)
       .def_property_readonly("port", &Simulator::Port);
   py::class_<Receiver>(module, "Receiver")
-      .def(py::init(&Open))
+      .def(py::init(&OpenReceiver))
       .def("close", &Receiver::Close)
       .def("command", &Receiver::Command)
       .def("drain", &Receiver::Drain)

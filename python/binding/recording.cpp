@@ -210,8 +210,9 @@ struct Reading {
   Kind kind;
 };
 
-std::shared_ptr<Recording> Open(const py::object& source, const std::string& model, double antenna_height,
-                                const std::optional<std::array<int, 3>>& date, double speed) {
+std::shared_ptr<Recording> OpenRecording(const py::object& source, const std::string& model,
+                                         double antenna_height, const std::optional<std::array<int, 3>>& date,
+                                         double speed) {
   return std::make_shared<Recording>(source, OptionsOf(model, antenna_height, date, speed));
 }
 
@@ -226,7 +227,7 @@ void DefineRecording(py::module_& module) {
     return Reading{std::move(recording), kind};
   };
   py::class_<Recording, std::shared_ptr<Recording>>(module, "Recording")
-      .def(py::init(&Open))
+      .def(py::init(&OpenRecording))
       .def("read", read)
       .def("to_numpy", &Recording::ToNumpy)
       .def("close", &Recording::Close)

@@ -25,6 +25,7 @@ class _Reader:
         self._type = _TYPES.get(kind)
         self.records: collections.deque[object] = collections.deque(maxlen=_MOST)
         self.news = asyncio.Event()
+        self.lost = 0
 
     def offer(self, record: object) -> None:
         if self._type is _core.Fix:
@@ -32,6 +33,7 @@ class _Reader:
                 return
         elif self._type is not None and not isinstance(record, self._type):
             return
+        self.lost += len(self.records) == _MOST
         self.records.append(record)
         self.news.set()
 
@@ -46,6 +48,7 @@ class Hub:
         self._descriptor = -1
         self._error: BaseException | None = None
         self._ended = False
+        self._lost = 0  # records that made room for newer ones, of those who have gone
 
     async def records(self, stream: _core.Stream) -> AsyncIterator[object]:
         reader = _Reader(stream.kind)
@@ -65,6 +68,9 @@ class Hub:
                     stream.silence()
         finally:
             self._leave(reader)
+
+    def count_lost(self) -> int:
+        return self._lost + sum(reader.lost for reader in self._readers)
 
     def close(self) -> None:
         """Ends the iterators; from any thread."""
@@ -87,6 +93,7 @@ class Hub:
 
     def _leave(self, reader: _Reader) -> None:
         self._readers.remove(reader)
+        self._lost += reader.lost
         if not self._readers:
             self._detach()
 

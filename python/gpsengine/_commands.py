@@ -2,7 +2,6 @@
 
 from __future__ import annotations
 
-import functools
 import os
 import subprocess
 import sys
@@ -14,10 +13,10 @@ from ._errors import CLASSES, Error
 _OPERATIONS = {name.replace("-", "_"): (name, *rest) for name, *rest in _core.operations()}
 
 
-def _word(argument: object) -> str:
-    if isinstance(argument, bool):
-        return "on" if argument else "off"
-    return f"{argument:.15g}" if isinstance(argument, float) else str(argument)
+def _word(value: object) -> str:
+    if isinstance(value, bool):
+        return "on" if value else "off"
+    return f"{value:.15g}" if isinstance(value, float) else str(value)
 
 
 class Commands:
@@ -34,7 +33,7 @@ class Commands:
     >>> offered.set_elevation_mask(99)
     Traceback (most recent call last):
         ...
-    gpsengine._errors.UsageError: "99" is not an elevation from 0 to 90 degrees
+    gpsengine.UsageError: "99" is not an elevation from 0 to 90 degrees
     """
 
     def __init__(self, model: str, receiver: _core.Receiver | None = None) -> None:
@@ -55,12 +54,16 @@ class Commands:
         if name.startswith("_") or name not in self._names:
             raise AttributeError(f"the model {self._model} does not offer {name}; it offers {', '.join(self._names)}")
         operation, arguments, summary, _ = _OPERATIONS[name]
-        call = functools.partial(self._call, operation)
+
+        def call(*values: object, wait: bool = False, dry_run: bool = False) -> str | None:
+            return self._call(operation, values, wait, dry_run)
+
+        call.__name__ = call.__qualname__ = name
         call.__doc__ = f"{operation} {arguments}: {summary}" if arguments else f"{operation}: {summary}"
         return call
 
-    def _call(self, operation: str, *arguments: object, wait: bool = False, dry_run: bool = False) -> str | None:
-        words = [_word(argument) for argument in arguments] + (["--wait"] if wait else [])
+    def _call(self, operation: str, values: tuple[object, ...], wait: bool, dry_run: bool) -> str | None:
+        words = [_word(value) for value in values] + (["--wait"] if wait else [])
         if self._receiver is None:
             return _core.rehearse(self._model, operation, words)
         if dry_run:

@@ -47,3 +47,5 @@ class Busy(Error):
 
 
 CLASSES = (Error, UsageError, PortError, SilenceError, LostPort, Refused, Busy)
+for _class in CLASSES:
+    _class.__module__ = "gpsengine"  # where users find them

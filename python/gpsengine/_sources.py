@@ -106,7 +106,7 @@ class Receiver:
     @property
     def lost(self) -> int:
         """Records that were not read in time and made room for newer ones."""
-        return self._core.lost
+        return self._core.lost + self._hub.count_lost()
 
     @property
     def understood(self) -> int:

@@ -1,3 +1,4 @@
+import ast
 import datetime
 import io
 import pathlib
@@ -28,6 +29,7 @@ def test_gives_every_kind_in_order_to_be_matched() -> None:
                 order.append(f"{time:%S} {latitude:.1f}")
             case gpsengine.Sky(satellites):
                 order += [satellite.name for satellite in satellites]
+                assert satellites[-1].system is gpsengine.System.GLONASS
             case gpsengine.Report(key="ack", value=True):
                 order.append("ack")
     assert order == ["19 48.1", "G03", "G19", "R06", "21 48.1", "ack", "22 48.1"]
@@ -42,6 +44,16 @@ def test_records_are_values() -> None:
     for name in ("latitude", "colour"):
         with pytest.raises(AttributeError):
             setattr(one, name, 0)
+
+
+def test_the_stub_declares_what_records_have() -> None:
+    stub = pathlib.Path(gpsengine.__file__).with_name("_core.pyi").read_text()
+    for declared in ast.parse(stub).body:
+        record = isinstance(declared, ast.ClassDef) and getattr(gpsengine, declared.name, None)
+        if hasattr(record, "as_dict"):
+            names = [node.name for node in declared.body if isinstance(node, ast.FunctionDef)]
+            assert names == list(record.__match_args__), declared.name
+            assert all(getattr(record, name).__doc__ for name in names)
 
 
 def test_reads_files_bytes_and_objects_alike(tmp_path: pathlib.Path) -> None:
@@ -108,7 +120,7 @@ def test_gives_arrays() -> None:
     fixes = list(recording.fixes())
     assert (gpsengine.to_numpy(fixes)["time"] == track["time"]).all()
     assert len(recording.to_numpy()) == 0
-    with pytest.raises(RuntimeError):
+    with pytest.raises(TypeError, match="this is none: 5"):
         gpsengine.to_numpy([5])
 
 
