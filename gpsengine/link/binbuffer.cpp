@@ -43,6 +43,10 @@ CString ToText(std::string_view bytes) {
   return CString(bytes.data(), static_cast<int>(bytes.size()));
 }
 
+bool IsBin(const char* start, const char* end) {
+  return end - start > 3 && std::memcmp(start + 1, "BIN", 3) == 0;
+}
+
 }  // namespace
 
 CBinBuffer::CBinBuffer(const CString& text) {
@@ -195,7 +199,7 @@ bool CBinBuffer::FindHead(Head& head) {
   const char* const start = GetPtr(m_nCurrent);
   const char* const end = GetPtr(m_nLength);
   const char* const first = FirstComma();
-  if (first == nullptr || std::string_view(start, first).substr(1, 3) == "BIN") {
+  if (first == nullptr || IsBin(start, first)) {
     head.tag = std::string_view(start, end).substr(0, 4);
     return BytesLeft() > 4;
   }
