@@ -1,10 +1,14 @@
 """What the tests have in common."""
 
 import functools
+import signal
 import typing
 
 import gpsengine
 import pytest
+
+# What runs in the background of a shell has it ignored.
+signal.signal(signal.SIGINT, signal.default_int_handler)
 
 
 def with_checksum(text: str) -> bytes:
