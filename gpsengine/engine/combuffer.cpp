@@ -13,9 +13,9 @@ void CComBuffer::OnRawData(CString* text) {
   if (full) m_bPaused = m_bOverflow = true;
 }
 
-void CComBuffer::KeepCapturing(bool bWanted, bool bEmpties) {
-  const bool bStopped = m_bOverflow && m_bPaused;
-  if (bStopped || bEmpties) m_strData.Empty();
-  if (bStopped) m_bOverflow = false;
-  if (m_bPaused == bWanted) m_bPaused = !bWanted;
+void CComBuffer::KeepCapturing(bool wanted, bool empties) {
+  const bool stopped = m_bOverflow && m_bPaused;
+  if (stopped || empties) m_strData.Empty();
+  if (stopped) m_bOverflow = false;
+  if (m_bPaused == wanted) m_bPaused = !wanted;
 }

@@ -11,11 +11,6 @@ namespace gps {
 
 namespace {
 
-template <class T>
-std::unique_ptr<T> Taken(WPARAM wParam) {
-  return std::unique_ptr<T>(reinterpret_cast<T*>(wParam));
-}
-
 Raw RawOf(const CGPSDataRaw& data) {
   Raw raw{"MBN", {}, {}, {}};
   raw.epoch.emplace();
@@ -55,25 +50,25 @@ void MessageWindow::Finish() {
   Tell(skies_.Finish());
 }
 
-LRESULT MessageWindow::WindowProc(UINT message, WPARAM wParam, LPARAM lParam) {
+LRESULT MessageWindow::WindowProc(UINT message, WPARAM w_param, LPARAM l_param) {
   switch (message) {
     case WM_GPS_NEW_DATA:
-      OnData(*Taken<CGPSData>(wParam));
+      OnData(*TakePosted<CGPSData>(w_param));
       return 0;
     case WM_GPS_NEW_STRING:
-      OnText(*Taken<CString>(wParam));
+      OnText(*TakePosted<CString>(w_param));
       return 0;
     case WM_GPS_NEW_RAW_DATA:
-      tell_(RawOf(*Taken<CGPSDataRaw>(wParam)));
+      tell_(RawOf(*TakePosted<CGPSDataRaw>(w_param)));
       return 0;
     case WM_GPS_NEW_EPHEMERIS:
-      tell_(RawOf(*Taken<CGPSDataEphemeris>(wParam)));
+      tell_(RawOf(*TakePosted<CGPSDataEphemeris>(w_param)));
       return 0;
     case WM_GPS_NEW_BIN:
       OnBlock();
       return 0;
     default:
-      return CWnd::WindowProc(message, wParam, lParam);
+      return CWnd::WindowProc(message, w_param, l_param);
   }
 }
 

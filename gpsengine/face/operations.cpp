@@ -156,7 +156,7 @@ void CheckInterval(CGPSReceiver& receiver, const Arguments& arguments) {
   CheckRawInterval(receiver, Seconds(words));
 }
 
-constexpr auto Reset = CallWith<&CGPSReceiver::ResetAll, &ArgumentReader::Wait>;
+constexpr auto kReset = CallWith<&CGPSReceiver::ResetAll, &ArgumentReader::Wait>;
 
 Action Send(ArgumentReader& words) {
   const std::string& word = words.Word("the text");
@@ -227,7 +227,7 @@ std::vector<Operation> MakeOperations() {
       {"raw-interval", "SECONDS", "the interval of raw measurements", sets, OPENED_BY(HasRawData),
        CallWith<SetRawInterval, Seconds>, Examples("1", "0.2", "5"), CheckInterval},
       {"reset", "[--wait]", "a known configuration; --wait: and see that it acknowledges", sets,
-       OPENED_BY(ImplementsResetAll), Reset, Examples("", "--wait")},
+       OPENED_BY(ImplementsResetAll), kReset, Examples("", "--wait")},
       {"send", "TEXT", "a line of your own", sets, ALWAYS_OPEN, Send, {}},
       {"keep-alive", "", "what a silent line is sent", sets, ALWAYS_OPEN, Call<&CGPSReceiver::KeepAlive>,
        plain},
@@ -279,7 +279,7 @@ bool IsOffered(const Operation& operation, CGPSReceiver& receiver) {
 }
 
 Action Prepare(const Operation& operation, const Arguments& arguments) {
-  if (arguments.wait && operation.prepare != Reset)
+  if (arguments.wait && operation.prepare != kReset)
     throw Error(ErrorCode::usage, "--wait belongs to the operation reset");
   ArgumentReader words(arguments);
   const Action action = operation.prepare(words);
