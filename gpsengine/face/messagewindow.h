@@ -49,7 +49,7 @@ class MessageWindow : public CWnd {
   ReportReader reports_;
   BlockReader blocks_;
   bool wants_skies_ = true;
-  std::string bytes_;  // of the text at hand, kept for its memory
+  std::string bytes_;  // of the current text, kept for its memory
 };
 
 }  // namespace gps

@@ -110,7 +110,7 @@ bool CBinBuffer::First() {
 
 bool CBinBuffer::Next() {
   if (m_nCurrent < m_nLength) {
-    // Behind everything but "#" logs and OEM messages stands the line feed of a line end, or a byte that
+    // After everything but "#" logs and OEM messages stands the line feed of a line end, or a byte that
     // takes its place.
     const bool alone = *GetPtr(m_nCurrent) == '#' || IsOemSync(m_nCurrent);
     m_nCurrent += alone ? m_nMessageLength : m_nMessageLength + 1;
@@ -178,7 +178,7 @@ bool CBinBuffer::FindOem() {
   return true;
 }
 
-// The first comma at or behind the current place, or null. A stretch without one is looked through once,
+// The first comma at or after the current place, or null. A stretch without one is looked through once,
 // however many messages begin in it.
 const char* CBinBuffer::FirstComma() {
   const bool known = m_nCurrent >= m_nNoComma && m_nCurrent < m_nNoCommaEnd;
@@ -226,7 +226,7 @@ int CBinBuffer::BinaryLength(const Head& head) const {
   return 0;
 }
 
-// The length of the text message at hand, or 0 if its end has not come. A "#" log also ends ahead of the next
+// The length of the current text message, or 0 if its end has not come. A "#" log also ends before the next
 // one.
 int CBinBuffer::TextLength() const {
   const char* const start = GetPtr(m_nCurrent);

@@ -35,14 +35,14 @@ class CBinBuffer {
   void Clear();
 
   bool First();  ///< To the first message of the buffer.
-  bool Next();   ///< Over the current message, to the one behind it.
-  /// Finds the message at or behind the current place.
+  bool Next();   ///< Over the current message, to the one after it.
+  /// Finds the message at or after the current place.
   bool GetCurrentMessage();
   /// The walk stands on a whole message.
   bool HasMessage() const { return m_nMessageLength > 0; }
   /// Drops everything before the current place.
   void Resize();
-  /// What the message at or behind the current place begins with: its first field and, where there is one,
+  /// What the message at or after the current place begins with: its first field and, where there is one,
   /// its second. An OEM binary message, which has no text, gives "Axis4OEMBinaryTagPlaceHolder". Moves on
   /// over noise. False if more bytes are needed.
   bool GetTag(CString& tag, CString& subTag);
@@ -58,7 +58,7 @@ class CBinBuffer {
   /// `nCount` is below 1 or reaches the end; empty if `nStart` is out of range.
   CString Mid(int nStart, int nCount) const;
   CString* Mid2(int nStart, int nCount) const;  ///< The same in a new object that the caller deletes.
-  /// Index of the first `c` at or behind `nStart`, or -1.
+  /// Index of the first `c` at or after `nStart`, or -1.
   int Find(char c, int nStart) const;
   /// Bytes in the buffer.
   ///@{
@@ -78,7 +78,7 @@ class CBinBuffer {
   ///@}
 
  private:
-  // What the message at hand begins with, as it lies in the buffer.
+  // What the current message begins with, as it lies in the buffer.
   struct Head {
     bool bOem = false;
     std::string_view tag;

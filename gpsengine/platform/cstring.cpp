@@ -302,7 +302,7 @@ struct Conversion {
   char letter;
 };
 
-// Takes a conversion, ahead of which the "%" was taken, off the head of `format`.
+// Takes a conversion, whose "%" has been taken, off the head of `format`.
 Conversion TakeConversion(std::string_view& format) {
   const auto end = std::min(format.find_first_not_of("-+ #0123456789."), format.size());
   const Conversion conversion{format.substr(0, end), end < format.size() ? format[end] : '\0'};

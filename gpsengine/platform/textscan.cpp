@@ -47,7 +47,7 @@ bool ReadShortNumber(std::u16string_view number, const WCHAR* end, int& value) {
   if (length - 1 >= kDigits || end - number.data() < static_cast<std::ptrdiff_t>(kDigits)) return false;
   std::uint64_t lanes = 0;
   std::memcpy(&lanes, number.data(), sizeof lanes);
-  // The last digit into the uppermost lane; what stands behind the number is shifted out.
+  // The last digit into the uppermost lane; what stands after the number is shifted out.
   lanes = (lanes ^ 0x0030003000300030) << (16 * (kDigits - length));
   constexpr std::uint64_t kAboveNine = 0x7FF67FF67FF67FF6;  // carries a lane above 9 into its top bit
   if (((lanes + kAboveNine) & 0x8000800080008000) != 0 || (lanes & 0x8000800080008000) != 0) return false;
@@ -148,7 +148,7 @@ int SumUpTo(std::u16string_view text, WCHAR end, unsigned& sum) {
   const auto hits_at = [&](int i) {
     return BitsOfTwo(_mm_cmpeq_epi16(Load(p + i), all), _mm_cmpeq_epi16(Load(p + i + kStep), all));
   };
-  // Of the two registers from `i` on, adds what stands from one place on and ahead of another.
+  // Of the two registers from `i` on, adds what stands from one place on and before another.
   const auto add = [&](int i, int from, int to) {
     const auto part = [&](int half) {
       const __m128i wanted = _mm_andnot_si128(Load(kFromPlace.data() + kTwoSteps - to + half),
@@ -284,7 +284,7 @@ bool ReadShortDecimal(std::u16string_view number, const WCHAR* start, std::uint6
   __m128i own = _mm_and_si128(values, LastBytes(length));
   fraction = 0;
   if (point_bits != 0) {
-    // The digits ahead of the point move up by one, over the point.
+    // The digits before the point move up by one, over the point.
     fraction = static_cast<int>(kLongest) - 1 - std::countr_zero(point_bits);
     const __m128i behind = LastBytes(fraction);
     own = _mm_or_si128(_mm_and_si128(behind, own), _mm_andnot_si128(behind, _mm_slli_si128(own, 1)));

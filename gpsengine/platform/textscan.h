@@ -20,13 +20,13 @@ std::uint64_t MatchBits(std::u16string_view text, WCHAR a, WCHAR b);
 /// Whether `c` occurs in `text`.
 bool Contains(std::u16string_view text, WCHAR c);
 
-/// Index of the first `end` in `text`, or -1. `sum` becomes the exclusive or of the characters ahead of it.
+/// Index of the first `end` in `text`, or -1. `sum` becomes the exclusive or of the characters before it.
 int SumUpTo(std::u16string_view text, WCHAR end, unsigned& sum);
 
 /// Widens `nCount` bytes, without a sign.
 void Widen(const char* pBytes, int nCount, WCHAR* pTo);
 
-/// The same, and gives how many of them stand ahead of the first zero byte.
+/// The same, and gives how many of them stand before the first zero byte.
 int WidenText(const char* pBytes, int nCount, WCHAR* pTo);
 
 /// The first `c` of some bytes, or null: for one that is likely to be near.
@@ -41,7 +41,7 @@ const char* FindAny(const char* pBytes, const char* pEnd, char a, char b, char c
 bool ReadShortNumber(std::u16string_view number, const WCHAR* pEnd, int& value);
 
 /// Reads a number of up to 15 digits, with at most one point among them, and nothing else: its digits as one
-/// whole number, and how many of them stand behind the point. False, with both untouched, for anything else;
+/// whole number, and how many of them stand after the point. False, with both untouched, for anything else;
 /// also, now and then, for such a number near the start of a text. `pStart` is where the text begins that the
 /// number is a part of.
 bool ReadShortDecimal(std::u16string_view number, const WCHAR* pStart, std::uint64_t& digits, int& fraction);

@@ -4,7 +4,7 @@
 #include "gpsengine/receiver/gpsreceiver.h"
 #include "gpsengine/receiver/workingstate.h"
 
-/// What a decoder has at hand, while the record lock is held.
+/// What a decoder works on, while the record lock is held.
 struct CDecoding {
   const CGPSReceiver& receiver;
   CWorkingState& state;

@@ -7,7 +7,7 @@
 
 namespace {
 
-constexpr int kPromptLength = 6;  // "[COM" and the two characters behind it
+constexpr int kPromptLength = 6;  // "[COM" and the two characters after it
 
 constexpr auto kHexDigits = [] {
   std::array<std::int8_t, 128> values{};
@@ -78,7 +78,7 @@ bool CGPSReceiver::IsChecksumOK(const CString& sentence) {
   std::u16string_view message = sentence.View();
   const auto dollar = message.find(u'$');
   if (dollar == std::u16string_view::npos) return false;
-  // An asterisk ahead of the "$" is the first one, and no end of what stands behind.
+  // An asterisk before the "$" is the first one, and no end of what stands after.
   if (dollar > 0 && message.find(u'*') < dollar) return false;
   message.remove_prefix(dollar + 1);
   unsigned sum = 0;

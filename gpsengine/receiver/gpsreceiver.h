@@ -124,7 +124,7 @@ class CGPSReceiver : public CObject {
   /// The height of this make's GGA is orthometric.
   virtual bool GGASendsOrthoHeight() { return GetDriver().bOrthoHeight; }
   /// The source of corrections can be chosen: SetDgpsMode has an effect, and so have those of the operations
-  /// behind it that the model has.
+  /// after it that the model has.
   virtual bool HasDGPSSupport() const { return GetDriver().bDgps; }
   /// Asks for the source of corrections: m_nDgpsMode.
   virtual void QueryDgpsMode() { Write(GetDriver().queryDgps); }
@@ -228,7 +228,7 @@ class CGPSReceiver : public CObject {
     CWorkingState& operator*() const { return *m_pState; }
     CWorkingState* operator->() const { return m_pState; }
     ///@}
-    /// Gives the state up ahead of time.
+    /// Gives the state up early.
     void Unlock() { const RecordLock ends(std::move(*this)); }
 
    private:
@@ -301,14 +301,14 @@ class CGPSReceiver : public CObject {
   bool ProcessBIN();
   bool ProcessAxis4BIN();
   ///@}
-  /// Reads whether a sentence is on, from "ON" or "OFF" at the head of the text, or from the rate behind a
+  /// Reads whether a sentence is on, from "ON" or "OFF" at the head of the text, or from the rate after a
   /// key, which may be missing. False if the text is neither.
   ///@{
   static bool GetNmeaMsgStatus(const CString& text, NmeaMsgStatus& status);
   static bool GetNmeaMsgStatus(const CString& text, NmeaMsgStatus& status, const CString& key);
   ///@}
 
-  /// Publishes the raw epoch at hand if its position has come, and empties it. False if there was none, or
+  /// Publishes the current raw epoch if its position has come, and empties it. False if there was none, or
   /// too few satellites in it.
   bool PostNewDataRaw();
   /// Publishes the last ephemeris and calls the host back. False if it has no week.
@@ -346,15 +346,15 @@ class CGPSReceiver : public CObject {
   /// are shared need none.
   ///@{
   static CGPSData& m_GPSData;                  ///< The working record of all decoders.
-  static CGPSDataRaw& m_GPSDataRaw;            ///< The raw epoch at hand.
+  static CGPSDataRaw& m_GPSDataRaw;            ///< The current raw epoch.
   static CGPSDataEphemeris& m_GPSEphemeris;    ///< The last ephemeris.
-  static CBinBuffer& m_GPSMessageRaw;          ///< The bytes of the message at hand, for its decoder.
+  static CBinBuffer& m_GPSMessageRaw;          ///< The bytes of the current message, for its decoder.
   static CSpeedEngine& m_SpeedEngine;          ///< Speed and heading from positions.
   static bool& m_bComputeMotion;               ///< No VTG has come: speed is to be computed.
   static bool& m_bGSAReceived;                 ///< A GSA has come since the start.
   static bool& m_bGSVReceived;                 ///< A group of GSV has come since the start.
   static int& m_nNextGSV;                      ///< Number of the GSV sentence expected next.
-  static int& m_nTotalGSV;                     ///< Size of the GSV group at hand.
+  static int& m_nTotalGSV;                     ///< Size of the current GSV group.
   static CShared<bool>& m_bMonitorNmea;        ///< The kinds that arrive are recorded.
   static CShared<std::uint32_t>& m_wNmeaBits;  ///< The record, bit n for kind n modulo 32.
   ///@}
@@ -377,7 +377,7 @@ class CGPSReceiver : public CObject {
   const std::shared_ptr<CWordArray> m_pBinWords = std::make_shared<CWordArray>();
 
  public:
-  /// The block that the WM_GPS_NEW_BIN at hand stands for, as 16-bit words, each with the earlier byte in its
+  /// The block that the current WM_GPS_NEW_BIN stands for, as 16-bit words, each with the earlier byte in its
   /// low half. For the thread of the main window, from the moment that it takes the message out of its queue
   /// until it takes out the next one.
   CWordArray& m_BinWords = *m_pBinWords;
@@ -389,7 +389,8 @@ class CGPSReceiver : public CObject {
   CShared<int> m_nBaudrate = 9600;                ///< Bits a second, as last set.
   CGPSNotification m_Notification;                ///< What callbacks get.
   CShared<bool> m_bAlternateSignalTable = false;  ///< The file GPSStatus has been read.
-  std::map<int, int> m_AlternateSignalTable;  ///< Signal types by quality indicator. Behind the record lock.
+  std::map<int, int>
+      m_AlternateSignalTable;  ///< Signal types by quality indicator. Guarded by the record lock.
 
  private:
   friend struct CDecoders;
@@ -405,7 +406,7 @@ class CGPSReceiver : public CObject {
   static CWorkingState& s_State;
 
   mutable std::mutex m_NotificationMutex;
-  CWordArray m_LastWords;  // of the last block, behind the record lock
+  CWordArray m_LastWords;  // of the last block, guarded by the record lock
 };
 
 #pragma GCC visibility pop

@@ -28,7 +28,7 @@ SignalType GgaSignal(int quality) {
   return known ? kGgaQuality[quality] : UDF_SIGNAL_GPS;
 }
 
-// An inertial system calculates its position, whatever kind of fix stands behind it.
+// An inertial system calculates its position, whatever kind of fix lies under it.
 SignalType InggaSignal(int quality) {
   return quality == 0 ? UDF_SIGNAL_NONE : UDF_SIGNAL_CALCULATED;
 }

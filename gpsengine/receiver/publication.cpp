@@ -35,7 +35,7 @@ bool CGPSReceiver::PostNewData(bool force) {
   return Publish(RecordLock(), force);
 }
 
-// Gives the lock up ahead of the post.
+// Gives the lock up before the post.
 bool CGPSReceiver::Publish(RecordLock state, bool force) {
   std::unique_ptr<CGPSData> record = TakeRecord(state->record, force);
   state.Unlock();

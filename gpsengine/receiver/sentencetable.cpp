@@ -14,7 +14,7 @@ constexpr std::uint64_t KeyOf(std::u16string_view text) {
   return key;
 }
 
-// A row with its key, and with the last four characters of its tag, which end most tags that go on behind the
+// A row with its key, and with the last four characters of its tag, which end most tags that go on after the
 // key.
 struct Place {
   std::uint64_t key = 0;  // no tag has this one, which ends a row of places

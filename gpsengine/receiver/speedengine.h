@@ -27,7 +27,7 @@ class CSpeedEngine {
   void Reset();
   /// Forgets the fixes and keeps the reference point.
   void RemoveAllFixes() { m_nFixes = 0; }
-  /// Puts a fix into the window, in the place of the oldest one if that is full.
+  /// Puts a fix into the window, in place of the oldest one if that is full.
   void AddFix(const CGPSData& fix);
 
  private:

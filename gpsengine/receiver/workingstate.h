@@ -11,15 +11,15 @@
 /// What all receivers decode into. There is one, which CGPSReceiver::RecordLock alone leads to.
 struct CWorkingState {
   CGPSData record;              ///< What is published next.
-  CGPSDataRaw epoch;            ///< The raw epoch at hand.
+  CGPSDataRaw epoch;            ///< The current raw epoch.
   CGPSDataEphemeris ephemeris;  ///< The last one.
-  CBinBuffer message;           ///< The bytes of the message at hand, for its decoder.
+  CBinBuffer message;           ///< The bytes of the current message, for its decoder.
   CSpeedEngine speed;           ///< Speed and heading from positions.
   bool computeMotion = true;    ///< No VTG has come: speed is to be computed.
   bool gsaReceived = false;     ///< A GSA has come since the start.
   bool gsvReceived = false;     ///< A group of GSV has come since the start.
   int nextGsv = 1;              ///< Number of the GSV sentence expected next.
-  int totalGsv = 0;             ///< Size of the GSV group at hand.
+  int totalGsv = 0;             ///< Size of the current GSV group.
   double binInterval = 0.2;     ///< Seconds between blocks 95 of a receiver of the $J language: 0.2 or 1.0.
   CShared<bool> monitorNmea = false;    ///< The kinds that arrive are recorded.
   CShared<std::uint32_t> nmeaBits = 0;  ///< The record, bit n for kind n modulo 32.

@@ -144,7 +144,7 @@ class CGPSData {
   double m_dTimeOfDay;               ///< Seconds since midnight UTC, from the position sentence.
   double m_dLocalNorth;              ///< Metres north of the speed estimator's reference point.
   double m_dLocalEast;               ///< Metres east of it.
-  char m_szProprietary[79] = {};  ///< Zero-filled behind a shorter sentence; no terminator when all are used.
+  char m_szProprietary[79] = {};  ///< Zero-filled after a shorter sentence; no terminator when all are used.
   CGPSStatusData m_Status;        ///< What the reports that arrived with this record said of the receiver.
 
   /// A cleared record, with empty slots and no report.

@@ -42,7 +42,7 @@ struct DataRecord_G12_MBN {
   std::int32_t nDoppler;     ///< 0.0001 hertz.
   double dCarrierPhase;      ///< Cycles.
   double dUnused4;           ///< Not read.
-  std::uint16_t nChecksum;   ///< Sum of the words ahead of it.
+  std::uint16_t nChecksum;   ///< Sum of the words before it.
 };
 
 /// One MCA message of an Ashtech receiver, as far as it is used. The library has no decoder that fills it.

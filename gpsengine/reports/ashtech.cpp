@@ -57,7 +57,7 @@ bool CGPSReceiver::ProcessPASHR(CString& message) try {
   return InvalidSentence("PASHR,SAT");
 }
 
-// A payload of fixed size behind the head. The text of the message ends at its first zero byte, so that it is
+// A payload of fixed size after the head. The text of the message ends at its first zero byte, so that it is
 // read from the attached bytes.
 bool CGPSReceiver::DecodePayload(const char* name, int size, bool (CGPSReceiver::*decode)(const void*)) {
   int length = 0;
@@ -69,7 +69,7 @@ bool CGPSReceiver::DecodePayload(const char* name, int size, bool (CGPSReceiver:
     Trace("%s length %d\n", name, length);
   ++m_nBinaryMessages;
   if (message == nullptr || length <= kHead) return false;
-  // Behind a port prompt a message of this name is framed as a text, of any length.
+  // After a port prompt a message of this name is framed as a text, of any length.
   const bool good = length >= kHead + size && (this->*decode)(message + kHead);
   if (!good) ++m_nBadBinaryMessages;
   return good;

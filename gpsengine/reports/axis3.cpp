@@ -58,7 +58,7 @@ constexpr ShownSetting kShownSettings[] = {
 // A $BIN block has this many bytes about its data: tag, number, length, checksum, carriage return, line feed.
 constexpr int kBinFrame = 12;
 
-// The receiver forgets its block output on some saves, so it is asked for anew after this many seconds of
+// The receiver forgets its block output on some saves, so it is asked for again after this many seconds of
 // blocks.
 constexpr double kBinRenewal = 3.0;
 

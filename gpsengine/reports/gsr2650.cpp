@@ -7,7 +7,7 @@
 
 namespace {
 
-/// What stands behind the head; nothing if there is no head's end.
+/// What stands after the head; nothing if there is no head's end.
 std::u16string_view Data(const CString& log) {
   const auto head = log.View().find(u';');
   return head == std::u16string_view::npos ? std::u16string_view() : log.View().substr(head + 1);
@@ -25,7 +25,7 @@ std::u16string_view DataThrough(const CString& log, WCHAR delimiter, int count =
   return data.substr(0, end);
 }
 
-/// Hands data on to the host, behind a short name in place of the log's head.
+/// Hands data on to the host, after a short name in place of the log's head.
 void StoreLog(CGPSStatusData& status, const char* name, std::u16string_view data) {
   StoreText(status, CString(name) + CString(data));
 }

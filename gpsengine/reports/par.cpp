@@ -6,7 +6,7 @@
 
 namespace {
 
-/// The text behind `key`. False if the key is not in the line.
+/// The text after `key`. False if the key is not in the line.
 bool FindBehind(std::u16string_view line, std::u16string_view key, std::u16string_view& rest) {
   const auto place = line.find(key);
   if (place == line.npos) return false;

@@ -27,7 +27,7 @@ inline Time MomentOf(const CTime& time) {
   return Time(std::chrono::seconds(time.GetTime()));
 }
 
-/// The moment at hand, by this computer's clock.
+/// Now, by this computer's clock.
 Time Now();
 
 /// "2024-05-14T08:00:01.000Z", appended to a text or as one.

@@ -40,7 +40,7 @@ int TakeDigits(std::u16string_view& text, std::uint64_t& digits) {
   return static_cast<int>(p - start);
 }
 
-// The exponent behind a mantissa; nothing is taken if "e" is not followed by a number.
+// The exponent after a mantissa; nothing is taken if "e" is not followed by a number.
 int TakeExponent(std::u16string_view& text) {
   if (text.empty() || (text.front() != u'e' && text.front() != u'E')) return 0;
   std::u16string_view rest = text.substr(1);

@@ -71,7 +71,7 @@ inline bool CParser::NextField(std::u16string_view& field) {
   return true;
 }
 
-// A field that no mark of the block at hand ends. The last one ends with the text.
+// A field that no mark of the current block ends. The last one ends with the text.
 bool CParser::FieldBeyondBlock(std::u16string_view& field) {
   if (!m_bMore) return false;
   while (m_Marks == 0 && m_pEnd - m_pBlock > textscan::kBlock) MarkBlock(m_pBlock + textscan::kBlock);

@@ -35,7 +35,7 @@ class CParser {
   bool GetNextString(CString& out);
   /// The same without a copy; good as long as the parser's text.
   bool GetField(std::u16string_view& field);
-  /// The next field as ParseInt reads it: text behind the number is passed over.
+  /// The next field as ParseInt reads it: text after the number is passed over.
   bool GetInt(int& out);
   /// The next field as ParseDouble reads it.
   bool GetDouble(double& out);
@@ -43,7 +43,7 @@ class CParser {
   void SetExceptionThrowing(bool bThrow) { m_bThrow = bThrow; }
   /// Starts over on a new text with the same delimiters.
   void SetString(CString strText);
-  /// The text behind the delimiter that ended the last field read.
+  /// The text after the delimiter that ended the last field read.
   CString GetRemainingBuffer() const;
 
   /// Passes over the next field. False, or an exception, if there is none.

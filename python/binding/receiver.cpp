@@ -101,7 +101,7 @@ class Receiver {
 
  private:
   const std::string port_;
-  // Ahead of the receiver, since it says whether that may be opened at all. Gone when that is closed.
+  // Before the receiver, since it says whether that may be opened at all. Gone when that is closed.
   std::unique_ptr<const Use> use_ = std::make_unique<Use>();
   std::shared_ptr<gps::Receiver> receiver_;
   std::vector<std::string> calls_;

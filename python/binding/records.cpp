@@ -100,7 +100,7 @@ void DefineFix(py::module_& module) {
        FIELD(Fix, "strength", Maybe<double>(r.strength), "Mean signal of the used satellites, dB-Hz or so."),
        FIELD(Fix, "valid", py::cast(r.valid), "The receiver has found its position."),
        FIELD(Fix, "repeats", py::cast(r.repeats), "Another sentence has told of this moment already."),
-       FIELD(Fix, "starts_segment", py::cast(r.starts_segment), "It comes behind a gap.")});
+       FIELD(Fix, "starts_segment", py::cast(r.starts_segment), "It comes after a gap.")});
 }
 
 void DefineSky(py::module_& module) {
