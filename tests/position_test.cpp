@@ -1,6 +1,7 @@
 #include <filesystem>
 #include <fstream>
 
+#include "gpsengine/platform/trace.h"
 #include "tests/support/receivertest.h"
 
 namespace {
@@ -114,6 +115,30 @@ TEST_F(PositionTest, DecodesAnInggaWithGaps) {
   EXPECT_DOUBLE_EQ(Last().m_dAltitude, 545.4 - 1.0 - 46.9);
   EXPECT_TRUE(FeedSentence("$INGGA,,4900.000,N,01131.000,E,0,,,,M,,,,"));
   EXPECT_DOUBLE_EQ(Last().m_dAltitude, 545.4 - 1.0 - 46.9) << "which has had its corrections";
+}
+
+TEST_F(PositionTest, NamesAUnitThatIsNoMetreInTheTrace) {
+  if (!kTraceBuilt) GTEST_SKIP() << "a release build traces nothing";
+  SetUpHeights(0.0, 1);
+  const std::string place = "GGA,123519,4807.038,N,01131.000,E,1,08,0.9,545.4";
+  const struct {
+    std::string sentence, trace;
+    bool is_read;
+  } rows[] = {
+      {"$GP" + place + ",F,46.9,M,,", "GGA Ellipsoid Height is not in meters!\nInvalid GGA string.\n", false},
+      {"$GP" + place + ",M,46.9,F,,", "GGA Geoidal Separation is not in meters!\n", true},
+      {"$IN" + place + ",F,46.9,M,,", "INGGA Ellipsoid Height is not in meters!\nInvalid INGGA string.\n",
+       false},
+      {"$IN" + place, "INGGA Ellipsoid Height is not in meters!\nInvalid INGGA string.\n", false},
+      {"$IN" + place + ",M,46.9,F,,", "INGGA Geoidal Separation is not in meters!\n", true},
+  };
+  for (const auto& row : rows) {
+    std::string traced;
+    SetTraceHandler([&traced](const CString& text) { traced += text.ToUtf8(); });
+    EXPECT_EQ(FeedSentence(row.sentence), row.is_read) << row.sentence;
+    SetTraceHandler({});
+    EXPECT_EQ(traced, row.trace) << row.sentence;
+  }
 }
 
 // The user's table of quality indicators.

@@ -83,10 +83,7 @@ bool ReadDilution(CParser& parser, CGPSData& data) {
   return data.m_bDOPValid = true;
 }
 
-// The unit of what is in metres.
-bool ReadMetres(CParser& parser, const char* name, const char* what) {
-  std::u16string_view unit;
-  if (!parser.GetField(unit)) return false;
+bool IsInMetres(std::u16string_view unit, const char* name, const char* what) {
   if (unit == u"M" || unit == u"m") return true;
   Trace("%s %s is not in meters!\n", name, what);
   return false;
@@ -101,7 +98,9 @@ bool ReadQuality(CParser& parser, const CDecoding& in, SignalType (*signal)(int)
 }
 
 bool ReadHeight(CParser& parser, CGPSData& data) {
-  return parser.GetDouble(data.m_dAltitude) && ReadMetres(parser, "GGA", "Ellipsoid Height");
+  std::u16string_view unit;
+  return parser.GetDouble(data.m_dAltitude) && parser.GetField(unit) &&
+         IsInMetres(unit, "GGA", "Ellipsoid Height");
 }
 
 // From the antenna's height to the one that the host wants. A separation that is not there, or not in metres,
@@ -111,7 +110,9 @@ void CorrectHeight(CParser& parser, const CDecoding& in, const char* name) {
   height -= in.AntennaHeight();
   const int mode = in.GeoidMode();
   double separation = 0.0;
-  if (mode == 0 || !parser.GetDouble(separation) || !ReadMetres(parser, name, "Geoidal Separation")) return;
+  std::u16string_view unit;
+  if (mode == 0 || !parser.GetDouble(separation) || !parser.GetField(unit)) return;
+  if (!IsInMetres(unit, name, "Geoidal Separation")) return;
   const double corrected = height + (mode == 1 ? separation : -separation);
   if (std::isfinite(corrected)) height = corrected;
 }
@@ -159,7 +160,9 @@ bool CDecoders::INGGA(const CDecoding& in) {
   parser.GetInt(data.m_nSatellitesUsed);
   data.m_bDOPValid = parser.GetDouble(data.m_dHDOP);
   const bool height = parser.GetDouble(data.m_dAltitude);
-  if (!ReadMetres(parser, "INGGA", "Ellipsoid Height")) return InvalidSentence("INGGA");
+  std::u16string_view unit;  // one that is missing is no metre either
+  parser.GetField(unit);
+  if (!IsInMetres(unit, "INGGA", "Ellipsoid Height")) return InvalidSentence("INGGA");
   // A height that was kept has had its corrections already.
   if (height) CorrectHeight(parser, in, "INGGA");
   return true;
