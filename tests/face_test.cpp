@@ -13,6 +13,7 @@
 #include "tests/support/receivertest.h"
 #include "tests/support/scriptedline.h"
 #include "tests/support/texts.h"
+#include "tests/support/wirebuilder.h"
 
 namespace {
 
@@ -136,6 +137,21 @@ TEST(Face, GivesRawDataAsSignals) {
     ++epochs;
   }
   EXPECT_GE(epochs, 2);
+}
+
+TEST(Face, GivesAnAshtechsRawDataAsTheOthers) {
+  std::string bytes = Snv().Message() + "\n";
+  for (int prn = 1; prn <= 4; ++prn)
+    bytes += Mbn{.prn = prn, .toFollow = 4 - prn, .range = 0.07}.Message() + "\n";
+  bytes += Pbn().Message() + "\n";
+  std::vector<gps::Raw> all;
+  for (const gps::Raw& raw : gps::decode(BytesOf(bytes), {.model = "Ashtech"}).raw()) all.push_back(raw);
+  ASSERT_EQ(all.size(), 2u);
+  EXPECT_EQ(all[0].name, "SNV");
+  EXPECT_EQ(all[0].ephemeris->orbit.m_nPRN, 9);
+  EXPECT_EQ(all[1].name, "MBN");
+  EXPECT_EQ(all[1].epoch->signals.size(), 4u);
+  EXPECT_EQ(all[1].epoch->signals[3].satellite, 4);
 }
 
 TEST(Face, IsUsedOnceAtATime) {
