@@ -32,7 +32,7 @@ class MessageWindow : public CWnd {
   /// Tells what is left. There are no more messages.
   void Finish();
 
-  LRESULT WindowProc(UINT message, WPARAM wParam, LPARAM lParam) override;
+  LRESULT WindowProc(UINT message, WPARAM w_param, LPARAM l_param) override;
 
  private:
   void OnData(const CGPSData& data);
