@@ -2,8 +2,10 @@
 
 #include <algorithm>
 #include <cstring>
+#include <new>
 
 #include "gpsengine/platform/textscan.h"
+#include "gpsengine/platform/trace.h"
 
 namespace {
 
@@ -62,7 +64,11 @@ bool CBinBuffer::Set(const char* data, int length, int message_length) {
     Clear();
     return false;
   }
-  m_Bytes.assign(data, data + length);
+  try {
+    m_Bytes.assign(data, data + length);
+  } catch (const std::bad_alloc&) {
+    Trace("Can't set\n");
+  }
   m_nCurrent = 0;
   m_nNoComma = m_nNoCommaEnd = 0;
   m_nMessageLength = message_length;
