@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <vector>
 
 #include "gpsengine/link/ticks.h"
@@ -86,11 +87,14 @@ TEST(PreciseTimer, AllowsForTheTimeThatTheWindowTakes) {
     Clockface window(row.slowness);
     CPreciseTimer timer;
     timer.Start(&window, row.period);
-    ASSERT_EQ(window.Run(4, kLong), 4u);
-    timer.Stop();
+    ASSERT_EQ(window.Run(1, kLong), 1u);
     DWORD shortest = kLong;
-    for (std::size_t i = 1; i < window.ticks.size(); ++i)
+    // On a busy machine most come late. One that comes in time is enough.
+    for (std::size_t i = 1; i < 4 || (i < 50 && shortest > row.most); ++i) {
+      ASSERT_EQ(window.Run(i + 1, kLong), i + 1);
       shortest = std::min(shortest, window.ticks[i].nBegin - window.ticks[i - 1].nBegin);
+    }
+    timer.Stop();
     EXPECT_GE(shortest, row.least);
     EXPECT_LE(shortest, row.most);
   }
