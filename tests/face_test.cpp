@@ -229,8 +229,9 @@ TEST(FaceLive, FitsIntoAnEventLoopAndRecords) {
   EXPECT_EQ(ReadFile(file), sent) << "recorded";
   receiver.emplace(gps::ReceiverOptions{.line = line, .record = "/no/such/folder/file"});
   script.Send(sent);
-  EXPECT_TRUE(
-      Has(std::get<std::string>(receiver->reports(kLong).next().value().value), "Could not open file"));
+  const gps::Report message = receiver->reports(kLong).next().value();
+  EXPECT_EQ(message.key, "message");
+  EXPECT_TRUE(Has(std::get<std::string>(message.value), "Could not open file"));
 }
 
 TEST(FaceLive, LosesTheOldestWhereNobodyReads) {
@@ -271,11 +272,12 @@ TEST(FaceLive, CommandsAndEndsWithItsLine) {
       Has(ErrorOf([&] { receiver->command("default-nmea", {}, stop.get_token()); }), "130 default-nmea"));
   EXPECT_EQ(terminal.Receive(1, 50ms), "") << "stopped before its first line";
 
-  terminal.Send(Gga("123519"));
+  terminal.Send(Gga("123519") + WithChecksum("$GPGSV,1,1,01,03,42,111,40"));
   auto fixes = receiver->fixes(kLong);
   EXPECT_TRUE(fixes.next());
   terminal.HangUp();
   EXPECT_TRUE(Has(ErrorOf([&] { fixes.next(); }), "5 the port " + terminal.Name() + " was lost"));
+  EXPECT_TRUE(receiver->satellites(kLong).next()) << "those that waited for more of their epoch";
   EXPECT_TRUE(Has(ErrorOf([&] { receiver->command("gga-only"); }), "5 the port"));
   receiver.reset();
   EXPECT_TRUE(Has(ErrorOf([&] { fixes.next(); }), "5 the port")) << "it outlives the receiver";

@@ -5,6 +5,7 @@
 #include "gpsengine/face/skysource.h"
 #include "gpsengine/sentences/positiontail.h"
 #include "gpsengine/sentences/skyreader.h"
+#include "gpsengine/text/words.h"
 #include "tests/support/receivertest.h"
 
 using namespace gps;
@@ -129,7 +130,9 @@ TEST(HostSky, KeepsWhatItHasWhenAGroupIsBroken) {
     EXPECT_TRUE(reader.Finish());
     EXPECT_EQ(Show(reader.Latest()) + '\n', sky) << *broken.begin();
   }
-  EXPECT_EQ(SkiesOf({"$GPGSV,1,1,01,07,99,361,30", "$GLGSV,1,1,01,x,45,120,30"}), "G07=7:-/-/30\n");
+  EXPECT_EQ(SkiesOf({"$GPGSV,1,1,02,07,99,361,30,1000,10,020,30", "$GPGSA,A,3,07,1000,,,,,,,,,,,,,",
+                     "$GLGSV,1,1,01,x,45,120,30"}),
+            "G07=7*:-/-/30\n");
 }
 
 TEST(HostSky, HoldsAHundredAndTwentyEightSatellitesHoweverManyCome) {
@@ -173,10 +176,21 @@ TEST(HostSky, ComesFromRecordsWhereSentencesHaveNoGroups) {
 }
 
 TEST(HostSky, ReadsTheTailOfAPosition) {
-  const auto gns =
-      PositionTailOf(WithChecksum("$GNGNS,120000,4807.038,N,01131.000,E,RR,13,0.9,25.63,-11.24,1.5,0031"));
-  ASSERT_TRUE(gns);
-  EXPECT_EQ(gns->separation, -11.24);
-  EXPECT_EQ(gns->age + '/' + gns->station, "1.5/0031");
+  const struct {
+    const char *sentence, *tail;
+  } rows[] = {
+      {"$GNGNS,120000,4807.038,N,01131.000,E,RR,13,0.9,25.63,-11.24,1.5,0031", "-11.24 1.5 0031"},
+      {"$GPGGA,120000,,,,,2,08,0.9,25,M,46.9,M,1.5,0031", "46.9 1.5 0031"},
+      {"$GPGGA,120000,,,,,2,08,0.9,25,M,46.9,m,,", "46.9  "},
+      {"$GPGGA,120000,,,,,2,08,0.9,25,F,46.9,F,-1,a.B", "none -1 a.B"},
+      {"$GPGGA,120000,,,,,2,08,0.9,25,M,x,M,1;2,\xE9", "none  "},  // for others to read again
+      {"$GPRMC,120000", "no position"},
+  };
+  for (const auto& [sentence, expected] : rows) {
+    const auto tail = PositionTailOf(WithChecksum(sentence));
+    const std::string separation = tail && tail->separation ? Print("%g", *tail->separation) : "none";
+    EXPECT_EQ(tail ? separation + ' ' + tail->age + ' ' + tail->station : "no position", expected)
+        << sentence;
+  }
   EXPECT_FALSE(PositionTailOf("$GPGGA,120000,,,,,,,,,M,1,M,,*00"));
 }
