@@ -74,7 +74,7 @@ class CorrectionsTest : public testing::Test {
     news_.notify_all();
     return bytes.size();
   }
-  /// Waits for so many bytes, and gives those that came.
+  /// Waits for at least that many bytes, and gives those that came.
   std::string Received(std::size_t least) {
     std::unique_lock lock(mutex_);
     news_.wait_for(lock, 10s, [&] { return received_.size() >= least; });

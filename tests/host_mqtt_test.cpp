@@ -54,7 +54,7 @@ class HostMqtt : public testing::Test {
     link_ = std::make_unique<MqttLink>(options, R"({"state":"offline"})", limits);
     link_->Queue().SetState(R"({"state":"on"})");
   }
-  /// Takes so many messages, and gives their topics and texts.
+  /// Takes that many messages, and gives their topics and texts.
   std::string Take(int count) {
     std::string texts;
     while (count-- > 0) {

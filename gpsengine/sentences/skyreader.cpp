@@ -12,7 +12,7 @@ constexpr int kMostPages = static_cast<int>(Sky::kMost) / 4;
 constexpr std::size_t kMostSources = 32;
 // A system that is heard of no more is gone after this many epochs with satellites.
 constexpr long long kEpochs = 3;
-// So many lines with a time may come between two groups, of receivers that send them seldom.
+// Some receivers send groups seldom: this many lines with a time may come between two.
 constexpr int kPatience = 300;
 
 std::optional<int> InRange(std::string_view field, int least, int most) {

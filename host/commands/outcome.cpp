@@ -17,7 +17,7 @@ namespace {
 constexpr double kForBytes = 5.0, kForAnswer = 1.5, kForLastWord = 0.3;
 // No answer is longer. What is, is noise.
 constexpr std::size_t kLongestLine = 200;
-// So many lines are told one by one.
+// Up to this many lines are told one by one.
 constexpr std::size_t kFewLines = 3;
 
 // How languages answer, and how the lines begin that get such answers. The others say nothing.

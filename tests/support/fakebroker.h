@@ -81,7 +81,7 @@ class FakeBroker {
  private:
   static constexpr int kPatience = 5000;  // milliseconds
 
-  /// So many bytes; fewer if the client has gone.
+  /// That many bytes; fewer if the client has gone.
   std::string Take(std::size_t count) const {
     std::string bytes;
     pollfd waiting{client_.Get(), POLLIN, 0};
