@@ -122,6 +122,8 @@ TEST(RawData, ReadsTheOrbitThatIsFlown) {
       EXPECT_EQ(orbit.m_lToe, flown.toe);
       EXPECT_EQ(read.accuracy, 2.0);
       EXPECT_EQ(read.health, 0);
+      EXPECT_FALSE(read.long_fit);
+      EXPECT_FALSE(read.l2p_without_data);
       const double terms[] = {orbit.m_dTgd,      orbit.m_dAf0,   orbit.m_dAf1,   orbit.m_dAf2,
                               orbit.m_dDeltaN,   orbit.m_dM0,    orbit.m_dSqrtA, orbit.m_dEccentricity,
                               orbit.m_dOmega0,   orbit.m_dOmega, orbit.m_dI0,    orbit.m_dIDot,
