@@ -116,8 +116,13 @@ TEST(Face, DecodesAFileAStreamAndATextLogAlike) {
   EXPECT_TRUE(
       Has(Texts(gps::decode(file, {.date = std::chrono::year(1971) / 1 / 2})), "1971-01-02T12:35:19.000Z"));
   WriteFile(file, "\x1F\x8B packed");
-  EXPECT_TRUE(Has(ErrorOf([&] { gps::decode(file); }), "1 cannot read " + file + ": it is packed"));
-  EXPECT_TRUE(Has(ErrorOf([] { gps::decode("/no/such"); }), "1 cannot read /no/such: No such file"));
+  EXPECT_EQ(ErrorOf([&] { gps::decode(file); }),
+            "1 cannot read " + file + ": it is packed: unpack it first, with gunzip");
+  WriteFile(file, "");
+  EXPECT_EQ(ErrorOf([&] { gps::decode(file); }), "1 cannot read " + file + ": the file is empty");
+  EXPECT_EQ(ErrorOf([] { gps::decode("/no/such"); }), "1 cannot read /no/such: No such file or directory");
+  EXPECT_EQ(ErrorOf([&] { gps::decode(BytesOf(bytes), {.speed = -1}); }),
+            "2 the speed of a recording is 0 or more");
   std::stop_source stop;
   stop.request_stop();
   EXPECT_EQ(gps::decode(BytesOf(bytes)).fixes(stop.get_token()).next(), std::nullopt);
@@ -158,8 +163,10 @@ TEST(Face, IsUsedOnceAtATime) {
   const std::string bytes = Recorded();
   static_assert(std::ranges::input_range<gps::Range<gps::Fix>>);
   auto fixes = gps::decode(BytesOf(bytes)).fixes();  // outlives what it was made of
-  EXPECT_TRUE(
-      Has(ErrorOf([&] { gps::decode(BytesOf(bytes)); }), "7 another receiver or recording is in use"));
+  EXPECT_EQ(
+      ErrorOf([&] { gps::decode(BytesOf(bytes)); }),
+      "7 another receiver or recording is in use in this process, which has room for one: end that one, or "
+      "use a process for each");
   EXPECT_TRUE(Has(ErrorOf([] { gps::rehearse("Ashtech", "gga-only"); }), "7 "));
   std::thread([&] { EXPECT_TRUE(fixes.next()); }).join();
   for (const gps::Fix& fix : fixes | std::views::take(1))
@@ -177,8 +184,47 @@ TEST(Face, RehearsesCommands) {
   EXPECT_TRUE(Has(calls, "\"set-elevation-mask 10\""));
   EXPECT_FALSE(Has(calls, "set-lband"));
   EXPECT_TRUE(Has(gps::rehearse("CSI", "set-elevation-mask", {"7"}).Text(), "$PASHS,PEM,7"));
-  EXPECT_TRUE(Has(ErrorOf([] { gps::rehearse("CSI", "set-elevation-mask", {"91"}); }),
-                  "2 \"91\" is not an elevation from 0 to 90 degrees"));
+  const struct {
+    std::string call, error;
+  } refused[] = {
+      {"set-elevation-mask 91", "2 \"91\" is not an elevation from 0 to 90 degrees"},
+      {"set-elevation-mask -1", "2 \"-1\" is not an elevation from 0 to 90 degrees"},
+      {"set-elevation-mask x", "2 \"x\" is not a whole number of degrees"},
+      {"set-elevation-mask", "2 an argument is missing: degrees"},
+      {"set-elevation-mask 5 6", "2 \"6\" is one argument too many"},
+      {"set-dgps x", "2 \"x\" is not none, beacon, lband, waas, cdgps or omnistar"},
+      {"set-dgps", "2 an argument is missing: the source"},
+      {"set-lband x", "2 \"x\" is not a number of MHz"},
+      {"set-lband 1557.1 1.5", "2 \"1.5\" is not a whole number of bits a second"},
+      {"set-cdgps-frequency nan", "2 \"nan\" is not a number of MHz"},
+      {"post-processing 1", "2 \"1\" is not on or off"},
+      {"post-processing", "2 an argument is missing: on or off"},
+      {"raw-interval 0.5",
+       "2 the model GSR2650 LB does not send raw data every 0.5 s; its intervals in seconds are whole "
+       "numbers from "
+       "1 to 86400"},
+      {"send \x07", "2 the text has characters that a line to a receiver cannot hold"},
+      {"send", "2 an argument is missing: the text"},
+      {"send " + std::string(199, 'x'), "2 the text is longer than 198 characters"},
+  };
+  for (const auto& [call, error] : refused) {
+    const gps::Arguments words = gps::ReadArguments(call);
+    EXPECT_EQ(
+        ErrorOf([&] {
+          gps::rehearse("GSR2650 LB", words.words.front(), {words.words.begin() + 1, words.words.end()});
+        }),
+        error);
+  }
+  for (const char* frequency : {"283.4", "325.1", "3o0", "-300"}) {
+    EXPECT_EQ(ErrorOf([&] { gps::rehearse("CSI", "set-beacon", {frequency}); }),
+              std::string("2 \"") + frequency +
+                  "\" is not \"auto\", nor a beacon's frequency from 283.5 to 325 kHz");
+  }
+  EXPECT_EQ(ErrorOf([] {
+              gps::rehearse("CSI", "set-beacon", {"325", "150"});
+            }),
+            "2 \"150\" is not a beacon's bit rate: 25, 50, 100 or 200");
+  EXPECT_EQ(ErrorOf([] { gps::rehearse("CSI", "set-beacon", {"283.5", "25"}); }), "none");
   EXPECT_TRUE(Has(ErrorOf([] { gps::rehearse("Trimble", "gga-only"); }),
                   "6 the model Trimble does not offer gga-only; it offers start"));
 }
@@ -256,7 +302,8 @@ TEST(FaceLive, CommandsAndEndsWithItsLine) {
   PseudoTerminal terminal;
   EXPECT_TRUE(Has(ErrorOf([] { gps::Receiver({.port = "/dev/no-such"}); }),
                   "3 cannot open /dev/no-such: No such file or directory"));
-  EXPECT_TRUE(Has(ErrorOf([] { gps::Receiver(gps::ReceiverOptions{}); }), "2 no port is named"));
+  EXPECT_EQ(ErrorOf([] { gps::Receiver(gps::ReceiverOptions{}); }),
+            "2 no port is named, and no line in its place: .port = \"/dev/ttyUSB0\"");
   std::optional<gps::Receiver> receiver;
   receiver.emplace(gps::ReceiverOptions{.model = "Ashtech", .port = terminal.Name()});
   terminal.Receive(1000, 50ms);
@@ -265,18 +312,22 @@ TEST(FaceLive, CommandsAndEndsWithItsLine) {
   EXPECT_TRUE(
       Has(ErrorOf([&] { receiver->command("raw-interval", {"x"}); }), "2 \"x\" is not a number of seconds"));
   EXPECT_TRUE(Has(ErrorOf([&] { receiver->command("set-lband", {"0", "1200"}); }), "6 the model Ashtech"));
-  EXPECT_TRUE(Has(ErrorOf([&] { receiver->command("start"); }), "6 start is what"));
+  EXPECT_EQ(ErrorOf([&] { receiver->command("start"); }),
+            "6 start is what making a gps::Receiver and letting it go do by themselves");
   std::stop_source stop;
   stop.request_stop();
-  EXPECT_TRUE(
-      Has(ErrorOf([&] { receiver->command("default-nmea", {}, stop.get_token()); }), "130 default-nmea"));
+  EXPECT_EQ(ErrorOf([&] { receiver->command("default-nmea", {}, stop.get_token()); }),
+            "130 default-nmea was stopped; give the command again and let it end");
   EXPECT_EQ(terminal.Receive(1, 50ms), "") << "stopped before its first line";
 
   terminal.Send(Gga("123519") + WithChecksum("$GPGSV,1,1,01,03,42,111,40"));
   auto fixes = receiver->fixes(kLong);
   EXPECT_TRUE(fixes.next());
   terminal.HangUp();
-  EXPECT_TRUE(Has(ErrorOf([&] { fixes.next(); }), "5 the port " + terminal.Name() + " was lost"));
+  EXPECT_EQ(
+      ErrorOf([&] { fixes.next(); }),
+      "5 the port " + terminal.Name() +
+          " was lost: it was unplugged, or the other side hung up. Plug it in again and start once more");
   EXPECT_TRUE(receiver->satellites(kLong).next()) << "those that waited for more of their epoch";
   EXPECT_TRUE(Has(ErrorOf([&] { receiver->command("gga-only"); }), "5 the port"));
   receiver.reset();

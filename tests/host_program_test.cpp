@@ -115,8 +115,6 @@ TEST(HostProgram, ListsTheModelsWithTheirAnswers) {
       R"([{"name":"Ashtech","class":"CAshtech","GetDefaultBaudrate":9600,"HasRawData":true,)"))
       << json.output;
   EXPECT_TRUE(Has(json.output, R"("class":"COtherGps")"));
-  const Ended table = RunToEnd("models");
-  EXPECT_TRUE(Has(table.output, "\nTrimble           4800  -"));
   EXPECT_TRUE(Has(RunToEnd("models CSI").output, "  set-beacon auto | KHZ [BITRATE]  "));
 }
 
