@@ -64,6 +64,13 @@ TEST_F(DataLog, DefaultFilenameHasTheLocalDateAndTimeWithoutZeros) {
   EXPECT_EQ(log.GetFilename(), "");
   EXPECT_TRUE(log.SetDefaultFilename("night"));
   EXPECT_EQ(log.GetFilename(), "night_3Mar_9h5m7s.raw");
+  std::string months;
+  for (local.tm_mon = 0; local.tm_mon < 12; ++local.tm_mon) {
+    std::tm moment = local;
+    time.SetUnixSeconds(std::mktime(&moment));
+    months += log.GenerateDefaultFilename("").ToUtf8().substr(2, 3);
+  }
+  EXPECT_EQ(months, "JanFebMarAprMayJunJulAugSepOctNovDec");
 }
 
 TEST_F(DataLog, MinutesElapsedPassOverWholeDays) {

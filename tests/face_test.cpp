@@ -80,6 +80,14 @@ TEST(Face, ReadsFixesInDegreesMetresAndUtc) {
             "1994-03-23T12:35:22.000Z 48.1173 -11.5 545.4 - 0.9 - GPS\n");
 }
 
+TEST(Face, NamesEveryKindOfFix) {
+  std::string names;
+  for (int signal = -1; signal <= 11; ++signal) names += std::string(gps::NameOfSignal(signal)) + ',';
+  EXPECT_EQ(names,
+            "unknown,no fix,GPS,DGPS,estimated,manual,RTK code,RTK fixed,RTK "
+            "float,processed,SBAS,unknown,unknown,");
+}
+
 TEST(Face, KnowsNothingOfTheRecordingBefore) {
   const std::string bytes = Gga("123519");
   const std::string before = WithChecksum("$GPGSA,A,3,03,,,,,,,,,,,,3.4,1.6,3.0") + Gga("123517");

@@ -62,7 +62,43 @@ bool ReadAll(SkyReader& reader, const std::string& text) {
   return told;
 }
 
+/// The first satellites of ranges of numbers that follow each other, up to a last number: "G01=1 S20=33".
+std::string RangesOf(Gnss said, int last) {
+  std::string ranges;
+  SatelliteId before{Gnss::unknown, -1};
+  for (int number = 1; number <= last; ++number) {
+    const SatelliteId id = SatelliteOf(number, said);
+    if (id.system != before.system || id.number != before.number + 1)
+      ranges += (ranges.empty() ? "" : " ") + id.Name() + '=' + std::to_string(number);
+    before = id;
+  }
+  return ranges;
+}
+
 }  // namespace
+
+TEST(HostSky, TellsASystemByTheRangeOfANumber) {
+  EXPECT_EQ(
+      RangesOf(Gnss::unknown, 1000),
+      "G01=1 S20=33 R01=65 100=100 S20=120 159=159 I01=173 183=183 J01=193 C01=201 265=265 E01=301 337=337 "
+      "C01=401 465=465 N01=901 919=919");
+  const std::pair<const char*, const char*> rows[] = {{"GL", "R01=1 S20=33 R01=65"},
+                                                      {"GA", "E01=1 S24=37 R01=65"},
+                                                      {"GB", "C01=1 R01=65"},
+                                                      {"BD", "C01=1 R01=65"},
+                                                      {"QZ", "J01=1 G11=11 S20=33 R01=65"},
+                                                      {"GI", "N01=1 G19=19 S20=33 R01=65"},
+                                                      {"GN", "G01=1 S20=33 R01=65"}};
+  for (const auto& [talker, ranges] : rows) EXPECT_EQ(RangesOf(SystemOfTalker(talker), 99), ranges) << talker;
+  EXPECT_TRUE(RangesOf(Gnss::qzss, 204).ends_with(" J01=193 C03=203"));
+  std::string systems;
+  for (int id = 0; id <= 7; ++id) {
+    const Constellation* const constellation = FindConstellation(SystemOfId(id));
+    systems +=
+        constellation != nullptr ? std::string(constellation->name) + constellation->letter + ' ' : "- ";
+  }
+  EXPECT_EQ(systems, "- GPSG GLONASSR GalileoE BeiDouC QZSSJ NavICN - ");
+}
 
 TEST(HostSky, NumbersTheSatellitesOfEverySystem) {
   const struct {

@@ -10,6 +10,7 @@
 #include "gpsengine/platform/application.h"
 #include "gpsengine/platform/clock.h"
 #include "gpsengine/platform/event.h"
+#include "gpsengine/platform/resource.h"
 #include "gpsengine/platform/shared.h"
 
 namespace {
@@ -108,6 +109,39 @@ TEST(Application, ForgetsAMainWindowThatIsDestroyed) {
   CWinApp app("gpsengine-test");
   app.SetMainWnd(std::make_unique<Recorder>().get());
   EXPECT_FALSE(IsWindow(AfxGetMainWnd()));
+}
+
+TEST(Resources, AreTheTextsThatHostsShow) {
+  const char* const texts[] = {"",
+                               "No GPS signal!",
+                               "GPS",
+                               "DGPS",
+                               "RTK-Code",
+                               "RTK-Fixed",
+                               "RTK-Float",
+                               "Unknown",
+                               "   PDOP: ",
+                               "   HDOP: ",
+                               "   %d of %d Satellites",
+                               "Could not open file to log raw data!",
+                               "Unable to open the emulation file: '%s'.",
+                               "Num Epochs: %d, Time: %d min.",
+                               "No Error.",
+                               "No GPS Receiver Is Assigned.",
+                               "Can't Initialize a Receiver.",
+                               "Can't Start GPS Thread.",
+                               "Unknown GPS Error Code.",
+                               ""};
+  WCHAR buffer[64];
+  for (UINT id = 0; id < std::size(texts); ++id)
+    EXPECT_EQ(CString(buffer, LoadStringW(id, buffer, 64)).ToUtf8(), texts[id]) << id;
+  EXPECT_EQ(CString(buffer, LoadStringW(5, buffer, 4)), "RTK");
+  const DialogTemplate& dialog = *FindDialogTemplate(129);
+  const int sizes[] = {dialog.nWidth, dialog.nHeight,    dialog.nFontSize,  dialog.nTextX,
+                       dialog.nTextY, dialog.nTextWidth, dialog.nTextHeight};
+  EXPECT_EQ(testing::PrintToString(sizes), "{ 133, 31, 8, 7, 7, 119, 17 }");
+  EXPECT_EQ(std::string(dialog.pszFont) + '/' + dialog.pszTitle + '/' + dialog.pszText,
+            "Tahoma/Dialog/Please wait while resetting receiver");
 }
 
 TEST(RegisteredMessage, IsTheSameForTheSameText) {
