@@ -121,9 +121,7 @@ void AddBlocks(Seeds& seeds) {
       {"GSR2650 LB", "LOG RANGEB ONTIME 1\r\n"},     {"GSR2650 LB", "LOG RANGECMPB ONTIME 1\r\n"},
       {"GSR2650 LB", "LOG RAWEPHEMB ONCHANGED\r\n"}, {"GSR2650 LB", "LOG GPSEPHEMB ONCHANGED\r\n"}};
   for (const auto& [model, command] : sources) {
-    simulator::Options options;
-    options.model = model;
-    const auto receiver = simulator::MakeReceiver(options);
+    const auto receiver = simulator::MakeReceiver({.model = model});
     receiver->Receive(command);
     const std::string bytes = receiver->Advance(2);
     std::size_t at = bytes.find(*command == '$' ? "$BIN" : "\xAA\x44\x12");

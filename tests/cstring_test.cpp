@@ -1,14 +1,9 @@
 #include "gpsengine/platform/cstring.h"
 
-#include <gtest/gtest.h>
-
-#include <sstream>
-#include <string>
-#include <utility>
-
 #include "gpsengine/platform/textscan.h"
 #include "gpsengine/text/number.h"
 #include "gpsengine/text/parser.h"
+#include "tests/support/basics.h"
 
 namespace {
 

@@ -1,6 +1,4 @@
 // What the drivers do beyond their command sets: limits, failures, acknowledgements, what they keep.
-#include <cmath>
-
 #include "gpsengine/drivers/ashtech.h"
 #include "gpsengine/drivers/gsr2650lb.h"
 #include "gpsengine/drivers/sirf.h"

@@ -1,11 +1,7 @@
 // The engine with its reader thread on a live line, in real time of tens of milliseconds, and with bytes fed
 // by hand.
-#include <sstream>
-
 #include "gpsengine/drivers/gsr2650lb.h"
 #include "tests/support/enginetest.h"
-#include "tests/support/temporaryfolder.h"
-#include "tests/support/texts.h"
 
 namespace {
 

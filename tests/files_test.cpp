@@ -2,9 +2,6 @@
 #include "gpsengine/drivers/sirf.h"
 #include "tests/support/enginetest.h"
 #include "tests/support/scriptedline.h"
-#include "tests/support/smalldisk.h"
-#include "tests/support/temporaryfolder.h"
-#include "tests/support/texts.h"
 
 namespace {
 

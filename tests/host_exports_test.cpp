@@ -1,20 +1,11 @@
 #include <fcntl.h>
-#include <gtest/gtest.h>
-#include <unistd.h>
 
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
 #include <map>
-#include <sstream>
 
 #include "host/decode.h"
 #include "simulator/simulator.h"
 #include "tests/support/program.h"
 #include "tests/support/receivertest.h"
-#include "tests/support/smalldisk.h"
-#include "tests/support/temporaryfolder.h"
-#include "tests/support/texts.h"
 
 using namespace host;
 
@@ -70,10 +61,13 @@ class HostExports : public testing::Test {
   std::string Path(const std::string& extension) const { return folder_ / ("out." + extension); }
   std::string Export(const std::string& extension) const { return ReadFile(Path(extension)); }
   void Decode(const std::string& bytes) {
-    std::ofstream(options_.files[0], std::ios::binary) << bytes;
-    Output output(open("/dev/null", O_WRONLY | O_CLOEXEC));
+    WriteFile(options_.files[0], bytes);
+    Decode();
+  }
+  void Decode() {
+    const UniqueDescriptor nowhere(open("/dev/null", O_WRONLY | O_CLOEXEC));
+    Output output(nowhere.Get());
     EXPECT_EQ(host::Decode(options_, interrupt_, output), ExitCode::done);
-    close(output.Descriptor());
   }
   testing::AssertionResult Contains(const std::string& extension, const std::string& text) const {
     return Has(Export(extension), text);
@@ -358,24 +352,17 @@ TEST_F(HostExports, FiltersWhatIsShownAndExported) {
 }
 
 TEST_F(HostExports, NameThePathThatCannotBeWritten) {
-  const auto failure = [this] {
-    try {
-      Decode(FixOf("000000"));
-    } catch (const Failure& wrong) {
-      return std::string(wrong.what());
-    }
-    return std::string();
-  };
+  const auto failure = [this] { return ErrorOf([&] { Decode(FixOf("000000")); }); };
   options_.exports.kml = "/nonexistent/x.kml";
-  EXPECT_EQ(failure(), "cannot write /nonexistent/x.kml (--kml): No such file or directory");
+  EXPECT_EQ(failure(), "1 cannot write /nonexistent/x.kml (--kml): No such file or directory");
   options_.exports.kml = Path("gpx");
-  EXPECT_EQ(failure(), "--gpx and --kml both name " + Path("gpx"));
+  EXPECT_EQ(failure(), "2 --gpx and --kml both name " + Path("gpx"));
   options_.exports.kml = options_.files[0];
-  EXPECT_EQ(failure(), "--kml " + options_.files[0] + " is the recording itself");
+  EXPECT_EQ(failure(), "2 --kml " + options_.files[0] + " is the recording itself");
   EXPECT_EQ(ReadFile(options_.files[0]), FixOf("000000"));
   options_.exports.kml.clear();
   options_.exports.report = "/nonexistent/x.html";
-  EXPECT_EQ(failure(), "cannot write /nonexistent/x.html (--report): No such file or directory");
+  EXPECT_EQ(failure(), "1 cannot write /nonexistent/x.html (--report): No such file or directory");
 }
 
 TEST_F(HostExports, LeaveWholeFilesOnAFullDisk) {
@@ -384,15 +371,11 @@ TEST_F(HostExports, LeaveWholeFilesOnAFullDisk) {
     const std::string time = std::to_string(1'000'000 + i / 3600 * 10000 + i / 60 % 60 * 100 + i % 60);
     stream += FixOf(time.substr(1));
   }
-  std::ofstream(options_.files[0], std::ios::binary) << stream;
-  try {
-    options_.exports.report = Path("html");
+  WriteFile(options_.files[0], stream);
+  options_.exports.report = Path("html");
+  {
     const SmallDisk disk(100'000);
-    Output output(open("/dev/null", O_WRONLY | O_CLOEXEC));
-    host::Decode(options_, interrupt_, output);
-    FAIL();
-  } catch (const Failure& full) {
-    EXPECT_TRUE(Has(std::string(full.what()), "out.gpx (--gpx): File too large")) << full.what();
+    EXPECT_TRUE(Has(ErrorOf([&] { Decode(); }), "out.gpx (--gpx): File too large"));
   }
   ExpectWellFormed();
   EXPECT_TRUE(Export("html").ends_with("</html>\n"));

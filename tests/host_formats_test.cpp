@@ -1,7 +1,3 @@
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <cstring>
 #include <limits>
 #include <numbers>
 
@@ -15,7 +11,6 @@
 #include "host/records/textsink.h"
 #include "host/run/progress.h"
 #include "tests/support/receivertest.h"
-#include "tests/support/texts.h"
 
 using namespace host;
 

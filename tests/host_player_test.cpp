@@ -1,15 +1,8 @@
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <memory>
-
 #include "gpsengine/platform/application.h"
 #include "gpsengine/sentences/fields.h"
 #include "host/session/recordingfeed.h"
 #include "tests/support/program.h"
 #include "tests/support/receivertest.h"
-#include "tests/support/temporaryfolder.h"
-#include "tests/support/texts.h"
 
 using namespace host;
 

@@ -1,34 +1,13 @@
-#include <gtest/gtest.h>
-
-#include <chrono>
-#include <cstdlib>
 #include <iterator>
-#include <sstream>
 
 #include "host/run/failure.h"
 #include "tests/support/program.h"
 #include "tests/support/pseudoterminal.h"
 #include "tests/support/receivertest.h"
-#include "tests/support/temporaryfolder.h"
-#include "tests/support/texts.h"
 
 using host::ExitCode;
 
 namespace {
-
-struct Ended {
-  int code;
-  std::string output, errors;
-};
-
-/// Runs the program to its end, its arguments between spaces.
-Ended RunToEnd(const std::string& arguments) {
-  std::istringstream words(arguments);
-  Program program({std::istream_iterator<std::string>(words), {}});
-  // What it writes fits the pipes, so that it may end before being read.
-  const int code = program.Wait();
-  return {code, program.Output(), program.Errors()};
-}
 
 int Code(ExitCode code) {
   return static_cast<int>(code);

@@ -1,15 +1,9 @@
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <filesystem>
-#include <fstream>
 #include <nlohmann/json.hpp>
 #include <numbers>
 
 #include "host/exports/reportpage.h"
 #include "host/records/fixkind.h"
 #include "tests/support/browser.h"
-#include "tests/support/texts.h"
 
 using namespace host;
 

@@ -1,14 +1,4 @@
 #include <fcntl.h>
-#include <gtest/gtest.h>
-#include <unistd.h>
-
-#include <algorithm>
-#include <chrono>
-#include <cstdlib>
-#include <cstring>
-#include <filesystem>
-#include <fstream>
-#include <sstream>
 
 #include "gpsengine/platform/application.h"
 #include "gpsengine/rawdata/gpstime.h"
@@ -16,9 +6,6 @@
 #include "host/exports/rinexlog.h"
 #include "simulator/simulator.h"
 #include "tests/support/program.h"
-#include "tests/support/smalldisk.h"
-#include "tests/support/temporaryfolder.h"
-#include "tests/support/texts.h"
 
 using namespace host;
 

@@ -1,16 +1,9 @@
 #include <arpa/inet.h>
-#include <gtest/gtest.h>
 #include <netinet/in.h>
 #include <sys/socket.h>
 
-#include <algorithm>
 #include <atomic>
-#include <cstdlib>
-#include <filesystem>
-#include <memory>
-#include <thread>
 
-#include "gpsengine/platform/application.h"
 #include "host/line/sentences.h"
 #include "host/run/failure.h"
 #include "host/serve.h"
@@ -18,11 +11,8 @@
 #include "host/server/pagehub.h"
 #include "host/server/pageserver.h"
 #include "tests/support/browser.h"
+#include "tests/support/monitorrun.h"
 #include "tests/support/program.h"
-#include "tests/support/pseudoterminal.h"
-#include "tests/support/receivertest.h"
-#include "tests/support/temporaryfolder.h"
-#include "tests/support/texts.h"
 
 using namespace host;
 using namespace std::chrono_literals;
@@ -145,8 +135,6 @@ class Serving {
     m_Sender.join();
     std::filesystem::remove(m_strRecord);
   }
-  Serving(const Serving&) = delete;
-  Serving& operator=(const Serving&) = delete;
 
   int Tcp() const { return m_nTcp; }
   int Http() const { return m_nHttp; }
@@ -162,10 +150,7 @@ class Serving {
   }
   /// Whether its answer comes to contain that.
   bool Comes(const std::string& path, std::string_view part) const {
-    const auto end = std::chrono::steady_clock::now() + 5s;
-    while (std::chrono::steady_clock::now() < end)
-      if (Fetch(path).find(part) != std::string::npos) return true;
-    return false;
+    return Soon([&] { return Fetch(path).find(part) != std::string::npos; });
   }
 
  private:
@@ -284,11 +269,10 @@ TEST_F(GpsdServerTest, EndsTheConnectionOfAClientThatTakesNothing) {
   Begin({.queue = 1 << 20, .stall = 30ms});
   const auto stalled = Watch("{}", 4096), other = Watch("{}");
   for (int i = 0; i < 900; ++i) server_->PublishJson("{" + std::string(1000, ' ') + "}\n");
-  for (const auto end = std::chrono::steady_clock::now() + 3s;
-       server_->Clients() == 2 && std::chrono::steady_clock::now() < end;) {
+  Soon([&] {
     Step();
-    other->Take();
-  }
+    return other->Take() && server_->Clients() == 1;
+  });
   EXPECT_EQ(server_->Counts().stalled, 1);
   EXPECT_EQ(Next(*other).size(), 1002u);
 }
@@ -364,59 +348,39 @@ TEST(Serve, GivesGpspipePositionsAndSentences) {
   EXPECT_TRUE(Has(*RunTool("gpspipe", "-r -n 9 " + server), kEpoch.substr(0, 60)));
   serving.Process().Signal(SIGTERM);
   EXPECT_EQ(serving.Process().Wait(), 130);
-  Program decode({"decode", serving.Record(), "--format", "text"});
-  EXPECT_TRUE(Has(decode.Line(), "48.1173000N"));
+  EXPECT_TRUE(Has(RunToEnd("decode --format text " + serving.Record()).output, "48.1173000N"));
 }
 
-TEST(Serve, KeepsItsClientsWhileThePortIsAway) {
-  const TemporaryFolder folder;
-  CWinApp app("gpsengine-test");
-  app.SetProfilePath(CString::FromUtf8(folder / "host.ini"));
-  ServeOptions options;
-  options.port = folder / "usb-receiver";
-  options.tcp = 0;
-  options.reconnect = 20ms;
-  std::unique_ptr<PseudoTerminal> line;
-  const auto plug = [&] {
-    line = std::make_unique<PseudoTerminal>();
-    std::filesystem::create_symlink(line->Name(), options.port);
-  };
-  plug();
-  int ends[2];
-  ASSERT_EQ(pipe2(ends, O_CLOEXEC), 0);
-  const UniqueDescriptor read_end(ends[0]), write_end(ends[1]);
-  const Interrupt interrupt;
-  const std::jthread story([&] {
-    char text[64] = {};
-    EXPECT_GT(read(ends[0], text, sizeof text - 1), 0);
-    Peer peer(PortOf(text));
+TEST_F(PluggedRun, KeepsTheClientsOfAServer) {
+  ServeOptions serve;
+  serve.port = options.port;
+  serve.tcp = 0;
+  serve.reconnect = 20ms;
+  const auto story = [&] {
+    Peer peer(PortOf(Shown(5000)));
     peer.Send("?WATCH={};");
     const auto sendUntil = [&](std::string_view part) {
-      const auto end = std::chrono::steady_clock::now() + 5s;
-      for (std::size_t seen = peer.Rest().size(); peer.Rest().find(part, seen) == std::string::npos;) {
-        ASSERT_LT(std::chrono::steady_clock::now(), end) << part;
-        ASSERT_TRUE(peer.Take()) << part;
-        line->Exchange(kEpoch);
-        std::this_thread::sleep_for(5ms);
-      }
+      EXPECT_TRUE(Soon([&, seen = peer.Rest().size()] {
+        terminal->Exchange(kEpoch);
+        return peer.Take() && peer.Rest().find(part, seen) != std::string::npos;
+      })) << part;
     };
     sendUntil(R"("class":"TPV")");
-    std::filesystem::remove(options.port);
-    line->HangUp();
+    Unplug();
     sendUntil(R"("activated":0)");
-    plug();
+    Plug();
     sendUntil(R"("class":"TPV")");
     kill(getpid(), SIGTERM);
-  });
-  Output output(ends[1]);
-  EXPECT_EQ(Serve(options, interrupt, output), ExitCode::interrupted);
+  };
+  const auto run = [&](const auto& interrupt, auto& output) { return Serve(serve, interrupt, output); };
+  EXPECT_EQ(Do(run, story), ExitCode::interrupted);
 }
 
 TEST(Serve, EndsWithACodeOfItsOwnWhereNothingWasUnderstood) {
   const PseudoTerminal line;
-  Program serve({"serve", "--port", line.Name(), "--tcp", "0", "--duration", "0.1"});
-  EXPECT_EQ(serve.Wait(), 4);
-  EXPECT_TRUE(Has(serve.Errors(), "no data came from"));
+  const Ended ended = RunToEnd("serve --tcp 0 --duration 0.1 --port " + line.Name());
+  EXPECT_EQ(ended.code, 4);
+  EXPECT_TRUE(Has(ended.errors, "no data came from"));
 }
 
 TEST(Serve, ShowsOnThePageHowOldAFixIs) {

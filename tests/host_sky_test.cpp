@@ -1,7 +1,3 @@
-#include <gtest/gtest.h>
-
-#include <string>
-
 #include "gpsengine/face/skysource.h"
 #include "gpsengine/sentences/positiontail.h"
 #include "gpsengine/sentences/skyreader.h"

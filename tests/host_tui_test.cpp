@@ -1,9 +1,7 @@
-#include <gtest/gtest.h>
 #include <sys/ioctl.h>
 
 #include <cstdio>
 #include <numbers>
-#include <sstream>
 
 #include "gpsengine/engine/gpsengine.h"
 #include "gpsengine/face/models.h"
@@ -14,8 +12,6 @@
 #include "tests/support/program.h"
 #include "tests/support/pseudoterminal.h"
 #include "tests/support/receivertest.h"
-#include "tests/support/temporaryfolder.h"
-#include "tests/support/texts.h"
 
 using namespace host;
 

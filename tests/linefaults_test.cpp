@@ -4,15 +4,11 @@
 #include <sys/stat.h>
 
 #include <atomic>
-#include <csignal>
-#include <thread>
 
 #include "host/line/ports.h"
-#include "simulator/simulator.h"
+#include "tests/support/conversation.h"
 #include "tests/support/enginetest.h"
 #include "tests/support/scriptedline.h"
-#include "tests/support/temporaryfolder.h"
-#include "tests/support/texts.h"
 
 using namespace std::chrono_literals;
 
@@ -107,14 +103,10 @@ TEST_F(EngineTest, ReadsALineThatGivesOneByteAtATime) {
 }
 
 TEST_F(EngineTest, HearsNoiseAtAWrongRateAndTheReceiverAtItsOwn) {
-  simulator::PtyRunner::Settings settings;
-  settings.speed_up = 20;
-  settings.paced = false;
-  simulator::PtyRunner runner(simulator::MakeReceiver({}), settings);
-  runner.Start();
+  const auto runner = RunSimulated("Other", 20);
   const TemporaryFolder folder;
   app.SetProfilePath(CString::FromUtf8(folder / "profile"));
-  MapComPort(kPort, CString::FromUtf8(runner.PortName()));
+  MapComPort(kPort, CString::FromUtf8(runner->PortName()));
   engine.InitReceivers();
   CGPSReceiver* const receiver = engine.GetReceiver();
   const int rate = receiver->GetCurrentBaudrate();

@@ -1,6 +1,3 @@
-#include <filesystem>
-#include <fstream>
-
 #include "gpsengine/platform/trace.h"
 #include "tests/support/receivertest.h"
 

@@ -1,12 +1,9 @@
 #include "gpsengine/link/precisetimer.h"
 
-#include <gtest/gtest.h>
-
-#include <vector>
-
 #include "gpsengine/link/ticks.h"
 #include "gpsengine/platform/clock.h"
 #include "gpsengine/platform/event.h"
+#include "tests/support/basics.h"
 
 namespace {
 

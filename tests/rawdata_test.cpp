@@ -1,14 +1,10 @@
 #include "gpsengine/rawdata/rawdata.h"
 
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <string>
-
 #include "simulator/bytes.h"
 #include "simulator/languages.h"
 #include "simulator/oemlog.h"
 #include "simulator/world.h"
+#include "tests/support/basics.h"
 
 using namespace rawdata;
 
@@ -53,9 +49,7 @@ const Source kEphemerides[] = {
 };
 
 std::vector<std::string> Blocks(const Source& source, int seconds) {
-  simulator::Options options;
-  options.model = source.model;
-  const auto receiver = simulator::MakeReceiver(options);
+  const auto receiver = simulator::MakeReceiver({.model = source.model});
   receiver->Receive(source.length > 0 ? "$JOFF\r\n" : kNoSentences);
   receiver->Receive(source.command);
   receiver->Advance(0);

@@ -1,6 +1,3 @@
-#include <algorithm>
-#include <cmath>
-#include <cstdlib>
 #include <ctime>
 #include <limits>
 #include <numbers>

@@ -1,5 +1,4 @@
 // The reports that read a receiver's settings back: what each changes in the status that the host gets.
-#include <cstring>
 #include <map>
 #include <nlohmann/json.hpp>
 

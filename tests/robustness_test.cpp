@@ -1,7 +1,4 @@
 // What the line may do to a stream: cut it anywhere, put rubbish into it, send numbers beyond all measure.
-#include <algorithm>
-#include <cmath>
-#include <cstring>
 #include <random>
 
 #include "gpsengine/platform/trace.h"

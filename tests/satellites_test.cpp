@@ -1,5 +1,4 @@
 // GSA, GSV and VTG, whichever comes first.
-#include <cmath>
 #include <numbers>
 
 #include "gpsengine/receiver/speedengine.h"

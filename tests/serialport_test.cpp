@@ -1,17 +1,13 @@
 #include "gpsengine/link/serialport.h"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
 #include <cerrno>
-#include <functional>
-#include <thread>
 
 #include "gpsengine/platform/clock.h"
 #include "gpsengine/platform/event.h"
 #include "gpsengine/platform/file.h"
 #include "gpsengine/platform/rehearsal.h"
 #include "gpsengine/platform/trace.h"
+#include "tests/support/basics.h"
 #include "tests/support/pseudoterminal.h"
 
 namespace {

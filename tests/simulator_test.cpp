@@ -1,9 +1,6 @@
 // Simulated receivers and the library at the two ends of a line: each shows the mistakes of the other.
-#include <cmath>
 #include <map>
 #include <set>
-#include <sstream>
-#include <thread>
 
 #include "gpsengine/face/operations.h"
 #include "host/records/format.h"
@@ -20,9 +17,7 @@ namespace {
 constexpr double kLight = 299792458.0;
 
 std::unique_ptr<simulator::Receiver> Make(const std::string& model) {
-  Options options;
-  options.model = model;
-  return MakeReceiver(options);
+  return MakeReceiver({.model = model});
 }
 
 std::vector<std::string> Split(const std::string& text, char delimiter) {
@@ -48,12 +43,6 @@ std::string Kinds(const std::string& bytes) {
   std::string text;
   for (const std::string& kind : kinds) text += (text.empty() ? "" : " ") + kind;
   return text;
-}
-
-int Count(const std::string& bytes, const std::string& what) {
-  int count = 0;
-  for (auto at = bytes.find(what); at != bytes.npos; at = bytes.find(what, at + 1)) ++count;
-  return count;
 }
 
 class Simulated : public EngineTest {

@@ -1,18 +1,14 @@
 // A host that does anything at any moment, while data flow and boxes hold the reader thread up.
 // ThreadSanitizer looks on.
-#include <gtest/gtest.h>
-
 #include <atomic>
-#include <functional>
 #include <random>
-#include <thread>
 
 #include "gpsengine/engine/gpsengine.h"
 #include "gpsengine/platform/clock.h"
 #include "gpsengine/platform/messagebox.h"
+#include "tests/support/basics.h"
 #include "tests/support/hostwindow.h"
 #include "tests/support/pseudoterminal.h"
-#include "tests/support/temporaryfolder.h"
 #include "tests/support/wirebuilder.h"
 
 using namespace std::chrono_literals;

@@ -1,12 +1,5 @@
 #pragma once
 
-#include <gtest/gtest.h>
-
-#include <functional>
-#include <string>
-#include <string_view>
-#include <vector>
-
 #include "gpsengine/engine/gpsengine.h"
 #include "gpsengine/platform/clock.h"
 #include "gpsengine/platform/messagebox.h"

@@ -4,14 +4,11 @@
 #include <poll.h>
 #include <signal.h>
 #include <sys/wait.h>
-#include <unistd.h>
 
-#include <chrono>
-#include <cstdlib>
+#include <iterator>
 #include <stdexcept>
-#include <string>
-#include <thread>
-#include <vector>
+
+#include "tests/support/basics.h"
 
 /// The program as a user runs it, a process of its own, whose profile is not the user's.
 class Program {
@@ -101,3 +98,17 @@ class Program {
   pid_t m_nProcess;
   int m_nOut, m_nErr;
 };
+
+struct Ended {
+  int code;
+  std::string output, errors;
+};
+
+/// Runs the program to its end, its arguments between spaces. What it writes has to fit the pipes, so that it
+/// may end before it is read.
+inline Ended RunToEnd(const std::string& arguments) {
+  std::istringstream words(arguments);
+  Program program({std::istream_iterator<std::string>(words), {}});
+  const int code = program.Wait();
+  return {code, program.Output(), program.Errors()};
+}

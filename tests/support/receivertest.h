@@ -1,13 +1,9 @@
 #pragma once
 
-#include <gtest/gtest.h>
-
-#include <string>
-#include <string_view>
-
 #include "gpsengine/drivers/plain.h"
 #include "gpsengine/platform/rehearsal.h"
 #include "gpsengine/receiver/workingstate.h"
+#include "tests/support/basics.h"
 #include "tests/support/hostwindow.h"
 
 /// The sentence with the checksum of what stands after its "$", and its line end.
