@@ -17,43 +17,40 @@ using namespace std::chrono_literals;
 namespace {
 
 TEST(Addresses, AreReadOrRefusedWithTheRightForm) {
-  const struct {
-    const char *name, *host;
-    int port;
-  } kGood[] = {{"tcp://gps.example:3001", "gps.example", 3001},
-               {"rfc2217://[2001:db8::1]:3001", "2001:db8::1", 3001},
-               {"tcp://[fe80::1%eth0]:1", "fe80::1%eth0", 1},
-               {"udp://:10110", "", 10110},
-               {"udp://127.0.0.1:65535", "127.0.0.1", 65535},
-               {"gpsd://gps.example", "gps.example", 2947},
-               {"gpsd://[::1]", "::1", 2947},
-               {"gpsd://[::1]:5", "::1", 5},
-               {"-", "", 0}};
-  for (const auto& row : kGood) {
-    ASSERT_TRUE(host::IsAddress(row.name));
-    const host::Address address = host::ReadAddress(row.name);
-    EXPECT_EQ(address.host, row.host) << row.name;
-    EXPECT_EQ(address.port, row.port) << row.name;
+  const std::tuple<const char*, const char*, int> kGood[] = {
+      {"tcp://gps.example:3001", "gps.example", 3001},
+      {"rfc2217://[2001:db8::1]:3001", "2001:db8::1", 3001},
+      {"tcp://[fe80::1%eth0]:1", "fe80::1%eth0", 1},
+      {"udp://:10110", "", 10110},
+      {"udp://127.0.0.1:65535", "127.0.0.1", 65535},
+      {"gpsd://gps.example", "gps.example", 2947},
+      {"gpsd://[::1]", "::1", 2947},
+      {"gpsd://[::1]:5", "::1", 5},
+      {"-", "", 0}};
+  for (const auto& [name, where, port] : kGood) {
+    ASSERT_TRUE(host::IsAddress(name));
+    const host::Address address = host::ReadAddress(name);
+    EXPECT_EQ(address.host, where) << name;
+    EXPECT_EQ(address.port, port) << name;
   }
   for (const char* device : {"/dev/ttyUSB0", "./odd:1", "COM3", "auto"})
     EXPECT_FALSE(host::IsAddress(device));
-  const struct {
-    const char *name, *what;
-  } kBad[] = {{"gps.example:3001", "no device; an address looks like tcp://gps.example:3001"},
-              {"http://gps.example", "no \"http\"; an address looks like tcp://HOST:PORT, rfc2217://"},
-              {"tcp://gps.example", "the port is missing; an address looks like tcp://gps.example:3001"},
-              {"tcp://:3001", "the host is missing"},
-              {"tcp://gps.example:", "the port is missing"},
-              {"tcp://gps.example:65536", "no number from 1 to 65535"},
-              {"tcp://gps.example:+1", "no number from 1 to 65535"},
-              {"tcp://gps.example:1/x", "no path"},
-              {"tcp://me@gps.example:1", "no user"},
-              {"tcp://::1:3001", "in brackets"},
-              {"tcp://[::1:3001", "in brackets"},
-              {"tcp://[gps]:3001", "in brackets"}};
-  for (const auto& row : kBad) {
-    const std::string error = ErrorOf([&] { host::Port::Of(row.name); });
-    EXPECT_TRUE(error.starts_with("2 ") && Has(error, row.what)) << error;
+  const std::pair<const char*, const char*> kBad[] = {
+      {"gps.example:3001", "no device; an address looks like tcp://gps.example:3001"},
+      {"http://gps.example", "no \"http\"; an address looks like tcp://HOST:PORT, rfc2217://"},
+      {"tcp://gps.example", "the port is missing; an address looks like tcp://gps.example:3001"},
+      {"tcp://:3001", "the host is missing"},
+      {"tcp://gps.example:", "the port is missing"},
+      {"tcp://gps.example:65536", "no number from 1 to 65535"},
+      {"tcp://gps.example:+1", "no number from 1 to 65535"},
+      {"tcp://gps.example:1/x", "no path"},
+      {"tcp://me@gps.example:1", "no user"},
+      {"tcp://::1:3001", "in brackets"},
+      {"tcp://[::1:3001", "in brackets"},
+      {"tcp://[gps]:3001", "in brackets"}};
+  for (const auto& [name, what] : kBad) {
+    const std::string error = ErrorOf([name = name] { host::Port::Of(name); });
+    EXPECT_TRUE(error.starts_with("2 ") && Has(error, what)) << error;
   }
 }
 

@@ -3,7 +3,6 @@
 #include "gpsengine/face/rehearse.h"
 #include "gpsengine/platform/application.h"
 #include "host/commands/outcome.h"
-#include "host/run/failure.h"
 #include "host/session/rawoutput.h"
 #include "tests/support/basics.h"
 
@@ -13,16 +12,9 @@ namespace {
 
 class HostOperations : public testing::Test {
  protected:
-  static std::vector<std::string> Words(const std::string& call) {
-    std::istringstream stream(call);
-    std::vector<std::string> words;
-    for (std::string word; std::getline(stream, word, ' ');) words.push_back(word);
-    return words;
-  }
-
   /// The steps and the result of an operation, its words as a user writes them.
   static std::string Steps(const std::string& model, const std::string& call, bool wait = false) {
-    std::vector<std::string> words = Words(call);
+    std::vector<std::string> words = Split(call, ' ');
     const Operation& operation = FindOperation(words[0]);
     words.erase(words.begin());
     const auto transcript = Rehearse(model, operation, Prepare(operation, Arguments{std::move(words), wait}));
@@ -41,13 +33,6 @@ class HostOperations : public testing::Test {
 
 }  // namespace
 
-TEST_F(HostOperations, WriteAndResultInWhatTheModelSays) {
-  EXPECT_EQ(Steps("CSI", "set-beacon 304.50 200"), "write \"$GPMSK,304.50,M,200,M,0\\r\\n\"\nwait 200\nnone");
-  EXPECT_EQ(Steps("Other", "send $JSHOW"), "write \"$JSHOW\\r\\n\"\nnone");
-  EXPECT_EQ(Steps("Sokkia Axis3", "raw-interval 0.2"),
-            "write \"$JBIN,96,0.2\\r\\n\"\nwrite \"$JBIN,95,0.2\\r\\n\"\nwrite \"$JSAVE\\r\\n\"\ntrue");
-}
-
 TEST_F(HostOperations, CountAWaitForAnAcknowledgementAsAcknowledged) {
   const std::string steps = Steps("CSI", "reset", true);
   EXPECT_TRUE(steps.starts_with("write \"$PASHS,RST\\r\\n\"\nwait-ack 10000\nwait 3000\n")) << steps;
@@ -65,11 +50,7 @@ TEST_F(HostOperations, RefuseAnIntervalThatTheModelDoesNotHave) {
 }
 
 TEST_F(HostOperations, SayWhatWasSentAndHowTheLineAnswered) {
-  const struct {
-    const char *model, *call, *bytes;
-    long long reports;
-    const char* text;
-  } rows[] = {
+  const std::tuple<const char*, const char*, const char*, long long, const char*> rows[] = {
       {"CSI", "set-elevation-mask 12", "$PASHR,ACK*3D\r\n", 0, R"(sent "$PASHS,PEM,12"; the receiver ack)"},
       {"CSI", "set-elevation-mask 12", "$PASHR,NAK*30\r\n", 0, "6 sent"},
       {"CSI", "set-elevation-mask 12", "$GPGGA,\r\n", 0, "6 sent"},
@@ -80,7 +61,7 @@ TEST_F(HostOperations, SayWhatWasSentAndHowTheLineAnswered) {
       {"Starlink", "gga-only", "", 0, "no bytes came from /dev/x"},
       {"CSI", "keep-alive", "", 0, "nothing was sent"}};
   for (const auto& [model, call, bytes, reports, text] : rows) {
-    const auto words = Words(call);
+    const auto words = Split(call, ' ');
     const Operation& operation = FindOperation(words[0]);
     const Arguments arguments{{words.begin() + 1, words.end()}, false};
     Outcome outcome(Rehearse(model, operation, Prepare(operation, arguments)));
@@ -136,12 +117,7 @@ TEST_F(HostOperations, BringAReceiverToSendRawDataAndPutBackWhatWasThere) {
   const CString gsv = "$GPGSV,1,1,01,02,45,100,40*4E\r\n";
   const std::string on = "$PASHS,RAW,MBN,A,ON;$PASHS,RAW,PBN,A,ON;$PASHS,RAW,SNV,A,ON;";
   const std::string off = "$PASHS,NME,GSA,A,OFF;$PASHS,NME,GSV,A,OFF;-;";
-  const struct {
-    const char* model;
-    double interval;
-    std::vector<CString> sentences;
-    std::string written;
-  } rows[] = {
+  const std::tuple<const char*, double, std::vector<CString>, std::string> rows[] = {
       {"Ashtech", 0.0, {}, on + off},
       {"CSI", 0.5, {gsv}, on + "$PASHS,RCI,0.500000;" + off + "$PASHS,NME,GSV,A,ON;"},
       {"Racal", 0.0, {gsa, gsv}, on + off + "$PASHS,NME,GSA,A,ON;$PASHS,NME,GSV,A,ON;"},
@@ -177,13 +153,13 @@ TEST_F(HostOperations, LeaveNothingBehindWhenTheyAreRehearsed) {
 }
 
 TEST_F(HostOperations, TakeNoArgumentsButTheirOwn) {
-  std::istringstream wrong(
+  const std::string wrong =
       "set-elevation-mask;set-elevation-mask ten;set-elevation-mask 91;set-elevation-mask 10 20;"
       "set-beacon 304.5\r\n$JRESET;set-beacon -1;set-beacon 283.4;set-beacon 325.1;set-beacon nan;"
       "set-beacon 304.5 150;set-beacon auto 200;set-dgps WAAS;set-lband 1557.845;set-lband inf 1200;"
-      "dgps-status yes;raw-interval 1s;gga-only now;send $JSHOW\r\n$JRESET;send \u20AC;no-such-thing");
-  for (std::string call; std::getline(wrong, call, ';');)
-    EXPECT_TRUE(Refusal(Words(call)).starts_with("2 ")) << call;
+      "dgps-status yes;raw-interval 1s;gga-only now;send $JSHOW\r\n$JRESET;send \u20AC;no-such-thing";
+  for (const std::string& call : Split(wrong, ';'))
+    EXPECT_TRUE(Refusal(Split(call, ' ')).starts_with("2 ")) << call;
   EXPECT_NE(Refusal({"send", std::string(199, 'x')}), "none");
   EXPECT_NE(Refusal({"gga-only"}, true), "none") << "only a reset is acknowledged";
   EXPECT_EQ(Refusal({"send", std::string(198, 'x')}), "none");

@@ -4,7 +4,6 @@
 
 #include "gpsengine/engine/gpsengine.h"
 #include "gpsengine/face/models.h"
-#include "gpsengine/platform/application.h"
 #include "host/line/config.h"
 #include "host/line/ports.h"
 #include "host/line/portsearch.h"

@@ -180,10 +180,7 @@ const std::string kEpoch = WithChecksum("$GPGGA,123519,4807.038,N,01131.000,E,1,
 }  // namespace
 
 TEST_F(GpsdServerTest, AnswersRequestsHoweverTheyComeAndEnd) {
-  const struct {
-    Strings pieces;
-    Strings classes;
-  } cases[] = {
+  const std::pair<Strings, Strings> cases[] = {
       {{"?WATCH={\"enable\":true,\"json\":true};\r\n"}, {"DEVICES", "WATCH"}},
       {{"?WATCH={\"enable\":true}"}, {"DEVICES", "WATCH"}},
       {{"?WAT", "CH={\"ena", "ble\":true,\"device\":\"/dev", "/x\"", "}"}, {"DEVICES", "WATCH"}},
@@ -215,10 +212,7 @@ TEST_F(GpsdServerTest, AnswersRequestsHoweverTheyComeAndEnd) {
 }
 
 TEST_F(GpsdServerTest, SendsToEachWhatItWatches) {
-  const struct {
-    std::string_view argument;
-    Strings lines;
-  } cases[] = {
+  const std::pair<std::string_view, Strings> cases[] = {
       {"{}", {R"({"class":"TPV"})"}},
       {R"({"enable":true,"json":true,"nmea":true})", {"$GPZDA", R"({"class":"TPV"})"}},
       {R"({"nmea":true})", {"$GPZDA"}},
@@ -227,12 +221,12 @@ TEST_F(GpsdServerTest, SendsToEachWhatItWatches) {
       {R"({"enable":false,"json":true})", {}},
   };
   std::vector<std::unique_ptr<Peer>> peers;
-  for (const auto& watching : cases) peers.push_back(Watch(watching.argument));
+  for (const auto& [argument, lines] : cases) peers.push_back(Watch(argument));
   server_->PublishBytes("\xA0$GPZDA\r\n");
   server_->PublishSentence("$GPZDA\r\n");
   server_->PublishJson("{\"class\":\"TPV\"}\n");
   for (std::size_t i = 0; i < peers.size(); ++i) {
-    for (const auto& line : cases[i].lines) EXPECT_EQ(Next(*peers[i]), line) << cases[i].argument;
+    for (const auto& line : cases[i].second) EXPECT_EQ(Next(*peers[i]), line) << cases[i].first;
     peers[i]->Send("?POLL;");
     EXPECT_TRUE(Has(Next(*peers[i]), R"("tpv":[{"class":"TPV"}],"gst":[],"sky":[]})"));
   }

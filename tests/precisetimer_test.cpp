@@ -74,22 +74,19 @@ TEST(PreciseTimer, TicksUnderItsNumberUntilItIsStopped) {
 // is made up for. Otherwise the waits stand for the time of the window, so that a period holds from tick to
 // tick.
 TEST(PreciseTimer, AllowsForTheTimeThatTheWindowTakes) {
-  const struct {
-    DWORD slowness;
-    int period;
-    DWORD least, most;  // 80 ms of the window and 100 of the period would be 180
-  } rows[] = {{30, 10, 40, kLong}, {80, 100, 90, 165}};
-  for (const auto& row : rows) {
-    Clockface window(row.slowness);
+  // The window's slowness, the period, and the shortest tick in between. 80 ms and 100 would be 180.
+  const std::tuple<DWORD, int, DWORD, DWORD> rows[] = {{30, 10, 40, kLong}, {80, 100, 90, 165}};
+  for (const auto& [slowness, period, least, most] : rows) {
+    Clockface window(slowness);
     CPreciseTimer timer;
-    timer.Start(&window, row.period);
+    timer.Start(&window, period);
     ASSERT_EQ(window.Run(4, kLong), 4u);
     timer.Stop();
     DWORD shortest = kLong;
     for (std::size_t i = 1; i < window.ticks.size(); ++i)
       shortest = std::min(shortest, window.ticks[i].nBegin - window.ticks[i - 1].nBegin);
-    EXPECT_GE(shortest, row.least);
-    EXPECT_LE(shortest, row.most);
+    EXPECT_GE(shortest, least);
+    EXPECT_LE(shortest, most);
   }
 }
 

@@ -5,6 +5,7 @@
 #include "simulator/oemlog.h"
 #include "simulator/world.h"
 #include "tests/support/basics.h"
+#include "tests/support/blocks.h"
 
 using namespace rawdata;
 
@@ -29,40 +30,6 @@ std::string Summed(std::string block) {
   return block;
 }
 
-// The kinds of blocks, and how receivers are told to send nothing else.
-struct Source {
-  const char* model;
-  const char* command;
-  std::size_t length;            // of a block; 0: that of an OEM message
-  double range, phase, doppler;  // what the block's steps leave of a measurement
-};
-constexpr const char* kNoSentences = "UNLOG GPGGA\r\nUNLOG GPGSA\r\nUNLOG GPGSV\r\nUNLOG GPVTG\r\n";
-const Source kObservations[] = {
-    {"CSI - MAX", "$JBIN,96,1\r\n", 312, 1e-6, 1e-6, 0.001},
-    {"GSR2650 LB", "LOG RANGEB ONTIME 1\r\n", 0, 1e-6, 1e-6, 0.001},
-    {"GSR2650 LB", "LOG RANGECMPB ONTIME 1\r\n", 0, 0.004, 0.002, 0.002},
-};
-const Source kEphemerides[] = {
-    {"CSI - MAX", "$JBIN,95,1\r\n", 140, 0, 0, 0},
-    {"GSR2650 LB", "LOG RAWEPHEMB ONCHANGED\r\n", 0, 0, 0, 0},
-    {"GSR2650 LB", "LOG GPSEPHEMB ONCHANGED\r\n", 0, 0, 0, 0},
-};
-
-std::vector<std::string> Blocks(const Source& source, int seconds) {
-  const auto receiver = simulator::MakeReceiver({.model = source.model});
-  receiver->Receive(source.length > 0 ? "$JOFF\r\n" : kNoSentences);
-  receiver->Receive(source.command);
-  receiver->Advance(0);
-  const std::string bytes = receiver->Advance(seconds);
-  std::vector<std::string> blocks;
-  for (std::size_t at = 0; at < bytes.size(); at += blocks.back().size()) {
-    const auto byte = [&](std::size_t i) { return static_cast<unsigned char>(bytes.at(at + i)); };
-    const std::size_t length = source.length > 0 ? source.length : 28 + (byte(8) | byte(9) << 8) + 4;
-    blocks.push_back(bytes.substr(at, length));
-  }
-  return blocks;
-}
-
 simulator::World TheWorld() {
   return simulator::World(simulator::Options());
 }
@@ -70,7 +37,7 @@ simulator::World TheWorld() {
 }  // namespace
 
 TEST(RawData, MeasuresWhatTheReceiverHas) {
-  for (const Source& source : kObservations) {
+  for (const BlockSource& source : kObservations) {
     PhaseHistory history;
     ObservationEpoch epoch;
     int seconds = 0;
@@ -98,7 +65,7 @@ TEST(RawData, MeasuresWhatTheReceiverHas) {
 }
 
 TEST(RawData, ReadsTheOrbitThatIsFlown) {
-  for (const Source& source : kEphemerides) {
+  for (const BlockSource& source : kEphemerides) {
     const auto blocks = Blocks(source, 4);
     EXPECT_GE(blocks.size(), 4u);
     for (const std::string& block : blocks) {
@@ -134,7 +101,7 @@ TEST(RawData, ReadsTheOrbitThatIsFlown) {
 // Not one bit of a block may be another, and nothing may be missing.
 TEST(RawData, RefusesWhatIsDamagedOrShort) {
   for (const auto* sources : {&kObservations, &kEphemerides}) {
-    for (const Source& source : *sources) {
+    for (const BlockSource& source : *sources) {
       const std::string block = Blocks(source, 1).at(0);
       PhaseHistory history;
       ObservationEpoch epoch;

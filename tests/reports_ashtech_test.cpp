@@ -1,6 +1,5 @@
 #include <ctime>
 #include <limits>
-#include <numbers>
 
 #include "host/records/recordsink.h"
 #include "simulator/geodesy.h"
@@ -8,8 +7,6 @@
 #include "tests/support/wirebuilder.h"
 
 namespace {
-
-constexpr double kDegree = std::numbers::pi / 180.0;
 
 class AshtechReport : public ReceiverTest<> {
  protected:
@@ -72,23 +69,21 @@ TEST_F(AshtechReport, ThirteenthSatelliteTakesAnUnusedSlotOrNone) {
 }
 
 TEST_F(AshtechReport, CountsBinaryMessagesAndThoseItRefuses) {
-  const struct {
-    std::string message;
-    bool attached, taken;
-    int binary, bad;                                  // from now on
-  } rows[] = {{"$PASHR,PBN,\n", false, false, 1, 0},  // no bytes attached
-              {"$PASHR,MBN,", true, false, 2, 0},     // no payload
-              {"$PASHR,SNV,short\r", true, false, 3, 1},
-              {Mbn{.checksumError = 1}.Message(), true, false, 4, 2},
-              {Mbn{}.Message().replace(7, 3, "mbn"), true, true, 5, 2},
-              {"$PASHR,MCA,\n", false, false, 5, 2},
-              {"$PASHR,SAL,\n", false, false, 5, 2},
-              {"$PASHR,POS,1,2,3*00\r\n", false, false, 5, 2}};
-  for (const auto& row : rows) {
+  // What comes, whether its bytes are attached, whether it is taken, and the two counts from then on.
+  const std::tuple<std::string, bool, bool, int, int> rows[] = {
+      {"$PASHR,PBN,\n", false, false, 1, 0},  // no bytes attached
+      {"$PASHR,MBN,", true, false, 2, 0},     // no payload
+      {"$PASHR,SNV,short\r", true, false, 3, 1},
+      {Mbn{.checksumError = 1}.Message(), true, false, 4, 2},
+      {Mbn{}.Message().replace(7, 3, "mbn"), true, true, 5, 2},
+      {"$PASHR,MCA,\n", false, false, 5, 2},
+      {"$PASHR,SAL,\n", false, false, 5, 2},
+      {"$PASHR,POS,1,2,3*00\r\n", false, false, 5, 2}};
+  for (const auto& [message, attached, taken, binary, bad] : rows) {
     receiver.AttachRawData(nullptr, 0);
-    EXPECT_EQ(row.attached ? FeedBinary(row.message) : Feed(row.message), row.taken) << row.message;
-    EXPECT_EQ(receiver.GetBinaryMessages(), row.binary) << row.message;
-    EXPECT_EQ(receiver.GetBadBinaryMessages(), row.bad) << row.message;
+    EXPECT_EQ(attached ? FeedBinary(message) : Feed(message), taken) << message;
+    EXPECT_EQ(receiver.GetBinaryMessages(), binary) << message;
+    EXPECT_EQ(receiver.GetBadBinaryMessages(), bad) << message;
   }
 }
 

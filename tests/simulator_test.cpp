@@ -20,13 +20,6 @@ std::unique_ptr<simulator::Receiver> Make(const std::string& model) {
   return MakeReceiver({.model = model});
 }
 
-std::vector<std::string> Split(const std::string& text, char delimiter) {
-  std::vector<std::string> pieces;
-  std::istringstream stream(text);
-  for (std::string piece; std::getline(stream, piece, delimiter);) pieces.push_back(piece);
-  return pieces;
-}
-
 // Writes lines that stand between bars and gives what comes at once.
 std::string Ask(simulator::Receiver& receiver, const std::string& lines) {
   for (const std::string& line : Split(lines, '|')) receiver.Receive(line + "\r\n");
@@ -117,11 +110,8 @@ TEST_F(Simulated, ReceiverUnderstandsAllThatItsDriverSays) {
 TEST_F(Simulated, ReceiverDoesWhatItIsToldAndReportsIt) {
   constexpr const char* kUsual = "GGA GSA GSV VTG";
   constexpr const char* kCsi = "GGA GSA SAT VTG";
-  const struct {
-    const char *model, *operations;
-    const char* shown;  // somewhere in what the program shows
-    const char* kinds;  // the sentences that go out from then on
-  } rows[] = {
+  // What stands somewhere in what the program shows, and the sentences that go out from then on.
+  const std::tuple<const char*, const char*, const char*, const char*> rows[] = {
       {"Ashtech", "gga-only", "", "GGA"},
       {"Racal", "default-nmea", "", "GGA GSA GSV SAT VTG"},
       {"CSI", "set-elevation-mask 12;query-settings", "PEM:12 SAV:", kCsi},
@@ -162,13 +152,13 @@ TEST_F(Simulated, ReceiverDoesWhatItIsToldAndReportsIt) {
       {"GSR2650 LB", "query-waas;send-correction;set-cdgps-frequency 1547", "$WAAS1,", kUsual},
       {"GSR2650 LB", "gga-only;reset", "", kUsual},
   };
-  for (const auto& row : rows) {
-    SCOPED_TRACE(std::string(row.model) + ": " + row.operations);
-    Plug(row.model);
-    Do(row.operations);
+  for (const auto& [model, operations, shown, kinds] : rows) {
+    SCOPED_TRACE(std::string(model) + ": " + operations);
+    Plug(model);
+    Do(operations);
     Pass(8);
-    EXPECT_EQ(Kinds(Pass(6)), row.kinds);
-    EXPECT_NE(Shown().find(row.shown), std::string::npos);
+    EXPECT_EQ(Kinds(Pass(6)), kinds);
+    EXPECT_NE(Shown().find(shown), std::string::npos);
     ExpectUnderstood();
   }
 }
@@ -279,9 +269,7 @@ TEST(Simulator, ComplainsAboutWhatItsLanguageDoesNotKnow) {
     EXPECT_EQ(receiver->TakeComplaints().size(), 2u) << model;
     EXPECT_EQ(receiver->TakeComplaints().size(), 0u) << model;
   }
-  const struct {
-    const char *model, *line, *reason;
-  } rows[] = {
+  const std::tuple<const char*, const char*, const char*> rows[] = {
       {"CSI", "$PASHS,PEM,5*00", "bad checksum: "},       {"CSI", "$PASHS,PEM,x", "bad value: "},
       {"Ashtech", "$GPCRQ,MSS", "unknown line: "},  // has no beacon receiver
       {"SiRF", "$PSRF103,04,00,00,01", "bad checksum: "}, {"GSR2650 LB", "LOG FOO ONCE", "bad value: "},
@@ -303,11 +291,7 @@ TEST(Simulator, UnderstandsLinesThatComeInPieces) {
 }
 
 TEST(Simulator, FallsSilentAtAResetAndComesBackWithWhatItKeeps) {
-  const struct {
-    const char *model, *lines;
-    double silence;
-    const char *question, *answer;
-  } rows[] = {
+  const std::tuple<const char*, const char*, double, const char*, const char*> rows[] = {
       // Deaf to what follows the reset.
       {"CSI", "$PASHS,NME,ALL,A,OFF|$PASHS,SAV,Y|$PASHS,RST|$PASHS,PEM,9", 1.9, "$PASHQ,PAR", "PEM:05"},
       {"CSI", "$PASHS,NME,ALL,A,OFF|$PASHS,SAV,Y|$PASHS,RST", 1.9, "", "$PASHR,SAT"},
@@ -317,14 +301,14 @@ TEST(Simulator, FallsSilentAtAResetAndComesBackWithWhatItKeeps) {
       // Another application starts over, and nothing is lost.
       {"CSI - MAX", "$JMASK,15|$JSAVE|$JMASK,25|$JAPP,2", 2.9, "$JDIFF,LBAND|$JSHOW", "MASK,25"},
   };
-  for (const auto& row : rows) {
-    const auto receiver = Make(row.model);
-    Ask(*receiver, row.lines);
-    if (std::string(row.lines).ends_with("25")) receiver->PowerCycle();
-    EXPECT_EQ(receiver->Advance(row.silence), "") << row.lines;
+  for (const auto& [model, lines, silence, question, expected] : rows) {
+    const auto receiver = Make(model);
+    Ask(*receiver, lines);
+    if (std::string(lines).ends_with("25")) receiver->PowerCycle();
+    EXPECT_EQ(receiver->Advance(silence), "") << lines;
     receiver->Advance(0.5);
-    const std::string answer = Ask(*receiver, row.question);
-    EXPECT_NE((answer + receiver->Advance(2)).find(row.answer), std::string::npos) << row.lines << answer;
+    const std::string answer = Ask(*receiver, question);
+    EXPECT_NE((answer + receiver->Advance(2)).find(expected), std::string::npos) << lines << answer;
   }
 }
 
@@ -349,9 +333,7 @@ TEST(PtyRunner, StopsAtOnceWhenNobodyReadsAndHasNoLineOnceItHasHungUp) {
   ASSERT_TRUE(peer.Open());
   runner.Start();
   std::this_thread::sleep_for(std::chrono::milliseconds(50));
-  const auto start = std::chrono::steady_clock::now();
-  runner.Stop();
-  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(500));
+  EXPECT_LT(Took([&] { runner.Stop(); }), 500u);
   runner.HangUp();
   EXPECT_FALSE(peer.Write("BAR\r\n"));
   runner.Start();  // has no line any more

@@ -48,13 +48,9 @@ struct Inventory {
 
 // Late threads need a moment to end.
 void ExpectNothingLeftBut(const Inventory& before) {
-  Inventory now = Inventory::Take();
-  for (int i = 0; i < 500 && now != before; ++i) {
-    std::this_thread::sleep_for(10ms);
-    now = Inventory::Take();
-  }
-  EXPECT_EQ(now.descriptors, before.descriptors);
-  EXPECT_EQ(now.threads, before.threads);
+  Soon([&] { return Inventory::Take() == before; });
+  EXPECT_EQ(Inventory::Take().descriptors, before.descriptors);
+  EXPECT_EQ(Inventory::Take().threads, before.threads);
 }
 
 // A receiver that never pauses, and takes what is written.
@@ -206,10 +202,7 @@ TEST_F(ThreadsTest, LeaveACallbackBehindThatWaitsForTheHost) {
     ASSERT_TRUE(m_pEngine->Start());
     SetEvent(question.hAnswered);
     m_Terminal.Send("\r\n" + kFix);
-    for (int i = 0; i < 2000 && m_Window.records.empty(); ++i) {
-      std::this_thread::sleep_for(1ms);
-      m_Window.Drain();
-    }
+    EXPECT_TRUE(Soon([&] { return m_Window.Drain(), !m_Window.records.empty(); }));
     m_pEngine.reset();
     m_Window.Drain();
     EXPECT_EQ(m_Window.records.size(), 1u) << "of the second run, and none of the first";

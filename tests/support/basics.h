@@ -22,6 +22,7 @@
 #include <vector>
 
 #include "gpsengine/face/error.h"
+#include "gpsengine/platform/clock.h"
 
 /// Whether the text has that part. What it is instead stands in the message.
 inline testing::AssertionResult Has(std::string_view text, std::string_view part) {
@@ -34,6 +35,22 @@ inline int Count(std::string_view text, std::string_view part) {
   int count = 0;
   for (std::size_t at = 0; (at = text.find(part, at)) != text.npos; at += part.size()) ++count;
   return count;
+}
+
+/// The pieces between the delimiters.
+inline std::vector<std::string> Split(const std::string& text, char delimiter) {
+  std::vector<std::string> pieces;
+  std::istringstream stream(text);
+  for (std::string piece; std::getline(stream, piece, delimiter);) pieces.push_back(piece);
+  return pieces;
+}
+
+/// How many milliseconds a call takes.
+template <class Call>
+std::uint64_t Took(Call call) {
+  const auto start = CurrentClock().Milliseconds();
+  call();
+  return CurrentClock().Milliseconds() - start;
 }
 
 /// The code and the text of the error that a call throws.

@@ -112,3 +112,10 @@ inline Ended RunToEnd(const std::string& arguments) {
   const int code = program.Wait();
   return {code, program.Output(), program.Errors()};
 }
+
+/// The output of a run that ends well.
+inline std::string OutputOf(const std::string& arguments) {
+  const Ended ended = RunToEnd(arguments);
+  EXPECT_EQ(ended.code, 0) << ended.errors;
+  return ended.output;
+}

@@ -35,6 +35,7 @@ class PseudoTerminal {
   PseudoTerminal& operator=(const PseudoTerminal&) = delete;
 
   const std::string& Name() const { return m_strName; }
+  int Keeper() const { return m_nKeeper; }
 
   void Send(std::string_view bytes) const {
     while (!bytes.empty()) {
