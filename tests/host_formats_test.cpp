@@ -188,26 +188,6 @@ TEST(HostRecordFormat, WritesEveryFieldOfAPosition) {
           "\n");
 }
 
-TEST(HostRecordFormat, WritesTheUsedSlotsOfARawEpochAndABlock) {
-  CGPSDataRaw epoch;
-  epoch.m_Time = CTime(7);
-  epoch.m_nGPSWeek = 2314;
-  epoch.m_dReceiverTime = 345600.5;
-  epoch.AddSatelliteData(DataRecord_G12_MBN{1, 0, 5, 0, 1499, 0, 24, {}, 0.07, 10000, -12.5, 0, 0});
-  std::string out;
-  RecordSink sink(out);
-  EXPECT_TRUE(sink.OnRawData(epoch));
-  EXPECT_TRUE(sink.OnBin(Block{{rawdata::Family::oem, 42}, 104}));
-  EXPECT_EQ(
-      out,
-      R"({"message":"WM_GPS_NEW_RAW_DATA","m_Time":7,"m_dLatitude":0,"m_dLongitude":0,"m_dHeight":0,"m_dSpare":0,)"
-      R"("m_bPositionValid":false,"m_bSpare":false,"m_bEpochComplete":false,"m_dReceiverTime":345600.5,)"
-      R"("m_dCorrectedTime":0,"m_dClockOffset":0,"m_dClockDrift":0,"m_nGPSWeek":2314,"m_Satellites":[)"
-      R"({"m_nPRN":5,"m_nSignalCount":2,"m_dPseudorange":20985472.060000002,"m_dCarrierPhase":12.5,)"
-      R"("m_dDoppler":-1,"m_dSpare1":0,"m_dSpare2":0,"m_bValid":true}],"m_nSatellites":1})"
-      "\n{\"message\":\"WM_GPS_NEW_BIN\",\"block\":\"OEM 42\",\"bytes\":104}\n");
-}
-
 TEST(HostFormats, ShowWhatABlockHolds) {
   rawdata::ObservationEpoch epoch{266, 172800.5, {}};
   epoch.signals.push_back({'G', 5, "1C", 2.1e7, -1.5, 1000.25, 45.5, true, false, {}});

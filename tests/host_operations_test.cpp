@@ -31,8 +31,6 @@ class HostOperations : public testing::Test {
   CWinApp app_{"gpsengine-test"};
 };
 
-}  // namespace
-
 TEST_F(HostOperations, CountAWaitForAnAcknowledgementAsAcknowledged) {
   const std::string steps = Steps("CSI", "reset", true);
   EXPECT_TRUE(steps.starts_with("write \"$PASHS,RST\\r\\n\"\nwait-ack 10000\nwait 3000\n")) << steps;
@@ -90,8 +88,6 @@ TEST_F(HostOperations, SayWhatAnInterruptionHasLeftUndone) {
   }
 }
 
-namespace {
-
 /// What a run for a RINEX log writes, without its waits: what has come before its commands, and what
 /// follows.
 std::string RawRun(const std::string& model, double interval, const std::vector<CString>& sentences) {
@@ -109,8 +105,6 @@ std::string RawRun(const std::string& model, double interval, const std::vector<
     text += step.bytes.substr(0, step.bytes.find('\r')) + (step.bytes.empty() ? "" : ";");
   return text;
 }
-
-}  // namespace
 
 TEST_F(HostOperations, BringAReceiverToSendRawDataAndPutBackWhatWasThere) {
   const CString gsa = "$GPGSA,A,3,01,02,03,04,,,,,,,,,2.0,1.0,1.7*33\r\n";
@@ -176,3 +170,5 @@ TEST_F(HostOperations, AreListedWhereTheModelHasThem) {
   // The capability answer for the source of corrections opens more than this make has.
   EXPECT_EQ(names("SiRF"), "start default-nmea gga-only set-dgps reset send keep-alive suspend ");
 }
+
+}  // namespace

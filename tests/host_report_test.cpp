@@ -35,8 +35,6 @@ void Walk(RunStatistics& run, long long start, int seconds, int signal = UDF_SIG
   }
 }
 
-}  // namespace
-
 TEST(HostReport, MeasuresTheGroundAtAnyLatitude) {
   constexpr double kNear = 0.001;  // degrees
   for (const double latitude : {0.0, 47.0, -89.0}) {
@@ -196,8 +194,6 @@ TEST(HostReport, TellsWhereAStillReceiverStandsAndInWhichUnits) {
   EXPECT_FALSE(DataOf(moved).contains("cloud"));
 }
 
-namespace {
-
 /// Where a vehicle is after so many seconds, in metres from its start. Circles of 200 m, one in ten minutes,
 /// as a receiver sees them: with an error that wanders within centimetres.
 Offset OnCircles(double seconds) {
@@ -220,8 +216,6 @@ double Distance(const Offset& place, const Offset& a, const Offset& b) {
   const double part = std::clamp(along, 0.0, 1.0);
   return std::hypot(place.east - a.east - part * x, place.north - a.north - part * y);
 }
-
-}  // namespace
 
 TEST(HostReport, DrawsADayAtTenHertzWithinTwoPixels) {
   constexpr double kLatitude = 47.0;
@@ -258,3 +252,5 @@ TEST(HostReport, DrawsADayAtTenHertzWithinTwoPixels) {
     EXPECT_LT(furthest, 2.0 * pixel) << points.size() << " points";
   }
 }
+
+}  // namespace

@@ -25,14 +25,8 @@ CGPSDataRaw Epoch(int week, double seconds) {
   epoch.m_dHeight = 102.0;
   epoch.m_nSatellites = 4;
   const int prns[] = {5, 40, 17, 9};
-  for (int i = 0; i < 4; ++i) {
-    epoch.m_Satellites[i].m_nPRN = prns[i];
-    epoch.m_Satellites[i].m_dPseudorange = 20'000'000.0625 + i;
-    epoch.m_Satellites[i].m_dCarrierPhase = -105'000'000.5;
-    epoch.m_Satellites[i].m_dDoppler = 1234.5678;
-    epoch.m_Satellites[i].m_nSignalCount = 44;
-    epoch.m_Satellites[i].m_bValid = i != 3;
-  }
+  for (int i = 0; i < 4; ++i)
+    epoch.m_Satellites[i] = {prns[i], 44, 20'000'000.0625 + i, -105'000'000.5, 1234.5678, 0.0, 0.0, i != 3};
   epoch.m_Satellites[2].m_dCarrierPhase = 3e9;  // more than the format has room for
   return epoch;
 }
@@ -56,8 +50,6 @@ class HostRinex : public testing::Test {
   CWinApp app_{"gpsengine-test"};
   RinexLog log_{RinexVersion::v2_11};
 };
-
-}  // namespace
 
 TEST(HostGpsTime, ResolvesTheTenBitWeekAroundEachRollOver) {
   const std::tuple<int, int, Moment> cases[] = {
@@ -153,24 +145,20 @@ TEST_F(HostRinex, WritesAnEphemerisOnceAndInRadians) {
       Has(body, " 4.000000000000D-09 2.100000000000D+01\n   -1.000000000000D+01 0.000000000000D+00\n"));
 }
 
-namespace {
-
 rawdata::SignalObservation Signal(char system, int satellite, const char* code, double cn0) {
-  rawdata::SignalObservation signal;
-  signal.system = system;
-  signal.satellite = satellite;
-  std::copy(code, code + 2, signal.code);
-  signal.pseudorange = 2e7 + satellite;
-  signal.carrier_phase = 1e8 + satellite;
-  signal.doppler = -1000.0 - satellite;
-  signal.cn0 = cn0;
-  signal.slip = false;
-  return signal;
+  return {system,
+          satellite,
+          {code[0], code[1]},
+          2e7 + satellite,
+          1e8 + satellite,
+          -1000.0 - satellite,
+          cn0,
+          false,
+          false,
+          {}};
 }
 
 constexpr RinexKind kManySignals{.in_decibels = true, .systems = 7, .more_than_l1_ca = true};
-
-}  // namespace
 
 TEST_F(HostRinex, WritesTheStateThatComesWithAnEphemeris) {
   const std::tuple<bool, int, const char*> fits[] = {
@@ -308,8 +296,6 @@ TEST_F(HostRinex, LeavesNoFileWithNothingInIt) {
   EXPECT_TRUE(log_.IsBroken());
 }
 
-namespace {
-
 struct RawModel {
   const char* name;
   const char* raw_on;  // what it is told
@@ -370,8 +356,6 @@ std::pair<std::size_t, double> PostProcessed(const std::string& folder, const st
 
 constexpr RinexVersion kVersions[] = {RinexVersion::v2_11, RinexVersion::v3_04};
 constexpr std::size_t kLeastPositions = 55;  // of a minute
-
-}  // namespace
 
 TEST_F(HostRinex, IsReadByAPostProcessorThatFindsTheAntenna) {
   if (!HasTool("rnx2rtkp")) GTEST_SKIP() << "rnx2rtkp, of the package rtklib, is missing";
@@ -457,3 +441,5 @@ TEST_F(HostRinex, AndExportsAreTheSameWhicheverCommandWritesThem) {
     for (const char* command : {"monitor.", "serve."}) EXPECT_EQ(Body(folder_ / command + file), body);
   }
 }
+
+}  // namespace

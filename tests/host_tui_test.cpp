@@ -67,8 +67,6 @@ class HostScreen : public testing::Test {
   View view_{readings_};
 };
 
-}  // namespace
-
 TEST_F(HostScreen, ShowsAFixAtAGlance) {
   Take(FixOf());
   readings_.OnSky(InView());
@@ -197,8 +195,6 @@ TEST_F(HostScreen, FitsAnySize) {
   }
 }
 
-namespace {
-
 /// What a model's menu makes of keys.
 class Menu {
  public:
@@ -216,8 +212,6 @@ class Menu {
 
   CommandMenu menu_;
 };
-
-}  // namespace
 
 TEST(HostCommandMenu, OffersWhatTheModelHasAndARunBears) {
   const Menu trimble("Trimble");
@@ -243,8 +237,6 @@ TEST(HostCommandMenu, AsksForArgumentsUntilTheyAreGood) {
   Menu trimble("Trimble");
   EXPECT_EQ(trimble.Type("\n$X a  b\n")->text, "send $X a  b");
 }
-
-namespace {
 
 /// The program on a terminal of its own.
 class OnTerminal {
@@ -288,8 +280,6 @@ class OnTerminal {
   Program program_;
 };
 
-}  // namespace
-
 TEST(HostLiveScreen, HoldsThePauseOfARecordingAndGivesTheTerminalBack) {
   const TemporaryFolder folder;
   const std::string path = folder / "pause.log";
@@ -330,3 +320,5 @@ TEST(HostLiveScreen, CommandsTheReceiver) {
   }
   EXPECT_EQ(std::remove(record.c_str()), 0);
 }
+
+}  // namespace

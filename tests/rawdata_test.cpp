@@ -34,8 +34,6 @@ simulator::World TheWorld() {
   return simulator::World(simulator::Options());
 }
 
-}  // namespace
-
 TEST(RawData, MeasuresWhatTheReceiverHas) {
   for (const BlockSource& source : kObservations) {
     PhaseHistory history;
@@ -157,8 +155,6 @@ TEST(RawData, RefusesASoundBlockOfWhatCannotBe) {
   EXPECT_EQ(read.orbit.m_nPRN, 0);
 }
 
-namespace {
-
 struct Channel {
   std::uint16_t satellite, frequency;
   std::uint32_t system, signal;
@@ -189,8 +185,6 @@ std::string NamesOf(const ObservationEpoch& epoch) {
     names += signal.system + std::to_string(signal.satellite) + ':' + signal.code + ' ';
   return names;
 }
-
-}  // namespace
 
 TEST(RawData, NamesTheSignalsOfAllSystems) {
   PhaseHistory history;
@@ -269,3 +263,5 @@ TEST(RawData, FillsTheRecordOfOlderReceiversWithTheStrongest) {
   epoch.signals.resize(2);
   EXPECT_FALSE(ToDataRaw(epoch, raw));
 }
+
+}  // namespace

@@ -216,41 +216,4 @@ TEST_F(ThreadsTest, LeaveACallbackBehindThatWaitsForTheHost) {
   ExpectNothingLeftBut(m_Before);
 }
 
-TEST_F(ThreadsTest, LeaveNothingOfAnEngineThatGoesWhileABoxIsUp) {
-  const std::function<void()> orders[] = {
-      [] {},
-      [this] { m_pEngine->Stop(); },
-      [this] { EXPECT_TRUE(m_pEngine->Start()); },
-      [this] { Select("Garmin"); },
-      [this] {
-        m_pEngine->Pause();
-        EXPECT_TRUE(m_pEngine->Resume());
-        m_pEngine->Stop();
-      },
-  };
-  const HANDLE shown = CreateEventW(false, false);
-  const HANDLE closed = CreateEventW(true, false);
-  SetMessageBoxHandler([=](const CString&, BoxKind) {
-    SetEvent(shown);
-    WaitForSingleObject(closed, INFINITE);
-  });
-  {
-    const Feeder feeder(m_Terminal);
-    for (const auto& order : orders) {
-      MakeEngine("/nowhere/at/all");
-      m_pEngine->m_bRecordRaw = true;
-      ASSERT_TRUE(m_pEngine->Start());
-      while (WaitForSingleObject(shown, 1000) != WAIT_OBJECT_0) {
-      }
-      order();
-      m_pEngine.reset();
-    }
-  }
-  SetEvent(closed);
-  m_Terminal.HangUp();
-  ExpectNothingLeftBut(m_Before);
-  CloseHandle(shown);
-  CloseHandle(closed);
-}
-
 }  // namespace

@@ -53,13 +53,15 @@ std::uint64_t Took(Call call) {
   return CurrentClock().Milliseconds() - start;
 }
 
-/// The code and the text of the error that a call throws.
+/// The text of the error that a call throws, behind its code if it has one.
 template <class Call>
 std::string ErrorOf(Call call) {
   try {
     call();
   } catch (const gps::Error& error) {
     return std::to_string(static_cast<int>(error.code())) + ' ' + error.what();
+  } catch (const std::exception& error) {
+    return error.what();
   }
   return "none";
 }
