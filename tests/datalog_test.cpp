@@ -1,10 +1,8 @@
-#include <gtest/gtest.h>
-
-#include <cstdlib>
 #include <ctime>
 
 #include "gpsengine/datalog/datalog.h"
 #include "gpsengine/platform/rehearsal.h"
+#include "tests/support/basics.h"
 
 namespace {
 

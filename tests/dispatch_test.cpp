@@ -1,6 +1,4 @@
 // What a message is taken for, and what follows from it.
-#include <sstream>
-
 #include "tests/support/receivertest.h"
 #include "tests/support/wirebuilder.h"
 

@@ -1,9 +1,6 @@
-#include <gtest/gtest.h>
 #include <poll.h>
 
 #include <ranges>
-#include <sstream>
-#include <thread>
 
 #include "gpsengine/face/commands.h"
 #include "gpsengine/face/decode.h"
@@ -12,7 +9,6 @@
 #include "tests/support/pseudoterminal.h"
 #include "tests/support/receivertest.h"
 #include "tests/support/scriptedline.h"
-#include "tests/support/texts.h"
 #include "tests/support/wirebuilder.h"
 
 namespace {
@@ -45,25 +41,6 @@ std::string Texts(gps::Recording recording) {
   for (const gps::Fix& fix : recording.fixes()) out << fix << '\n';
   return out.str();
 }
-
-/// The error that a call throws, its code and its text.
-template <class Call>
-std::string ErrorOf(Call call) {
-  try {
-    call();
-  } catch (const gps::Error& error) {
-    return std::to_string(static_cast<int>(error.code())) + ' ' + error.what();
-  }
-  return "none";
-}
-
-/// A line of a script, as a factory.
-SerialLineFactory LineOf(Script& script, int port) {
-  (void)script;
-  return MapComPort(port, SerialLineFactory());
-}
-
-constexpr int kScript = 77;
 
 }  // namespace
 
@@ -137,9 +114,7 @@ TEST(Face, DecodesAFileAStreamAndATextLogAlike) {
 }
 
 TEST(Face, GivesRawDataAsSignals) {
-  simulator::Options options;
-  options.model = "GSR2650 LB";
-  const auto simulated = simulator::MakeReceiver(options);
+  const auto simulated = simulator::MakeReceiver({.model = "GSR2650 LB"});
   simulated->Receive("LOG RANGEB ONTIME 1\r\n");
   const std::string bytes = simulated->Advance(3);
   int epochs = 0;
@@ -238,8 +213,8 @@ TEST(Face, RehearsesCommands) {
 }
 
 TEST(FaceLive, ReadsALineOfOnesOwnOnAnyThread) {
-  Script script(kScript);
-  gps::Receiver receiver({.model = "other", .line = LineOf(script, kScript)});
+  Script script;
+  gps::Receiver receiver({.model = "other", .line = script.Opener()});
   EXPECT_EQ(receiver.model(), "Other");
   EXPECT_TRUE(Has(ErrorOf([] { gps::Receiver({.line = [] { return nullptr; }}); }), "7 "));
   script.Send(Recorded());
@@ -264,11 +239,10 @@ TEST(FaceLive, ReadsALineOfOnesOwnOnAnyThread) {
 }
 
 TEST(FaceLive, FitsIntoAnEventLoopAndRecords) {
-  Script script(kScript);
+  Script script;
   const std::string file = testing::TempDir() + "gpsengine-face-recorded.log";
-  const SerialLineFactory line = LineOf(script, kScript);
   std::optional<gps::Receiver> receiver;
-  receiver.emplace(gps::ReceiverOptions{.line = line, .record = file});
+  receiver.emplace(gps::ReceiverOptions{.line = script.Opener(), .record = file});
   pollfd wait{receiver->descriptor(), POLLIN, 0};
   EXPECT_EQ(poll(&wait, 1, 0), 0);
   const std::string sent = Gga("123519") + Gga("123520");
@@ -281,7 +255,7 @@ TEST(FaceLive, FitsIntoAnEventLoopAndRecords) {
   EXPECT_EQ(poll(&wait, 1, 0), 0);
   receiver.reset();
   EXPECT_EQ(ReadFile(file), sent) << "recorded";
-  receiver.emplace(gps::ReceiverOptions{.line = line, .record = "/no/such/folder/file"});
+  receiver.emplace(gps::ReceiverOptions{.line = script.Opener(), .record = "/no/such/folder/file"});
   script.Send(sent);
   const gps::Report message = receiver->reports(kLong).next().value();
   EXPECT_EQ(message.key, "message");
@@ -289,8 +263,8 @@ TEST(FaceLive, FitsIntoAnEventLoopAndRecords) {
 }
 
 TEST(FaceLive, LosesTheOldestWhereNobodyReads) {
-  Script script(kScript);
-  gps::Receiver receiver({.line = LineOf(script, kScript)});
+  Script script;
+  gps::Receiver receiver({.line = script.Opener()});
   auto fixes = receiver.fixes(kLong);
   constexpr int kSent = 6000;
   std::string bytes;

@@ -1,9 +1,4 @@
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <cstring>
 #include <limits>
-#include <numbers>
 
 #include "gpsengine/face/skysource.h"
 #include "gpsengine/sentences/datescan.h"
@@ -15,13 +10,11 @@
 #include "host/records/textsink.h"
 #include "host/run/progress.h"
 #include "tests/support/receivertest.h"
-#include "tests/support/texts.h"
 
 using namespace host;
 
 namespace {
 
-constexpr double kRadians = std::numbers::pi / 180.0;
 constexpr Moment kMidday{std::chrono::milliseconds(1715688000000)};  // 2024-05-14 12:00 UTC
 
 Record RecordOf(const CGPSData& data) {
@@ -29,32 +22,14 @@ Record RecordOf(const CGPSData& data) {
   return ReadRecord(epochs, data);
 }
 
-/// A fix at 12:35:19 that moves south-west.
-CGPSData FixOf() {
-  CGPSData data;
-  data.m_Time = CTime(kMidday.time_since_epoch() / std::chrono::seconds(1));
-  data.m_dTimeOfDay = 45319.25;
-  data.m_dLatitude = 48.1173 * kRadians;
-  data.m_dLongitude = -11.5 * kRadians;
-  data.m_dAltitude = 545.4;
-  data.m_dHDOP = 0.9;
-  data.m_nSatellitesUsed = 8;
-  data.m_nSatellitesInView = 11;
-  data.m_nSignalType = UDF_SIGNAL_WAAS;
-  data.m_dHeading = 225.0 * kRadians;
-  data.m_dSpeed = 5.0;
-  data.m_bPositionValid = data.m_bVelocityValid = data.m_bDOPValid = true;
-  return data;
-}
-
-/// The same with a table of two satellites, as the last sentence of a group leaves it.
+/// A fix with a table of two satellites, as the last sentence of a group leaves it.
 CGPSData Group() {
-  CGPSData data = FixOf();
+  CGPSData data = FixRecord();
   data.m_bPositionValid = false;
   data.m_bSatellitesComplete = data.m_bSatellitesChanged = true;
-  data.m_Satellites[0] = {45.0 * kRadians, 180.0 * kRadians, 7, true, true, 41};
-  data.m_Satellites[3] = {5.0 * kRadians, 359.0 * kRadians, 40, false, true, 0};
-  data.m_Satellites[5] = {5.0 * kRadians, 0.0, 9, false, false, 0};  // left over from an earlier group
+  data.m_Satellites[0] = {45.0 * kDegree, 180.0 * kDegree, 7, true, true, 41};
+  data.m_Satellites[3] = {5.0 * kDegree, 359.0 * kDegree, 40, false, true, 0};
+  data.m_Satellites[5] = {5.0 * kDegree, 0.0, 9, false, false, 0};  // left over from an earlier group
   return data;
 }
 
@@ -110,9 +85,9 @@ TEST(HostJsonWriter, WritesNumbersThatReadBackAndTextThatIsUtf8) {
 }
 
 TEST(HostText, WritesInTheUnitsAndAnglesThatAreAskedFor) {
-  CGPSData data = FixOf();
-  data.m_dLatitude = -9.9999999999 * kRadians;
-  data.m_dLongitude = 122.5125 * kRadians;
+  CGPSData data = FixRecord();
+  data.m_dLatitude = -9.9999999999 * kDegree;
+  data.m_dLongitude = 122.5125 * kDegree;
   data.m_dAltitude = 100.0;
   data.m_dSpeed = 10.0;
   const std::tuple<Units, AngleFormat, const char*, const char*> rows[] = {
@@ -214,26 +189,6 @@ TEST(HostRecordFormat, WritesEveryFieldOfAPosition) {
           "\n");
 }
 
-TEST(HostRecordFormat, WritesTheUsedSlotsOfARawEpochAndABlock) {
-  CGPSDataRaw epoch;
-  epoch.m_Time = CTime(7);
-  epoch.m_nGPSWeek = 2314;
-  epoch.m_dReceiverTime = 345600.5;
-  epoch.AddSatelliteData(DataRecord_G12_MBN{1, 0, 5, 0, 1499, 0, 24, {}, 0.07, 10000, -12.5, 0, 0});
-  std::string out;
-  RecordSink sink(out);
-  EXPECT_TRUE(sink.OnRawData(epoch));
-  EXPECT_TRUE(sink.OnBin(Block{{rawdata::Family::oem, 42}, 104}));
-  EXPECT_EQ(
-      out,
-      R"({"message":"WM_GPS_NEW_RAW_DATA","m_Time":7,"m_dLatitude":0,"m_dLongitude":0,"m_dHeight":0,"m_dSpare":0,)"
-      R"("m_bPositionValid":false,"m_bSpare":false,"m_bEpochComplete":false,"m_dReceiverTime":345600.5,)"
-      R"("m_dCorrectedTime":0,"m_dClockOffset":0,"m_dClockDrift":0,"m_nGPSWeek":2314,"m_Satellites":[)"
-      R"({"m_nPRN":5,"m_nSignalCount":2,"m_dPseudorange":20985472.060000002,"m_dCarrierPhase":12.5,)"
-      R"("m_dDoppler":-1,"m_dSpare1":0,"m_dSpare2":0,"m_bValid":true}],"m_nSatellites":1})"
-      "\n{\"message\":\"WM_GPS_NEW_BIN\",\"block\":\"OEM 42\",\"bytes\":104}\n");
-}
-
 TEST(HostFormats, ShowWhatABlockHolds) {
   rawdata::ObservationEpoch epoch{266, 172800.5, {}};
   epoch.signals.push_back({'G', 5, "1C", 2.1e7, -1.5, 1000.25, 45.5, true, false, {}});
@@ -286,14 +241,14 @@ TEST(HostFormats, ShowWhatABlockHolds) {
 TEST(HostJsonFormat, WritesAPositionAsTpv) {
   Lines json(Format::json);
   EXPECT_EQ(
-      json.Of(FixOf()),
+      json.Of(FixRecord()),
       R"({"class":"TPV","device":"dev","mode":3,"time":"2024-05-14T12:35:19.250Z","status":2,"lat":48.117300000,)"
       R"("lon":-11.500000000,"altMSL":545.4000,"track":225.0000,"speed":5.000})"
       "\n");
-  CGPSData still = FixOf();
+  CGPSData still = FixRecord();
   still.m_dSpeed = still.m_dHeading = 0.0;
   EXPECT_FALSE(Has(json.Of(still), "track")) << "the direction east of a receiver at rest is none";
-  CGPSData none = FixOf();
+  CGPSData none = FixRecord();
   none.m_nSignalType = UDF_SIGNAL_NONE;
   none.m_dTimeOfDay = 0.0;
   none.m_bDOPValid = false;
@@ -303,7 +258,7 @@ TEST(HostJsonFormat, WritesAPositionAsTpv) {
 TEST(HostJsonFormat, NamesTheDeviceInUtf8) {
   std::string out;
   GpsdSink sink(out, "\u00dcberfahrt\xFF", Geoid::none);
-  const CGPSData fix = FixOf();
+  const CGPSData fix = FixRecord();
   sink.OnData(RecordOf(fix));
   EXPECT_TRUE(Has(out, "\"device\":\"\u00dcberfahrt\uFFFD\""));
 }
@@ -341,7 +296,7 @@ TEST(HostJsonFormat, WritesTheErrorsOfAPosition) {
       R"({"class":"GST","device":"dev","time":"2024-05-14T12:35:19.250Z","rms":8.500,"orient":45.000,"lat":2.300,"lon":3.500})"
       "\n");
   EXPECT_EQ(json.OfText("$GNGST,123519.25,8.5,,,,2.3,3.5,4*00"), "");
-  CGPSData late = FixOf();
+  CGPSData late = FixRecord();
   late.m_dTimeOfDay = 86'399.0;
   json.Of(late);
   EXPECT_TRUE(Has(json.OfText(WithChecksum("$GNGST,000001,8.5,,,,,,")), "2024-05-15"));
@@ -360,7 +315,7 @@ TEST(HostJsonFormat, TellsHowOldThePositionIs) {
   };
   EXPECT_EQ(told(), "{}");
   FixReader epochs;
-  CGPSData data = FixOf();
+  CGPSData data = FixRecord();
   last.Note(ReadRecord(epochs, data));
   EXPECT_TRUE(last.TakeNews());
   now += std::chrono::seconds(1);
@@ -378,9 +333,9 @@ TEST(HostJsonFormat, TellsHowOldThePositionIs) {
 
 TEST(HostJsonFormat, WritesTheDilutionOfAReceiverThatSendsNoSatellites) {
   Lines json(Format::json);
-  EXPECT_FALSE(Has(json.Of(FixOf()), "SKY")) << "satellites may follow";
+  EXPECT_FALSE(Has(json.Of(FixRecord()), "SKY")) << "satellites may follow";
   EXPECT_TRUE(
-      json.Of(FixOf()).ends_with("\"time\":\"2024-05-14T12:35:19.250Z\",\"hdop\":0.90,\"uSat\":8}\n"));
+      json.Of(FixRecord()).ends_with("\"time\":\"2024-05-14T12:35:19.250Z\",\"hdop\":0.90,\"uSat\":8}\n"));
 }
 
 TEST(HostFormats, ShowWhatReportsHaveNewsOf) {
@@ -446,11 +401,11 @@ TEST(HostFormats, TellARepeatedPositionModeOnce) {
 
 TEST(HostTextFormat, WritesALineAFix) {
   Lines text(Format::text);
-  EXPECT_EQ(text.Of(FixOf()),
+  EXPECT_EQ(text.Of(FixRecord()),
             "12:35:19.25  SBAS       48.1173000N   11.5000000W    545.4 m    8/11 satellites  HDOP 0.9   "
             "18.0 km/h  225 "
             "deg\n");
-  CGPSData none = FixOf();
+  CGPSData none = FixRecord();
   none.m_nSignalType = UDF_SIGNAL_NONE;
   none.m_dTimeOfDay = 0.0;
   none.m_bDOPValid = false;

@@ -1,15 +1,7 @@
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <memory>
-
-#include "gpsengine/platform/application.h"
 #include "gpsengine/sentences/fields.h"
 #include "host/session/recordingfeed.h"
 #include "tests/support/program.h"
 #include "tests/support/receivertest.h"
-#include "tests/support/temporaryfolder.h"
-#include "tests/support/texts.h"
 
 using namespace host;
 
@@ -79,25 +71,16 @@ TEST_F(HostPlayer, ShowsWhatDecodeShowsAndEnds) {
   std::string stream = "\x01\x02$\r\n";
   for (int i = 0; i < 50; ++i) stream += FixAt(i) + WithChecksum("$GPGSV,1,1,01,07,45,180,41");
   Record(stream + std::string(block) + std::string(3000, 'x'));
-  Program decode({"decode", path_, "--format", "json"});
-  Program play({"monitor", "--play", path_, "--format", "json", "--speed", "max"});
-  Program quick({"monitor", "--play", path_, "--format", "json", "--speed", "1e5", "--duration", "9"});
-  EXPECT_EQ(decode.Wait(), 0);
-  EXPECT_EQ(play.Wait(), 0);
-  EXPECT_EQ(quick.Wait(), 0);
-  const std::string all = decode.Output();
-  EXPECT_EQ(play.Output(), all);
-  Program serve({"serve", "--play", path_, "--speed", "max", "--tcp", "0", "--nmea", path_ + ".nmea"});
-  EXPECT_EQ(serve.Wait(), 0) << serve.Errors();
-  Program nmea({"decode", path_ + ".nmea", "--format", "text"}), text({"decode", path_, "--format", "text"});
-  EXPECT_EQ(nmea.Output(), text.Output());
-  Program bin({"monitor", "--play", path_, "--format", "record", "--speed", "max", "--only", "bin"});
-  EXPECT_EQ(bin.Wait(), 0);
-  EXPECT_EQ(bin.Output(), R"({"message":"WM_GPS_NEW_BIN","block":"$BIN 95","bytes":16})"
-                          "\n");
-  const std::string some = quick.Output();
+  const std::string all = OutputOf("decode --format json " + path_);
+  const std::string play = "monitor --play " + path_;
+  EXPECT_EQ(OutputOf(play + " --format json --speed max"), all);
+  const std::string some = OutputOf(play + " --format json --speed 1e5 --duration 9");
   EXPECT_TRUE(some.size() > all.size() / 6 && all.starts_with(some)) << some;
-
+  OutputOf("serve --play " + path_ + " --speed max --tcp 0 --nmea " + path_ + ".nmea");
+  EXPECT_EQ(OutputOf("decode --format text " + path_ + ".nmea"), OutputOf("decode --format text " + path_));
+  EXPECT_EQ(OutputOf(play + " --format record --speed max --only bin"),
+            R"({"message":"WM_GPS_NEW_BIN","block":"$BIN 95","bytes":16})"
+            "\n");
   Program waiting({"monitor", "--play", path_, "--speed", "0.001"});
   EXPECT_TRUE(waiting.HasOutput(5000));
   waiting.Signal(SIGINT);

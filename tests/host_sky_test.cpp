@@ -1,7 +1,3 @@
-#include <gtest/gtest.h>
-
-#include <string>
-
 #include "gpsengine/face/skysource.h"
 #include "gpsengine/sentences/positiontail.h"
 #include "gpsengine/sentences/skyreader.h"
@@ -101,15 +97,12 @@ TEST(HostSky, TellsASystemByTheRangeOfANumber) {
 }
 
 TEST(HostSky, NumbersTheSatellitesOfEverySystem) {
-  const struct {
-    const char* talker;
-    int number;
-    const char* id;
-  } cases[] = {{"GP", 5, "G05=5"},     {"GP", 40, "S27=40"},   {"GP", 152, "S52=152"}, {"GP", 66, "R02=66"},
-               {"GL", 66, "R02=66"},   {"GL", 2, "R02=66"},    {"GA", 33, "E33=333"},  {"GN", 333, "E33=333"},
-               {"GB", 33, "C33=433"},  {"BD", 5, "C05=405"},   {"GN", 205, "C05=405"}, {"GQ", 2, "J02=194"},
-               {"QZ", 202, "J10=202"}, {"GN", 194, "J02=194"}, {"GI", 7, "N07=507"},   {"GN", 173, "I01=173"},
-               {"GN", 800, "800=800"}};
+  const std::tuple<const char*, int, const char*> cases[] = {
+      {"GP", 5, "G05=5"},     {"GP", 40, "S27=40"},   {"GP", 152, "S52=152"}, {"GP", 66, "R02=66"},
+      {"GL", 66, "R02=66"},   {"GL", 2, "R02=66"},    {"GA", 33, "E33=333"},  {"GN", 333, "E33=333"},
+      {"GB", 33, "C33=433"},  {"BD", 5, "C05=405"},   {"GN", 205, "C05=405"}, {"GQ", 2, "J02=194"},
+      {"QZ", 202, "J10=202"}, {"GN", 194, "J02=194"}, {"GI", 7, "N07=507"},   {"GN", 173, "I01=173"},
+      {"GN", 800, "800=800"}};
   for (const auto& [talker, number, id] : cases) {
     const std::string gsv =
         std::string("$") + talker + "GSV,1,1,01," + std::to_string(number) + ",45,120,41,1";

@@ -1,10 +1,8 @@
-#include <gtest/gtest.h>
-
-#include <cmath>
 #include <numbers>
 #include <random>
 
 #include "host/records/survey.h"
+#include "tests/support/basics.h"
 
 using namespace host;
 

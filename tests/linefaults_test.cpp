@@ -4,35 +4,15 @@
 #include <sys/stat.h>
 
 #include <atomic>
-#include <csignal>
-#include <thread>
 
 #include "host/line/ports.h"
-#include "simulator/simulator.h"
+#include "tests/support/conversation.h"
 #include "tests/support/enginetest.h"
 #include "tests/support/scriptedline.h"
-#include "tests/support/temporaryfolder.h"
-#include "tests/support/texts.h"
 
 using namespace std::chrono_literals;
 
 namespace {
-
-// A receiver that does something of the test's on the reader thread, once, before its first message.
-class Busy : public COtherGps {
- public:
-  explicit Busy(std::function<void(CSerialPort&)> work) : m_Work(std::move(work)) {}
-  CString GetName() override { return "Busy"; }
-  using COtherGps::Parse;
-  bool Parse(CString& strMessage) override {
-    if (!std::exchange(m_bDone, true)) m_Work(m_Port);
-    return COtherGps::Parse(strMessage);
-  }
-
- private:
-  const std::function<void(CSerialPort&)> m_Work;
-  bool m_bDone = false;
-};
 
 TEST_F(LiveEngineTest, FindsAPortAgainThatVanishedAndCameBackUnderAnotherName) {
   ASSERT_TRUE(engine.Start());
@@ -56,11 +36,10 @@ TEST_F(LiveEngineTest, FindsAPortAgainThatVanishedAndCameBackUnderAnotherName) {
 }
 
 TEST_F(LiveEngineTest, IsNotHeldUpByAPeerThatNeverReads) {
-  engine.AddReceiver(new Busy([](CSerialPort& port) {
+  SelectHooked([done = false](Hooked& self, const CString&) mutable {
     const std::string much(100000, 'x');
-    port.Write(much.data(), static_cast<int>(much.size()));
-  }));
-  Select("Busy");
+    if (!std::exchange(done, true)) self.Port().Write(much.data(), static_cast<int>(much.size()));
+  });
   ASSERT_TRUE(engine.Start());
   terminal.Send(FixAt(1));
   Sleep(150);  // the reader thread is in the write by now
@@ -107,14 +86,10 @@ TEST_F(EngineTest, ReadsALineThatGivesOneByteAtATime) {
 }
 
 TEST_F(EngineTest, HearsNoiseAtAWrongRateAndTheReceiverAtItsOwn) {
-  simulator::PtyRunner::Settings settings;
-  settings.speed_up = 20;
-  settings.paced = false;
-  simulator::PtyRunner runner(simulator::MakeReceiver({}), settings);
-  runner.Start();
+  const auto runner = RunSimulated("Other", 20);
   const TemporaryFolder folder;
   app.SetProfilePath(CString::FromUtf8(folder / "profile"));
-  MapComPort(kPort, CString::FromUtf8(runner.PortName()));
+  MapComPort(kPort, CString::FromUtf8(runner->PortName()));
   engine.InitReceivers();
   CGPSReceiver* const receiver = engine.GetReceiver();
   const int rate = receiver->GetCurrentBaudrate();
@@ -200,8 +175,7 @@ TEST(Signal, CutsShortNeitherAReadNorAWrite) {
 TEST_F(LiveEngineTest, LosesNothingWhileSignalsComeToTheReaderThread) {
   Signals::Install();
   std::atomic<pthread_t> reader{};
-  engine.AddReceiver(new Busy([&reader](CSerialPort&) { reader = pthread_self(); }));
-  Select("Busy");
+  SelectHooked([&reader](Hooked&, const CString&) { reader = pthread_self(); });
   ASSERT_TRUE(engine.Start());
   terminal.Send(FixAt(0));
   ASSERT_TRUE(UntilRecords(1));
@@ -243,10 +217,7 @@ TEST_F(LiveEngineTest, SaysWhyAPortDoesNotOpenAndStartsOnOneThatDoes) {
   ASSERT_EQ(chmod(ofAGroup.Name().c_str(), 060), 0);
   const PseudoTerminal ofNobody;
   ASSERT_EQ(chmod(ofNobody.Name().c_str(), 0), 0);
-  const struct {
-    std::string device;
-    const char* reason;
-  } rows[] = {
+  const std::pair<std::string, const char*> rows[] = {
       {"/dev/no-such-port", "does not exist"},
       {"/dev", "is not a serial port"},
       {folder / "file", "is not a serial port"},
@@ -256,12 +227,12 @@ TEST_F(LiveEngineTest, SaysWhyAPortDoesNotOpenAndStartsOnOneThatDoes) {
   {
     const AsNobody nobody;
     if (!nobody) GTEST_SKIP() << "the rights of the superuser cannot be dropped here";
-    for (const auto& row : rows) {
-      MapComPort(kPort, CString::FromUtf8(row.device));
-      EXPECT_FALSE(engine.Start()) << row.device;
-      EXPECT_EQ(engine.GetLastError(), GPS_ENGINE_INIT_FAILED) << row.device;
-      const std::string explained = host::WhyNotOpen(row.device);
-      EXPECT_NE(explained.find(row.device + ' ' + row.reason), explained.npos) << explained;
+    for (const auto& [device, reason] : rows) {
+      MapComPort(kPort, CString::FromUtf8(device));
+      EXPECT_FALSE(engine.Start()) << device;
+      EXPECT_EQ(engine.GetLastError(), GPS_ENGINE_INIT_FAILED) << device;
+      const std::string explained = host::WhyNotOpen(device);
+      EXPECT_NE(explained.find(device + ' ' + reason), explained.npos) << explained;
     }
   }
   MapComPort(kPort, CString::FromUtf8(terminal.Name()));

@@ -1,13 +1,9 @@
 #include "gpsengine/link/precisetimer.h"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <vector>
-
 #include "gpsengine/link/ticks.h"
 #include "gpsengine/platform/clock.h"
 #include "gpsengine/platform/event.h"
+#include "tests/support/basics.h"
 
 namespace {
 
@@ -78,25 +74,22 @@ TEST(PreciseTimer, TicksUnderItsNumberUntilItIsStopped) {
 // is made up for. Otherwise the waits stand for the time of the window, so that a period holds from tick to
 // tick.
 TEST(PreciseTimer, AllowsForTheTimeThatTheWindowTakes) {
-  const struct {
-    DWORD slowness;
-    int period;
-    DWORD least, most;  // 80 ms of the window and 100 of the period would be 180
-  } rows[] = {{30, 10, 40, kLong}, {80, 100, 90, 165}};
-  for (const auto& row : rows) {
-    Clockface window(row.slowness);
+  // The window's slowness, the period, and the shortest tick in between. 80 ms and 100 would be 180.
+  const std::tuple<DWORD, int, DWORD, DWORD> rows[] = {{30, 10, 40, kLong}, {80, 100, 90, 165}};
+  for (const auto& [slowness, period, least, most] : rows) {
+    Clockface window(slowness);
     CPreciseTimer timer;
-    timer.Start(&window, row.period);
+    timer.Start(&window, period);
     ASSERT_EQ(window.Run(1, kLong), 1u);
     DWORD shortest = kLong;
     // On a busy machine most come late. One that comes in time is enough.
-    for (std::size_t i = 1; i < 4 || (i < 50 && shortest > row.most); ++i) {
+    for (std::size_t i = 1; i < 4 || (i < 50 && shortest > most); ++i) {
       ASSERT_EQ(window.Run(i + 1, kLong), i + 1);
       shortest = std::min(shortest, window.ticks[i].nBegin - window.ticks[i - 1].nBegin);
     }
     timer.Stop();
-    EXPECT_GE(shortest, row.least);
-    EXPECT_LE(shortest, row.most);
+    EXPECT_GE(shortest, least);
+    EXPECT_LE(shortest, most);
   }
 }
 

@@ -1,15 +1,8 @@
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <cstring>
-#include <sstream>
-
 #include "gpsengine/platform/object.h"
 #include "gpsengine/text/number.h"
 #include "gpsengine/text/parser.h"
 #include "gpsengine/text/textfile.h"
-#include "tests/support/temporaryfolder.h"
-#include "tests/support/texts.h"
+#include "tests/support/basics.h"
 
 namespace {
 

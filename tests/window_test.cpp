@@ -1,17 +1,14 @@
 // Windows, queues, messages, events and waits of the platform layer.
 #include "gpsengine/platform/window.h"
 
-#include <gtest/gtest.h>
 #include <poll.h>
-
-#include <thread>
-#include <vector>
 
 #include "gpsengine/platform/application.h"
 #include "gpsengine/platform/clock.h"
 #include "gpsengine/platform/event.h"
 #include "gpsengine/platform/resource.h"
 #include "gpsengine/platform/shared.h"
+#include "tests/support/basics.h"
 
 namespace {
 
