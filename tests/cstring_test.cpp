@@ -1,5 +1,6 @@
 #include "gpsengine/platform/cstring.h"
 
+#include "gpsengine/platform/resource.h"
 #include "gpsengine/platform/textscan.h"
 #include "gpsengine/text/number.h"
 #include "gpsengine/text/parser.h"
@@ -104,6 +105,23 @@ TEST(CString, SurvivesARuntimeFormatThatDoesNotFit) {
   CString text;
   text.Format(CString("%s, %d, %d"), 5, CString("x"));
   EXPECT_EQ(text, "5, x, ");
+}
+
+TEST(Resource, HoldsTheTextsThatAHostLoads) {
+  WCHAR cut[4];
+  EXPECT_EQ(LoadStringW(1, cut, 4), 3);
+  std::string texts;
+  for (UINT id = 0; id < 20; ++id) {
+    WCHAR text[50] = u"-";
+    const int length = LoadStringW(id, text, 50);
+    texts += CString(text, std::max(length, 1)).ToUtf8() + '|';
+  }
+  EXPECT_EQ(texts,
+            "-|No GPS signal!|GPS|DGPS|RTK-Code|RTK-Fixed|RTK-Float|Unknown|   PDOP: |   HDOP: |"
+            "   %d of %d Satellites|Could not open file to log raw data!|"
+            "Unable to open the emulation file: '%s'.|Num Epochs: %d, Time: %d min.|No Error.|"
+            "No GPS Receiver Is Assigned.|Can't Initialize a Receiver.|Can't Start GPS Thread.|"
+            "Unknown GPS Error Code.|-|");
 }
 
 // Texts of every length up to some registers, with what is looked for at every place and what stands outside

@@ -96,7 +96,13 @@ TEST(Face, DecodesAFileAStreamAndATextLogAlike) {
   EXPECT_TRUE(Has(ErrorOf([&] { gps::decode(file); }), "1 cannot read " + file + ": it is packed"));
   EXPECT_TRUE(Has(ErrorOf([] { gps::decode("/no/such"); }), "1 cannot read /no/such: No such file"));
   std::stop_source stop;
-  stop.request_stop();
+  WriteFile(file, Gga("123519") + Gga("123521"));
+  auto slow = gps::decode(file, {.speed = 0.001}).fixes({kLong, stop.get_token()});
+  EXPECT_TRUE(slow.next());
+  std::thread stopping([&] { stop.request_stop(); });
+  EXPECT_LT(Took([&] { EXPECT_EQ(slow.next(), std::nullopt); }), 5000u) << "not due for half an hour";
+  stopping.join();
+  slow = {};
   EXPECT_EQ(gps::decode(BytesOf(bytes)).fixes(stop.get_token()).next(), std::nullopt);
 }
 
@@ -203,8 +209,9 @@ TEST(FaceLive, FitsIntoAnEventLoopAndRecords) {
   EXPECT_EQ(ReadFile(file), sent) << "recorded";
   receiver.emplace(gps::ReceiverOptions{.line = script.Opener(), .record = "/no/such/folder/file"});
   script.Send(sent);
-  EXPECT_TRUE(
-      Has(std::get<std::string>(receiver->reports(kLong).next().value().value), "Could not open file"));
+  const auto report = receiver->reports(kLong).next();
+  EXPECT_EQ(report->key, "message");
+  EXPECT_TRUE(Has(std::get<std::string>(report->value), "Could not open file"));
 }
 
 TEST(FaceLive, LosesTheOldestWhereNobodyReads) {
@@ -245,12 +252,24 @@ TEST(FaceLive, CommandsAndEndsWithItsLine) {
       Has(ErrorOf([&] { receiver->command("default-nmea", {}, stop.get_token()); }), "130 default-nmea"));
   EXPECT_EQ(terminal.Receive(1, 50ms), "") << "stopped before its first line";
 
-  terminal.Send(Gga("123519"));
   auto fixes = receiver->fixes(kLong);
+  auto skies = receiver->satellites(kLong);
+  terminal.Send(Gga("123519") + WithChecksum("$GPGSV,1,1,01,07,45,180,41"));
   EXPECT_TRUE(fixes.next());
+  std::this_thread::sleep_for(200ms);  // until the group has come too
   terminal.HangUp();
+  EXPECT_TRUE(skies.next()) << "what would have waited for the next epoch";
   EXPECT_TRUE(Has(ErrorOf([&] { fixes.next(); }), "5 the port " + terminal.Name() + " was lost"));
   EXPECT_TRUE(Has(ErrorOf([&] { receiver->command("gga-only"); }), "5 the port"));
   receiver.reset();
   EXPECT_TRUE(Has(ErrorOf([&] { fixes.next(); }), "5 the port")) << "it outlives the receiver";
+}
+
+TEST(FaceLive, StopsACommandInTheMidstOfAWait) {
+  Script script;
+  gps::Receiver receiver({.model = "Sokkia Axis3", .line = script.Opener()});
+  std::stop_source stop;
+  const auto command = [&] { receiver.command("set-dgps", {"lband"}, stop.get_token()); };
+  const std::jthread stopping([&] { std::this_thread::sleep_for(20ms), stop.request_stop(); });
+  EXPECT_LT(Took([&] { EXPECT_TRUE(Has(ErrorOf(command), "130 set-dgps")); }), 4000u) << "of five seconds";
 }

@@ -146,7 +146,8 @@ TEST(HostMoment, FindsTheDateOfARecordingHoweverItIsCut) {
     EXPECT_EQ(scan.Latest(), kMidday) << "after a stray dollar sign";
     scan.Feed(WithChecksum("$GPRMC,120001,V,,,,,,,010199,,"));
     EXPECT_EQ(scan.Latest(), kMidday) << "a date with a fix is better than one without";
-    scan.Feed(WithChecksum("$GPZDA,000001.00,15,05,1999,00,00"));
+    const std::string last = WithChecksum("$GPZDA,000001.00,15,05,1999,00,00");
+    scan.Feed(std::string_view(last).substr(0, last.size() - 2));  // the file ends without a line end
     EXPECT_EQ(scan.Latest(), Moment(std::chrono::milliseconds(926726401000)));
   }
 }
@@ -340,23 +341,32 @@ TEST(HostJsonFormat, WritesTheDilutionOfAReceiverThatSendsNoSatellites) {
 TEST(HostFormats, ShowWhatReportsHaveNewsOf) {
   CGPSData data;
   data.m_Status.m_bStatusUpdated = true;
-  data.m_Status.m_bBeaconStatusValid = data.m_Status.m_bElevationMaskValid =
-      data.m_Status.m_bNmeaStatusValid = true;
+  data.m_Status.m_bBeaconStatusValid = data.m_Status.m_bBeaconTuneValid = true;
+  data.m_Status.m_bElevationMaskValid = data.m_Status.m_bMaskSaved = data.m_Status.m_bAck = true;
+  data.m_Status.m_bNmeaStatusValid = data.m_Status.m_bPositionModeValid = true;
   data.m_Status.m_dBeaconFrequency = 304.5;
   data.m_Status.m_nElevationMask = 5;
   data.m_Status.m_nNmeaGGA = NMEA_MSG_ON;
   data.m_Status.m_nNmeaGSV = NMEA_MSG_OFF;
   data.m_Status.m_bDgpsModeValid = true;
   data.m_Status.m_nDgpsMode = DGPS_MODE_WAAS;
+  data.m_Status.m_dOutputInterval = 0.0;
+  data.m_Status.m_nLbandMode = 2;
   data.m_Status.SetText("$>JI,1\x1B\r\n", 9);
   EXPECT_EQ(
       Lines(Format::json).Of(data),
-      R"({"class":"STATUS","device":"dev","text":"$>JI,1\u001b","beaconSignalStrength":0,"beaconSNR":0,)"
-      R"("beaconFrequency":304.5,"beaconBitRate":0,"elevationMask":5,"nmeaGGA":"on","nmeaGSV":"off",)"
-      R"("dgpsMode":"waas"})"
+      R"({"class":"STATUS","device":"dev","ack":true,"text":"$>JI,1\u001b","beaconSignalStrength":0,"beaconSNR":0,)"
+      R"("beaconFrequency":304.5,"beaconBitRate":0,"beaconAutoTune":false,"elevationMask":5,"maskSaved":true,)"
+      R"("nmeaGGA":"on","nmeaGSV":"off","positionMode":0,"fixedAltitude":0,"pdopMask":0,"hdopMask":0,)"
+      R"("vdopMask":0,"outputInterval":0,"dgpsMode":"waas","lbandMode":"fixed"})"
       "\n");
-  EXPECT_TRUE(
-      Has(Lines(Format::text).Of(data), "report: text $>JI,1?, beacon signal strength 0, beacon SNR 0"));
+  data.m_Status.m_nDgpsMode = static_cast<DgpsMode>(6);
+  EXPECT_EQ(
+      Lines(Format::text).Of(data),
+      "report: acknowledged yes, text $>JI,1?, beacon signal strength 0, beacon SNR 0, "
+      "beacon frequency 304.5 kHz, beacon bit rate 0, beacon automatic tuning no, elevation mask 5 deg, "
+      "mask saved yes, GGA on, GSV off, position mode 0, fixed altitude 0 m, PDOP mask 0, HDOP mask 0, "
+      "VDOP mask 0, output interval 0 s, differential source unknown, L-band tuning fixed\n");
 }
 
 TEST(HostFormats, TellARepeatedPositionModeOnce) {

@@ -132,10 +132,13 @@ TEST_F(HostOperations, BringAReceiverToSendRawDataAndPutBackWhatWasThere) {
 }
 
 TEST_F(HostOperations, SayWhyALogOfRawDataIsEmptyByTheModel) {
-  EXPECT_TRUE(Has(WhyNoRawData("CSI"), "gga-only"));
-  for (const char* model : {"CSI - MAX", "Sokkia Axis3", "GSR2650 LB"})
-    EXPECT_TRUE(Has(WhyNoRawData(model), "post-processing on")) << model;
-  EXPECT_TRUE(Has(WhyNoRawData("Other"), "has no raw data"));
+  const std::string beside = "beside GSA and GSV sentences raw data are passed over";
+  EXPECT_EQ(WhyNoRawData("CSI"), beside + ": the operation gga-only ends them");
+  EXPECT_EQ(WhyNoRawData("Other"), "the model has no raw data that could be logged; with others, " + beside);
+  for (const std::string model : {"CSI - MAX", "Sokkia Axis3", "GSR2650 LB"})
+    EXPECT_EQ(WhyNoRawData(model), "the model " + model +
+                                       " sends measurements in blocks once \"post-processing on\" asks for "
+                                       "them, and no good one came");
 }
 
 TEST_F(HostOperations, LeaveNothingBehindWhenTheyAreRehearsed) {

@@ -172,4 +172,7 @@ TEST(HostSky, ReadsTheTailOfAPosition) {
   EXPECT_EQ(gns->separation, -11.24);
   EXPECT_EQ(gns->age + '/' + gns->station, "1.5/0031");
   EXPECT_FALSE(PositionTailOf("$GPGGA,120000,,,,,,,,,M,1,M,,*00"));
+  const auto feet = PositionTailOf(WithChecksum("$GPGGA,120000,,,,,,,,545.4,M,150,F,1;5,A-1.2"));
+  EXPECT_FALSE(feet->separation);
+  EXPECT_EQ(feet->age + '/' + feet->station, "/A-1.2");
 }
