@@ -5,7 +5,6 @@
 #include "gpsengine/face/commands.h"
 #include "gpsengine/face/decode.h"
 #include "gpsengine/face/receiver.h"
-#include "simulator/simulator.h"
 #include "tests/support/pseudoterminal.h"
 #include "tests/support/receivertest.h"
 #include "tests/support/scriptedline.h"
@@ -104,20 +103,6 @@ TEST(Face, DecodesAFileAStreamAndATextLogAlike) {
   stopping.join();
   slow = {};
   EXPECT_EQ(gps::decode(BytesOf(bytes)).fixes(stop.get_token()).next(), std::nullopt);
-}
-
-TEST(Face, GivesRawDataAsSignals) {
-  const auto simulated = simulator::MakeReceiver({.model = "GSR2650 LB"});
-  simulated->Receive("LOG RANGEB ONTIME 1\r\n");
-  const std::string bytes = simulated->Advance(3);
-  int epochs = 0;
-  for (const gps::Raw& raw : gps::decode(BytesOf(bytes), {.model = "gsr2650 lb"}).raw()) {
-    EXPECT_EQ(raw.name, "OEM 43");
-    ASSERT_TRUE(raw.epoch);
-    EXPECT_GE(raw.epoch->signals.size(), 8u);
-    ++epochs;
-  }
-  EXPECT_GE(epochs, 2);
 }
 
 TEST(Face, GivesAnAshtechsRawDataAsTheOthers) {
