@@ -131,7 +131,7 @@ class Derived : public COtherGps {
     m_AlternateSignalTable[2] = UDF_SIGNAL_MANUAL;
     m_bAlternateSignalTable = true;
     CString strBeacon = "$CRMSS,52,21,310.0,100";
-    if (!ProcessCRMSS(strBeacon)) return false;
+    if (!ProcessCRMSS(strBeacon) || ProcessPASHR_PBN(nullptr)) return false;
     {
       const RecordLock lock;
       m_GPSData.m_Status.m_nBeaconSNR *= 2;

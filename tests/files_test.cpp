@@ -59,23 +59,6 @@ TEST_F(FilesTest, ThatCannotBeRecordedToAreNamedOnceAndTheRunGoesOn) {
   }
 }
 
-TEST_F(FilesTest, WhoseFolderVanishesAreMissedAtTheNextStart) {
-  Script line(kPort);
-  RecordTo(folder / "drive.log");
-  ASSERT_TRUE(engine.Start());
-  line.Send(FixAt(1));
-  ASSERT_TRUE(UntilRecords(1));
-  std::filesystem::remove_all(folder / "");
-  line.Send(FixAt(2));
-  ASSERT_TRUE(UntilRecords(2));
-  EXPECT_TRUE(boxes.empty()) << "the open file takes bytes as before";
-  ASSERT_TRUE(engine.Start());
-  line.Send(FixAt(3));
-  ASSERT_TRUE(UntilRecords(3));
-  EXPECT_FALSE(engine.m_bRecordRaw);
-  EXPECT_EQ(boxes.size(), 1u);
-}
-
 /// Plays files faster than a line every half second: their first line is a pause, whose box gives the thread
 /// its clock.
 class PlayedFilesTest : public FilesTest {

@@ -208,18 +208,6 @@ TEST_F(NetworkRun, GoesOnWhenItsPeerIsThereAndIsBack) {
   EXPECT_EQ(host::ReadConfig().port, options.port);
 }
 
-TEST_F(NetworkRun, EndsWhenItsPeerHasGone) {
-  TcpPeer peer;
-  options.port = "tcp://" + peer.Host();
-  options.reconnect.reset();
-  EXPECT_EQ(Run([&] {
-              peer.Accept();
-              peer.HangUp();
-            }),
-            host::ExitCode::port_lost);
-  ExpectError("was lost: the other side hung up");
-}
-
 TEST_F(NetworkRun, EndsAtOnceWhileNobodyAnswers) {
   const TcpPeer peer;
   // The one place in its queue is taken, so that whoever comes next gets no answer.

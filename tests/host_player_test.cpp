@@ -60,6 +60,8 @@ TEST_F(HostPlayer, PacesARecordingWithoutTimesByItsLine) {
 TEST_F(HostPlayer, TellsTheTimeOfDayOfGoodSentencesAlone) {
   EXPECT_EQ(TimeOfDayOf("noise" + WithChecksum("$GNRMC,010203.25,A,,,,,,,")), 3723.25);
   EXPECT_EQ(TimeOfDayOf(WithChecksum("$GPGLL,,,,,235959,V")), 86'399.0);
+  for (const char* kind : {"$GPZDA", "$GNGNS"})
+    EXPECT_EQ(TimeOfDayOf(WithChecksum(kind + std::string(",000102,4807.038,N"))), 62.0) << kind;
   for (const char* none : {"", "$", "$GPGGA,010203,,*00\r\n", "$GPGGA,010203"})
     EXPECT_FALSE(TimeOfDayOf(none));
   for (const char* none : {"$GPGGA,,,", "$GPGGA,990203,,", "$GPGGA,01:02:03,,", "$GPGSV,010203,,"})

@@ -53,8 +53,7 @@ std::string PagesOf(const std::string& talker, int satellites, const std::string
 /// Reads text line by line; true if some line told a sky.
 bool ReadAll(SkyReader& reader, const std::string& text) {
   bool told = false;
-  for (std::size_t start = 0; start < text.size(); start = text.find('\n', start) + 1)
-    told |= reader.Read(Fields(std::string_view(text).substr(start, text.find('\n', start) - start)));
+  for (const std::string& line : Split(text, '\n')) told |= reader.Read(Fields(line));
   return told;
 }
 

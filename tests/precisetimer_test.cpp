@@ -127,15 +127,14 @@ TEST(PreciseTimer, TakesUpANewStartRightBehindAStop) {
 }
 
 TEST(Ticks, GoOnOverAWrapOfThePlatformsTick) {
-  struct Step {
-    DWORD nFrom, nTo, nPassed;
-  };
-  for (const Step& step :
-       {Step{1000, 1010, 10}, Step{0x7FFFFFF0, 5, 0x14},                   // a tick of 31 bits
-        Step{0x7FFFFFF0, 0x80000005, 0x15}, Step{0xFFFFFFF0, 5, 0x13}}) {  // of 32, 2 ms short
+  constexpr std::tuple<DWORD, DWORD, DWORD> steps[] = {{1000, 1010, 10},
+                                                       {0x7FFFFFF0, 5, 0x14},  // a tick of 31 bits
+                                                       {0x7FFFFFF0, 0x80000005, 0x15},
+                                                       {0xFFFFFFF0, 5, 0x13}};  // of 32, 2 ms short
+  for (const auto& [from, to, passed] : steps) {
     CTicks ticks;
-    ticks.Continue(step.nFrom);
-    const DWORD nBegin = ticks.Continue(step.nFrom);
-    EXPECT_EQ(ticks.Continue(step.nTo) - nBegin, step.nPassed) << step.nFrom << " to " << step.nTo;
+    ticks.Continue(from);
+    const DWORD nBegin = ticks.Continue(from);
+    EXPECT_EQ(ticks.Continue(to) - nBegin, passed) << from << " to " << to;
   }
 }

@@ -155,6 +155,11 @@ TEST(RawData, RefusesASoundBlockOfWhatCannotBe) {
       {8, 33}, {8, 0}, {16 + 2, 0x1D00}, {16 + 4, 0xFFFF}, {16 + 40 + 10, 0x0010}, {16 + 40 + 28, 0}};
   for (const auto& [at, value] : words) EXPECT_FALSE(DecodeEphemeris(with(ephemeris, at, value), read)) << at;
   EXPECT_EQ(read.orbit.m_nPRN, 0);
+  for (const auto word :
+       {std::uint16_t{0x2000}, std::uint16_t{0x1F00}}) {  // the fit, and the age that stands behind it
+    ASSERT_TRUE(DecodeEphemeris(with(ephemeris, 16 + 40 + 36, word), read));
+    EXPECT_EQ(read.long_fit, word == 0x2000);
+  }
 }
 
 struct Channel {

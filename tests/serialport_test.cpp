@@ -18,11 +18,12 @@ class RehearsedPort : public testing::Test {
     ASSERT_TRUE(port.Open());
     line.ForgetSteps();
   }
-  /// Rate, data bits, parity, DTR, DSR flow, RTS, XON.
+  /// Rate, data bits, parity and its kind, DTR, DSR flow, CTS flow, RTS, XON.
   std::vector<DWORD> Settings() {
     DCB s;
     GetCommState(port.GetHandle(), &s);
-    return {s.BaudRate, s.ByteSize, s.fParity, s.fDtrControl, s.fOutxDsrFlow, s.fRtsControl, s.fOutX};
+    return {s.BaudRate,     s.ByteSize,     s.fParity,     s.Parity, s.fDtrControl,
+            s.fOutxDsrFlow, s.fOutxCtsFlow, s.fRtsControl, s.fOutX};
   }
   CRehearsal line;
   CSerialPort port;
@@ -47,14 +48,14 @@ TEST_F(RehearsedPort, AppliesAChangeOfSettingsAtOnce) {
   port.SetBaudRate(9600);
   Open();
   port.SetBaudRate(0);
-  EXPECT_EQ(Settings(), (Values{9600, 8, 0, 1, 0, 1, 0}));
+  EXPECT_EQ(Settings(), (Values{9600, 8, 0, 0, 1, 0, 0, 1, 0}));
   port.SetBaudRate(57600);
   port.SetParity(2);
   port.SetFlowControl(1 | 4);
-  EXPECT_EQ(Settings(), (Values{57600, 7, 1, 2, 1, 1, 1}));
+  EXPECT_EQ(Settings(), (Values{57600, 7, 1, 2, 2, 1, 0, 1, 1}));
   port.SetFlowControl(2);
   port.SetDataBits(8);
-  EXPECT_EQ(Settings(), (Values{57600, 8, 1, 1, 0, 2, 0}));
+  EXPECT_EQ(Settings(), (Values{57600, 8, 1, 2, 1, 0, 1, 2, 0}));
   port.SetTimeout(3);
   EXPECT_EQ(port.GetTimeout(), 10);
 }
@@ -223,6 +224,18 @@ TEST_F(TerminalPort, SetsAnyBaudRateTheLineTakes) {
     EXPECT_EQ(state.ByteSize, 8);
     if (rate == 123456) port.SetParity(2);  // which a pseudo-terminal refuses: the speed holds all the same
   }
+}
+
+TEST_F(TerminalPort, StopsAndGoesOnAtTheCharactersOfTheStandard) {
+  port.SetFlowControl(4);
+  ASSERT_TRUE(port.Open());
+  termios state;
+  tcgetattr(terminal.Keeper(), &state);
+  state.c_cc[VSTART] = state.c_cc[VSTOP] = 1;
+  tcsetattr(terminal.Keeper(), TCSANOW, &state);
+  port.SetBaudRate(4800);
+  tcgetattr(terminal.Keeper(), &state);
+  EXPECT_TRUE(state.c_cc[VSTART] == 0x11 && state.c_cc[VSTOP] == 0x13 && (state.c_iflag & IXON) != 0);
 }
 
 TEST_F(TerminalPort, IsForOneProgramAlone) {

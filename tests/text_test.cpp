@@ -93,7 +93,12 @@ TEST(Parser, MovesOnByOneFieldGoodOrBad) {
 class TextFileTest : public testing::Test {
  protected:
   std::vector<CString> Lines(const std::string& content) {
-    WriteFile(folder / "text", content);
+    CFile written;
+    EXPECT_NE(written.Open(CString::FromUtf8(folder / "text").GetString(),
+                           CFile::modeCreate | CFile::modeWrite, nullptr),
+              0);
+    EXPECT_TRUE(written.Write(content.data(), 1));
+    EXPECT_TRUE(written.Write(content.data() + 1, static_cast<UINT>(content.size() - 1)));
     EXPECT_NE(file.Open(CString::FromUtf8(folder / "text").GetString(), CFile::typeText, nullptr), 0);
     std::vector<CString> lines;
     for (CString line; file.ReadString(line);) lines.push_back(line);

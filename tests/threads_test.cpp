@@ -36,21 +36,19 @@ class Impatience : public Clock {
 
 const std::string kFix = "$GPGGA,123519,4807.038,N,01131.000,E,1,08,0.9,545.4,M,46.9,M,,*47\r\n";
 
-struct Inventory {
-  static std::ptrdiff_t Entries(const char* folder) {
-    return std::distance(std::filesystem::directory_iterator(folder), std::filesystem::directory_iterator());
-  }
-  static Inventory Take() { return {Entries("/proc/self/fd"), Entries("/proc/self/task")}; }
-  bool operator==(const Inventory&) const = default;
+std::ptrdiff_t Entries(const char* folder) {
+  return std::distance(std::filesystem::directory_iterator(folder), std::filesystem::directory_iterator());
+}
 
-  std::ptrdiff_t descriptors, threads;
-};
+// Descriptors and threads.
+auto Inventory() {
+  return std::pair(Entries("/proc/self/fd"), Entries("/proc/self/task"));
+}
 
 // Late threads need a moment to end.
-void ExpectNothingLeftBut(const Inventory& before) {
-  Soon([&] { return Inventory::Take() == before; });
-  EXPECT_EQ(Inventory::Take().descriptors, before.descriptors);
-  EXPECT_EQ(Inventory::Take().threads, before.threads);
+void ExpectNothingLeftBut(const std::pair<std::ptrdiff_t, std::ptrdiff_t>& before) {
+  Soon([&] { return Inventory() == before; });
+  EXPECT_EQ(Inventory(), before);
 }
 
 // A receiver that never pauses, and takes what is written.
@@ -103,7 +101,7 @@ class ThreadsTest : public testing::Test {
 
   const bool m_bWarm =
       (std::jthread([] {}), true);  // a sanitizer starts a thread of its own with the first one
-  const Inventory m_Before = Inventory::Take();
+  const std::pair<std::ptrdiff_t, std::ptrdiff_t> m_Before = Inventory();
   CWinApp m_App{"gpsengine-test"};
   HostWindow m_Window;
   PseudoTerminal m_Terminal;

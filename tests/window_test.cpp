@@ -13,6 +13,7 @@
 namespace {
 
 constexpr UINT kNumber = WM_APP + 1;
+constexpr DWORD kShort = 20, kLong = 10000;
 
 class Recorder : public CWnd {
  public:
@@ -59,7 +60,7 @@ TEST(Window, OfAnotherThreadAnswersWhatIsSentUntilItGoesAway) {
     Recorder window;
     name = window.GetSafeHwnd();
     SetEvent(made);
-    while (MsgWaitForMultipleObjects(1, &stop, INFINITE) != WAIT_OBJECT_0) Drain();
+    while (MsgWaitForMultipleObjects(1, &stop, kLong) != WAIT_OBJECT_0) continue;  // the wait delivers
     SetEvent(left);
     Sleep(30);  // with a message that it will never take
   });
@@ -147,9 +148,6 @@ TEST(RegisteredMessage, IsTheSameForTheSameText) {
   EXPECT_NE(RegisterWindowMessageW(u"two"), first);
   EXPECT_GE(first, 0xC000u);
 }
-
-constexpr DWORD kShort = 20;
-constexpr DWORD kLong = 10000;
 
 TEST(Event, OfManualResetEndsEveryWaitAndOfAutomaticResetOne) {
   for (const bool manual : {true, false}) {
