@@ -153,14 +153,6 @@ ExitCode PrintTranscript(const Transcript& transcript, Output& output) {
   return ExitCode::done;
 }
 
-void CheckTakesCommands(const std::string& port) {
-  if (Port::Of(port)->TakesCommands()) return;
-  throw Failure(ExitCode::refused,
-                "nothing can be sent to " + port +
-                    ", which is only listened to: command the receiver at its own port, or "
-                    "by tcp:// or rfc2217://");
-}
-
 }  // namespace
 
 ExitCode Command(const CommandOptions& options, const Interrupt& interrupt, Output& output) {
@@ -171,7 +163,7 @@ ExitCode Command(const CommandOptions& options, const Interrupt& interrupt, Outp
   if (!options.force) CheckOffer(operation, FindModel(options.model), ". --force sends it all the same");
   const Transcript transcript = Rehearse(options.model, operation, action, !options.closed);
   if (options.dry_run) return PrintTranscript(transcript, output);
-  CheckTakesCommands(options.port);
+  if (!Port::Of(options.port)->TakesCommands()) throw OnlyListenedTo(options.port);
   if (HasNoEffect(operation, transcript)) throw NothingSent(operation, options.arguments, options.model);
   long long time = transcript.Time();
   if (operation.kind != Operation::Kind::starts) time += StartTimeOf(FindModel(options.model));

@@ -2,12 +2,12 @@ import asyncio
 import gc
 import os
 import pathlib
-import signal
 import threading
 import time
 
 import gpsengine
 import pytest
+from conftest import interrupt_soon
 
 
 def test_reads_a_receiver_and_closes_it(port: str) -> None:
@@ -59,10 +59,6 @@ def test_a_lost_port_is_an_error_after_the_last_record() -> None:
             list(receiver.records())
         with pytest.raises(gpsengine.LostPort):
             receiver.commands.gga_only()
-
-
-def interrupt_soon() -> None:
-    threading.Timer(0.2, os.kill, (os.getpid(), signal.SIGINT)).start()
 
 
 def test_an_interrupt_ends_a_wait_and_leaves_the_receiver_usable(port: str) -> None:
