@@ -7,7 +7,6 @@
 #include <mutex>
 
 #include "gpsengine/face/commands.h"
-#include "gpsengine/text/words.h"
 #include "host/network/dial.h"
 #include "host/network/rfc2217line.h"
 #include "python/binding/binding.h"
@@ -159,10 +158,8 @@ class Stream {
     }
   }
   gps::Error Silence() const {
-    return gps::Error(gps::ErrorCode::silence,
-                      std::string("no ") + NameOf(kind_) + " came from " + port_ +
-                          gps::Print(" in %g s", timeout_.value_or(0.0)) +
-                          ": check that the receiver is on, its cable, its model and its baud rate");
+    const auto alternative = kind_ == Kind::records ? std::variant_npos : static_cast<std::size_t>(kind_);
+    return gps::Silence(alternative, port_, timeout_.value_or(0.0));
   }
   std::optional<double> Timeout() const { return timeout_; }
   Kind GetKind() const { return kind_; }
