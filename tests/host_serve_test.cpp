@@ -11,7 +11,7 @@
 #include <thread>
 
 #include "gpsengine/platform/application.h"
-#include "host/line/sentences.h"
+#include "gpsengine/sentences/sentencefinder.h"
 #include "host/run/failure.h"
 #include "host/serve.h"
 #include "host/server/gpsdserver.h"

@@ -189,6 +189,7 @@ bool Recording::Play::IsDue(std::string_view bytes, const std::stop_token& stop)
 void Recording::Play::Decode(std::string_view bytes) {
   const UnpacedClock clock;
   window_.WantSkies(shelf_.IsWanted(AlternativeOf<Sky>()));
+  window_.WantReports(shelf_.IsWanted(AlternativeOf<Report>()));
   // On this thread, which may be another one than the last time.
   window_.Open();
   if (bytes.empty()) {

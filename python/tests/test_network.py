@@ -10,10 +10,11 @@ from conftest import gga, interrupt_soon
 
 
 class Peer(threading.Thread):
-    """A receiver at a socket, with a fix every 50 ms until it hangs up. It keeps what it is sent."""
+    """A receiver at a socket, with a fix every 50 ms until it hangs up. It keeps what it is sent, and answers it by that."""
 
-    def __init__(self) -> None:
+    def __init__(self, answer: bytes = b"") -> None:
         super().__init__(daemon=True)
+        self.answer = answer
         self.server = socket.create_server(("127.0.0.1", 0))
         self.place = f"127.0.0.1:{self.server.getsockname()[1]}"
         self.taken = b""
@@ -28,6 +29,7 @@ class Peer(threading.Thread):
                 connection.sendall(gga(f"12{second // 60:02}{second % 60:02}"))
                 with contextlib.suppress(TimeoutError):
                     self.taken += connection.recv(4096)
+                    connection.sendall(self.answer)
 
 
 def test_is_read_and_commanded_by_tcp_until_the_peer_hangs_up() -> None:
@@ -40,6 +42,19 @@ def test_is_read_and_commanded_by_tcp_until_the_peer_hangs_up() -> None:
             list(receiver.records(timeout=10))
     peer.join(10)
     assert peer.taken.endswith(b"$PASHS,NME,GGA,A,ON\r\n")
+
+
+@pytest.mark.parametrize(
+    ("answer", "text"), [(b"$PASHR,NAK\r\n", "took 0 lines and refused 2, .*NAK"), (b"", "answered 0 of 2 lines")]
+)
+def test_an_answer_that_is_waited_for_has_to_come(answer: bytes, text: str) -> None:
+    peer = Peer(answer)
+    with gpsengine.open(f"tcp://{peer.place}", model="Ashtech") as receiver:
+        with pytest.raises(gpsengine.Refused, match=f"^gga-only: the receiver {text}"):
+            receiver.commands.gga_only(wait=True)
+        peer.hang_up.set()
+        with pytest.raises(gpsengine.LostPort):
+            receiver.commands.default_nmea(wait=True)
 
 
 def test_gpsd_and_udp_are_only_listened_to() -> None:
