@@ -163,7 +163,7 @@ class Recording:
 
     @property
     def understood(self) -> int:
-        """Messages that were understood so far."""
+        """Messages that were understood so far; binary ones count where raw data are asked for."""
         return self._core.understood
 
 
