@@ -14,7 +14,10 @@ constexpr int kShortestAnswer = 6;
 
 constexpr std::string_view kTaken[] = {"$PASHR,ACK", "$>", "<OK"};
 constexpr std::string_view kRefused[] = {"$PASHR,NAK", "<ERROR"};
-constexpr std::string_view kAnswered[] = {"$PASHS,", "$J", "LOG ", "UNLOG ", "SAVECONFIG"};
+constexpr std::string_view kAnswered[] = {"$PASHS,",       "$J",           "LOG ",        "UNLOG ",
+                                          "SAVECONFIG",    "ECUTOFF ",     "ASSIGN",      "RTKSOURCE",
+                                          "PSRDIFFSOURCE", "SBASCONTROL ", "UNDULATION ", "DATUM ",
+                                          "datum ",        "USERDATUM "};
 
 template <std::size_t n>
 bool BeginsWith(std::string_view line, const std::string_view (&heads)[n]) {
