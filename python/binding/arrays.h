@@ -19,6 +19,7 @@ struct Row {
   std::int16_t used, in_view;
   std::uint8_t kind;
   bool starts_segment;
+  std::uint16_t padding = 0;
 };
 
 /// Rows that come one by one. They grow by realloc, for which the system moves many pages without a copy.

@@ -140,7 +140,7 @@ def test_an_event_loop_hears_of_a_lost_port() -> None:
         asyncio.run(read())
 
 
-@pytest.mark.parametrize("model", ["CSI", "GSR2650 LB", "Starlink"])
+@pytest.mark.parametrize("model", ["CSI", "Starlink"])
 def test_a_command_waits_for_its_answer(model: str) -> None:
     with gpsengine.open(gpsengine.Simulator(model, speed_up=4), model=model) as receiver:
         receiver.commands.set_elevation_mask(3, wait=True)
