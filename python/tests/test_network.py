@@ -54,7 +54,7 @@ def test_an_answer_that_is_waited_for_has_to_come(answer: bytes, text: str) -> N
             receiver.commands.gga_only(wait=True)
         peer.hang_up.set()
         with pytest.raises(gpsengine.LostPort):
-            receiver.commands.default_nmea(wait=True)
+            receiver.commands.gga_only(wait=True)
 
 
 def test_gpsd_and_udp_are_only_listened_to() -> None:
