@@ -8,10 +8,10 @@
 
 #include "gpsengine/face/models.h"
 #include "gpsengine/face/rehearse.h"
+#include "gpsengine/sentences/sentencefinder.h"
 #include "gpsengine/text/words.h"
 #include "host/commands/outcome.h"
 #include "host/line/port.h"
-#include "host/line/sentences.h"
 #include "host/records/textsink.h"
 #include "host/run/face.h"
 #include "host/session/linefeed.h"
@@ -20,8 +20,7 @@ namespace host {
 
 namespace {
 
-// How long an answer may take, and how long a silence ends an answer of several reports.
-constexpr double kAnswerTime = 5.0;
+// How long a silence ends an answer of several reports.
 constexpr double kAnswerGap = 1.0;
 
 /// The outlet that shows what answers an operation, until that is all.
@@ -63,7 +62,7 @@ class Answers : public Outlet {
 void Answers::OnEvent(RunEvent event) {
   if (event != RunEvent::started) return;
   begun_ = Deadline::Clock::now();
-  end_.Set(options_.listen.value_or(Asks() || Sets() ? kAnswerTime : 0.0));
+  end_.Set(options_.listen.value_or(Asks() || Sets() ? AnswerReader::kForReports : 0.0));
 }
 
 void Answers::OnBytes(std::string_view bytes) {
@@ -153,14 +152,6 @@ ExitCode PrintTranscript(const Transcript& transcript, Output& output) {
   return ExitCode::done;
 }
 
-void CheckTakesCommands(const std::string& port) {
-  if (Port::Of(port)->TakesCommands()) return;
-  throw Failure(ExitCode::refused,
-                "nothing can be sent to " + port +
-                    ", which is only listened to: command the receiver at its own port, or "
-                    "by tcp:// or rfc2217://");
-}
-
 }  // namespace
 
 ExitCode Command(const CommandOptions& options, const Interrupt& interrupt, Output& output) {
@@ -171,7 +162,7 @@ ExitCode Command(const CommandOptions& options, const Interrupt& interrupt, Outp
   if (!options.force) CheckOffer(operation, FindModel(options.model), ". --force sends it all the same");
   const Transcript transcript = Rehearse(options.model, operation, action, !options.closed);
   if (options.dry_run) return PrintTranscript(transcript, output);
-  CheckTakesCommands(options.port);
+  if (!Port::Of(options.port)->TakesCommands()) throw OnlyListenedTo(options.port);
   if (HasNoEffect(operation, transcript)) throw NothingSent(operation, options.arguments, options.model);
   long long time = transcript.Time();
   if (operation.kind != Operation::Kind::starts) time += StartTimeOf(FindModel(options.model));

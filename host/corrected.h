@@ -2,8 +2,8 @@
 
 #include <string>
 
+#include "gpsengine/sentences/sentencefinder.h"
 #include "host/corrections/link.h"
-#include "host/line/sentences.h"
 #include "host/records/format.h"
 #include "host/records/jsonwriter.h"
 #include "host/session/session.h"

@@ -6,8 +6,8 @@
 #include <vector>
 
 #include "gpsengine/face/tally.h"
+#include "gpsengine/sentences/sentencefinder.h"
 #include "host/corrected.h"
-#include "host/line/sentences.h"
 #include "host/records/gpsdsink.h"
 #include "host/records/lastposition.h"
 #include "host/run/face.h"

@@ -284,6 +284,13 @@ TEST(FaceLive, CommandsAndEndsWithItsLine) {
   EXPECT_EQ(terminal.Receive(12), "$PASHQ,PRT\r\n");
   EXPECT_TRUE(
       Has(ErrorOf([&] { receiver->command("raw-interval", {"x"}); }), "2 \"x\" is not a number of seconds"));
+  std::thread refusing([&] {
+    terminal.Receive(std::string("$PASHS,RCI,1.000000\r\n").size());
+    terminal.Send("$PASHR,NAK\r\n");
+  });
+  EXPECT_EQ(ErrorOf([&] { receiver->command("raw-interval", {"1", "--wait"}); }),
+            "6 raw-interval: the receiver took 0 lines and refused 1, the last one with $PASHR,NAK");
+  refusing.join();
   EXPECT_TRUE(Has(ErrorOf([&] { receiver->command("set-lband", {"0", "1200"}); }), "6 the model Ashtech"));
   EXPECT_EQ(ErrorOf([&] { receiver->command("start"); }),
             "6 start is what making a gps::Receiver and letting it go do by themselves");

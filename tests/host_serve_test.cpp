@@ -2,7 +2,7 @@
 #include <netinet/in.h>
 #include <sys/socket.h>
 
-#include "host/line/sentences.h"
+#include "gpsengine/sentences/sentencefinder.h"
 #include "host/run/failure.h"
 #include "host/serve.h"
 #include "host/server/gpsdserver.h"

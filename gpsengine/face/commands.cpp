@@ -1,9 +1,26 @@
 #include "gpsengine/face/commands.h"
 
+#include <algorithm>
+
+#include "gpsengine/face/answerreader.h"
 #include "gpsengine/face/engineuse.h"
 #include "gpsengine/face/models.h"
 
 namespace gps {
+
+namespace {
+
+/// The step in which a command waits for its answer, if one is due.
+void AddWait(const Operation& operation, Transcript& transcript) {
+  const bool asks = operation.kind == Operation::Kind::asks;
+  const auto is_due = [](const CRehearsal::Step& step) { return AnswerReader::IsDueTo(step.bytes); };
+  if (!asks && std::ranges::none_of(transcript.steps, is_due)) return;
+  const double seconds = asks ? AnswerReader::kForReports : AnswerReader::kForWord;
+  transcript.steps.push_back(
+      {CRehearsal::StepKind::waitForMessage, {}, static_cast<DWORD>(seconds * 1000.0)});
+}
+
+}  // namespace
 
 std::vector<std::string> models() {
   const EngineUse use;
@@ -26,7 +43,11 @@ Transcript rehearse(const std::string& model, const std::string& operation,
                     const std::vector<std::string>& arguments) {
   const EngineUse use;
   const Operation& found = FindOperation(operation);
-  return Rehearse(model, found, PrepareOffered(found, ArgumentsOf(arguments), FindModel(model)));
+  Arguments read = ArgumentsOf(arguments);
+  const bool waits = TakeWait(found, read);
+  Transcript transcript = Rehearse(model, found, PrepareOffered(found, read, FindModel(model)));
+  if (waits) AddWait(found, transcript);
+  return transcript;
 }
 
 }  // namespace gps

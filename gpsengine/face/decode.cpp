@@ -127,7 +127,6 @@ Recording::Play::Play(Reader read, const DecodeOptions& options)
   engine_.InitReceivers();
   receiver.SetupReceiver(kPort, 0, options.antenna_height, "", true);
   engine_.SetReceiver(&receiver);
-  engine_.m_bAttachRawData = true;
   // Without what the make would set up: there is no receiver to hear it.
   receiver.CGPSReceiver::Initialize();
   piece_ = ends_.Mend(read_());
@@ -188,7 +187,9 @@ bool Recording::Play::IsDue(std::string_view bytes, const std::stop_token& stop)
 
 void Recording::Play::Decode(std::string_view bytes) {
   const UnpacedClock clock;
+  engine_.m_bAttachRawData = shelf_.IsWanted(AlternativeOf<Raw>());
   window_.WantSkies(shelf_.IsWanted(AlternativeOf<Sky>()));
+  window_.WantReports(shelf_.IsWanted(AlternativeOf<Report>()));
   // On this thread, which may be another one than the last time.
   window_.Open();
   if (bytes.empty()) {

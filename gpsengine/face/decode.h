@@ -33,7 +33,7 @@ struct DecodeOptions {
 /// (ErrorCode::busy).
 class Recording : public Source {
  public:
-  /// Messages that were understood so far.
+  /// Messages that were understood so far; binary ones count where raw data are asked for.
   long long understood() const;
 
  private:

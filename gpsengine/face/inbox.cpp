@@ -10,6 +10,13 @@ constexpr std::string_view kKinds[] = {"fix", "satellites", "report", "raw data"
 
 }  // namespace
 
+Error Silence(std::size_t alternative, const std::string& port, double seconds) {
+  return Error(ErrorCode::silence,
+               "no " + std::string(kKinds[Shelf::ReaderOf(alternative)]) + " came from " + port +
+                   Print(" in %g s", seconds) +
+                   ": check that the receiver is on, its cable, its model and its baud rate");
+}
+
 void Inbox::Put(Record&& record) {
   const Monitor::Lock lock = monitor_.Enter();
   if (ended_) return;
@@ -40,10 +47,7 @@ bool Inbox::Next(std::size_t alternative, Record& record, const Wait& wait) {
   if (taken || (wait.stop.stop_requested() && !ready)) return taken;
   if (error_) throw Error(*error_);
   if (ended_) return false;
-  const double seconds = static_cast<double>(wait.timeout->count()) / 1000.0;
-  throw Error(ErrorCode::silence,
-              "no " + std::string(kKinds[reader]) + " came from " + name_ + Print(" in %g s", seconds) +
-                  ": check that the receiver is on, its cable, its model and its baud rate");
+  throw Silence(alternative, name_, static_cast<double>(wait.timeout->count()) / 1000.0);
 }
 
 bool Inbox::TakeNow(Record& record) {

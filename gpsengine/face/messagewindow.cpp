@@ -3,6 +3,7 @@
 #include <memory>
 #include <utility>
 
+#include "gpsengine/face/answerreader.h"
 #include "gpsengine/platform/application.h"
 #include "gpsengine/receiver/messages.h"
 #include "gpsengine/sentences/fields.h"
@@ -43,7 +44,7 @@ void MessageWindow::Drain() {
 }
 
 void MessageWindow::KeepCapturing() {
-  engine_.m_ComBuffer.KeepCapturing(wants_skies_, moves_bytes_);
+  engine_.m_ComBuffer.KeepCapturing(wants_skies_ || wants_reports_, moves_bytes_);
 }
 
 void MessageWindow::Finish() {
@@ -74,12 +75,21 @@ LRESULT MessageWindow::WindowProc(UINT message, WPARAM w_param, LPARAM l_param) 
 
 void MessageWindow::OnData(const CGPSData& data) {
   if (data.m_bPositionValid) tell_(fixes_.Read(data));
-  for (Report& report : reports_.NewsIn(data)) tell_(std::move(report));
+  has_told_ = false;
+  for (Report& report : reports_.NewsIn(data)) {
+    tell_(std::move(report));
+    has_told_ = true;
+  }
   if (wants_skies_) Tell(skies_.OnData(data));
 }
 
 void MessageWindow::OnText(const CString& text) {
-  if (wants_skies_ && text.ToBytes(bytes_)) Tell(skies_.OnText(Fields(bytes_)));
+  const bool is_news = !std::exchange(has_told_, false) && wants_reports_ && IsAnswer(text);
+  if (!(wants_skies_ || is_news) || !text.ToBytes(bytes_)) return;
+  if (wants_skies_) Tell(skies_.OnText(Fields(bytes_)));
+  if (!is_news) return;
+  bytes_.erase(bytes_.find_last_not_of("\r\n") + 1);
+  tell_(Report{"text", "text", bytes_});
 }
 
 void MessageWindow::OnBlock() {

@@ -22,8 +22,11 @@ class MessageWindow : public CWnd {
 
   /// The moment near which the records to come belong.
   void SetReference(std::optional<Time> reference) { fixes_.SetReference(reference); }
-  /// Satellites are wanted, for which the texts of messages are read.
+  /// Satellites and reports are wanted, for which the texts of messages are read.
+  ///@{
   void WantSkies(bool wanted) { wants_skies_ = wanted; }
+  void WantReports(bool wanted) { wants_reports_ = wanted; }
+  ///@}
   /// Makes this the application's main window, on the calling thread.
   void Open();
   void Close() { DestroyWindow(); }
@@ -48,8 +51,9 @@ class MessageWindow : public CWnd {
   SkySource skies_;
   ReportReader reports_;
   BlockReader blocks_;
-  bool wants_skies_ = true;
-  std::string bytes_;  // of the current text, kept for its memory
+  bool wants_skies_ = true, wants_reports_ = true;
+  bool has_told_ = false;  // what the message at hand reports
+  std::string bytes_;      // of the current text, kept for its memory
 };
 
 }  // namespace gps

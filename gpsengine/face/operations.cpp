@@ -5,6 +5,7 @@
 #include <sstream>
 #include <string_view>
 #include <type_traits>
+#include <utility>
 
 #include "gpsengine/face/argumentreader.h"
 #include "gpsengine/face/rawoutput.h"
@@ -216,6 +217,10 @@ const Operation& FindOperation(const std::string& name) {
 
 bool IsOffered(const Operation& operation, CGPSReceiver& receiver) {
   return operation.is_open == nullptr || operation.is_open(receiver);
+}
+
+bool TakeWait(const Operation& operation, Arguments& arguments) {
+  return operation.prepare != kReset && std::exchange(arguments.wait, false);
 }
 
 Action Prepare(const Operation& operation, const Arguments& arguments) {

@@ -20,7 +20,7 @@ using Action = std::function<Result(CGPSReceiver&)>;
 /// What the user gives to an operation.
 struct Arguments {
   std::vector<std::string> words;  ///< In order, without "--wait".
-  bool wait = false;               ///< For the acknowledgement; the reset alone knows it.
+  bool wait = false;               ///< For the answer, which the reset alone does by itself.
 };
 
 /// These words, but for "--wait".
@@ -60,6 +60,9 @@ const Operation& FindOperation(const std::string& name);
 std::vector<Arguments> ExamplesOf(const Operation& operation);
 /// Whether the model's capability answers open it.
 bool IsOffered(const Operation& operation, CGPSReceiver& receiver);
+/// Takes the wait out of the arguments, unless the operation waits by itself, as the reset does. Whether
+/// there was one.
+bool TakeWait(const Operation& operation, Arguments& arguments);
 /// The operation on its arguments, ready to be called. Throws an Error if they are not what it takes.
 Action Prepare(const Operation& operation, const Arguments& arguments);
 /// The same for receivers of this one's model, which may not take all that others do.

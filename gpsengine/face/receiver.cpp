@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "gpsengine/face/engineuse.h"
+#include "gpsengine/face/exchange.h"
 #include "gpsengine/face/inbox.h"
 #include "gpsengine/face/messagewindow.h"
 #include "gpsengine/face/models.h"
@@ -33,6 +34,21 @@ class Signal {
 
  private:
   const HANDLE handle_;
+};
+
+/// A line that tells of what is written, too.
+class WatchedLine : public GuardedLine {
+ public:
+  WatchedLine(std::unique_ptr<SerialLine> line, Watcher watcher, std::shared_ptr<Exchange> exchange)
+      : GuardedLine(std::move(line), std::move(watcher)), exchange_(std::move(exchange)) {}
+
+  int Write(const void* data, int length, DWORD ms) override {
+    exchange_->OnWritten({static_cast<const char*>(data), static_cast<std::size_t>(length)});
+    return GuardedLine::Write(data, length, ms);
+  }
+
+ private:
+  const std::shared_ptr<Exchange> exchange_;
 };
 
 std::string NameOfLine(const ReceiverOptions& options) {
@@ -74,7 +90,9 @@ class Receiver::Live {
   SerialLineFactory line_before_;
   CGPSEngine engine_;
   CGPSReceiver& receiver_;
-  std::mutex calls_;  // of the engine
+  const std::shared_ptr<Exchange> exchange_ =
+      std::make_shared<Exchange>(receiver_);  // likewise with the line
+  std::mutex calls_;                          // of the engine
   std::unique_ptr<CWinThread> pump_;
 };
 
@@ -121,10 +139,15 @@ void Receiver::Live::SetUp() {
 void Receiver::Live::MapPort() {
   SerialLineFactory open = options_.line;
   if (!open) open = [port = options_.port] { return OpenSerialDevice(CString::FromUtf8(port)); };
-  const auto watched = [open, gone = gone_]() -> std::unique_ptr<SerialLine> {
+  const auto watched = [open, gone = gone_, exchange = exchange_]() -> std::unique_ptr<SerialLine> {
     auto line = open();
     if (line == nullptr) return nullptr;
-    return std::make_unique<GuardedLine>(std::move(line), GuardedLine::Watcher{{}, [gone] { gone->Set(); }});
+    const auto on_bytes = [exchange](std::string_view bytes, bool) { exchange->OnRead(bytes); };
+    const auto on_gone = [gone, exchange] {
+      gone->Set();
+      exchange->End();
+    };
+    return std::make_unique<WatchedLine>(std::move(line), GuardedLine::Watcher{on_bytes, on_gone}, exchange);
   };
   line_before_ = MapComPort(kPort, watched);
 }
@@ -148,7 +171,12 @@ Error Receiver::Live::NotOpened() const {
 
 // The window belongs to this thread.
 void Receiver::Live::Pump() {
-  MessageWindow window(engine_, false, [this](Record&& record) { inbox_->Put(std::move(record)); });
+  MessageWindow window(engine_, false, [this](Record&& record) {
+    const auto* const report = std::get_if<Report>(&record);
+    const bool is_answer = report != nullptr && report->key != "ack";
+    inbox_->Put(std::move(record));
+    if (is_answer) exchange_->OnReport();
+  });
   window.Open();
   ready_.Set();
   const HANDLE ends[] = {over_.Handle(), gone_->Handle()};
@@ -173,6 +201,7 @@ void Receiver::Live::End() {
   if (pump_ == nullptr) return;
   const std::lock_guard lock(calls_);
   engine_.Stop();
+  exchange_->End();
   over_.Set();
   pump_->Join();
   pump_.reset();
@@ -184,19 +213,23 @@ void Receiver::Live::Command(const std::string& name, const std::vector<std::str
                              const std::stop_token& stop) {
   const std::lock_guard lock(calls_);
   const Operation& operation = FindOperation(name);
-  const Arguments arguments = ArgumentsOf(words);
+  Arguments arguments = ArgumentsOf(words);
+  const bool awaits = TakeWait(operation, arguments);
   const Action action = PrepareOffered(operation, arguments, receiver_);
   if (operation.kind == Operation::Kind::starts || operation.kind == Operation::Kind::ends) {
     throw Error(ErrorCode::refused,
                 name + " is what making a gps::Receiver and letting it go do by themselves");
   }
   if (IsGone()) throw Lost();
+  exchange_->Begin();
   const StopClock clock(stop);
   const Result result = action(receiver_);
+  if (!stop.stop_requested()) CheckResult(operation, arguments, result);
+  if (awaits) exchange_->Await(operation, Model(), stop);
   if (stop.stop_requested()) {
     throw Error(ErrorCode::stopped, name + " was stopped; give the command again and let it end");
   }
-  CheckResult(operation, arguments, result);
+  if (awaits && IsGone()) throw Lost();
 }
 
 Receiver::Receiver(ReceiverOptions options, std::stop_token stop)

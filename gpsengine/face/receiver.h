@@ -42,8 +42,11 @@ class Receiver : public Source {
   /// Commands the receiver: `receiver.command("set-elevation-mask", {"10"})`. The operations and their
   /// arguments are those of `gpsengine command`, and of face/operations.h. Blocks for as long as the make
   /// wants its pauses, up to 23 seconds; records go on coming. An operation that asks ("query-…") only sends
-  /// the request: its answer is among the reports. Throws an Error if the arguments are wrong, the model has
-  /// no such operation, the receiver did not take it or the token stopped it; the receiver is left usable.
+  /// the request: its answer is among the reports. With "--wait" as the last argument it waits for the answer
+  /// besides: of one that asks up to 5 s for reports, until they pause; of another one up to 1.5 s until each
+  /// line is acknowledged, if the language has acknowledgements. Throws an Error if the arguments are wrong,
+  /// the model has no such operation, the receiver did not take it, the answer that was waited for did not
+  /// come or was a refusal, or the token stopped it; the receiver is left usable.
   void command(const std::string& operation, const std::vector<std::string>& arguments = {},
                std::stop_token stop = {});
 

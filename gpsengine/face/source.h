@@ -7,6 +7,7 @@
 #include <memory>
 #include <optional>
 #include <stop_token>
+#include <string>
 #include <utility>
 
 #include "gpsengine/face/error.h"
@@ -45,6 +46,10 @@ class Stream {
   /// From now on records of that alternative are asked for.
   virtual void Want(std::size_t alternative) = 0;
 };
+
+/// The error of a receiver at that port which has told nothing of that alternative of Record, or of any
+/// (std::variant_npos), for so long.
+Error Silence(std::size_t alternative, const std::string& port, double seconds);
 
 /// Records of one kind, to be gone through once: `for (const gps::Fix& fix : receiver.fixes())`. Waits where
 /// nothing has come yet, and throws an Error where nothing more can come. A range holds what it reads from,

@@ -40,14 +40,18 @@ std::optional<Time> MomentOfZda(const Fields& zda) {
 void DateScan::Feed(std::string_view bytes) {
   if (!head_.empty()) {
     head_ += bytes.substr(0, kLongestSentence - head_.size());
-    if (Take(head_)) head_.clear();
+    if (Take(head_)) {
+      ReadLines();
+      head_.clear();
+    }
   }
   for (auto at = bytes.find('$'); at != std::string_view::npos; at = bytes.find('$', 1)) {
     bytes.remove_prefix(at);
     if (Take(bytes)) continue;
     head_ = bytes;
-    return;
+    break;
   }
+  ReadLines();
 }
 
 /// Looks at what begins with a "$". False if that may be a sentence with a date and is not all there yet.
@@ -59,8 +63,15 @@ bool DateScan::Take(std::string_view bytes) {
   if (star == std::string_view::npos || star + kChecksum > bytes.size()) {
     return bytes.size() >= kLongestSentence;
   }
-  FeedSentence(bytes.substr(0, star + kChecksum));
+  lines_.push_back(bytes.substr(0, star + kChecksum));
   return true;
+}
+
+/// The last one that counts decides, so that they are read from behind.
+void DateScan::ReadLines() {
+  has_news_ = false;
+  for (; !lines_.empty() && !(has_news_ && had_fix_); lines_.pop_back()) FeedSentence(lines_.back());
+  lines_.clear();
 }
 
 void DateScan::FeedSentence(std::string_view line) {
@@ -71,9 +82,10 @@ void DateScan::FeedSentence(std::string_view line) {
   const bool has_fix = !is_rmc || sentence[2] == "A";
   if (had_fix_ && !has_fix) return;
   const auto moment = is_rmc ? MomentOfRmc(sentence) : MomentOfZda(sentence);
-  if (!moment) return;
+  if (!moment || (has_news_ && !has_fix)) return;
   latest_ = moment;
   had_fix_ = has_fix;
+  has_news_ = true;
 }
 
 }  // namespace gps

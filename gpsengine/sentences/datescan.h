@@ -3,6 +3,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "gpsengine/sentences/moment.h"
 
@@ -22,11 +23,14 @@ class DateScan {
 
  private:
   bool Take(std::string_view bytes);
+  void ReadLines();
   void FeedSentence(std::string_view line);
 
-  std::string head_;  // a sentence that the end of the piece has cut
+  std::string head_;                     // a sentence that the end of the piece has cut
+  std::vector<std::string_view> lines_;  // of the piece, those that may have a date
   std::optional<Time> latest_;
   bool had_fix_ = false;
+  bool has_news_ = false;  // in the lines at hand
 };
 
 }  // namespace gps

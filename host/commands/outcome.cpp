@@ -13,23 +13,12 @@ namespace host {
 
 namespace {
 
-// Seconds to listen after a command: for any byte, for an answer that is due, and for a last word.
-constexpr double kForBytes = 5.0, kForAnswer = 1.5, kForLastWord = 0.3;
-// No answer is longer. What is, is noise.
-constexpr std::size_t kLongestLine = 200;
+// Seconds to listen after a command: for any byte, and for a last word.
+constexpr double kForBytes = 5.0, kForLastWord = 0.3;
 // Up to this many lines are told one by one.
 constexpr std::size_t kFewLines = 3;
 
-// How languages answer, and how the lines begin that get such answers. The others say nothing.
-constexpr std::string_view kTaken[] = {"$PASHR,ACK", "$>", "<OK"};
-constexpr std::string_view kRefused[] = {"$PASHR,NAK", "<ERROR"};
-constexpr std::string_view kAnswered[] = {"$PASHS,", "$J", "LOG ", "UNLOG ", "SAVECONFIG"};
 constexpr char kBinaryMessage[] = "a binary message";
-
-template <std::size_t n>
-bool BeginsWith(std::string_view line, const std::string_view (&heads)[n]) {
-  return std::any_of(std::begin(heads), std::end(heads), [&](auto head) { return line.starts_with(head); });
-}
 
 bool IsText(std::string_view bytes) {
   return std::all_of(bytes.begin(), bytes.end(),
@@ -71,35 +60,15 @@ std::string RateDoubt(int baud) {
 
 Outcome::Outcome(Transcript transcript) : transcript_(std::move(transcript)) {}
 
-void Outcome::Feed(std::string_view bytes) {
-  heard_ = heard_ || !bytes.empty();
-  for (const char c : bytes) {
-    if (c != '\r' && c != '\n') {
-      if (line_.size() < kLongestLine) line_ += c;
-      continue;
-    }
-    OnLine();
-    line_.clear();
-  }
-}
-
-void Outcome::OnLine() {
-  taken_ += BeginsWith(line_, kTaken) ? 1 : 0;
-  if (!BeginsWith(line_, kRefused)) return;
-  ++refused_;
-  refusal_ = line_;
-}
-
 bool Outcome::IsAwaited() const {
   const auto lines = Lines(transcript_.steps);
-  return std::any_of(lines.begin(), lines.end(),
-                     [](const std::string& line) { return BeginsWith(line, kAnswered); });
+  return std::any_of(lines.begin(), lines.end(), &AnswerReader::IsDueTo);
 }
 
 double Outcome::Patience(bool understood) const {
-  if (!heard_) return kForBytes;
-  if (taken_ + refused_ > 0) return kForLastWord;
-  return IsAwaited() || !understood ? kForAnswer : kForLastWord;
+  if (!answers_.HasHeard()) return kForBytes;
+  if (answers_.Taken() + answers_.Refused() > 0) return kForLastWord;
+  return IsAwaited() || !understood ? AnswerReader::kForWord : kForLastWord;
 }
 
 std::string Outcome::Tell(const Line& line) const {
@@ -110,16 +79,17 @@ std::string Outcome::Tell(const Line& line) const {
   const std::string doubt = ": is it the model " + line.model + RateDoubt(line.baud);
   const std::string further = line.reports > 0 ? "; its reports are shown" : "";
   const auto fail = [](const std::string& text) { return Failure(ExitCode::refused, text); };
-  if (!heard_) {
+  if (!answers_.HasHeard()) {
     throw fail(sent + ", but no bytes came from " + line.device +
                ": check that the receiver is on, and its cable");
   }
-  if (refused_ > 0 && taken_ == 0) throw fail(sent + ", which the receiver refused: " + refusal_);
-  if (refused_ > 0) {
-    return sent + "; the receiver took " + std::to_string(taken_) + " and refused " +
-           std::to_string(refused_) + ", the last one with " + refusal_ + further;
+  if (answers_.Refused() > 0 && answers_.Taken() == 0)
+    throw fail(sent + ", which the receiver refused: " + answers_.Refusal());
+  if (answers_.Refused() > 0) {
+    return sent + "; the receiver took " + std::to_string(answers_.Taken()) + " and refused " +
+           std::to_string(answers_.Refused()) + ", the last one with " + answers_.Refusal() + further;
   }
-  if (taken_ > 0) return sent + "; the receiver acknowledged" + further;
+  if (answers_.Taken() > 0) return sent + "; the receiver acknowledged" + further;
   if (line.reports > 0) return sent + further;
   if (!line.understood) throw fail(data + "no message was understood" + doubt);
   if (IsAwaited()) throw fail(data + "no answer, which the model " + line.model + " gives" + doubt);

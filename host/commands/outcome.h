@@ -3,6 +3,7 @@
 #include <string>
 #include <string_view>
 
+#include "gpsengine/face/answerreader.h"
 #include "gpsengine/face/rehearse.h"
 #include "host/run/face.h"
 
@@ -23,7 +24,7 @@ class Outcome {
   };
 
   /// The next bytes of the line since the run began, in pieces of any size.
-  void Feed(std::string_view bytes);
+  void Feed(std::string_view bytes) { answers_.Feed(bytes); }
   /// How many seconds to listen after the end of the command, by what has been heard so far.
   double Patience(bool understood) const;
   /// What to tell the user. Throws a Failure if nothing was heard or understood, no answer came where the
@@ -33,14 +34,10 @@ class Outcome {
   std::string TellInterrupted(const std::string& operation, const Transcript& sent) const;
 
  private:
-  void OnLine();
   bool IsAwaited() const;
 
   const Transcript transcript_;
-  std::string line_;  // not yet ended
-  std::string refusal_;
-  int taken_ = 0, refused_ = 0;
-  bool heard_ = false;
+  AnswerReader answers_;
 };
 
 /// The end of a question whether the model is right, and the rate: ", at 4800 baud? ..."; 0 for a line whose

@@ -2,6 +2,8 @@
 
 #include <string>
 
+#include "host/run/failure.h"
+
 namespace host {
 
 /// Where a receiver's bytes come from, if that is not a device.
@@ -26,7 +28,10 @@ struct Address {
 
 /// Whether what the user has given as a port is meant as an address and not as a device.
 bool IsAddress(const std::string& name);
-/// Throws a Failure that names what is wrong with it, and shows the right form.
-Address ReadAddress(const std::string& name);
+/// Throws a Failure that names what is wrong with it, and shows the right form. `option` is what the user has
+/// given it for.
+Address ReadAddress(const std::string& name, const std::string& option = "--port ");
+/// The error of a command to an address that takes none.
+Failure OnlyListenedTo(const std::string& name);
 
 }  // namespace host

@@ -6,6 +6,7 @@
 #include <type_traits>
 #include <utility>
 
+#include "gpsengine/face/answerreader.h"
 #include "gpsengine/text/words.h"
 #include "host/records/fixkind.h"
 #include "host/records/jsonwriter.h"
@@ -44,11 +45,8 @@ bool TextSink::OnData(const Record& record) {
 
 bool TextSink::OnString(const CString& text) {
   const bool told = std::exchange(told_, false);
-  const bool is_prompt = text.GetLength() < 6;
-  const bool is_answer =
-      !is_prompt && (text.StartsWith("$>") || text.StartsWith("#") || text.StartsWith("$RD"));
   std::string bytes;
-  if (shows_ != Shows::reports || told || !is_answer || !text.ToBytes(bytes)) return false;
+  if (shows_ != Shows::reports || told || !IsAnswer(text) || !text.ToBytes(bytes)) return false;
   bytes.erase(bytes.find_last_not_of("\r\n") + 1);
   out_ += "answer: ";
   AppendValue(out_, std::string_view(bytes));

@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "host/line/sentences.h"
+#include "gpsengine/sentences/sentencefinder.h"
 #include "host/session/feed.h"
 
 namespace host {

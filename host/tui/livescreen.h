@@ -8,7 +8,7 @@
 #include <utility>
 #include <vector>
 
-#include "host/line/sentences.h"
+#include "gpsengine/sentences/sentencefinder.h"
 #include "host/run/pacing.h"
 #include "host/session/session.h"
 #include "host/tui/commandmenu.h"

@@ -3,7 +3,8 @@
 #include <pybind11/pybind11.h>
 
 #include <cstdint>
-#include <vector>
+#include <cstdlib>
+#include <memory>
 
 #include "gpsengine/face/fix.h"
 
@@ -18,12 +19,28 @@ struct Row {
   std::int16_t used, in_view;
   std::uint8_t kind;
   bool starts_segment;
+  std::uint16_t padding = 0;
 };
 
-/// What is none becomes NaN or NaT.
-Row RowOf(const gps::Fix& fix);
+/// Rows that come one by one. They grow by realloc, for which the system moves many pages without a copy.
+class Rows {
+ public:
+  Rows() { Grow(); }
 
-/// A structured array over these rows, without a copy of them.
-py::object ArrayOf(std::vector<Row>&& rows);
+  /// What is none becomes NaN or NaT.
+  void Add(const gps::Fix& fix);
+  /// A structured array over these rows, without a copy of them.
+  py::object ToArray() &&;
+
+ private:
+  void Grow();
+
+  struct Free {
+    void operator()(Row* rows) const { std::free(rows); }
+  };
+
+  std::unique_ptr<Row[], Free> rows_;
+  std::size_t size_ = 0, room_ = 0;
+};
 
 }  // namespace binding

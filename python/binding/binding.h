@@ -25,8 +25,6 @@ py::object ObjectOf(gps::Record&& record);
 /// The kinds of records that can be asked for, in the order of Record; the last is all of them.
 enum class Kind { fixes, satellites, reports, raw, records };
 constexpr std::size_t kKinds = 5;
-/// What one of that kind is called.
-const char* NameOf(Kind kind);
 
 /// Gives the next record of a kind; none at the end.
 using Next = std::function<std::optional<gps::Record>()>;

@@ -14,11 +14,6 @@ Next NextIn(gps::Range<T> range) {
 
 }  // namespace
 
-const char* NameOf(Kind kind) {
-  constexpr const char* kNames[kKinds] = {"fix", "satellites", "report", "raw data", "record"};
-  return kNames[static_cast<std::size_t>(kind)];
-}
-
 Next NextOf(const gps::Source& source, Kind kind, const gps::Wait& wait) {
   switch (kind) {
     case Kind::fixes:

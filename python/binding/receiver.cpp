@@ -1,12 +1,14 @@
 #include "gpsengine/face/receiver.h"
 
+#include <poll.h>
 #include <pybind11/stl.h>
 
 #include <chrono>
 #include <mutex>
 
 #include "gpsengine/face/commands.h"
-#include "gpsengine/text/words.h"
+#include "host/network/dial.h"
+#include "host/network/rfc2217line.h"
 #include "python/binding/binding.h"
 #include "python/binding/waits.h"
 #include "simulator/simulator.h"
@@ -47,14 +49,35 @@ class Simulator {
   std::unique_ptr<simulator::PtyRunner> runner_;
 };
 
+/// None for a device. Throws an Error for an address that cannot be opened.
+std::optional<host::Address> AddressOf(const std::string& port) {
+  if (!host::IsAddress(port)) return std::nullopt;
+  auto address = host::ReadAddress(port, "port=");
+  if (address.scheme == host::Address::Scheme::rfc2217) host::CheckRfc2217();
+  if (address.scheme == host::Address::Scheme::input) {
+    throw gps::Error(gps::ErrorCode::usage, "standard input is read by gpsengine.decode(sys.stdin.buffer)");
+  }
+  return address;
+}
+
+/// A line to the address, which is opened once. An interrupt gives up.
+SerialLineFactory LineTo(const host::Address& address) {
+  host::Dial dial(address);
+  for (pollfd over{dial.Descriptor(), POLLIN, 0}; !dial.IsOver(); CheckSignals()) {
+    const py::gil_scoped_release free;
+    poll(&over, 1, static_cast<int>(kSlice.count()));
+  }
+  return [line = std::make_shared<std::unique_ptr<SerialLine>>(dial.Take())] { return std::move(*line); };
+}
+
 /// A receiver that is open until it is closed or forgotten.
 class Receiver {
  public:
-  explicit Receiver(const gps::ReceiverOptions& options) : port_(options.port) {
-    std::tie(receiver_, calls_) = Interruptibly([&options](const std::stop_token& stop) {
-      auto calls = gps::commands(options.model);  // to be found as long as no receiver is in use
-      return std::pair(std::make_shared<gps::Receiver>(options, stop), std::move(calls));
-    });
+  explicit Receiver(gps::ReceiverOptions options) : port_(options.port), address_(AddressOf(port_)) {
+    calls_ = WithoutLock([&] { return gps::commands(options.model); });  // as long as no receiver is in use
+    if (address_) options.line = LineTo(*address_);
+    receiver_ = Interruptibly(
+        [&options](const std::stop_token& stop) { return std::make_shared<gps::Receiver>(options, stop); });
   }
   ~Receiver() { Close(); }
   Receiver(const Receiver&) = delete;
@@ -80,6 +103,7 @@ class Receiver {
     return receiver_;
   }
   void Command(const std::string& operation, const std::vector<std::string>& words) const {
+    if (address_ && !address_->TakesCommands()) throw host::OnlyListenedTo(port_);
     Interruptibly([receiver = Get(), &operation, &words](const std::stop_token& stop) {
       receiver->command(operation, words, stop);
     });
@@ -97,10 +121,13 @@ class Receiver {
     return records;
   }
   const std::string& Port() const { return port_; }
+  /// 0 where the other end of a connection has set it.
+  int Baud() const { return address_ && !address_->HasRate() ? 0 : Get()->baud(); }
   const std::vector<std::string>& Calls() const { return calls_; }
 
  private:
   const std::string port_;
+  const std::optional<host::Address> address_;
   // Before the receiver, since it says whether that may be opened at all. Gone when that is closed.
   std::unique_ptr<const Use> use_ = std::make_unique<Use>();
   std::shared_ptr<gps::Receiver> receiver_;
@@ -131,10 +158,8 @@ class Stream {
     }
   }
   gps::Error Silence() const {
-    return gps::Error(gps::ErrorCode::silence,
-                      std::string("no ") + NameOf(kind_) + " came from " + port_ +
-                          gps::Print(" in %g s", timeout_.value_or(0.0)) +
-                          ": check that the receiver is on, its cable, its model and its baud rate");
+    const auto alternative = kind_ == Kind::records ? std::variant_npos : static_cast<std::size_t>(kind_);
+    return gps::Silence(alternative, port_, timeout_.value_or(0.0));
   }
   std::optional<double> Timeout() const { return timeout_; }
   Kind GetKind() const { return kind_; }
@@ -199,7 +224,7 @@ void DefineReceiver(py::module_& module) {
       .def_property_readonly("calls", &Receiver::Calls)
       .def_property_readonly("descriptor", [](const Receiver& r) { return r.Get()->descriptor(); })
       .def_property_readonly("model", [](const Receiver& r) { return r.Get()->model(); })
-      .def_property_readonly("baud", [](const Receiver& r) { return r.Get()->baud(); })
+      .def_property_readonly("baud", &Receiver::Baud)
       .def_property_readonly("lost", [](const Receiver& r) { return r.Get()->lost(); })
       .def_property_readonly("understood", [](const Receiver& r) { return r.Get()->understood(); });
   DefineStream(module);

@@ -118,14 +118,14 @@ class Recording {
   }
   py::object ToNumpy() {
     Want(Kind::fixes);
-    std::vector<Row> rows;
+    Rows rows;
     Decode([&](const std::stop_token& stop) {
-      while (const auto record = Take(Kind::fixes)) rows.push_back(RowOf(std::get<gps::Fix>(*record)));
+      while (const auto record = Take(Kind::fixes)) rows.Add(std::get<gps::Fix>(*record));
       if (!recording_) return;
-      for (const gps::Fix& fix : recording_->fixes(stop)) rows.push_back(RowOf(fix));
+      for (const gps::Fix& fix : recording_->fixes(stop)) rows.Add(fix);
       if (!stop.stop_requested()) KeepRest();
     });
-    return ArrayOf(std::move(rows));
+    return std::move(rows).ToArray();
   }
   void Close() {
     const py::gil_scoped_release free;

@@ -22,8 +22,14 @@ def _word(value: object) -> str:
 class Commands:
     """The commands of a model, those alone that it offers. `dir()` tells which, `help()` what they do.
 
-    Numbers are in the unit of the argument, True and False are on and off. ``dry_run=True`` gives what would be written
-    and waited for, a step a line, and touches no receiver. The checks and errors are those of `gpsengine command`.
+    Numbers are in the unit of the argument, True and False are on and off. The checks and errors are those of
+    `gpsengine command`.
+
+    A command returns when all its lines have gone out. With ``wait=True`` it returns when the receiver has answered: a query
+    when its reports are there to be read, another command when each line is acknowledged, if the make acknowledges any.
+    Refused is raised if the answer is a refusal, or does not come: within 5 s to a query, 1.5 s to another command.
+
+    ``dry_run=True`` gives what would be written and waited for, a step a line, and touches no receiver.
 
     >>> import gpsengine
     >>> offered = gpsengine.commands("Starlink")

@@ -3,6 +3,7 @@
 import datetime
 import enum
 import typing
+from typing import Final
 
 from ._enums import FixKind, System
 
@@ -14,187 +15,108 @@ class Fix(_Record):
         "time", "latitude", "longitude", "height_msl", "kind", "speed", "course", "hdop", "pdop", "vdop", "used",
         "in_view", "strength", "valid", "repeats", "starts_segment",
     )  # fmt: skip
-    @property
-    def time(self) -> datetime.datetime | None: ...
-    @property
-    def latitude(self) -> float: ...
-    @property
-    def longitude(self) -> float: ...
-    @property
-    def height_msl(self) -> float | None: ...
-    @property
-    def kind(self) -> FixKind: ...
-    @property
-    def speed(self) -> float | None: ...
-    @property
-    def course(self) -> float | None: ...
-    @property
-    def hdop(self) -> float | None: ...
-    @property
-    def pdop(self) -> float | None: ...
-    @property
-    def vdop(self) -> float | None: ...
-    @property
-    def used(self) -> int: ...
-    @property
-    def in_view(self) -> int: ...
-    @property
-    def strength(self) -> float | None: ...
-    @property
-    def valid(self) -> bool: ...
-    @property
-    def repeats(self) -> bool: ...
-    @property
-    def starts_segment(self) -> bool: ...
+    time: Final[datetime.datetime | None]
+    latitude: Final[float]
+    longitude: Final[float]
+    height_msl: Final[float | None]
+    kind: Final[FixKind]
+    speed: Final[float | None]
+    course: Final[float | None]
+    hdop: Final[float | None]
+    pdop: Final[float | None]
+    vdop: Final[float | None]
+    used: Final[int]
+    in_view: Final[int]
+    strength: Final[float | None]
+    valid: Final[bool]
+    repeats: Final[bool]
+    starts_segment: Final[bool]
 
 class Satellite(_Record):
     __match_args__ = ("name", "elevation", "azimuth", "signal", "used", "system", "number")
-    @property
-    def name(self) -> str: ...
-    @property
-    def elevation(self) -> int | None: ...
-    @property
-    def azimuth(self) -> int | None: ...
-    @property
-    def signal(self) -> int | None: ...
-    @property
-    def used(self) -> bool: ...
-    @property
-    def system(self) -> System: ...
-    @property
-    def number(self) -> int: ...
+    name: Final[str]
+    elevation: Final[int | None]
+    azimuth: Final[int | None]
+    signal: Final[int | None]
+    used: Final[bool]
+    system: Final[System]
+    number: Final[int]
 
 class Sky(_Record):
     __match_args__ = ("satellites", "time_of_day", "in_view", "used", "hdop", "pdop", "vdop")
-    @property
-    def satellites(self) -> tuple[Satellite, ...]: ...
-    @property
-    def time_of_day(self) -> float | None: ...
-    @property
-    def in_view(self) -> int: ...
-    @property
-    def used(self) -> int | None: ...
-    @property
-    def hdop(self) -> float | None: ...
-    @property
-    def pdop(self) -> float | None: ...
-    @property
-    def vdop(self) -> float | None: ...
+    satellites: Final[tuple[Satellite, ...]]
+    time_of_day: Final[float | None]
+    in_view: Final[int]
+    used: Final[int | None]
+    hdop: Final[float | None]
+    pdop: Final[float | None]
+    vdop: Final[float | None]
 
 class Report(_Record):
     __match_args__ = ("key", "value", "unit", "label")
-    @property
-    def key(self) -> str: ...
-    @property
-    def value(self) -> bool | int | float | str: ...
-    @property
-    def unit(self) -> str: ...
-    @property
-    def label(self) -> str: ...
+    key: Final[str]
+    value: Final[bool | int | float | str]
+    unit: Final[str]
+    label: Final[str]
 
 class Signal(_Record):
     __match_args__ = (
         "system", "satellite", "code", "pseudorange", "carrier_phase", "doppler", "cn0", "slip", "half_cycle",
         "glonass_channel",
     )  # fmt: skip
-    @property
-    def system(self) -> str: ...
-    @property
-    def satellite(self) -> int: ...
-    @property
-    def code(self) -> str: ...
-    @property
-    def pseudorange(self) -> float | None: ...
-    @property
-    def carrier_phase(self) -> float | None: ...
-    @property
-    def doppler(self) -> float | None: ...
-    @property
-    def cn0(self) -> float | None: ...
-    @property
-    def slip(self) -> bool: ...
-    @property
-    def half_cycle(self) -> bool: ...
-    @property
-    def glonass_channel(self) -> int | None: ...
+    system: Final[str]
+    satellite: Final[int]
+    code: Final[str]
+    pseudorange: Final[float | None]
+    carrier_phase: Final[float | None]
+    doppler: Final[float | None]
+    cn0: Final[float | None]
+    slip: Final[bool]
+    half_cycle: Final[bool]
+    glonass_channel: Final[int | None]
 
 class Epoch(_Record):
     __match_args__ = ("week", "time_of_week", "signals")
-    @property
-    def week(self) -> int: ...
-    @property
-    def time_of_week(self) -> float: ...
-    @property
-    def signals(self) -> tuple[Signal, ...]: ...
+    week: Final[int]
+    time_of_week: Final[float]
+    signals: Final[tuple[Signal, ...]]
 
 class Ephemeris(_Record):
-    @property
-    def prn(self) -> int: ...
-    @property
-    def week(self) -> int: ...
-    @property
-    def tow(self) -> int: ...
-    @property
-    def toe(self) -> int: ...
-    @property
-    def toc(self) -> int: ...
-    @property
-    def af0(self) -> float: ...
-    @property
-    def af1(self) -> float: ...
-    @property
-    def af2(self) -> float: ...
-    @property
-    def tgd(self) -> float: ...
-    @property
-    def iodc(self) -> int: ...
-    @property
-    def iode(self) -> int: ...
-    @property
-    def sqrt_a(self) -> float: ...
-    @property
-    def eccentricity(self) -> float: ...
-    @property
-    def m0(self) -> float: ...
-    @property
-    def delta_n(self) -> float: ...
-    @property
-    def omega0(self) -> float: ...
-    @property
-    def omega_dot(self) -> float: ...
-    @property
-    def omega(self) -> float: ...
-    @property
-    def i0(self) -> float: ...
-    @property
-    def i_dot(self) -> float: ...
-    @property
-    def cuc(self) -> float: ...
-    @property
-    def cus(self) -> float: ...
-    @property
-    def crc(self) -> float: ...
-    @property
-    def crs(self) -> float: ...
-    @property
-    def cic(self) -> float: ...
-    @property
-    def cis(self) -> float: ...
-    @property
-    def accuracy(self) -> float: ...
-    @property
-    def health(self) -> int: ...
+    prn: Final[int]
+    week: Final[int]
+    tow: Final[int]
+    toe: Final[int]
+    toc: Final[int]
+    af0: Final[float]
+    af1: Final[float]
+    af2: Final[float]
+    tgd: Final[float]
+    iodc: Final[int]
+    iode: Final[int]
+    sqrt_a: Final[float]
+    eccentricity: Final[float]
+    m0: Final[float]
+    delta_n: Final[float]
+    omega0: Final[float]
+    omega_dot: Final[float]
+    omega: Final[float]
+    i0: Final[float]
+    i_dot: Final[float]
+    cuc: Final[float]
+    cus: Final[float]
+    crc: Final[float]
+    crs: Final[float]
+    cic: Final[float]
+    cis: Final[float]
+    accuracy: Final[float]
+    health: Final[int]
 
 class Raw(_Record):
     __match_args__ = ("name", "epoch", "ephemeris", "data")
-    @property
-    def name(self) -> str: ...
-    @property
-    def epoch(self) -> Epoch | None: ...
-    @property
-    def ephemeris(self) -> Ephemeris | None: ...
-    @property
-    def data(self) -> bytes: ...
+    name: Final[str]
+    epoch: Final[Epoch | None]
+    ephemeris: Final[Ephemeris | None]
+    data: Final[bytes]
 
 class Kind(enum.Enum):
     fixes = 0

@@ -35,7 +35,7 @@ class LostPort(PortError):
 
 
 class Refused(Error):
-    """The model has no such command, or the receiver did not take it."""
+    """The model has no such command, or the receiver did not take it, or gave no answer that was waited for."""
 
     code = 6
 

@@ -95,12 +95,12 @@ class Receiver:
 
     @property
     def port(self) -> str:
-        """The device."""
+        """The device or the address."""
         return self._core.port
 
     @property
     def baud(self) -> int:
-        """Bits a second."""
+        """Bits a second; 0 where that is set at the other end of a connection."""
         return self._baud
 
     @property
@@ -163,7 +163,7 @@ class Recording:
 
     @property
     def understood(self) -> int:
-        """Messages that were understood so far."""
+        """Messages that were understood so far; binary ones count where raw data are asked for."""
         return self._core.understood
 
 
@@ -197,7 +197,9 @@ def open(
 ) -> Receiver:
     """Opens the receiver at a port, and sets it up, which takes some models seconds.
 
-    Without a port it is a simulated one, as with a Simulator in its place, which lives as long as the receiver then.
+    A port is a device, or an address: "tcp://HOST:PORT", "udp://[HOST]:PORT", where datagrams come, "gpsd://HOST[:PORT]",
+    or "rfc2217://HOST:PORT" if the module was built with gensio. Without a port the receiver is a simulated one, as with
+    a Simulator in its place, which lives as long as the receiver then.
 
     `baud` 0 is the model's usual rate. `antenna_height` in metres is taken off every height. Every byte of the port goes
     into the file `record` as well. Raises PortError, UsageError for a model that does not exist, and Busy.

@@ -1,7 +1,9 @@
 """What the tests have in common."""
 
 import functools
+import os
 import signal
+import threading
 import typing
 
 import gpsengine
@@ -9,6 +11,10 @@ import pytest
 
 # What runs in the background of a shell has it ignored.
 signal.signal(signal.SIGINT, signal.default_int_handler)
+
+
+def interrupt_soon() -> None:
+    threading.Timer(0.2, os.kill, (os.getpid(), signal.SIGINT)).start()
 
 
 def with_checksum(text: str) -> bytes:

@@ -22,11 +22,14 @@ def test_arguments_are_pythons_and_are_checked() -> None:
     assert "304.5" in offered.set_beacon(304.5, 200)
     assert offered.post_processing(True) != offered.post_processing(False)
     assert "wait-ack" in offered.reset(wait=True) and "wait-ack" not in offered.reset()
+    assert offered.set_elevation_mask(7, wait=True) == offered.set_elevation_mask(7) + "wait-ack 1500\n"
+    silent = gpsengine.commands("Starlink")
+    assert silent.set_elevation_mask(7, wait=True) == silent.set_elevation_mask(7)
+    assert silent.query_elevation_mask(wait=True).endswith("wait-ack 5000\n")
     for call, text in (
         (lambda: offered.set_elevation_mask(99), "0 to 90 degrees"),
         (lambda: offered.set_elevation_mask(), "an argument is missing: degrees"),
         (lambda: offered.set_elevation_mask(1, 2), "one argument too many"),
-        (lambda: offered.gga_only(wait=True), "--wait belongs to the operation reset"),
     ):
         with pytest.raises(gpsengine.UsageError, match=text):
             call()

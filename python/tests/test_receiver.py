@@ -2,12 +2,12 @@ import asyncio
 import gc
 import os
 import pathlib
-import signal
 import threading
 import time
 
 import gpsengine
 import pytest
+from conftest import interrupt_soon
 
 
 def test_reads_a_receiver_and_closes_it(port: str) -> None:
@@ -59,10 +59,6 @@ def test_a_lost_port_is_an_error_after_the_last_record() -> None:
             list(receiver.records())
         with pytest.raises(gpsengine.LostPort):
             receiver.commands.gga_only()
-
-
-def interrupt_soon() -> None:
-    threading.Timer(0.2, os.kill, (os.getpid(), signal.SIGINT)).start()
 
 
 def test_an_interrupt_ends_a_wait_and_leaves_the_receiver_usable(port: str) -> None:
@@ -144,15 +140,27 @@ def test_an_event_loop_hears_of_a_lost_port() -> None:
         asyncio.run(read())
 
 
-def test_commands_are_answered_and_raw_data_are_signals() -> None:
-    with gpsengine.open(gpsengine.Simulator("GSR2650 LB", speed_up=4), model="GSR2650 LB") as receiver:
-        receiver.commands.set_elevation_mask(3)
-        receiver.commands.query_elevation_mask()
-        assert next(report.value for report in receiver.reports(timeout=10) if report.key == "elevationMask") == 3
-        receiver.commands.post_processing(True)
-        raws = [raw for raw, _ in zip(receiver.raw(timeout=20), range(12))]
-    signals = [signal for raw in raws if raw.epoch for signal in raw.epoch.signals]
-    assert all(signal.system == "G" and 1e7 < (signal.pseudorange or 0) < 1e8 for signal in signals) and signals
-    orbits = [raw.ephemeris for raw in raws if raw.ephemeris]
-    assert all(40 < orbit.i0 < 70 and 5100 < orbit.sqrt_a < 5200 for orbit in orbits) and orbits
-    assert raws[0].data[:3] == b"\xaa\x44\x12"
+@pytest.mark.parametrize("model", ["CSI", "Starlink"])
+def test_a_command_waits_for_its_answer(model: str) -> None:
+    with gpsengine.open(gpsengine.Simulator(model, speed_up=4), model=model) as receiver:
+        receiver.commands.set_elevation_mask(3, wait=True)
+        receiver.commands.query_elevation_mask(wait=True)
+        assert next(report.value for report in receiver.reports(timeout=0) if report.key == "elevationMask") == 3
+
+
+@pytest.mark.parametrize("model, head", [
+    ("Ashtech", b""), ("CSI", b""), ("CSI - MAX", b"$BIN"), ("GSR2650 LB", b"\xaa\x44\x12"), ("Racal", b""),
+    ("Sokkia Axis3", b"$BIN"),
+])  # fmt: skip
+def test_raw_data_are_signals_and_orbits(model: str, head: bytes) -> None:
+    signals, orbits = [], []
+    with gpsengine.open(gpsengine.Simulator(model, speed_up=10), model=model) as receiver:
+        receiver.commands.post_processing(True, wait=True)
+        for raw in receiver.raw(timeout=20):
+            assert raw.data.startswith(head) and bool(raw.data) == bool(head)
+            signals += raw.epoch.signals if raw.epoch else []
+            orbits += [raw.ephemeris] if raw.ephemeris else []
+            if signals and orbits:
+                break
+    assert all(signal.system == "G" and 1e7 < (signal.pseudorange or 0) < 1e8 for signal in signals)
+    assert all(40 < orbit.i0 < 70 and 5100 < orbit.sqrt_a < 5200 for orbit in orbits)

@@ -51,7 +51,7 @@ def test_the_stub_declares_what_records_have() -> None:
     for declared in ast.parse(stub).body:
         record = isinstance(declared, ast.ClassDef) and getattr(gpsengine, declared.name, None)
         if hasattr(record, "as_dict"):
-            names = [node.name for node in declared.body if isinstance(node, ast.FunctionDef)]
+            names = [node.target.id for node in declared.body if isinstance(node, ast.AnnAssign)]
             assert names == list(record.__match_args__), declared.name
             assert all(getattr(record, name).__doc__ for name in names)
 

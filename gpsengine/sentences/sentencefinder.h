@@ -3,7 +3,9 @@
 #include <string>
 #include <string_view>
 
-namespace host {
+#pragma GCC visibility push(default)
+
+namespace gps {
 
 /// Finds what is text in a receiver's bytes: sentences, which begin with "$" or "!", and the lines of a
 /// parameter report, "PMD:", "PER:", "PEM:" and "PRTA:". Those have no "$", so that the framing of messages
@@ -29,4 +31,6 @@ class SentenceFinder {
 /// Whether what a SentenceFinder gives is a line of a parameter report.
 bool IsParameterLine(std::string_view text);
 
-}  // namespace host
+}  // namespace gps
+
+#pragma GCC visibility pop

@@ -1,9 +1,9 @@
-#include "host/line/sentences.h"
+#include "gpsengine/sentences/sentencefinder.h"
 
 #include <algorithm>
 #include <iterator>
 
-namespace host {
+namespace gps {
 
 namespace {
 
@@ -36,4 +36,4 @@ bool SentenceFinder::Next(char c) {
   return false;
 }
 
-}  // namespace host
+}  // namespace gps
