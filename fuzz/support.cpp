@@ -170,15 +170,10 @@ void Rig::Feed(std::string_view bytes) {
   window.Drain();
 }
 
-std::string OwnFolder() {
-  return std::filesystem::read_symlink("/proc/self/exe").parent_path() / "";
-}
-
 std::string WriteFile(const std::string& strName, std::string_view content) {
-  static const std::string folder = OwnFolder();
-  std::ofstream(folder + strName, std::ios::binary)
-      .write(content.data(), static_cast<std::streamsize>(content.size()));
-  return folder + strName;
+  static const auto folder = std::filesystem::read_symlink("/proc/self/exe").parent_path();
+  std::ofstream(folder / strName, std::ios::binary) << content;
+  return folder / strName;
 }
 
 namespace {

@@ -56,17 +56,16 @@ class CorrectionsTest : public testing::Test {
 
   void Begin(const std::string& source, bool open = true) {
     options_.source = source;
-    link_.emplace(
-        options_, [this](std::string_view bytes) { return OnWrite(bytes); }, limits_);
+    const auto write = [this](std::string_view bytes) {
+      const std::lock_guard lock(mutex_);
+      received_ += bytes;
+      news_.notify_all();
+      return bytes.size();
+    };
+    link_.emplace(options_, write, limits_);
     link_->SetPosition(kGga);
     link_->SetOpen(open);
     link_->Start();
-  }
-  std::size_t OnWrite(std::string_view bytes) {
-    const std::lock_guard lock(mutex_);
-    received_ += bytes;
-    news_.notify_all();
-    return bytes.size();
   }
   /// Waits for so many bytes, and gives those that came.
   std::string Received(std::size_t least) {

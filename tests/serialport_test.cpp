@@ -171,15 +171,12 @@ TEST_F(RehearsedPort, ReadsUntilATerminator) {
 
 TEST_F(RehearsedPort, FindsAReplyAmongOtherSentences) {
   Open();
-  const struct {
-    const char *heard, *then;  // 200 ms later
-    bool found;
-    const char* pattern = "$>JI";
-  } rows[] = {{"$GPGGA,1\r\n$>JI,", "12,3\r\n", true},
-              {"$>JE,no end", "", true},
-              {"$GPGGA,1\r\n", "", false},
-              {"x\r", "", true, ""}};
-  for (const auto& [heard, then, found, pattern] : rows) {
+  constexpr std::tuple<const char*, const char*, const char*, bool> rows[] = {
+      {"$GPGGA,1\r\n$>JI,", "12,3\r\n", "$>JI", true},
+      {"$>JE,no end", "", "$>JI", true},
+      {"$GPGGA,1\r\n", "", "$>JI", false},
+      {"x\r", "", "", true}};
+  for (const auto& [heard, then, pattern, found] : rows) {
     line.Feed(heard, 20);
     line.Feed(then, 200);
     CString text;
