@@ -76,8 +76,9 @@ TEST_F(LiveEngineTest, BringsALiveReceiversRecordsToTheWindow) {
   EXPECT_FALSE(engine.IsActive());
   terminal.Send(kGga);
   ASSERT_TRUE(engine.Resume());
-  terminal.Send(kGga);
-  EXPECT_TRUE(UntilRecords(3)) << "what came while the port was closed is purged";
+  terminal.Send(FixAt(7));
+  ASSERT_TRUE(UntilRecords(3));
+  EXPECT_EQ(window.records[2].m_dTimeOfDay, 17.0) << "what came while the port was closed is purged";
 }
 
 TEST_F(LiveEngineTest, StopsAtOnceOnASilentLineAndOnALostOne) {
