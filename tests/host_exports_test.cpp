@@ -4,6 +4,7 @@
 
 #include "host/decode.h"
 #include "simulator/simulator.h"
+#include "tests/support/complaints.h"
 #include "tests/support/program.h"
 #include "tests/support/receivertest.h"
 
@@ -241,13 +242,11 @@ TEST_F(HostExports, SayWhereNoDateIsKnown) {
        "2024-01-01"}};
   options_.exports.report = Path("html");
   for (const auto& [stream, date] : cases) {
-    std::string complaints;
-    SetComplaintHandler([&](const std::string& text) { complaints += text + '\n'; });
+    const Complaints complaints;
     Decode(stream);
-    SetComplaintHandler({});
     const bool known = *date != '\0';
-    EXPECT_EQ(Count(complaints, "no date is known for a<b>"), known ? 0 : 1) << complaints;
-    EXPECT_EQ(Count(complaints, "\n"), known ? 0 : 1) << complaints;
+    EXPECT_EQ(Count(complaints.Text(), "no date is known for a<b>"), known ? 0 : 1);
+    EXPECT_EQ(Count(complaints.Text(), "\n"), known ? 0 : 1) << complaints.Text();
     EXPECT_EQ(Has(Export("html"), "The date is not known"), !known);
     EXPECT_TRUE(Has(Export("csv"), std::string("\n") + date));
   }
