@@ -5,6 +5,7 @@
 #include "gpsengine/face/commands.h"
 #include "gpsengine/face/decode.h"
 #include "gpsengine/face/receiver.h"
+#include "gpsengine/face/stopclock.h"
 #include "tests/support/pseudoterminal.h"
 #include "tests/support/receivertest.h"
 #include "tests/support/scriptedline.h"
@@ -223,8 +224,11 @@ TEST(FaceLive, CommandsAndEndsWithItsLine) {
                   "3 cannot open /dev/no-such: No such file or directory"));
   EXPECT_TRUE(Has(ErrorOf([] { gps::Receiver(gps::ReceiverOptions{}); }), "2 no port is named"));
   std::optional<gps::Receiver> receiver;
-  receiver.emplace(gps::ReceiverOptions{.model = "Ashtech", .port = terminal.Name()});
+  MapComPort(1, "/dev/the-hosts");
+  receiver.emplace(gps::ReceiverOptions{
+      .model = "Ashtech", .port = terminal.Name(), .baud = 19200, .antenna_height = 2.0});
   terminal.Receive(1000, 50ms);
+  EXPECT_EQ(terminal.Speed(), 19200);
   receiver->command("send", {"$PASHQ,PRT"});
   EXPECT_EQ(terminal.Receive(12), "$PASHQ,PRT\r\n");
   EXPECT_TRUE(
@@ -240,14 +244,16 @@ TEST(FaceLive, CommandsAndEndsWithItsLine) {
   auto fixes = receiver->fixes(kLong);
   auto skies = receiver->satellites(kLong);
   terminal.Send(Gga("123519") + WithChecksum("$GPGSV,1,1,01,07,45,180,41"));
-  EXPECT_TRUE(fixes.next());
-  std::this_thread::sleep_for(200ms);  // until the group has come too
+  EXPECT_EQ(fixes.next()->height_msl, 543.4);
+  EXPECT_TRUE(Soon([&] { return receiver->understood() == 2; }));
   terminal.HangUp();
   EXPECT_TRUE(skies.next()) << "what would have waited for the next epoch";
   EXPECT_TRUE(Has(ErrorOf([&] { fixes.next(); }), "5 the port " + terminal.Name() + " was lost"));
   EXPECT_TRUE(Has(ErrorOf([&] { receiver->command("gga-only"); }), "5 the port"));
   receiver.reset();
   EXPECT_TRUE(Has(ErrorOf([&] { fixes.next(); }), "5 the port")) << "it outlives the receiver";
+  EXPECT_EQ(GetComPortDevice(1), "/dev/the-hosts");
+  MapComPort(1, "/dev/ttyS0");
 }
 
 TEST(FaceLive, StopsACommandInTheMidstOfAWait) {
@@ -257,4 +263,12 @@ TEST(FaceLive, StopsACommandInTheMidstOfAWait) {
   const auto command = [&] { receiver.command("set-dgps", {"lband"}, stop.get_token()); };
   const std::jthread stopping([&] { std::this_thread::sleep_for(20ms), stop.request_stop(); });
   EXPECT_LT(Took([&] { EXPECT_TRUE(Has(ErrorOf(command), "130 set-dgps")); }), 4000u) << "of five seconds";
+  // A wait for messages is one of short pieces.
+  std::stop_source other;
+  gps::StopClock clock(other.get_token());
+  int pieces = 0;
+  const auto block = [&](DWORD) { return ++pieces == 2 && other.request_stop() && false; };
+  EXPECT_FALSE(clock.Wait(WaitKind::message, 5000, block));
+  EXPECT_EQ(pieces, 2);
+  EXPECT_TRUE(clock.Wait(WaitKind::message, 5000, [](DWORD ms) { return ms <= 50; }));
 }
