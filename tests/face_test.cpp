@@ -6,6 +6,7 @@
 #include "gpsengine/face/decode.h"
 #include "gpsengine/face/receiver.h"
 #include "gpsengine/face/stopclock.h"
+#include "tests/support/blocks.h"
 #include "tests/support/pseudoterminal.h"
 #include "tests/support/receivertest.h"
 #include "tests/support/scriptedline.h"
@@ -106,17 +107,29 @@ TEST(Face, DecodesAFileAStreamAndATextLogAlike) {
   EXPECT_EQ(gps::decode(BytesOf(bytes)).fixes(stop.get_token()).next(), std::nullopt);
 }
 
+TEST(Face, GivesRawDataOfBlocks) {
+  const std::string blocks[] = {Blocks(kObservations[1], 2)[0], Blocks(kEphemerides[1], 2)[0]};
+  const std::string bytes = blocks[0] + blocks[1];
+  std::string told;
+  for (const gps::Raw& raw : gps::decode(BytesOf(bytes), {.model = "gsr2650 lb"}).raw()) {
+    EXPECT_EQ(2 * raw.words.size(), blocks[raw.epoch ? 0 : 1].size());
+    told += raw.name + (raw.epoch ? " epoch " : "") + (raw.ephemeris ? " ephemeris" : "");
+  }
+  EXPECT_EQ(told, "OEM 43 epoch OEM 41 ephemeris");
+}
+
 TEST(Face, GivesAnAshtechsRawDataAsTheOthers) {
   std::string bytes = Snv().Message() + "\n";
   for (int prn = 1; prn <= 4; ++prn)
     bytes += Mbn{.prn = prn, .toFollow = 4 - prn, .range = 0.07}.Message() + "\n";
-  bytes += Pbn().Message() + "\n";
+  bytes += Pbn{.milliseconds = 5000}.Message() + "\n";
   std::vector<gps::Raw> all;
   for (const gps::Raw& raw : gps::decode(BytesOf(bytes), {.model = "Ashtech"}).raw()) all.push_back(raw);
   ASSERT_EQ(all.size(), 2u);
   EXPECT_EQ(all[0].name, "SNV");
   EXPECT_EQ(all[0].ephemeris->orbit.m_nPRN, 9);
   EXPECT_EQ(all[1].name, "MBN");
+  EXPECT_EQ(all[1].epoch->week + all[1].epoch->time_of_week, 1455.0);
   EXPECT_EQ(all[1].epoch->signals.size(), 4u);
   EXPECT_EQ(all[1].epoch->signals[3].satellite, 4);
 }
@@ -250,6 +263,7 @@ TEST(FaceLive, CommandsAndEndsWithItsLine) {
   EXPECT_TRUE(skies.next()) << "what would have waited for the next epoch";
   EXPECT_TRUE(Has(ErrorOf([&] { fixes.next(); }), "5 the port " + terminal.Name() + " was lost"));
   EXPECT_TRUE(Has(ErrorOf([&] { receiver->command("gga-only"); }), "5 the port"));
+  EXPECT_TRUE(Has(ErrorOf([&] { receiver->drain([](const gps::Record&) {}); }), "5 the port"));
   receiver.reset();
   EXPECT_TRUE(Has(ErrorOf([&] { fixes.next(); }), "5 the port")) << "it outlives the receiver";
   EXPECT_EQ(GetComPortDevice(1), "/dev/the-hosts");

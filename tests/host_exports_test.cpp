@@ -96,13 +96,15 @@ TEST_F(HostExports, JoinsTheSentencesOfAnEpochAndSplitsATrackAtAGap) {
   Decode(kDate + FixOf("235959") +
          WithChecksum("$INGGA,235959,4807.038,N,01131.000,E,1,08,0.9,545.4,M,46.9,M,,") + FixOf("000000.50") +
          FixOf("000001", "4807.038", 0) + FixOf("000002") + FixOf("000100") + FixOf("000101", "9907.038") +
-         FixOf("000059"));
+         WithChecksum("$GPGGA,000102,4807.038,N,01131.000,E,1,08,0.9,1e9,M,46.9,M,,") + FixOf("000059") +
+         FixOf("000104") + FixOf("000119") + FixOf("000220"));
   ExpectWellFormed();
   const auto rows = Table(Export("csv"));
-  ASSERT_EQ(rows.size(), 5u);
+  ASSERT_EQ(rows.size(), 8u);
   const char* times[] = {"2023-12-31T23:59:59.000Z", "2024-01-01T00:00:00.500Z", "2024-01-01T00:00:02.000Z",
-                         "2024-01-01T00:01:00.000Z", "2024-01-01T00:00:59.000Z"};
-  const char* segments[] = {"1", "1", "2", "3", "4"};
+                         "2024-01-01T00:01:00.000Z", "2024-01-01T00:00:59.000Z", "2024-01-01T00:01:04.000Z",
+                         "2024-01-01T00:01:19.000Z", "2024-01-01T00:02:20.000Z"};
+  const char* segments[] = {"1", "1", "2", "3", "4", "4", "4", "5"};
   for (std::size_t i = 0; i < rows.size(); ++i) {
     EXPECT_EQ(rows[i].at("time"), times[i]);
     EXPECT_EQ(rows[i].at("segment"), segments[i]);
@@ -112,7 +114,7 @@ TEST_F(HostExports, JoinsTheSentencesOfAnEpochAndSplitsATrackAtAGap) {
             "48.117300000 11.516666667 545.400 0.90");
   for (const char* extension : {"gpx", "kml"}) {
     EXPECT_EQ(Count(Export(extension), "2023-12-31T23:59:59.000Z"), 1);
-    EXPECT_EQ(Count(Export(extension), extension[0] == 'g' ? "<trkseg>" : "<Placemark>"), 4);
+    EXPECT_EQ(Count(Export(extension), extension[0] == 'g' ? "<trkseg>" : "<Placemark>"), 5);
   }
   EXPECT_TRUE(Has(Export("gpx"), "<name>a&lt;b&gt;&amp;&quot;\xEF\xBF\xBD\xEF\xBF\xBD.log</name>"));
 }
