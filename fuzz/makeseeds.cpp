@@ -32,12 +32,7 @@ std::vector<std::string> Split(std::string_view text, std::string_view delimiter
     text.remove_prefix(pieces.back().size());
   }
 }
-std::vector<std::string> LinesOf(std::string_view text) {
-  return Split(text, "\r\n");
-}
-std::vector<std::string> WordsOf(std::string_view line) {
-  return Split(line, ",*;:= ");
-}
+constexpr std::string_view kLines = "\r\n", kWords = ",*;:= ";
 
 class Seeds {
  public:
@@ -58,27 +53,23 @@ class Seeds {
   int m_nCount = 0;
 };
 
-class Dictionary {
- public:
-  // Not what is too long for one to be found by, nor a number, of which there is no end.
-  void Add(std::string_view word) {
-    if (word.size() >= 2 && word.size() <= 40 && word.find_first_not_of("0123456789.+-") != word.npos)
-      m_Words.emplace(word);
-  }
-  void AddNumber(std::string_view number) { m_Words.emplace(number); }
-  void Write(const fs::path& path) const {
-    std::ofstream file(path);
-    file << std::hex << std::setfill('0');
-    for (const std::string& word : m_Words) {
-      file << '"';
-      for (const unsigned char c : word) file << "\\x" << std::setw(2) << static_cast<unsigned>(c);
-      file << "\"\n";
-    }
-  }
+using Dictionary = std::set<std::string>;
 
- private:
-  std::set<std::string> m_Words;
-};
+// Not what is too long for one to be found by, nor a number, of which there is no end.
+void Add(Dictionary& words, std::string_view word) {
+  if (word.size() >= 2 && word.size() <= 40 && word.find_first_not_of("0123456789.+-") != word.npos)
+    words.emplace(word);
+}
+
+void Write(const Dictionary& words, const fs::path& path) {
+  std::ofstream file(path);
+  file << std::hex << std::setfill('0');
+  for (const std::string& word : words) {
+    file << '"';
+    for (const unsigned char c : word) file << "\\x" << std::setw(2) << static_cast<unsigned>(c);
+    file << "\"\n";
+  }
+}
 
 using namespace std::string_literals;
 
@@ -98,7 +89,7 @@ void AddConversation(Seeds& seeds, char model, const Conversation& conversation)
 
 // What tells a message from others: its first word, in a maker's language its second too.
 std::string TagOf(const std::string& line) {
-  const std::vector<std::string> words = WordsOf(line);
+  const std::vector<std::string> words = Split(line, kWords);
   const bool makers = line.starts_with("$P") || line.starts_with("$>");
   return words.size() > 1 && makers ? words[0] + ',' + words[1] : words[0];
 }
@@ -106,7 +97,7 @@ std::string TagOf(const std::string& line) {
 // Up to four messages of a kind in a seed, since a group of sentences belongs together.
 void AddMessages(Seeds& seeds, const std::string& heard, std::map<std::string, int>& known) {
   std::map<std::string, std::string> bundles;
-  for (const std::string& line : LinesOf(heard)) {
+  for (const std::string& line : Split(heard, kLines)) {
     const std::string tag = TagOf(line);
     if (line.find_first_of("$#P") != 0 || ++known[tag] > 4) continue;
     bundles[tag] += kByTagAttachedRepaired + line + '\n';
@@ -151,29 +142,29 @@ int main(int argc, char** argv) {
   Seeds seeds(folder);
   Dictionary dictionary;
   for (const SentenceTable::Row& row : SentenceTable::kRows)
-    dictionary.Add(std::string(row.tag.begin(), row.tag.end()));
+    Add(dictionary, std::string(row.tag.begin(), row.tag.end()));
   for (const char* word :
        {"\xAA\x44\x12", "$BIN_", "$BIN`", "[COM1]", "QRV PAUSE", "UDF_SIGNAL_", "default,", "\r\n"})
-    dictionary.Add(word);
+    Add(dictionary, word);
   for (const char* number : {"1e308", "-1e308", "1e-320", "2147483646", "-2147483647", "4294967297", "00"})
-    dictionary.AddNumber(number);
+    dictionary.emplace(number);
 
   CWinApp app("gpsengine-fuzz");
   std::map<std::string, int> known;
   char model = 0;
   for (const auto& receiver : MakeReceivers()) {
     const Conversation conversation = Talk(*receiver);
-    for (const std::string& line : LinesOf(conversation.said)) dictionary.Add(line);
-    for (const std::string& line : LinesOf(conversation.heard))
-      for (const std::string& word : WordsOf(line))
+    for (const std::string& line : Split(conversation.said, kLines)) Add(dictionary, line);
+    for (const std::string& line : Split(conversation.heard, kLines))
+      for (const std::string& word : Split(line, kWords))
         if (std::all_of(word.begin(), word.end(), [](char c) { return c > ' ' && c < 127; }))
-          dictionary.Add(word);
+          Add(dictionary, word);
     AddConversation(seeds, model++, conversation);
     AddMessages(seeds, conversation.heard, known);
     if (receiver->GetName() == "Other") AddFiles(seeds, conversation.heard);
   }
   AddBlocks(seeds);
-  dictionary.Write(folder / "gps.dict");
+  Write(dictionary, folder / "gps.dict");
   std::printf("%d seeds in %s\n", seeds.Count(), argv[1]);
   return 0;
 }

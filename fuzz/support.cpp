@@ -100,6 +100,34 @@ void CheckText(const CString& text) {
   Require(text.Find(u'\0') < 0, "the text of a message ends at a zero");
 }
 
+void RepairSentence(std::uint8_t* pData, std::size_t nSize) {
+  constexpr char kHex[] = "0123456789ABCDEF";
+  unsigned sum = 0;
+  for (std::size_t i = 1; i + 2 < nSize && pData[i] != '$' && pData[i] != '\r'; ++i) {
+    if (pData[i] == '*') {
+      pData[i + 1] = static_cast<std::uint8_t>(kHex[sum >> 4 & 15]);
+      pData[i + 2] = static_cast<std::uint8_t>(kHex[sum & 15]);
+      return;
+    }
+    sum ^= pData[i];
+  }
+}
+
+// The record's payload of so many bytes ends with the sum of the words ahead.
+void RepairRecord(std::uint8_t* pPayload, std::size_t nPayload) {
+  unsigned sum = 0;
+  for (std::size_t i = 0; i + 2 < nPayload; i += 2)
+    sum += static_cast<unsigned>(pPayload[i] << 8 | pPayload[i + 1]);
+  pPayload[nPayload - 2] = static_cast<std::uint8_t>(sum >> 8);
+  pPayload[nPayload - 1] = static_cast<std::uint8_t>(sum);
+}
+
+struct RecordKind {
+  std::string_view head;
+  std::size_t nPayload;
+};
+constexpr RecordKind kRecordKinds[] = {{"$PASHR,MBN,", 42}, {"$PASHR,PBN,", 56}, {"$PASHR,SNV,", 132}};
+
 }  // namespace
 
 LRESULT CheckingWindow::WindowProc(UINT message, WPARAM wParam, LPARAM lParam) {
@@ -170,48 +198,11 @@ void Rig::Feed(std::string_view bytes) {
   window.Drain();
 }
 
-std::string OwnFolder() {
-  return std::filesystem::read_symlink("/proc/self/exe").parent_path() / "";
-}
-
 std::string WriteFile(const std::string& strName, std::string_view content) {
-  static const std::string folder = OwnFolder();
-  std::ofstream(folder + strName, std::ios::binary)
-      .write(content.data(), static_cast<std::streamsize>(content.size()));
-  return folder + strName;
+  static const auto folder = std::filesystem::read_symlink("/proc/self/exe").parent_path();
+  std::ofstream(folder / strName, std::ios::binary) << content;
+  return folder / strName;
 }
-
-namespace {
-
-void RepairSentence(std::uint8_t* pData, std::size_t nSize) {
-  constexpr char kHex[] = "0123456789ABCDEF";
-  unsigned sum = 0;
-  for (std::size_t i = 1; i + 2 < nSize && pData[i] != '$' && pData[i] != '\r'; ++i) {
-    if (pData[i] == '*') {
-      pData[i + 1] = static_cast<std::uint8_t>(kHex[sum >> 4 & 15]);
-      pData[i + 2] = static_cast<std::uint8_t>(kHex[sum & 15]);
-      return;
-    }
-    sum ^= pData[i];
-  }
-}
-
-// The record's payload of so many bytes ends with the sum of the words ahead.
-void RepairRecord(std::uint8_t* pPayload, std::size_t nPayload) {
-  unsigned sum = 0;
-  for (std::size_t i = 0; i + 2 < nPayload; i += 2)
-    sum += static_cast<unsigned>(pPayload[i] << 8 | pPayload[i + 1]);
-  pPayload[nPayload - 2] = static_cast<std::uint8_t>(sum >> 8);
-  pPayload[nPayload - 1] = static_cast<std::uint8_t>(sum);
-}
-
-struct RecordKind {
-  std::string_view head;
-  std::size_t nPayload;
-};
-constexpr RecordKind kRecordKinds[] = {{"$PASHR,MBN,", 42}, {"$PASHR,PBN,", 56}, {"$PASHR,SNV,", 132}};
-
-}  // namespace
 
 void RepairChecksums(std::uint8_t* pData, std::size_t nSize) {
   for (std::size_t i = 0; i < nSize; ++i) {

@@ -84,9 +84,7 @@ class Rig {
   Rig() { app.SetMainWnd(&window); }
 };
 
-/// The folder of this program, with its separator. Each target has one of its own.
-std::string OwnFolder();
-/// Writes a file again; gives its path.
+/// Writes a file beside this program again; gives its path. Each target has a folder of its own.
 std::string WriteFile(const std::string& strName, std::string_view content);
 
 /// Gives the sentences and binary records in the bytes their right checksums, so that mutated ones reach

@@ -71,9 +71,6 @@ constexpr auto kMotion = "$GPVTG,84.4,T,,M,22.4,N,41.5,K";
 const auto reset = [](auto& r) { return r.ResetAll(false); };
 const auto resetWithAck = [](auto& r) { return r.ResetAll(true); };
 const auto start = [](auto& r) { return r.Initialize(); };
-auto Source(int mode) {
-  return [mode](auto& r) { r.SetDgpsMode(static_cast<DgpsMode>(mode)); };
-}
 auto Raw(bool bOn) {
   return [bOn](auto& r) { return r.EnablePostProcessing(bOn); };
 }
@@ -174,7 +171,7 @@ TEST_F(CsiDriver, OpensThePortForAResetAndFailsIfItCannot) {
 TEST_F(SirfDriver, NamesItsBaudRateInBothDirections) {
   app.SetProfilePath("/proc/nowhere/host.ini");  // where nothing is kept
   receiver.SaveDifferentSettings(115200);
-  const std::string steps = Steps(Source(DGPS_MODE_NONE));
+  const std::string steps = Steps([](auto& r) { r.SetDgpsMode(DGPS_MODE_NONE); });
   EXPECT_NE(steps.find(R"(write "$PSRF100,0,115200,8,1,0*04\r\n"; wait 3000)"), std::string::npos) << steps;
   EXPECT_NE(steps.find("C2000145B0B3"), std::string::npos) << steps;
   EXPECT_TRUE(Steps(resetWithAck).ends_with("result true"));

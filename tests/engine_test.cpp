@@ -80,17 +80,29 @@ TEST_F(LiveEngineTest, BringsALiveReceiversRecordsToTheWindow) {
   EXPECT_FALSE(engine.IsActive());
   terminal.Send(kGga);
   ASSERT_TRUE(engine.Resume());
-  terminal.Send(kGga);
-  EXPECT_TRUE(UntilRecords(3)) << "what came while the port was closed is purged";
+  terminal.Send(FixAt(7));
+  ASSERT_TRUE(UntilRecords(3));
+  EXPECT_EQ(window.records[2].m_dTimeOfDay, 17.0) << "what came while the port was closed is purged";
 }
 
+// Keeps its line alive, and clears on the host's thread what it has asked for.
+class Talker : public Cgsr2650lb {
+ public:
+  CString GetName() override { return "Talker"; }
+  bool Initialize() override { return CGPSReceiver::Initialize(); }
+  void KeepAlive() override { Send("ALIVE"); }
+};
+
 TEST_F(LiveEngineTest, StopsAtOnceOnASilentLineAndOnALostOne) {
+  engine.AddReceiver(new Talker);
+  Select("Talker");
   for (const bool lost : {false, true}) {
     ASSERT_TRUE(engine.Start());
     if (lost) terminal.HangUp();
     Sleep(lost ? 250 : 30);
     EXPECT_TRUE(engine.IsActive()) << "a lost port is a silent line";
     EXPECT_LT(Took([this] { engine.Stop(); }), 500u);
+    EXPECT_TRUE(lost || terminal.Receive(1, std::chrono::milliseconds(20)).empty()) << "no keep-alive";
   }
 }
 
@@ -154,14 +166,6 @@ TEST_F(PlaybackTest, NamesTheFileThatItCannotPlayAndStops) {
   EXPECT_EQ(boxes, std::vector<std::string>{"Unable to open the emulation file: '" + (folder / "") +
                                             "Emulation.log'."});
 }
-
-// Keeps its line alive, and clears on the host's thread what it has asked for.
-class Talker : public Cgsr2650lb {
- public:
-  CString GetName() override { return "Talker"; }
-  bool Initialize() override { return CGPSReceiver::Initialize(); }
-  void KeepAlive() override { Send("ALIVE"); }
-};
 
 TEST_F(LiveEngineTest, CommandsWhileItReadsAndKeepsTheLineAlive) {
   engine.AddReceiver(new Talker);

@@ -5,6 +5,8 @@
 #include "gpsengine/face/commands.h"
 #include "gpsengine/face/decode.h"
 #include "gpsengine/face/receiver.h"
+#include "gpsengine/face/stopclock.h"
+#include "tests/support/blocks.h"
 #include "tests/support/pseudoterminal.h"
 #include "tests/support/receivertest.h"
 #include "tests/support/scriptedline.h"
@@ -118,17 +120,29 @@ TEST(Face, DecodesAFileAStreamAndATextLogAlike) {
   EXPECT_EQ(gps::decode(BytesOf(bytes)).fixes(stop.get_token()).next(), std::nullopt);
 }
 
+TEST(Face, GivesRawDataOfBlocks) {
+  const std::string blocks[] = {Blocks(kObservations[1], 2)[0], Blocks(kEphemerides[1], 2)[0]};
+  const std::string bytes = blocks[0] + blocks[1];
+  std::string told;
+  for (const gps::Raw& raw : gps::decode(BytesOf(bytes), {.model = "gsr2650 lb"}).raw()) {
+    EXPECT_EQ(2 * raw.words.size(), blocks[raw.epoch ? 0 : 1].size());
+    told += raw.name + (raw.epoch ? " epoch " : "") + (raw.ephemeris ? " ephemeris" : "");
+  }
+  EXPECT_EQ(told, "OEM 43 epoch OEM 41 ephemeris");
+}
+
 TEST(Face, GivesAnAshtechsRawDataAsTheOthers) {
   std::string bytes = Snv().Message() + "\n";
   for (int prn = 1; prn <= 4; ++prn)
     bytes += Mbn{.prn = prn, .toFollow = 4 - prn, .range = 0.07}.Message() + "\n";
-  bytes += Pbn().Message() + "\n";
+  bytes += Pbn{.milliseconds = 5000}.Message() + "\n";
   std::vector<gps::Raw> all;
   for (const gps::Raw& raw : gps::decode(BytesOf(bytes), {.model = "Ashtech"}).raw()) all.push_back(raw);
   ASSERT_EQ(all.size(), 2u);
   EXPECT_EQ(all[0].name, "SNV");
   EXPECT_EQ(all[0].ephemeris->orbit.m_nPRN, 9);
   EXPECT_EQ(all[1].name, "MBN");
+  EXPECT_EQ(all[1].epoch->week + all[1].epoch->time_of_week, 1455.0);
   EXPECT_EQ(all[1].epoch->signals.size(), 4u);
   EXPECT_EQ(all[1].epoch->signals[3].satellite, 4);
 }
@@ -278,8 +292,11 @@ TEST(FaceLive, CommandsAndEndsWithItsLine) {
   EXPECT_EQ(ErrorOf([] { gps::Receiver(gps::ReceiverOptions{}); }),
             "2 no port is named, and no line in its place: .port = \"/dev/ttyUSB0\"");
   std::optional<gps::Receiver> receiver;
-  receiver.emplace(gps::ReceiverOptions{.model = "Ashtech", .port = terminal.Name()});
+  MapComPort(1, "/dev/the-hosts");
+  receiver.emplace(gps::ReceiverOptions{
+      .model = "Ashtech", .port = terminal.Name(), .baud = 19200, .antenna_height = 2.0});
   terminal.Receive(1000, 50ms);
+  EXPECT_EQ(terminal.Speed(), 19200);
   receiver->command("send", {"$PASHQ,PRT"});
   EXPECT_EQ(terminal.Receive(12), "$PASHQ,PRT\r\n");
   EXPECT_TRUE(
@@ -303,7 +320,8 @@ TEST(FaceLive, CommandsAndEndsWithItsLine) {
   auto fixes = receiver->fixes(kLong);
   auto skies = receiver->satellites(kLong);
   terminal.Send(Gga("123519") + WithChecksum("$GPGSV,1,1,01,07,45,180,41"));
-  EXPECT_TRUE(fixes.next());
+  EXPECT_EQ(fixes.next()->height_msl, 543.4);
+  EXPECT_TRUE(Soon([&] { return receiver->understood() == 2; }));
   terminal.HangUp();
   EXPECT_EQ(
       ErrorOf([&] { fixes.next(); }),
@@ -311,8 +329,11 @@ TEST(FaceLive, CommandsAndEndsWithItsLine) {
           " was lost: it was unplugged, or the other side hung up. Plug it in again and start once more");
   EXPECT_TRUE(skies.next()) << "those that waited for more of their epoch";
   EXPECT_TRUE(Has(ErrorOf([&] { receiver->command("gga-only"); }), "5 the port"));
+  EXPECT_TRUE(Has(ErrorOf([&] { receiver->drain([](const gps::Record&) {}); }), "5 the port"));
   receiver.reset();
   EXPECT_TRUE(Has(ErrorOf([&] { fixes.next(); }), "5 the port")) << "it outlives the receiver";
+  EXPECT_EQ(GetComPortDevice(1), "/dev/the-hosts");
+  MapComPort(1, "/dev/ttyS0");
 }
 
 TEST(FaceLive, StopsACommandInTheMidstOfAWait) {
@@ -322,4 +343,12 @@ TEST(FaceLive, StopsACommandInTheMidstOfAWait) {
   const auto command = [&] { receiver.command("set-dgps", {"lband"}, stop.get_token()); };
   const std::jthread stopping([&] { std::this_thread::sleep_for(20ms), stop.request_stop(); });
   EXPECT_LT(Took([&] { EXPECT_TRUE(Has(ErrorOf(command), "130 set-dgps")); }), 4000u) << "of five seconds";
+  // A wait for messages is one of short pieces.
+  std::stop_source other;
+  gps::StopClock clock(other.get_token());
+  int pieces = 0;
+  const auto block = [&](DWORD) { return ++pieces == 2 && other.request_stop() && false; };
+  EXPECT_FALSE(clock.Wait(WaitKind::message, 5000, block));
+  EXPECT_EQ(pieces, 2);
+  EXPECT_TRUE(clock.Wait(WaitKind::message, 5000, [](DWORD ms) { return ms <= 50; }));
 }

@@ -5,8 +5,8 @@
 #include "host/corrections/link.h"
 #include "host/corrections/sourcetable.h"
 #include "host/line/observer.h"
-#include "host/run/failure.h"
 #include "tests/support/caster.h"
+#include "tests/support/complaints.h"
 #include "tests/support/program.h"
 #include "tests/support/pseudoterminal.h"
 #include "tests/support/receivertest.h"
@@ -41,32 +41,25 @@ class CorrectionsTest : public testing::Test {
     if (NetworkVersion() == "without libcurl") GTEST_SKIP() << "built without libcurl4-openssl-dev";
     limits_.first_pause = 5ms;
     limits_.longest_pause = 20ms;
-    SetComplaintHandler([this](const std::string& text) {
-      const std::lock_guard lock(mutex_);
-      told_ += text + '\n';
-      news_.notify_all();
-    });
     setenv("GPSENGINE_CORRECTIONS_PASSWORD", "secret", 1);
   }
   void TearDown() override {
     link_.reset();
-    SetComplaintHandler({});
     unsetenv("GPSENGINE_CORRECTIONS_PASSWORD");
   }
 
   void Begin(const std::string& source, bool open = true) {
     options_.source = source;
-    link_.emplace(
-        options_, [this](std::string_view bytes) { return OnWrite(bytes); }, limits_);
+    const auto write = [this](std::string_view bytes) {
+      const std::lock_guard lock(mutex_);
+      received_ += bytes;
+      news_.notify_all();
+      return bytes.size();
+    };
+    link_.emplace(options_, write, limits_);
     link_->SetPosition(kGga);
     link_->SetOpen(open);
     link_->Start();
-  }
-  std::size_t OnWrite(std::string_view bytes) {
-    const std::lock_guard lock(mutex_);
-    received_ += bytes;
-    news_.notify_all();
-    return bytes.size();
   }
   /// Waits for at least that many bytes, and gives those that came.
   std::string Received(std::size_t least) {
@@ -74,16 +67,13 @@ class CorrectionsTest : public testing::Test {
     news_.wait_for(lock, 10s, [&] { return received_.size() >= least; });
     return received_;
   }
-  void ExpectTold(const std::string& part) {
-    std::unique_lock lock(mutex_);
-    EXPECT_TRUE(news_.wait_for(lock, 10s, [&] { return told_.find(part) != told_.npos; })) << told_;
-  }
 
   CorrectionOptions options_;
   CorrectionLink::Limits limits_;
   std::mutex mutex_;
   std::condition_variable news_;
-  std::string received_, told_;
+  std::string received_;
+  std::optional<Complaints> complaints_{std::in_place};
   std::optional<CorrectionLink> link_;
 };
 
@@ -177,7 +167,7 @@ TEST_F(CorrectionsTest, OfTheFirstVersionPassAndThePositionGoesUp) {
     EXPECT_EQ(Count(request, "Transfer-Encoding") + Count(request, "Expect"), 0);
     EXPECT_EQ(position, kGga);
   }
-  EXPECT_EQ(told_, "");
+  EXPECT_EQ(complaints_->Text(), "");
 }
 
 TEST_F(CorrectionsTest, OfTheSecondVersionPassAndComeAgainWhenTheyWereLost) {
@@ -200,8 +190,9 @@ TEST_F(CorrectionsTest, OfTheSecondVersionPassAndComeAgainWhenTheyWereLost) {
   EXPECT_EQ(Received(2 * first.size() + second.size()), first + second + first);
   EXPECT_TRUE(Soon([&] { return link_->Status().connections == 3; }));
   link_->Stop();
-  EXPECT_EQ(Count(told_, "it is tried again"), 2) << told_;
-  EXPECT_EQ(Count(told_, "come again"), 2) << told_;
+  const std::string said = complaints_->Text();
+  EXPECT_EQ(Count(said, "it is tried again"), 2) << said;
+  EXPECT_EQ(Count(said, "come again"), 2) << said;
 }
 
 TEST_F(CorrectionsTest, RefusalsAreToldOnceWithWhatToDo) {
@@ -223,15 +214,15 @@ TEST_F(CorrectionsTest, RefusalsAreToldOnceWithWhatToDo) {
       peer.ReceiveUntil("\r\n\r\n");
       peer.Send(answer);
     });
-    told_.clear();
+    complaints_.emplace();
     Begin("ntrip://me@" + caster.Address() + "/BASE");
-    ExpectTold(told);
+    EXPECT_TRUE(complaints_->Tell(told));
     const bool again = state == CorrectionStatus::State::waiting;
     EXPECT_TRUE(Soon([&] { return !again || caster.Connections() >= 3; }));
     link_->Stop();
     EXPECT_EQ(link_->Status().state, state) << answer;
-    EXPECT_EQ(Count(told_, "\n"), 1) << told_;
-    EXPECT_EQ(Count(told_, "secret"), 0);
+    EXPECT_EQ(Count(complaints_->Text(), "\n"), 1) << complaints_->Text();
+    EXPECT_EQ(Count(complaints_->Text(), "secret"), 0);
     EXPECT_EQ(Received(0), "");
   }
 }
@@ -256,9 +247,9 @@ TEST_F(CorrectionsTest, BadCastersAreSurvived) {
       for (int i = 0; !many.empty() && i < 200 && peer.Send(many); ++i) continue;
       peer.Hold();
     });
-    told_.clear();
+    complaints_.emplace();
     Begin(std::string(scheme) + "://" + caster.Address() + (*scheme == 't' ? "" : "/BASE"), /*open=*/false);
-    ExpectTold(told);
+    EXPECT_TRUE(complaints_->Tell(told));
     link_.reset();
   }
 }
@@ -297,7 +288,7 @@ TEST_F(CorrectionsTest, OfAFileWaitForTheLine) {
   WriteFile(folder / "base.rtcm", stream);
   Begin(folder / "base.rtcm");
   EXPECT_EQ(Received(stream.size()), stream);
-  ExpectTold("at its end");
+  EXPECT_TRUE(complaints_->Tell("at its end"));
 }
 
 // The terminal holds less than each of both writes, so that they would mix.

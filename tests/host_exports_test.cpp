@@ -4,6 +4,7 @@
 
 #include "host/decode.h"
 #include "simulator/simulator.h"
+#include "tests/support/complaints.h"
 #include "tests/support/program.h"
 #include "tests/support/receivertest.h"
 
@@ -62,9 +63,6 @@ class HostExports : public testing::Test {
     Output output(nowhere.Get());
     EXPECT_EQ(host::Decode(options_, interrupt_, output), ExitCode::done);
   }
-  testing::AssertionResult Contains(const std::string& extension, const std::string& text) const {
-    return Has(Export(extension), text);
-  }
   void ExpectWellFormed() const {
     for (const char* extension : {"gpx", "kml"}) EXPECT_EQ(UnclosedTag(Export(extension)), "") << extension;
   }
@@ -98,13 +96,15 @@ TEST_F(HostExports, JoinsTheSentencesOfAnEpochAndSplitsATrackAtAGap) {
   Decode(kDate + FixOf("235959") +
          WithChecksum("$INGGA,235959,4807.038,N,01131.000,E,1,08,0.9,545.4,M,46.9,M,,") + FixOf("000000.50") +
          FixOf("000001", "4807.038", 0) + FixOf("000002") + FixOf("000100") + FixOf("000101", "9907.038") +
-         FixOf("000059"));
+         WithChecksum("$GPGGA,000102,4807.038,N,01131.000,E,1,08,0.9,1e9,M,46.9,M,,") + FixOf("000059") +
+         FixOf("000104") + FixOf("000119") + FixOf("000220"));
   ExpectWellFormed();
   const auto rows = Table(Export("csv"));
-  ASSERT_EQ(rows.size(), 5u) << Export("csv");
+  ASSERT_EQ(rows.size(), 8u);
   const char* times[] = {"2023-12-31T23:59:59.000Z", "2024-01-01T00:00:00.500Z", "2024-01-01T00:00:02.000Z",
-                         "2024-01-01T00:01:00.000Z", "2024-01-01T00:00:59.000Z"};
-  const char* segments[] = {"1", "1", "2", "3", "4"};
+                         "2024-01-01T00:01:00.000Z", "2024-01-01T00:00:59.000Z", "2024-01-01T00:01:04.000Z",
+                         "2024-01-01T00:01:19.000Z", "2024-01-01T00:02:20.000Z"};
+  const char* segments[] = {"1", "1", "2", "3", "4", "4", "4", "5"};
   for (std::size_t i = 0; i < rows.size(); ++i) {
     EXPECT_EQ(rows[i].at("time"), times[i]);
     EXPECT_EQ(rows[i].at("segment"), segments[i]);
@@ -114,7 +114,7 @@ TEST_F(HostExports, JoinsTheSentencesOfAnEpochAndSplitsATrackAtAGap) {
             "48.117300000 11.516666667 545.400 0.90");
   for (const char* extension : {"gpx", "kml"}) {
     EXPECT_EQ(Count(Export(extension), "2023-12-31T23:59:59.000Z"), 1);
-    EXPECT_EQ(Count(Export(extension), extension[0] == 'g' ? "<trkseg>" : "<Placemark>"), 4);
+    EXPECT_EQ(Count(Export(extension), extension[0] == 'g' ? "<trkseg>" : "<Placemark>"), 5);
   }
   EXPECT_TRUE(Has(Export("gpx"), "<name>a&lt;b&gt;&amp;&quot;\xEF\xBF\xBD\xEF\xBF\xBD.log</name>"));
 }
@@ -140,7 +140,8 @@ TEST_F(HostExports, TellsEastingsAndNorthingsInMetres) {
   options_.display.projection = std::make_shared<Projection>("utm");
   Decode(kDate + WithChecksum("$GPGGA,000001,4807.038,N,01159.999,E,1,08,0.9,545.4,M,46.9,M,,") +
          WithChecksum("$GPGGA,000002,4807.038,N,01200.002,E,1,08,0.9,545.4,M,46.9,M,,"));
-  EXPECT_TRUE(Contains("html", "<th>Mean easting, EPSG:32632</th>")) << "the zone is that of the first fix";
+  EXPECT_TRUE(Has(Export("html"), "<th>Mean easting, EPSG:32632</th>"))
+      << "the zone is that of the first fix";
   Projection zones("utm");
   EXPECT_NEAR(zones.Of(60.0, 4.0)->easting, 221'288.770, 0.001) << "the zone is wider at Norway";
 }
@@ -201,35 +202,34 @@ TEST_F(HostExports, TellHeightsForWhatTheyAre) {
     ASSERT_EQ(rows.size(), 2u);
     EXPECT_EQ(rows[0].at(column), height);
     EXPECT_EQ(rows[1].at(column), height_alone);
-    EXPECT_TRUE(Contains("nmea", std::string(",0.90,") + msl + ",M,46.900,M,2.5,0120*")) << Export("nmea");
-    EXPECT_TRUE(Contains("nmea", std::string(",0.90,") + msl_alone + ",M,,M,,*")) << Export("nmea");
-    EXPECT_TRUE(Contains("gpx", std::string("<ele>") + msl + "</ele>"));
+    EXPECT_TRUE(Has(Export("nmea"), std::string(",0.90,") + msl + ",M,46.900,M,2.5,0120*"));
+    EXPECT_TRUE(Has(Export("nmea"), std::string(",0.90,") + msl_alone + ",M,,M,,*"));
+    EXPECT_TRUE(Has(Export("gpx"), std::string("<ele>") + msl + "</ele>"));
     EXPECT_EQ(Count(Export("gpx"), "<ele>"), *msl_alone == '\0' ? 1 : 2);
-    EXPECT_TRUE(Contains("kml", std::string(" ") + msl + "</gx:coord>"));
+    EXPECT_TRUE(Has(Export("kml"), std::string(" ") + msl + "</gx:coord>"));
     EXPECT_EQ(Count(Export("kml"), "absolute"), 1);
     // Above the ellipsoid, with the separation that was stated last where a whole file states what it means.
     const std::string ellipsoid = geoid == Geoid::subtract ? "545.4000" : "592.3000";
-    EXPECT_TRUE(Contains("pos", "WGS84/ellipsoidal")) << Export("pos");
-    EXPECT_EQ(Count(Export("pos"), ' ' + ellipsoid + ' '), *msl_alone == '\0' ? 1 : 2) << Export("pos");
-    EXPECT_TRUE(Contains("geojson", "[11.516666667,48.117300000," + ellipsoid.substr(0, 7) + "]},"));
-    EXPECT_TRUE(Contains("geojson", "[11.516666667,48.117300000]},")) << Export("geojson");
+    EXPECT_TRUE(Has(Export("pos"), "WGS84/ellipsoidal"));
+    EXPECT_EQ(Count(Export("pos"), ' ' + ellipsoid + ' '), *msl_alone == '\0' ? 1 : 2);
+    EXPECT_TRUE(Has(Export("geojson"), "[11.516666667,48.117300000," + ellipsoid.substr(0, 7) + "]},"));
+    EXPECT_TRUE(Has(Export("geojson"), "[11.516666667,48.117300000]},"));
   }
 }
 
 TEST_F(HostExports, WriteWhatRtklibAndMapsRead) {
   Decode(kDate + WithChecksum("$GPGGA,235959.5,4807.038,S,01131.000,W,4,08,0.9,545.4,M,46.9,M,2.5,0120") +
          FixOf("000001", "4807.038", 5));
-  EXPECT_TRUE(Contains(
-      "pos", "\n2023/12/31 23:59:59.500  -48.117300000  -11.516666667   592.3000   1   8   0.0000 "));
-  EXPECT_TRUE(Contains(
-      "pos", "\n2024/01/01 00:00:01.000   48.117300000   11.516666667   592.3000   2   8   0.0000 "));
-  EXPECT_TRUE(Contains("pos", "   0.0000   2.50    0.0\n"));
-  EXPECT_TRUE(Contains(
-      "geojson",
+  EXPECT_TRUE(Has(Export("pos"),
+                  "\n2023/12/31 23:59:59.500  -48.117300000  -11.516666667   592.3000   1   8   0.0000 "));
+  EXPECT_TRUE(Has(Export("pos"),
+                  "\n2024/01/01 00:00:01.000   48.117300000   11.516666667   592.3000   2   8   0.0000 "));
+  EXPECT_TRUE(Has(Export("pos"), "   0.0000   2.50    0.0\n"));
+  EXPECT_TRUE(Has(
+      Export("geojson"),
       R"({"type":"Feature","geometry":{"type":"Point","coordinates":[11.516666667,48.117300000,592.300]},)"
       R"("properties":{"time":"2024-01-01T00:00:01.000Z","height_msl_m":545.400,"height_hae_m":592.300,)"
-      R"("fix":"RTK float","segment":1,"used":8,"in_view":8,"hdop":0.90)"))
-      << Export("geojson");
+      R"("fix":"RTK float","segment":1,"used":8,"in_view":8,"hdop":0.90)"));
   EXPECT_TRUE(Export("geojson").ends_with("}}\n]}\n"));
   EXPECT_EQ(Count(Export("geojson"), "},\n{"), 1);
 }
@@ -244,15 +244,13 @@ TEST_F(HostExports, SayWhereNoDateIsKnown) {
        "2024-01-01"}};
   options_.exports.report = Path("html");
   for (const auto& [stream, date] : cases) {
-    std::string complaints;
-    SetComplaintHandler([&](const std::string& text) { complaints += text + '\n'; });
+    const Complaints complaints;
     Decode(stream);
-    SetComplaintHandler({});
     const bool known = *date != '\0';
-    EXPECT_EQ(Count(complaints, "no date is known for a<b>"), known ? 0 : 1) << complaints;
-    EXPECT_EQ(Count(complaints, "\n"), known ? 0 : 1) << complaints;
-    EXPECT_EQ(Contains("html", "The date is not known"), !known);
-    EXPECT_TRUE(Contains("csv", std::string("\n") + date)) << Export("csv");
+    EXPECT_EQ(Count(complaints.Text(), "no date is known for a<b>"), known ? 0 : 1);
+    EXPECT_EQ(Count(complaints.Text(), "\n"), known ? 0 : 1) << complaints.Text();
+    EXPECT_EQ(Has(Export("html"), "The date is not known"), !known);
+    EXPECT_TRUE(Has(Export("csv"), std::string("\n") + date));
   }
 }
 
@@ -267,7 +265,7 @@ TEST_F(HostExports, MakeOneFileOfSeveralRecordings) {
   for (auto& row : Table(Export("csv"))) times += row["time"].substr(0, 19) + '/' + row["segment"] + ' ';
   EXPECT_EQ(times,
             "2023-12-31T23:59:59/1 2024-01-01T00:00:00/1 2024-01-05T06:00:01/2 2024-01-05T06:00:02/2 ");
-  EXPECT_TRUE(Contains("gpx", ".log and 1 more</name>"));
+  EXPECT_TRUE(Has(Export("gpx"), ".log and 1 more</name>"));
   options_.exports.csv = second;
   EXPECT_THROW(Decode(kDate), Failure) << "it is read";
   options_.exports.csv = Path("never");

@@ -1,10 +1,8 @@
-#include <mutex>
 
-#include "host/run/failure.h"
-#include "host/run/lines.h"
 #include "host/server/mqttlink.h"
 #include "simulator/simulator.h"
 #include "tests/support/browser.h"
+#include "tests/support/complaints.h"
 #include "tests/support/fakebroker.h"
 #include "tests/support/program.h"
 
@@ -12,27 +10,6 @@ using namespace host;
 using namespace std::literals;
 
 namespace {
-
-/// What is said on standard error meanwhile.
-class Complaints {
- public:
-  Complaints() {
-    SetComplaintHandler([this](const std::string& text) {
-      const std::lock_guard lock(mutex_);
-      text_ += text + '\n';
-    });
-  }
-  ~Complaints() { SetComplaintHandler({}); }
-
-  std::string Text() const {
-    const std::lock_guard lock(mutex_);
-    return text_;
-  }
-
- private:
-  mutable std::mutex mutex_;
-  std::string text_;
-};
 
 class HostMqtt : public testing::Test {
  protected:
@@ -229,10 +206,9 @@ TEST_F(HostMqtt, PublishesOfARecordingWhatDecodeShows) {
   EXPECT_EQ(last, R"({"class":"RECEIVER","state":"offline","dropped":0})");
   EXPECT_EQ(serve.Wait(), 0) << serve.Errors();
   Program decode({"decode", folder / "drive", "--format", "json", "--model", "Trimble"});
-  std::string shown, json = decode.Output();
-  TakeLines(json, [&](std::string_view line) {
-    if (line.starts_with(R"({"class":"TPV")") || line.starts_with(R"({"class":"SKY")")) shown += line;
-  });
+  std::string shown;
+  for (const std::string& line : Split(decode.Output(), '\n'))
+    if (line.starts_with(R"({"class":"TPV")") || line.starts_with(R"({"class":"SKY")")) shown += line + '\n';
   EXPECT_GE(Count(shown, "TPV"), 300);
   EXPECT_EQ(published, shown);
 }

@@ -45,6 +45,8 @@ TEST_F(HostPlayer, WaitsAsLongAsTheRecordingDid) {
   EXPECT_EQ(Step(*feed), 50.0) << "at a hundredth of the speed";
   EXPECT_EQ(Step(*feed), 0.0) << "what is not due yet is not played";
   EXPECT_FALSE(feed->IsAtEnd());
+  Record(WithChecksum("$GPGLL,4807.038,N,01131.000,E,060000,A") + FixAt(0) + FixAt(2));
+  EXPECT_EQ(Step(*Play(0.01, 4800)), 200.0) << "a time that goes back begins again";
 }
 
 TEST_F(HostPlayer, PacesARecordingWithoutTimesByItsLine) {

@@ -18,16 +18,6 @@ void SendUntilShown(const PseudoTerminal& line, const Program& program, std::str
   while (!program.HasOutput(100));
 }
 
-/// A file of these bytes, alone in its folder.
-class File {
- public:
-  explicit File(std::string_view bytes) { WriteFile(Path(), bytes); }
-  std::string Path() const { return m_Folder / "file"; }
-
- private:
-  const TemporaryFolder m_Folder;
-};
-
 }  // namespace
 
 TEST(HostProgram, NamesWhatIsWrongAndExitsAccordingly) {
@@ -104,8 +94,9 @@ TEST(HostProgram, WritesWhatTheListOfReceiversSays) {
 }
 
 TEST(HostProgram, EndsQuietlyWhenNobodyReadsItsOutput) {
-  const File file(std::string(20000, 'x') + kFix + kFix);
-  Program decode({"decode", file.Path()});
+  const TemporaryFolder folder;
+  WriteFile(folder / "drive", std::string(20000, 'x') + kFix + kFix);
+  Program decode({"decode", folder / "drive"});
   decode.CloseOutput();
   EXPECT_EQ(decode.Wait(), 0);
   EXPECT_EQ(decode.Errors(), "");
@@ -118,9 +109,7 @@ TEST(HostProgram, EndsQuietlyWhenNobodyReadsItsOutput) {
 TEST(HostProgram, ShowsWhatAPortSendsUntilThatIsLostOrAStatedTimeIsOver) {
   for (const bool stated : {false, true}) {
     PseudoTerminal line;
-    std::vector<std::string> arguments = {"monitor", "--port", line.Name()};
-    if (stated) arguments.insert(arguments.end(), {"--duration", "1.5"});
-    Program monitor(arguments);
+    Program monitor(Split("monitor --port " + line.Name() + (stated ? " --duration 1.5" : ""), ' '));
     const auto start = std::chrono::steady_clock::now();
     SendUntilShown(line, monitor, kFix);
     EXPECT_TRUE(monitor.Line().starts_with("12:35:19.00  GPS        48.1173000N"));
@@ -138,18 +127,15 @@ TEST(HostProgram, TellsSilenceFromWhatItDoesNotUnderstand) {
   EXPECT_TRUE(Has(silent.errors, "no data came from " + line.Name() + " in 0.2 s"));
 
   // A rate is kept once something was understood at it.
-  const std::tuple<std::vector<std::string>, std::string_view, int, const char*> rows[] = {
-      {{"--baud", "4800"}, "\xF8\x80$\xFE\r\n", 4, "understood at 4800 baud: set"},
-      {{}, "\xF8\x80$\xFE\r\n", 4, "understood at 9600 baud: set"},
-      {{"--baud", "4800"}, kFix, 0, ""},
-      {{}, "\xF8\x80$\xFE\r\n", 4, "understood at 4800 baud, the rate that is remembered"},
+  const std::tuple<const char*, std::string_view, int, const char*> rows[] = {
+      {" --baud 4800", "\xF8\x80$\xFE\r\n", 4, "understood at 4800 baud: set"},
+      {"", "\xF8\x80$\xFE\r\n", 4, "understood at 9600 baud: set"},
+      {" --baud 4800", kFix, 0, ""},
+      {"", "\xF8\x80$\xFE\r\n", 4, "understood at 4800 baud, the rate that is remembered"},
   };
   RunToEnd("config reset");
   for (const auto& [baud, bytes, code, text] : rows) {
-    std::vector<std::string> arguments = {"monitor", "--port",  line.Name(), "--timeout",
-                                          "0.6",     "--count", "1"};
-    arguments.insert(arguments.end(), baud.begin(), baud.end());
-    Program monitor(arguments);
+    Program monitor(Split("monitor --timeout 0.6 --count 1 --port " + line.Name() + baud, ' '));
     SendUntilShown(line, monitor, bytes);
     EXPECT_EQ(monitor.Wait(), code);
     EXPECT_TRUE(Has(monitor.Errors(), text)) << text;
@@ -158,11 +144,13 @@ TEST(HostProgram, TellsSilenceFromWhatItDoesNotUnderstand) {
 }
 
 TEST(HostProgram, PlaysAPackedRecordingOverAndOver) {
-  const File file(kFix), packed("");
-  ASSERT_EQ(std::system(("gzip -c " + file.Path() + " > " + packed.Path()).c_str()), 0);
-  Program monitor({"monitor", "--play", packed.Path(), "--format", "json", "--speed", "engine"});
+  const TemporaryFolder folder;
+  const std::string packed = folder / "drive.gz";
+  WriteFile(folder / "drive", kFix);
+  ASSERT_EQ(std::system(("gzip " + (folder / "drive")).c_str()), 0);
+  Program monitor({"monitor", "--play", packed, "--format", "json", "--speed", "engine"});
   for (int i = 0; i < 2; ++i)
-    EXPECT_TRUE(Has(monitor.Line(), R"({"class":"TPV","device":")" + packed.Path() + R"(","mode":3,)"));
+    EXPECT_TRUE(Has(monitor.Line(), R"({"class":"TPV","device":")" + packed + R"(","mode":3,)"));
   monitor.Signal(SIGINT);
   EXPECT_EQ(monitor.Wait(), 130 /* interrupted */);
 }
@@ -203,8 +191,8 @@ TEST(HostProgram, SaysThatNothingAnswered) {
 }
 
 TEST(HostProgram, LogsRawDataOfALiveReceiver) {
-  const File base("");
-  EXPECT_TRUE(
-      Has(OutputOf("monitor --model Ashtech --rinex " + base.Path() + " --duration 2"), "raw epoch: week "));
-  for (const char* extension : {".obs", ".nav"}) EXPECT_NE(ReadFile(base.Path() + extension), "");
+  const TemporaryFolder folder;
+  EXPECT_TRUE(Has(OutputOf("monitor --model Ashtech --rinex " + (folder / "raw") + " --duration 2"),
+                  "raw epoch: week "));
+  for (const char* file : {"raw.obs", "raw.nav"}) EXPECT_NE(ReadFile(folder / file), "");
 }

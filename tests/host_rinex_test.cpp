@@ -311,9 +311,7 @@ constexpr RawModel kRawModels[] = {
 /// A minute of raw data of a simulated receiver, as it comes over the line.
 std::string RawMinute(simulator::Receiver& receiver, const RawModel& model) {
   receiver.Receive(model.raw_on);
-  std::string bytes;
-  for (int i = 0; i < 60; ++i) bytes += receiver.Advance(1.0);
-  return bytes;
+  return receiver.Advance(60.0);
 }
 
 /// Decodes what a simulated receiver sends in a minute to a log of that name, with the program's own means.

@@ -56,10 +56,6 @@ class HostScreen : public testing::Test {
   testing::AssertionResult Shows(const std::string& text) const { return Has(Screen(), text); }
 
   bool Take(const CGPSData& data) { return readings_.OnData(ReadRecord(epochs_, data)); }
-  void Date(Moment reference) {
-    readings_.SetReference(reference);
-    epochs_.SetReference(reference);
-  }
 
   Readings::Clock::time_point now_{};
   FixReader epochs_;
@@ -113,7 +109,8 @@ TEST_F(HostScreen, MakesRoomForManySatellites) {
 
 TEST_F(HostScreen, TellsBothHeightsAndTheDateWhereTheyAreKnown) {
   view_.is_live = false;
-  Date(Moment(std::chrono::seconds(1'700'000'000)));
+  readings_.SetReference(Moment(std::chrono::seconds(1'700'000'000)));
+  epochs_.SetReference(Moment(std::chrono::seconds(1'700'000'000)));
   Take(FixOf());
   readings_.OnString(WithChecksum("$GPGGA,123519,4807.038,N,01000.000,W,5,08,0.9,545.4,M,46.9,M,,").c_str());
   EXPECT_EQ(Row(7).substr(0, 40), "| Height MSL   545.40 m 592.30 m HAE   |");

@@ -11,10 +11,6 @@ struct PositionTest : ReceiverTest<> {
                              satellites + ",0.9,545.4,M,46.9,M,,"));
     return Last().m_nSignalType;
   }
-  double Altitude(const char* tail) {
-    EXPECT_TRUE(FeedSentence(std::string("$GPGGA,123519,4807.038,N,01131.000,E,1,08,0.9,") + tail));
-    return Last().m_dAltitude;
-  }
 };
 
 TEST_F(PositionTest, DecodesAGga) {
@@ -49,7 +45,8 @@ TEST_F(PositionTest, TakesAntennaHeightAndSeparationIntoAccount) {
   };
   for (const auto& [mode, tail, altitude] : rows) {
     SetUpHeights(2.0, mode);
-    EXPECT_EQ(Altitude(tail), altitude) << mode << " " << tail;
+    EXPECT_TRUE(FeedSentence(std::string("$GPGGA,123519,4807.038,N,01131.000,E,1,08,0.9,") + tail));
+    EXPECT_EQ(Last().m_dAltitude, altitude) << mode << " " << tail;
   }
 }
 

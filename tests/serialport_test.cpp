@@ -171,15 +171,12 @@ TEST_F(RehearsedPort, ReadsUntilATerminator) {
 
 TEST_F(RehearsedPort, FindsAReplyAmongOtherSentences) {
   Open();
-  const struct {
-    const char *heard, *then;  // 200 ms later
-    bool found;
-    const char* pattern = "$>JI";
-  } rows[] = {{"$GPGGA,1\r\n$>JI,", "12,3\r\n", true},
-              {"$>JE,no end", "", true},
-              {"$GPGGA,1\r\n", "", false},
-              {"x\r", "", true, ""}};
-  for (const auto& [heard, then, found, pattern] : rows) {
+  constexpr std::tuple<const char*, const char*, const char*, bool> rows[] = {
+      {"$GPGGA,1\r\n$>JI,", "12,3\r\n", "$>JI", true},
+      {"$>JE,no end", "", "$>JI", true},
+      {"$GPGGA,1\r\n", "", "$>JI", false},
+      {"x\r", "", "", true}};
+  for (const auto& [heard, then, pattern, found] : rows) {
     line.Feed(heard, 20);
     line.Feed(then, 200);
     CString text;
@@ -216,12 +213,14 @@ TEST_F(TerminalPort, TalksBothWaysByteForByte) {
 
 TEST_F(TerminalPort, SetsAnyBaudRateTheLineTakes) {
   ASSERT_TRUE(port.Open());
+  port.SetStopBits(2);
   for (const int rate : {4800, 123456, 38400}) {
     port.SetBaudRate(rate);
     DCB state;
     ASSERT_TRUE(GetCommState(port.GetHandle(), &state));
     EXPECT_EQ(state.BaudRate, static_cast<DWORD>(rate));
     EXPECT_EQ(state.ByteSize, 8);
+    EXPECT_EQ(state.StopBits, 2);
     if (rate == 123456) port.SetParity(2);  // which a pseudo-terminal refuses: the speed holds all the same
   }
 }
@@ -235,7 +234,8 @@ TEST_F(TerminalPort, StopsAndGoesOnAtTheCharactersOfTheStandard) {
   tcsetattr(terminal.Keeper(), TCSANOW, &state);
   port.SetBaudRate(4800);
   tcgetattr(terminal.Keeper(), &state);
-  EXPECT_TRUE(state.c_cc[VSTART] == 0x11 && state.c_cc[VSTOP] == 0x13 && (state.c_iflag & IXON) != 0);
+  EXPECT_TRUE(state.c_cc[VSTART] == 0x11 && state.c_cc[VSTOP] == 0x13);
+  EXPECT_EQ(state.c_iflag & (IXON | IXOFF), static_cast<tcflag_t>(IXON | IXOFF));
 }
 
 TEST_F(TerminalPort, IsForOneProgramAlone) {

@@ -2,7 +2,6 @@
 #include <map>
 #include <set>
 
-#include "gpsengine/face/operations.h"
 #include "host/records/format.h"
 #include "tests/support/conversation.h"
 #include "tests/support/enginetest.h"
@@ -68,14 +67,6 @@ class Simulated : public EngineTest {
     }
     heard += all;
     return all;
-  }
-  void Do(const std::string& operations) {
-    for (const std::string& call : Split(operations, ';')) {
-      std::vector<std::string> words = Split(call, ' ');
-      const auto& operation = host::FindOperation(words[0]);
-      words.erase(words.begin());
-      host::Prepare(operation, {words})(*receiver);
-    }
   }
   /// What the program would show of what has come, then the bytes.
   std::string Shown() const {
@@ -155,7 +146,7 @@ TEST_F(Simulated, ReceiverDoesWhatItIsToldAndReportsIt) {
   for (const auto& [model, operations, shown, kinds] : rows) {
     SCOPED_TRACE(std::string(model) + ": " + operations);
     Plug(model);
-    Do(operations);
+    Do(*receiver, operations);
     Pass(8);
     EXPECT_EQ(Kinds(Pass(6)), kinds);
     EXPECT_NE(Shown().find(shown), std::string::npos);
@@ -168,7 +159,7 @@ TEST_F(Simulated, ReceiverTellsTheTruthOfPlaceMotionAndClock) {
     Options options;
     options.moving = moving;
     Plug("Ashtech", options);
-    Do("post-processing on");
+    Do(*receiver, "post-processing on;raw-interval 0.5");
     Forget();
     Pass(90);
     ExpectUnderstood();
@@ -186,7 +177,8 @@ TEST_F(Simulated, ReceiverTellsTheTruthOfPlaceMotionAndClock) {
       EXPECT_LE(fix.m_nSatellitesInView, 12);
     }
     EXPECT_GE(fixes, 85);
-    ASSERT_EQ(window.epochs.size(), 90u);
+    EXPECT_FALSE(window.ephemerides.empty());
+    ASSERT_EQ(window.epochs.size(), 180u);
     for (const CGPSDataRaw& epoch : window.epochs) {
       const auto truth = simulated->TruthAt({2314, epoch.m_dCorrectedTime});
       EXPECT_NEAR(epoch.m_dLatitude, simulator::Degrees(truth.geodetic.latitude), 1e-9);
@@ -196,22 +188,11 @@ TEST_F(Simulated, ReceiverTellsTheTruthOfPlaceMotionAndClock) {
       EXPECT_NEAR(epoch.m_dClockDrift, kLight * truth.clock_drift, 1e-5);
       EXPECT_TRUE(epoch.m_bEpochComplete) << "it has counted down";
     }
+    Do(*receiver, "post-processing off");
+    Forget();
+    Pass(10);
+    EXPECT_TRUE(window.epochs.empty() && window.ephemerides.empty());
   }
-}
-
-TEST_F(Simulated, RawDataComeAtTheirInterval) {
-  Plug("Ashtech");
-  Do("post-processing on");
-  Do("raw-interval 0.25");
-  Forget();
-  Pass(10);
-  ASSERT_EQ(window.epochs.size(), 40u);
-  EXPECT_NEAR(window.epochs[1].m_dReceiverTime - window.epochs[0].m_dReceiverTime, 0.25, 1e-9);
-  EXPECT_FALSE(window.ephemerides.empty());
-  Do("post-processing off");
-  Forget();
-  Pass(10);
-  EXPECT_TRUE(window.epochs.empty() && window.ephemerides.empty());
 }
 
 TEST(Simulator, KeepsToItsOptions) {

@@ -164,7 +164,7 @@ class CGPSEngine::Update {
 };
 
 bool CGPSEngine::UpdateGPSBuffer(CBinBuffer& data) {
-  return UpdateGPSBuffer(data.GetLength() > 0 ? data.GetData() : nullptr, data.GetLength(), m_pLease->Ends());
+  return UpdateGPSBuffer(data.GetData(), data.GetLength(), m_pLease->Ends());
 }
 
 // `ends` identifies the run that the bytes belong to.

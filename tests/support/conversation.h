@@ -1,33 +1,33 @@
 #pragma once
 
+#include <iterator>
+#include <sstream>
 #include <string>
 #include <vector>
 
+#include "gpsengine/face/operations.h"
 #include "gpsengine/platform/rehearsal.h"
 #include "gpsengine/receiver/gpsreceiver.h"
 #include "simulator/simulator.h"
 
+/// Does what users write, one operation after another between semicolons.
+inline void Do(CGPSReceiver& receiver, const std::string& operations) {
+  std::istringstream calls(operations);
+  for (std::string call; std::getline(calls, call, ';');) {
+    std::istringstream stream(call);
+    std::vector<std::string> words{std::istream_iterator<std::string>(stream), {}};
+    const gps::Operation& operation = gps::FindOperation(words[0]);
+    words.erase(words.begin());
+    gps::Prepare(operation, {words})(receiver);
+  }
+}
+
 /// All that a model can be asked, in an order that leaves its raw data on.
 inline void RunEverything(CGPSReceiver& receiver) {
-  receiver.ResetAll(false);
-  receiver.SetDefaultNMEA();
-  receiver.QueryNmeaActive();
-  receiver.QueryGpsSettings();
-  receiver.QueryBeacon();
-  receiver.SetBeacon(BEACON_MODE_MANUAL, "310.0", "100");
-  receiver.SetSatElevMask(7);
-  receiver.QuerySatElevMask();
-  receiver.QueryDgpsMode();
-  receiver.SetDgpsMode(DGPS_MODE_WAAS);
-  receiver.QueryOmniStar();
-  receiver.DgpsStatusMsg(true);
-  receiver.QueryLbandSatellites();
-  receiver.SetLbandFrequency(1557.845, 1200);
-  receiver.QueryWAAS();
-  receiver.SetRawDataOutputInterval(1.0);
-  receiver.EnablePostProcessing(true);
-  receiver.SetRawDataOutputInterval(1.0);
-  receiver.KeepAlive();
+  Do(receiver,
+     "reset;default-nmea;query-nmea;query-settings;query-beacon;set-beacon 310.0 100;set-elevation-mask 7;"
+     "query-elevation-mask;query-dgps;set-dgps waas;query-omnistar;dgps-status on;query-lband-satellites;"
+     "set-lband 1557.845 1200;query-waas;raw-interval 1;post-processing on;raw-interval 1;keep-alive");
 }
 
 /// What went over a line.
