@@ -267,7 +267,9 @@ TEST(FaceLive, CommandsAndEndsWithItsLine) {
     terminal.Receive(std::string("$PASHS,RCI,1.000000\r\n").size());
     terminal.Send("$PASHR,NAK\r\n");
   });
-  EXPECT_EQ(ErrorOf([&] { receiver->command("raw-interval", {"1", "--wait"}); }),
+  EXPECT_EQ(ErrorOf([&] {
+              receiver->command("raw-interval", {"1", "--wait"});
+            }),
             "6 raw-interval: the receiver took 0 lines and refused 1, the last one with $PASHR,NAK");
   refusing.join();
   EXPECT_TRUE(Has(ErrorOf([&] { receiver->command("set-lband", {"0", "1200"}); }), "6 the model Ashtech"));
