@@ -15,6 +15,7 @@
 #include "gpsengine/drivers/receivers.h"
 #include "gpsengine/platform/application.h"
 #include "gpsengine/receiver/sentencetable.h"
+#include "tests/support/blocks.h"
 #include "tests/support/conversation.h"
 
 namespace {
@@ -114,30 +115,18 @@ void AddMessages(Seeds& seeds, const std::string& heard, std::map<std::string, i
   for (const auto& [tag, bundle] : bundles) seeds.Add("parse_fuzz", "m1" + bundle);
 }
 
-// Blocks of raw data: each by itself, and two of them in a row.
+// Blocks of raw data: each by itself, and all of a receiver in a row.
 void AddBlocks(Seeds& seeds) {
-  const std::pair<const char*, const char*> sources[] = {
-      {"CSI - MAX", "$JOFF\r\n$JBIN,96,1\r\n"},      {"CSI - MAX", "$JOFF\r\n$JBIN,95,1\r\n"},
-      {"GSR2650 LB", "LOG RANGEB ONTIME 1\r\n"},     {"GSR2650 LB", "LOG RANGECMPB ONTIME 1\r\n"},
-      {"GSR2650 LB", "LOG RAWEPHEMB ONCHANGED\r\n"}, {"GSR2650 LB", "LOG GPSEPHEMB ONCHANGED\r\n"}};
-  for (const auto& [model, command] : sources) {
-    simulator::Options options;
-    options.model = model;
-    const auto receiver = simulator::MakeReceiver(options);
-    receiver->Receive(command);
-    const std::string bytes = receiver->Advance(2);
-    std::size_t at = bytes.find(*command == '$' ? "$BIN" : "\xAA\x44\x12");
-    std::string both;
-    for (int i = 0; i < 2 && at != bytes.npos; ++i) {
-      const auto byte = [&](std::size_t k) { return static_cast<unsigned char>(bytes.at(at + k)); };
-      const std::size_t length =
-          *command == '$' ? 12 + (byte(6) | byte(7) << 8) : 32 + (byte(8) | byte(9) << 8);
-      const std::string seed = {static_cast<char>(length >> 8), static_cast<char>(length)};
-      seeds.Add("rawdata_fuzz", seed + bytes.substr(at, length));
-      both += seed + bytes.substr(at, length);
-      at = bytes.find(bytes.substr(at, 6), at + length);
+  for (const auto* sources : {&kObservations, &kEphemerides}) {
+    for (const BlockSource& source : *sources) {
+      std::string all;
+      for (const std::string& block : Blocks(source, 2)) {
+        const std::string seed = {static_cast<char>(block.size() >> 8), static_cast<char>(block.size())};
+        seeds.Add("rawdata_fuzz", seed + block);
+        all += seed + block;
+      }
+      seeds.Add("rawdata_fuzz", all);
     }
-    seeds.Add("rawdata_fuzz", both);
   }
 }
 

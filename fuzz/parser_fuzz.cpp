@@ -4,7 +4,6 @@
 #include <cmath>
 #include <cstdlib>
 #include <cstring>
-#include <optional>
 #include <vector>
 
 #include "fuzz/support.h"
@@ -68,41 +67,29 @@ void CheckDouble(std::u16string_view text) {
   Require(remaining == (good ? rest : -1), "the rest is counted");
 }
 
-// Reads a field from the parser. Nothing if the read fails, which it says in the way that it was told to.
-template <class T, class Read>
-std::optional<T> Tried(bool throwing, T value, Read read) {
-  const T before = value;
-  bool good = false;
+// What one operation reads of the field that is due, and what it leaves if it fails, which it says in the way
+// that it was told to.
+void Read(CParser& parser, unsigned nKind, bool throwing, const Field* field) {
+  CString text("before"), expectedText("before");
+  int whole = 4711, expectedWhole = 4711, rest = 0;
+  double decimal = 4711.0, expectedDecimal = 4711.0;
+  bool good = false, expected = field != nullptr;
   try {
-    good = read(value);
+    good = nKind == 0   ? parser.GetNextString(text)
+           : nKind == 1 ? parser.GetInt(whole)
+           : nKind == 2 ? parser.GetDouble(decimal)
+                        : parser.SkipField();
     Require(good || !throwing, "a read that fails throws where it was told to");
   } catch (const CUserException&) {
     Require(throwing, "a read that fails throws only where it was told to");
   }
-  Require(good || value == before, "a read that fails leaves the value");
-  return good ? std::optional(value) : std::nullopt;
-}
-
-void Read(CParser& parser, unsigned nKind, bool throwing, const Field* field) {
-  if (nKind == 0) {
-    const auto text =
-        Tried(throwing, CString("before"), [&](CString& out) { return parser.GetNextString(out); });
-    Require(text == (field != nullptr ? std::optional(field->text) : std::nullopt), "a text field");
-  } else if (nKind == 1) {
-    int expected = 0;
-    const bool number = field != nullptr && ParseInt(field->text.View(), &expected);
-    const auto value = Tried(throwing, 4711, [&](int& out) { return parser.GetInt(out); });
-    Require(value == (number ? std::optional(expected) : std::nullopt), "a whole number or none");
-  } else if (nKind == 2) {
-    double expected = 0.0;
-    int rest = 0;
-    const bool number = field != nullptr && ParseDouble(field->text.View(), expected, rest);
-    const auto value = Tried(throwing, 4711.0, [&](double& out) { return parser.GetDouble(out); });
-    Require(value == (number ? std::optional(expected) : std::nullopt), "a decimal number or none");
-  } else {
-    Require(Tried(throwing, 0, [&](int&) { return parser.SkipField(); }).has_value() == (field != nullptr),
-            "a field to skip");
-  }
+  if (expected && nKind == 0) expectedText = field->text;
+  if (expected && nKind == 1) expected = ParseInt(field->text.View(), &expectedWhole);
+  if (expected && nKind == 2) expected = ParseDouble(field->text.View(), expectedDecimal, rest);
+  if (!expected) expectedDecimal = 4711.0;
+  Require(good == expected, "a field is read or refused");
+  Require(text == expectedText && whole == expectedWhole && decimal == expectedDecimal,
+          "a field has its value, and one that is refused leaves what was there");
 }
 
 }  // namespace

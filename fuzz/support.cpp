@@ -5,12 +5,12 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <filesystem>
 #include <fstream>
 #include <functional>
 #include <initializer_list>
 #include <iterator>
 
-#include "gpsengine/platform/file.h"
 #include "gpsengine/receiver/workingstate.h"
 
 void Require(bool bClaim, const char* pszClaim) {
@@ -171,10 +171,7 @@ void Rig::Feed(std::string_view bytes) {
 }
 
 std::string OwnFolder() {
-  WCHAR path[4096];
-  const DWORD length = GetModuleFileNameW(path, 4096);
-  const std::string program = CString(path, static_cast<int>(length)).ToUtf8();
-  return program.substr(0, program.rfind('/') + 1);
+  return std::filesystem::read_symlink("/proc/self/exe").parent_path() / "";
 }
 
 std::string WriteFile(const std::string& strName, std::string_view content) {

@@ -23,7 +23,7 @@ namespace host {
 namespace {
 
 constexpr std::chrono::seconds kStatusInterval{1};
-// The last sentences are kept for pages, and at most so many pages see them.
+// The last sentences are kept for pages, and only a few pages may read them.
 constexpr std::size_t kSentenceHistory = 4096;
 constexpr int kSentenceReaders = 6;
 /// A receiver that has not been understood for so long from the start is worth a word.

@@ -8,8 +8,8 @@
 #include <string_view>
 #include <vector>
 
-#include "simulator/command.h"
 #include "simulator/nmea.h"
+#include "simulator/obey.h"
 #include "simulator/receiver.h"
 #include "simulator/world.h"
 

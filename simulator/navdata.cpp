@@ -64,7 +64,10 @@ std::array<std::uint32_t, 10> Subframe(int id, const Ephemeris& ephemeris, const
     Put(words, 176, 16, ephemeris.toc / 16);
   } else {
     Put(words, id == 2 ? 48 : 216, 8, ephemeris.issue);
-    if (id == 2) Put(words, 216, 16, ephemeris.toe / 16);
+    if (id == 2) {
+      Put(words, 216, 16, ephemeris.toe / 16);
+      Put(words, 233, 5, 31);  // the age of a table that is not sent
+    }
   }
   VisitTerms(ephemeris, [&](int subframe, int at, int count, int exponent, auto term) {
     if (subframe == id) Put(words, at, count, std::llround(std::ldexp(static_cast<double>(term), -exponent)));

@@ -1,7 +1,6 @@
 #include "gpsengine/link/ack.h"
 
 #include <ctime>
-#include <thread>
 
 #include "tests/support/enginetest.h"
 

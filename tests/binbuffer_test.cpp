@@ -1,12 +1,7 @@
 #include "gpsengine/link/binbuffer.h"
+#include "tests/support/basics.h"
 
-#include <gtest/gtest.h>
-
-#include <memory>
 #include <stdexcept>
-#include <string>
-#include <string_view>
-#include <vector>
 
 namespace {
 

@@ -1,7 +1,5 @@
 // What each model is and is told, stated here by itself. docs/receivers.md, which the program prints, is no
 // witness: it would be wrong where the drivers are.
-#include <algorithm>
-
 #include "gpsengine/drivers/receivers.h"
 #include "gpsengine/drivers/sokkiaaxis3.h"
 #include "gpsengine/engine/gpsengine.h"
@@ -332,9 +330,7 @@ TEST_F(Receivers, CanBeUnderstoodWhereverASequenceIsStopped) {
   // Stops an operation after so long, and starts the next run. Gives how long the operation took.
   const auto run = [this](const char* name, const OperationRow& operation, DWORD stop) {
     const CGPSReceiver::SharedState asItWas;
-    simulator::Options options;
-    options.model = name;
-    const auto simulated = simulator::MakeReceiver(options);
+    const auto simulated = simulator::MakeReceiver({.model = name});
     CGPSEngine engine;
     CGPSReceiver& receiver = *engine.FindReceiver(name);
     line.SetStepHandler([&](const CRehearsal::Step& step) {

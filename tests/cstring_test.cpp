@@ -1,14 +1,9 @@
 #include "gpsengine/platform/cstring.h"
 
-#include <gtest/gtest.h>
-
-#include <sstream>
-#include <string>
-#include <utility>
-
 #include "gpsengine/platform/textscan.h"
 #include "gpsengine/text/number.h"
 #include "gpsengine/text/parser.h"
+#include "tests/support/basics.h"
 
 namespace {
 
@@ -155,10 +150,10 @@ TEST(TextScan, WidensWithoutASignAndTellsWhereAZeroStands) {
 // The short way of the parser against the one that reads anything, which the tests of the number readers
 // hold.
 TEST(TextScan, ReadsDecimalsAsTheLongWayDoes) {
-  std::istringstream numbers(
+  const std::string numbers =
       "0|7|4737.18624|00923.99740|.5|5.|.|1.2.3|12a|1e3|-4.5|+1| 3.25|9.75 |0.30000000000001|999999999999999|"
-      "9999999999999999|99999999999999.9|123456789.123456|0000000.1|12345678901234567|\xB2.5|1\xFF|1/2|1:2");
-  for (std::string number; std::getline(numbers, number, '|');) {
+      "9999999999999999|99999999999999.9|123456789.123456|0000000.1|12345678901234567|\xB2.5|1\xFF|1/2|1:2";
+  for (const std::string& number : Split(numbers, '|')) {
     for (const char* ahead : {"$GPGGA*080002.00 of a fix,", "$GPVTG,", ","}) {
       const CString field(number.c_str());
       double expected = -1.0;

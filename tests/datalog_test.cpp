@@ -1,10 +1,8 @@
-#include <gtest/gtest.h>
-
-#include <cstdlib>
 #include <ctime>
 
 #include "gpsengine/datalog/datalog.h"
 #include "gpsengine/platform/rehearsal.h"
+#include "tests/support/basics.h"
 
 namespace {
 
@@ -64,6 +62,13 @@ TEST_F(DataLog, DefaultFilenameHasTheLocalDateAndTimeWithoutZeros) {
   EXPECT_EQ(log.GetFilename(), "");
   EXPECT_TRUE(log.SetDefaultFilename("night"));
   EXPECT_EQ(log.GetFilename(), "night_3Mar_9h5m7s.raw");
+  std::string months;
+  for (local.tm_mon = 0; local.tm_mon < 12; ++local.tm_mon) {
+    std::tm moment = local;
+    time.SetUnixSeconds(std::mktime(&moment));
+    months += log.GenerateDefaultFilename("").ToUtf8().substr(2, 3);
+  }
+  EXPECT_EQ(months, "JanFebMarAprMayJunJulAugSepOctNovDec");
 }
 
 TEST_F(DataLog, MinutesElapsedPassOverWholeDays) {

@@ -1,6 +1,4 @@
 // What a message is taken for, and what follows from it.
-#include <sstream>
-
 #include "tests/support/receivertest.h"
 #include "tests/support/wirebuilder.h"
 
@@ -133,7 +131,7 @@ class Derived : public COtherGps {
     m_AlternateSignalTable[2] = UDF_SIGNAL_MANUAL;
     m_bAlternateSignalTable = true;
     CString strBeacon = "$CRMSS,52,21,310.0,100";
-    if (!ProcessCRMSS(strBeacon)) return false;
+    if (!ProcessCRMSS(strBeacon) || ProcessPASHR_PBN(nullptr)) return false;
     {
       const RecordLock lock;
       m_GPSData.m_Status.m_nBeaconSNR *= 2;

@@ -1,6 +1,4 @@
 // What the drivers do beyond their command sets: limits, failures, acknowledgements, what they keep.
-#include <cmath>
-
 #include "gpsengine/drivers/ashtech.h"
 #include "gpsengine/drivers/gsr2650lb.h"
 #include "gpsengine/drivers/sirf.h"
@@ -152,6 +150,14 @@ TEST_F(CsiDriver, GoesOnWithAResetThatIsNotAcknowledgedAndSaysSo) {
   EXPECT_EQ(Steps(resetWithAck), refused.substr(0, refused.size() - 5) + "true");
 }
 
+TEST_F(CsiDriver, AsksForItsParameters) {
+  EXPECT_EQ(Steps(&CCSI::QueryPAR), R"(write "$PASHQ,PAR\r\n"; wait 500)");
+}
+
+TEST_F(StarlinkDriver, AsksForItsParameters) {
+  EXPECT_EQ(Steps(&CStarlink::QueryPAR), R"(write "$PSLIQ,PAR\r\n"; wait 500)");
+}
+
 TEST_F(CsiDriver, OpensThePortForAResetAndFailsIfItCannot) {
   const std::string whole = Steps(reset);
   EXPECT_TRUE(whole.ends_with("result true")) << whole;
@@ -165,10 +171,6 @@ TEST_F(CsiDriver, OpensThePortForAResetAndFailsIfItCannot) {
 }
 
 // The message has 16 bits for the rate, so that the highest bit of 115200 does not fit.
-TEST_F(CsiDriver, AsksForItsParameters) {
-  EXPECT_EQ(Steps(&CCSI::QueryPAR), R"(write "$PASHQ,PAR\r\n"; wait 500)");
-}
-
 TEST_F(SirfDriver, NamesItsBaudRateInBothDirections) {
   app.SetProfilePath("/proc/nowhere/host.ini");  // where nothing is kept
   receiver.SaveDifferentSettings(115200);
@@ -196,10 +198,6 @@ TEST_F(StarlinkDriver, ResetsWithoutAcknowledgementAndGoesOnIfItDoesNotGoOut) {
 
 // The host moves the bytes: nothing is opened, so that the lines are lost, but the start succeeds in its own
 // time.
-TEST_F(StarlinkDriver, AsksForItsParameters) {
-  EXPECT_EQ(Steps(&CStarlink::QueryPAR), R"(write "$PSLIQ,PAR\r\n"; wait 500)");
-}
-
 TEST_F(LeicaDriver, IsSetUpWithAnExternalPortToo) {
   Unplug();
   EXPECT_EQ(Steps(start), "result false");

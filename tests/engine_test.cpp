@@ -1,31 +1,22 @@
 // The engine with its reader thread on a live line, in real time of tens of milliseconds, and with bytes fed
 // by hand.
-#include <sstream>
-
 #include "gpsengine/drivers/gsr2650lb.h"
 #include "tests/support/enginetest.h"
-#include "tests/support/temporaryfolder.h"
-#include "tests/support/texts.h"
 
 namespace {
 
 const std::string kGga = "$GPGGA,123519,4807.038,N,01131.000,E,1,08,0.9,545.4,M,46.9,M,,*47\r\n";
 const std::string kRmc = "$GPRMC,123519,A,4807.038,N,01131.000,E,022.4,084.4,230394,003.1,W*6A\r\n";
 
-class Named : public COtherGps {
- public:
-  CString GetName() override { return "Mine"; }
-};
-
 TEST_F(EngineTest, FindsAReceiverByItsExactNameOrTheLastOne) {
   EXPECT_EQ(engine.GetReceivers().size(), 19u);
   EXPECT_EQ(engine.FindReceiver("CSI - MAX")->GetName(), "CSI - MAX");
   for (const char* other : {"csi - max", ""}) EXPECT_EQ(engine.FindReceiver(other)->GetName(), "Other");
-  auto* mine = new Named;
+  auto* mine = new Hooked;
   EXPECT_TRUE(engine.AddReceiver(mine));
-  EXPECT_EQ(engine.FindReceiver("Mine"), mine);
+  EXPECT_EQ(engine.FindReceiver("Hooked"), mine);
   EXPECT_EQ(engine.GetReceivers()[18].get(), mine) << "before the last one";
-  Named second;
+  Hooked second;
   EXPECT_FALSE(engine.AddReceiver(&second));
 }
 
@@ -69,6 +60,10 @@ TEST_F(EngineTest, ForwardsTheTextOfMessagesWhileTheHostCaptures) {
   EXPECT_EQ(window.strings.size(), 3u) << "one more, then the capture has stopped itself";
   EXPECT_TRUE(engine.m_ComBuffer.m_bOverflow);
   EXPECT_TRUE(engine.m_ComBuffer.m_bPaused);
+  EXPECT_EQ(engine.m_ComBuffer.m_strData.GetLength(), 100001 + static_cast<int>(kRmc.size()));
+  engine.m_ComBuffer.KeepCapturing(true);
+  Feed(kRmc + kRmc);
+  EXPECT_EQ(window.strings.size(), 5u);
   EXPECT_EQ(engine.m_ComBuffer.m_strData.GetLength(), 100001 + static_cast<int>(kRmc.size()));
 }
 
@@ -115,20 +110,7 @@ TEST_F(LiveEngineTest, RecordsTheBytesOfThePort) {
 }
 
 TEST_F(LiveEngineTest, MayBeStoppedAndCommandedFromACallback) {
-  static CGPSEngine* running = nullptr;
-  class Stopper : public COtherGps {
-   public:
-    CString GetName() override { return "Stopper"; }
-    bool Parse(CString& strMessage) override {
-      const bool published = COtherGps::Parse(strMessage);
-      running->Stop();
-      return published;
-    }
-    using COtherGps::Parse;
-  };
-  running = &engine;
-  engine.AddReceiver(new Stopper);
-  Select("Stopper");
+  SelectHooked({}, [this](Hooked&, const CString&) { engine.Stop(); });
   ASSERT_TRUE(engine.Start());
   terminal.Send(kGga);
   ASSERT_TRUE(UntilRecords(1));
@@ -195,8 +177,7 @@ TEST_F(LiveEngineTest, CommandsWhileItReadsAndKeepsTheLineAlive) {
   EXPECT_GE(window.records.size(), 1u);
   const std::string sent = terminal.Receive(4000, std::chrono::milliseconds(100));
   EXPECT_NE(sent.find("ALIVE\r\n"), std::string::npos);
-  std::istringstream lines(sent);
-  for (std::string line; std::getline(lines, line);)
+  for (const std::string& line : Split(sent, '\n'))
     EXPECT_TRUE(line == "ALIVE\r" || (line.starts_with("LOG COM2 ") && line.ends_with(" ONCE\r"))) << line;
 }
 

@@ -1,18 +1,13 @@
-#include <gtest/gtest.h>
 #include <poll.h>
 
 #include <ranges>
-#include <sstream>
-#include <thread>
 
 #include "gpsengine/face/commands.h"
 #include "gpsengine/face/decode.h"
 #include "gpsengine/face/receiver.h"
-#include "simulator/simulator.h"
 #include "tests/support/pseudoterminal.h"
 #include "tests/support/receivertest.h"
 #include "tests/support/scriptedline.h"
-#include "tests/support/texts.h"
 #include "tests/support/wirebuilder.h"
 
 namespace {
@@ -46,25 +41,6 @@ std::string Texts(gps::Recording recording) {
   return out.str();
 }
 
-/// The error that a call throws, its code and its text.
-template <class Call>
-std::string ErrorOf(Call call) {
-  try {
-    call();
-  } catch (const gps::Error& error) {
-    return std::to_string(static_cast<int>(error.code())) + ' ' + error.what();
-  }
-  return "none";
-}
-
-/// A line of a script, as a factory.
-SerialLineFactory LineOf(Script& script, int port) {
-  (void)script;
-  return MapComPort(port, SerialLineFactory());
-}
-
-constexpr int kScript = 77;
-
 }  // namespace
 
 TEST(Face, ReadsFixesInDegreesMetresAndUtc) {
@@ -78,6 +54,14 @@ TEST(Face, ReadsFixesInDegreesMetresAndUtc) {
             "1994-03-23T12:35:19.000Z 48.1173 -11.5 545.4 - 0.9 - GPS\n"
             "1994-03-23T12:35:21.500Z 48.1173 -11.5 545.4 90 0.9 - RTK fixed\n"
             "1994-03-23T12:35:22.000Z 48.1173 -11.5 545.4 - 0.9 - GPS\n");
+}
+
+TEST(Face, NamesEveryKindOfFix) {
+  std::string names;
+  for (int signal = -1; signal <= 11; ++signal) names += std::string(gps::NameOfSignal(signal)) + ',';
+  EXPECT_EQ(names,
+            "unknown,no fix,GPS,DGPS,estimated,manual,RTK code,RTK fixed,RTK "
+            "float,processed,SBAS,unknown,unknown,");
 }
 
 TEST(Face, KnowsNothingOfTheRecordingBefore) {
@@ -116,27 +100,22 @@ TEST(Face, DecodesAFileAStreamAndATextLogAlike) {
   EXPECT_TRUE(
       Has(Texts(gps::decode(file, {.date = std::chrono::year(1971) / 1 / 2})), "1971-01-02T12:35:19.000Z"));
   WriteFile(file, "\x1F\x8B packed");
-  EXPECT_TRUE(Has(ErrorOf([&] { gps::decode(file); }), "1 cannot read " + file + ": it is packed"));
-  EXPECT_TRUE(Has(ErrorOf([] { gps::decode("/no/such"); }), "1 cannot read /no/such: No such file"));
+  EXPECT_EQ(ErrorOf([&] { gps::decode(file); }),
+            "1 cannot read " + file + ": it is packed: unpack it first, with gunzip");
+  WriteFile(file, "");
+  EXPECT_EQ(ErrorOf([&] { gps::decode(file); }), "1 cannot read " + file + ": the file is empty");
+  EXPECT_EQ(ErrorOf([] { gps::decode("/no/such"); }), "1 cannot read /no/such: No such file or directory");
+  EXPECT_EQ(ErrorOf([&] { gps::decode(BytesOf(bytes), {.speed = -1}); }),
+            "2 the speed of a recording is 0 or more");
   std::stop_source stop;
-  stop.request_stop();
+  WriteFile(file, Gga("123519") + Gga("123521"));
+  auto slow = gps::decode(file, {.speed = 0.001}).fixes({kLong, stop.get_token()});
+  EXPECT_TRUE(slow.next());
+  std::thread stopping([&] { stop.request_stop(); });
+  EXPECT_LT(Took([&] { EXPECT_EQ(slow.next(), std::nullopt); }), 5000u) << "not due for half an hour";
+  stopping.join();
+  slow = {};
   EXPECT_EQ(gps::decode(BytesOf(bytes)).fixes(stop.get_token()).next(), std::nullopt);
-}
-
-TEST(Face, GivesRawDataAsSignals) {
-  simulator::Options options;
-  options.model = "GSR2650 LB";
-  const auto simulated = simulator::MakeReceiver(options);
-  simulated->Receive("LOG RANGEB ONTIME 1\r\n");
-  const std::string bytes = simulated->Advance(3);
-  int epochs = 0;
-  for (const gps::Raw& raw : gps::decode(BytesOf(bytes), {.model = "gsr2650 lb"}).raw()) {
-    EXPECT_EQ(raw.name, "OEM 43");
-    ASSERT_TRUE(raw.epoch);
-    EXPECT_GE(raw.epoch->signals.size(), 8u);
-    ++epochs;
-  }
-  EXPECT_GE(epochs, 2);
 }
 
 TEST(Face, GivesAnAshtechsRawDataAsTheOthers) {
@@ -158,8 +137,10 @@ TEST(Face, IsUsedOnceAtATime) {
   const std::string bytes = Recorded();
   static_assert(std::ranges::input_range<gps::Range<gps::Fix>>);
   auto fixes = gps::decode(BytesOf(bytes)).fixes();  // outlives what it was made of
-  EXPECT_TRUE(
-      Has(ErrorOf([&] { gps::decode(BytesOf(bytes)); }), "7 another receiver or recording is in use"));
+  EXPECT_EQ(
+      ErrorOf([&] { gps::decode(BytesOf(bytes)); }),
+      "7 another receiver or recording is in use in this process, which has room for one: end that one, or "
+      "use a process for each");
   EXPECT_TRUE(Has(ErrorOf([] { gps::rehearse("Ashtech", "gga-only"); }), "7 "));
   std::thread([&] { EXPECT_TRUE(fixes.next()); }).join();
   for (const gps::Fix& fix : fixes | std::views::take(1))
@@ -177,15 +158,54 @@ TEST(Face, RehearsesCommands) {
   EXPECT_TRUE(Has(calls, "\"set-elevation-mask 10\""));
   EXPECT_FALSE(Has(calls, "set-lband"));
   EXPECT_TRUE(Has(gps::rehearse("CSI", "set-elevation-mask", {"7"}).Text(), "$PASHS,PEM,7"));
-  EXPECT_TRUE(Has(ErrorOf([] { gps::rehearse("CSI", "set-elevation-mask", {"91"}); }),
-                  "2 \"91\" is not an elevation from 0 to 90 degrees"));
+  const struct {
+    std::string call, error;
+  } refused[] = {
+      {"set-elevation-mask 91", "2 \"91\" is not an elevation from 0 to 90 degrees"},
+      {"set-elevation-mask -1", "2 \"-1\" is not an elevation from 0 to 90 degrees"},
+      {"set-elevation-mask x", "2 \"x\" is not a whole number of degrees"},
+      {"set-elevation-mask", "2 an argument is missing: degrees"},
+      {"set-elevation-mask 5 6", "2 \"6\" is one argument too many"},
+      {"set-dgps x", "2 \"x\" is not none, beacon, lband, waas, cdgps or omnistar"},
+      {"set-dgps", "2 an argument is missing: the source"},
+      {"set-lband x", "2 \"x\" is not a number of MHz"},
+      {"set-lband 1557.1 1.5", "2 \"1.5\" is not a whole number of bits a second"},
+      {"set-cdgps-frequency nan", "2 \"nan\" is not a number of MHz"},
+      {"post-processing 1", "2 \"1\" is not on or off"},
+      {"post-processing", "2 an argument is missing: on or off"},
+      {"raw-interval 0.5",
+       "2 the model GSR2650 LB does not send raw data every 0.5 s; its intervals in seconds are whole "
+       "numbers from "
+       "1 to 86400"},
+      {"send \x07", "2 the text has characters that a line to a receiver cannot hold"},
+      {"send", "2 an argument is missing: the text"},
+      {"send " + std::string(199, 'x'), "2 the text is longer than 198 characters"},
+  };
+  for (const auto& [call, error] : refused) {
+    const gps::Arguments words = gps::ReadArguments(call);
+    EXPECT_EQ(
+        ErrorOf([&] {
+          gps::rehearse("GSR2650 LB", words.words.front(), {words.words.begin() + 1, words.words.end()});
+        }),
+        error);
+  }
+  for (const char* frequency : {"283.4", "325.1", "3o0", "-300"}) {
+    EXPECT_EQ(ErrorOf([&] { gps::rehearse("CSI", "set-beacon", {frequency}); }),
+              std::string("2 \"") + frequency +
+                  "\" is not \"auto\", nor a beacon's frequency from 283.5 to 325 kHz");
+  }
+  EXPECT_EQ(ErrorOf([] {
+              gps::rehearse("CSI", "set-beacon", {"325", "150"});
+            }),
+            "2 \"150\" is not a beacon's bit rate: 25, 50, 100 or 200");
+  EXPECT_EQ(ErrorOf([] { gps::rehearse("CSI", "set-beacon", {"283.5", "25"}); }), "none");
   EXPECT_TRUE(Has(ErrorOf([] { gps::rehearse("Trimble", "gga-only"); }),
                   "6 the model Trimble does not offer gga-only; it offers start"));
 }
 
 TEST(FaceLive, ReadsALineOfOnesOwnOnAnyThread) {
-  Script script(kScript);
-  gps::Receiver receiver({.model = "other", .line = LineOf(script, kScript)});
+  Script script;
+  gps::Receiver receiver({.model = "other", .line = script.Opener()});
   EXPECT_EQ(receiver.model(), "Other");
   EXPECT_TRUE(Has(ErrorOf([] { gps::Receiver({.line = [] { return nullptr; }}); }), "7 "));
   script.Send(Recorded());
@@ -210,11 +230,10 @@ TEST(FaceLive, ReadsALineOfOnesOwnOnAnyThread) {
 }
 
 TEST(FaceLive, FitsIntoAnEventLoopAndRecords) {
-  Script script(kScript);
+  Script script;
   const std::string file = testing::TempDir() + "gpsengine-face-recorded.log";
-  const SerialLineFactory line = LineOf(script, kScript);
   std::optional<gps::Receiver> receiver;
-  receiver.emplace(gps::ReceiverOptions{.line = line, .record = file});
+  receiver.emplace(gps::ReceiverOptions{.line = script.Opener(), .record = file});
   pollfd wait{receiver->descriptor(), POLLIN, 0};
   EXPECT_EQ(poll(&wait, 1, 0), 0);
   const std::string sent = Gga("123519") + Gga("123520");
@@ -227,15 +246,16 @@ TEST(FaceLive, FitsIntoAnEventLoopAndRecords) {
   EXPECT_EQ(poll(&wait, 1, 0), 0);
   receiver.reset();
   EXPECT_EQ(ReadFile(file), sent) << "recorded";
-  receiver.emplace(gps::ReceiverOptions{.line = line, .record = "/no/such/folder/file"});
+  receiver.emplace(gps::ReceiverOptions{.line = script.Opener(), .record = "/no/such/folder/file"});
   script.Send(sent);
-  EXPECT_TRUE(
-      Has(std::get<std::string>(receiver->reports(kLong).next().value().value), "Could not open file"));
+  const gps::Report message = receiver->reports(kLong).next().value();
+  EXPECT_EQ(message.key, "message");
+  EXPECT_TRUE(Has(std::get<std::string>(message.value), "Could not open file"));
 }
 
 TEST(FaceLive, LosesTheOldestWhereNobodyReads) {
-  Script script(kScript);
-  gps::Receiver receiver({.line = LineOf(script, kScript)});
+  Script script;
+  gps::Receiver receiver({.line = script.Opener()});
   auto fixes = receiver.fixes(kLong);
   constexpr int kSent = 6000;
   std::string bytes;
@@ -255,7 +275,8 @@ TEST(FaceLive, CommandsAndEndsWithItsLine) {
   PseudoTerminal terminal;
   EXPECT_TRUE(Has(ErrorOf([] { gps::Receiver({.port = "/dev/no-such"}); }),
                   "3 cannot open /dev/no-such: No such file or directory"));
-  EXPECT_TRUE(Has(ErrorOf([] { gps::Receiver(gps::ReceiverOptions{}); }), "2 no port is named"));
+  EXPECT_EQ(ErrorOf([] { gps::Receiver(gps::ReceiverOptions{}); }),
+            "2 no port is named, and no line in its place: .port = \"/dev/ttyUSB0\"");
   std::optional<gps::Receiver> receiver;
   receiver.emplace(gps::ReceiverOptions{.model = "Ashtech", .port = terminal.Name()});
   terminal.Receive(1000, 50ms);
@@ -273,19 +294,34 @@ TEST(FaceLive, CommandsAndEndsWithItsLine) {
             "6 raw-interval: the receiver took 0 lines and refused 1, the last one with $PASHR,NAK");
   refusing.join();
   EXPECT_TRUE(Has(ErrorOf([&] { receiver->command("set-lband", {"0", "1200"}); }), "6 the model Ashtech"));
-  EXPECT_TRUE(Has(ErrorOf([&] { receiver->command("start"); }), "6 start is what"));
+  EXPECT_EQ(ErrorOf([&] { receiver->command("start"); }),
+            "6 start is what making a gps::Receiver and letting it go do by themselves");
   std::stop_source stop;
   stop.request_stop();
-  EXPECT_TRUE(
-      Has(ErrorOf([&] { receiver->command("default-nmea", {}, stop.get_token()); }), "130 default-nmea"));
+  EXPECT_EQ(ErrorOf([&] { receiver->command("default-nmea", {}, stop.get_token()); }),
+            "130 default-nmea was stopped; give the command again and let it end");
   EXPECT_EQ(terminal.Receive(1, 50ms), "") << "stopped before its first line";
 
-  terminal.Send(Gga("123519"));
   auto fixes = receiver->fixes(kLong);
+  auto skies = receiver->satellites(kLong);
+  terminal.Send(Gga("123519") + WithChecksum("$GPGSV,1,1,01,07,45,180,41"));
   EXPECT_TRUE(fixes.next());
   terminal.HangUp();
-  EXPECT_TRUE(Has(ErrorOf([&] { fixes.next(); }), "5 the port " + terminal.Name() + " was lost"));
+  EXPECT_EQ(
+      ErrorOf([&] { fixes.next(); }),
+      "5 the port " + terminal.Name() +
+          " was lost: it was unplugged, or the other side hung up. Plug it in again and start once more");
+  EXPECT_TRUE(skies.next()) << "those that waited for more of their epoch";
   EXPECT_TRUE(Has(ErrorOf([&] { receiver->command("gga-only"); }), "5 the port"));
   receiver.reset();
   EXPECT_TRUE(Has(ErrorOf([&] { fixes.next(); }), "5 the port")) << "it outlives the receiver";
+}
+
+TEST(FaceLive, StopsACommandInTheMidstOfAWait) {
+  Script script;
+  gps::Receiver receiver({.model = "Sokkia Axis3", .line = script.Opener()});
+  std::stop_source stop;
+  const auto command = [&] { receiver.command("set-dgps", {"lband"}, stop.get_token()); };
+  const std::jthread stopping([&] { std::this_thread::sleep_for(20ms), stop.request_stop(); });
+  EXPECT_LT(Took([&] { EXPECT_TRUE(Has(ErrorOf(command), "130 set-dgps")); }), 4000u) << "of five seconds";
 }

@@ -2,9 +2,6 @@
 #include "gpsengine/drivers/sirf.h"
 #include "tests/support/enginetest.h"
 #include "tests/support/scriptedline.h"
-#include "tests/support/smalldisk.h"
-#include "tests/support/temporaryfolder.h"
-#include "tests/support/texts.h"
 
 namespace {
 
@@ -42,43 +39,24 @@ TEST_F(FilesTest, KeepTheBytesThatADiskHadRoomForWhileTheRunGoesOn) {
 TEST_F(FilesTest, ThatCannotBeRecordedToAreNamedOnceAndTheRunGoesOn) {
   Script line(kPort);
   const std::vector<std::string> cannotOpen = {"Could not open file to log raw data!"};
-  const struct {
-    std::string path;
-    std::vector<std::string> boxes;
-  } rows[] = {{folder / "", cannotOpen}, {"/dev/full", {}}, {"", cannotOpen}};
+  const std::pair<std::string, std::vector<std::string>> rows[] = {
+      {folder / "", cannotOpen}, {"/dev/full", {}}, {"", cannotOpen}};
   SetMessageBoxHandler([this](const CString& text, BoxKind) {
     boxes.push_back(text.ToUtf8());
     EXPECT_TRUE(engine.m_bRecordRaw) << "until the user has seen it";
   });
   ASSERT_TRUE(engine.Start());
   std::size_t count = 0;
-  for (const auto& row : rows) {
+  for (const auto& [path, shown] : rows) {
     boxes.clear();
-    RecordTo(row.path);
+    RecordTo(path);
     line.Send(FixAt(1));
-    ASSERT_TRUE(UntilRecords(++count)) << row.path;
-    EXPECT_FALSE(engine.m_bRecordRaw) << row.path;
+    ASSERT_TRUE(UntilRecords(++count)) << path;
+    EXPECT_FALSE(engine.m_bRecordRaw) << path;
     line.Send(FixAt(2));
-    ASSERT_TRUE(UntilRecords(++count)) << row.path;
-    EXPECT_EQ(boxes, row.boxes) << row.path;
+    ASSERT_TRUE(UntilRecords(++count)) << path;
+    EXPECT_EQ(boxes, shown) << path;
   }
-}
-
-TEST_F(FilesTest, WhoseFolderVanishesAreMissedAtTheNextStart) {
-  Script line(kPort);
-  RecordTo(folder / "drive.log");
-  ASSERT_TRUE(engine.Start());
-  line.Send(FixAt(1));
-  ASSERT_TRUE(UntilRecords(1));
-  std::filesystem::remove_all(folder / "");
-  line.Send(FixAt(2));
-  ASSERT_TRUE(UntilRecords(2));
-  EXPECT_TRUE(boxes.empty()) << "the open file takes bytes as before";
-  ASSERT_TRUE(engine.Start());
-  line.Send(FixAt(3));
-  ASSERT_TRUE(UntilRecords(3));
-  EXPECT_FALSE(engine.m_bRecordRaw);
-  EXPECT_EQ(boxes.size(), 1u);
 }
 
 /// Plays files faster than a line every half second: their first line is a pause, whose box gives the thread

@@ -1,15 +1,9 @@
 #include <fcntl.h>
-#include <gtest/gtest.h>
-#include <unistd.h>
-
-#include <cstdlib>
 
 #include "gpsengine/link/blockguard.h"
 #include "host/decode.h"
 #include "host/run/recording.h"
 #include "tests/support/receivertest.h"
-#include "tests/support/temporaryfolder.h"
-#include "tests/support/texts.h"
 
 using namespace host;
 
@@ -43,16 +37,13 @@ class HostDecode : public testing::Test {
   /// same. A failure's text is part of it.
   std::string Decoded(const std::string& bytes, ExitCode code = ExitCode::done) {
     WriteFile(options_.files[0], bytes);
-    const int descriptor = open((folder_ / "shown").c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600);
-    Output output(descriptor);
-    try {
-      EXPECT_EQ(Decode(options_, interrupt_, output), code);
-    } catch (const Failure& failure) {
-      EXPECT_EQ(failure.Code(), code);
-      output.Text() = failure.what();
-      output.Flush();
-    }
-    close(descriptor);
+    const UniqueDescriptor shown(
+        open((folder_ / "shown").c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600));
+    Output output(shown.Get());
+    ExitCode ended = ExitCode::done;
+    const std::string error = ErrorOf([&] { ended = Decode(options_, interrupt_, output); });
+    EXPECT_EQ(error == "none" ? static_cast<int>(ended) : std::stoi(error), static_cast<int>(code));
+    if (error != "none") return error;
     std::string text = ReadFile(folder_ / "shown");
     for (std::size_t at; (at = text.find("\"m_Time\":")) != std::string::npos;)
       text.erase(at, text.find(',', at) - at + 1);

@@ -1,20 +1,11 @@
 #include <fcntl.h>
-#include <gtest/gtest.h>
-#include <unistd.h>
 
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
 #include <map>
-#include <sstream>
 
 #include "host/decode.h"
 #include "simulator/simulator.h"
 #include "tests/support/program.h"
 #include "tests/support/receivertest.h"
-#include "tests/support/smalldisk.h"
-#include "tests/support/temporaryfolder.h"
-#include "tests/support/texts.h"
 
 using namespace host;
 
@@ -40,19 +31,12 @@ std::string UnclosedTag(std::string_view text) {
 
 /// A table's cells by its header's names, row for row.
 std::vector<std::map<std::string, std::string>> Table(const std::string& text) {
-  std::vector<std::string> names;
-  std::vector<std::map<std::string, std::string>> rows;
-  std::istringstream lines(text);
-  for (std::string line; std::getline(lines, line);) {
-    if (line.ends_with('\r')) line.pop_back();
-    std::istringstream cells(line);
-    std::string cell;
-    if (names.empty()) {
-      while (std::getline(cells, cell, ',')) names.push_back(cell);
-    } else {
-      auto& row = rows.emplace_back();
-      for (const auto& name : names) std::getline(cells, row[name], ',');
-    }
+  const auto lines = Split(text, '\n');
+  std::vector<std::map<std::string, std::string>> rows(lines.size() - 1);
+  const auto cells = [&](std::size_t i) { return Split(lines[i].substr(0, lines[i].find('\r')), ','); };
+  for (std::size_t i = 1; i < lines.size(); ++i) {
+    const auto names = cells(0), values = cells(i);
+    for (std::size_t k = 0; k < names.size(); ++k) rows[i - 1][names[k]] = k < values.size() ? values[k] : "";
   }
   return rows;
 }
@@ -70,10 +54,13 @@ class HostExports : public testing::Test {
   std::string Path(const std::string& extension) const { return folder_ / ("out." + extension); }
   std::string Export(const std::string& extension) const { return ReadFile(Path(extension)); }
   void Decode(const std::string& bytes) {
-    std::ofstream(options_.files[0], std::ios::binary) << bytes;
-    Output output(open("/dev/null", O_WRONLY | O_CLOEXEC));
+    WriteFile(options_.files[0], bytes);
+    Decode();
+  }
+  void Decode() {
+    const UniqueDescriptor nowhere(open("/dev/null", O_WRONLY | O_CLOEXEC));
+    Output output(nowhere.Get());
     EXPECT_EQ(host::Decode(options_, interrupt_, output), ExitCode::done);
-    close(output.Descriptor());
   }
   testing::AssertionResult Contains(const std::string& extension, const std::string& text) const {
     return Has(Export(extension), text);
@@ -135,14 +122,11 @@ TEST_F(HostExports, JoinsTheSentencesOfAnEpochAndSplitsATrackAtAGap) {
 // The places are those of "cs2cs EPSG:4326", by whoever wrote the tables.
 TEST_F(HostExports, TellsEastingsAndNorthingsInMetres) {
   if (Projection::Version() == "without PROJ") GTEST_SKIP() << "PROJ is missing";
-  const struct {
-    const char* code;
-    double easting, northing;
-    const char* name;
-  } rows[] = {{"utm", 687'299.575, 5'332'401.246, "EPSG:32632"},
-              {"EPSG:25832", 687'299.575, 5'332'401.245, "EPSG:25832"},
-              {"EPSG:3035", 4'433'972.399, 2'779'353.199, "EPSG:3035"},  // northing first
-              {"EPSG:2263", 18'859'192.593 * 1200 / 3937, 12'396'973.520 * 1200 / 3937, "EPSG:2263"}};
+  const std::tuple<const char*, double, double, const char*> rows[] = {
+      {"utm", 687'299.575, 5'332'401.246, "EPSG:32632"},
+      {"EPSG:25832", 687'299.575, 5'332'401.245, "EPSG:25832"},
+      {"EPSG:3035", 4'433'972.399, 2'779'353.199, "EPSG:3035"},  // northing first
+      {"EPSG:2263", 18'859'192.593 * 1200 / 3937, 12'396'973.520 * 1200 / 3937, "EPSG:2263"}};
   for (const auto& [code, easting, northing, name] : rows) {
     options_.display.projection = std::make_shared<Projection>(code);
     Decode(kDate + FixOf("235959"));
@@ -205,13 +189,11 @@ TEST_F(HostExports, TellHeightsForWhatTheyAre) {
   const auto gga = [](const std::string& time, const std::string& tail) {
     return WithChecksum("$GPGGA," + time + ",4807.038,N,01131.000,E,2,08,0.9,545.4,M," + tail);
   };
-  const struct {
-    Geoid geoid;
-    const char *column, *height, *msl;
-    const char *height_alone, *msl_alone;  // where no separation is stated
-  } cases[] = {{Geoid::none, "height_msl_m", "545.400", "545.400", "545.400", "545.400"},
-               {Geoid::add, "height_hae_m", "592.300", "545.400", "", "545.400"},
-               {Geoid::subtract, "height_msl_m", "498.500", "498.500", "", ""}};
+  // The last two are of a position without a separation.
+  const std::tuple<Geoid, const char*, const char*, const char*, const char*, const char*> cases[] = {
+      {Geoid::none, "height_msl_m", "545.400", "545.400", "545.400", "545.400"},
+      {Geoid::add, "height_hae_m", "592.300", "545.400", "", "545.400"},
+      {Geoid::subtract, "height_msl_m", "498.500", "498.500", "", ""}};
   for (const auto& [geoid, column, height, msl, height_alone, msl_alone] : cases) {
     options_.geoid = geoid;
     Decode(kDate + gga("000001", "46.9,M,2.5,0120") + gga("000002", ",M,,"));
@@ -254,10 +236,8 @@ TEST_F(HostExports, WriteWhatRtklibAndMapsRead) {
 
 TEST_F(HostExports, SayWhereNoDateIsKnown) {
   const std::string rmc = "000000,V,,,,,,,311223,,";
-  const struct {
-    std::string stream;
-    const char* date;  // empty: that of today
-  } cases[] = {
+  // No date is that of today.
+  const std::pair<std::string, const char*> cases[] = {
       {FixOf("000001"), ""},
       {WithChecksum("$GPRMC," + rmc) + FixOf("000001"), "2023-12-31"},
       {WithChecksum("$GPRMC,000000,A,,,,,,,010124,,") + WithChecksum("$GPRMC," + rmc) + FixOf("000001"),
@@ -299,7 +279,7 @@ TEST_F(HostExports, MakeOneFileOfSeveralRecordings) {
 // A converter that no one here wrote. It takes any number for a coordinate and ends well on broken input, so
 // what counts is how many points it finds, and where.
 TEST_F(HostExports, AreReadByAConverterAsTheSamePoints) {
-  if (std::system("command -v gpsbabel >/dev/null") != 0) GTEST_SKIP() << "gpsbabel is missing";
+  if (!HasTool("gpsbabel")) GTEST_SKIP() << "gpsbabel is missing";
   simulator::Options simulated;
   simulated.start_utc = std::chrono::sys_days(std::chrono::year(2024) / 5 / 14) - std::chrono::seconds(120);
   const auto receiver = simulator::MakeReceiver(simulated);
@@ -350,32 +330,23 @@ TEST_F(HostExports, FiltersWhatIsShownAndExported) {
   EXPECT_EQ(seconds(), "00/1 01/1 02/1 ");
   filter = {.only = Kinds(Kind::report)};
   EXPECT_EQ(seconds(), "");
-  Program json({"decode", options_.files[0], "--only", "fix", "--count", "2", "--format", "json"});
-  EXPECT_EQ(json.Wait(), 0);
-  const std::string shown = json.Output();
+  const std::string shown = OutputOf("decode --only fix --count 2 --format json " + options_.files[0]);
   EXPECT_EQ(Count(shown, "{\"class\":\"TPV\""), 2) << shown;
   EXPECT_EQ(Count(shown, "\n"), 2) << shown;
 }
 
 TEST_F(HostExports, NameThePathThatCannotBeWritten) {
-  const auto failure = [this] {
-    try {
-      Decode(FixOf("000000"));
-    } catch (const Failure& wrong) {
-      return std::string(wrong.what());
-    }
-    return std::string();
-  };
+  const auto failure = [this] { return ErrorOf([&] { Decode(FixOf("000000")); }); };
   options_.exports.kml = "/nonexistent/x.kml";
-  EXPECT_EQ(failure(), "cannot write /nonexistent/x.kml (--kml): No such file or directory");
+  EXPECT_EQ(failure(), "1 cannot write /nonexistent/x.kml (--kml): No such file or directory");
   options_.exports.kml = Path("gpx");
-  EXPECT_EQ(failure(), "--gpx and --kml both name " + Path("gpx"));
+  EXPECT_EQ(failure(), "2 --gpx and --kml both name " + Path("gpx"));
   options_.exports.kml = options_.files[0];
-  EXPECT_EQ(failure(), "--kml " + options_.files[0] + " is the recording itself");
+  EXPECT_EQ(failure(), "2 --kml " + options_.files[0] + " is the recording itself");
   EXPECT_EQ(ReadFile(options_.files[0]), FixOf("000000"));
   options_.exports.kml.clear();
   options_.exports.report = "/nonexistent/x.html";
-  EXPECT_EQ(failure(), "cannot write /nonexistent/x.html (--report): No such file or directory");
+  EXPECT_EQ(failure(), "1 cannot write /nonexistent/x.html (--report): No such file or directory");
 }
 
 TEST_F(HostExports, LeaveWholeFilesOnAFullDisk) {
@@ -384,15 +355,11 @@ TEST_F(HostExports, LeaveWholeFilesOnAFullDisk) {
     const std::string time = std::to_string(1'000'000 + i / 3600 * 10000 + i / 60 % 60 * 100 + i % 60);
     stream += FixOf(time.substr(1));
   }
-  std::ofstream(options_.files[0], std::ios::binary) << stream;
-  try {
-    options_.exports.report = Path("html");
+  WriteFile(options_.files[0], stream);
+  options_.exports.report = Path("html");
+  {
     const SmallDisk disk(100'000);
-    Output output(open("/dev/null", O_WRONLY | O_CLOEXEC));
-    host::Decode(options_, interrupt_, output);
-    FAIL();
-  } catch (const Failure& full) {
-    EXPECT_TRUE(Has(std::string(full.what()), "out.gpx (--gpx): File too large")) << full.what();
+    EXPECT_TRUE(Has(ErrorOf([&] { Decode(); }), "out.gpx (--gpx): File too large"));
   }
   ExpectWellFormed();
   EXPECT_TRUE(Export("html").ends_with("</html>\n"));

@@ -1,16 +1,10 @@
-#include <gtest/gtest.h>
-
-#include <sstream>
-#include <vector>
-
 #include "gpsengine/face/models.h"
 #include "gpsengine/face/rawoutput.h"
 #include "gpsengine/face/rehearse.h"
 #include "gpsengine/platform/application.h"
 #include "host/commands/outcome.h"
-#include "host/run/failure.h"
 #include "host/session/rawoutput.h"
-#include "tests/support/texts.h"
+#include "tests/support/basics.h"
 
 using namespace host;
 
@@ -18,45 +12,24 @@ namespace {
 
 class HostOperations : public testing::Test {
  protected:
-  static std::vector<std::string> Words(const std::string& call) {
-    std::istringstream stream(call);
-    std::vector<std::string> words;
-    for (std::string word; std::getline(stream, word, ' ');) words.push_back(word);
-    return words;
-  }
-
   /// The steps and the result of an operation, its words as a user writes them.
   static std::string Steps(const std::string& model, const std::string& call, bool wait = false) {
-    std::vector<std::string> words = Words(call);
+    std::vector<std::string> words = Split(call, ' ');
     const Operation& operation = FindOperation(words[0]);
     words.erase(words.begin());
     const auto transcript = Rehearse(model, operation, Prepare(operation, Arguments{std::move(words), wait}));
     return transcript.Text() + NameOf(transcript.result);
   }
 
-  /// The text of the failure that these words give, empty if they are taken.
+  /// The failure that these words give.
   static std::string Refusal(const std::vector<std::string>& words, bool wait = false) {
-    try {
-      const Operation& operation = FindOperation(words[0]);
-      Prepare(operation, Arguments{{words.begin() + 1, words.end()}, wait});
-    } catch (const gps::Error& failure) {
-      EXPECT_EQ(failure.code(), gps::ErrorCode::usage);
-      return failure.what();
-    }
-    return "";
+    return ErrorOf([&] {
+      Prepare(FindOperation(words[0]), Arguments{{words.begin() + 1, words.end()}, wait});
+    });
   }
 
   CWinApp app_{"gpsengine-test"};
 };
-
-}  // namespace
-
-TEST_F(HostOperations, WriteAndResultInWhatTheModelSays) {
-  EXPECT_EQ(Steps("CSI", "set-beacon 304.50 200"), "write \"$GPMSK,304.50,M,200,M,0\\r\\n\"\nwait 200\nnone");
-  EXPECT_EQ(Steps("Other", "send $JSHOW"), "write \"$JSHOW\\r\\n\"\nnone");
-  EXPECT_EQ(Steps("Sokkia Axis3", "raw-interval 0.2"),
-            "write \"$JBIN,96,0.2\\r\\n\"\nwrite \"$JBIN,95,0.2\\r\\n\"\nwrite \"$JSAVE\\r\\n\"\ntrue");
-}
 
 TEST_F(HostOperations, CountAWaitForAnAcknowledgementAsAcknowledged) {
   const std::string steps = Steps("CSI", "reset", true);
@@ -75,14 +48,10 @@ TEST_F(HostOperations, RefuseAnIntervalThatTheModelDoesNotHave) {
 }
 
 TEST_F(HostOperations, SayWhatWasSentAndHowTheLineAnswered) {
-  const struct {
-    const char *model, *call, *bytes;
-    long long reports;
-    const char* text;
-  } rows[] = {
+  const std::tuple<const char*, const char*, const char*, long long, const char*> rows[] = {
       {"CSI", "set-elevation-mask 12", "$PASHR,ACK*3D\r\n", 0, R"(sent "$PASHS,PEM,12"; the receiver ack)"},
-      {"CSI", "set-elevation-mask 12", "$PASHR,NAK*30\r\n", 0, "refused: sent"},
-      {"CSI", "set-elevation-mask 12", "$GPGGA,\r\n", 0, "refused: sent"},
+      {"CSI", "set-elevation-mask 12", "$PASHR,NAK*30\r\n", 0, "6 sent"},
+      {"CSI", "set-elevation-mask 12", "$GPGGA,\r\n", 0, "6 sent"},
       {"CSI", "gga-only", "$PASHR,NAK*30\r\n$PASHR,ACK*3D\r\n", 1, "took 1 and refused 1"},
       {"GSR2650 LB", "gga-only", "\r\n<OK\r\n[COM2]", 0, R"(sent 13 messages, "UNLOG  GPALM" to "UN)"},
       {"SiRF", "gga-only", "\xA0", 0, "no message was understood: is it the model SiRF, at 4800 baud"},
@@ -90,19 +59,16 @@ TEST_F(HostOperations, SayWhatWasSentAndHowTheLineAnswered) {
       {"Starlink", "gga-only", "", 0, "no bytes came from /dev/x"},
       {"CSI", "keep-alive", "", 0, "nothing was sent"}};
   for (const auto& [model, call, bytes, reports, text] : rows) {
-    const auto words = Words(call);
+    const auto words = Split(call, ' ');
     const Operation& operation = FindOperation(words[0]);
     const Arguments arguments{{words.begin() + 1, words.end()}, false};
     Outcome outcome(Rehearse(model, operation, Prepare(operation, arguments)));
     for (const char c : std::string_view(bytes)) outcome.Feed({&c, 1});
     std::string told;
-    try {
+    const auto refusal = ErrorOf([&] {
       told = outcome.Tell({"/dev/x", model, 4800, bytes[0] == '$', reports});
-    } catch (const Failure& failure) {
-      EXPECT_EQ(failure.Code(), ExitCode::refused);
-      told = std::string("refused: ") + failure.what();
-    }
-    EXPECT_TRUE(Has(told, text));
+    });
+    EXPECT_TRUE(Has(told + refusal, text));
   }
 }
 
@@ -122,8 +88,6 @@ TEST_F(HostOperations, SayWhatAnInterruptionHasLeftUndone) {
   }
 }
 
-namespace {
-
 /// What a run for a RINEX log writes, without its waits: what has come before its commands, and what
 /// follows.
 std::string RawRun(const std::string& model, double interval, const std::vector<CString>& sentences) {
@@ -142,19 +106,12 @@ std::string RawRun(const std::string& model, double interval, const std::vector<
   return text;
 }
 
-}  // namespace
-
 TEST_F(HostOperations, BringAReceiverToSendRawDataAndPutBackWhatWasThere) {
   const CString gsa = "$GPGSA,A,3,01,02,03,04,,,,,,,,,2.0,1.0,1.7*33\r\n";
   const CString gsv = "$GPGSV,1,1,01,02,45,100,40*4E\r\n";
   const std::string on = "$PASHS,RAW,MBN,A,ON;$PASHS,RAW,PBN,A,ON;$PASHS,RAW,SNV,A,ON;";
   const std::string off = "$PASHS,NME,GSA,A,OFF;$PASHS,NME,GSV,A,OFF;-;";
-  const struct {
-    const char* model;
-    double interval;
-    std::vector<CString> sentences;
-    std::string written;
-  } rows[] = {
+  const std::tuple<const char*, double, std::vector<CString>, std::string> rows[] = {
       {"Ashtech", 0.0, {}, on + off},
       {"CSI", 0.5, {gsv}, on + "$PASHS,RCI,0.500000;" + off + "$PASHS,NME,GSV,A,ON;"},
       {"Racal", 0.0, {gsa, gsv}, on + off + "$PASHS,NME,GSA,A,ON;$PASHS,NME,GSV,A,ON;"},
@@ -175,10 +132,15 @@ TEST_F(HostOperations, BringAReceiverToSendRawDataAndPutBackWhatWasThere) {
 }
 
 TEST_F(HostOperations, SayWhyALogOfRawDataIsEmptyByTheModel) {
-  EXPECT_TRUE(Has(WhyNoRawData("CSI"), "gga-only"));
-  for (const char* model : {"CSI - MAX", "Sokkia Axis3", "GSR2650 LB"})
-    EXPECT_TRUE(Has(WhyNoRawData(model), "post-processing on")) << model;
-  EXPECT_TRUE(Has(WhyNoRawData("Other"), "has no raw data"));
+  const std::string beside = "beside GSA and GSV sentences raw data are passed over";
+  EXPECT_EQ(WhyNoRawData("CSI"), beside + ": the operation gga-only ends them");
+  for (const std::string model : {"CSI - MAX", "Sokkia Axis3", "GSR2650 LB"}) {
+    EXPECT_EQ(
+        WhyNoRawData(model),
+        "the model " + model +
+            " sends measurements in blocks once \"post-processing on\" asks for them, and no good one came");
+  }
+  EXPECT_EQ(WhyNoRawData("Other"), "the model has no raw data that could be logged; with others, " + beside);
 }
 
 TEST_F(HostOperations, LeaveNothingBehindWhenTheyAreRehearsed) {
@@ -190,18 +152,17 @@ TEST_F(HostOperations, LeaveNothingBehindWhenTheyAreRehearsed) {
 }
 
 TEST_F(HostOperations, TakeNoArgumentsButTheirOwn) {
-  std::istringstream wrong(
+  const std::string wrong =
       "set-elevation-mask;set-elevation-mask ten;set-elevation-mask 91;set-elevation-mask 10 20;"
       "set-beacon 304.5\r\n$JRESET;set-beacon -1;set-beacon 283.4;set-beacon 325.1;set-beacon nan;"
       "set-beacon 304.5 150;set-beacon auto 200;set-dgps WAAS;set-lband 1557.845;set-lband inf 1200;"
-      "dgps-status yes;raw-interval 1s;gga-only now;send $JSHOW\r\n$JRESET;send \u20AC;no-such-thing");
-  for (std::string call; std::getline(wrong, call, ';');) {
-    EXPECT_NE(Refusal(Words(call)), "") << call;
-  }
-  EXPECT_NE(Refusal({"send", std::string(199, 'x')}), "");
-  EXPECT_NE(Refusal({"gga-only"}, true), "") << "only a reset is acknowledged";
-  EXPECT_EQ(Refusal({"send", std::string(198, 'x')}), "");
-  EXPECT_EQ(Refusal({"set-beacon", "304.5"}), "") << "the bit rate may be left to the receiver";
+      "dgps-status yes;raw-interval 1s;gga-only now;send $JSHOW\r\n$JRESET;send \u20AC;no-such-thing";
+  for (const std::string& call : Split(wrong, ';'))
+    EXPECT_TRUE(Refusal(Split(call, ' ')).starts_with("2 ")) << call;
+  EXPECT_NE(Refusal({"send", std::string(199, 'x')}), "none");
+  EXPECT_NE(Refusal({"gga-only"}, true), "none") << "only a reset is acknowledged";
+  EXPECT_EQ(Refusal({"send", std::string(198, 'x')}), "none");
+  EXPECT_EQ(Refusal({"set-beacon", "304.5"}), "none") << "the bit rate may be left to the receiver";
 }
 
 TEST_F(HostOperations, AreListedWhereTheModelHasThem) {
@@ -214,3 +175,5 @@ TEST_F(HostOperations, AreListedWhereTheModelHasThem) {
   // The capability answer for the source of corrections opens more than this make has.
   EXPECT_EQ(names("SiRF"), "start default-nmea gga-only set-dgps reset send keep-alive suspend ");
 }
+
+}  // namespace

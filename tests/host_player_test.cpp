@@ -1,15 +1,7 @@
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <memory>
-
-#include "gpsengine/platform/application.h"
 #include "gpsengine/sentences/fields.h"
 #include "host/session/recordingfeed.h"
 #include "tests/support/program.h"
 #include "tests/support/receivertest.h"
-#include "tests/support/temporaryfolder.h"
-#include "tests/support/texts.h"
 
 using namespace host;
 
@@ -68,6 +60,8 @@ TEST_F(HostPlayer, PacesARecordingWithoutTimesByItsLine) {
 TEST_F(HostPlayer, TellsTheTimeOfDayOfGoodSentencesAlone) {
   EXPECT_EQ(TimeOfDayOf("noise" + WithChecksum("$GNRMC,010203.25,A,,,,,,,")), 3723.25);
   EXPECT_EQ(TimeOfDayOf(WithChecksum("$GPGLL,,,,,235959,V")), 86'399.0);
+  for (const char* kind : {"$GPZDA", "$GNGNS"})
+    EXPECT_EQ(TimeOfDayOf(WithChecksum(kind + std::string(",000102,4807.038,N"))), 62.0) << kind;
   for (const char* none : {"", "$", "$GPGGA,010203,,*00\r\n", "$GPGGA,010203"})
     EXPECT_FALSE(TimeOfDayOf(none));
   for (const char* none : {"$GPGGA,,,", "$GPGGA,990203,,", "$GPGGA,01:02:03,,", "$GPGSV,010203,,"})
@@ -79,25 +73,16 @@ TEST_F(HostPlayer, ShowsWhatDecodeShowsAndEnds) {
   std::string stream = "\x01\x02$\r\n";
   for (int i = 0; i < 50; ++i) stream += FixAt(i) + WithChecksum("$GPGSV,1,1,01,07,45,180,41");
   Record(stream + std::string(block) + std::string(3000, 'x'));
-  Program decode({"decode", path_, "--format", "json"});
-  Program play({"monitor", "--play", path_, "--format", "json", "--speed", "max"});
-  Program quick({"monitor", "--play", path_, "--format", "json", "--speed", "1e5", "--duration", "9"});
-  EXPECT_EQ(decode.Wait(), 0);
-  EXPECT_EQ(play.Wait(), 0);
-  EXPECT_EQ(quick.Wait(), 0);
-  const std::string all = decode.Output();
-  EXPECT_EQ(play.Output(), all);
-  Program serve({"serve", "--play", path_, "--speed", "max", "--tcp", "0", "--nmea", path_ + ".nmea"});
-  EXPECT_EQ(serve.Wait(), 0) << serve.Errors();
-  Program nmea({"decode", path_ + ".nmea", "--format", "text"}), text({"decode", path_, "--format", "text"});
-  EXPECT_EQ(nmea.Output(), text.Output());
-  Program bin({"monitor", "--play", path_, "--format", "record", "--speed", "max", "--only", "bin"});
-  EXPECT_EQ(bin.Wait(), 0);
-  EXPECT_EQ(bin.Output(), R"({"message":"WM_GPS_NEW_BIN","block":"$BIN 95","bytes":16})"
-                          "\n");
-  const std::string some = quick.Output();
+  const std::string all = OutputOf("decode --format json " + path_);
+  const std::string play = "monitor --play " + path_;
+  EXPECT_EQ(OutputOf(play + " --format json --speed max"), all);
+  const std::string some = OutputOf(play + " --format json --speed 1e5 --duration 9");
   EXPECT_TRUE(some.size() > all.size() / 6 && all.starts_with(some)) << some;
-
+  OutputOf("serve --play " + path_ + " --speed max --tcp 0 --nmea " + path_ + ".nmea");
+  EXPECT_EQ(OutputOf("decode --format text " + path_ + ".nmea"), OutputOf("decode --format text " + path_));
+  EXPECT_EQ(OutputOf(play + " --format record --speed max --only bin"),
+            R"({"message":"WM_GPS_NEW_BIN","block":"$BIN 95","bytes":16})"
+            "\n");
   Program waiting({"monitor", "--play", path_, "--speed", "0.001"});
   EXPECT_TRUE(waiting.HasOutput(5000));
   waiting.Signal(SIGINT);

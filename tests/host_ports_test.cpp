@@ -1,26 +1,16 @@
 // The serial ports of a system, from trees that stand for /sys, /dev and /proc, and what is remembered of
 // them.
-#include <gtest/gtest.h>
 #include <sys/file.h>
-
-#include <chrono>
-#include <csignal>
-#include <filesystem>
-#include <fstream>
-#include <thread>
 
 #include "gpsengine/engine/gpsengine.h"
 #include "gpsengine/face/models.h"
-#include "gpsengine/platform/application.h"
 #include "host/line/config.h"
 #include "host/line/ports.h"
 #include "host/line/portsearch.h"
 #include "host/run/failure.h"
-#include "simulator/simulator.h"
+#include "tests/support/conversation.h"
 #include "tests/support/pseudoterminal.h"
 #include "tests/support/receivertest.h"
-#include "tests/support/temporaryfolder.h"
-#include "tests/support/texts.h"
 
 using namespace std::chrono_literals;
 namespace fs = std::filesystem;
@@ -124,25 +114,10 @@ class SearchTest : public testing::Test {
   std::string Look(const std::vector<std::string>& devices, const std::vector<int>& rates) {
     host::SearchPlan plan{devices, rates, 120ms, 30ms};
     testing::internal::CaptureStderr();
-    std::string found;
-    try {
-      const host::FoundLine line = host::SearchLine(plan, interrupt);
-      found = "found " + line.device + ' ' + std::to_string(line.baud);
-    } catch (const host::Failure& failure) {
-      found = std::to_string(static_cast<int>(failure.Code())) + ' ' + failure.what();
-    }
+    host::FoundLine line;
+    const std::string error = ErrorOf([&] { line = host::SearchLine(plan, interrupt); });
     heard = testing::internal::GetCapturedStderr();
-    return found;
-  }
-  static std::unique_ptr<simulator::PtyRunner> Run(const std::string& model) {
-    simulator::Options options;
-    options.model = model;
-    simulator::PtyRunner::Settings settings;
-    settings.speed_up = 100;
-    settings.paced = false;
-    auto runner = std::make_unique<simulator::PtyRunner>(simulator::MakeReceiver(options), settings);
-    runner->Start();
-    return runner;
+    return error == "none" ? "found " + line.device + ' ' + std::to_string(line.baud) : error;
   }
   void ExpectHeard(const std::string& text) const { EXPECT_TRUE(Has(heard, text)); }
 
@@ -152,7 +127,7 @@ class SearchTest : public testing::Test {
 
 TEST_F(SearchTest, TellsSilenceNoiseAndMessagesApartAndTakesTheMessages) {
   const PseudoTerminal silent;
-  const auto runner = Run("Trimble");  // at 4800 baud
+  const auto runner = RunSimulated("Trimble", 100);  // at 4800 baud
   const std::string& device = runner->PortName();
   EXPECT_EQ(Look({silent.Name(), device, "/dev/no-such-port"}, {9600, 4800}), "found " + device + " 4800");
   ExpectHeard("0.72 s at most");
@@ -231,12 +206,8 @@ TEST(Config, IsWhatWasRememberedSetOrForgotten) {
   EXPECT_EQ(host::ReadConfig().port + host::ReadConfig().model, "");
   EXPECT_TRUE(host::ReadConfig().rates.empty());
   app.SetProfilePath("/proc/nowhere/host.ini");
-  try {
-    host::SetConfig("model", "SiRF");
-    ADD_FAILURE();
-  } catch (const host::Failure& failure) {
-    EXPECT_STREQ(failure.what(), "cannot write /proc/nowhere/host.ini: No such file or directory");
-  }
+  EXPECT_EQ(ErrorOf([] { host::SetConfig("model", "SiRF"); }),
+            "1 cannot write /proc/nowhere/host.ini: No such file or directory");
 }
 
 }  // namespace

@@ -1,46 +1,13 @@
 // Runs that outlive their port, and fixes that grow old.
-#include <gtest/gtest.h>
-
-#include <filesystem>
-#include <thread>
-
 #include "host/line/config.h"
 #include "host/session/fixage.h"
 #include "tests/support/monitorrun.h"
-#include "tests/support/pseudoterminal.h"
-#include "tests/support/receivertest.h"
 
 using namespace std::chrono_literals;
-namespace fs = std::filesystem;
 
 namespace {
 
-/// A run on a port under a name of its own, such as those of /dev/serial/by-id, that leads to a
-/// pseudo-terminal.
-class ReconnectTest : public MonitorRun {
- protected:
-  ReconnectTest() {
-    options.port = folder / "usb-receiver";
-    Plug();
-  }
-
-  void Plug() {
-    terminal = std::make_unique<PseudoTerminal>();
-    fs::create_symlink(terminal->Name(), options.port);
-  }
-  void Unplug() {
-    terminal->HangUp();
-    fs::remove(options.port);
-  }
-  /// Sends a fix until the run shows it, since a port that is opened forgets what came before.
-  void SendUntilShown(int second) {
-    UntilShown(second, [&] { terminal->Exchange(FixAt(second)); });
-  }
-
-  std::unique_ptr<PseudoTerminal> terminal;
-};
-
-TEST_F(ReconnectTest, GoesOnUnderTheSameNameAndInTheSameRecording) {
+TEST_F(PluggedRun, GoesOnUnderTheSameNameAndInTheSameRecording) {
   std::string second;
   const auto code = Run([&] {
     SendUntilShown(1);
@@ -59,7 +26,7 @@ TEST_F(ReconnectTest, GoesOnUnderTheSameNameAndInTheSameRecording) {
   EXPECT_EQ(host::ReadConfig().port, options.port) << "remembered, since it was understood";
 }
 
-TEST_F(ReconnectTest, WaitsForAPortThatIsNotThereYet) {
+TEST_F(PluggedRun, WaitsForAPortThatIsNotThereYet) {
   Unplug();
   options.duration = 0.05;
   EXPECT_EQ(Run([] {}), host::ExitCode::port_closed) << "it was not lost";
@@ -75,7 +42,7 @@ TEST_F(ReconnectTest, WaitsForAPortThatIsNotThereYet) {
   ExpectError("the port is there as " + terminal->Name());
 }
 
-TEST_F(ReconnectTest, EndsWhileItWaitsWhenItsTimeIsOverOrItIsInterrupted) {
+TEST_F(PluggedRun, EndsWhileItWaitsWhenItsTimeIsOverOrItIsInterrupted) {
   options.duration = 0.7;
   EXPECT_EQ(Run([&] {
               SendUntilShown(1);

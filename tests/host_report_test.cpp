@@ -1,15 +1,9 @@
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <filesystem>
-#include <fstream>
 #include <nlohmann/json.hpp>
 #include <numbers>
 
 #include "host/exports/reportpage.h"
 #include "host/records/fixkind.h"
 #include "tests/support/browser.h"
-#include "tests/support/texts.h"
 
 using namespace host;
 
@@ -40,8 +34,6 @@ void Walk(RunStatistics& run, long long start, int seconds, int signal = UDF_SIG
     run.Add(epoch);
   }
 }
-
-}  // namespace
 
 TEST(HostReport, MeasuresTheGroundAtAnyLatitude) {
   constexpr double kNear = 0.001;  // degrees
@@ -202,37 +194,28 @@ TEST(HostReport, TellsWhereAStillReceiverStandsAndInWhichUnits) {
   EXPECT_FALSE(DataOf(moved).contains("cloud"));
 }
 
-namespace {
-
-/// Where a vehicle is after this many seconds, in metres from its start.
-struct Way {
-  double east, north;
-};
-
-/// Circles of 200 m, one in ten minutes, as a receiver sees them: with an error that wanders within
-/// centimetres.
-Way OnCircles(double seconds) {
+/// Where a vehicle is after so many seconds, in metres from its start. Circles of 200 m, one in ten minutes,
+/// as a receiver sees them: with an error that wanders within centimetres.
+Offset OnCircles(double seconds) {
   const double turn = seconds * 2.0 * std::numbers::pi / 600.0;
   return {200.0 * std::sin(turn) + 0.03 * std::sin(seconds / 37.0),
           200.0 - 200.0 * std::cos(turn) + 0.03 * std::sin(seconds / 53.0)};
 }
 
 /// Lanes of 900 m up and down a field, 15 m apart, at 3 m/s.
-Way OnLanes(double seconds) {
+Offset OnLanes(double seconds) {
   const double way = seconds * 3.0, lane = std::floor(way / 915.0), along = way - lane * 915.0;
   const double north = std::min(along, 900.0);
   return {lane * 15.0 + std::max(0.0, along - 900.0), std::fmod(lane, 2.0) == 0.0 ? north : 900.0 - north};
 }
 
-double Distance(const Way& place, const Way& a, const Way& b) {
+double Distance(const Offset& place, const Offset& a, const Offset& b) {
   const double x = b.east - a.east, y = b.north - a.north, length = x * x + y * y;
   const double along =
       length > 0.0 ? ((place.east - a.east) * x + (place.north - a.north) * y) / length : 0.0;
   const double part = std::clamp(along, 0.0, 1.0);
   return std::hypot(place.east - a.east - part * x, place.north - a.north - part * y);
 }
-
-}  // namespace
 
 TEST(HostReport, DrawsADayAtTenHertzWithinTwoPixels) {
   constexpr double kLatitude = 47.0;
@@ -243,7 +226,7 @@ TEST(HostReport, DrawsADayAtTenHertzWithinTwoPixels) {
     epoch.valid = true;
     epoch.signal = UDF_SIGNAL_RTK_FIXED;
     for (int i = 0; i < 864'000; ++i) {
-      const Way place = way(i / 10.0);
+      const Offset place = way(i / 10.0);
       epoch.time = At(i * 100);
       epoch.starts_segment = i == 0;
       epoch.latitude = kLatitude + place.north / degree.north;
@@ -253,11 +236,11 @@ TEST(HostReport, DrawsADayAtTenHertzWithinTwoPixels) {
     // What the page draws, from the first fix.
     const nlohmann::json points = DataOf(ReportPage({"x", "Other", Geoid::none}, run, Tally()))["track"];
     EXPECT_LT(points.size(), 5000u);
-    const Way origin = way(0.0);
+    const Offset origin = way(0.0);
     const auto at = [&](const nlohmann::json& point) {
-      return Way{origin.east + point[0].get<double>(), origin.north + point[1].get<double>()};
+      return Offset{origin.east + point[0].get<double>(), origin.north + point[1].get<double>()};
     };
-    std::vector<std::pair<Way, Way>> lines;
+    std::vector<std::pair<Offset, Offset>> lines;
     for (std::size_t k = 1; k < points.size(); ++k)
       if (points[k].size() < 4) lines.emplace_back(at(points[k - 1]), at(points[k]));
     double furthest = 0.0;
@@ -269,3 +252,5 @@ TEST(HostReport, DrawsADayAtTenHertzWithinTwoPixels) {
     EXPECT_LT(furthest, 2.0 * pixel) << points.size() << " points";
   }
 }
+
+}  // namespace

@@ -1,33 +1,17 @@
 #include <fcntl.h>
-#include <gtest/gtest.h>
-#include <unistd.h>
 
-#include <algorithm>
-#include <chrono>
-#include <cstdlib>
-#include <cstring>
-#include <filesystem>
-#include <fstream>
-#include <sstream>
-
-#include "gpsengine/platform/application.h"
 #include "gpsengine/rawdata/gpstime.h"
 #include "host/decode.h"
 #include "host/exports/rinexlog.h"
 #include "simulator/simulator.h"
 #include "tests/support/program.h"
-#include "tests/support/smalldisk.h"
-#include "tests/support/temporaryfolder.h"
-#include "tests/support/texts.h"
 
 using namespace host;
 
 namespace {
 
 Moment Day(int year, unsigned month, unsigned day) {
-  const std::chrono::year_month_day date{std::chrono::year(year), std::chrono::month(month),
-                                         std::chrono::day(day)};
-  return std::chrono::sys_days(date);
+  return std::chrono::sys_days(std::chrono::year(year) / month / day);
 }
 
 /// An epoch with satellites 5 and 17, a satellite of another system and a measurement that is none.
@@ -41,14 +25,8 @@ CGPSDataRaw Epoch(int week, double seconds) {
   epoch.m_dHeight = 102.0;
   epoch.m_nSatellites = 4;
   const int prns[] = {5, 40, 17, 9};
-  for (int i = 0; i < 4; ++i) {
-    epoch.m_Satellites[i].m_nPRN = prns[i];
-    epoch.m_Satellites[i].m_dPseudorange = 20'000'000.0625 + i;
-    epoch.m_Satellites[i].m_dCarrierPhase = -105'000'000.5;
-    epoch.m_Satellites[i].m_dDoppler = 1234.5678;
-    epoch.m_Satellites[i].m_nSignalCount = 44;
-    epoch.m_Satellites[i].m_bValid = i != 3;
-  }
+  for (int i = 0; i < 4; ++i)
+    epoch.m_Satellites[i] = {prns[i], 44, 20'000'000.0625 + i, -105'000'000.5, 1234.5678, 0.0, 0.0, i != 3};
   epoch.m_Satellites[2].m_dCarrierPhase = 3e9;  // more than the format has room for
   return epoch;
 }
@@ -61,11 +39,11 @@ class HostRinex : public testing::Test {
     log_.SetLogInterval(1.0);
     log_.Enable(true);
   }
-  /// What stands after the header.
+  /// What stands after the header, if there is one.
   static std::string Body(const std::string& path) {
-    const std::string text = ReadFile(path);
-    const std::string end = "END OF HEADER       \n";
-    return text.substr(text.find(end) + end.size());
+    const std::string text = ReadFile(path), end = "END OF HEADER       \n";
+    const auto start = text.find(end);
+    return start == text.npos ? text : text.substr(start + end.size());
   }
 
   const TemporaryFolder folder_;
@@ -73,13 +51,8 @@ class HostRinex : public testing::Test {
   RinexLog log_{RinexVersion::v2_11};
 };
 
-}  // namespace
-
 TEST(HostGpsTime, ResolvesTheTenBitWeekAroundEachRollOver) {
-  const struct {
-    int week, resolved;
-    Moment pivot;
-  } cases[] = {
+  const std::tuple<int, int, Moment> cases[] = {
       {1023, 1023, Day(1999, 8, 21)},  {0, 1024, Day(1999, 8, 21)},     {1023, 1023, Day(1999, 8, 22)},
       {1023, 2047, Day(2019, 4, 6)},   {0, 2048, Day(2019, 4, 6)},      {1, 2049, Day(2019, 4, 7)},
       {1023, 2047, Day(2019, 4, 7)},   {1023, 3071, Day(2038, 11, 20)}, {0, 3072, Day(2038, 11, 20)},
@@ -140,8 +113,7 @@ TEST_F(HostRinex, GoesOnIntoTheNextWeekAheadOfItsFirstEphemeris) {
   EXPECT_TRUE(log_.IsEpochDue(Epoch(266, 0.0)));
   for (const auto& epoch : {Epoch(266, 0.0), Epoch(266, 1.0), Epoch(267, 2.0)}) log_.WriteEpoch(epoch);
   std::string times;
-  std::istringstream body(Body(folder_ / "run.obs"));
-  for (std::string line; std::getline(body, line);)
+  for (const std::string& line : Split(Body(folder_ / "run.obs"), '\n'))
     if (line.starts_with(" 24")) times += line.substr(0, 18) + ';';
   EXPECT_EQ(times, " 24  5 18 23 59 59; 24  5 19  0  0  0; 24  5 19  0  0  1; 24  5 19  0  0  2;");
 }
@@ -173,31 +145,24 @@ TEST_F(HostRinex, WritesAnEphemerisOnceAndInRadians) {
       Has(body, " 4.000000000000D-09 2.100000000000D+01\n   -1.000000000000D+01 0.000000000000D+00\n"));
 }
 
-namespace {
-
 rawdata::SignalObservation Signal(char system, int satellite, const char* code, double cn0) {
-  rawdata::SignalObservation signal;
-  signal.system = system;
-  signal.satellite = satellite;
-  std::copy(code, code + 2, signal.code);
-  signal.pseudorange = 2e7 + satellite;
-  signal.carrier_phase = 1e8 + satellite;
-  signal.doppler = -1000.0 - satellite;
-  signal.cn0 = cn0;
-  signal.slip = false;
-  return signal;
+  return {system,
+          satellite,
+          {code[0], code[1]},
+          2e7 + satellite,
+          1e8 + satellite,
+          -1000.0 - satellite,
+          cn0,
+          false,
+          false,
+          {}};
 }
 
 constexpr RinexKind kManySignals{.in_decibels = true, .systems = 7, .more_than_l1_ca = true};
 
-}  // namespace
-
 TEST_F(HostRinex, WritesTheStateThatComesWithAnEphemeris) {
-  const struct {
-    bool is_long;
-    int issue;
-    const char* hours;
-  } fits[] = {{false, 240, "4"}, {true, 21, "6"}, {true, 247, "8"}, {true, 496, "1.4"}, {true, 1023, "2.6"}};
+  const std::tuple<bool, int, const char*> fits[] = {
+      {false, 240, "4"}, {true, 21, "6"}, {true, 247, "8"}, {true, 496, "1.4"}, {true, 1023, "2.6"}};
   for (const auto& [is_long, issue, hours] : fits) {
     rawdata::BroadcastEphemeris told;
     told.orbit.m_nPRN = 5;
@@ -294,8 +259,7 @@ TEST_F(HostRinex, ThinsToWholeIntervalsAndKeepsTheirSlips) {
     epoch.signals[0].slip = second == 7;
     log_.IsEpochDue(epoch) ? (void)log_.WriteEpoch(epoch, RinexKind()) : log_.SkipEpoch(epoch);
   }
-  std::istringstream body(Body(folder_ / "run.obs"));
-  for (std::string line; std::getline(body, line);) {
+  for (const std::string& line : Split(Body(folder_ / "run.obs"), '\n')) {
     if (line.starts_with(" 24")) logged += line.substr(16, 6) + ';';
     if (line.starts_with("  2")) lost += line[30];
   }
@@ -332,8 +296,6 @@ TEST_F(HostRinex, LeavesNoFileWithNothingInIt) {
   EXPECT_TRUE(log_.IsBroken());
 }
 
-namespace {
-
 struct RawModel {
   const char* name;
   const char* raw_on;  // what it is told
@@ -364,10 +326,10 @@ void Log(const std::string& base, const RawModel& model, simulator::Receiver& re
   decode.rinex.base = base;
   decode.rinex.version = version;
   decode.date = Day(2024, 5, 1);
-  std::ofstream(decode.files[0], std::ios::binary) << RawMinute(receiver, model);
-  Output output(open("/dev/null", O_WRONLY));
+  WriteFile(decode.files[0], RawMinute(receiver, model));
+  const UniqueDescriptor nowhere(open("/dev/null", O_WRONLY));
+  Output output(nowhere.Get());
   ASSERT_EQ(Decode(decode, Interrupt(), output), ExitCode::done);
-  close(output.Descriptor());
 }
 
 /// What a program that no one here wrote makes of the files: how many positions, and how many metres off the
@@ -376,9 +338,8 @@ std::pair<std::size_t, double> PostProcessed(const std::string& folder, const st
                                              const simulator::Receiver& receiver, std::size_t count) {
   const std::string command = "cd " + folder + " && rnx2rtkp " + arguments + " -o out.pos 2>/dev/null";
   EXPECT_EQ(std::system(command.c_str()), 0);
-  std::ifstream solution(folder + "/out.pos");
   std::vector<double> errors;
-  for (std::string line; std::getline(solution, line);) {
+  for (const std::string& line : Split(ReadFile(folder + "/out.pos"), '\n')) {
     if (line.starts_with('%')) continue;
     simulator::GpsTime time;
     simulator::Geodetic found;
@@ -396,11 +357,8 @@ std::pair<std::size_t, double> PostProcessed(const std::string& folder, const st
 constexpr RinexVersion kVersions[] = {RinexVersion::v2_11, RinexVersion::v3_04};
 constexpr std::size_t kLeastPositions = 55;  // of a minute
 
-}  // namespace
-
 TEST_F(HostRinex, IsReadByAPostProcessorThatFindsTheAntenna) {
-  if (std::system("command -v rnx2rtkp >/dev/null") != 0)
-    GTEST_SKIP() << "rnx2rtkp, of the package rtklib, is missing";
+  if (!HasTool("rnx2rtkp")) GTEST_SKIP() << "rnx2rtkp, of the package rtklib, is missing";
   // At rest, moving, and over the moment at which new ephemerides come into force: a whole multiple of two
   // hours of the week.
   const std::pair<bool, int> runs[] = {{false, 0}, {true, 0}, {true, 7200 - 201618 % 7200 - 30}};
@@ -424,8 +382,7 @@ TEST_F(HostRinex, IsReadByAPostProcessorThatFindsTheAntenna) {
 // The phases too: a receiver that moves, by one that rests half a kilometre away. The first seconds go by
 // until the cycles are known.
 TEST_F(HostRinex, IsReadByAPostProcessorThatFindsTheWayFromAnotherAntenna) {
-  if (std::system("command -v rnx2rtkp >/dev/null") != 0)
-    GTEST_SKIP() << "rnx2rtkp, of the package rtklib, is missing";
+  if (!HasTool("rnx2rtkp")) GTEST_SKIP() << "rnx2rtkp, of the package rtklib, is missing";
   for (const RawModel& model : kRawModels) {
     for (const RinexVersion version : kVersions) {
       simulator::Options options;
@@ -447,8 +404,7 @@ TEST_F(HostRinex, IsReadByAPostProcessorThatFindsTheWayFromAnotherAntenna) {
 
 // Of the models whose blocks a program that no one here wrote reads too.
 TEST_F(HostRinex, SaysWhatAConverterMakesOfTheSameBytes) {
-  if (std::system("command -v convbin >/dev/null && command -v python3 >/dev/null") != 0)
-    GTEST_SKIP() << "convbin, of the package rtklib, or python3 is missing";
+  if (!HasTool("convbin") || !HasTool("python3")) GTEST_SKIP() << "rtklib's convbin or python3 is missing";
   constexpr const char* kFormats[] = {"", "hemis", "nov"};  // of kRawModels
   for (const std::size_t i : {1, 2}) {
     const auto receiver = simulator::MakeReceiver({.model = kRawModels[i].name});
@@ -468,27 +424,22 @@ TEST_F(HostRinex, AndExportsAreTheSameWhicheverCommandWritesThem) {
   const auto receiver = simulator::MakeReceiver({.model = "CSI - MAX"});
   const std::string recording = folder_ / "drive";
   WriteFile(recording, RawMinute(*receiver, kRawModels[1]));
-  const std::vector<std::string> extensions = {"gpx", "kml", "csv", "nmea", "pos", "geojson"};
+  const std::vector<std::string> files = {"obs", "nav", "gpx", "kml", "csv", "nmea", "pos", "geojson"};
   const auto run = [&](std::vector<std::string> arguments, const std::string& base) {
     arguments.insert(arguments.end(), {"--model", "CSI - MAX", "--crs", "utm", "--rinex", base});
-    for (const auto& extension : extensions)
-      arguments.insert(arguments.end(), {"--" + extension, base + "." + extension});
+    for (std::size_t i = 2; i < files.size(); ++i)
+      arguments.insert(arguments.end(), {"--" + files[i], base + "." + files[i]});
     Program program(arguments);
     EXPECT_EQ(program.Wait(), 0) << program.Errors();
   };
   run({"decode", recording, "--format", "none"}, folder_ / "decode");
   run({"monitor", "--play", recording, "--speed", "max", "--format", "none"}, folder_ / "monitor");
   run({"serve", "--play", recording, "--speed", "max", "--tcp", "0"}, folder_ / "serve");
-  for (const char* log : {".obs", ".nav"}) {
-    const std::string body = Body(folder_ / "decode" + log);
-    EXPECT_GT(body.size(), 1000u) << log;
-    EXPECT_EQ(Body(folder_ / "monitor" + log), body);
-    EXPECT_EQ(Body(folder_ / "serve" + log), body);
-  }
-  for (const auto& extension : extensions) {
-    const std::string file = ReadFile(folder_ / "decode." + extension);
-    EXPECT_GT(file.size(), 4000u) << extension;
-    EXPECT_EQ(ReadFile(folder_ / "monitor." + extension), file);
-    EXPECT_EQ(ReadFile(folder_ / "serve." + extension), file);
+  for (const auto& file : files) {
+    const std::string body = Body(folder_ / "decode." + file);
+    EXPECT_GT(body.size(), 1000u) << file;
+    for (const char* command : {"monitor.", "serve."}) EXPECT_EQ(Body(folder_ / command + file), body);
   }
 }
+
+}  // namespace

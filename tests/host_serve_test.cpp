@@ -1,16 +1,7 @@
 #include <arpa/inet.h>
-#include <gtest/gtest.h>
 #include <netinet/in.h>
 #include <sys/socket.h>
 
-#include <algorithm>
-#include <atomic>
-#include <cstdlib>
-#include <filesystem>
-#include <memory>
-#include <thread>
-
-#include "gpsengine/platform/application.h"
 #include "gpsengine/sentences/sentencefinder.h"
 #include "host/run/failure.h"
 #include "host/serve.h"
@@ -18,11 +9,8 @@
 #include "host/server/pagehub.h"
 #include "host/server/pageserver.h"
 #include "tests/support/browser.h"
+#include "tests/support/monitorrun.h"
 #include "tests/support/program.h"
-#include "tests/support/pseudoterminal.h"
-#include "tests/support/receivertest.h"
-#include "tests/support/temporaryfolder.h"
-#include "tests/support/texts.h"
 
 using namespace host;
 using namespace std::chrono_literals;
@@ -127,62 +115,6 @@ int PortOf(const std::string& line) {
   return colon == std::string::npos ? 0 : std::atoi(line.c_str() + colon + 1);
 }
 
-/// `gpsengine serve` on a line that sends the same again and again.
-class Serving {
- public:
-  Serving(std::string bytes, bool hasPage) : m_Program(Arguments(hasPage)) {
-    m_nTcp = PortOf(m_Program.Line());
-    if (hasPage) m_nHttp = PortOf(m_Program.Line());
-    m_Sender = std::thread([this, bytes = std::move(bytes)] {
-      while (!m_bDone) {
-        m_Line.Exchange(bytes);
-        std::this_thread::sleep_for(50ms);
-      }
-    });
-  }
-  ~Serving() {
-    m_bDone = true;
-    m_Sender.join();
-    std::filesystem::remove(m_strRecord);
-  }
-  Serving(const Serving&) = delete;
-  Serving& operator=(const Serving&) = delete;
-
-  int Tcp() const { return m_nTcp; }
-  int Http() const { return m_nHttp; }
-  Program& Process() { return m_Program; }
-  /// Where it records what comes.
-  const std::string& Record() const { return m_strRecord; }
-  /// What the page's server answers.
-  std::string Fetch(const std::string& path, const std::string& host = "localhost:1") const {
-    Peer peer(m_nHttp);
-    peer.Send("GET " + path + " HTTP/1.0\r\nHost: " + host + "\r\n\r\n");
-    while (peer.Take()) std::this_thread::sleep_for(1ms);
-    return peer.Rest();
-  }
-  /// Whether its answer comes to contain that.
-  bool Comes(const std::string& path, std::string_view part) const {
-    const auto end = std::chrono::steady_clock::now() + 5s;
-    while (std::chrono::steady_clock::now() < end)
-      if (Fetch(path).find(part) != std::string::npos) return true;
-    return false;
-  }
-
- private:
-  Strings Arguments(bool hasPage) const {
-    Strings arguments = {"serve", "--port", m_Line.Name(), "--tcp", "0", "--record", m_strRecord};
-    if (hasPage) arguments.insert(arguments.end(), {"--http", "0"});
-    return arguments;
-  }
-
-  const std::string m_strRecord = testing::TempDir() + "gpsengine-served-" + std::to_string(getpid());
-  PseudoTerminal m_Line;
-  Program m_Program;
-  int m_nTcp, m_nHttp = 0;
-  std::atomic<bool> m_bDone = false;
-  std::thread m_Sender;
-};
-
 std::optional<std::string> LookAtServer(int port) {
   return LookAtPage("http://127.0.0.1:" + std::to_string(port) + "/?once");
 }
@@ -192,13 +124,28 @@ const std::string kEpoch = WithChecksum("$GPGGA,123519,4807.038,N,01131.000,E,1,
                            WithChecksum("$GPGSV,1,1,02,07,45,180,41,40,05,359,33") + "$PXYZ,<b id=x>&\"\r\n" +
                            WithChecksum("$GPGLL,4807.038,N,01131.000,E,123520,A");  // the next epoch
 
+/// `gpsengine serve` on a line that sends an epoch again and again.
+struct Serving {
+  explicit Serving(const std::string& more = "")
+      : program(Split("serve --tcp 0 --port " + line.Name() + " --record " + record + more, ' ')) {}
+
+  const TemporaryFolder folder;
+  const std::string record = folder / "served";
+  const PseudoTerminal line;
+  Program program;
+  const int tcp = PortOf(program.Line());
+  const std::jthread sender{[this](const std::stop_token& stop) {
+    while (!stop.stop_requested()) {
+      line.Exchange(kEpoch);
+      std::this_thread::sleep_for(50ms);
+    }
+  }};
+};
+
 }  // namespace
 
 TEST_F(GpsdServerTest, AnswersRequestsHoweverTheyComeAndEnd) {
-  const struct {
-    Strings pieces;
-    Strings classes;
-  } cases[] = {
+  const std::pair<Strings, Strings> cases[] = {
       {{"?WATCH={\"enable\":true,\"json\":true};\r\n"}, {"DEVICES", "WATCH"}},
       {{"?WATCH={\"enable\":true}"}, {"DEVICES", "WATCH"}},
       {{"?WAT", "CH={\"ena", "ble\":true,\"device\":\"/dev", "/x\"", "}"}, {"DEVICES", "WATCH"}},
@@ -230,10 +177,7 @@ TEST_F(GpsdServerTest, AnswersRequestsHoweverTheyComeAndEnd) {
 }
 
 TEST_F(GpsdServerTest, SendsToEachWhatItWatches) {
-  const struct {
-    std::string_view argument;
-    Strings lines;
-  } cases[] = {
+  const std::pair<std::string_view, Strings> cases[] = {
       {"{}", {R"({"class":"TPV"})"}},
       {R"({"enable":true,"json":true,"nmea":true})", {"$GPZDA", R"({"class":"TPV"})"}},
       {R"({"nmea":true})", {"$GPZDA"}},
@@ -242,12 +186,12 @@ TEST_F(GpsdServerTest, SendsToEachWhatItWatches) {
       {R"({"enable":false,"json":true})", {}},
   };
   std::vector<std::unique_ptr<Peer>> peers;
-  for (const auto& watching : cases) peers.push_back(Watch(watching.argument));
+  for (const auto& [argument, lines] : cases) peers.push_back(Watch(argument));
   server_->PublishBytes("\xA0$GPZDA\r\n");
   server_->PublishSentence("$GPZDA\r\n");
   server_->PublishJson("{\"class\":\"TPV\"}\n");
   for (std::size_t i = 0; i < peers.size(); ++i) {
-    for (const auto& line : cases[i].lines) EXPECT_EQ(Next(*peers[i]), line) << cases[i].argument;
+    for (const auto& line : cases[i].second) EXPECT_EQ(Next(*peers[i]), line) << cases[i].first;
     peers[i]->Send("?POLL;");
     EXPECT_TRUE(Has(Next(*peers[i]), R"("tpv":[{"class":"TPV"}],"gst":[],"sky":[]})"));
   }
@@ -284,11 +228,10 @@ TEST_F(GpsdServerTest, EndsTheConnectionOfAClientThatTakesNothing) {
   Begin({.queue = 1 << 20, .stall = 30ms});
   const auto stalled = Watch("{}", 4096), other = Watch("{}");
   for (int i = 0; i < 900; ++i) server_->PublishJson("{" + std::string(1000, ' ') + "}\n");
-  for (const auto end = std::chrono::steady_clock::now() + 3s;
-       server_->Clients() == 2 && std::chrono::steady_clock::now() < end;) {
+  Soon([&] {
     Step();
-    other->Take();
-  }
+    return other->Take() && server_->Clients() == 1;
+  });
   EXPECT_EQ(server_->Counts().stalled, 1);
   EXPECT_EQ(Next(*other).size(), 1002u);
 }
@@ -355,68 +298,41 @@ TEST(PageHub, KeepsSoMuchForSoMany) {
 }
 
 TEST(Serve, GivesGpspipePositionsAndSentences) {
-  Serving serving(kEpoch, /*hasPage=*/false);
-  const std::string server = "127.0.0.1:" + std::to_string(serving.Tcp());
+  Serving serving;
+  const std::string server = "127.0.0.1:" + std::to_string(serving.tcp);
   const auto json = RunTool("gpspipe", "-w -n 9 " + server);
   if (!json) GTEST_SKIP() << "gpspipe is in gpsd-clients";
   EXPECT_TRUE(Has(*json, R"("lat":48.117300000,"lon":11.516666667,"altMSL":545.4000)"));
   EXPECT_TRUE(Has(*json, R"({"PRN":7,"gnssid":0,"svid":7,"el":45.0,"az":180.0,"ss":41,"used":true})"));
   EXPECT_TRUE(Has(*RunTool("gpspipe", "-r -n 9 " + server), kEpoch.substr(0, 60)));
-  serving.Process().Signal(SIGTERM);
-  EXPECT_EQ(serving.Process().Wait(), 130);
-  Program decode({"decode", serving.Record(), "--format", "text"});
-  EXPECT_TRUE(Has(decode.Line(), "48.1173000N"));
+  serving.program.Signal(SIGTERM);
+  EXPECT_EQ(serving.program.Wait(), 130);
+  EXPECT_TRUE(Has(RunToEnd("decode --format text " + serving.record).output, "48.1173000N"));
 }
 
-TEST(Serve, KeepsItsClientsWhileThePortIsAway) {
-  const TemporaryFolder folder;
-  CWinApp app("gpsengine-test");
-  app.SetProfilePath(CString::FromUtf8(folder / "host.ini"));
-  ServeOptions options;
-  options.port = folder / "usb-receiver";
-  options.tcp = 0;
-  options.reconnect = 20ms;
-  std::unique_ptr<PseudoTerminal> line;
-  const auto plug = [&] {
-    line = std::make_unique<PseudoTerminal>();
-    std::filesystem::create_symlink(line->Name(), options.port);
-  };
-  plug();
-  int ends[2];
-  ASSERT_EQ(pipe2(ends, O_CLOEXEC), 0);
-  const UniqueDescriptor read_end(ends[0]), write_end(ends[1]);
-  const Interrupt interrupt;
-  const std::jthread story([&] {
-    char text[64] = {};
-    EXPECT_GT(read(ends[0], text, sizeof text - 1), 0);
-    Peer peer(PortOf(text));
+TEST_F(PluggedRun, KeepsTheClientsOfAServer) {
+  ServeOptions serve;
+  serve.port = options.port;
+  serve.tcp = 0;
+  serve.reconnect = 20ms;
+  const auto story = [&] {
+    Peer peer(PortOf(Shown(5000)));
     peer.Send("?WATCH={};");
     const auto sendUntil = [&](std::string_view part) {
-      const auto end = std::chrono::steady_clock::now() + 5s;
-      for (std::size_t seen = peer.Rest().size(); peer.Rest().find(part, seen) == std::string::npos;) {
-        ASSERT_LT(std::chrono::steady_clock::now(), end) << part;
-        ASSERT_TRUE(peer.Take()) << part;
-        line->Exchange(kEpoch);
-        std::this_thread::sleep_for(5ms);
-      }
+      EXPECT_TRUE(Soon([&, seen = peer.Rest().size()] {
+        terminal->Exchange(kEpoch);
+        return peer.Take() && peer.Rest().find(part, seen) != std::string::npos;
+      })) << part;
     };
     sendUntil(R"("class":"TPV")");
-    std::filesystem::remove(options.port);
-    line->HangUp();
+    Unplug();
     sendUntil(R"("activated":0)");
-    plug();
+    Plug();
     sendUntil(R"("class":"TPV")");
     kill(getpid(), SIGTERM);
-  });
-  Output output(ends[1]);
-  EXPECT_EQ(Serve(options, interrupt, output), ExitCode::interrupted);
-}
-
-TEST(Serve, EndsWithACodeOfItsOwnWhereNothingWasUnderstood) {
-  const PseudoTerminal line;
-  Program serve({"serve", "--port", line.Name(), "--tcp", "0", "--duration", "0.1"});
-  EXPECT_EQ(serve.Wait(), 4);
-  EXPECT_TRUE(Has(serve.Errors(), "no data came from"));
+  };
+  const auto run = [&](const auto& interrupt, auto& output) { return Serve(serve, interrupt, output); };
+  EXPECT_EQ(Do(run, story), ExitCode::interrupted);
 }
 
 TEST(Serve, ShowsOnThePageHowOldAFixIs) {
@@ -451,25 +367,32 @@ TEST(Serve, ShowsOnThePageHowOldAFixIs) {
 }
 
 TEST(Serve, ShowsAPage) {
-  Serving serving(kEpoch, /*hasPage=*/true);
-  if (serving.Http() == 0) GTEST_SKIP() << "built without libcpp-httplib-dev";
-  EXPECT_TRUE(serving.Comes("/history", "<b id=x>&\\\""));
-  EXPECT_TRUE(serving.Comes("/status", R"("lost":false,"understood":true)"));
-  EXPECT_TRUE(Has(serving.Fetch("/", "127.0.0.1"), "<title>gpsengine</title>"));
-  EXPECT_TRUE(Has(serving.Fetch("/status", "localhost.example:80"), "403"));
-  EXPECT_TRUE(Has(serving.Fetch("/../CMakeLists.txt"), "404"));
-  Peer events(serving.Http());
+  Serving serving(" --http 0");
+  const int http = PortOf(serving.program.Line());
+  if (http == 0) GTEST_SKIP() << "built without libcpp-httplib-dev";
+  const auto fetch = [&](const std::string& path, const std::string& host = "localhost:1") {
+    Peer peer(http);
+    peer.Send("GET " + path + " HTTP/1.0\r\nHost: " + host + "\r\n\r\n");
+    while (peer.Take()) std::this_thread::sleep_for(1ms);
+    return peer.Rest();
+  };
+  EXPECT_TRUE(Soon([&] { return Has(fetch("/history"), "<b id=x>&\\\""); }));
+  EXPECT_TRUE(Soon([&] { return Has(fetch("/status"), R"("lost":false,"understood":true)"); }));
+  EXPECT_TRUE(Has(fetch("/", "127.0.0.1"), "<title>gpsengine</title>"));
+  EXPECT_TRUE(Has(fetch("/status", "localhost.example:80"), "403"));
+  EXPECT_TRUE(Has(fetch("/../CMakeLists.txt"), "404"));
+  Peer events(http);
   events.Send("GET /events HTTP/1.0\r\nHost: [::1]\r\n\r\n");
   while (!Has(events.Rest(), "data: {\"class\":\"SKY\"")) ASSERT_TRUE(events.Take());
 
-  Peer sentences(serving.Http());
+  Peer sentences(http);
   sentences.Send("GET /sentences HTTP/1.0\r\nHost: [::1]\r\n\r\n");
   while (!Has(sentences.Rest(), "data: $GPGSV,1,1,02,07,45,180,41,40,05,359,33*"))
     ASSERT_TRUE(sentences.Take());
 
-  const auto page = LookAtServer(serving.Http());
-  serving.Process().Signal(SIGTERM);  // with a stream of events still open
-  EXPECT_EQ(serving.Process().Wait(10s), 130);
+  const auto page = LookAtServer(http);
+  serving.program.Signal(SIGTERM);  // with a stream of events still open
+  EXPECT_EQ(serving.program.Wait(10s), 130);
   if (!page) GTEST_SKIP() << "no chromium to look at the page with";
   EXPECT_TRUE(Has(*page, "48.1173000\u00B0 N"));
   EXPECT_TRUE(Has(*page, ">GPS<") && !Has(*page, "class=\"old\""));

@@ -1,10 +1,7 @@
-#include <gtest/gtest.h>
-
-#include <string>
-
 #include "gpsengine/face/skysource.h"
 #include "gpsengine/sentences/positiontail.h"
 #include "gpsengine/sentences/skyreader.h"
+#include "gpsengine/text/words.h"
 #include "tests/support/receivertest.h"
 
 using namespace gps;
@@ -56,23 +53,55 @@ std::string PagesOf(const std::string& talker, int satellites, const std::string
 /// Reads text line by line; true if some line told a sky.
 bool ReadAll(SkyReader& reader, const std::string& text) {
   bool told = false;
-  for (std::size_t start = 0; start < text.size(); start = text.find('\n', start) + 1)
-    told |= reader.Read(Fields(std::string_view(text).substr(start, text.find('\n', start) - start)));
+  for (const std::string& line : Split(text, '\n')) told |= reader.Read(Fields(line));
   return told;
+}
+
+/// The first satellites of ranges of numbers that follow each other, up to a last number: "G01=1 S20=33".
+std::string RangesOf(Gnss said, int last) {
+  std::string ranges;
+  SatelliteId before{Gnss::unknown, -1};
+  for (int number = 1; number <= last; ++number) {
+    const SatelliteId id = SatelliteOf(number, said);
+    if (id.system != before.system || id.number != before.number + 1)
+      ranges += (ranges.empty() ? "" : " ") + id.Name() + '=' + std::to_string(number);
+    before = id;
+  }
+  return ranges;
 }
 
 }  // namespace
 
+TEST(HostSky, TellsASystemByTheRangeOfANumber) {
+  EXPECT_EQ(
+      RangesOf(Gnss::unknown, 1000),
+      "G01=1 S20=33 R01=65 100=100 S20=120 159=159 I01=173 183=183 J01=193 C01=201 265=265 E01=301 337=337 "
+      "C01=401 465=465 N01=901 919=919");
+  const std::pair<const char*, const char*> rows[] = {{"GL", "R01=1 S20=33 R01=65"},
+                                                      {"GA", "E01=1 S24=37 R01=65"},
+                                                      {"GB", "C01=1 R01=65"},
+                                                      {"BD", "C01=1 R01=65"},
+                                                      {"QZ", "J01=1 G11=11 S20=33 R01=65"},
+                                                      {"GI", "N01=1 G19=19 S20=33 R01=65"},
+                                                      {"GN", "G01=1 S20=33 R01=65"}};
+  for (const auto& [talker, ranges] : rows) EXPECT_EQ(RangesOf(SystemOfTalker(talker), 99), ranges) << talker;
+  EXPECT_TRUE(RangesOf(Gnss::qzss, 204).ends_with(" J01=193 C03=203"));
+  std::string systems;
+  for (int id = 0; id <= 7; ++id) {
+    const Constellation* const constellation = FindConstellation(SystemOfId(id));
+    systems +=
+        constellation != nullptr ? std::string(constellation->name) + constellation->letter + ' ' : "- ";
+  }
+  EXPECT_EQ(systems, "- GPSG GLONASSR GalileoE BeiDouC QZSSJ NavICN - ");
+}
+
 TEST(HostSky, NumbersTheSatellitesOfEverySystem) {
-  const struct {
-    const char* talker;
-    int number;
-    const char* id;
-  } cases[] = {{"GP", 5, "G05=5"},     {"GP", 40, "S27=40"},   {"GP", 152, "S52=152"}, {"GP", 66, "R02=66"},
-               {"GL", 66, "R02=66"},   {"GL", 2, "R02=66"},    {"GA", 33, "E33=333"},  {"GN", 333, "E33=333"},
-               {"GB", 33, "C33=433"},  {"BD", 5, "C05=405"},   {"GN", 205, "C05=405"}, {"GQ", 2, "J02=194"},
-               {"QZ", 202, "J10=202"}, {"GN", 194, "J02=194"}, {"GI", 7, "N07=507"},   {"GN", 173, "I01=173"},
-               {"GN", 800, "800=800"}};
+  const std::tuple<const char*, int, const char*> cases[] = {
+      {"GP", 5, "G05=5"},     {"GP", 40, "S27=40"},   {"GP", 152, "S52=152"}, {"GP", 66, "R02=66"},
+      {"GL", 66, "R02=66"},   {"GL", 2, "R02=66"},    {"GA", 33, "E33=333"},  {"GN", 333, "E33=333"},
+      {"GB", 33, "C33=433"},  {"BD", 5, "C05=405"},   {"GN", 205, "C05=405"}, {"GQ", 2, "J02=194"},
+      {"QZ", 202, "J10=202"}, {"GN", 194, "J02=194"}, {"GI", 7, "N07=507"},   {"GN", 173, "I01=173"},
+      {"GN", 800, "800=800"}};
   for (const auto& [talker, number, id] : cases) {
     const std::string gsv =
         std::string("$") + talker + "GSV,1,1,01," + std::to_string(number) + ",45,120,41,1";
@@ -129,7 +158,9 @@ TEST(HostSky, KeepsWhatItHasWhenAGroupIsBroken) {
     EXPECT_TRUE(reader.Finish());
     EXPECT_EQ(Show(reader.Latest()) + '\n', sky) << *broken.begin();
   }
-  EXPECT_EQ(SkiesOf({"$GPGSV,1,1,01,07,99,361,30", "$GLGSV,1,1,01,x,45,120,30"}), "G07=7:-/-/30\n");
+  EXPECT_EQ(SkiesOf({"$GPGSV,1,1,02,07,99,361,30,1000,10,020,30", "$GPGSA,A,3,07,1000,,,,,,,,,,,,,",
+                     "$GLGSV,1,1,01,x,45,120,30"}),
+            "G07=7*:-/-/30\n");
 }
 
 TEST(HostSky, HoldsAHundredAndTwentyEightSatellitesHoweverManyCome) {
@@ -173,10 +204,21 @@ TEST(HostSky, ComesFromRecordsWhereSentencesHaveNoGroups) {
 }
 
 TEST(HostSky, ReadsTheTailOfAPosition) {
-  const auto gns =
-      PositionTailOf(WithChecksum("$GNGNS,120000,4807.038,N,01131.000,E,RR,13,0.9,25.63,-11.24,1.5,0031"));
-  ASSERT_TRUE(gns);
-  EXPECT_EQ(gns->separation, -11.24);
-  EXPECT_EQ(gns->age + '/' + gns->station, "1.5/0031");
+  const struct {
+    const char *sentence, *tail;
+  } rows[] = {
+      {"$GNGNS,120000,4807.038,N,01131.000,E,RR,13,0.9,25.63,-11.24,1.5,0031", "-11.24 1.5 0031"},
+      {"$GPGGA,120000,,,,,2,08,0.9,25,M,46.9,M,1.5,0031", "46.9 1.5 0031"},
+      {"$GPGGA,120000,,,,,2,08,0.9,25,M,46.9,m,,", "46.9  "},
+      {"$GPGGA,120000,,,,,2,08,0.9,25,F,46.9,F,-1,a.B", "none -1 a.B"},
+      {"$GPGGA,120000,,,,,2,08,0.9,25,M,x,M,1;2,\xE9", "none  "},  // for others to read again
+      {"$GPRMC,120000", "no position"},
+  };
+  for (const auto& [sentence, expected] : rows) {
+    const auto tail = PositionTailOf(WithChecksum(sentence));
+    const std::string separation = tail && tail->separation ? Print("%g", *tail->separation) : "none";
+    EXPECT_EQ(tail ? separation + ' ' + tail->age + ' ' + tail->station : "no position", expected)
+        << sentence;
+  }
   EXPECT_FALSE(PositionTailOf("$GPGGA,120000,,,,,,,,,M,1,M,,*00"));
 }

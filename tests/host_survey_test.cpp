@@ -1,10 +1,8 @@
-#include <gtest/gtest.h>
-
-#include <cmath>
 #include <numbers>
 #include <random>
 
 #include "host/records/survey.h"
+#include "tests/support/basics.h"
 
 using namespace host;
 
@@ -68,18 +66,4 @@ TEST(HostSurvey, MeasuresEachKindOfFixAboutItsOwnMean) {
   EXPECT_EQ(one.cep50, 0.0);
   EXPECT_EQ(one.height, 90.0);
   EXPECT_NEAR(one.latitude, 48.0, 1e-9);
-}
-
-TEST(HostSurvey, KnowsAWayFromAPlace) {
-  Survey survey;
-  EXPECT_EQ(survey.Fixes(), 0);
-  EXPECT_TRUE(survey.ByKind().empty());
-  for (int i = 0; i < 400; ++i) survey.Add(FixAt(i, 0.0, 0.0));
-  EXPECT_TRUE(HasMoved(survey.Result()));
-  survey.Clear();
-  PositionEpoch pole;
-  pole.latitude = 90.0;
-  survey.Add(pole);
-  EXPECT_EQ(survey.Result().latitude, 90.0);
-  EXPECT_FALSE(survey.Result().height);
 }

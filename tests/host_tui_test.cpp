@@ -1,9 +1,6 @@
-#include <gtest/gtest.h>
 #include <sys/ioctl.h>
 
 #include <cstdio>
-#include <numbers>
-#include <sstream>
 
 #include "gpsengine/engine/gpsengine.h"
 #include "gpsengine/face/models.h"
@@ -14,27 +11,17 @@
 #include "tests/support/program.h"
 #include "tests/support/pseudoterminal.h"
 #include "tests/support/receivertest.h"
-#include "tests/support/temporaryfolder.h"
-#include "tests/support/texts.h"
 
 using namespace host;
 
 namespace {
 
-constexpr double kRadians = std::numbers::pi / 180.0;
-
 CGPSData FixOf() {
-  CGPSData data;
-  data.m_dTimeOfDay = 45319.25;
-  data.m_dLatitude = 48.1173 * kRadians;
-  data.m_dLongitude = -9.99999999 * kRadians;
-  data.m_dAltitude = 545.4;
-  data.m_dHDOP = 0.9;
+  CGPSData data = FixRecord();
+  data.m_dLongitude = -9.99999999 * kDegree;
   data.m_nSatellitesUsed = 1;
   data.m_nSignalType = UDF_SIGNAL_RTK_FLOAT;
-  data.m_dHeading = 270.0 * kRadians;
-  data.m_dSpeed = 5.0;
-  data.m_bPositionValid = data.m_bVelocityValid = data.m_bDOPValid = true;
+  data.m_dHeading = 270.0 * kDegree;
   return data;
 }
 
@@ -59,12 +46,7 @@ class HostScreen : public testing::Test {
     DrawDashboard(canvas, view_);
     return TextOf(canvas);
   }
-  std::string Row(int row) const {
-    std::istringstream screen(Screen());
-    std::string line;
-    for (int i = 0; i <= row; ++i) std::getline(screen, line);
-    return line;
-  }
+  std::string Row(std::size_t row) const { return Split(Screen(), '\n').at(row); }
   /// Of a satellite's bar and of its place in the sky.
   std::pair<Style, Style> Styles() const {
     Canvas canvas(24, 80, false);
@@ -85,8 +67,6 @@ class HostScreen : public testing::Test {
   View view_{readings_};
 };
 
-}  // namespace
-
 TEST_F(HostScreen, ShowsAFixAtAGlance) {
   Take(FixOf());
   readings_.OnSky(InView());
@@ -101,11 +81,11 @@ TEST_F(HostScreen, ShowsAFixAtAGlance) {
       "| Speed           9.7 kn  18.0 km/h    |", "| Course          180  true            |",
       "| Height       545.40 m                |", "| Time       12:35:19 UTC              |",
       "| Satellites        1 used   2 in view |", "| HDOP   0.9   PDOP     -   VDOP     - |"};
-  for (int row = 0; row < 10; ++row) EXPECT_EQ(Row(1 + row).substr(0, 40), fix[row]);
+  for (std::size_t row = 0; row < 10; ++row) EXPECT_EQ(Row(1 + row).substr(0, 40), fix[row]);
   // Half of the strength is half of the bar, in other marks than those of a used satellite.
   const char* const bars[] = {"| 50        ", "| ####      ", "| #### 25   ", "| #### :::: ",
                               "| #### :::: ", "| #### :::: ", "| G07  R04  "};
-  for (int row = 0; row < 7; ++row) EXPECT_EQ(Row(13 + row).substr(0, 12), bars[row]) << row;
+  for (std::size_t row = 0; row < 7; ++row) EXPECT_EQ(Row(13 + row).substr(0, 12), bars[row]) << row;
   EXPECT_EQ(Row(7).substr(40), "|         W    .    *G07 oR04 E        |")
       << "the zenith, and halfway to the east";
   EXPECT_EQ(Row(21), " sentences 12  bad 3  binary 4  bad 5  epochs 0  eph 0  BIN 0");
@@ -150,7 +130,7 @@ TEST_F(HostScreen, ShowsWhereAStillReceiverStands) {
   CGPSData data = FixOf();
   for (int i = 0; i < 10; ++i) {
     data.m_dTimeOfDay += 1.0;
-    data.m_dLatitude = 48.1173 * kRadians + (i % 2) * 2.0 / 6'371'000.0;
+    data.m_dLatitude = 48.1173 * kDegree + (i % 2) * 2.0 / 6'371'000.0;
     data.m_nSignalType = i < 8 ? UDF_SIGNAL_RTK_FLOAT : UDF_SIGNAL_RTK_FIXED;
     Take(data);
     Take(data);  // another sentence of the same epoch
@@ -215,8 +195,6 @@ TEST_F(HostScreen, FitsAnySize) {
   }
 }
 
-namespace {
-
 /// What a model's menu makes of keys.
 class Menu {
  public:
@@ -234,8 +212,6 @@ class Menu {
 
   CommandMenu menu_;
 };
-
-}  // namespace
 
 TEST(HostCommandMenu, OffersWhatTheModelHasAndARunBears) {
   const Menu trimble("Trimble");
@@ -262,13 +238,11 @@ TEST(HostCommandMenu, AsksForArgumentsUntilTheyAreGood) {
   EXPECT_EQ(trimble.Type("\n$X a  b\n")->text, "send $X a  b");
 }
 
-namespace {
-
 /// The program on a terminal of its own.
 class OnTerminal {
  public:
   explicit OnTerminal(std::vector<std::string> arguments)
-      : size_(SetSize()), before_(State()), program_(std::move(arguments), terminal_.Name()) {}
+      : before_(Prepare()), program_(std::move(arguments), terminal_.Name()) {}
 
   /// Waits for a text among what is written to the terminal.
   bool Writes(const std::string& text) {
@@ -287,30 +261,24 @@ class OnTerminal {
  private:
   termios State() const {
     termios state{};
-    const int terminal = open(terminal_.Name().c_str(), O_RDWR | O_NOCTTY);
-    tcgetattr(terminal, &state);
-    close(terminal);
+    tcgetattr(terminal_.Keeper(), &state);
     return state;
   }
-  int SetSize() const {
-    const int terminal = open(terminal_.Name().c_str(), O_RDWR | O_NOCTTY);
+  /// A size, and what a terminal of a shell does with lines.
+  termios Prepare() const {
     termios state = State();
     state.c_lflag |= ICANON | ECHO | ISIG;
     state.c_oflag |= OPOST | ONLCR;
-    tcsetattr(terminal, TCSANOW, &state);
+    tcsetattr(terminal_.Keeper(), TCSANOW, &state);
     const winsize size{24, 80, 0, 0};
-    const int result = ioctl(terminal, TIOCSWINSZ, &size);
-    close(terminal);
-    return result;
+    EXPECT_EQ(ioctl(terminal_.Keeper(), TIOCSWINSZ, &size), 0);
+    return state;
   }
 
   PseudoTerminal terminal_;
-  int size_;
   termios before_;
   Program program_;
 };
-
-}  // namespace
 
 TEST(HostLiveScreen, HoldsThePauseOfARecordingAndGivesTheTerminalBack) {
   const TemporaryFolder folder;
@@ -352,3 +320,5 @@ TEST(HostLiveScreen, CommandsTheReceiver) {
   }
   EXPECT_EQ(std::remove(record.c_str()), 0);
 }
+
+}  // namespace

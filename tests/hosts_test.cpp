@@ -149,17 +149,9 @@ TEST_F(FedRunTest, SurvivesACallbackThatDestroysTheEngine) {
 }
 
 TEST_F(EngineTest, GoesOnBehindAnExceptionOfTheHosts) {
-  class Thrower : public COtherGps {
-   public:
-    CString GetName() override { return "Thrower"; }
-    bool Parse(CString& strMessage) override {
-      if (strMessage.Find("000011") >= 0) throw std::runtime_error("the host's");
-      return COtherGps::Parse(strMessage);
-    }
-    using COtherGps::Parse;
-  };
-  engine.AddReceiver(new Thrower);
-  Select("Thrower");
+  SelectHooked([](Hooked&, const CString& message) {
+    if (message.Find("000011") >= 0) throw std::runtime_error("the host's");
+  });
   EXPECT_THROW(Feed(FixAt(0) + FixAt(1) + FixAt(2)), std::runtime_error);
   EXPECT_TRUE(Feed(FixAt(3)));
   ASSERT_EQ(window.records.size(), 3u);

@@ -4,35 +4,15 @@
 #include <sys/stat.h>
 
 #include <atomic>
-#include <csignal>
-#include <thread>
 
 #include "host/line/ports.h"
-#include "simulator/simulator.h"
+#include "tests/support/conversation.h"
 #include "tests/support/enginetest.h"
 #include "tests/support/scriptedline.h"
-#include "tests/support/temporaryfolder.h"
-#include "tests/support/texts.h"
 
 using namespace std::chrono_literals;
 
 namespace {
-
-// A receiver that does something of the test's on the reader thread, once, before its first message.
-class Busy : public COtherGps {
- public:
-  explicit Busy(std::function<void(CSerialPort&)> work) : m_Work(std::move(work)) {}
-  CString GetName() override { return "Busy"; }
-  using COtherGps::Parse;
-  bool Parse(CString& strMessage) override {
-    if (!std::exchange(m_bDone, true)) m_Work(m_Port);
-    return COtherGps::Parse(strMessage);
-  }
-
- private:
-  const std::function<void(CSerialPort&)> m_Work;
-  bool m_bDone = false;
-};
 
 TEST_F(LiveEngineTest, FindsAPortAgainThatVanishedAndCameBackUnderAnotherName) {
   ASSERT_TRUE(engine.Start());
@@ -56,11 +36,10 @@ TEST_F(LiveEngineTest, FindsAPortAgainThatVanishedAndCameBackUnderAnotherName) {
 }
 
 TEST_F(LiveEngineTest, IsNotHeldUpByAPeerThatNeverReads) {
-  engine.AddReceiver(new Busy([](CSerialPort& port) {
+  SelectHooked([done = false](Hooked& self, const CString&) mutable {
     const std::string much(100000, 'x');
-    port.Write(much.data(), static_cast<int>(much.size()));
-  }));
-  Select("Busy");
+    if (!std::exchange(done, true)) self.Port().Write(much.data(), static_cast<int>(much.size()));
+  });
   ASSERT_TRUE(engine.Start());
   terminal.Send(FixAt(1));
   Sleep(150);  // the reader thread is in the write by now
@@ -107,14 +86,10 @@ TEST_F(EngineTest, ReadsALineThatGivesOneByteAtATime) {
 }
 
 TEST_F(EngineTest, HearsNoiseAtAWrongRateAndTheReceiverAtItsOwn) {
-  simulator::PtyRunner::Settings settings;
-  settings.speed_up = 20;
-  settings.paced = false;
-  simulator::PtyRunner runner(simulator::MakeReceiver({}), settings);
-  runner.Start();
+  const auto runner = RunSimulated("Other", 20);
   const TemporaryFolder folder;
   app.SetProfilePath(CString::FromUtf8(folder / "profile"));
-  MapComPort(kPort, CString::FromUtf8(runner.PortName()));
+  MapComPort(kPort, CString::FromUtf8(runner->PortName()));
   engine.InitReceivers();
   CGPSReceiver* const receiver = engine.GetReceiver();
   const int rate = receiver->GetCurrentBaudrate();
@@ -197,41 +172,6 @@ TEST(Signal, CutsShortNeitherAReadNorAWrite) {
   port.Close();
 }
 
-TEST_F(LiveEngineTest, LosesNothingWhileSignalsComeToTheReaderThread) {
-  Signals::Install();
-  std::atomic<pthread_t> reader{};
-  engine.AddReceiver(new Busy([&reader](CSerialPort&) { reader = pthread_self(); }));
-  Select("Busy");
-  ASSERT_TRUE(engine.Start());
-  terminal.Send(FixAt(0));
-  ASSERT_TRUE(UntilRecords(1));
-  {
-    const Signals signals(reader);
-    for (int i = 1; i < 40; ++i) {
-      terminal.Send(FixAt(i).substr(0, 30));
-      Sleep(5);
-      terminal.Send(FixAt(i).substr(30));
-    }
-    EXPECT_TRUE(UntilRecords(40));
-  }
-}
-
-// Drops the superuser's rights, which no permission stops.
-class AsNobody {
- public:
-  AsNobody() {
-    if (m_nUser == 0 && seteuid(65534) != 0) m_bDropped = false;
-  }
-  ~AsNobody() { EXPECT_EQ(seteuid(m_nUser), 0); }
-  AsNobody(const AsNobody&) = delete;
-  AsNobody& operator=(const AsNobody&) = delete;
-  explicit operator bool() const { return m_bDropped; }
-
- private:
-  const uid_t m_nUser = geteuid();
-  bool m_bDropped = true;
-};
-
 TEST_F(LiveEngineTest, SaysWhyAPortDoesNotOpenAndStartsOnOneThatDoes) {
   const TemporaryFolder folder;
   WriteFile(folder / "file", "no line");
@@ -243,27 +183,22 @@ TEST_F(LiveEngineTest, SaysWhyAPortDoesNotOpenAndStartsOnOneThatDoes) {
   ASSERT_EQ(chmod(ofAGroup.Name().c_str(), 060), 0);
   const PseudoTerminal ofNobody;
   ASSERT_EQ(chmod(ofNobody.Name().c_str(), 0), 0);
-  const struct {
-    std::string device;
-    const char* reason;
-  } rows[] = {
+  const std::pair<std::string, const char*> rows[] = {
       {"/dev/no-such-port", "does not exist"},
       {"/dev", "is not a serial port"},
       {folder / "file", "is not a serial port"},
       {ofAGroup.Name(), "may not be opened by this user. It belongs to the group "},
       {ofNobody.Name(), "may not be opened by this user. An administrator"},
   };
-  {
-    const AsNobody nobody;
-    if (!nobody) GTEST_SKIP() << "the rights of the superuser cannot be dropped here";
-    for (const auto& row : rows) {
-      MapComPort(kPort, CString::FromUtf8(row.device));
-      EXPECT_FALSE(engine.Start()) << row.device;
-      EXPECT_EQ(engine.GetLastError(), GPS_ENGINE_INIT_FAILED) << row.device;
-      const std::string explained = host::WhyNotOpen(row.device);
-      EXPECT_NE(explained.find(row.device + ' ' + row.reason), explained.npos) << explained;
-    }
+  const uid_t user = geteuid();  // the superuser's rights, which no permission stops, are dropped
+  if (user == 0 && seteuid(65534) != 0) GTEST_SKIP() << "which cannot be done here";
+  for (const auto& [device, reason] : rows) {
+    MapComPort(kPort, CString::FromUtf8(device));
+    EXPECT_FALSE(engine.Start()) << device;
+    EXPECT_EQ(engine.GetLastError(), GPS_ENGINE_INIT_FAILED) << device;
+    EXPECT_TRUE(Has(host::WhyNotOpen(device), device + ' ' + reason));
   }
+  ASSERT_EQ(seteuid(user), 0);
   MapComPort(kPort, CString::FromUtf8(terminal.Name()));
   ASSERT_TRUE(engine.Start());
   terminal.Send(FixAt(1));

@@ -1,7 +1,3 @@
-#include <filesystem>
-#include <fstream>
-
-#include "gpsengine/platform/trace.h"
 #include "tests/support/receivertest.h"
 
 namespace {
@@ -24,7 +20,7 @@ struct PositionTest : ReceiverTest<> {
 TEST_F(PositionTest, DecodesAGga) {
   EXPECT_TRUE(FeedSentence("$GPGGA,123519.25,4807.038,N,01131.000,W,2,08,0.9,545.4,M,46.9,M,,"));
   EXPECT_DOUBLE_EQ(Last().m_dLatitude, 0.8398053121698675);
-  EXPECT_DOUBLE_EQ(Last().m_dLongitude, -(11.0 + 31.0 / 60.0) * 3.141592653589793 / 180.0);
+  EXPECT_DOUBLE_EQ(Last().m_dLongitude, -(11.0 + 31.0 / 60.0) * kDegree);
   EXPECT_DOUBLE_EQ(Last().m_dTimeOfDay, 45319.25);
   EXPECT_EQ(Last().m_nSatellitesUsed, 8);
   EXPECT_EQ(Last().m_dHDOP, 0.9);
@@ -46,11 +42,7 @@ TEST_F(PositionTest, MapsTheQualityIndicator) {
 }
 
 TEST_F(PositionTest, TakesAntennaHeightAndSeparationIntoAccount) {
-  constexpr struct {
-    int mode;
-    const char* tail;
-    double altitude;
-  } rows[] = {
+  constexpr std::tuple<int, const char*, double> rows[] = {
       {0, "100.0,M,30.0,M,,", 98.0},  {1, "100.0,M,30.0,M,,", 128.0}, {2, "100.0,M,30.0,M,,", 68.0},
       {1, "100.0,m,30.0,m,,", 128.0}, {1, "100.0,M", 98.0},           {1, "100.0,M,30.0,F,,", 98.0},
       {1, "100.0,M,,M,,", 98.0},      {0, "100.0,M", 98.0},
@@ -72,7 +64,7 @@ TEST_F(PositionTest, LeavesAFailedGgaForTheNextPublication) {
   EXPECT_TRUE(Last().m_bPositionValid);
   EXPECT_EQ(Last().m_nSignalType, UDF_SIGNAL_NONE);
   EXPECT_DOUBLE_EQ(Last().m_dTimeOfDay, 3.0);
-  EXPECT_DOUBLE_EQ(Last().m_dLatitude, 30.0 * 3.141592653589793 / 180.0);
+  EXPECT_DOUBLE_EQ(Last().m_dLatitude, 30.0 * kDegree);
   EXPECT_EQ(Last().m_dAltitude, 300.0) << "as it stood in the sentence, feet and all";
 }
 
@@ -104,7 +96,7 @@ TEST_F(PositionTest, DecodesAnInggaWithGaps) {
   EXPECT_TRUE(FeedSentence("$INGGA,,4900.000,N,01131.000,E,0,,,,M,,,,"));
   EXPECT_EQ(Last().m_nSignalType, UDF_SIGNAL_NONE);
   EXPECT_DOUBLE_EQ(Last().m_dTimeOfDay, 45319.0);
-  EXPECT_DOUBLE_EQ(Last().m_dLatitude, 49.0 * 3.141592653589793 / 180.0);
+  EXPECT_DOUBLE_EQ(Last().m_dLatitude, 49.0 * kDegree);
   EXPECT_EQ(Last().m_nSatellitesUsed, 1);
   EXPECT_EQ(Last().m_dAltitude, 545.4);
   EXPECT_FALSE(Last().m_bDOPValid);
@@ -121,10 +113,7 @@ TEST_F(PositionTest, NamesAUnitThatIsNoMetreInTheTrace) {
   if (!kTraceBuilt) GTEST_SKIP() << "a release build traces nothing";
   SetUpHeights(0.0, 1);
   const std::string place = "GGA,123519,4807.038,N,01131.000,E,1,08,0.9,545.4";
-  const struct {
-    std::string sentence, trace;
-    bool is_read;
-  } rows[] = {
+  const std::tuple<std::string, std::string, bool> rows[] = {
       {"$GP" + place + ",F,46.9,M,,", "GGA Ellipsoid Height is not in meters!\nInvalid GGA string.\n", false},
       {"$GP" + place + ",M,46.9,F,,", "GGA Geoidal Separation is not in meters!\n", true},
       {"$IN" + place + ",F,46.9,M,,", "INGGA Ellipsoid Height is not in meters!\nInvalid INGGA string.\n",
@@ -132,12 +121,10 @@ TEST_F(PositionTest, NamesAUnitThatIsNoMetreInTheTrace) {
       {"$IN" + place, "INGGA Ellipsoid Height is not in meters!\nInvalid INGGA string.\n", false},
       {"$IN" + place + ",M,46.9,F,,", "INGGA Geoidal Separation is not in meters!\n", true},
   };
-  for (const auto& row : rows) {
-    std::string traced;
-    SetTraceHandler([&traced](const CString& text) { traced += text.ToUtf8(); });
-    EXPECT_EQ(FeedSentence(row.sentence), row.is_read) << row.sentence;
-    SetTraceHandler({});
-    EXPECT_EQ(traced, row.trace) << row.sentence;
+  for (const auto& [sentence, trace, is_read] : rows) {
+    bool taken = false;
+    EXPECT_EQ(TraceOf([&, said = sentence] { taken = FeedSentence(said); }), trace) << sentence;
+    EXPECT_EQ(taken, is_read) << sentence;
   }
 }
 

@@ -1,12 +1,9 @@
 #include "gpsengine/link/precisetimer.h"
 
-#include <gtest/gtest.h>
-
-#include <vector>
-
 #include "gpsengine/link/ticks.h"
 #include "gpsengine/platform/clock.h"
 #include "gpsengine/platform/event.h"
+#include "tests/support/basics.h"
 
 namespace {
 
@@ -77,22 +74,22 @@ TEST(PreciseTimer, TicksUnderItsNumberUntilItIsStopped) {
 // is made up for. Otherwise the waits stand for the time of the window, so that a period holds from tick to
 // tick.
 TEST(PreciseTimer, AllowsForTheTimeThatTheWindowTakes) {
-  const struct {
-    DWORD slowness;
-    int period;
-    DWORD least, most;  // 80 ms of the window and 100 of the period would be 180
-  } rows[] = {{30, 10, 40, kLong}, {80, 100, 90, 165}};
-  for (const auto& row : rows) {
-    Clockface window(row.slowness);
+  // The window's slowness, the period, and the shortest tick in between. 80 ms and 100 would be 180.
+  const std::tuple<DWORD, int, DWORD, DWORD> rows[] = {{30, 10, 40, kLong}, {80, 100, 90, 165}};
+  for (const auto& [slowness, period, least, most] : rows) {
+    Clockface window(slowness);
     CPreciseTimer timer;
-    timer.Start(&window, row.period);
-    ASSERT_EQ(window.Run(4, kLong), 4u);
-    timer.Stop();
+    timer.Start(&window, period);
+    ASSERT_EQ(window.Run(1, kLong), 1u);
     DWORD shortest = kLong;
-    for (std::size_t i = 1; i < window.ticks.size(); ++i)
+    // On a busy machine most come late. One that comes in time is enough.
+    for (std::size_t i = 1; i < 4 || (i < 50 && shortest > most); ++i) {
+      ASSERT_EQ(window.Run(i + 1, kLong), i + 1);
       shortest = std::min(shortest, window.ticks[i].nBegin - window.ticks[i - 1].nBegin);
-    EXPECT_GE(shortest, row.least);
-    EXPECT_LE(shortest, row.most);
+    }
+    timer.Stop();
+    EXPECT_GE(shortest, least);
+    EXPECT_LE(shortest, most);
   }
 }
 
@@ -130,15 +127,14 @@ TEST(PreciseTimer, TakesUpANewStartRightBehindAStop) {
 }
 
 TEST(Ticks, GoOnOverAWrapOfThePlatformsTick) {
-  struct Step {
-    DWORD nFrom, nTo, nPassed;
-  };
-  for (const Step& step :
-       {Step{1000, 1010, 10}, Step{0x7FFFFFF0, 5, 0x14},                   // a tick of 31 bits
-        Step{0x7FFFFFF0, 0x80000005, 0x15}, Step{0xFFFFFFF0, 5, 0x13}}) {  // of 32, 2 ms short
+  constexpr std::tuple<DWORD, DWORD, DWORD> steps[] = {{1000, 1010, 10},
+                                                       {0x7FFFFFF0, 5, 0x14},  // a tick of 31 bits
+                                                       {0x7FFFFFF0, 0x80000005, 0x15},
+                                                       {0xFFFFFFF0, 5, 0x13}};  // of 32, 2 ms short
+  for (const auto& [from, to, passed] : steps) {
     CTicks ticks;
-    ticks.Continue(step.nFrom);
-    const DWORD nBegin = ticks.Continue(step.nFrom);
-    EXPECT_EQ(ticks.Continue(step.nTo) - nBegin, step.nPassed) << step.nFrom << " to " << step.nTo;
+    ticks.Continue(from);
+    const DWORD nBegin = ticks.Continue(from);
+    EXPECT_EQ(ticks.Continue(to) - nBegin, passed) << from << " to " << to;
   }
 }

@@ -1,14 +1,11 @@
 #include "gpsengine/rawdata/rawdata.h"
 
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <string>
-
 #include "simulator/bytes.h"
 #include "simulator/languages.h"
 #include "simulator/oemlog.h"
 #include "simulator/world.h"
+#include "tests/support/basics.h"
+#include "tests/support/blocks.h"
 
 using namespace rawdata;
 
@@ -33,50 +30,12 @@ std::string Summed(std::string block) {
   return block;
 }
 
-// The kinds of blocks, and how receivers are told to send nothing else.
-struct Source {
-  const char* model;
-  const char* command;
-  std::size_t length;            // of a block; 0: that of an OEM message
-  double range, phase, doppler;  // what the block's steps leave of a measurement
-};
-constexpr const char* kNoSentences = "UNLOG GPGGA\r\nUNLOG GPGSA\r\nUNLOG GPGSV\r\nUNLOG GPVTG\r\n";
-const Source kObservations[] = {
-    {"CSI - MAX", "$JBIN,96,1\r\n", 312, 1e-6, 1e-6, 0.001},
-    {"GSR2650 LB", "LOG RANGEB ONTIME 1\r\n", 0, 1e-6, 1e-6, 0.001},
-    {"GSR2650 LB", "LOG RANGECMPB ONTIME 1\r\n", 0, 0.004, 0.002, 0.002},
-};
-const Source kEphemerides[] = {
-    {"CSI - MAX", "$JBIN,95,1\r\n", 140, 0, 0, 0},
-    {"GSR2650 LB", "LOG RAWEPHEMB ONCHANGED\r\n", 0, 0, 0, 0},
-    {"GSR2650 LB", "LOG GPSEPHEMB ONCHANGED\r\n", 0, 0, 0, 0},
-};
-
-std::vector<std::string> Blocks(const Source& source, int seconds) {
-  simulator::Options options;
-  options.model = source.model;
-  const auto receiver = simulator::MakeReceiver(options);
-  receiver->Receive(source.length > 0 ? "$JOFF\r\n" : kNoSentences);
-  receiver->Receive(source.command);
-  receiver->Advance(0);
-  const std::string bytes = receiver->Advance(seconds);
-  std::vector<std::string> blocks;
-  for (std::size_t at = 0; at < bytes.size(); at += blocks.back().size()) {
-    const auto byte = [&](std::size_t i) { return static_cast<unsigned char>(bytes.at(at + i)); };
-    const std::size_t length = source.length > 0 ? source.length : 28 + (byte(8) | byte(9) << 8) + 4;
-    blocks.push_back(bytes.substr(at, length));
-  }
-  return blocks;
-}
-
 simulator::World TheWorld() {
   return simulator::World(simulator::Options());
 }
 
-}  // namespace
-
 TEST(RawData, MeasuresWhatTheReceiverHas) {
-  for (const Source& source : kObservations) {
+  for (const BlockSource& source : kObservations) {
     PhaseHistory history;
     ObservationEpoch epoch;
     int seconds = 0;
@@ -104,7 +63,7 @@ TEST(RawData, MeasuresWhatTheReceiverHas) {
 }
 
 TEST(RawData, ReadsTheOrbitThatIsFlown) {
-  for (const Source& source : kEphemerides) {
+  for (const BlockSource& source : kEphemerides) {
     const auto blocks = Blocks(source, 4);
     EXPECT_GE(blocks.size(), 4u);
     for (const std::string& block : blocks) {
@@ -122,6 +81,8 @@ TEST(RawData, ReadsTheOrbitThatIsFlown) {
       EXPECT_EQ(orbit.m_lToe, flown.toe);
       EXPECT_EQ(read.accuracy, 2.0);
       EXPECT_EQ(read.health, 0);
+      EXPECT_FALSE(read.long_fit);
+      EXPECT_FALSE(read.l2p_without_data);
       const double terms[] = {orbit.m_dTgd,      orbit.m_dAf0,   orbit.m_dAf1,   orbit.m_dAf2,
                               orbit.m_dDeltaN,   orbit.m_dM0,    orbit.m_dSqrtA, orbit.m_dEccentricity,
                               orbit.m_dOmega0,   orbit.m_dOmega, orbit.m_dI0,    orbit.m_dIDot,
@@ -140,7 +101,7 @@ TEST(RawData, ReadsTheOrbitThatIsFlown) {
 // Not one bit of a block may be another, and nothing may be missing.
 TEST(RawData, RefusesWhatIsDamagedOrShort) {
   for (const auto* sources : {&kObservations, &kEphemerides}) {
-    for (const Source& source : *sources) {
+    for (const BlockSource& source : *sources) {
       const std::string block = Blocks(source, 1).at(0);
       PhaseHistory history;
       ObservationEpoch epoch;
@@ -194,9 +155,12 @@ TEST(RawData, RefusesASoundBlockOfWhatCannotBe) {
       {8, 33}, {8, 0}, {16 + 2, 0x1D00}, {16 + 4, 0xFFFF}, {16 + 40 + 10, 0x0010}, {16 + 40 + 28, 0}};
   for (const auto& [at, value] : words) EXPECT_FALSE(DecodeEphemeris(with(ephemeris, at, value), read)) << at;
   EXPECT_EQ(read.orbit.m_nPRN, 0);
+  for (const auto word :
+       {std::uint16_t{0x2000}, std::uint16_t{0x1F00}}) {  // the fit, and the age that stands behind it
+    ASSERT_TRUE(DecodeEphemeris(with(ephemeris, 16 + 40 + 36, word), read));
+    EXPECT_EQ(read.long_fit, word == 0x2000);
+  }
 }
-
-namespace {
 
 struct Channel {
   std::uint16_t satellite, frequency;
@@ -228,8 +192,6 @@ std::string NamesOf(const ObservationEpoch& epoch) {
     names += signal.system + std::to_string(signal.satellite) + ':' + signal.code + ' ';
   return names;
 }
-
-}  // namespace
 
 TEST(RawData, NamesTheSignalsOfAllSystems) {
   PhaseHistory history;
@@ -308,3 +270,5 @@ TEST(RawData, FillsTheRecordOfOlderReceiversWithTheStrongest) {
   epoch.signals.resize(2);
   EXPECT_FALSE(ToDataRaw(epoch, raw));
 }
+
+}  // namespace

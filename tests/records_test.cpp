@@ -1,7 +1,6 @@
-#include <gtest/gtest.h>
-
 #include "gpsengine/records/gpsdata.h"
 #include "gpsengine/records/gpsdataraw.h"
+#include "tests/support/basics.h"
 
 namespace {
 

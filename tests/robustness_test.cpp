@@ -1,10 +1,6 @@
 // What the line may do to a stream: cut it anywhere, put rubbish into it, send numbers beyond all measure.
-#include <algorithm>
-#include <cmath>
-#include <cstring>
 #include <random>
 
-#include "gpsengine/platform/trace.h"
 #include "host/records/recordsink.h"
 #include "tests/support/conversation.h"
 #include "tests/support/enginetest.h"
@@ -197,14 +193,11 @@ TEST_F(ExtremesTest, OfWhatIsReadStayNumbersAndDoNotLinger) {
 }
 
 TEST_F(ExtremesTest, OfATextAreCutAndNeverAFormat) {
-  std::string traced;
-  SetTraceHandler([&traced](const CString& text) { traced += text.ToUtf8(); });
   EXPECT_TRUE(Feed("$>JI,%s%n%x%1000000d\r\n"));
   EXPECT_STREQ(Last().m_Status.m_szText, "$>JI,%s%n%x%1000000d\r\n");
   EXPECT_TRUE(Feed("$RD1," + std::string(5000, '9') + "\r\n"));
   EXPECT_EQ(std::strlen(Last().m_Status.m_szText), sizeof Last().m_Status.m_szText - 1);
-  EXPECT_FALSE(Feed("$PASHR,%s%n," + std::string(100, 'n')));
-  SetTraceHandler(nullptr);
+  TraceOf([this] { EXPECT_FALSE(Feed("$PASHR,%s%n," + std::string(100, 'n'))); });
 }
 
 }  // namespace

@@ -1,13 +1,9 @@
 // GSA, GSV and VTG, whichever comes first.
-#include <cmath>
-#include <numbers>
 
 #include "gpsengine/receiver/speedengine.h"
 #include "tests/support/receivertest.h"
 
 namespace {
-
-constexpr double kDegree = std::numbers::pi / 180.0;
 
 struct SatelliteTest : ReceiverTest<> {
   SatelliteTest() {
@@ -182,10 +178,9 @@ TEST(SpeedEngine, ReadsTheTrueSpeedFromTheFourthFixOn) {
 }
 
 TEST(SpeedEngine, TellsDirectionsOfTheCompass) {
-  constexpr struct {
-    double north, east, degrees;
-  } rows[] = {{0, 0, 0},     {1, 0, 90},   {-1, 0, -90},   {0, 1, 0},
-              {0, -1, -180}, {1, -1, 135}, {-1, -1, -135}, {-1, 1, -45}};
+  constexpr std::tuple<double, double, double> rows[] = {{0, 0, 0},      {1, 0, 90},    {-1, 0, -90},
+                                                         {0, 1, 0},      {0, -1, -180}, {1, -1, 135},
+                                                         {-1, -1, -135}, {-1, 1, -45}};
   for (const auto& [north, east, degrees] : rows)
     EXPECT_NEAR(Direction(north, east), degrees * kDegree, 1e-12) << north << ' ' << east;
   EXPECT_EQ(Distance(1, 2, 4, 6), 5.0);

@@ -1,15 +1,8 @@
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <cstring>
-#include <sstream>
-
 #include "gpsengine/platform/object.h"
 #include "gpsengine/text/number.h"
 #include "gpsengine/text/parser.h"
 #include "gpsengine/text/textfile.h"
-#include "tests/support/temporaryfolder.h"
-#include "tests/support/texts.h"
+#include "tests/support/basics.h"
 
 namespace {
 
@@ -100,7 +93,12 @@ TEST(Parser, MovesOnByOneFieldGoodOrBad) {
 class TextFileTest : public testing::Test {
  protected:
   std::vector<CString> Lines(const std::string& content) {
-    WriteFile(folder / "text", content);
+    CFile written;
+    EXPECT_NE(written.Open(CString::FromUtf8(folder / "text").GetString(),
+                           CFile::modeCreate | CFile::modeWrite, nullptr),
+              0);
+    EXPECT_TRUE(written.Write(content.data(), 1));
+    EXPECT_TRUE(written.Write(content.data() + 1, static_cast<UINT>(content.size() - 1)));
     EXPECT_NE(file.Open(CString::FromUtf8(folder / "text").GetString(), CFile::typeText, nullptr), 0);
     std::vector<CString> lines;
     for (CString line; file.ReadString(line);) lines.push_back(line);

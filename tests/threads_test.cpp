@@ -1,18 +1,14 @@
 // A host that does anything at any moment, while data flow and boxes hold the reader thread up.
 // ThreadSanitizer looks on.
-#include <gtest/gtest.h>
-
 #include <atomic>
-#include <functional>
 #include <random>
-#include <thread>
 
 #include "gpsengine/engine/gpsengine.h"
 #include "gpsengine/platform/clock.h"
 #include "gpsengine/platform/messagebox.h"
+#include "tests/support/basics.h"
 #include "tests/support/hostwindow.h"
 #include "tests/support/pseudoterminal.h"
-#include "tests/support/temporaryfolder.h"
 #include "tests/support/wirebuilder.h"
 
 using namespace std::chrono_literals;
@@ -40,25 +36,19 @@ class Impatience : public Clock {
 
 const std::string kFix = "$GPGGA,123519,4807.038,N,01131.000,E,1,08,0.9,545.4,M,46.9,M,,*47\r\n";
 
-struct Inventory {
-  static std::ptrdiff_t Entries(const char* folder) {
-    return std::distance(std::filesystem::directory_iterator(folder), std::filesystem::directory_iterator());
-  }
-  static Inventory Take() { return {Entries("/proc/self/fd"), Entries("/proc/self/task")}; }
-  bool operator==(const Inventory&) const = default;
+std::ptrdiff_t Entries(const char* folder) {
+  return std::distance(std::filesystem::directory_iterator(folder), std::filesystem::directory_iterator());
+}
 
-  std::ptrdiff_t descriptors, threads;
-};
+// Descriptors and threads.
+auto Inventory() {
+  return std::pair(Entries("/proc/self/fd"), Entries("/proc/self/task"));
+}
 
 // Late threads need a moment to end.
-void ExpectNothingLeftBut(const Inventory& before) {
-  Inventory now = Inventory::Take();
-  for (int i = 0; i < 500 && now != before; ++i) {
-    std::this_thread::sleep_for(10ms);
-    now = Inventory::Take();
-  }
-  EXPECT_EQ(now.descriptors, before.descriptors);
-  EXPECT_EQ(now.threads, before.threads);
+void ExpectNothingLeftBut(const std::pair<std::ptrdiff_t, std::ptrdiff_t>& before) {
+  Soon([&] { return Inventory() == before; });
+  EXPECT_EQ(Inventory(), before);
 }
 
 // A receiver that never pauses, and takes what is written.
@@ -111,7 +101,7 @@ class ThreadsTest : public testing::Test {
 
   const bool m_bWarm =
       (std::jthread([] {}), true);  // a sanitizer starts a thread of its own with the first one
-  const Inventory m_Before = Inventory::Take();
+  const std::pair<std::ptrdiff_t, std::ptrdiff_t> m_Before = Inventory();
   CWinApp m_App{"gpsengine-test"};
   HostWindow m_Window;
   PseudoTerminal m_Terminal;
@@ -210,10 +200,7 @@ TEST_F(ThreadsTest, LeaveACallbackBehindThatWaitsForTheHost) {
     ASSERT_TRUE(m_pEngine->Start());
     SetEvent(question.hAnswered);
     m_Terminal.Send("\r\n" + kFix);
-    for (int i = 0; i < 2000 && m_Window.records.empty(); ++i) {
-      std::this_thread::sleep_for(1ms);
-      m_Window.Drain();
-    }
+    EXPECT_TRUE(Soon([&] { return m_Window.Drain(), !m_Window.records.empty(); }));
     m_pEngine.reset();
     m_Window.Drain();
     EXPECT_EQ(m_Window.records.size(), 1u) << "of the second run, and none of the first";
@@ -225,43 +212,6 @@ TEST_F(ThreadsTest, LeaveACallbackBehindThatWaitsForTheHost) {
     for (const HANDLE hEvent : {question.hAsked, question.hAnswered}) CloseHandle(hEvent);
   }
   ExpectNothingLeftBut(m_Before);
-}
-
-TEST_F(ThreadsTest, LeaveNothingOfAnEngineThatGoesWhileABoxIsUp) {
-  const std::function<void()> orders[] = {
-      [] {},
-      [this] { m_pEngine->Stop(); },
-      [this] { EXPECT_TRUE(m_pEngine->Start()); },
-      [this] { Select("Garmin"); },
-      [this] {
-        m_pEngine->Pause();
-        EXPECT_TRUE(m_pEngine->Resume());
-        m_pEngine->Stop();
-      },
-  };
-  const HANDLE shown = CreateEventW(false, false);
-  const HANDLE closed = CreateEventW(true, false);
-  SetMessageBoxHandler([=](const CString&, BoxKind) {
-    SetEvent(shown);
-    WaitForSingleObject(closed, INFINITE);
-  });
-  {
-    const Feeder feeder(m_Terminal);
-    for (const auto& order : orders) {
-      MakeEngine("/nowhere/at/all");
-      m_pEngine->m_bRecordRaw = true;
-      ASSERT_TRUE(m_pEngine->Start());
-      while (WaitForSingleObject(shown, 1000) != WAIT_OBJECT_0) {
-      }
-      order();
-      m_pEngine.reset();
-    }
-  }
-  SetEvent(closed);
-  m_Terminal.HangUp();
-  ExpectNothingLeftBut(m_Before);
-  CloseHandle(shown);
-  CloseHandle(closed);
 }
 
 }  // namespace

@@ -1,20 +1,19 @@
 // Windows, queues, messages, events and waits of the platform layer.
 #include "gpsengine/platform/window.h"
 
-#include <gtest/gtest.h>
 #include <poll.h>
-
-#include <thread>
-#include <vector>
 
 #include "gpsengine/platform/application.h"
 #include "gpsengine/platform/clock.h"
 #include "gpsengine/platform/event.h"
+#include "gpsengine/platform/resource.h"
 #include "gpsengine/platform/shared.h"
+#include "tests/support/basics.h"
 
 namespace {
 
 constexpr UINT kNumber = WM_APP + 1;
+constexpr DWORD kShort = 20, kLong = 10000;
 
 class Recorder : public CWnd {
  public:
@@ -61,7 +60,7 @@ TEST(Window, OfAnotherThreadAnswersWhatIsSentUntilItGoesAway) {
     Recorder window;
     name = window.GetSafeHwnd();
     SetEvent(made);
-    while (MsgWaitForMultipleObjects(1, &stop, INFINITE) != WAIT_OBJECT_0) Drain();
+    while (MsgWaitForMultipleObjects(1, &stop, kLong) != WAIT_OBJECT_0) continue;  // the wait delivers
     SetEvent(left);
     Sleep(30);  // with a message that it will never take
   });
@@ -110,15 +109,45 @@ TEST(Application, ForgetsAMainWindowThatIsDestroyed) {
   EXPECT_FALSE(IsWindow(AfxGetMainWnd()));
 }
 
+TEST(Resources, AreTheTextsThatHostsShow) {
+  const char* const texts[] = {"",
+                               "No GPS signal!",
+                               "GPS",
+                               "DGPS",
+                               "RTK-Code",
+                               "RTK-Fixed",
+                               "RTK-Float",
+                               "Unknown",
+                               "   PDOP: ",
+                               "   HDOP: ",
+                               "   %d of %d Satellites",
+                               "Could not open file to log raw data!",
+                               "Unable to open the emulation file: '%s'.",
+                               "Num Epochs: %d, Time: %d min.",
+                               "No Error.",
+                               "No GPS Receiver Is Assigned.",
+                               "Can't Initialize a Receiver.",
+                               "Can't Start GPS Thread.",
+                               "Unknown GPS Error Code.",
+                               ""};
+  WCHAR buffer[64];
+  for (UINT id = 0; id < std::size(texts); ++id)
+    EXPECT_EQ(CString(buffer, LoadStringW(id, buffer, 64)).ToUtf8(), texts[id]) << id;
+  EXPECT_EQ(CString(buffer, LoadStringW(5, buffer, 4)), "RTK");
+  const DialogTemplate& dialog = *FindDialogTemplate(129);
+  const int sizes[] = {dialog.nWidth, dialog.nHeight,    dialog.nFontSize,  dialog.nTextX,
+                       dialog.nTextY, dialog.nTextWidth, dialog.nTextHeight};
+  EXPECT_EQ(testing::PrintToString(sizes), "{ 133, 31, 8, 7, 7, 119, 17 }");
+  EXPECT_EQ(std::string(dialog.pszFont) + '/' + dialog.pszTitle + '/' + dialog.pszText,
+            "Tahoma/Dialog/Please wait while resetting receiver");
+}
+
 TEST(RegisteredMessage, IsTheSameForTheSameText) {
   const UINT first = RegisterWindowMessageW(u"one");
   EXPECT_EQ(RegisterWindowMessageW(u"one"), first);
   EXPECT_NE(RegisterWindowMessageW(u"two"), first);
   EXPECT_GE(first, 0xC000u);
 }
-
-constexpr DWORD kShort = 20;
-constexpr DWORD kLong = 10000;
 
 TEST(Event, OfManualResetEndsEveryWaitAndOfAutomaticResetOne) {
   for (const bool manual : {true, false}) {

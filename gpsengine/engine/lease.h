@@ -14,7 +14,7 @@
 /// returns later, it finds the engine gone. The lease outlives both.
 class CEngineLease {
  public:
-  explicit CEngineLease(CGPSEngine* pEngine);
+  explicit CEngineLease(CGPSEngine* engine);
   ~CEngineLease();
   CEngineLease(const CEngineLease&) = delete;
   CEngineLease& operator=(const CEngineLease&) = delete;
@@ -61,8 +61,8 @@ class CEngineLease {
 
   /// Number of ended runs. A run is over once this differs from its value at the start.
   const std::atomic<int>& Ends() const { return m_nEnds; }
-  /// Ends the run that started at `nEnds`, unless it has ended.
-  void EndRun(int nEnds) { m_nEnds.compare_exchange_strong(nEnds, nEnds + 1); }
+  /// Ends the run that started at `ends`, unless it has ended.
+  void EndRun(int ends) { m_nEnds.compare_exchange_strong(ends, ends + 1); }
 
   /// The engine's destructor has begun.
   void BeginLeaving();
@@ -71,7 +71,7 @@ class CEngineLease {
   bool Withdraw();
 
  private:
-  bool TakeAway(bool bAtAnyRate);
+  bool TakeAway(bool at_any_rate);
 
   std::recursive_mutex m_Mutex;
   std::atomic<const void*> m_pHolder{nullptr};  // an address unique to the holding thread

@@ -14,12 +14,12 @@ class CReaderThread {
  public:
   /// Starts the thread; null on failure.
   static std::unique_ptr<CWinThread> Begin(std::shared_ptr<CEngineLease> lease, std::shared_ptr<CRun> run,
-                                           bool bEmulation);
+                                           bool emulation);
 
  private:
-  CReaderThread(std::shared_ptr<CEngineLease> lease, std::shared_ptr<CRun> run, bool bEmulation);
+  CReaderThread(std::shared_ptr<CEngineLease> lease, std::shared_ptr<CRun> run, bool emulation);
 
-  static unsigned ThreadMain(void* pParam);
+  static unsigned ThreadMain(void* param);
   void Run();
 
   /// The scope of one step on the engine.
@@ -42,13 +42,13 @@ class CReaderThread {
 
   // The live loop.
   void ReadPort();
-  bool ReadPass(HANDLE hPort);
+  bool ReadPass(HANDLE port);
   bool KeepAlive();
   void ResetAfterSilence();
-  void Take(const char* pData, int nLength);
+  void Take(const char* data, int length);
 
   // Recording.
-  void Record(const char* pData, int nLength);
+  void Record(const char* data, int length);
   void OpenRecording();
   void GiveUpRecording();
 

@@ -9,9 +9,9 @@
 /// callback finds its own run over, even if another one has been started.
 class CRun {
  public:
-  /// `nEnds` is CEngineLease::Ends at the start of the run.
-  explicit CRun(int nEnds)
-      : m_hStop(CreateEventW(true, false)), m_hDone(CreateEventW(true, false)), m_nEnds(nEnds) {}
+  /// `ends` is CEngineLease::Ends at the start of the run.
+  explicit CRun(int ends)
+      : m_hStop(CreateEventW(true, false)), m_hDone(CreateEventW(true, false)), m_nEnds(ends) {}
   ~CRun() {
     CloseHandle(m_hStop);
     CloseHandle(m_hDone);

@@ -29,8 +29,8 @@ Raw RawOf(const CGPSDataEphemeris& data) {
 
 }  // namespace
 
-MessageWindow::MessageWindow(CGPSEngine& engine, bool moves_bytes, std::function<void(Record&&)> tell)
-    : engine_(engine), moves_bytes_(moves_bytes), tell_(std::move(tell)) {}
+MessageWindow::MessageWindow(CGPSEngine& engine, std::function<void(Record&&)> tell)
+    : engine_(engine), tell_(std::move(tell)) {}
 
 void MessageWindow::Open() {
   Create();
@@ -44,7 +44,7 @@ void MessageWindow::Drain() {
 }
 
 void MessageWindow::KeepCapturing() {
-  engine_.m_ComBuffer.KeepCapturing(wants_skies_ || wants_reports_, moves_bytes_);
+  engine_.m_ComBuffer.KeepCapturing(wants_skies_ || wants_reports_);
 }
 
 void MessageWindow::Finish() {

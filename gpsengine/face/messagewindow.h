@@ -16,9 +16,8 @@ namespace gps {
 /// The main window of an application in plain C++: makes records of what the library posts.
 class MessageWindow : public CWnd {
  public:
-  /// `moves_bytes`: the engine decodes on the window's thread. `tell` takes the records, on that thread. The
-  /// engine outlives the window.
-  MessageWindow(CGPSEngine& engine, bool moves_bytes, std::function<void(Record&&)> tell);
+  /// `tell` takes the records, on the window's thread. The engine outlives the window.
+  MessageWindow(CGPSEngine& engine, std::function<void(Record&&)> tell);
 
   /// The moment near which the records to come belong.
   void SetReference(std::optional<Time> reference) { fixes_.SetReference(reference); }
@@ -35,7 +34,7 @@ class MessageWindow : public CWnd {
   /// Tells what is left. There are no more messages.
   void Finish();
 
-  LRESULT WindowProc(UINT message, WPARAM wParam, LPARAM lParam) override;
+  LRESULT WindowProc(UINT message, WPARAM w_param, LPARAM l_param) override;
 
  private:
   void OnData(const CGPSData& data);
@@ -45,7 +44,6 @@ class MessageWindow : public CWnd {
   void KeepCapturing();
 
   CGPSEngine& engine_;
-  const bool moves_bytes_;
   const std::function<void(Record&&)> tell_;
   FixReader fixes_;
   SkySource skies_;

@@ -49,7 +49,7 @@ std::vector<Offer> FindOffers(CGPSReceiver& receiver) {
     if (!IsOffered(operation, receiver)) continue;
     Offer offer{&operation, {}};
     bool has_effect = operation.answer == nullptr;
-    for (const Arguments& arguments : operation.examples) {
+    for (const Arguments& arguments : ExamplesOf(operation)) {
       const auto action = PrepareFor(receiver, operation, arguments);
       if (!action) continue;
       offer.examples.push_back({CallText(operation, arguments), Rehearse(model, operation, *action)});

@@ -1,17 +1,15 @@
 #include "gpsengine/face/operations.h"
 
 #include <algorithm>
-#include <cmath>
 #include <iterator>
 #include <sstream>
 #include <string_view>
 #include <type_traits>
 #include <utility>
 
-#include "gpsengine/face/error.h"
+#include "gpsengine/face/argumentreader.h"
 #include "gpsengine/face/rawoutput.h"
 #include "gpsengine/face/report.h"
-#include "gpsengine/text/words.h"
 
 namespace gps {
 
@@ -19,63 +17,6 @@ namespace {
 
 // The longest line that a port takes, with the line end that is written after it.
 constexpr std::size_t kLongestText = 198;
-
-[[noreturn]] void Refuse(const std::string& word, const std::string& wanted) {
-  throw Error(ErrorCode::usage, "\"" + word + "\" is not " + wanted);
-}
-
-}  // namespace
-
-/// Reads an operation's arguments one by one. A word that is none of what is asked for ends the command.
-class ArgumentReader {
- public:
-  explicit ArgumentReader(const Arguments& arguments) : words_(arguments.words), wait_(arguments.wait) {}
-  bool Wait() const { return wait_; }
-  bool AtEnd() const { return next_ == words_.size(); }
-  /// Whether that is the next word, which is then read.
-  bool Takes(const std::string& word) {
-    const bool takes = !AtEnd() && words_[next_] == word;
-    next_ += takes ? 1 : 0;
-    return takes;
-  }
-  const std::string& Word(const char* what) {
-    if (AtEnd()) throw Error(ErrorCode::usage, std::string("an argument is missing: ") + what);
-    return words_[next_++];
-  }
-  int Whole(const char* what) {
-    const std::string& word = Word(what);
-    if (const auto value = ReadNumber<int>(word)) return *value;
-    Refuse(word, std::string("a whole number of ") + what);
-  }
-  double Number(const char* what) {
-    const std::string& word = Word(what);
-    if (const auto value = ReadNumber<double>(word); value && std::isfinite(*value)) return *value;
-    Refuse(word, std::string("a number of ") + what);
-  }
-  bool OnOff() {
-    const bool on = Takes("on");
-    if (!on && !Takes("off")) Refuse(Word("on or off"), "on or off");
-    return on;
-  }
-  /// A number that fits, in the digits in which it is given.
-  CString Digits(const char* what, bool (*fits)(double)) {
-    const std::string& word = Word(what);
-    const auto value = ReadNumber<double>(word);
-    if (!value || word.find_first_not_of("0123456789.") != std::string::npos || !fits(*value))
-      Refuse(word, what);
-    return word.c_str();
-  }
-  void End() const {
-    if (!AtEnd()) throw Error(ErrorCode::usage, "\"" + words_[next_] + "\" is one argument too many");
-  }
-
- private:
-  const std::vector<std::string>& words_;
-  const bool wait_;
-  std::size_t next_ = 0;
-};
-
-namespace {
 
 /// An action with the result of what it calls, if that has one.
 template <class Call>
@@ -176,65 +117,54 @@ Action Send(ArgumentReader& words) {
 #define OPENED_BY(answer) #answer, [](CGPSReceiver & receiver) -> bool { return receiver.answer(); }
 #define ALWAYS_OPEN nullptr, nullptr
 
-/// Examples of arguments, as a user writes them.
-template <class... Texts>
-std::vector<Arguments> Examples(Texts... texts) {
-  return {ReadArguments(texts)...};
-}
+using enum Operation::Kind;
 
-std::vector<Operation> MakeOperations() {
-  using enum Operation::Kind;
-  const std::vector<Arguments> plain = Examples("");
-  const std::vector<Arguments> on_off = Examples("on", "off");
-  return {
-      {"start", "", "what the start of a run writes", starts, ALWAYS_OPEN, Call<&CGPSReceiver::Initialize>,
-       plain},
-      {"default-nmea", "", "the full set of NMEA sentences", sets, OPENED_BY(ImplementsSetNmea),
-       Call<&CGPSReceiver::SetDefaultNMEA>, plain},
-      {"gga-only", "", "positions alone", sets, OPENED_BY(ImplementsSetNmea),
-       Call<&CGPSReceiver::SetGgaOnlyNMEA>, plain},
-      {"query-nmea", "", "which sentences are on", asks, OPENED_BY(ImplementsQueryNmea),
-       Call<&CGPSReceiver::QueryNmeaActive>, plain},
-      {"query-settings", "", "the receiver's settings", asks, OPENED_BY(ImplementsQueryGpsSettings),
-       Call<&CGPSReceiver::QueryGpsSettings>, plain},
-      {"set-elevation-mask", "DEGREES", "the least elevation of a satellite", sets,
-       OPENED_BY(ImplementsSetElevMask), SetElevationMask, Examples("10")},
-      {"query-elevation-mask", "", "that elevation", asks, OPENED_BY(ImplementsSetElevMask),
-       Call<&CGPSReceiver::QuerySatElevMask>, plain},
-      {"set-beacon", "auto | KHZ [BITRATE]", "the beacon to listen to", sets, OPENED_BY(ImplementsBeacon),
-       SetBeacon, Examples("auto", "304.5 200")},
-      {"query-beacon", "", "the beacon and its signal", asks, OPENED_BY(ImplementsBeacon),
-       Call<&CGPSReceiver::QueryBeacon>, plain},
-      {"set-dgps", "none|beacon|lband|waas|cdgps|omnistar", "the source of differential corrections", sets,
-       OPENED_BY(HasDGPSSupport), SetDgps, Examples("none", "beacon", "lband", "waas", "cdgps", "omnistar")},
-      {"query-dgps", "", "that source", asks, OPENED_BY(HasDGPSSupport), Call<&CGPSReceiver::QueryDgpsMode>,
-       plain},
-      {"query-omnistar", "", "the Omnistar subscription", asks, OPENED_BY(HasDGPSSupport),
-       Call<&CGPSReceiver::QueryOmniStar>, plain},
-      {"query-waas", "", "the WAAS reception", asks, OPENED_BY(HasDGPSSupport),
-       Call<&CGPSReceiver::QueryWAAS>, plain},
-      {"query-lband-satellites", "", "the L-band satellites", asks, OPENED_BY(HasDGPSSupport),
-       Call<&CGPSReceiver::QueryLbandSatellites>, plain},
-      {"set-lband", "MHZ BITRATE", "the L-band satellite to listen to, 0 for the receiver's choice", sets,
-       OPENED_BY(HasDGPSSupport), SetLband, Examples("0 1200", "1557.845 1200")},
-      {"set-cdgps-frequency", "MHZ", "the CDGPS satellite to listen to", sets, OPENED_BY(HasDGPSSupport),
-       CallWith<&CGPSReceiver::ChangeCDGPS_Freq, Megahertz>, Examples("1547")},
-      {"dgps-status", "on|off", "messages on the state of the corrections", sets, OPENED_BY(HasDGPSSupport),
-       CallWith<&CGPSReceiver::DgpsStatusMsg, &ArgumentReader::OnOff>, on_off},
-      {"send-correction", "", "the datum of the corrections", sets, OPENED_BY(HasDGPSSupport),
-       Call<&CGPSReceiver::SendCorrection>, plain},
-      {"post-processing", "on|off", "raw measurements and ephemerides, until the end of the run", sets,
-       OPENED_BY(HasRawData), CallWith<&CGPSReceiver::EnablePostProcessing, &ArgumentReader::OnOff>, on_off},
-      {"raw-interval", "SECONDS", "the interval of raw measurements", sets, OPENED_BY(HasRawData),
-       CallWith<SetRawInterval, Seconds>, Examples("1", "0.2", "5"), CheckInterval},
-      {"reset", "[--wait]", "a known configuration; --wait: and see that it acknowledges", sets,
-       OPENED_BY(ImplementsResetAll), kReset, Examples("", "--wait")},
-      {"send", "TEXT", "a line of your own", sets, ALWAYS_OPEN, Send, {}},
-      {"keep-alive", "", "what a silent line is sent", sets, ALWAYS_OPEN, Call<&CGPSReceiver::KeepAlive>,
-       plain},
-      {"suspend", "", "what the end of a run writes", ends, ALWAYS_OPEN, Call<&CGPSReceiver::Suspend>, plain},
-  };
-}
+constexpr Operation kOperations[] = {
+    {"start", "", "what the start of a run writes", starts, ALWAYS_OPEN, Call<&CGPSReceiver::Initialize>, ""},
+    {"default-nmea", "", "the full set of NMEA sentences", sets, OPENED_BY(ImplementsSetNmea),
+     Call<&CGPSReceiver::SetDefaultNMEA>, ""},
+    {"gga-only", "", "positions alone", sets, OPENED_BY(ImplementsSetNmea),
+     Call<&CGPSReceiver::SetGgaOnlyNMEA>, ""},
+    {"query-nmea", "", "which sentences are on", asks, OPENED_BY(ImplementsQueryNmea),
+     Call<&CGPSReceiver::QueryNmeaActive>, ""},
+    {"query-settings", "", "the receiver's settings", asks, OPENED_BY(ImplementsQueryGpsSettings),
+     Call<&CGPSReceiver::QueryGpsSettings>, ""},
+    {"set-elevation-mask", "DEGREES", "the least elevation of a satellite", sets,
+     OPENED_BY(ImplementsSetElevMask), SetElevationMask, "10"},
+    {"query-elevation-mask", "", "that elevation", asks, OPENED_BY(ImplementsSetElevMask),
+     Call<&CGPSReceiver::QuerySatElevMask>, ""},
+    {"set-beacon", "auto | KHZ [BITRATE]", "the beacon to listen to", sets, OPENED_BY(ImplementsBeacon),
+     SetBeacon, "auto|304.5 200"},
+    {"query-beacon", "", "the beacon and its signal", asks, OPENED_BY(ImplementsBeacon),
+     Call<&CGPSReceiver::QueryBeacon>, ""},
+    {"set-dgps", "none|beacon|lband|waas|cdgps|omnistar", "the source of differential corrections", sets,
+     OPENED_BY(HasDGPSSupport), SetDgps, "none|beacon|lband|waas|cdgps|omnistar"},
+    {"query-dgps", "", "that source", asks, OPENED_BY(HasDGPSSupport), Call<&CGPSReceiver::QueryDgpsMode>,
+     ""},
+    {"query-omnistar", "", "the Omnistar subscription", asks, OPENED_BY(HasDGPSSupport),
+     Call<&CGPSReceiver::QueryOmniStar>, ""},
+    {"query-waas", "", "the WAAS reception", asks, OPENED_BY(HasDGPSSupport), Call<&CGPSReceiver::QueryWAAS>,
+     ""},
+    {"query-lband-satellites", "", "the L-band satellites", asks, OPENED_BY(HasDGPSSupport),
+     Call<&CGPSReceiver::QueryLbandSatellites>, ""},
+    {"set-lband", "MHZ BITRATE", "the L-band satellite to listen to, 0 for the receiver's choice", sets,
+     OPENED_BY(HasDGPSSupport), SetLband, "0 1200|1557.845 1200"},
+    {"set-cdgps-frequency", "MHZ", "the CDGPS satellite to listen to", sets, OPENED_BY(HasDGPSSupport),
+     CallWith<&CGPSReceiver::ChangeCDGPS_Freq, Megahertz>, "1547"},
+    {"dgps-status", "on|off", "messages on the state of the corrections", sets, OPENED_BY(HasDGPSSupport),
+     CallWith<&CGPSReceiver::DgpsStatusMsg, &ArgumentReader::OnOff>, "on|off"},
+    {"send-correction", "", "the datum of the corrections", sets, OPENED_BY(HasDGPSSupport),
+     Call<&CGPSReceiver::SendCorrection>, ""},
+    {"post-processing", "on|off", "raw measurements and ephemerides, until the end of the run", sets,
+     OPENED_BY(HasRawData), CallWith<&CGPSReceiver::EnablePostProcessing, &ArgumentReader::OnOff>, "on|off"},
+    {"raw-interval", "SECONDS", "the interval of raw measurements", sets, OPENED_BY(HasRawData),
+     CallWith<SetRawInterval, Seconds>, "1|0.2|5", CheckInterval},
+    {"reset", "[--wait]", "a known configuration; --wait: and see that it acknowledges", sets,
+     OPENED_BY(ImplementsResetAll), kReset, "|--wait"},
+    {"send", "TEXT", "a line of your own", sets, ALWAYS_OPEN, Send, nullptr},
+    {"keep-alive", "", "what a silent line is sent", sets, ALWAYS_OPEN, Call<&CGPSReceiver::KeepAlive>, ""},
+    {"suspend", "", "what the end of a run writes", ends, ALWAYS_OPEN, Call<&CGPSReceiver::Suspend>, ""},
+};
 
 #undef OPENED_BY
 #undef ALWAYS_OPEN
@@ -260,9 +190,19 @@ Arguments ReadArguments(const std::string& text) {
   return ArgumentsOf(words);
 }
 
+std::vector<Arguments> ExamplesOf(const Operation& operation) {
+  std::vector<Arguments> examples;
+  if (operation.examples == nullptr) return examples;
+  for (std::string_view left = operation.examples;;) {
+    const auto end = std::min(left.find('|'), left.size());
+    examples.push_back(ReadArguments(std::string(left.substr(0, end))));
+    if (end == left.size()) return examples;
+    left.remove_prefix(end + 1);
+  }
+}
+
 std::span<const Operation> Operations() {
-  static const std::vector<Operation> operations = MakeOperations();
-  return operations;
+  return kOperations;
 }
 
 const Operation& FindOperation(const std::string& name) {

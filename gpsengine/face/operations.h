@@ -47,7 +47,7 @@ struct Operation {
   const char* answer;                  ///< The capability answer that opens it; null: every model has it.
   bool (*is_open)(CGPSReceiver&);      ///< That answer; null likewise.
   Action (*prepare)(ArgumentReader&);  ///< Reads its arguments; see Prepare.
-  std::vector<Arguments> examples;     ///< Arguments to show it with, as far as the model takes them.
+  const char* examples;                ///< See ExamplesOf: a "|" between calls; null for none.
   /// Throws an Error if a receiver does not take the arguments; null: every model takes the same.
   void (*check)(CGPSReceiver&, const Arguments&) = nullptr;
 };
@@ -56,6 +56,8 @@ struct Operation {
 std::span<const Operation> Operations();
 /// Throws an Error that lists the names there are.
 const Operation& FindOperation(const std::string& name);
+/// Calls to show it with, by their arguments. Not every model takes all of them.
+std::vector<Arguments> ExamplesOf(const Operation& operation);
 /// Whether the model's capability answers open it.
 bool IsOffered(const Operation& operation, CGPSReceiver& receiver);
 /// Takes the wait out of the arguments, unless the operation waits by itself, as the reset does. Whether

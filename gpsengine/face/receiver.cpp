@@ -171,7 +171,7 @@ Error Receiver::Live::NotOpened() const {
 
 // The window belongs to this thread.
 void Receiver::Live::Pump() {
-  MessageWindow window(engine_, false, [this](Record&& record) {
+  MessageWindow window(engine_, [this](Record&& record) {
     const auto* const report = std::get_if<Report>(&record);
     const bool is_answer = report != nullptr && report->key != "ack";
     inbox_->Put(std::move(record));

@@ -2,8 +2,10 @@
 
 #include <algorithm>
 #include <cstring>
+#include <new>
 
 #include "gpsengine/platform/textscan.h"
+#include "gpsengine/platform/trace.h"
 
 namespace {
 
@@ -58,15 +60,14 @@ CBinBuffer::CBinBuffer(const CString& text) {
 }
 
 bool CBinBuffer::Set(const char* data, int length, int message_length) {
-  if (data == nullptr || length < 1) {
-    Clear();
-    return false;
+  Clear();
+  if (data == nullptr || length < 1) return false;
+  try {
+    Append(data, length);
+    m_nMessageLength = message_length;
+  } catch (const std::bad_alloc&) {
+    Trace("Can't set\n");
   }
-  m_Bytes.assign(data, data + length);
-  m_nCurrent = 0;
-  m_nNoComma = m_nNoCommaEnd = 0;
-  m_nMessageLength = message_length;
-  m_nLength = static_cast<int>(m_Bytes.size());
   return true;
 }
 
@@ -219,9 +220,10 @@ int CBinBuffer::BinaryLength(const Head& head) const {
       if (EqualNoCase(head.subTag, kind.name)) return kind.nLength;
     }
   }
-  if (!head.tag.starts_with("$BIN")) return 0;
+  const char* const start = GetPtr(m_nCurrent);
+  if (*start != '$' || !IsBin(start, GetPtr(m_nLength))) return 0;
   for (const BlockLength& block : kBinBlocks) {
-    if (*GetPtr(m_nCurrent + 4) == block.number) return block.nLength;
+    if (start[4] == block.number) return block.nLength;
   }
   return 0;
 }

@@ -10,9 +10,9 @@
 /// The tick: wParam is the timer's number, lParam 0.
 constexpr UINT WM_PRECISE_TIMER = 0xA732;
 
-/// Sends a window a tick every so many milliseconds from a thread of its own, above normal priority. Ticks
-/// are sent, not posted, so they never pile up, and the period compensates for the time that handling the
-/// last one took. The window's thread has to keep servicing its queue.
+/// Sends a window a tick every given number of milliseconds from a thread of its own, above normal priority.
+/// Ticks are sent, not posted, so they never pile up, and the period compensates for the time that handling
+/// the last one took. The window's thread has to keep servicing its queue.
 ///
 /// Start, Stop and the destructor belong to one thread, normally the window's own.
 class CPreciseTimer {

@@ -8,7 +8,7 @@ class CTicks {
  public:
   DWORD GetTicks();
   /// The same for a tick that the caller has read.
-  DWORD Continue(DWORD nTick);
+  DWORD Continue(DWORD tick);
 
  private:
   DWORD m_nLast = 0;

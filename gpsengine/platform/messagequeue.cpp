@@ -23,7 +23,7 @@ void MessageQueue::Close() {
     m_bClosed = true;
     left.swap(m_Posted);
     for (SentMessage* sent : std::exchange(m_Sent, {})) {
-      sent->bDone = true;
+      sent->handled = true;
       sent->done.notify_one();
     }
   }
@@ -72,7 +72,7 @@ LRESULT MessageQueue::SendAndWait(const MSG& message) {
   m_Sent.push_back(&sent);
   Announce(was_empty, lock);
   lock.lock();
-  sent.done.wait(lock, [&sent] { return sent.bDone; });
+  sent.done.wait(lock, [&sent] { return sent.handled; });
   return sent.result;
 }
 
@@ -89,7 +89,7 @@ void MessageQueue::HandleSent(std::unique_lock<std::mutex>& lock) {
     const LRESULT result = Deliver(sent->message);
     lock.lock();
     sent->result = result;
-    sent->bDone = true;
+    sent->handled = true;
     sent->done.notify_one();
   }
 }
@@ -125,7 +125,7 @@ void MessageQueue::Forget(HWND wnd) {
     m_Posted.erase(kept, m_Posted.end());
     std::erase_if(m_Sent, [wnd](SentMessage* sent) {
       if (sent->message.hwnd != wnd) return false;
-      sent->bDone = true;
+      sent->handled = true;
       sent->done.notify_one();
       return true;
     });

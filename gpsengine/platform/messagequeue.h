@@ -16,7 +16,7 @@ struct Waiter;
 struct SentMessage {
   MSG message;
   LRESULT result = 0;
-  bool bDone = false;
+  bool handled = false;
   std::condition_variable done;  // used with the mutex of the receiving queue
 };
 
@@ -40,18 +40,18 @@ class MessageQueue {
   /// Handles messages sent by other threads.
   void HandleSent();
   /// Discards the messages of a window being destroyed.
-  void Forget(HWND hWnd);
+  void Forget(HWND window);
   void PostQuit();
   int Descriptor();
   unsigned long long Lost() const { return m_nLost.load(std::memory_order_relaxed); }
 
   /// Sets the waiter to wake on a new message; null for none.
-  void SetWaiter(Waiter* pWaiter);
+  void SetWaiter(Waiter* waiter);
   bool HasAny();
 
  private:
   void HandleSent(std::unique_lock<std::mutex>& lock);
-  void Announce(bool wasEmpty, std::unique_lock<std::mutex>& lock);
+  void Announce(bool was_empty, std::unique_lock<std::mutex>& lock);
   void Close();
 
   std::mutex m_Mutex;

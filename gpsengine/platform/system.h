@@ -22,12 +22,12 @@ class WakeUp {
 };
 
 /// Raises the calling thread's priority, if permitted.
-void RaisePriority(int nPriority);
+void RaisePriority(int priority);
 /// The user's configuration folder.
 std::string ConfigurationFolder();
 /// The default device of a port number.
-std::string StandardPort(int nPort);
+std::string StandardPort(int port);
 /// Blocks until the user presses Enter. Returns at once if standard input is no terminal.
 void WaitForEnter();
 /// Local date and time; null on failure.
-std::tm* LocalTime(std::time_t seconds, std::tm* pTm);
+std::tm* LocalTime(std::time_t seconds, std::tm* tm);

@@ -16,6 +16,8 @@ constexpr int kBlock = 64;
 /// One bit a character of `text`, of which at most kBlock count, from the lowest bit up: set where it is `a`
 /// or `b`.
 std::uint64_t MatchBits(std::u16string_view text, WCHAR a, WCHAR b);
+/// The same of bytes, and of one of them.
+std::uint64_t MatchBits(std::string_view bytes, char c);
 
 /// Whether `c` occurs in `text`.
 bool Contains(std::u16string_view text, WCHAR c);
@@ -23,27 +25,33 @@ bool Contains(std::u16string_view text, WCHAR c);
 /// Index of the first `end` in `text`, or -1. `sum` becomes the exclusive or of the characters before it.
 int SumUpTo(std::u16string_view text, WCHAR end, unsigned& sum);
 
-/// Widens `nCount` bytes, without a sign.
-void Widen(const char* pBytes, int nCount, WCHAR* pTo);
+/// Widens `count` bytes, without a sign.
+void Widen(const char* bytes, int count, WCHAR* to);
 
 /// The same, and gives how many of them stand before the first zero byte.
-int WidenText(const char* pBytes, int nCount, WCHAR* pTo);
+int WidenText(const char* bytes, int count, WCHAR* to);
+
+/// Whether each character fits into a byte.
+bool IsNarrow(std::u16string_view text);
+
+/// Makes bytes of characters that fit.
+void Narrow(std::u16string_view text, char* pTo);
 
 /// The first `c` of some bytes, or null: for one that is likely to be near.
-const char* FindNear(const char* pBytes, const char* pEnd, char c);
+const char* FindNear(const char* bytes, const char* end, char c);
 
 /// The first of some bytes that is one of three, or null.
-const char* FindAny(const char* pBytes, const char* pEnd, char a, char b, char c);
+const char* FindAny(const char* bytes, const char* end, char a, char b, char c);
 
 /// Reads a number of one to four digits and nothing else. False, with `value` untouched, for anything else;
 /// also, now and then, for such a number at the very end of a text, which the caller then reads in its own
-/// way. `pEnd` is where the text ends that the number is a part of.
-bool ReadShortNumber(std::u16string_view number, const WCHAR* pEnd, int& value);
+/// way. `end` is where the text ends that the number is a part of.
+bool ReadShortNumber(std::u16string_view number, const WCHAR* end, int& value);
 
 /// Reads a number of up to 15 digits, with at most one point among them, and nothing else: its digits as one
 /// whole number, and how many of them stand after the point. False, with both untouched, for anything else;
-/// also, now and then, for such a number near the start of a text. `pStart` is where the text begins that the
+/// also, now and then, for such a number near the start of a text. `start` is where the text begins that the
 /// number is a part of.
-bool ReadShortDecimal(std::u16string_view number, const WCHAR* pStart, std::uint64_t& digits, int& fraction);
+bool ReadShortDecimal(std::u16string_view number, const WCHAR* start, std::uint64_t& digits, int& fraction);
 
 }  // namespace textscan

@@ -16,7 +16,7 @@ class KernelObject {
 };
 
 /// Assigns a new handle to an object.
-HANDLE AddHandle(std::shared_ptr<KernelObject> pObject);
+HANDLE AddHandle(std::shared_ptr<KernelObject> object);
 /// The object, or null if the handle is not open.
 std::shared_ptr<KernelObject> FindHandle(HANDLE handle);
 

@@ -18,7 +18,7 @@ bool TakeTime(const BlockReader& block, EpochBuilder& epoch) {
          epoch.SetTime(week, block.At<std::uint32_t>(16) / 1000.0);
 }
 
-// A number of observations, and each in so many bytes.
+// A count of observations, then `size` bytes for each.
 template <bool (*add)(const BlockReader& block, std::size_t at, EpochBuilder& epoch)>
 bool AddAll(const BlockReader& block, std::size_t size, EpochBuilder& epoch) {
   const OemBody body = FindBody(block);

@@ -10,5 +10,5 @@
 template <class T>
 void PostObject(UINT message, std::unique_ptr<T> object) {
   PostMessageW(AfxGetMainWnd(), message, reinterpret_cast<WPARAM>(object.release()), 0,
-               [](WPARAM wParam) { TakePosted<T>(wParam); });
+               [](WPARAM w_param) { TakePosted<T>(w_param); });
 }

@@ -10,8 +10,8 @@ struct RunIsOver {};
 /// decodes.
 class CUpdateScope {
  public:
-  /// `ends` counts the ends of runs; the update is over once it is no longer `nEnds`.
-  CUpdateScope(const std::atomic<int>& ends, int nEnds);
+  /// `ends` counts the ends of runs; the update is over once it is no longer `at_start`.
+  CUpdateScope(const std::atomic<int>& ends, int at_start);
   ~CUpdateScope();
   CUpdateScope(const CUpdateScope&) = delete;
   CUpdateScope& operator=(const CUpdateScope&) = delete;

@@ -28,9 +28,9 @@ bool ShowSource(CGPSStatusData& status, const CString& value) {
 bool ShowSentence(CGPSStatusData& status, const CString& value) {
   const CString name = value.Left(5);
   const auto field = std::find_if(std::begin(kNmeaFields), std::end(kNmeaFields),
-                                  [&](const NmeaField& candidate) { return name == candidate.pszName; });
+                                  [&](const NmeaField& candidate) { return name == candidate.name; });
   status.m_bNmeaStatusValid = field != std::end(kNmeaFields);
-  if (status.m_bNmeaStatusValid) status.*field->pStatus = NMEA_MSG_ON;
+  if (status.m_bNmeaStatusValid) status.*field->state = NMEA_MSG_ON;
   return status.m_bNmeaStatusValid;
 }
 

@@ -12,9 +12,9 @@
 /// A sentence whose output receivers report on: its name, its key in a list of rates, and where its state is
 /// kept.
 struct NmeaField {
-  const char* pszName;
-  const char* pszRateKey;
-  NmeaMsgStatus CGPSStatusData::*pStatus;
+  const char* name;
+  const char* rate_key;
+  NmeaMsgStatus CGPSStatusData::*state;
 };
 inline constexpr NmeaField kNmeaFields[] = {
     {"GPGGA", "GGA:", &CGPSStatusData::m_nNmeaGGA}, {"GPGSA", "GSA:", &CGPSStatusData::m_nNmeaGSA},
@@ -22,10 +22,10 @@ inline constexpr NmeaField kNmeaFields[] = {
     {"GPVTG", "VTG:", &CGPSStatusData::m_nNmeaVTG}, {"GPGSV", "GSV:", &CGPSStatusData::m_nNmeaGSV},
 };
 
-/// Drops the decimals. False, with `nWhole` untouched, for a number that has no place in an int.
-inline bool Truncate(double dNumber, int& nWhole) {
-  if (!(std::fabs(dNumber) <= std::numeric_limits<int>::max())) return false;
-  nWhole = static_cast<int>(dNumber);
+/// Drops the decimals. False, with `whole` untouched, for a number that has no place in an int.
+inline bool Truncate(double number, int& whole) {
+  if (!(std::fabs(number) <= std::numeric_limits<int>::max())) return false;
+  whole = static_cast<int>(number);
   return true;
 }
 

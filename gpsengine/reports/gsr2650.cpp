@@ -54,7 +54,7 @@ void StoreSource(CGPSStatusData& status, std::u16string_view data, std::span<con
 //   #LOGLISTA,COM1,0,71.5,FINESTEERING,1450,314159.265,00000000,0000,1234;2,COM1,GPGGA,ONTIME,1.0,…*1f2e3d4c
 bool CDecoders::LOGLIST(CGPSStatusData& status, CString& message) {
   const auto state = [&](const char* name) { return message.Find(name) >= 0 ? NMEA_MSG_ON : NMEA_MSG_OFF; };
-  for (const NmeaField& field : kNmeaFields) status.*field.pStatus = state(field.pszName);
+  for (const NmeaField& field : kNmeaFields) status.*field.state = state(field.name);
   status.m_nNmeaSAT = state("GPSAT");
   status.m_bNmeaStatusValid = status.m_bStatusUpdated = true;
   return true;

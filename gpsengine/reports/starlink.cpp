@@ -11,7 +11,7 @@ bool CDecoders::PSLIRParNmea(CGPSStatusData& status, CString& message) {
   CParser parser(message, ",", true);
   for (int tag_field = 0; tag_field < 3; ++tag_field) parser.SkipField();
   for (const NmeaField& field : kNmeaFields)
-    if (!CGPSReceiver::GetNmeaMsgStatus(message, status.*field.pStatus, field.pszRateKey)) return false;
+    if (!CGPSReceiver::GetNmeaMsgStatus(message, status.*field.state, field.rate_key)) return false;
   status.m_bNmeaStatusValid = status.m_bStatusUpdated = true;
   return true;
 }

@@ -8,7 +8,7 @@
 /// the bytes.
 class WireReader {
  public:
-  explicit WireReader(const void* pPayload) : m_pNext(static_cast<const unsigned char*>(pPayload)) {}
+  explicit WireReader(const void* payload) : m_pNext(static_cast<const unsigned char*>(payload)) {}
 
   /// The next number: a whole number in two's complement, or an IEEE 754 float or double.
   template <class T>
@@ -21,16 +21,16 @@ class WireReader {
     for (std::size_t i = 0; i < sizeof(T); ++i) bits = bits << 8 | *m_pNext++;
     return std::bit_cast<T>(static_cast<Bits>(bits));
   }
-  void Skip(int nBytes) { m_pNext += nBytes; }
+  void Skip(int count) { m_pNext += count; }
 
  private:
   const unsigned char* m_pNext;
 };
 
-/// The sum of the payload's first `nBytes`, an even count, as big-endian 16-bit words.
-inline std::uint16_t WireChecksum(const void* pPayload, int nBytes) {
-  WireReader in(pPayload);
+/// The sum of the payload's first `count` bytes, an even number of them, as big-endian 16-bit words.
+inline std::uint16_t WireChecksum(const void* payload, int count) {
+  WireReader in(payload);
   unsigned sum = 0;
-  for (int i = 0; i < nBytes; i += 2) sum += in.Take<std::uint16_t>();
+  for (int i = 0; i < count; i += 2) sum += in.Take<std::uint16_t>();
   return static_cast<std::uint16_t>(sum);
 }

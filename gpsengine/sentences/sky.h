@@ -38,7 +38,7 @@ struct Sky {
   Optional<double> hdop, pdop, vdop;
   ///@}
 
-  /// How many a position used that states so many: receivers of many satellites may state twelve at most.
+  /// How many a position used that states `stated`, which many receivers cut at twelve.
   int UsedBy(int stated) const;
   /// The mean of the signals of those that are used.
   std::optional<double> MeanSignal() const;

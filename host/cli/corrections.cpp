@@ -31,11 +31,27 @@ void AddCorrections(CLI::App& command, CorrectionOptions& corrections) {
       ->group(kGroup);
 }
 
+namespace {
+
+struct NtripOptions {
+  std::string caster, format = "table", password_file;
+  std::optional<Degrees2> near;
+};
+
+ExitCode Ntrip(const NtripOptions& options, const Interrupt& interrupt, Output& output) {
+  const std::string table =
+      FetchSourceTable(ParseCaster(options.caster), CorrectionsPassword(options.password_file), interrupt);
+  const auto points = MountPointsOf(table, options.near);
+  output.Text() += options.format == "raw"    ? table
+                   : options.format == "json" ? MountPointsAsJson(points)
+                                              : MountPointsAsTable(points);
+  output.Flush();
+  return ExitCode::done;
+}
+
+}  // namespace
+
 void AddNtrip(CLI::App& app, Job& job) {
-  struct Options {
-    std::string caster, format = "table", password_file;
-    std::optional<Degrees2> near;
-  };
   auto* command = app.add_subcommand("ntrip", "List the mount points of a caster of corrections");
   command->footer(
       "Examples:\n"
@@ -43,7 +59,7 @@ void AddNtrip(CLI::App& app, Job& job) {
       "  gpsengine ntrip caster.example:2101 --near 47.62,9.40 the nearest first\n"
       "  gpsengine ntrip ntrips://user@caster.example --format json\n"
       "Then: gpsengine monitor --port DEVICE --corrections ntrip://user@caster.example/MOUNT");
-  auto options = std::make_shared<Options>();
+  auto options = std::make_shared<NtripOptions>();
   AddValue(*command, "caster", options->caster, "CASTER", AName(), "Its address, as of --corrections")
       ->required();
   AddValue(*command, "--format", options->format, "FORMAT",
@@ -64,14 +80,7 @@ void AddNtrip(CLI::App& app, Job& job) {
       ->type_name("LAT,LON");
   command->callback([&job, options] {
     job = [options](const Interrupt& interrupt, Output& output) {
-      const std::string table = FetchSourceTable(ParseCaster(options->caster),
-                                                 CorrectionsPassword(options->password_file), interrupt);
-      const auto points = MountPointsOf(table, options->near);
-      output.Text() += options->format == "raw"    ? table
-                       : options->format == "json" ? MountPointsAsJson(points)
-                                                   : MountPointsAsTable(points);
-      output.Flush();
-      return ExitCode::done;
+      return Ntrip(*options, interrupt, output);
     };
   });
 }

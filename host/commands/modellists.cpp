@@ -36,23 +36,6 @@ constexpr char kIntroduction[] =
     "rehearses it: what it writes to an open port, and the milliseconds it waits after that.\n"
     "\n";
 
-std::string CapabilityTable() {
-  std::string table = "| Model | Baud |";
-  std::string rule = "|---|---|";
-  for (const auto& answer : Answers()) {
-    table += std::string(" `") + answer.operation + "` |";
-    rule += "---|";
-  }
-  table += '\n' + rule + '\n';
-  for (const auto& receiver : Models()) {
-    table +=
-        "| " + receiver->GetName().ToUtf8() + " | " + std::to_string(receiver->GetDefaultBaudrate()) + " |";
-    for (const auto& answer : Answers()) table += answer.ask(*receiver) ? " yes |" : " |";
-    table += '\n';
-  }
-  return table + '\n';
-}
-
 std::string ExampleText(const Offer::Example& example) {
   const Transcript& transcript = example.transcript;
   std::string text = "`" + example.call + "`";
@@ -64,8 +47,7 @@ std::string ExampleText(const Offer::Example& example) {
 std::string OperationsText(CGPSReceiver& receiver) {
   std::string text;
   for (const auto& [operation, examples] : OffersOf(receiver)) {
-    if (examples.empty()) continue;
-    text += "### " + std::string(operation->name) + ": " + operation->summary + "\n\n";
+    text += "### `" + Usage(*operation) + "`: " + operation->summary + "\n\n";
     for (const auto& example : examples) text += ExampleText(example);
   }
   return text;
@@ -142,7 +124,7 @@ std::string ModelAsJson(CGPSReceiver& receiver) {
 }
 
 std::string ReceiversDoc() {
-  std::string doc = kIntroduction + CapabilityTable();
+  std::string doc = kIntroduction + ("```\n" + ModelsAsTable()) + "```\n\n";
   std::map<std::string, std::string> first_with;  // the model that was the first to have these operations
   for (const auto& receiver : Models()) {
     const std::string model = receiver->GetName().ToUtf8();

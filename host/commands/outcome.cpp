@@ -15,7 +15,7 @@ namespace {
 
 // Seconds to listen after a command: for any byte, and for a last word.
 constexpr double kForBytes = 5.0, kForLastWord = 0.3;
-// So many lines are told one by one.
+// Up to this many lines are told one by one.
 constexpr std::size_t kFewLines = 3;
 
 constexpr char kBinaryMessage[] = "a binary message";

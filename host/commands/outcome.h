@@ -20,7 +20,7 @@ class Outcome {
     std::string device, model;
     int baud;           ///< 0 for a line whose rate is set elsewhere.
     bool understood;    ///< Some message was.
-    long long reports;  ///< So many were shown.
+    long long reports;  ///< How many were shown.
   };
 
   /// The next bytes of the line since the run began, in pieces of any size.

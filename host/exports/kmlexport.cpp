@@ -16,7 +16,7 @@ constexpr std::string_view kStyle =
 )";
 constexpr std::string_view kKmlTail = "  </Document>\n</kml>\n";
 constexpr std::string_view kKmlSegmentEnd = "      </gx:MultiTrack>\n    </Placemark>\n";
-// A track names all its times before its places. So many are kept to be written, and the next ones are a
+// A track names all its times before its places. Only this many are kept back; the next ones are another
 // track of the same line.
 constexpr int kMostOfTrack = 100;
 

@@ -21,7 +21,7 @@ double Rounded(double value, int decimals) {
   return std::round(value * power) / power;
 }
 
-/// So many decimals that what they leave out is a small part of a length.
+/// Enough decimals that what they leave out is a small part of a length.
 int DecimalsFor(double length) {
   return std::clamp(static_cast<int>(std::ceil(-std::log10(length))) + 1, 0, 6);
 }

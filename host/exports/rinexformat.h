@@ -31,7 +31,7 @@ struct RinexStation {
 struct RinexKind {
   bool in_decibels =
       false;                ///< The strength of a signal comes in dB-Hz, and not in a unit of the receiver's.
-  std::size_t systems = 1;  ///< So many at most, of which GPS is one.
+  std::size_t systems = 1;  ///< How many at most, GPS among them.
   bool more_than_l1_ca = false;  ///< There may be other signals than the C/A code, or its like, on L1.
 };
 

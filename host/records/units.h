@@ -12,7 +12,7 @@ enum class Units { metric, imperial, nautical };
 
 struct Unit {
   std::string_view name;
-  double per_metre;  ///< So many of it are a metre, or a metre a second.
+  double per_metre;  ///< How many make a metre, or a metre a second.
 };
 
 constexpr Unit kKnots{"kn", 3600.0 / 1852.0};

@@ -10,8 +10,8 @@
 
 namespace host {
 
-/// What a run has to publish, on its way to the thread that is connected to an MQTT broker: at most so many
-/// bytes of messages, of which the oldest go, and the latest state of the receiver. From any thread.
+/// What a run has to publish, on its way to the thread that is connected to an MQTT broker: a limited number
+/// of bytes of messages, the oldest of which go first, and the latest state of the receiver. From any thread.
 class MqttQueue {
  public:
   struct Message {

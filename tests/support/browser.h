@@ -1,13 +1,9 @@
 #pragma once
 
-#include <gtest/gtest.h>
-#include <unistd.h>
-
 #include <cstdio>
-#include <cstdlib>
-#include <filesystem>
 #include <optional>
-#include <string>
+
+#include "tests/support/basics.h"
 
 /// What a command of the shell prints; nothing if there is no such command.
 inline std::optional<std::string> RunTool(const std::string& command, const std::string& arguments) {

@@ -40,9 +40,7 @@ struct Conversation {
 /// A driver and the simulated receiver of its model, in rehearsed time, and some seconds more of what it then
 /// sends.
 inline Conversation Talk(CGPSReceiver& receiver, double dSeconds = 4.0) {
-  simulator::Options options;
-  options.model = receiver.GetName().ToUtf8();
-  const auto simulated = simulator::MakeReceiver(options);
+  const auto simulated = simulator::MakeReceiver({.model = receiver.GetName().ToUtf8()});
   Conversation conversation;
   CRehearsal line;
   line.SetStepHandler([&](const CRehearsal::Step& step) {
@@ -58,4 +56,14 @@ inline Conversation Talk(CGPSReceiver& receiver, double dSeconds = 4.0) {
   receiver.Suspend();
   conversation.complaints = simulated->TakeComplaints();
   return conversation;
+}
+
+/// A simulated receiver on a line of its own, so many times as fast as in life.
+inline std::unique_ptr<simulator::PtyRunner> RunSimulated(const std::string& model, double speed_up) {
+  simulator::PtyRunner::Settings settings;
+  settings.speed_up = speed_up;
+  settings.paced = false;
+  auto runner = std::make_unique<simulator::PtyRunner>(simulator::MakeReceiver({.model = model}), settings);
+  runner->Start();
+  return runner;
 }

@@ -1,25 +1,31 @@
 #pragma once
 
-#include <gtest/gtest.h>
-
-#include <functional>
-#include <string>
-#include <string_view>
-#include <vector>
-
 #include "gpsengine/engine/gpsengine.h"
-#include "gpsengine/platform/clock.h"
 #include "gpsengine/platform/messagebox.h"
 #include "tests/support/hostwindow.h"
 #include "tests/support/pseudoterminal.h"
 #include "tests/support/receivertest.h"
 
-template <class Call>
-std::uint64_t Took(Call call) {
-  const auto start = CurrentClock().Milliseconds();
-  call();
-  return CurrentClock().Milliseconds() - start;
-}
+/// A receiver of a host's own that does something with each message before it is decoded, or after.
+class Hooked : public COtherGps {
+ public:
+  using Hook = std::function<void(Hooked& self, const CString& message)>;
+  explicit Hooked(Hook before = {}, Hook after = {})
+      : m_Before(std::move(before)), m_After(std::move(after)) {}
+
+  CString GetName() override { return "Hooked"; }
+  using COtherGps::Parse;
+  bool Parse(CString& strMessage) override {
+    if (m_Before) m_Before(*this, strMessage);
+    const bool published = COtherGps::Parse(strMessage);
+    if (m_After) m_After(*this, strMessage);
+    return published;
+  }
+  CSerialPort& Port() { return m_Port; }
+
+ private:
+  const Hook m_Before, m_After;
+};
 
 /// An engine with a window that keeps what comes, and the texts of its message boxes.
 class EngineTest : public testing::Test {
@@ -36,6 +42,10 @@ class EngineTest : public testing::Test {
     SetMessageBoxHandler(nullptr);
   }
 
+  void SelectHooked(Hooked::Hook before, Hooked::Hook after = {}) {
+    engine.AddReceiver(new Hooked(std::move(before), std::move(after)));
+    Select("Hooked");
+  }
   void Select(const char* name) {
     CGPSReceiver* receiver = engine.FindReceiver(name);
     receiver->SetupReceiver(kPort, 0, 0.0, "", false);

@@ -1,21 +1,12 @@
 #pragma once
 
 #include <fcntl.h>
-#include <gtest/gtest.h>
 #include <poll.h>
-#include <unistd.h>
-
-#include <algorithm>
-#include <csignal>
-#include <functional>
-#include <string>
-#include <thread>
-#include <utility>
 
 #include "gpsengine/platform/application.h"
 #include "host/monitor.h"
-#include "tests/support/temporaryfolder.h"
-#include "tests/support/texts.h"
+#include "tests/support/pseudoterminal.h"
+#include "tests/support/receivertest.h"
 
 /// Runs on the test's thread, with what happens to them on another, and with a profile of their own.
 class MonitorRun : public testing::Test {
@@ -51,7 +42,8 @@ class MonitorRun : public testing::Test {
 
   /// `run` takes an interrupt and an output.
   template <class Run>
-  host::ExitCode Do(const std::function<void()>& story, Run run) {
+  host::ExitCode Do(
+      Run run, const std::function<void()>& story = [] {}) {
     const host::Interrupt interrupt;
     host::Output output(pipe[1]);
     const std::jthread teller(story);
@@ -68,9 +60,9 @@ class MonitorRun : public testing::Test {
     return code;
   }
   host::ExitCode Run(const std::function<void()>& story) {
-    return Do(story, [this](const auto& interrupt, auto& output) {
-      return host::Monitor(options, interrupt, output);
-    });
+    return Do(
+        [this](const auto& interrupt, auto& output) { return host::Monitor(options, interrupt, output); },
+        story);
   }
   void ExpectError(const std::string& text) const { EXPECT_TRUE(Has(errors, text)); }
 
@@ -79,4 +71,29 @@ class MonitorRun : public testing::Test {
   host::MonitorOptions options;
   int pipe[2] = {-1, -1};
   std::string errors;  ///< What went to standard error, and why the run failed.
+};
+
+/// A run on a port under a name of its own, such as those of /dev/serial/by-id, that leads to a
+/// pseudo-terminal.
+class PluggedRun : public MonitorRun {
+ protected:
+  PluggedRun() {
+    options.port = folder / "usb-receiver";
+    Plug();
+  }
+
+  void Plug() {
+    terminal = std::make_unique<PseudoTerminal>();
+    std::filesystem::create_symlink(terminal->Name(), options.port);
+  }
+  void Unplug() {
+    terminal->HangUp();
+    std::filesystem::remove(options.port);
+  }
+  /// Sends a fix until the run shows it, since a port that is opened forgets what came before.
+  void SendUntilShown(int second) {
+    UntilShown(second, [&] { terminal->Exchange(FixAt(second)); });
+  }
+
+  std::unique_ptr<PseudoTerminal> terminal;
 };

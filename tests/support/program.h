@@ -4,14 +4,11 @@
 #include <poll.h>
 #include <signal.h>
 #include <sys/wait.h>
-#include <unistd.h>
 
-#include <chrono>
-#include <cstdlib>
 #include <stdexcept>
-#include <string>
-#include <thread>
-#include <vector>
+
+#include "host/run/descriptor.h"
+#include "tests/support/basics.h"
 
 /// The program as a user runs it, a process of its own, whose profile is not the user's.
 class Program {
@@ -35,36 +32,29 @@ class Program {
     }
     close(out[1]);
     close(err[1]);
-    m_nOut = out[0];
-    m_nErr = err[0];
+    m_Out = host::UniqueDescriptor(out[0]);
+    m_Err = host::UniqueDescriptor(err[0]);
   }
   ~Program() {
     if (m_nProcess > 0) {
       kill(m_nProcess, SIGKILL);
       waitpid(m_nProcess, nullptr, 0);
     }
-    CloseOutput();
-    close(m_nErr);
   }
-  Program(const Program&) = delete;
-  Program& operator=(const Program&) = delete;
 
   /// The next line of its output, without the line end; empty at the end of it.
   std::string Line() const {
     std::string line;
-    for (char c; read(m_nOut, &c, 1) == 1 && c != '\n';) line += c;
+    for (char c; read(m_Out.Get(), &c, 1) == 1 && c != '\n';) line += c;
     return line;
   }
   /// Whether there is something to read, or its end, within that time.
   bool HasOutput(int ms) const {
-    pollfd source{m_nOut, POLLIN, 0};
+    pollfd source{m_Out.Get(), POLLIN, 0};
     return poll(&source, 1, ms) > 0;
   }
   void Signal(int nSignal) const { kill(m_nProcess, nSignal); }
-  void CloseOutput() {
-    if (m_nOut >= 0) close(m_nOut);
-    m_nOut = -1;
-  }
+  void CloseOutput() { m_Out = host::UniqueDescriptor(); }
   /// Waits for its end: the exit code, or minus the signal that ended it. One that does not end is killed.
   int Wait(std::chrono::seconds limit = std::chrono::seconds(30)) {
     const auto end = std::chrono::steady_clock::now() + limit;
@@ -77,8 +67,8 @@ class Program {
     return WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
   }
   /// What it said on its outputs and was not read yet. Call it when the program has ended.
-  std::string Output() const { return Rest(m_nOut); }
-  std::string Errors() const { return Rest(m_nErr); }
+  std::string Output() const { return Rest(m_Out.Get()); }
+  std::string Errors() const { return Rest(m_Err.Get()); }
 
  private:
   static void UseTerminal(const std::string& strName) {
@@ -99,5 +89,25 @@ class Program {
   }
 
   pid_t m_nProcess;
-  int m_nOut, m_nErr;
+  host::UniqueDescriptor m_Out, m_Err;
 };
+
+struct Ended {
+  int code;
+  std::string output, errors;
+};
+
+/// Runs the program to its end, its arguments between spaces. What it writes has to fit the pipes, so that it
+/// may end before it is read.
+inline Ended RunToEnd(const std::string& arguments) {
+  Program program(Split(arguments, ' '));
+  const int code = program.Wait();
+  return {code, program.Output(), program.Errors()};
+}
+
+/// The output of a run that ends well.
+inline std::string OutputOf(const std::string& arguments) {
+  const Ended ended = RunToEnd(arguments);
+  EXPECT_EQ(ended.code, 0) << ended.errors;
+  return ended.output;
+}

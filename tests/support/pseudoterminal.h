@@ -12,37 +12,36 @@
 #include <string>
 #include <string_view>
 
+#include "host/run/descriptor.h"
 #include "simulator/linespeed.h"
 
 /// The other side of a serial line: a real terminal device of the kernel, whose master end the test holds.
 class PseudoTerminal {
  public:
-  PseudoTerminal() : m_nMaster(posix_openpt(O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC)) {
+  PseudoTerminal() : m_Master(posix_openpt(O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC)) {
     char name[128];
-    if (m_nMaster < 0 || grantpt(m_nMaster) != 0 || unlockpt(m_nMaster) != 0 ||
-        ptsname_r(m_nMaster, name, sizeof name) != 0)
+    if (!m_Master || grantpt(m_Master.Get()) != 0 || unlockpt(m_Master.Get()) != 0 ||
+        ptsname_r(m_Master.Get(), name, sizeof name) != 0)
       throw std::runtime_error("no pseudo-terminal");
     m_strName = name;
     // Held open so that the line does not hang up between two opens of the code under test.
-    m_nKeeper = open(name, O_RDWR | O_NOCTTY | O_CLOEXEC);
+    m_Keeper = host::UniqueDescriptor(open(name, O_RDWR | O_NOCTTY | O_CLOEXEC));
     termios state;
-    tcgetattr(m_nKeeper, &state);
+    tcgetattr(m_Keeper.Get(), &state);
     cfmakeraw(&state);
-    tcsetattr(m_nKeeper, TCSANOW, &state);
+    tcsetattr(m_Keeper.Get(), TCSANOW, &state);
   }
-  ~PseudoTerminal() { HangUp(); }
-  PseudoTerminal(const PseudoTerminal&) = delete;
-  PseudoTerminal& operator=(const PseudoTerminal&) = delete;
 
   const std::string& Name() const { return m_strName; }
+  int Keeper() const { return m_Keeper.Get(); }
 
   void Send(std::string_view bytes) const {
     while (!bytes.empty()) {
-      const ssize_t count = write(m_nMaster, bytes.data(), bytes.size());
+      const ssize_t count = write(m_Master.Get(), bytes.data(), bytes.size());
       if (count > 0) {
         bytes.remove_prefix(static_cast<std::size_t>(count));
       } else {
-        pollfd source{m_nMaster, POLLOUT, 0};
+        pollfd source{m_Master.Get(), POLLOUT, 0};
         if (poll(&source, 1, 5000) <= 0) throw std::runtime_error("nobody reads the line");
       }
     }
@@ -52,8 +51,8 @@ class PseudoTerminal {
   /// much was sent.
   std::size_t Exchange(std::string_view bytes) const {
     char taken[4096];
-    [[maybe_unused]] const ssize_t count = read(m_nMaster, taken, sizeof taken);
-    const ssize_t sent = write(m_nMaster, bytes.data(), bytes.size());
+    [[maybe_unused]] const ssize_t count = read(m_Master.Get(), taken, sizeof taken);
+    const ssize_t sent = write(m_Master.Get(), bytes.data(), bytes.size());
     return sent > 0 ? static_cast<std::size_t>(sent) : 0;
   }
 
@@ -62,10 +61,10 @@ class PseudoTerminal {
     const auto end = std::chrono::steady_clock::now() + limit;
     std::string bytes;
     while (bytes.size() < least && std::chrono::steady_clock::now() < end) {
-      pollfd source{m_nMaster, POLLIN, 0};
+      pollfd source{m_Master.Get(), POLLIN, 0};
       char piece[4096];
       if (poll(&source, 1, 10) <= 0) continue;
-      if (const ssize_t count = read(m_nMaster, piece, sizeof piece); count > 0)
+      if (const ssize_t count = read(m_Master.Get(), piece, sizeof piece); count > 0)
         bytes.append(piece, static_cast<std::size_t>(count));
     }
     return bytes;
@@ -74,21 +73,18 @@ class PseudoTerminal {
   /// Whether someone has the line to himself.
   bool IsExclusive() const {
     int exclusive = 0;
-    return ioctl(m_nKeeper, TIOCGEXCL, &exclusive) == 0 && exclusive != 0;
+    return ioctl(m_Keeper.Get(), TIOCGEXCL, &exclusive) == 0 && exclusive != 0;
   }
 
   /// The rate that the other side has set.
-  int Speed() const { return simulator::LineSpeed(m_nMaster); }
+  int Speed() const { return simulator::LineSpeed(m_Master.Get()); }
 
   /// Pulls the plug.
   void HangUp() {
-    if (m_nKeeper >= 0) close(m_nKeeper);
-    if (m_nMaster >= 0) close(m_nMaster);
-    m_nKeeper = m_nMaster = -1;
+    for (auto* end : {&m_Keeper, &m_Master}) *end = host::UniqueDescriptor();
   }
 
  private:
-  int m_nMaster;
-  int m_nKeeper = -1;
+  host::UniqueDescriptor m_Master, m_Keeper;
   std::string m_strName;
 };

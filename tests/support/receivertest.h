@@ -1,13 +1,12 @@
 #pragma once
 
-#include <gtest/gtest.h>
-
-#include <string>
-#include <string_view>
+#include <numbers>
 
 #include "gpsengine/drivers/plain.h"
 #include "gpsengine/platform/rehearsal.h"
+#include "gpsengine/platform/trace.h"
 #include "gpsengine/receiver/workingstate.h"
+#include "tests/support/basics.h"
 #include "tests/support/hostwindow.h"
 
 /// The sentence with the checksum of what stands after its "$", and its line end.
@@ -22,6 +21,26 @@ inline std::string WithChecksum(std::string_view sentence) {
 inline std::string FixAt(int nSecond) {
   return WithChecksum("$GPGGA,0000" + std::to_string(10 + nSecond % 50) +
                       ",4807.038,N,01131.000,E,1,08,0.9,545.4,M,46.9,M,,");
+}
+
+constexpr double kDegree = std::numbers::pi / 180.0;
+
+/// A fix at 12:35:19 on 2024-05-14 that moves south-west.
+inline CGPSData FixRecord() {
+  CGPSData data;
+  data.m_Time = CTime(1715688000);
+  data.m_dTimeOfDay = 45319.25;
+  data.m_dLatitude = 48.1173 * kDegree;
+  data.m_dLongitude = -11.5 * kDegree;
+  data.m_dAltitude = 545.4;
+  data.m_dHDOP = 0.9;
+  data.m_nSatellitesUsed = 8;
+  data.m_nSatellitesInView = 11;
+  data.m_nSignalType = UDF_SIGNAL_WAAS;
+  data.m_dHeading = 225.0 * kDegree;
+  data.m_dSpeed = 5.0;
+  data.m_bPositionValid = data.m_bVelocityValid = data.m_bDOPValid = true;
+  return data;
 }
 
 /// A receiver on one thread with rehearsed time: sentences go in at Parse, records come out at the host's
@@ -50,6 +69,14 @@ class ReceiverTest : public testing::Test {
   bool FeedBinary(std::string_view bytes) {
     receiver.AttachRawData(bytes.data(), static_cast<int>(bytes.size()));
     return Feed(std::string(bytes.substr(0, bytes.find('\0'))) + "\n");
+  }
+  /// What is traced meanwhile.
+  static std::string TraceOf(const std::function<void()>& call) {
+    std::string traced;
+    SetTraceHandler([&traced](const CString& text) { traced += text.ToUtf8(); });
+    call();
+    SetTraceHandler({});
+    return traced;
   }
   /// The last record that was published.
   const CGPSData& Last() const { return window.records.back(); }

@@ -36,6 +36,9 @@ class Script {
  public:
   /// The line gives `nMost` bytes a read at most.
   explicit Script(int nPort, int nMost = 1 << 20);
+  /// One that is nobody's port yet.
+  Script() = default;
+  SerialLineFactory Opener() const;
 
   TestClock& ReadersClock() { return m_pState->clock; }
 
@@ -49,7 +52,7 @@ class Script {
     std::mutex mutex;
     std::string bytes;
     TestClock clock;
-    int nMost;
+    int nMost = 1 << 20;
   };
   class Line;
   std::shared_ptr<State> m_pState = std::make_shared<State>();
@@ -59,8 +62,6 @@ class Script::Line : public SerialLine {
  public:
   explicit Line(std::shared_ptr<State> state) : m_pState(std::move(state)) {}
   ~Line() override { CloseHandle(m_hWake); }
-  Line(const Line&) = delete;
-  Line& operator=(const Line&) = delete;
 
   int Read(void* pData, int nMax, DWORD ms) override {
     SetClock(&m_pState->clock);
@@ -96,7 +97,11 @@ class Script::Line : public SerialLine {
   const HANDLE m_hWake = CreateEventW(true, false);
 };
 
+inline SerialLineFactory Script::Opener() const {
+  return [state = m_pState] { return std::make_unique<Line>(state); };
+}
+
 inline Script::Script(int nPort, int nMost) {
   m_pState->nMost = nMost;
-  MapComPort(nPort, [state = m_pState] { return std::make_unique<Line>(state); });
+  MapComPort(nPort, Opener());
 }

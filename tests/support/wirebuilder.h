@@ -1,16 +1,16 @@
 #pragma once
 
-#include <bit>
-#include <concepts>
 #include <cstdint>
 #include <string>
+
+#include "simulator/bytes.h"
 
 /// Puts the payload of a binary message together, big-endian.
 class WireBuilder {
  public:
   template <class... T>
   WireBuilder& Put(T... values) {
-    (PutOne(values), ...);
+    (simulator::AppendBig(m_Bytes, values), ...);
     return *this;
   }
   /// Bytes that nobody reads, not zero, so that the checksum has to take them in.
@@ -28,19 +28,6 @@ class WireBuilder {
   }
 
  private:
-  template <class T>
-  void PutOne(T value) {
-    std::uint64_t bits;
-    if constexpr (std::same_as<T, double>)
-      bits = std::bit_cast<std::uint64_t>(value);
-    else if constexpr (std::same_as<T, float>)
-      bits = std::bit_cast<std::uint32_t>(value);
-    else
-      bits = static_cast<std::uint64_t>(value);
-    for (int shift = 8 * static_cast<int>(sizeof(T)); shift > 0;)
-      m_Bytes.push_back(static_cast<char>(bits >> (shift -= 8)));
-  }
-
   std::string m_Bytes;
 };
 

@@ -1,4 +1,4 @@
-#include "simulator/command.h"
+#include "simulator/obey.h"
 
 #include <algorithm>
 #include <charconv>
