@@ -15,7 +15,8 @@ void CComBuffer::OnRawData(CString* text) {
 
 void CComBuffer::KeepCapturing(bool wanted, bool empties) {
   const bool stopped = m_bOverflow && m_bPaused;
-  if (stopped || empties) m_strData.Empty();
+  if (empties) m_strData.ReleaseBuffer(0);  // its memory is used again
+  if (stopped) m_strData.Empty();
   if (stopped) m_bOverflow = false;
   if (m_bPaused == wanted) m_bPaused = !wanted;
 }

@@ -219,9 +219,10 @@ int CBinBuffer::BinaryLength(const Head& head) const {
       if (EqualNoCase(head.subTag, kind.name)) return kind.nLength;
     }
   }
-  if (!head.tag.starts_with("$BIN")) return 0;
+  const char* const start = GetPtr(m_nCurrent);
+  if (*start != '$' || !IsBin(start, GetPtr(m_nLength))) return 0;
   for (const BlockLength& block : kBinBlocks) {
-    if (*GetPtr(m_nCurrent + 4) == block.number) return block.nLength;
+    if (start[4] == block.number) return block.nLength;
   }
   return 0;
 }

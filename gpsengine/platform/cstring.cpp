@@ -107,15 +107,14 @@ void CString::AssignLong(std::u16string_view text) {
 
 CString& CString::Append(const WCHAR* p, int length) {
   if (p == nullptr || length <= 0) return *this;
-  const int old_length = m_nLength;
-  if (p >= GetString() && p <= GetString() + old_length) {
+  if (p >= GetString() && p <= GetString() + m_nLength) {
     const CString own(*this);  // keeps the text that is appended to itself
-    const auto offset = p - GetString();
-    CopyText(GetBuffer(old_length + length) + old_length, own.GetString() + offset, length);
-  } else {
-    CopyText(GetBuffer(old_length + length) + old_length, p, length);
+    return Append(own.GetString() + (p - GetString()), length);
   }
-  ReleaseBuffer(old_length + length);
+  WCHAR* const end = GetBuffer(m_nLength + length) + m_nLength;
+  CopyText(end, p, length);
+  end[length] = 0;
+  m_nLength += length;
   return *this;
 }
 
@@ -209,11 +208,9 @@ int CString::CompareNoCase(const CString& other) const noexcept {
 
 bool CString::ToBytes(std::string& bytes) const {
   const auto text = View();
-  unsigned all = 0;
-  for (const WCHAR c : text) all |= c;
-  if (all > 0xFF) return false;
+  if (!textscan::IsNarrow(text)) return false;
   bytes.resize(text.size());
-  std::transform(text.begin(), text.end(), bytes.begin(), [](WCHAR c) { return static_cast<char>(c); });
+  textscan::Narrow(text, bytes.data());
   return true;
 }
 

@@ -27,6 +27,14 @@ int AheadOfZero(const char* from, int count) {
   return zero == nullptr ? count : static_cast<int>(static_cast<const char*>(zero) - from);
 }
 
+bool IsNarrowSlowly(std::u16string_view text) {
+  return std::all_of(text.begin(), text.end(), [](WCHAR c) { return c <= 0xFF; });
+}
+
+void NarrowSlowly(std::u16string_view text, char* to) {
+  std::transform(text.begin(), text.end(), to, [](WCHAR c) { return static_cast<char>(c); });
+}
+
 const char* FindFar(const char* from, const char* end, char c) {
   return static_cast<const char*>(std::memchr(from, c, static_cast<std::size_t>(end - from)));
 }
@@ -126,6 +134,22 @@ std::uint64_t MatchBits(std::u16string_view text, WCHAR a, WCHAR b) {
   return bits | bits_at(length - kTwoSteps);
 }
 
+std::uint64_t MatchBits(std::string_view bytes, char c) {
+  const int length = static_cast<int>(std::min<std::size_t>(bytes.size(), kBlock));
+  const char* p = bytes.data();
+  const __m128i all = _mm_set1_epi8(c);
+  const auto bits_at = [&](int i) {
+    return static_cast<std::uint64_t>(ByteBits(_mm_cmpeq_epi8(LoadBytes(p + i), all))) << i;
+  };
+  std::uint64_t bits = 0;
+  if (length < kBytes) {
+    for (int i = 0; i < length; ++i) bits |= static_cast<std::uint64_t>(p[i] == c) << i;
+    return bits;
+  }
+  for (int i = 0; i + kBytes <= length; i += kBytes) bits |= bits_at(i);
+  return bits | bits_at(length - kBytes);
+}
+
 bool Contains(std::u16string_view text, WCHAR c) {
   const int length = static_cast<int>(text.size());
   const WCHAR* p = text.data();
@@ -207,6 +231,25 @@ void Widen(const char* from, int count, WCHAR* to) {
 int WidenText(const char* from, int count, WCHAR* to) {
   const bool zero = _mm_movemask_epi8(WidenBytes(from, count, to)) != 0;
   return zero ? AheadOfZero(from, count) : count;
+}
+
+bool IsNarrow(std::u16string_view text) {
+  const int length = static_cast<int>(text.size());
+  if (length < kStep) return IsNarrowSlowly(text);
+  __m128i all = Load(text.data() + length - kStep);
+  for (int i = 0; i + kStep <= length; i += kStep) all = _mm_or_si128(all, Load(text.data() + i));
+  return ByteBits(_mm_cmpeq_epi8(_mm_srli_epi16(all, 8), _mm_setzero_si128())) == 0xFFFF;
+}
+
+void Narrow(std::u16string_view text, char* to) {
+  const int length = static_cast<int>(text.size());
+  if (length < kTwoSteps) return NarrowSlowly(text, to);
+  const auto step = [&](int i) {
+    const __m128i bytes = _mm_packus_epi16(Load(text.data() + i), Load(text.data() + i + kStep));
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(to + i), bytes);
+  };
+  for (int i = 0; i + kTwoSteps <= length; i += kTwoSteps) step(i);
+  step(length - kTwoSteps);
 }
 
 const char* FindNear(const char* from, const char* end, char c) {
@@ -306,6 +349,13 @@ std::uint64_t MatchBits(std::u16string_view text, WCHAR a, WCHAR b) {
   return bits;
 }
 
+std::uint64_t MatchBits(std::string_view bytes, char c) {
+  std::uint64_t bits = 0;
+  for (std::size_t i = 0; i < std::min<std::size_t>(bytes.size(), kBlock); ++i)
+    bits |= static_cast<std::uint64_t>(bytes[i] == c) << i;
+  return bits;
+}
+
 bool Contains(std::u16string_view text, WCHAR c) {
   return text.find(c) != std::u16string_view::npos;
 }
@@ -321,6 +371,14 @@ void Widen(const char* from, int count, WCHAR* to) {
 int WidenText(const char* from, int count, WCHAR* to) {
   Widen(from, count, to);
   return AheadOfZero(from, count);
+}
+
+bool IsNarrow(std::u16string_view text) {
+  return IsNarrowSlowly(text);
+}
+
+void Narrow(std::u16string_view text, char* to) {
+  NarrowSlowly(text, to);
 }
 
 const char* FindNear(const char* from, const char* end, char c) {

@@ -16,6 +16,8 @@ constexpr int kBlock = 64;
 /// One bit a character of `text`, of which at most kBlock count, from the lowest bit up: set where it is `a`
 /// or `b`.
 std::uint64_t MatchBits(std::u16string_view text, WCHAR a, WCHAR b);
+/// The same of bytes, and of one of them.
+std::uint64_t MatchBits(std::string_view bytes, char c);
 
 /// Whether `c` occurs in `text`.
 bool Contains(std::u16string_view text, WCHAR c);
@@ -28,6 +30,12 @@ void Widen(const char* pBytes, int nCount, WCHAR* pTo);
 
 /// The same, and gives how many of them stand before the first zero byte.
 int WidenText(const char* pBytes, int nCount, WCHAR* pTo);
+
+/// Whether each character fits into a byte.
+bool IsNarrow(std::u16string_view text);
+
+/// Makes bytes of characters that fit.
+void Narrow(std::u16string_view text, char* pTo);
 
 /// The first `c` of some bytes, or null: for one that is likely to be near.
 const char* FindNear(const char* pBytes, const char* pEnd, char c);

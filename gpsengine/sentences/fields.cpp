@@ -1,9 +1,13 @@
 #include "gpsengine/sentences/fields.h"
 
 #include <algorithm>
+#include <bit>
 #include <charconv>
 #include <cmath>
 #include <cstdint>
+#include <cstring>
+
+#include "gpsengine/platform/textscan.h"
 
 namespace gps {
 
@@ -45,6 +49,19 @@ int HexDigit(char c) {
   return letter >= 0 && letter < 6 ? letter + 10 : -1;
 }
 
+/// The exclusive or of the bytes, eight a step.
+int SumOf(std::string_view bytes) {
+  std::uint64_t sum = 0;
+  for (; bytes.size() >= sizeof sum; bytes.remove_prefix(sizeof sum)) {
+    std::uint64_t word;
+    std::memcpy(&word, bytes.data(), sizeof word);
+    sum ^= word;
+  }
+  for (int half = 32; half >= 8; half /= 2) sum ^= sum >> half;
+  for (const char c : bytes) sum ^= static_cast<unsigned char>(c);
+  return static_cast<int>(sum & 0xFF);
+}
+
 bool IsChecksum(std::string_view digits, int sum) {
   return digits.size() == 2 && HexDigit(digits[0]) == sum >> 4 && HexDigit(digits[1]) == (sum & 15);
 }
@@ -62,11 +79,8 @@ std::optional<double> NumberOf(std::string_view field) {
 }
 
 Fields::Fields(std::string_view line) {
-  auto start = line.find('$');
-  while (start != std::string_view::npos) {
+  for (auto start = line.find('$'); start != std::string_view::npos; start = line.find('$', 1))
     line.remove_prefix(start);
-    start = line.find('$', 1);
-  }
   if (!line.starts_with('$')) return;
   Split(line.substr(1));
   constexpr std::size_t kTag = 5;
@@ -77,18 +91,17 @@ Fields::Fields(std::string_view line) {
 void Fields::Split(std::string_view sentence) {
   const auto star = sentence.find('*');
   if (star == 0 || star == std::string_view::npos) return;
-  unsigned char sum = 0;
-  for (std::size_t i = 0; i < star; ++i) sum ^= static_cast<unsigned char>(sentence[i]);
-  if (!IsChecksum(sentence.substr(star + 1, 2), sum)) return;
-  const char* const body = sentence.data();
+  auto body = sentence.substr(0, star);
+  if (!IsChecksum(sentence.substr(star + 1, 2), SumOf(body))) return;
   std::size_t size = 1;
-  starts_[0] = body;
-  for (std::size_t i = 0; i < star; ++i) {
-    if (body[i] != ',') continue;
-    if (size == kMost) return;
-    starts_[size++] = body + i + 1;
+  starts_[0] = body.data();
+  for (; !body.empty(); body.remove_prefix(std::min<std::size_t>(textscan::kBlock, body.size()))) {
+    for (auto commas = textscan::MatchBits(body, ','); commas != 0; commas &= commas - 1) {
+      if (size == kMost) return;
+      starts_[size++] = body.data() + std::countr_zero(commas) + 1;
+    }
   }
-  starts_[size] = body + star + 1;
+  starts_[size] = body.data() + 1;  // behind the asterisk
   size_ = static_cast<int>(size);
 }
 

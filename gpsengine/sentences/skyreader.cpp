@@ -20,23 +20,24 @@ std::optional<int> InRange(std::string_view field, int least, int most) {
   return value && *value >= least && *value <= most ? value : std::nullopt;
 }
 
+/// Where a satellite stands among those by system and number, or would.
+std::vector<Satellite>::iterator PlaceOf(const SatelliteId& id, std::vector<Satellite>& all) {
+  if (all.empty() || all.back().id < id) return all.end();  // most come in order
+  return std::lower_bound(all.begin(), all.end(), id,
+                          [](const Satellite& a, const SatelliteId& b) { return a.id < b; });
+}
+
 /// A satellite is told of by each of its bands.
-void Merge(std::vector<Satellite>& all) {
-  const auto is_ahead = [](const Satellite& a, const Satellite& b) { return a.id < b.id; };
-  if (!std::is_sorted(all.begin(), all.end(), is_ahead)) std::stable_sort(all.begin(), all.end(), is_ahead);
-  std::size_t kept = 0;
-  for (std::size_t i = 0; i < all.size(); ++i) {
-    const Satellite other = all[i];
-    if (kept == 0 || all[kept - 1].id != other.id) {
-      all[kept++] = other;
-      continue;
-    }
-    Satellite& satellite = all[kept - 1];
-    satellite.signal = std::max(satellite.signal, other.signal);
-    if (!satellite.elevation) satellite.elevation = other.elevation;
-    if (!satellite.azimuth) satellite.azimuth = other.azimuth;
+void Merge(const Satellite& other, std::vector<Satellite>& all) {
+  const auto satellite = PlaceOf(other.id, all);
+  if (satellite == all.end() || satellite->id != other.id) {
+    all.insert(satellite, other);
+    if (all.size() > Sky::kMost) all.pop_back();
+    return;
   }
-  all.resize(std::min(kept, Sky::kMost));
+  satellite->signal = std::max(satellite->signal, other.signal);
+  if (!satellite->elevation) satellite->elevation = other.elevation;
+  if (!satellite->azimuth) satellite->azimuth = other.azimuth;
 }
 
 /// The satellites of a page, four fields each.
@@ -183,13 +184,11 @@ void SkyReader::Tell() {
   sky_.pdop = pdop_;
   sky_.vdop = vdop_;
   for (const Group& group : groups_) {
-    sky_.satellites.insert(sky_.satellites.end(), group.items.begin(), group.items.end());
+    for (const Satellite& satellite : group.items) Merge(satellite, sky_.satellites);
   }
-  Merge(sky_.satellites);
   for (const auto& list : used_) {
     for (const SatelliteId& id : list.items) {
-      const auto found = std::lower_bound(sky_.satellites.begin(), sky_.satellites.end(), id,
-                                          [](const Satellite& a, const SatelliteId& b) { return a.id < b; });
+      const auto found = PlaceOf(id, sky_.satellites);
       if (found != sky_.satellites.end() && found->id == id) found->used = true;
     }
   }

@@ -34,7 +34,8 @@ void Filter::Pass(Record& record) {
     over_ = over_ || *epoch.time - *first_ > Milliseconds(options_.duration);
   }
   record.kinds = over_ ? Kinds() : record.kinds & options_.only;
-  if (!record.HasPosition()) return;
+  const bool thins = options_.min_interval > 0.0 || options_.min_distance > 0.0;
+  if (!record.HasPosition() || !thins) return;
   epoch.starts_segment = epoch.starts_segment || held_start_;
   held_start_ = false;
   if (IsDue(epoch)) {

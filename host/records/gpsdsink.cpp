@@ -78,7 +78,8 @@ GpsdSink::GpsdSink(std::string& out, const std::string& device, Geoid geoid)
 
 void GpsdSink::Begin(JsonWriter& json, std::string_view name) {
   json.BeginObject();
-  json.Member("class", name);
+  json.Key("class");
+  json.Plain(name);
   if (device_.empty()) return;
   json.Key("device");
   json.Verbatim(device_);
@@ -99,10 +100,12 @@ void GpsdSink::SetReference(std::optional<Moment> reference) {
   if (reference != reference_) near_ = reference_ = reference;
 }
 
+/// The objects of an epoch have the same time.
 void GpsdSink::WriteTime(JsonWriter& json, Moment time) {
-  iso_.clear();
-  AppendIso(iso_, time);
-  json.Member("time", std::string_view(iso_));
+  if (time != written_) iso_ = IsoText(time);
+  written_ = time;
+  json.Key("time");
+  json.Plain(iso_);
 }
 
 Moment GpsdSink::Date(double time_of_day) const {

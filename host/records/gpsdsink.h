@@ -45,7 +45,8 @@ class GpsdSink : public Sink {
   std::optional<Moment> near_;  // of a recording: the reference, or the last position after it
   Kinds kinds_ = Kinds::All();
   ReportReader reports_;
-  std::string iso_;  // the current time, kept for its memory
+  std::optional<Moment> written_;  // the last time
+  std::string iso_;                // the same as text
 };
 
 }  // namespace host

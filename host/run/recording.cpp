@@ -19,7 +19,8 @@ constexpr std::size_t kPiece = 65536;
 
 }  // namespace
 
-Recording::Recording(const std::string& path) : path_(path == "-" ? "standard input" : path) {
+Recording::Recording(const std::string& path)
+    : path_(path == "-" ? "standard input" : path), buffer_(kPiece, '\0') {
   descriptor_ = UniqueDescriptor(path == "-" ? dup(STDIN_FILENO) : open(path.c_str(), O_RDONLY | O_CLOEXEC));
   struct stat about {};
   if (!descriptor_ || fstat(descriptor_.Get(), &about) != 0) {
@@ -29,7 +30,7 @@ Recording::Recording(const std::string& path) : path_(path == "-" ? "standard in
   size_ = seekable_ ? about.st_size : 0;
   head_ = ReadBytes();
   while (head_.size() == 1) {  // a pipe's; it takes two to tell a packed file
-    const std::string piece = ReadBytes();
+    const auto piece = ReadBytes();
     if (piece.empty()) break;
     head_ += piece;
   }
@@ -42,42 +43,40 @@ Recording::Recording(const std::string& path) : path_(path == "-" ? "standard in
   text_log_ = head_.find('\r') == std::string::npos;
   if (!seekable_) held_ = head_;
   while (text_log_) {
-    const std::string piece = ReadPiece();
+    const auto piece = ReadPiece();
     if (piece.empty()) break;
-    text_log_ = piece.find('\r') == std::string::npos;
+    text_log_ = piece.find('\r') == piece.npos;
     if (!seekable_) held_ += piece;
   }
   Rewind();
 }
 
-/// The next piece of what the file holds; empty at the end.
-std::string Recording::ReadPiece() {
-  std::string bytes;
+/// The next piece of what the file holds, good until the next one is read; empty at the end.
+std::string_view Recording::ReadPiece() {
+  std::string_view bytes;
   do {
     bytes = ReadBytes();
     if (!unpacker_ || bytes.empty()) break;
-    bytes = Unpack(bytes);
+    bytes = piece_ = Unpack(bytes);
   } while (bytes.empty());
   unpacked_ += bytes.size();
   return bytes;
 }
 
-std::string Recording::Unpack(const std::string& packed) try {
+std::string Recording::Unpack(std::string_view packed) try {
   return unpacker_->Unpack(packed);
 } catch (const std::runtime_error& error) {
   throw Failure(ExitCode::failed, "cannot unpack " + path_ + ": " + error.what());
 }
 
-std::string Recording::ReadBytes() {
-  std::string piece(kPiece, '\0');
+std::string_view Recording::ReadBytes() {
   ssize_t count;
   do {
-    count = read(descriptor_.Get(), piece.data(), piece.size());
+    count = read(descriptor_.Get(), buffer_.data(), buffer_.size());
   } while (count < 0 && errno == EINTR);
   if (count < 0) throw Failure(ExitCode::failed, "cannot read " + path_ + ": " + std::strerror(errno));
-  piece.resize(static_cast<std::size_t>(count));
   done_ += count;
-  return piece;
+  return std::string_view(buffer_).substr(0, static_cast<std::size_t>(count));
 }
 
 void Recording::Rewind() {
@@ -88,40 +87,50 @@ void Recording::Rewind() {
     if (unpacker_) unpacker_.emplace();
   } else {
     Append(held_);
+    rest_ = mended_;
+    is_mended_ = true;
     held_.clear();
     held_.shrink_to_fit();
   }
 }
 
 std::string_view Recording::Next(std::size_t most) {
-  while (ready_.size() - taken_ < most && !ended_) {
-    ready_.erase(0, taken_);
-    taken_ = 0;
-    const std::string piece = ReadPiece();
-    if (piece.empty()) {
-      ended_ = true;
-      if (text_log_ && in_line_) ready_ += "\r\n";
-      if (unpacker_ && !unpacker_->IsWhole()) Complain(path_ + " ends in the middle of its packed data");
-    } else {
-      Append(piece);
-    }
-  }
-  const auto next = std::string_view(ready_).substr(taken_, most);
-  taken_ += next.size();
+  while (rest_.size() < most && !ended_) ReadOn();
+  const auto next = rest_.substr(0, most);
+  rest_.remove_prefix(next.size());
   return next;
+}
+
+/// Puts the next piece behind what is left. One that has all its line ends is taken as it lies where nothing
+/// is left.
+void Recording::ReadOn() {
+  if (is_mended_) {
+    mended_.erase(0, mended_.size() - rest_.size());
+  } else {
+    mended_ = rest_;  // the next piece takes its place
+  }
+  const auto piece = ReadPiece();
+  ended_ = piece.empty();
+  is_mended_ = text_log_ || ended_ || !mended_.empty();
+  if (is_mended_) Append(piece);
+  if (ended_ && text_log_ && in_line_) mended_ += "\r\n";
+  if (ended_ && unpacker_ && !unpacker_->IsWhole()) {
+    Complain(path_ + " ends in the middle of its packed data");
+  }
+  rest_ = is_mended_ ? mended_ : piece;
 }
 
 void Recording::Append(std::string_view piece) {
   if (!piece.empty()) in_line_ = piece.back() != '\n';
   if (!text_log_) {
-    ready_ += piece;
+    mended_ += piece;
     return;
   }
   while (!piece.empty()) {
     const auto end = piece.find('\n');
-    ready_ += piece.substr(0, end);
+    mended_ += piece.substr(0, end);
     if (end == std::string_view::npos) return;
-    ready_ += "\r\n";
+    mended_ += "\r\n";
     piece.remove_prefix(end + 1);
   }
 }

@@ -32,10 +32,11 @@ class Recording {
   bool IsAllInHead() const { return unpacked_ <= head_.size(); }
 
  private:
-  std::string ReadPiece();
-  std::string ReadBytes();
-  std::string Unpack(const std::string& packed);
+  std::string_view ReadPiece();
+  std::string_view ReadBytes();
+  std::string Unpack(std::string_view packed);
   void Rewind();
+  void ReadOn();
   void Append(std::string_view piece);
 
   const std::string path_;
@@ -49,9 +50,12 @@ class Recording {
   std::int64_t done_ = 0;
   std::size_t unpacked_ = 0;  // bytes that were read since the beginning
   std::string head_;
-  std::string held_;       // what of a stream that cannot be rewound was read to look for a carriage return
-  std::string ready_;      // read and given its line ends
-  std::size_t taken_ = 0;  // of ready_, by Next
+  std::string held_;        // what of a stream that cannot be rewound was read to look for a carriage return
+  std::string buffer_;      // what was read last
+  std::string piece_;       // unpacked
+  std::string mended_;      // behind what was left of the piece before, with its line ends
+  std::string_view rest_;   // that Next has to give, the end of one of them
+  bool is_mended_ = false;  // of the last
 };
 
 /// The name of a file that holds what a recording holds, for who reads the file by itself: its own, or that
