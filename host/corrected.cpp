@@ -49,7 +49,7 @@ void Corrected::OnBytes(std::string_view bytes) {
   sentences_.Feed(bytes, [this](std::string_view text) {
     const Fields sentence(text);
     constexpr int kQuality = 6;
-    const bool is_known = sentence.Kind() == "GGA" && sentence.Talker().starts_with('G');
+    const bool is_known = sentence.Is("GGA") && sentence.Talker().starts_with('G');
     if (!is_known || sentence[kQuality].empty() || sentence[kQuality] == "0") return;
     link_.SetPosition(std::string(text.substr(text.rfind('$'))));
     sentence_.Set(kSentenceHolds);

@@ -235,9 +235,12 @@ int WidenText(const char* from, int count, WCHAR* to) {
 
 bool IsNarrow(std::u16string_view text) {
   const int length = static_cast<int>(text.size());
-  if (length < kStep) return IsNarrowSlowly(text);
-  __m128i all = Load(text.data() + length - kStep);
-  for (int i = 0; i + kStep <= length; i += kStep) all = _mm_or_si128(all, Load(text.data() + i));
+  if (length < kTwoSteps) return IsNarrowSlowly(text);
+  const auto bits_at = [&](int i) {
+    return _mm_or_si128(Load(text.data() + i), Load(text.data() + i + kStep));
+  };
+  __m128i all = bits_at(length - kTwoSteps);
+  for (int i = 0; i + kTwoSteps <= length; i += kTwoSteps) all = _mm_or_si128(all, bits_at(i));
   return ByteBits(_mm_cmpeq_epi8(_mm_srli_epi16(all, 8), _mm_setzero_si128())) == 0xFFFF;
 }
 

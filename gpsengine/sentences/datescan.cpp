@@ -65,8 +65,8 @@ bool DateScan::Take(std::string_view bytes) {
 
 void DateScan::FeedSentence(std::string_view line) {
   const Fields sentence(line);
-  const bool is_rmc = sentence.Kind() == "RMC";
-  if (!is_rmc && sentence.Kind() != "ZDA") return;
+  const bool is_rmc = sentence.Is("RMC");
+  if (!is_rmc && !sentence.Is("ZDA")) return;
   // A receiver without a fix may keep its date by a clock of its own, or have none yet.
   const bool has_fix = !is_rmc || sentence[2] == "A";
   if (had_fix_ && !has_fix) return;

@@ -22,25 +22,28 @@ std::optional<T> Read(std::string_view field, Form... form) {
   return value;
 }
 
+constexpr double kPowersOfTen[] = {1e0, 1e1, 1e2,  1e3,  1e4,  1e5,  1e6, 1e7,
+                                   1e8, 1e9, 1e10, 1e11, 1e12, 1e13, 1e14};
+
 /// A number of few digits, with or without a point. They and their power of ten are exact in a double, so
 /// that it is the nearest one to their ratio. None for any other.
 std::optional<double> PlainNumberOf(std::string_view field) {
   constexpr std::size_t kExactDigits = 15;
   if (field.size() > kExactDigits) return std::nullopt;
-  std::int64_t digits = 0;
-  double power = 1.0;
-  bool has_digits = false, has_point = false;
+  std::int64_t number = 0;
+  std::size_t digits = 0, whole = kExactDigits;
   for (const char c : field) {
-    if (c == '.' && !has_point) {
-      has_point = true;
-      continue;
+    if (const auto digit = static_cast<unsigned>(c - '0'); digit < 10) {
+      number = number * 10 + digit;
+      ++digits;
+    } else if (c == '.' && whole == kExactDigits) {
+      whole = digits;
+    } else {
+      return std::nullopt;
     }
-    if (c < '0' || c > '9') return std::nullopt;
-    digits = digits * 10 + (c - '0');
-    has_digits = true;
-    if (has_point) power *= 10.0;
   }
-  return has_digits ? std::optional(static_cast<double>(digits) / power) : std::nullopt;
+  if (digits == 0) return std::nullopt;
+  return static_cast<double>(number) / kPowersOfTen[digits - std::min(whole, digits)];
 }
 
 int HexDigit(char c) {
@@ -69,6 +72,10 @@ bool IsChecksum(std::string_view digits, int sum) {
 }  // namespace
 
 std::optional<int> WholeOf(std::string_view field, int base) {
+  if (field.size() == 1) {
+    const int digit = HexDigit(field[0]);
+    return digit >= 0 && digit < base ? std::optional(digit) : std::nullopt;
+  }
   return Read<int>(field, base);
 }
 
@@ -93,16 +100,17 @@ void Fields::Split(std::string_view sentence) {
   if (star == 0 || star == std::string_view::npos) return;
   auto body = sentence.substr(0, star);
   if (!IsChecksum(sentence.substr(star + 1, 2), SumOf(body))) return;
-  std::size_t size = 1;
-  starts_[0] = body.data();
-  for (; !body.empty(); body.remove_prefix(std::min<std::size_t>(textscan::kBlock, body.size()))) {
-    for (auto commas = textscan::MatchBits(body, ','); commas != 0; commas &= commas - 1) {
-      if (size == kMost) return;
-      starts_[size++] = body.data() + std::countr_zero(commas) + 1;
-    }
+  static_assert(kBlock == textscan::kBlock);
+  const char** start = starts_.data();
+  *start++ = body.data();
+  for (; !body.empty(); body.remove_prefix(std::min(kBlock, body.size()))) {
+    const char* const second = body.data() + 1;
+    for (auto commas = textscan::MatchBits(body, ','); commas != 0; commas &= commas - 1)
+      *start++ = second + static_cast<unsigned>(std::countr_zero(commas));
+    if (start > starts_.data() + kMost) return;
   }
-  starts_[size] = body.data() + 1;  // behind the asterisk
-  size_ = static_cast<int>(size);
+  *start = body.data() + 1;  // behind the asterisk
+  size_ = static_cast<int>(start - starts_.data());
 }
 
 std::optional<double> TimeOf(std::string_view field) {
@@ -113,13 +121,8 @@ std::optional<double> TimeOf(std::string_view field) {
 }
 
 int TimeFieldOf(const Fields& sentence) {
-  constexpr struct {
-    std::string_view kind;
-    int field;
-  } kSentences[] = {{"GGA", 1}, {"RMC", 1}, {"ZDA", 1}, {"GNS", 1}, {"GLL", 5}};
-  const auto* const found = std::find_if(std::begin(kSentences), std::end(kSentences),
-                                         [&](const auto& row) { return row.kind == sentence.Kind(); });
-  return found != std::end(kSentences) ? found->field : 0;
+  if (sentence.Is("GGA") || sentence.Is("RMC") || sentence.Is("ZDA") || sentence.Is("GNS")) return 1;
+  return sentence.Is("GLL") ? 5 : 0;
 }
 
 std::optional<double> TimeOfDayOf(std::string_view line) {

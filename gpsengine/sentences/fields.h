@@ -1,6 +1,7 @@
 #pragma once
 
 #include <array>
+#include <cstring>
 #include <optional>
 #include <string_view>
 
@@ -19,8 +20,8 @@ class Fields {
   explicit operator bool() const { return size_ > 0; }
   /// Who speaks: "GP", "GN", … Empty for a tag that is not of the standard's length.
   std::string_view Talker() const { return tag_.substr(0, 2); }
-  /// "GGA", "GSV", …
-  std::string_view Kind() const { return tag_.substr(tag_.empty() ? 0 : 2); }
+  /// Whether it is of that kind: "GGA", "GSV", …
+  bool Is(const char (&kind)[4]) const { return !tag_.empty() && std::memcmp(tag_.data() + 2, kind, 3) == 0; }
   /// How many fields there are, the tag included.
   int Size() const { return size_; }
   /// A field by its number, 0 being the tag; empty if there are fewer.
@@ -31,31 +32,34 @@ class Fields {
   }
 
  private:
-  static constexpr std::size_t kMost = 40;
+  static constexpr std::size_t kMost = 40, kBlock = 64;
 
   void Split(std::string_view sentence);
 
-  std::array<const char*, kMost + 1> starts_;  // of each field, and where the next one would start
+  // Of each field, and where the next one would start. What is split at once has room beyond.
+  std::array<const char*, kMost + kBlock> starts_;
   int size_ = 0;
   std::string_view tag_;
 };
 
 /// The number that a field holds; none if it holds anything else.
 ///@{
-std::optional<int> WholeOf(std::string_view field, int base);
-inline std::optional<int> WholeOf(std::string_view field) {
-  constexpr std::size_t kShort = 9;
-  unsigned value = 0;
-  for (const char c : field.substr(0, kShort)) {
-    const auto digit = static_cast<unsigned>(c - '0');
-    if (digit > 9) return WholeOf(field, 10);
-    value = value * 10 + digit;
-  }
-  if (field.empty() || field.size() > kShort) return WholeOf(field, 10);
-  return static_cast<int>(value);
-}
+std::optional<int> WholeOf(std::string_view field, int base = 10);
 std::optional<double> NumberOf(std::string_view field);
 ///@}
+/// The whole number that a field holds, or that other one.
+inline int WholeOr(std::string_view field, int other) {
+  constexpr std::size_t kShort = 9;
+  if (field.empty()) return other;
+  if (field.size() > kShort) return WholeOf(field).value_or(other);
+  int value = 0;
+  for (const char c : field) {
+    const int digit = c - '0';
+    if (digit < 0 || digit > 9) return WholeOf(field).value_or(other);
+    value = value * 10 + digit;
+  }
+  return value;
+}
 /// The seconds of the day after "hhmmss.ss".
 std::optional<double> TimeOf(std::string_view field);
 

@@ -3,7 +3,7 @@
 namespace gps {
 
 std::optional<PositionError> PositionErrorOf(const Fields& gst) {
-  if (gst.Kind() != "GST") return std::nullopt;
+  if (!gst.Is("GST")) return std::nullopt;
   return PositionError{TimeOf(gst[1]),   NumberOf(gst[2]), NumberOf(gst[3]), NumberOf(gst[4]),
                        NumberOf(gst[5]), NumberOf(gst[6]), NumberOf(gst[7]), NumberOf(gst[8])};
 }

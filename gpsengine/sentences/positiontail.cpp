@@ -21,8 +21,8 @@ std::string WordOf(std::string_view field) {
 
 std::optional<PositionTail> PositionTailOf(std::string_view line) {
   const Fields sentence(line);
-  const bool is_gga = sentence.Kind() == "GGA";
-  if (!is_gga && sentence.Kind() != "GNS") return std::nullopt;
+  const bool is_gga = sentence.Is("GGA");
+  if (!is_gga && !sentence.Is("GNS")) return std::nullopt;
   const int separation = is_gga ? 11 : 10;
   // A GNS has no units: its heights are in metres.
   const auto unit = is_gga ? sentence[separation + 1] : "M";

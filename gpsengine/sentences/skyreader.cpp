@@ -15,43 +15,50 @@ constexpr long long kEpochs = 3;
 // So many lines with a time may come between two groups, of receivers that send them seldom.
 constexpr int kPatience = 300;
 
-std::optional<int> InRange(std::string_view field, int least, int most) {
-  const auto value = WholeOf(field);
-  return value && *value >= least && *value <= most ? value : std::nullopt;
+/// Takes over a whole number within bounds. False, with `value` untouched, for anything else.
+template <class Number>
+bool Take(std::string_view field, int least, int most, Number& value) {
+  const int read = WholeOr(field, least - 1);
+  if (read < least || read > most) return false;
+  value = read;
+  return true;
 }
 
-/// Where a satellite stands among those by system and number, or would.
-std::vector<Satellite>::iterator PlaceOf(const SatelliteId& id, std::vector<Satellite>& all) {
-  if (all.empty() || all.back().id < id) return all.end();  // most come in order
-  return std::lower_bound(all.begin(), all.end(), id,
-                          [](const Satellite& a, const SatelliteId& b) { return a.id < b; });
+/// Where a satellite stands among those by system and number, or would. Most stand behind the one before.
+std::vector<Satellite>::iterator PlaceOf(const SatelliteId& id, std::vector<Satellite>& all,
+                                         std::vector<Satellite>::iterator before) {
+  auto place = before != all.end() && before->id < id ? before : all.begin();
+  while (place != all.end() && place->id < id) ++place;
+  return place;
 }
 
-/// A satellite is told of by each of its bands.
-void Merge(const Satellite& other, std::vector<Satellite>& all) {
-  const auto satellite = PlaceOf(other.id, all);
-  if (satellite == all.end() || satellite->id != other.id) {
-    all.insert(satellite, other);
-    if (all.size() > Sky::kMost) all.pop_back();
-    return;
+/// Adds the satellites of a band to those of the others.
+void Merge(const std::vector<Satellite>& band, std::vector<Satellite>& all) {
+  auto place = all.end();
+  for (const Satellite& other : band) {
+    place = PlaceOf(other.id, all, place);
+    if (place == all.end() || place->id != other.id) {
+      place = all.insert(place, other);
+      if (all.size() > Sky::kMost) place = all.erase(all.end() - 1);
+      continue;
+    }
+    place->signal = std::max(place->signal, other.signal);
+    if (!place->elevation) place->elevation = other.elevation;
+    if (!place->azimuth) place->azimuth = other.azimuth;
   }
-  satellite->signal = std::max(satellite->signal, other.signal);
-  if (!satellite->elevation) satellite->elevation = other.elevation;
-  if (!satellite->azimuth) satellite->azimuth = other.azimuth;
 }
 
 /// The satellites of a page, four fields each.
-void ReadSatellites(const Fields& gsv, int end, std::vector<Satellite>& satellites) {
+void ReadSatellites(const Fields& gsv, Gnss said, int end, std::vector<Satellite>& satellites) {
   constexpr int kFirst = 4, kMostNumber = 999;
-  const Gnss said = SystemOfTalker(gsv.Talker());
   for (int field = kFirst; field < end; field += 4) {
-    const auto number = InRange(gsv[field], 1, kMostNumber);
-    if (!number) continue;
-    // A signal of 0 is none.
-    satellites.push_back({.id = SatelliteOf(*number, said),
-                          .elevation = InRange(gsv[field + 1], -90, 90),
-                          .azimuth = InRange(gsv[field + 2], 0, 360),
-                          .signal = field + 3 < end ? InRange(gsv[field + 3], 1, 99) : std::nullopt});
+    int number = 0;
+    if (!Take(gsv[field], 1, kMostNumber, number)) continue;
+    Satellite& satellite = satellites.emplace_back();
+    satellite.id = SatelliteOf(number, said);
+    Take(gsv[field + 1], -90, 90, satellite.elevation);
+    Take(gsv[field + 2], 0, 360, satellite.azimuth);
+    if (field + 3 < end) Take(gsv[field + 3], 1, 99, satellite.signal);  // 0 is none
   }
 }
 
@@ -59,16 +66,15 @@ void ReadSatellites(const Fields& gsv, int end, std::vector<Satellite>& satellit
 
 bool SkyReader::Read(const Fields& sentence) {
   if (!sentence) return false;
-  const auto kind = sentence.Kind();
-  const bool was_in_run = std::exchange(in_run_, kind == "GSA");
+  const bool was_in_run = std::exchange(in_run_, sentence.Is("GSA"));
   if (in_run_) {
     if (!was_in_run) ++run_;
     return OnUsed(sentence);
   }
-  if (kind == "GSV") return OnPage(sentence);
+  if (sentence.Is("GSV")) return OnPage(sentence);
   const int time = TimeFieldOf(sentence);
   const bool told = time > 0 && OnTime(TimeOf(sentence[time]));
-  if (kind == "GGA" || kind == "GNS") OnPosition(sentence);
+  if (sentence.Is("GGA") || sentence.Is("GNS")) OnPosition(sentence);
   return told;
 }
 
@@ -87,25 +93,25 @@ bool SkyReader::OnTime(std::optional<double> time) {
 
 bool SkyReader::OnPage(const Fields& gsv) {
   constexpr int kHead = 4, kPerPage = 4;
-  const auto pages = InRange(gsv[1], 1, kMostPages);
-  const int page = pages ? InRange(gsv[2], 1, *pages).value_or(0) : 0;  // 0 for none
+  int pages = 0, page = 0, in_view = 0;
   // After whole satellites stands the band. The signal of the last one may be cut off with its comma.
   const int rest = gsv.Size() - kHead, over = rest % 4;
-  const bool is_whole = page > 0 && InRange(gsv[3], 0, static_cast<int>(Sky::kMost)) && rest >= 0 &&
+  const bool is_whole = Take(gsv[1], 1, kMostPages, pages) && Take(gsv[2], 1, pages, page) &&
+                        Take(gsv[3], 0, static_cast<int>(Sky::kMost), in_view) && rest >= 0 &&
                         rest <= kPerPage * 4 + 1 && over != 2;
   const int end = over == 1 ? gsv.Size() - 1 : gsv.Size();
   Source source{{gsv.Talker()[0], gsv.Talker()[1]}, over == 1 ? WholeOf(gsv[end], 16).value_or(0) : 0};
   if (is_whole && page == 1) {
-    pages_ = Pages{source, *pages, 1};
+    pages_ = Pages{source, SystemOfTalker(gsv.Talker()), pages, 1};
     coming_.clear();
-  } else if (!is_whole || !pages_ || !(pages_->source == source) || pages_->pages != *pages ||
+  } else if (!is_whole || !pages_ || !(pages_->source == source) || pages_->pages != pages ||
              pages_->next != page) {
     pages_.reset();
     return false;
   }
   ++pages_->next;
-  ReadSatellites(gsv, end, coming_);
-  if (page < *pages) return false;
+  ReadSatellites(gsv, pages_->said, end, coming_);
+  if (page < pages) return false;
   pages_.reset();
   return OnGroup(source);
 }
@@ -140,8 +146,9 @@ bool SkyReader::OnUsed(const Fields& gsa) {
   used.run = run_;
   used.epoch = epoch_;
   for (int field = kFirst; field < kDilution; ++field) {
-    const auto number = InRange(gsa[field], 1, 999);
-    if (number && used.items.size() < Sky::kMost) used.items.push_back(SatelliteOf(*number, said));
+    int number = 0;
+    if (Take(gsa[field], 1, 999, number) && used.items.size() < Sky::kMost)
+      used.items.push_back(SatelliteOf(number, said));
   }
   pdop_ = NumberOf(gsa[kDilution]);
   hdop_ = NumberOf(gsa[kDilution + 1]);
@@ -183,13 +190,12 @@ void SkyReader::Tell() {
   sky_.hdop = hdop_;
   sky_.pdop = pdop_;
   sky_.vdop = vdop_;
-  for (const Group& group : groups_) {
-    for (const Satellite& satellite : group.items) Merge(satellite, sky_.satellites);
-  }
+  for (const Group& group : groups_) Merge(group.items, sky_.satellites);
   for (const auto& list : used_) {
+    auto place = sky_.satellites.end();
     for (const SatelliteId& id : list.items) {
-      const auto found = PlaceOf(id, sky_.satellites);
-      if (found != sky_.satellites.end() && found->id == id) found->used = true;
+      place = PlaceOf(id, sky_.satellites, place);
+      if (place != sky_.satellites.end() && place->id == id) place->used = true;
     }
   }
   sky_.in_view = static_cast<int>(sky_.satellites.size());

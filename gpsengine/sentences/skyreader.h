@@ -45,6 +45,7 @@ class SkyReader {
   /// Of a group that is coming in.
   struct Pages {
     Source source;
+    Gnss said;  // by the talker
     int pages, next;
   };
 

@@ -1,5 +1,6 @@
 #include "gpsengine/text/parser.h"
 
+#include <algorithm>
 #include <bit>
 #include <utility>
 
@@ -44,42 +45,36 @@ void CParser::Start(std::u16string_view text) {
   m_Text = text;
   m_pNext = text.data();
   m_pEnd = text.data() + text.size();
-  m_bMore = !text.empty();
-  MarkBlock(text.data());
+  m_pBlock = m_pEnd;
+  m_Marks = 0;
+  if (!text.empty()) MarkBlock(text.data());
 }
 
-// Marks the delimiters of the block that begins at `start`.
+// Marks the delimiters of the block that begins at `start`, and the end of the text behind the last of them.
 void CParser::MarkBlock(const WCHAR* start) {
   const std::u16string_view block(start, static_cast<std::size_t>(m_pEnd - start));
   m_pBlock = start;
   m_Marks = textscan::MatchBits(block, m_cFirst, m_cSecond);
+  if (block.size() < textscan::kBlock) m_Marks |= std::uint64_t{1} << block.size();
   if (m_strMore.IsEmpty()) return;
   for (const WCHAR c : m_strMore.View()) m_Marks |= textscan::MatchBits(block, c, c);
 }
 
 CString CParser::GetRemainingBuffer() const {
-  return CString(m_Text.substr(static_cast<std::size_t>(m_pNext - m_Text.data())));
+  return CString(std::u16string_view(std::min(m_pNext, m_pEnd), m_pEnd));
 }
 
-// Every field takes the mark of the delimiter that ends it.
-inline bool CParser::NextField(std::u16string_view& field) {
-  if (m_Marks == 0) return FieldBeyondBlock(field);
+// Every field takes the mark at its end.
+inline std::u16string_view CParser::TakeField() {
   const WCHAR* const end = m_pBlock + std::countr_zero(m_Marks);
   m_Marks &= m_Marks - 1;
-  field = {m_pNext, static_cast<std::size_t>(end - m_pNext)};
-  m_pNext = end + 1;
-  return true;
+  return {std::exchange(m_pNext, end + 1), end};
 }
 
-// A field that no mark of the current block ends. The last one ends with the text.
-bool CParser::FieldBeyondBlock(std::u16string_view& field) {
-  if (!m_bMore) return false;
-  while (m_Marks == 0 && m_pEnd - m_pBlock > textscan::kBlock) MarkBlock(m_pBlock + textscan::kBlock);
-  if (m_Marks != 0) return NextField(field);
-  field = {m_pNext, static_cast<std::size_t>(m_pEnd - m_pNext)};
-  m_pNext = m_pEnd;
-  m_bMore = false;
-  return true;
+// Whether a field ends in one of the blocks to come.
+bool CParser::HasFieldBeyondBlock() {
+  while (m_Marks == 0 && m_pEnd - m_pBlock >= textscan::kBlock) MarkBlock(m_pBlock + textscan::kBlock);
+  return m_Marks != 0;
 }
 
 bool CParser::Fail() const {
@@ -88,31 +83,33 @@ bool CParser::Fail() const {
 }
 
 bool CParser::SkipField() {
-  std::u16string_view field;
-  return NextField(field) || Fail();
+  if (!HasField()) return Fail();
+  TakeField();
+  return true;
 }
 
 bool CParser::GetField(std::u16string_view& field) {
-  return NextField(field) || Fail();
+  if (!HasField()) return Fail();
+  field = TakeField();
+  return true;
 }
 
 bool CParser::GetNextString(CString& out) {
-  std::u16string_view field;
-  if (!NextField(field)) return Fail();
-  out.Assign(field);
+  if (!HasField()) return Fail();
+  out.Assign(TakeField());
   return true;
 }
 
 bool CParser::GetInt(int& out) {
-  std::u16string_view field;
-  if (!NextField(field)) return Fail();
+  if (!HasField()) return Fail();
+  const auto field = TakeField();
   if (textscan::ReadShortNumber(field, m_pEnd, out)) return true;
   return ParseInt(field, &out) || Fail();
 }
 
 bool CParser::GetDouble(double& out) {
-  std::u16string_view field;
-  if (!NextField(field)) return Fail();
+  if (!HasField()) return Fail();
+  const auto field = TakeField();
   if (ParseShortDecimal(field, m_Text.data(), out)) return true;
   double value = 0.0;
   int remaining = 0;

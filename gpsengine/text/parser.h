@@ -50,8 +50,9 @@ class CParser {
   bool SkipField();
 
  private:
-  bool NextField(std::u16string_view& field);
-  bool FieldBeyondBlock(std::u16string_view& field);
+  bool HasField() { return m_Marks != 0 || HasFieldBeyondBlock(); }
+  std::u16string_view TakeField();
+  bool HasFieldBeyondBlock();
   bool Fail() const;
   void SetDelimiters(const char* pszDelimiters);
   void Start(std::u16string_view text);
@@ -62,8 +63,7 @@ class CParser {
   const WCHAR* m_pNext = nullptr;   // start of the next field
   const WCHAR* m_pEnd = nullptr;    // of the text
   const WCHAR* m_pBlock = nullptr;  // start of the block whose delimiters are marked
-  std::uint64_t m_Marks = 0;        // delimiters of that block which are still to come, a bit a character
-  bool m_bMore = false;             // there is a next field
+  std::uint64_t m_Marks = 0;        // ends of fields in that block which are still to come, a bit a character
   WCHAR m_cFirst = 0;               // the delimiters; one alone stands in both
   WCHAR m_cSecond = 0;
   CString m_strMore;  // those beyond the second

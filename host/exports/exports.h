@@ -51,7 +51,9 @@ class Exports : public Sink, public Outlet {
   bool OnSky(const Sky& sky) override;
   void SetReference(std::optional<Moment> reference) override;
 
-  Sink* Records() override { return this; }
+  Sink* Records() override {
+    return exports_.empty() && !inner_.WantsRecords() && !filter_.Ends() ? nullptr : this;
+  }
   bool WantsTexts() const override { return !exports_.empty(); }
   /// Writes what is new. Throws a Failure if a file cannot be written. A sink is called from inside the
   /// library, and so leaves that until it is asked.

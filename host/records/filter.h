@@ -23,6 +23,8 @@ class Filter {
   /// that was held back did.
   void Pass(Record& record);
   bool Passes(Kind kind) const { return !over_ && options_.only.Has(kind); }
+  /// There is a stated time of the receiver.
+  bool Ends() const { return options_.duration > 0.0; }
   /// The stated time of the receiver is over: nothing passes any more.
   bool IsOver() const { return over_; }
 

@@ -6,6 +6,16 @@
 
 namespace host {
 
+namespace {
+
+/// Where nothing is shown.
+class NoSink : public Sink {
+ public:
+  bool WantsRecords() const override { return false; }
+};
+
+}  // namespace
+
 std::unique_ptr<Sink> MakeSink(Format format, std::string& out, const std::string& device, Geoid geoid,
                                const Display& display) {
   switch (format) {
@@ -19,7 +29,7 @@ std::unique_ptr<Sink> MakeSink(Format format, std::string& out, const std::strin
     case Format::tui:
       break;
   }
-  return std::make_unique<Sink>();
+  return std::make_unique<NoSink>();
 }
 
 }  // namespace host

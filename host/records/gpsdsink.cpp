@@ -150,9 +150,8 @@ bool GpsdSink::OnSky(const Sky& sky) {
 }
 
 bool GpsdSink::OnSentence(const Fields& sentence) {
-  if (!kinds_.Has(Kind::fix)) return false;
+  if (!kinds_.Has(Kind::fix) || !sentence.Is("GST")) return false;
   const auto error = PositionErrorOf(sentence);
-  if (!error) return false;
   JsonWriter json(out_);
   Begin(json, "GST");
   if (error->time_of_day) WriteTime(json, Date(*error->time_of_day));

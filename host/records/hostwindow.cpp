@@ -43,6 +43,7 @@ void HostWindow::ShowBlock() {
 }
 
 void HostWindow::Drain() {
+  wants_sky_ = WantsSky();
   for (MSG message; PeekMessageW(&message, PM_REMOVE);) DispatchMessageW(message);
 }
 
@@ -72,16 +73,21 @@ LRESULT HostWindow::WindowProc(UINT message, WPARAM wParam, LPARAM lParam) {
 void HostWindow::OnData(const CGPSData& data) {
   published_.unread += data.m_bProprietaryValid ? 1 : 0;
   owes_text_ = !IsFull();
+  if (sinks_.empty()) {
+    ++published_.data;
+    return;
+  }
   Publish(published_.data, &Sink::OnData, ReadRecord(epochs_, data));
-  if (WantsSky()) ShowSky(skies_.OnData(data));
+  if (wants_sky_) ShowSky(skies_.OnData(data));
 }
 
 void HostWindow::OnString(const CString& text) {
-  std::optional<Fields> sentence;
-  if (WantsSky() && text.ToBytes(bytes_)) ShowSky(skies_.OnText(sentence.emplace(bytes_)));
+  const bool is_read = wants_sky_ && text.ToBytes(bytes_);
+  const Fields sentence(is_read ? std::string_view(bytes_) : std::string_view());
+  if (is_read) ShowSky(skies_.OnText(sentence));
   // That of the last record that was shown is told too.
   if (!std::exchange(owes_text_, false) && IsFull()) return;
-  bool shown = sentence && *sentence && ShowAll(&Sink::OnSentence, *sentence);
+  bool shown = sentence && ShowAll(&Sink::OnSentence, sentence);
   shown |= ShowAll(&Sink::OnString, text);
   shown_ += shown ? 1 : 0;
 }

@@ -81,6 +81,7 @@ class HostWindow : public CWnd {
   const long long limit_;
   long long shown_ = 0;
   bool owes_text_ = false;  // of the last message
+  bool wants_sky_ = false;  // as of the last time that the queue was drained
   std::string bytes_;       // of the current text, kept for its memory
   Published published_;
 };

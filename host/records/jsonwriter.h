@@ -11,6 +11,21 @@
 
 namespace host {
 
+/// The whole numbers of up to three digits, which most are, as text.
+struct ShortNumber {
+  char digits[3];
+  unsigned char length;
+};
+inline constexpr auto kShortNumbers = [] {
+  std::array<ShortNumber, 1000> numbers{};
+  for (int i = 0; i < static_cast<int>(numbers.size()); ++i) {
+    ShortNumber& number = numbers[static_cast<std::size_t>(i)];
+    for (const int place : {100, 10, 1})
+      if (i >= place || place == 1) number.digits[number.length++] = static_cast<char>('0' + i / place % 10);
+  }
+  return numbers;
+}();
+
 /// Appends JSON to a text, with no blanks. It is for lines that are written thousands of times a second:
 /// nothing is built up first, and its caller sees to it that the nesting is right and that keys need no
 /// escaping. What is written gathers here and is in the text as soon as all that was opened is closed.
@@ -145,16 +160,14 @@ class JsonWriter {
     used_ = static_cast<std::size_t>(end - gathered_.data());
     fresh_ = false;
   }
-  /// Write a value and give its end. Most numbers are whole ones of a digit or two.
+  /// Write a value and give its end.
   ///@{
   template <class T>
   static char* Write(char* to, T value) {
     if constexpr (std::is_integral_v<T>) {
-      if (value >= 0 && value < 100) {
-        const int number = static_cast<int>(value);
-        if (number > 9) *to++ = static_cast<char>('0' + number / 10);
-        *to++ = static_cast<char>('0' + number % 10);
-        return to;
+      if (const auto index = static_cast<std::size_t>(value); index < kShortNumbers.size()) {
+        std::memcpy(to, &kShortNumbers[index], sizeof(ShortNumber));  // more than it has digits, at once
+        return to + kShortNumbers[index].length;
       }
     }
     return std::to_chars(to, to + kLongestNumber, value).ptr;

@@ -17,6 +17,8 @@ namespace host {
 class Sink {
  public:
   virtual ~Sink() = default;
+  /// Whether it shows anything of any kind.
+  virtual bool WantsRecords() const { return true; }
   virtual bool OnData(const Record& /*record*/) { return false; }
   virtual bool OnRawData(const CGPSDataRaw& /*epoch*/) { return false; }
   virtual bool OnEphemeris(const CGPSDataEphemeris& /*ephemeris*/) { return false; }
