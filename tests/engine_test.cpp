@@ -70,6 +70,10 @@ TEST_F(EngineTest, ForwardsTheTextOfMessagesWhileTheHostCaptures) {
   EXPECT_TRUE(engine.m_ComBuffer.m_bOverflow);
   EXPECT_TRUE(engine.m_ComBuffer.m_bPaused);
   EXPECT_EQ(engine.m_ComBuffer.m_strData.GetLength(), 100001 + static_cast<int>(kRmc.size()));
+  engine.m_ComBuffer.KeepCapturing(true);
+  Feed(kRmc + kRmc);
+  EXPECT_EQ(window.strings.size(), 5u);
+  EXPECT_EQ(engine.m_ComBuffer.m_strData.GetLength(), 100001 + static_cast<int>(kRmc.size()));
 }
 
 TEST_F(LiveEngineTest, BringsALiveReceiversRecordsToTheWindow) {

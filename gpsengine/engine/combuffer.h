@@ -15,12 +15,15 @@ class CComBuffer {
   CShared<bool> m_bPaused = true;     ///< Nothing is captured, and no WM_GPS_NEW_STRING is posted.
   CShared<bool> m_bOverflow = false;  ///< Capture stopped because m_strData grew too long.
 
-  /// For a host that wants every text by its message, or no longer: sets m_bPaused, and empties what has been
-  /// collected where the capture has stopped for that. `bEmpties` where no reader thread runs: in any case.
-  void KeepCapturing(bool bWanted, bool bEmpties);
+  /// For a host that wants every text by its message, or no longer: sets m_bPaused. From then on m_strData
+  /// stays as it is, so that the capture never stops by itself.
+  void KeepCapturing(bool bWanted);
   /// Adds a message, on the reader thread. Stops the capture when m_strData already exceeds 100,000
   /// characters.
   void OnRawData(CString* pText);
+
+ private:
+  CShared<bool> m_bCollects = true;
 };
 
 #pragma GCC visibility pop

@@ -120,7 +120,7 @@ class Recording::Play : public Stream {
 Recording::Play::Play(Reader read, const DecodeOptions& options)
     : options_(options),
       read_(std::move(read)),
-      window_(engine_, true, [this](Record&& record) { Take(std::move(record)); }) {
+      window_(engine_, [this](Record&& record) { Take(std::move(record)); }) {
   if (!(options.speed >= 0.0)) throw Error(ErrorCode::usage, "the speed of a recording is 0 or more");
   CGPSReceiver& receiver = *engine_.FindReceiver(FindModel(options.model).GetName());
   const UnpacedClock clock;

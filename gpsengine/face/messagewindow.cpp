@@ -28,8 +28,8 @@ Raw RawOf(const CGPSDataEphemeris& data) {
 
 }  // namespace
 
-MessageWindow::MessageWindow(CGPSEngine& engine, bool moves_bytes, std::function<void(Record&&)> tell)
-    : engine_(engine), moves_bytes_(moves_bytes), tell_(std::move(tell)) {}
+MessageWindow::MessageWindow(CGPSEngine& engine, std::function<void(Record&&)> tell)
+    : engine_(engine), tell_(std::move(tell)) {}
 
 void MessageWindow::Open() {
   Create();
@@ -43,7 +43,7 @@ void MessageWindow::Drain() {
 }
 
 void MessageWindow::KeepCapturing() {
-  engine_.m_ComBuffer.KeepCapturing(wants_skies_, moves_bytes_);
+  engine_.m_ComBuffer.KeepCapturing(wants_skies_);
 }
 
 void MessageWindow::Finish() {

@@ -16,9 +16,8 @@ namespace gps {
 /// The main window of an application in plain C++: makes records of what the library posts.
 class MessageWindow : public CWnd {
  public:
-  /// `moves_bytes`: the engine decodes on the window's thread. `tell` takes the records, on that thread. The
-  /// engine outlives the window.
-  MessageWindow(CGPSEngine& engine, bool moves_bytes, std::function<void(Record&&)> tell);
+  /// `tell` takes the records, on the window's thread. The engine outlives the window.
+  MessageWindow(CGPSEngine& engine, std::function<void(Record&&)> tell);
 
   /// The moment near which the records to come belong.
   void SetReference(std::optional<Time> reference) { fixes_.SetReference(reference); }
@@ -42,7 +41,6 @@ class MessageWindow : public CWnd {
   void KeepCapturing();
 
   CGPSEngine& engine_;
-  const bool moves_bytes_;
   const std::function<void(Record&&)> tell_;
   FixReader fixes_;
   SkySource skies_;

@@ -148,7 +148,7 @@ Error Receiver::Live::NotOpened() const {
 
 // The window belongs to this thread.
 void Receiver::Live::Pump() {
-  MessageWindow window(engine_, false, [this](Record&& record) { inbox_->Put(std::move(record)); });
+  MessageWindow window(engine_, [this](Record&& record) { inbox_->Put(std::move(record)); });
   window.Open();
   ready_.Set();
   const HANDLE ends[] = {over_.Handle(), gone_->Handle()};

@@ -1,6 +1,5 @@
 #include "gpsengine/platform/window.h"
 
-#include <algorithm>
 #include <map>
 #include <string>
 #include <vector>
@@ -31,9 +30,10 @@ WindowTable& Windows() {
 
 // The entry of a window, or null. Call with the table locked.
 WindowEntry* FindEntry(WindowTable& table, HWND wnd) {
-  const auto entry = std::find_if(table.windows.begin(), table.windows.end(),
-                                  [wnd](const WindowEntry& each) { return each.hWnd == wnd; });
-  return entry == table.windows.end() ? nullptr : &*entry;
+  for (WindowEntry& entry : table.windows) {
+    if (entry.hWnd == wnd) return &entry;
+  }
+  return nullptr;
 }
 
 CWnd* FindWindow(HWND wnd) {

@@ -5,7 +5,6 @@
 #include <charconv>
 #include <cmath>
 #include <cstdint>
-#include <cstring>
 
 #include "gpsengine/platform/textscan.h"
 
@@ -52,19 +51,6 @@ int HexDigit(char c) {
   return letter >= 0 && letter < 6 ? letter + 10 : -1;
 }
 
-/// The exclusive or of the bytes, eight a step.
-int SumOf(std::string_view bytes) {
-  std::uint64_t sum = 0;
-  for (; bytes.size() >= sizeof sum; bytes.remove_prefix(sizeof sum)) {
-    std::uint64_t word;
-    std::memcpy(&word, bytes.data(), sizeof word);
-    sum ^= word;
-  }
-  for (int half = 32; half >= 8; half /= 2) sum ^= sum >> half;
-  for (const char c : bytes) sum ^= static_cast<unsigned char>(c);
-  return static_cast<int>(sum & 0xFF);
-}
-
 bool IsChecksum(std::string_view digits, int sum) {
   return digits.size() == 2 && HexDigit(digits[0]) == sum >> 4 && HexDigit(digits[1]) == (sum & 15);
 }
@@ -86,10 +72,9 @@ std::optional<double> NumberOf(std::string_view field) {
 }
 
 Fields::Fields(std::string_view line) {
-  for (auto start = line.find('$'); start != std::string_view::npos; start = line.find('$', 1))
-    line.remove_prefix(start);
-  if (!line.starts_with('$')) return;
-  Split(line.substr(1));
+  const char* const dollar = textscan::FindLast(line, '$');
+  if (dollar == nullptr) return;
+  Split({dollar + 1, line.data() + line.size()});
   constexpr std::size_t kTag = 5;
   if (const auto tag = (*this)[0]; tag.size() == kTag) tag_ = tag;
 }
@@ -99,7 +84,9 @@ void Fields::Split(std::string_view sentence) {
   const auto star = sentence.find('*');
   if (star == 0 || star == std::string_view::npos) return;
   auto body = sentence.substr(0, star);
-  if (!IsChecksum(sentence.substr(star + 1, 2), SumOf(body))) return;
+  unsigned char sum = 0;
+  for (const char c : body) sum ^= static_cast<unsigned char>(c);
+  if (!IsChecksum(sentence.substr(star + 1, 2), sum)) return;
   static_assert(kBlock == textscan::kBlock);
   const char** start = starts_.data();
   *start++ = body.data();

@@ -92,8 +92,10 @@ bool Exports::OnSentence(const Fields& sentence) {
 }
 
 bool Exports::OnString(const CString& text) {
-  std::string bytes;
-  if (held_ && text.ToBytes(bytes)) Tell(PositionTailOf(bytes));
+  if (held_) {
+    std::string bytes;
+    if (text.ToBytes(bytes)) Tell(PositionTailOf(bytes));
+  }
   return !filter_.IsOver() && inner_.OnString(text);
 }
 

@@ -102,8 +102,11 @@ void GpsdSink::SetReference(std::optional<Moment> reference) {
 
 /// The objects of an epoch have the same time.
 void GpsdSink::WriteTime(JsonWriter& json, Moment time) {
-  if (time != written_) iso_ = IsoText(time);
-  written_ = time;
+  if (time != written_) {
+    written_ = time;
+    iso_.clear();
+    AppendIso(iso_, time);
+  }
   json.Key("time");
   json.Plain(iso_);
 }

@@ -114,7 +114,7 @@ void Session::KeepCapturing() {
   const auto wants = [](const Outlet* outlet) { return outlet->WantsTexts(); };
   const bool wanted =
       feed_->WantsTexts() || window_.WantsSky() || std::any_of(outlets_.begin(), outlets_.end(), wants);
-  engine_.m_ComBuffer.KeepCapturing(wanted, !engine_.IsActive());
+  engine_.m_ComBuffer.KeepCapturing(wanted);
 }
 
 // Bytes go before what was made of them, but for a playback's, which come with the texts of messages.
