@@ -58,15 +58,10 @@ CBinBuffer::CBinBuffer(const CString& text) {
 }
 
 bool CBinBuffer::Set(const char* data, int length, int message_length) {
-  if (data == nullptr || length < 1) {
-    Clear();
-    return false;
-  }
-  m_Bytes.assign(data, data + length);
-  m_nCurrent = 0;
-  m_nNoComma = m_nNoCommaEnd = 0;
+  Clear();
+  if (data == nullptr || length < 1) return false;
+  Append(data, length);
   m_nMessageLength = message_length;
-  m_nLength = static_cast<int>(m_Bytes.size());
   return true;
 }
 

@@ -46,15 +46,6 @@ const char* FindAnySlowly(const char* from, const char* end, char a, char b, cha
 
 }  // namespace
 
-const char* FindLast(std::string_view bytes, char c) {
-  const char* last = nullptr;
-  for (; !bytes.empty(); bytes.remove_prefix(std::min<std::size_t>(kBlock, bytes.size()))) {
-    if (const auto bits = MatchBits(bytes, c); bits != 0)
-      last = bytes.data() + (kBlock - 1 - std::countl_zero(bits));
-  }
-  return last;
-}
-
 // All four digits at once, without a branch on how many there are: numbers of one to three digits follow each
 // other in a satellite sentence, and no processor can foresee their lengths.
 bool ReadShortNumber(std::u16string_view number, const WCHAR* end, int& value) {

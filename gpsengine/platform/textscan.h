@@ -19,9 +19,6 @@ std::uint64_t MatchBits(std::u16string_view text, WCHAR a, WCHAR b);
 /// The same of bytes, and of one of them.
 std::uint64_t MatchBits(std::string_view bytes, char c);
 
-/// The last `c` of some bytes, or null.
-const char* FindLast(std::string_view bytes, char c);
-
 /// Whether `c` occurs in `text`.
 bool Contains(std::u16string_view text, WCHAR c);
 

@@ -72,9 +72,10 @@ std::optional<double> NumberOf(std::string_view field) {
 }
 
 Fields::Fields(std::string_view line) {
-  const char* const dollar = textscan::FindLast(line, '$');
-  if (dollar == nullptr) return;
-  Split({dollar + 1, line.data() + line.size()});
+  for (auto start = line.find('$'); start != std::string_view::npos; start = line.find('$', 1))
+    line.remove_prefix(start);
+  if (!line.starts_with('$')) return;
+  Split(line.substr(1));
   constexpr std::size_t kTag = 5;
   if (const auto tag = (*this)[0]; tag.size() == kTag) tag_ = tag;
 }
