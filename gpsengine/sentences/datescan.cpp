@@ -40,14 +40,17 @@ std::optional<Time> MomentOfZda(const Fields& zda) {
 void DateScan::Feed(std::string_view bytes) {
   if (!head_.empty()) {
     head_ += bytes.substr(0, kLongestSentence - head_.size());
-    if (Take(head_)) head_.clear();
+    const bool is_all = Take(head_);
+    ReadTaken();
+    if (is_all) head_.clear();
   }
   for (auto at = bytes.find('$'); at != std::string_view::npos; at = bytes.find('$', 1)) {
     bytes.remove_prefix(at);
     if (Take(bytes)) continue;
     head_ = bytes;
-    return;
+    break;
   }
+  ReadTaken();
 }
 
 /// Looks at what begins with a "$". False if that may be a sentence with a date and is not all there yet.
@@ -59,21 +62,28 @@ bool DateScan::Take(std::string_view bytes) {
   if (star == std::string_view::npos || star + kChecksum > bytes.size()) {
     return bytes.size() >= kLongestSentence;
   }
-  FeedSentence(bytes.substr(0, star + kChecksum));
+  taken_.push_back(bytes.substr(0, star + kChecksum));
   return true;
 }
 
-void DateScan::FeedSentence(std::string_view line) {
-  const Fields sentence(line);
-  const bool is_rmc = sentence.Is("RMC");
-  if (!is_rmc && !sentence.Is("ZDA")) return;
-  // A receiver without a fix may keep its date by a clock of its own, or have none yet.
-  const bool has_fix = !is_rmc || sentence[2] == "A";
-  if (had_fix_ && !has_fix) return;
-  const auto moment = is_rmc ? MomentOfRmc(sentence) : MomentOfZda(sentence);
-  if (!moment) return;
-  latest_ = moment;
-  had_fix_ = has_fix;
+/// From the last one back to one with a fix, before which none counts.
+void DateScan::ReadTaken() {
+  bool is_dated = had_fix_;
+  while (!taken_.empty()) {
+    const Fields sentence(taken_.back());
+    taken_.pop_back();
+    const bool is_rmc = sentence.Is("RMC");
+    if (!is_rmc && !sentence.Is("ZDA")) continue;
+    // A receiver without a fix may keep its date by a clock of its own, or have none yet.
+    const bool has_fix = !is_rmc || sentence[2] == "A";
+    if (is_dated && !has_fix) continue;
+    const auto moment = is_rmc ? MomentOfRmc(sentence) : MomentOfZda(sentence);
+    if (!moment) continue;
+    latest_ = moment;
+    is_dated = true;
+    had_fix_ = has_fix;
+    if (has_fix) taken_.clear();
+  }
 }
 
 }  // namespace gps

@@ -3,6 +3,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "gpsengine/sentences/moment.h"
 
@@ -22,9 +23,10 @@ class DateScan {
 
  private:
   bool Take(std::string_view bytes);
-  void FeedSentence(std::string_view line);
+  void ReadTaken();
 
-  std::string head_;  // a sentence that the end of the piece has cut
+  std::string head_;                     // a sentence that the end of the piece has cut
+  std::vector<std::string_view> taken_;  // of the piece, with dates
   std::optional<Time> latest_;
   bool had_fix_ = false;
 };
