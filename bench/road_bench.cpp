@@ -183,7 +183,7 @@ void BM_Record(benchmark::State& state, bool face) {
   gps::Shelf shelf;
   shelf.Want(0);
   gps::Record record;
-  gps::MessageWindow window(engine, true, [&](gps::Record&& fix) { shelf.Put(std::move(fix)); });
+  gps::MessageWindow window(engine, [&](gps::Record&& fix) { shelf.Put(std::move(fix)); });
   window.WantSkies(false);
   bench::Window host;
   CWnd& taker = face ? static_cast<CWnd&>(window) : host;

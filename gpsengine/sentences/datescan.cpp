@@ -40,10 +40,9 @@ std::optional<Time> MomentOfZda(const Fields& zda) {
 void DateScan::Feed(std::string_view bytes) {
   if (!head_.empty()) {
     head_ += bytes.substr(0, kLongestSentence - head_.size());
-    if (Take(head_)) {
-      ReadLines();
-      head_.clear();
-    }
+    const bool is_all = Take(head_);
+    ReadTaken();
+    if (is_all) head_.clear();
   }
   for (auto at = bytes.find('$'); at != std::string_view::npos; at = bytes.find('$', 1)) {
     bytes.remove_prefix(at);
@@ -51,7 +50,7 @@ void DateScan::Feed(std::string_view bytes) {
     head_ = bytes;
     break;
   }
-  ReadLines();
+  ReadTaken();
 }
 
 /// Looks at what begins with a "$". False if that may be a sentence with a date and is not all there yet.
@@ -63,29 +62,28 @@ bool DateScan::Take(std::string_view bytes) {
   if (star == std::string_view::npos || star + kChecksum > bytes.size()) {
     return bytes.size() >= kLongestSentence;
   }
-  lines_.push_back(bytes.substr(0, star + kChecksum));
+  taken_.push_back(bytes.substr(0, star + kChecksum));
   return true;
 }
 
-/// The last one that counts decides, so that they are read from behind.
-void DateScan::ReadLines() {
-  has_news_ = false;
-  for (; !lines_.empty() && !(has_news_ && had_fix_); lines_.pop_back()) FeedSentence(lines_.back());
-  lines_.clear();
-}
-
-void DateScan::FeedSentence(std::string_view line) {
-  const Fields sentence(line);
-  const bool is_rmc = sentence.Is("RMC");
-  if (!is_rmc && !sentence.Is("ZDA")) return;
-  // A receiver without a fix may keep its date by a clock of its own, or have none yet.
-  const bool has_fix = !is_rmc || sentence[2] == "A";
-  if (had_fix_ && !has_fix) return;
-  const auto moment = is_rmc ? MomentOfRmc(sentence) : MomentOfZda(sentence);
-  if (!moment || (has_news_ && !has_fix)) return;
-  latest_ = moment;
-  had_fix_ = has_fix;
-  has_news_ = true;
+/// From the last one back to one with a fix, before which none counts.
+void DateScan::ReadTaken() {
+  bool is_dated = had_fix_;
+  while (!taken_.empty()) {
+    const Fields sentence(taken_.back());
+    taken_.pop_back();
+    const bool is_rmc = sentence.Is("RMC");
+    if (!is_rmc && !sentence.Is("ZDA")) continue;
+    // A receiver without a fix may keep its date by a clock of its own, or have none yet.
+    const bool has_fix = !is_rmc || sentence[2] == "A";
+    if (is_dated && !has_fix) continue;
+    const auto moment = is_rmc ? MomentOfRmc(sentence) : MomentOfZda(sentence);
+    if (!moment) continue;
+    latest_ = moment;
+    is_dated = true;
+    had_fix_ = has_fix;
+    if (has_fix) taken_.clear();
+  }
 }
 
 }  // namespace gps

@@ -23,14 +23,12 @@ class DateScan {
 
  private:
   bool Take(std::string_view bytes);
-  void ReadLines();
-  void FeedSentence(std::string_view line);
+  void ReadTaken();
 
   std::string head_;                     // a sentence that the end of the piece has cut
-  std::vector<std::string_view> lines_;  // of the piece, those that may have a date
+  std::vector<std::string_view> taken_;  // of the piece, with dates
   std::optional<Time> latest_;
   bool had_fix_ = false;
-  bool has_news_ = false;  // in the lines at hand
 };
 
 }  // namespace gps

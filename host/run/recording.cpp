@@ -88,6 +88,7 @@ void Recording::Rewind() {
   } else {
     Append(held_);
     rest_ = mended_;
+    is_mended_ = true;
     held_.clear();
     held_.shrink_to_fit();
   }
@@ -100,23 +101,23 @@ std::string_view Recording::Next(std::size_t most) {
   return next;
 }
 
-/// Puts the next piece behind what is left. A piece that has all its line ends is taken as it lies where
-/// nothing is left.
+/// Puts the next piece behind what is left. One that has all its line ends is taken as it lies where nothing
+/// is left.
 void Recording::ReadOn() {
-  std::string left(rest_);
+  if (is_mended_) {
+    mended_.erase(0, mended_.size() - rest_.size());
+  } else {
+    mended_ = rest_;  // the next piece takes its place
+  }
   const auto piece = ReadPiece();
   ended_ = piece.empty();
-  if (left.empty() && !text_log_ && !ended_) {
-    rest_ = piece;
-    return;
-  }
-  mended_ = std::move(left);
-  Append(piece);
+  is_mended_ = text_log_ || ended_ || !mended_.empty();
+  if (is_mended_) Append(piece);
   if (ended_ && text_log_ && in_line_) mended_ += "\r\n";
   if (ended_ && unpacker_ && !unpacker_->IsWhole()) {
     Complain(path_ + " ends in the middle of its packed data");
   }
-  rest_ = mended_;
+  rest_ = is_mended_ ? mended_ : piece;
 }
 
 void Recording::Append(std::string_view piece) {

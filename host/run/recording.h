@@ -50,11 +50,12 @@ class Recording {
   std::int64_t done_ = 0;
   std::size_t unpacked_ = 0;  // bytes that were read since the beginning
   std::string head_;
-  std::string held_;       // what of a stream that cannot be rewound was read to look for a carriage return
-  std::string buffer_;     // what was read last
-  std::string piece_;      // unpacked
-  std::string mended_;     // behind what was left of the piece before, with its line ends
-  std::string_view rest_;  // of either, that Next has to give
+  std::string held_;        // what of a stream that cannot be rewound was read to look for a carriage return
+  std::string buffer_;      // what was read last
+  std::string piece_;       // unpacked
+  std::string mended_;      // behind what was left of the piece before, with its line ends
+  std::string_view rest_;   // that Next has to give, the end of one of them
+  bool is_mended_ = false;  // of the last
 };
 
 /// The name of a file that holds what a recording holds, for who reads the file by itself: its own, or that
