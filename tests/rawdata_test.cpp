@@ -146,6 +146,16 @@ TEST(RawData, RefusesASoundBlockOfWhatCannotBe) {
     EXPECT_EQ(epoch.week, in_week);
   }
 
+  // Binary messages alone, and not those of a second antenna.
+  const std::pair<char, bool> types[] = {{0, true}, {1, false}, {2, true}, {0x20, false}};
+  for (const auto& [type, taken] : types) {
+    std::string message = Blocks(kObservations[1], 1).at(0);
+    message.resize(message.size() - 4);
+    message[6] = type;
+    simulator::AppendLittle(message, simulator::OemCrc(message));
+    EXPECT_EQ(DecodeObservations(WordsOf(message), history, epoch), taken) << int{type};
+  }
+
   BroadcastEphemeris read;
   // No GPS satellite; another preamble, another number of a subframe; orbit and clock of other issues; no
   // square root of an axis.
