@@ -184,9 +184,6 @@ TEST_F(RehearsedPort, FindsAReplyAmongOtherSentences) {
     EXPECT_EQ(port.ReadReply(text, cancel, "\r\n", pattern, "$>JE"), found) << heard;
     EXPECT_EQ(text.ToUtf8(), std::string(heard) + then);
   }
-  CString text;
-  line.Feed("$>JI\r", 20);
-  EXPECT_LT(Took([&] { EXPECT_TRUE(port.ReadReply(text, cancel, "\r\n", "$>JI", "$>JE")); }), 200u);
 }
 
 // The same class on a terminal device of the kernel.
