@@ -1,5 +1,3 @@
-#include <iterator>
-
 #include "host/run/failure.h"
 #include "tests/support/program.h"
 #include "tests/support/pseudoterminal.h"

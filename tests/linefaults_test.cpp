@@ -3,8 +3,6 @@
 #include <pthread.h>
 #include <sys/stat.h>
 
-#include <atomic>
-
 #include "host/line/ports.h"
 #include "tests/support/enginetest.h"
 #include "tests/support/scriptedline.h"

@@ -1,7 +1,6 @@
 #include "gpsengine/rawdata/rawdata.h"
 
 #include "simulator/bytes.h"
-#include "simulator/languages.h"
 #include "simulator/oemlog.h"
 #include "simulator/world.h"
 #include "tests/support/basics.h"
