@@ -7,12 +7,6 @@ namespace {
 
 constexpr unsigned kWide = 1, kAttached = 2, kClaimed = 4, kRepaired = 8;
 
-// Text ends at a zero byte: the framing lets none through.
-void EraseZeros(CString& text) {
-  for (int i = 0; i < text.GetLength(); ++i)
-    if ((text[i] & 0xFF) == 0) text.SetAt(i, u' ');
-}
-
 // A line of the input as a message: a choice, perhaps a kind, and the text.
 void ParseLine(Rig& rig, CGPSReceiver& receiver, std::string_view line) {
   Input input(reinterpret_cast<const std::uint8_t*>(line.data()), line.size());
@@ -26,7 +20,8 @@ void ParseLine(Rig& rig, CGPSReceiver& receiver, std::string_view line) {
   const std::size_t attached = (choice & kAttached) != 0 ? bytes.size() * (16 - choice / 16) / 16 : 0;
   receiver.AttachRawData(bytes.data(), static_cast<int>(attached));
   CString text = TextOf(bytes, (choice & kWide) != 0);
-  EraseZeros(text);
+  for (int i = 0; i < text.GetLength(); ++i)  // text ends at a zero byte: the framing lets none through
+    if ((text[i] & 0xFF) == 0) text.SetAt(i, u' ');
   text += "\r\n";
   const int length = text.GetLength();
   if ((choice & kClaimed) != 0) {

@@ -51,6 +51,9 @@ TEST(CString, FindsAndEdits) {
   EXPECT_EQ(text, "abc");
   EXPECT_EQ(text.Insert(1, "--"), 5);
   EXPECT_EQ(text, "a--bc");
+  CString head("bc");
+  EXPECT_EQ(head.Insert(-1, "a"), 3);
+  EXPECT_EQ(head, "abc");
   text.MakeUpper();
   EXPECT_EQ(text, "A--BC");
   EXPECT_EQ(text.CompareNoCase("a--bc"), 0);

@@ -36,15 +36,13 @@ std::string SkiesOf(std::initializer_list<std::string> sentences) {
   return reader.Finish() ? lines + Show(reader.Latest()) + '\n' : lines;
 }
 
-/// A whole group of satellites in view, from 1 on.
+/// A whole group of so many satellites in view, from 1 on, four a sentence.
 std::string PagesOf(const std::string& talker, int satellites, const std::string& band = "") {
   std::string text;
-  const int pages = (satellites + 3) / 4;
-  for (int page = 1; page <= pages; ++page) {
-    std::string gsv = "$" + talker + "GSV," + std::to_string(pages) + ',' + std::to_string(page) + ',' +
-                      std::to_string(satellites);
-    for (int i = page * 4 - 3; i <= std::min(page * 4, satellites); ++i)
-      gsv += ',' + std::to_string(i) + ",10,20,30";
+  for (int last = 4; last <= satellites; last += 4) {
+    std::string gsv = "$" + talker;
+    gsv += Print("GSV,%d,%d,%d", satellites / 4, last / 4, satellites);
+    for (int i = last - 3; i <= last; ++i) gsv += ',' + std::to_string(i) + ",10,20,30";
     text += WithChecksum(gsv + band);
   }
   return text;
@@ -103,8 +101,7 @@ TEST(HostSky, NumbersTheSatellitesOfEverySystem) {
       {"QZ", 202, "J10=202"}, {"GN", 194, "J02=194"}, {"GI", 7, "N07=507"},   {"GN", 173, "I01=173"},
       {"GN", 800, "800=800"}};
   for (const auto& [talker, number, id] : cases) {
-    const std::string gsv =
-        std::string("$") + talker + "GSV,1,1,01," + std::to_string(number) + ",45,120,41,1";
+    const std::string gsv = Print("$%sGSV,1,1,01,%d,45,120,41,1", talker, number);
     EXPECT_EQ(SkiesOf({gsv}), std::string(id) + ":45/120/41\n") << gsv;
   }
 }

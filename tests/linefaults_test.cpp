@@ -3,10 +3,7 @@
 #include <pthread.h>
 #include <sys/stat.h>
 
-#include <atomic>
-
 #include "host/line/ports.h"
-#include "tests/support/conversation.h"
 #include "tests/support/enginetest.h"
 #include "tests/support/scriptedline.h"
 
@@ -83,24 +80,6 @@ TEST_F(EngineTest, ReadsALineThatGivesOneByteAtATime) {
   ASSERT_TRUE(engine.Start());
   line.Send(FixAt(1) + FixAt(2));
   EXPECT_TRUE(UntilRecords(2));
-}
-
-TEST_F(EngineTest, HearsNoiseAtAWrongRateAndTheReceiverAtItsOwn) {
-  const auto runner = RunSimulated("Other", 20);
-  const TemporaryFolder folder;
-  app.SetProfilePath(CString::FromUtf8(folder / "profile"));
-  MapComPort(kPort, CString::FromUtf8(runner->PortName()));
-  engine.InitReceivers();
-  CGPSReceiver* const receiver = engine.GetReceiver();
-  const int rate = receiver->GetCurrentBaudrate();
-
-  receiver->SaveDifferentSettings(rate / 2);
-  ASSERT_TRUE(engine.Start());
-  EXPECT_FALSE(Until([this] { return !window.records.empty(); }, 400));
-  receiver->SaveDifferentSettings(rate);
-  ASSERT_TRUE(engine.Start());
-  EXPECT_TRUE(UntilRecords(3));
-  engine.Stop();
 }
 
 // The date is not what tells how long a line has been silent.

@@ -1,7 +1,6 @@
 #include "gpsengine/rawdata/rawdata.h"
 
 #include "simulator/bytes.h"
-#include "simulator/languages.h"
 #include "simulator/oemlog.h"
 #include "simulator/world.h"
 #include "tests/support/basics.h"
@@ -146,6 +145,16 @@ TEST(RawData, RefusesASoundBlockOfWhatCannotBe) {
     ASSERT_TRUE(DecodeObservations(with(observations, 12, told), history, epoch));
     EXPECT_EQ(epoch.time_of_week, seconds);
     EXPECT_EQ(epoch.week, in_week);
+  }
+
+  // Binary messages alone, and not those of a second antenna.
+  const std::pair<char, bool> types[] = {{0, true}, {1, false}, {2, true}, {0x20, false}};
+  for (const auto& [type, taken] : types) {
+    std::string message = Blocks(kObservations[1], 1).at(0);
+    message.resize(message.size() - 4);
+    message[6] = type;
+    simulator::AppendLittle(message, simulator::OemCrc(message));
+    EXPECT_EQ(DecodeObservations(WordsOf(message), history, epoch), taken) << int{type};
   }
 
   BroadcastEphemeris read;

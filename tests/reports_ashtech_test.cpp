@@ -1,5 +1,4 @@
 #include <ctime>
-#include <limits>
 
 #include "host/records/recordsink.h"
 #include "simulator/geodesy.h"

@@ -106,6 +106,10 @@ TEST_F(StatusReport, OfStarlinkAndAxis) {
       {"$PMCAG,908,1,2,3,4*", false, ""},
       {"$PMCAG,908,1,2,3,4,1e300*", false, ""},
   });
+  for (const GPSStringType kind : {GPS_STRING_PSLIR_NMEA, GPS_STRING_PSLIR_MODE}) {
+    CString cut("$PSLIR,PAR");
+    EXPECT_FALSE(receiver.Parse(cut, kind)) << "what is claimed to be one has its fields too";
+  }
 }
 
 TEST_F(StatusReport, OfTheJLanguage) {

@@ -144,6 +144,7 @@ TEST_F(RehearsedPort, ReadsABlockAndWaitsForAByte) {
   line.Feed(">d", 50);
   EXPECT_TRUE(port.WaitForByte('>', 100));
   EXPECT_FALSE(port.WaitForByte('>', 100)) << "what came before is gone";
+  EXPECT_EQ(Took([&] { EXPECT_FALSE(port.ReadBlock(data, 8, &count, cancel)); }), 1010u);
 }
 
 TEST_F(RehearsedPort, GivesTheFirstByteOfALineThatKeepsTalking) {
@@ -311,6 +312,7 @@ TEST_F(TerminalPort, KeepsADeviceToItselfWhenAThreadLeavesAnEarlierLineOfItLate)
   });
   WaitForSingleObject(clock.m_hHeld, INFINITE);
   port.Close();
+  EXPECT_FALSE(terminal.IsExclusive());
   ASSERT_TRUE(port.Open());
   EXPECT_TRUE(terminal.IsExclusive());
   SetEvent(clock.m_hGoOn);

@@ -1,5 +1,4 @@
 // Simulated receivers and the library at the two ends of a line: each shows the mistakes of the other.
-#include <map>
 #include <set>
 
 #include "host/records/format.h"
