@@ -236,6 +236,12 @@ TEST(HostFormats, ShowWhatABlockHolds) {
   EXPECT_FALSE(text.OnBin(Block()));
   EXPECT_TRUE(text.OnBin(observed));
   EXPECT_EQ(out, "raw epoch: week 266 172800.500 s, 3 satellites: G05 S22 R24\n");
+  for (const char system : {'E', 'C', 'J', 'I'})
+    epoch.signals.push_back({system, 3, "1C", 2.1e7, 0.0, 0.0, 0.0, true, false, {}});
+  sink.OnBin(observed);
+  for (const char* id : {R"("PRN":303,"gnssid":2,)", R"("PRN":403,"gnssid":3,)", R"("PRN":195,"gnssid":5,)",
+                         R"("PRN":503,"gnssid":7,)"})
+    EXPECT_TRUE(Has(json, id));
 }
 
 TEST(HostJsonFormat, WritesAPositionAsTpv) {

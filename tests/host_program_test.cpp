@@ -62,7 +62,6 @@ TEST(HostProgram, AnswersOrNamesWhatIsWrongAndExitsAccordingly) {
       {"models csi", ExitCode::done, "  set-beacon auto | KHZ [BITRATE]  "},
       {"models --format json", ExitCode::done,
        R"([{"name":"Ashtech","class":"CAshtech","GetDefaultBaudrate":9600,"HasRawData":true,)"},
-      {"version", ExitCode::done, ""},
       {"help config", ExitCode::done, ""},
       {"help fly", ExitCode::usage, "fly"},
   };
