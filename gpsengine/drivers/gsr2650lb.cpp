@@ -30,6 +30,7 @@ Cgsr2650lb::Cgsr2650lb() {
 
 bool Cgsr2650lb::Initialize() {
   m_bRawDataOutput = false;
+  m_nRawDataInterval = 0;
   if (!CGPSReceiver::Initialize()) return false;
   SetDefaultNMEA();
   return true;

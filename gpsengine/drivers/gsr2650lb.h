@@ -38,8 +38,8 @@ class Cgsr2650lb : public CGPSReceiver {
  private:
   void ForgetSource();  // clears the reported differential source
 
-  bool m_bRawDataOutput;       // as last set, not as reported by the receiver
-  int m_nRawDataInterval = 0;  // seconds
+  bool m_bRawDataOutput;   // as last set, not as reported by the receiver
+  int m_nRawDataInterval;  // seconds
 };
 
 #pragma GCC visibility pop
