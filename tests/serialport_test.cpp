@@ -50,7 +50,9 @@ TEST_F(RehearsedPort, AppliesAChangeOfSettingsAtOnce) {
   port.SetBaudRate(0);
   EXPECT_EQ(Settings(), (Values{9600, 8, 0, 0, 1, 0, 0, 1, 0}));
   port.SetBaudRate(57600);
+  EXPECT_EQ(Settings(), (Values{57600, 8, 0, 0, 1, 0, 0, 1, 0}));
   port.SetParity(2);
+  EXPECT_EQ(Settings(), (Values{57600, 7, 1, 2, 1, 0, 0, 1, 0}));
   port.SetFlowControl(1 | 4);
   EXPECT_EQ(Settings(), (Values{57600, 7, 1, 2, 2, 1, 0, 1, 1}));
   port.SetFlowControl(2);

@@ -75,11 +75,9 @@ LRESULT MessageWindow::WindowProc(UINT message, WPARAM w_param, LPARAM l_param) 
 
 void MessageWindow::OnData(const CGPSData& data) {
   if (data.m_bPositionValid) tell_(fixes_.Read(data));
-  has_told_ = false;
-  for (Report& report : reports_.NewsIn(data)) {
-    tell_(std::move(report));
-    has_told_ = true;
-  }
+  std::vector<Report> news = reports_.NewsIn(data);
+  has_told_ = !news.empty();
+  for (Report& report : news) tell_(std::move(report));
   if (wants_skies_) Tell(skies_.OnData(data));
 }
 
