@@ -202,6 +202,40 @@ std::string NamesOf(const ObservationEpoch& epoch) {
   return names;
 }
 
+TEST(RawData, KnowsTheSatellitesAndSignalsOfEverySystem) {
+  PhaseHistory history;
+  const auto name = [&](const Channel& channel) {
+    ObservationEpoch epoch;
+    return DecodeObservations(Range({channel}), history, epoch) ? NamesOf(epoch) : std::string();
+  };
+  // The first of its satellites and the last one, and its signals by their number.
+  const std::pair<Channel, std::string> rows[] = {
+      {{1, 0, 0, 0}, "G1 to G32: 0:1C 5:2P 9:2W 14:5Q 16:1L 17:2S"},
+      {{38, 7, 1, 0}, "R1 to R24: 0:1C 1:2C 5:2P 6:3Q"},
+      {{120, 0, 2, 0}, "S20 to S58: 0:1C 6:5I"},
+      {{1, 0, 3, 1}, "E1 to E36: 1:1B 2:1C 6:6B 7:6C 12:5Q 17:7Q 20:8Q"},
+      {{1, 0, 4, 0}, "C1 to C63: 0:2I 1:7I 2:6I 4:2I 5:7I 6:6I 7:1P 9:5P 11:7D"},
+      {{193, 0, 5, 0}, "J1 to J10: 0:1C 14:5Q 16:1L 17:2S 27:6L"},
+      {{1, 0, 6, 0}, "I1 to I14: 0:5A"}};
+  for (auto [channel, expected] : rows) {
+    std::string codes;
+    const std::uint32_t known = channel.signal;
+    for (channel.signal = 0; channel.signal < 32; ++channel.signal) {
+      const std::string named = name(channel);
+      if (!named.empty()) codes += ' ' + std::to_string(channel.signal) + named.substr(named.find(':'), 3);
+    }
+    channel.signal = known;
+    std::string first, last;
+    for (channel.satellite = 0; channel.satellite < 256; ++channel.satellite) {
+      const std::string named = name(channel);
+      if (named.empty()) continue;
+      last = named.substr(0, named.find(':'));
+      if (first.empty()) first = last;
+    }
+    EXPECT_EQ(first + " to " + last + ':' + codes, expected);
+  }
+}
+
 TEST(RawData, NamesTheSignalsOfAllSystems) {
   PhaseHistory history;
   ObservationEpoch epoch;
