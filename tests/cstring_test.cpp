@@ -44,8 +44,8 @@ TEST(CString, CutsIndexAndCountToWhatIsThere) {
 TEST(CString, FindsAndEdits) {
   CString text("a,b,,c");
   EXPECT_EQ((std::vector{text.Find(u','), text.Find(u',', 2), text.Find(u',', 99), text.Find(",,"),
-                         text.FindOneOf("cb"), text.FindOneOf("xyz")}),
-            (std::vector{1, 3, -1, 3, 2, -1}));
+                         text.Find(";"), text.FindOneOf("cb"), text.FindOneOf("xyz")}),
+            (std::vector{1, 3, -1, 3, -1, 2, -1}));
   EXPECT_TRUE(text.StartsWith("a,b") && !text.StartsWith("a,b,,c,"));
   EXPECT_EQ(text.Remove(u','), 3);
   EXPECT_EQ(text, "abc");

@@ -98,7 +98,7 @@ TEST_F(StatusReport, OfStarlinkAndAxis) {
        "bNmeaStatusValid=true nNmeaGGA=0 nNmeaGLL=1 nNmeaGSA=1 nNmeaVTG=0"},
       {"$PSLIR,PAR,NMEA,GGA:1.0,GSA:x,VTG:5*", false, "nNmeaGGA=0"},
       {"$PSLIR,PAR,MODE,ELM:10*", true, "bElevationMaskValid=true nElevationMask=10"},
-      {"$PSLIR,PAR,MODE,FOO:1*", true, "bElevationMaskValid=true"},
+      {"$PSLIR,PAR,MODE*", true, "bElevationMaskValid=true"},
       {"$PSLIR,PAR,MODE,ELM:x*", false, ""},
       {"$PMCAG,908,1,2,3,4,7.9*", true, "bElevationMaskValid=true nElevationMask=7"},
       {"$PMCAG,908,15,,,,12,,,,,,,,,,,*", true, "bElevationMaskValid=true nElevationMask=12"},

@@ -234,11 +234,15 @@ TEST_F(TerminalPort, StopsAndGoesOnAtTheCharactersOfTheStandard) {
   termios state;
   tcgetattr(terminal.Keeper(), &state);
   state.c_cc[VSTART] = state.c_cc[VSTOP] = 1;
+  state.c_iflag |= ICRNL | ISTRIP;  // as a terminal's
+  state.c_oflag |= OPOST;
+  state.c_lflag |= ICANON | ECHO;
   tcsetattr(terminal.Keeper(), TCSANOW, &state);
   port.SetBaudRate(4800);
   tcgetattr(terminal.Keeper(), &state);
   EXPECT_TRUE(state.c_cc[VSTART] == 0x11 && state.c_cc[VSTOP] == 0x13);
-  EXPECT_EQ(state.c_iflag & (IXON | IXOFF), static_cast<tcflag_t>(IXON | IXOFF));
+  EXPECT_EQ(state.c_iflag, static_cast<tcflag_t>(IGNBRK | IXON | IXOFF));
+  EXPECT_EQ(state.c_oflag | state.c_lflag, 0u);
 }
 
 TEST_F(TerminalPort, IsForOneProgramAlone) {
