@@ -66,6 +66,11 @@ TEST(Face, NamesEveryKindOfFix) {
             "float,processed,SBAS,unknown,unknown,");
 }
 
+TEST(Face, GivesAnAnswerThatNoDecoderKnowsByItsText) {
+  const std::string bytes = "$>FOO,1,2\r\n";
+  EXPECT_EQ(testing::PrintToString(gps::decode(BytesOf(bytes)).reports().next().value()), "text $>FOO,1,2");
+}
+
 TEST(Face, KnowsNothingOfTheRecordingBefore) {
   const std::string bytes = Gga("123519");
   const std::string before = WithChecksum("$GPGSA,A,3,03,,,,,,,,,,,,3.4,1.6,3.0") + Gga("123517");
