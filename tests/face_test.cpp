@@ -177,6 +177,8 @@ TEST(Face, RehearsesCommands) {
   EXPECT_TRUE(Has(calls, "\"set-elevation-mask 10\""));
   EXPECT_FALSE(Has(calls, "set-lband"));
   EXPECT_TRUE(Has(gps::rehearse("CSI", "set-elevation-mask", {"7"}).Text(), "$PASHS,PEM,7"));
+  EXPECT_EQ(gps::rehearse("CSI", "set-elevation-mask", {"7", "--wait"}).Text(),
+            "write \"$PASHS,PEM,7\\r\\n\"\nwait 200\nwait-ack 1500\n");
   const struct {
     std::string call, error;
   } refused[] = {
@@ -341,6 +343,15 @@ TEST(FaceLive, CommandsAndEndsWithItsLine) {
   EXPECT_TRUE(Has(ErrorOf([&] { fixes.next(); }), "5 the port")) << "it outlives the receiver";
   EXPECT_EQ(GetComPortDevice(1), "/dev/the-hosts");
   MapComPort(1, "/dev/ttyS0");
+}
+
+TEST(FaceLive, WaitsForTheReportThatAnswersAQuery) {
+  Script script;
+  gps::Receiver receiver({.model = "CSI", .line = script.Opener()});
+  auto reports = receiver.reports(kLong);
+  const std::jthread answering([&] { std::this_thread::sleep_for(50ms), script.Send("PEM:07 SAV:N\r\n"); });
+  EXPECT_EQ(ErrorOf([&] { receiver.command("query-elevation-mask", {"--wait"}); }), "none");
+  EXPECT_EQ(testing::PrintToString(reports.next().value()), "elevation mask 7 deg");
 }
 
 TEST(FaceLive, StopsACommandInTheMidstOfAWait) {
