@@ -84,29 +84,10 @@ TEST(CString, ConvertsUtf8BothWaysAndMarksWhatIsMalformed) {
   EXPECT_EQ(CString(u"\xDBFF\xE000").ToUtf8(), "\xEF\xBF\xBD\xEE\x80\x80");
 }
 
-TEST(CString, FormatsWhatTheCommandsNeed) {
-  CString text;
-  text.Format("%s|%5s|%-5s|%c|%%|%u|%-d|%0d", CString("a"), "b", "c", 'd', 7u, -8, 9);
-  EXPECT_EQ(text, "a|    b|c    |d|%|7|-8|9");
-  text.Format("%X %02X %-f %.0f", -1, 8, 0.25, 1557845.0);
-  EXPECT_EQ(text, "FFFFFFFF 08 0.250000 1557845");
-}
-
-TEST(CString, ChecksFormatsWhenTheyAreCompiled) {
-  using textformat::Fits;
-  using textformat::Kind;
-  constexpr Kind kinds[] = {Kind::integer, Kind::text};
-  EXPECT_TRUE(Fits("%d of %s", kinds));
-  EXPECT_FALSE(Fits("%d", kinds));
-  EXPECT_FALSE(Fits("%d %d", kinds));
-  EXPECT_FALSE(Fits("%d %s %s", kinds));
-  EXPECT_FALSE(Fits("%d %s %", kinds));
-}
-
-TEST(CString, SurvivesARuntimeFormatThatDoesNotFit) {
-  CString text;
-  text.Format(CString("%s, %d, %d"), 5, CString("x"));
-  EXPECT_EQ(text, "5, x, ");
+TEST(CString, FormatsAsPrintfDoesWithTextsInUtf8) {
+  CString text = "before";
+  text.Format("%s|%5s|%-5s|%c|%%|%u|%02X|%.0f", "\xC3\xA9", "b", "c", 'd', 7u, 8, 1557845.0);
+  EXPECT_EQ(text, CString(u"\u00E9|    b|c    |d|%|7|08|1557845"));
 }
 
 // Texts of every length up to some registers, with what is looked for at every place and what stands outside

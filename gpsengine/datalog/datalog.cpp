@@ -35,7 +35,7 @@ bool CDataLog::IsReady() const {
 
 CString CDataLog::GetStatusString() {
   CString status;
-  status.Format(LoadText(kStatusText), GetNumEpochs(), GetMinutesElapsed());
+  status.Format(LoadText(kStatusText).ToUtf8().c_str(), GetNumEpochs(), GetMinutesElapsed());
   return status;
 }
 

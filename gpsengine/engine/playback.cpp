@@ -16,9 +16,9 @@ bool IsFile(const CString& path) {
 }
 
 CString CannotPlay(const CString& path) {
-  WCHAR format[128];
-  CString text;
-  text.Format(CString(format, LoadStringW(kCannotPlayText, format, 128)), path);
+  WCHAR buffer[128];
+  CString text(buffer, LoadStringW(kCannotPlayText, buffer, 128));
+  text.Replace("%s", path);
   return text;
 }
 

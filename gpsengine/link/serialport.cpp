@@ -19,13 +19,11 @@ constexpr DWORD kSettleTime = 10;
 constexpr int kReadMax = 4096;
 constexpr DWORD kFollowTime = 10;  // the rest of a burst follows a byte within this time
 
-CString LastErrorText() {
+std::string LastErrorText() {
   WCHAR text[256];
   if (const DWORD length = FormatMessageW(GetLastError(), text, 256); length > 0)
-    return CString(text, static_cast<int>(length));
-  CString code;
-  code.Format("%d", static_cast<int>(GetLastError()));
-  return code;
+    return CString(text, static_cast<int>(length)).ToUtf8();
+  return std::to_string(GetLastError());
 }
 
 // The bytes as text, which ends at the first zero.
@@ -135,11 +133,11 @@ bool CSerialPort::Open() {
   const HANDLE port =
       CreateFileW(name.GetString(), GENERIC_READ_WRITE, 0, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL);
   if (port == INVALID_HANDLE_VALUE) {
-    Trace("Unable to open %s. %s\n", name, LastErrorText());
+    Trace("Unable to open %s. %s\n", name.ToUtf8().c_str(), LastErrorText().c_str());
     return false;
   }
   m_hPort = port;
-  Trace("Port %s opened!\n", name);
+  Trace("Port %s opened!\n", name.ToUtf8().c_str());
   ApplySettings();
   SetCommMask(port, EV_RXCHAR_TXEMPTY);
   SetupComm(port, kQueueSize, kQueueSize);
@@ -157,11 +155,11 @@ bool CSerialPort::Close() {
   }
   if (port == INVALID_HANDLE_VALUE) return false;
   if (!CloseHandle(port)) {
-    Trace("Unable to close %s. %s\n", name, LastErrorText());
+    Trace("Unable to close %s. %s\n", name.ToUtf8().c_str(), LastErrorText().c_str());
     return false;
   }
   m_hPort = INVALID_HANDLE_VALUE;
-  Trace("Closed %s.\n", name);
+  Trace("Closed %s.\n", name.ToUtf8().c_str());
   return true;
 }
 

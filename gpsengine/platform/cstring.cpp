@@ -1,10 +1,10 @@
 #include "gpsengine/platform/cstring.h"
 
 #include <algorithm>
-#include <cstdio>
-#include <cstdlib>
+#include <cstdarg>
 #include <cstring>
 
+#include "gpsengine/platform/system.h"
 #include "gpsengine/platform/textscan.h"
 
 namespace {
@@ -288,97 +288,9 @@ CString CString::FromUtf8(std::string_view text) {
   return out;
 }
 
-namespace {
-
-using textformat::Argument;
-using textformat::Kind;
-
-// One conversion of a format: "%-5.2f" has the flags and numbers "-5.2" and the letter 'f'.
-struct Conversion {
-  std::string_view options;
-  char letter;
-};
-
-// Takes a conversion, whose "%" has been taken, off the head of `format`.
-Conversion TakeConversion(std::string_view& format) {
-  const auto end = std::min(format.find_first_not_of("-+ #0123456789."), format.size());
-  const Conversion conversion{format.substr(0, end), end < format.size() ? format[end] : '\0'};
-  format.remove_prefix(std::min(end + 1, format.size()));
-  return conversion;
-}
-
-std::string Print(const Conversion& conversion, const char* width, auto value) {
-  const std::string format = '%' + std::string(conversion.options) + width + conversion.letter;
-#pragma GCC diagnostic push
-#pragma GCC diagnostic ignored "-Wformat-nonliteral"
-  const int length = std::snprintf(nullptr, 0, format.c_str(), value);
-  if (length < 0) return {};
-  std::string text(static_cast<std::size_t>(length) + 1, '\0');
-  std::snprintf(text.data(), text.size(), format.c_str(), value);
-#pragma GCC diagnostic pop
-  text.pop_back();
-  return text;
-}
-
-CString PadText(const Conversion& conversion, CString text) {
-  const auto dot = conversion.options.find('.');
-  if (dot != std::string_view::npos)
-    text = text.Left(std::atoi(std::string(conversion.options.substr(dot + 1)).c_str()));
-  std::string_view width = conversion.options.substr(0, dot);
-  const bool left = width.find('-') != std::string_view::npos;
-  width.remove_prefix(std::min(width.find_first_not_of("-+ #0"), width.size()));
-  const int missing = std::atoi(std::string(width).c_str()) - text.GetLength();
-  const CString blanks(u' ', missing);
-  return left ? text + blanks : blanks + text;
-}
-
-// A decimal point is a point whatever the host has made of the locale.
-std::string WithPoint(std::string text) {
-  std::replace(text.begin(), text.end(), ',', '.');
-  return text;
-}
-
-CString Render(Conversion conversion, const Argument& argument) {
-  constexpr char kPlain[] = {'\0', 'd', 'f', 's'};
-  if (textformat::KindOfConversion(conversion.letter) != argument.kind)
-    conversion = {"", kPlain[static_cast<int>(argument.kind)]};
-  switch (argument.kind) {
-    case Kind::integer:
-      if (conversion.letter == 'c') return CString(static_cast<WCHAR>(argument.integer));
-      // As wide as the callers' whole numbers, so that a negative one prints its 32-bit pattern in
-      // hexadecimal.
-      if (conversion.letter != 'd' && conversion.letter != 'i' && argument.integer < 0)
-        return CString(Print(conversion, "", static_cast<unsigned>(argument.integer)).c_str());
-      return CString(Print(conversion, "ll", argument.integer).c_str());
-    case Kind::real:
-      return CString(WithPoint(Print(conversion, "", argument.real)).c_str());
-    case Kind::text:
-      return PadText(conversion, argument.narrow.empty() ? CString(argument.wide)
-                                                         : CString(argument.narrow.data(),
-                                                                   static_cast<int>(argument.narrow.size())));
-    case Kind::none:
-      break;
-  }
-  return {};
-}
-
-}  // namespace
-
-void CString::FormatArguments(std::string_view format, std::span<const Argument> arguments) {
-  CString result;
-  std::size_t used = 0;
-  while (!format.empty()) {
-    const auto percent = std::min(format.find('%'), format.size());
-    result += CString(format.data(), static_cast<int>(percent));
-    format.remove_prefix(percent);
-    if (format.empty()) break;
-    format.remove_prefix(1);
-    const Conversion conversion = TakeConversion(format);
-    if (conversion.letter == '%') {
-      result += u'%';
-    } else if (used < arguments.size()) {
-      result += Render(conversion, arguments[used++]);
-    }
-  }
-  *this = std::move(result);
+void CString::Format(const char* format, ...) {
+  std::va_list arguments;
+  va_start(arguments, format);
+  *this = FromUtf8(PrintPlain(format, arguments));
+  va_end(arguments);
 }

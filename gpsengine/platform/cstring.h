@@ -1,95 +1,12 @@
 #pragma once
 
-#include <array>
 #include <compare>
-#include <concepts>
-#include <span>
 #include <string>
 #include <string_view>
-#include <type_traits>
 
 #include "gpsengine/platform/types.h"
 
 #pragma GCC visibility push(default)
-
-class CString;
-
-/// What CString::Format is built from: conversions of the printf kind whose arguments are checked when the
-/// call compiles. Supported are %d %i %u %x %X %c (integers), %f %e %g (floating point), %s (text) and %%,
-/// each with the usual flags, width and precision.
-namespace textformat {
-
-enum class Kind : char { none, integer, real, text };
-
-struct Argument {
-  Kind kind = Kind::none;
-  long long integer = 0;
-  double real = 0.0;
-  std::u16string_view wide{};  // a text is in one of these two
-  std::string_view narrow{};
-};
-
-template <class T>
-consteval Kind KindOf() {
-  using U = std::remove_cvref_t<T>;
-  if constexpr (std::floating_point<U>) return Kind::real;
-  if constexpr (std::integral<U> || std::is_enum_v<U>) return Kind::integer;
-  if constexpr (std::same_as<U, CString> || std::convertible_to<T, std::u16string_view> ||
-                std::convertible_to<T, std::string_view>)
-    return Kind::text;
-  return Kind::none;
-}
-
-constexpr Kind KindOfConversion(char c) {
-  switch (c) {
-    case 'd':
-    case 'i':
-    case 'u':
-    case 'x':
-    case 'X':
-    case 'c':
-      return Kind::integer;
-    case 'f':
-    case 'e':
-    case 'g':
-      return Kind::real;
-    case 's':
-      return Kind::text;
-    default:
-      return Kind::none;
-  }
-}
-
-/// Whether the conversions of `format` are just those that `kinds` can serve, in number and in kind.
-constexpr bool Fits(std::string_view format, std::span<const Kind> kinds) {
-  std::size_t used = 0;
-  for (std::size_t i = 0; i < format.size(); ++i) {
-    if (format[i] != '%') continue;
-    ++i;
-    while (i < format.size() && std::string_view("-+ #0123456789.").find(format[i]) != std::string_view::npos)
-      ++i;
-    if (i == format.size()) return false;
-    if (format[i] == '%') continue;
-    const Kind wanted = KindOfConversion(format[i]);
-    if (wanted == Kind::none || used == kinds.size() || kinds[used] != wanted) return false;
-    ++used;
-  }
-  return used == kinds.size();
-}
-
-template <class... Args>
-struct Checked {
-  consteval Checked(const char* text) : m_Text(text) {  // NOLINT(google-explicit-constructor)
-    constexpr std::array<Kind, sizeof...(Args) + 1> kinds{KindOf<Args>()..., Kind::none};
-    if (!Fits(m_Text, std::span(kinds).first(sizeof...(Args)))) throw "the arguments do not fit the format";
-  }
-  std::string_view m_Text;
-};
-
-template <class T>
-Argument MakeArgument(const T& value);
-
-}  // namespace textformat
 
 /// Text of 16-bit characters, of which up to kInPlace are stored in the object itself. An index or count out
 /// of range is clamped. 8-bit text is widened byte by byte, unsigned, so bytes from the wire keep their
@@ -218,20 +135,9 @@ class CString {
   /// Concatenates.
   friend CString operator+(CString a, const CString& b) { return std::move(a += b); }
 
-  /// Replaces the text, as the format and its arguments say. A wrong argument does not compile.
-  template <class... Args>
-  void Format(textformat::Checked<std::type_identity_t<Args>...> format, const Args&... args) {
-    const std::array<textformat::Argument, sizeof...(Args) + 1> list{textformat::MakeArgument(args)..., {}};
-    FormatArguments(format.m_Text, std::span(list).first(sizeof...(Args)));
-  }
-  /// The same for a format that is known only at run time, such as one from the string table: a conversion
-  /// that does not fit its argument prints the argument in its plain form, one without an argument prints
-  /// nothing.
-  template <std::same_as<CString> Text, class... Args>
-  void Format(const Text& format, const Args&... args) {
-    const std::array<textformat::Argument, sizeof...(Args) + 1> list{textformat::MakeArgument(args)..., {}};
-    FormatArguments(format.ToUtf8(), std::span(list).first(sizeof...(Args)));
-  }
+  /// Replaces the text, as printf does it in the C locale, so that a decimal point is a point whatever the
+  /// host has made of its own. Texts among the arguments are UTF-8.
+  [[gnu::format(printf, 2, 3)]] void Format(const char* pszFormat, ...);
 
   /// The text as 8-bit bytes for the wire. False, with `bytes` untouched, if a character is above 255.
   bool ToBytes(std::string& bytes) const;
@@ -246,7 +152,6 @@ class CString {
   void Release() noexcept {
     if (IsLong()) delete[] m_Store.pLong;
   }
-  void FormatArguments(std::string_view format, std::span<const textformat::Argument> arguments);
 
   int m_nLength;
   int m_nCapacity;  // kInPlace, or more on the heap
@@ -260,28 +165,5 @@ class CString {
 inline bool operator==(const CString& a, const char* b) noexcept {
   return a == CString(b);
 }
-
-namespace textformat {
-
-template <class T>
-Argument MakeArgument(const T& value) {
-  Argument argument;
-  argument.kind = KindOf<const T&>();
-  static_assert(KindOf<const T&>() != Kind::none, "this type cannot be formatted");
-  if constexpr (KindOf<const T&>() == Kind::real) {
-    argument.real = static_cast<double>(value);
-  } else if constexpr (KindOf<const T&>() == Kind::integer) {
-    argument.integer = static_cast<long long>(value);
-  } else if constexpr (std::same_as<T, CString>) {
-    argument.wide = value.View();
-  } else if constexpr (std::convertible_to<const T&, std::u16string_view>) {
-    argument.wide = value;
-  } else {
-    argument.narrow = value;
-  }
-  return argument;
-}
-
-}  // namespace textformat
 
 #pragma GCC visibility pop

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdarg>
 #include <ctime>
 #include <string>
 
@@ -31,3 +32,5 @@ std::string StandardPort(int port);
 void WaitForEnter();
 /// Local date and time; null on failure.
 std::tm* LocalTime(std::time_t seconds, std::tm* tm);
+/// As vsprintf does it in the C locale, whatever the host has made of its own. Empty on failure.
+[[gnu::format(printf, 1, 0)]] std::string PrintPlain(const char* format, std::va_list arguments);

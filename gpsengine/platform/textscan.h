@@ -37,12 +37,6 @@ bool IsNarrow(std::u16string_view text);
 /// Makes bytes of characters that fit.
 void Narrow(std::u16string_view text, char* to);
 
-/// Whether each character fits into a byte.
-bool IsNarrow(std::u16string_view text);
-
-/// Makes bytes of characters that fit.
-void Narrow(std::u16string_view text, char* to);
-
 /// The first `c` of some bytes, or null: for one that is likely to be near.
 const char* FindNear(const char* bytes, const char* end, char c);
 

@@ -1,9 +1,12 @@
 #include "gpsengine/platform/trace.h"
 
 #include <atomic>
+#include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
 #include <mutex>
+
+#include "gpsengine/platform/system.h"
 
 namespace {
 
@@ -28,14 +31,18 @@ bool IsTracing() {
   return g_bTracing;
 }
 
-void TraceText(const CString& text) {
-  if (t_bTracing) return;
+void Trace(const char* format, ...) {
+  if (!kTraceBuilt || !IsTracing() || t_bTracing) return;
+  std::va_list arguments;
+  va_start(arguments, format);
+  const std::string text = PrintPlain(format, arguments);
+  va_end(arguments);
   const std::lock_guard lock(g_Mutex);
   if (Handler()) {
     t_bTracing = true;
-    Handler()(text);
+    Handler()(CString::FromUtf8(text));
     t_bTracing = false;
   } else {
-    std::fputs(text.ToUtf8().c_str(), stderr);
+    std::fputs(text.c_str(), stderr);
   }
 }

@@ -7,9 +7,9 @@
 #pragma GCC visibility push(default)
 
 #ifdef NDEBUG
-constexpr bool kTraceBuilt = false;  ///< Trace is disabled in this translation unit.
+constexpr bool kTraceBuilt = false;  ///< Trace shows nothing.
 #else
-constexpr bool kTraceBuilt = true;  ///< Trace is enabled in this translation unit.
+constexpr bool kTraceBuilt = true;  ///< Trace shows its texts.
 #endif
 
 /// Takes trace texts instead of standard error; an empty handler restores the default, which prints if the
@@ -20,18 +20,8 @@ void SetTraceHandler(std::function<void(const CString& text)> handler);
 
 /// Whether trace texts are shown.
 bool IsTracing();
-/// Shows one formatted text. Called by Trace.
-void TraceText(const CString& text);
 
-/// Diagnostic output for developers; compiled out in release builds.
-template <class... Args>
-void Trace(textformat::Checked<std::type_identity_t<Args>...> format, const Args&... args) {
-  if constexpr (kTraceBuilt) {
-    if (!IsTracing()) return;
-    CString text;
-    text.Format(format, args...);
-    TraceText(text);
-  }
-}
+/// Diagnostic output for developers, as printf formats it. A release build shows none.
+[[gnu::format(printf, 1, 2)]] void Trace(const char* pszFormat, ...);
 
 #pragma GCC visibility pop

@@ -117,7 +117,8 @@ void CGPSReceiver::SetBeacon(BEACON_MODE_TYPE mode, CString frequency, CString b
     return;
   }
   CString line;
-  line.Format("$GPMSK,%s,M,%s,%s,0\r\n", frequency, bit_rate, bit_rate.IsEmpty() ? "A" : "M");
+  line.Format("$GPMSK,%s,M,%s,%s,0\r\n", frequency.ToUtf8().c_str(), bit_rate.ToUtf8().c_str(),
+              bit_rate.IsEmpty() ? "A" : "M");
   Write(line, 200);
 }
 

@@ -3,8 +3,9 @@
 #include <algorithm>
 #include <cctype>
 #include <cstdarg>
-#include <cstdio>
 #include <numeric>
+
+#include "gpsengine/platform/system.h"
 
 namespace gps {
 
@@ -41,13 +42,10 @@ std::string Join(const std::vector<std::string>& words, std::string_view separat
 }
 
 std::string Print(const char* format, ...) {
-  va_list values, again;
-  va_start(values, format);
-  va_copy(again, values);
-  std::string text(static_cast<std::size_t>(std::vsnprintf(nullptr, 0, format, values)), '\0');
-  std::vsnprintf(text.data(), text.size() + 1, format, again);
-  va_end(again);
-  va_end(values);
+  std::va_list arguments;
+  va_start(arguments, format);
+  std::string text = PrintPlain(format, arguments);
+  va_end(arguments);
   return text;
 }
 

@@ -13,7 +13,7 @@ namespace gps {
 /// "GGA, RMC".
 std::string Join(const std::vector<std::string>& words, std::string_view separator = ", ");
 
-/// As printf does it.
+/// As printf does it in the C locale.
 [[gnu::format(printf, 1, 2)]] std::string Print(const char* format, ...);
 
 /// A text with blanks after it, up to a width in bytes.

@@ -1,5 +1,6 @@
 #include "gpsengine/platform/system.h"
 
+#include <locale.h>
 #include <sys/eventfd.h>
 #include <sys/resource.h>
 #include <unistd.h>
@@ -48,4 +49,19 @@ void WaitForEnter() {
 
 std::tm* LocalTime(std::time_t seconds, std::tm* tm) {
   return localtime_r(&seconds, tm);
+}
+
+std::string PrintPlain(const char* format, std::va_list arguments) {
+  static const locale_t plain = newlocale(LC_ALL_MASK, "C", nullptr);
+  const locale_t before = uselocale(plain);
+  std::va_list again;
+  va_copy(again, arguments);
+  std::string text;
+  if (const int length = std::vsnprintf(nullptr, 0, format, arguments); length > 0) {
+    text.resize(static_cast<std::size_t>(length));
+    std::vsnprintf(text.data(), text.size() + 1, format, again);
+  }
+  va_end(again);
+  uselocale(before);
+  return text;
 }
