@@ -111,8 +111,8 @@ TEST(BinBuffer, EndsItsTextAtAZeroByteAndAppendsALineFeed) {
   EXPECT_EQ(buffer.Mid(4, 2), "de\n");
   EXPECT_EQ(buffer.Mid(-1, 2), "");
   EXPECT_EQ(buffer.Mid(8, 2), "");
-  const std::unique_ptr<CString> owned(buffer.Mid2(4, 1));
-  EXPECT_EQ(*owned, "d\n");
+  EXPECT_EQ(*std::unique_ptr<CString>(buffer.Mid2(4, 1)), "d\n");
+  EXPECT_EQ(*std::unique_ptr<CString>(buffer.GetMessageAsPtr()), "");
   EXPECT_EQ(buffer.Find('d', 0), 4);
   EXPECT_EQ(buffer.Find('d', 5), -1);
   EXPECT_EQ(buffer.GetMessageW(), "");

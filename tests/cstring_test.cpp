@@ -18,6 +18,9 @@ TEST(CString, CopiesOfLongTextAreTextsOfTheirOwn) {
   CString taken = std::move(copy);
   EXPECT_EQ(taken.GetLength(), 500);
   EXPECT_TRUE(copy.IsEmpty());  // NOLINT(bugprone-use-after-move)
+  taken.Empty();
+  taken += "short";
+  EXPECT_EQ(taken, "short");
 }
 
 TEST(CString, GrowsAcrossItsOwnRoom) {
@@ -128,6 +131,20 @@ TEST(TextScan, WidensWithoutASignAndTellsWhereAZeroStands) {
       for (int i = 0; i < length; ++i) ASSERT_EQ(wide[static_cast<std::size_t>(i)], i == zero ? 0 : 0xE9);
       EXPECT_EQ(wide[static_cast<std::size_t>(length)], u'x') << length;
     }
+  }
+}
+
+TEST(TextScan, ReadsWholeNumbersOfUpToFourDigits) {
+  const std::u16string_view text = u"7,42,065,9999,12345,-1,1x,,/:;<, the end";
+  const int expected[] = {7, 42, 65, 9999, -1, -1, -1, -1, -1};
+  std::size_t from = 0;
+  for (const int number : expected) {
+    const std::size_t end = text.find(u',', from);
+    int value = -1;
+    EXPECT_EQ(textscan::ReadShortNumber(text.substr(from, end - from), text.data() + text.size(), value),
+              number >= 0);
+    EXPECT_EQ(value, number);
+    from = end + 1;
   }
 }
 

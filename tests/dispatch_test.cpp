@@ -20,7 +20,8 @@ TEST_F(DispatchTest, KnowsEveryTag) {
       "$GPALM $GPGGA $INGGA $GPGLL $GPGSA $GPGSV $GPRMC $GPVTG $GPZDA $CRMSS $CRMSK $PSLIR,PAR,NMEA "
       "$PSLIR,PAR,MODE $PMCAG - PEM: PMD: PRTA: PER: $PASHR $>JSHOW $>JI $>JGEO $RD1 $BIN #LOGLISTA "
       "#RXCONFIGA #ECUTOFF #OMNIINFO #OMNISTAT #OMNIHPPOS #WAAS1 #RTKSOURCE #SBASCONTROL #PSRDIFFSOURCE");
-  int recognised = 0, wrong = 0;
+  EXPECT_EQ(TypeOf("PMD:"), GPS_STRING_PMD) << "and nothing after it";
+  int recognised = 1, wrong = 0;
   const auto expect = [&](const std::string& head, int type) {
     const bool checked = type <= GPS_STRING_PMCAG;
     EXPECT_EQ(TypeOf(checked ? WithChecksum(head + ",1,2") : head + "x,no checksum\r\n"), type) << head;

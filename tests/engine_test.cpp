@@ -35,6 +35,14 @@ TEST_F(EngineTest, ReportsWhyItDoesNotStart) {
   EXPECT_EQ(engine.GetLastError(), GPS_ENGINE_INIT_FAILED);
 }
 
+TEST_F(EngineTest, StopsWhenAnotherReceiverIsSelected) {
+  engine.m_bEmulation = true;
+  Select("Other");
+  EXPECT_TRUE(engine.Start());
+  engine.SetReceiver(engine.FindReceiver("CSI"));
+  EXPECT_FALSE(engine.IsActive());
+}
+
 TEST_F(EngineTest, ThrowsAStreamAwayThatGrowsWithoutAMessage) {
   EXPECT_FALSE(Feed("$,," + std::string(16391 - 3, 'x')));
   EXPECT_EQ(engine.GetDroppedBuffers(), 0);

@@ -6,6 +6,7 @@
 #include "gpsengine/face/decode.h"
 #include "gpsengine/face/receiver.h"
 #include "gpsengine/face/stopclock.h"
+#include "gpsengine/platform/messagebox.h"
 #include "tests/support/blocks.h"
 #include "tests/support/pseudoterminal.h"
 #include "tests/support/receivertest.h"
@@ -219,7 +220,8 @@ TEST(Face, RehearsesCommands) {
               gps::rehearse("CSI", "set-beacon", {"325", "150"});
             }),
             "2 \"150\" is not a beacon's bit rate: 25, 50, 100 or 200");
-  EXPECT_EQ(ErrorOf([] { gps::rehearse("CSI", "set-beacon", {"283.5", "25"}); }), "none");
+  for (const char* rate : {"25", "50", "100", "200"})
+    EXPECT_EQ(ErrorOf([&] { gps::rehearse("CSI", "set-beacon", {"283.5", rate}); }), "none");
   EXPECT_TRUE(Has(ErrorOf([] { gps::rehearse("Trimble", "gga-only"); }),
                   "6 the model Trimble does not offer gga-only; it offers start"));
 }
@@ -272,6 +274,10 @@ TEST(FaceLive, FitsIntoAnEventLoopAndRecords) {
   const auto report = receiver->reports(kLong).next();
   EXPECT_EQ(report->key, "message");
   EXPECT_TRUE(Has(testing::PrintToString(*report), "message Could not open file"));
+  receiver.reset();
+  testing::internal::CaptureStderr();
+  AfxMessageBox("of another one");
+  EXPECT_EQ(testing::internal::GetCapturedStderr(), "of another one\n");
 }
 
 TEST(FaceLive, LosesTheOldestWhereNobodyReads) {

@@ -116,6 +116,17 @@ class ProfileTest : public testing::Test {
   CWinApp app{"gpsengine-test"};
 };
 
+TEST(Profile, LiesInTheUsersConfigurationFolder) {
+  setenv("HOME", "/home/one", 1);
+  unsetenv("XDG_CONFIG_HOME");
+  EXPECT_EQ(CWinApp("gps").GetProfilePath(), "/home/one/.config/gps/gps.ini");
+  setenv("XDG_CONFIG_HOME", "", 1);
+  EXPECT_EQ(CWinApp("gps").GetProfilePath(), "/home/one/.config/gps/gps.ini");
+  setenv("XDG_CONFIG_HOME", "/settings", 1);
+  EXPECT_EQ(CWinApp("gps").GetProfilePath(), "/settings/gps/gps.ini");
+  unsetenv("XDG_CONFIG_HOME");
+}
+
 TEST_F(ProfileTest, KeepsNumbersAndWhatOthersWrote) {
   Write("; mine\n[Window]\nWidth=800\n\n[SiRF]\nBaud=4800\n");
   EXPECT_EQ(app.GetProfileInt("SiRF", "Baud", 1), 4800);

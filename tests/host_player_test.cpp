@@ -25,7 +25,7 @@ class HostPlayer : public testing::Test {
   /// Plays what is due, and tells how many seconds later the next piece is.
   double Step(Feed& feed) {
     const auto before = feed.NextAt();
-    feed.Step(engine_);
+    feed.Step();
     return std::round(std::chrono::duration<double>(feed.NextAt() - before).count());
   }
 
@@ -55,7 +55,7 @@ TEST_F(HostPlayer, PacesARecordingWithoutTimesByItsLine) {
   EXPECT_GT(slow->NextAt(), Deadline::Clock::now() + std::chrono::milliseconds(900));
   const auto quick = Play(PacedFeed::kMax, 4810);
   EXPECT_LE(quick->NextAt(), Deadline::Clock::now());
-  quick->Step(engine_);
+  quick->Step();
   EXPECT_TRUE(quick->IsAtEnd());
 }
 

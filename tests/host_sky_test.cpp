@@ -70,6 +70,12 @@ std::string RangesOf(Gnss said, int last) {
 
 }  // namespace
 
+TEST(HostSky, ReadsNoSentenceWithoutAGoodChecksum) {
+  for (const char* line : {"$GPGGA,1", "$00,0,0", "$*00", "$GPGGA,1*", "$GPGGA,1*00", "GPGGA,1*4B"})
+    EXPECT_FALSE(Fields(line)) << line;
+  EXPECT_EQ(Fields("noise$GPG$GPGGA,1*4B")[1], "1");
+}
+
 TEST(HostSky, TellsASystemByTheRangeOfANumber) {
   EXPECT_EQ(
       RangesOf(Gnss::unknown, 1000),
@@ -161,6 +167,12 @@ TEST(HostSky, KeepsWhatItHasWhenAGroupIsBroken) {
 }
 
 TEST(HostSky, HoldsAHundredAndTwentyEightSatellitesHoweverManyCome) {
+  SkyReader one;
+  ReadAll(one, PagesOf("GB", 128));
+  EXPECT_TRUE(one.Finish()) << "of a single group";
+  EXPECT_EQ(one.Latest().satellites.size(), 128u);
+  ReadAll(one, PagesOf("GB", 132));
+  EXPECT_FALSE(one.Finish()) << "more than there can be";
   SkyReader reader;
   for (const char* talker : {"GP", "GL", "GA", "GB"}) ReadAll(reader, PagesOf(talker, 32));
   EXPECT_TRUE(reader.Finish());

@@ -113,6 +113,10 @@ TEST(RawData, RefusesWhatIsDamagedOrShort) {
       };
       ASSERT_TRUE(is_taken(block)) << source.command;
       EXPECT_TRUE(is_taken(block + "behind it")) << source.command;
+      for (const std::size_t length : {4u, 6u}) {
+        const BlockHead head = ReadHead(WordsOf(block.substr(0, length)));
+        EXPECT_EQ(head.family != Family::none, length == 6) << source.command;
+      }
       for (std::size_t length = 0; length < block.size(); length += 2)
         EXPECT_FALSE(is_taken(block.substr(0, length))) << source.command << ' ' << length;
       for (std::size_t bit = 0; bit < 8 * block.size(); ++bit) {

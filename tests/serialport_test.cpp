@@ -164,7 +164,7 @@ TEST_F(RehearsedPort, ReadsUntilATerminator) {
   Open();
   CString text;
   line.Feed("OK", 500);
-  line.Feed("!\r", 540);
+  line.Feed("!\r", 800);
   EXPECT_TRUE(port.ReadUntilAny(text, cancel, "\r\n"));
   EXPECT_EQ(text, "OK!\r");
   line.Feed("never ends");

@@ -26,7 +26,7 @@ TEST(ParseInt, ReadsFromTheStartAndStopsAtWhatDoesNotFit) {
 
 TEST(ParseDouble, ReadsDecimalsToTheLastBitAndCountsWhatIsLeft) {
   std::istringstream good(
-      "1.5* 4807.038 -0.0133 +123.45 0 5. .5 1e3x 1e 2E-2 9345.03431408 1.2.3 "
+      "1.5* 4807.038 -0.0133 +123.45 0 5. .5 1e3x 1e 1ex 1e-x 2E-2 9345.03431408 1.2.3 "
       "123456789012345678901234567890 0.1234567890123456789 1e-400 4.9e-324 1.7976931348623157e308");
   double value = 77.0;
   int left = -1;

@@ -6,6 +6,7 @@
 #include "gpsengine/platform/application.h"
 #include "gpsengine/platform/clock.h"
 #include "gpsengine/platform/event.h"
+#include "gpsengine/platform/rehearsal.h"
 #include "gpsengine/platform/resource.h"
 #include "gpsengine/platform/shared.h"
 #include "tests/support/basics.h"
@@ -94,11 +95,42 @@ TEST(Queue, HasADescriptorThatIsReadableWhileMessagesWait) {
   EXPECT_EQ(window.got, (std::vector{1, 2, 1, 2}));
 }
 
+TEST(Queue, IsPassedOverByWhatIsPostedAtOnce) {
+  class Loaded : public MessageFreight {
+   public:
+    explicit Loaded(std::vector<int>& got) : m_Got(got) {}
+    ~Loaded() override { m_Got.push_back(8); }
+    void Arrive() override { m_Got.push_back(7); }
+
+   private:
+    std::vector<int>& m_Got;
+  };
+  Recorder window;
+  const HWND name = window.GetSafeHwnd();
+  PostMessageW(name, kNumber, 1, 0);
+  {
+    const CPostAtOnce at_once;
+    EXPECT_TRUE(PostMessageW(name, kNumber, 2, 0));
+    EXPECT_TRUE(PostMessageW(name, kNumber, std::make_unique<Loaded>(window.got)));
+    std::jthread([name] { PostMessageW(name, kNumber, 3, 0); }).join();
+    EXPECT_EQ(window.got, (std::vector{2, 7, 0, 8})) << "from this thread alone";
+    g_nDisposed = 0;
+    EXPECT_FALSE(PostMessageW(nullptr, kNumber, 1, 0, CountDisposal));
+    EXPECT_EQ(g_nDisposed, 1);
+  }
+  PostMessageW(name, kNumber, 4, 0);
+  Drain();
+  EXPECT_EQ(window.got, (std::vector{2, 7, 0, 8, 1, 3, 4}));
+}
+
 TEST(Application, PumpsUntilItIsToldToQuit) {
   CWinApp app("gpsengine-test");
   Recorder window;
-  PostMessageW(window.GetSafeHwnd(), kNumber, 1, 0);
-  PostQuitMessage();
+  CRehearsal time;
+  time.SetStepHandler([&](const CRehearsal::Step&) {
+    PostMessageW(window.GetSafeHwnd(), kNumber, 1, 0);
+    PostQuitMessage();
+  });
   app.Run();
   EXPECT_EQ(window.got, std::vector{1});
 }

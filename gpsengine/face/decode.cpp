@@ -199,8 +199,8 @@ void Recording::Play::Decode(std::string_view bytes) {
     Date(bytes);
     const std::string_view guarded = guard_.Pass(bytes);
     CBinBuffer chunk(guarded.data(), static_cast<int>(guarded.size()));
+    const CPostAtOnce to_window;
     engine_.UpdateGPSBuffer(chunk);
-    window_.Drain();
   }
   window_.Close();
 }

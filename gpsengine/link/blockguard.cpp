@@ -47,7 +47,6 @@ std::size_t BlockGuard::Take(std::string_view bytes) {
     return 1;
   }
   out_.append(bytes, 0, count);
-  last_ = bytes[count - 1];
   return count;
 }
 

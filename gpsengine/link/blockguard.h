@@ -26,7 +26,7 @@ class BlockGuard {
   std::string out_;       // what was passed on last, if it was not the bytes themselves
   std::string head_;      // of a block, as far as it has come
   std::size_t left_ = 0;  // of the current block
-  char last_ = 0;
+  char last_ = 0;         // the byte before, within a block
 };
 
 }  // namespace gps

@@ -14,7 +14,7 @@ bool ReadShortNumber(std::u16string_view number, const WCHAR* end, int& value) {
   constexpr std::size_t kDigits = 4;
   const std::size_t length = number.size();
   if (length - 1 >= kDigits || end - number.data() < static_cast<std::ptrdiff_t>(kDigits)) return false;
-  std::uint64_t lanes = 0;
+  std::uint64_t lanes;
   std::memcpy(&lanes, number.data(), sizeof lanes);
   // The last digit into the uppermost lane; what stands after the number is shifted out.
   lanes = (lanes ^ 0x0030003000300030) << (16 * (kDigits - length));

@@ -36,6 +36,8 @@ WindowEntry* FindEntry(WindowTable& table, HWND wnd) {
   return nullptr;
 }
 
+thread_local int t_nPostsAtOnce = 0;  // number of live CPostAtOnce objects
+
 CWnd* FindWindow(HWND wnd) {
   WindowTable& table = Windows();
   const std::lock_guard lock(table.mutex);
@@ -121,15 +123,34 @@ bool IsWindow(HWND wnd) {
 }
 
 static bool Post(const MSG& posted) {
+  CWnd* at_once = nullptr;
   {
     // With the table locked, so that the window cannot be destroyed meanwhile.
     WindowTable& table = Windows();
     const std::lock_guard lock(table.mutex);
     const WindowEntry* const entry = FindEntry(table, posted.hwnd);
-    if (entry != nullptr && entry->pQueue->Post(posted)) return true;
+    if (entry != nullptr && t_nPostsAtOnce > 0 && entry->pQueue == MessageQueue::OfThisThread()) {
+      at_once = entry->pWindow;
+    } else if (entry != nullptr && entry->pQueue->Post(posted)) {
+      return true;
+    }
   }
-  Dispose(posted);
-  return false;
+  if (at_once == nullptr) {
+    Dispose(posted);
+    return false;
+  }
+  const std::unique_ptr<MessageFreight> freight(posted.pFreight);
+  if (freight != nullptr) freight->Arrive();
+  at_once->WindowProc(posted.message, posted.wParam, posted.lParam);
+  return true;
+}
+
+CPostAtOnce::CPostAtOnce() {
+  ++t_nPostsAtOnce;
+}
+
+CPostAtOnce::~CPostAtOnce() {
+  --t_nPostsAtOnce;
 }
 
 bool PostMessageW(HWND wnd, UINT message, WPARAM w_param, LPARAM l_param, MessageDisposer dispose) {

@@ -21,8 +21,9 @@ void HostWindow::SetReference(std::optional<Moment> reference) {
   for (Sink* sink : sinks_) sink->SetReference(reference);
 }
 
-bool HostWindow::WantsSky() const {
-  return std::any_of(sinks_.begin(), sinks_.end(), [](const Sink* sink) { return sink->WantsSky(); });
+bool HostWindow::WantsSky() {
+  wants_sky_ = std::any_of(sinks_.begin(), sinks_.end(), [](const Sink* sink) { return sink->WantsSky(); });
+  return wants_sky_;
 }
 
 void HostWindow::EndSky() {
@@ -43,7 +44,6 @@ void HostWindow::ShowBlock() {
 }
 
 void HostWindow::Drain() {
-  wants_sky_ = WantsSky();
   for (MSG message; PeekMessageW(&message, PM_REMOVE);) DispatchMessageW(message);
 }
 

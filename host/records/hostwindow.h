@@ -38,8 +38,8 @@ class HostWindow : public CWnd {
   void ReadBlocksOf(const CGPSReceiver& receiver) { receiver_ = &receiver; }
   /// Tells the sinks the moment near which the records to come belong.
   void SetReference(std::optional<Moment> reference);
-  /// Some sink wants satellites, for which the texts of messages are needed.
-  bool WantsSky() const;
+  /// Asks the sinks whether one wants satellites, for which the texts of messages are needed from now on.
+  bool WantsSky();
   /// Tells of the satellites that are left. What comes after may be from another receiver.
   void EndSky();
   /// Handles what is in the queue.
@@ -81,7 +81,7 @@ class HostWindow : public CWnd {
   const long long limit_;
   long long shown_ = 0;
   bool owes_text_ = false;  // of the last message
-  bool wants_sky_ = false;  // as of the last time that the queue was drained
+  bool wants_sky_ = false;  // when last asked
   std::string bytes_;       // of the current text, kept for its memory
   Published published_;
 };

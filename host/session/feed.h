@@ -45,8 +45,10 @@ class Feed {
   /// Sets the engine going, whose receiver is selected and whose records go to that window. Throws a Failure
   /// that says why that does not work.
   virtual void Open(CGPSEngine& engine, HostWindow& window) = 0;
-  /// Moves the bytes that are due.
-  virtual void Step(CGPSEngine& /*engine*/) {}
+  /// Takes up the bytes that are due.
+  virtual void Step() {}
+  /// Hands the engine the bytes that TakeBytes has given. Their records go to the window at once.
+  virtual void Decode(CGPSEngine& /*engine*/, std::string_view /*bytes*/) {}
   /// When to call Step at the latest.
   virtual Deadline::Moment NextAt() const { return Deadline::kNever; }
   virtual bool IsAtEnd() const { return false; }

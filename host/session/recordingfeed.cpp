@@ -52,19 +52,22 @@ void RecordingFeed::Date(std::string_view bytes) {
   window_->SetReference(dates_.Latest());
 }
 
-void RecordingFeed::Step(CGPSEngine& engine) {
+void RecordingFeed::Step() {
   const auto bytes = Current().Next(chunk_);
   if (bytes.empty()) {
-    at_end_ = !GoOn(engine);
+    at_end_ = !GoOn();
   } else {
-    Play(engine, bytes);
+    Play(bytes);
   }
 }
 
-/// A sentence that the end of a recording has cut is not to take the first one of the next with it.
-bool RecordingFeed::GoOn(CGPSEngine& engine) {
+bool RecordingFeed::GoOn() {
   if (recordings_.size() < 2) return false;
-  if (in_line_) Play(engine, "\r\n");
+  // A sentence that the end of a recording has cut is not to take the first one of the next with it.
+  if (in_line_) {
+    Play("\r\n");
+    return true;
+  }
   done_ += Current().Size();
   recordings_.pop_front();
   dates_ = DateScan();
@@ -72,13 +75,17 @@ bool RecordingFeed::GoOn(CGPSEngine& engine) {
   return true;
 }
 
-void RecordingFeed::Play(CGPSEngine& engine, std::string_view bytes) {
+void RecordingFeed::Play(std::string_view bytes) {
   Date(bytes);
-  const std::string_view guarded = guard_.Pass(bytes);
-  CBinBuffer chunk(guarded.data(), static_cast<int>(guarded.size()));
-  engine.UpdateGPSBuffer(chunk);
   in_line_ = bytes.back() != '\n';
   played_ += bytes;
+}
+
+void RecordingFeed::Decode(CGPSEngine& engine, std::string_view bytes) {
+  const std::string_view guarded = guard_.Pass(bytes);
+  CBinBuffer chunk(guarded.data(), static_cast<int>(guarded.size()));
+  const CPostAtOnce to_window;
+  engine.UpdateGPSBuffer(chunk);
   if (progress_) progress_->Update(static_cast<double>(done_ + Current().Done()));
 }
 
@@ -112,14 +119,14 @@ void PacedFeed::ReadLine() {
   if (pacer_) due_ = pacer_->DueOf(line_);
 }
 
-void PacedFeed::Step(CGPSEngine& engine) {
+void PacedFeed::Step() {
   std::string due;
   const auto now = Clock::now();
   while (!IsAtEnd() && due_ <= now && due.size() < kPiece) {
     due += line_;
     ReadLine();
   }
-  if (!due.empty()) Play(engine, due);
+  if (!due.empty()) Play(due);
 }
 
 }  // namespace host

@@ -38,15 +38,16 @@ class RecordingFeed : public Feed {
   std::vector<std::string> Files() const override { return files_; }
   bool MovesBytes() const override { return true; }
   void Open(CGPSEngine& engine, HostWindow& window) override;
-  void Step(CGPSEngine& engine) override;
+  void Step() override;
+  void Decode(CGPSEngine& engine, std::string_view bytes) override;
   Deadline::Moment NextAt() const override { return {}; }  // at once
   bool IsAtEnd() const override { return at_end_; }
   void CheckUnderstood(const HostWindow& window) const override;
   std::string TakeBytes() override { return std::exchange(played_, {}); }
 
  protected:
-  /// Hands bytes to the engine.
-  void Play(CGPSEngine& engine, std::string_view bytes);
+  /// Gives bytes to whoever wants them, and to the engine.
+  void Play(std::string_view bytes);
 
   Recording& Current() { return recordings_.front(); }
 
@@ -54,7 +55,7 @@ class RecordingFeed : public Feed {
 
  private:
   void Date(std::string_view bytes);
-  bool GoOn(CGPSEngine& engine);
+  bool GoOn();
 
   const std::vector<std::string> files_;
   std::deque<Recording> recordings_;   // the one that plays, and those to come
@@ -84,7 +85,7 @@ class PacedFeed : public RecordingFeed {
 
   void Open(CGPSEngine& engine, HostWindow& window) override;
   /// Plays what is due, some of it if that is much.
-  void Step(CGPSEngine& engine) override;
+  void Step() override;
   Deadline::Moment NextAt() const override { return due_; }
 
  private:

@@ -103,24 +103,25 @@ void Session::Tell(RunEvent event) {
   for (Outlet* outlet : outlets_) outlet->OnEvent(event);
 }
 
-void Session::PassBytes() {
-  const std::string bytes = feed_->TakeBytes();
-  if (bytes.empty()) return;
+std::string Session::PassBytes() {
+  std::string bytes = feed_->TakeBytes();
+  if (bytes.empty()) return bytes;
   heard_ = true;
   for (Outlet* outlet : outlets_) outlet->OnBytes(bytes);
+  return bytes;
 }
 
 void Session::KeepCapturing() {
   const auto wants = [](const Outlet* outlet) { return outlet->WantsTexts(); };
   const bool wanted =
-      feed_->WantsTexts() || window_.WantsSky() || std::any_of(outlets_.begin(), outlets_.end(), wants);
+      window_.WantsSky() || feed_->WantsTexts() || std::any_of(outlets_.begin(), outlets_.end(), wants);
   engine_.m_ComBuffer.KeepCapturing(wanted);
 }
 
 // Bytes go before what was made of them, but for a playback's, which come with the texts of messages.
 void Session::PassOn() {
   KeepCapturing();
-  PassBytes();
+  if (const std::string bytes = PassBytes(); !bytes.empty()) feed_->Decode(engine_, bytes);
   window_.Drain();
   PassBytes();
 }
@@ -151,7 +152,7 @@ void Session::Wait() {
 }
 
 void Session::Step() {
-  feed_->Step(engine_);
+  feed_->Step();
   PassOn();
   StepOutlets();
 }

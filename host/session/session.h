@@ -91,7 +91,7 @@ class Session {
   bool PreparePort();
   void Tell(RunEvent event);
   void KeepCapturing();
-  void PassBytes();
+  std::string PassBytes();
   void Wait();
   Deadline::Moment NextAt() const;
   void Step();
