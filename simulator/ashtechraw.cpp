@@ -59,7 +59,7 @@ std::string Snv(const Ephemeris& e, const GpsTime& time) {
   AppendBig(p, static_cast<std::int16_t>(time.week % 1024));
   AppendBig(p, static_cast<std::int32_t>(time.seconds));
   AppendBig(p, e.tgd);
-  AppendBig(p, whole(e.issue));
+  AppendBig(p, whole(e.ClockIssue()));
   AppendBig(p, whole(e.toc));
   for (const float value : {e.af2, e.af1, e.af0}) AppendBig(p, value);
   AppendBig(p, whole(e.issue));

@@ -60,7 +60,8 @@ std::array<std::uint32_t, 10> Subframe(int id, const Ephemeris& ephemeris, const
   if (id == 1) {
     Put(words, 48, 10, sent.week % 1024);
     Put(words, 58, 2, 1);  // P code on L2
-    Put(words, 168, 8, ephemeris.issue);
+    Put(words, 70, 2, ephemeris.ClockIssue() >> 8);
+    Put(words, 168, 8, ephemeris.ClockIssue() & 0xFF);
     Put(words, 176, 16, ephemeris.toc / 16);
   } else {
     Put(words, id == 2 ? 48 : 216, 8, ephemeris.issue);

@@ -69,7 +69,7 @@ std::string EphemerisLog(const GpsTime& time, const Ephemeris& e) {
         double(e.cis), kGpsPi * e.i0, kGpsPi * e.i_dot, kGpsPi * e.omega0, kGpsPi * e.omega_dot}) {
     real(value);
   }
-  whole(e.issue);
+  whole(e.ClockIssue());
   for (const double value : {double(e.toc), double(e.tgd), double(e.af0), double(e.af1), double(e.af2)})
     real(value);
   whole(0);                                                                     // spoofing

@@ -77,6 +77,7 @@ TEST(BinBuffer, HoldsBackABinaryMessageUntilItsLastByte) {
       } else {
         stream.Feed(message.substr(i, 1));
       }
+      ASSERT_FALSE(stream.buffer.GetCurrentMessage()) << message.size() << " at " << i;
       ASSERT_TRUE(stream.messages.empty()) << message.size() << " at " << i;
     }
     stream.Feed(message.substr(message.size() - 1));

@@ -74,7 +74,7 @@ TEST(RawData, ReadsTheOrbitThatIsFlown) {
       const auto flown = TheWorld().EphemerisAt(orbit.m_nPRN, 4);
       EXPECT_EQ(orbit.m_nWeek, source.length > 0 ? time.week % 1024 : time.week) << source.command;
       EXPECT_NEAR(orbit.m_lTow, time.seconds, 60);
-      EXPECT_EQ(orbit.m_lAodc, flown.issue);
+      EXPECT_EQ(orbit.m_lAodc, flown.ClockIssue());
       EXPECT_EQ(orbit.m_lAode, flown.issue);
       EXPECT_EQ(orbit.m_lToc, flown.toc);
       EXPECT_EQ(orbit.m_lToe, flown.toe);

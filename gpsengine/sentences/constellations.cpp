@@ -51,6 +51,12 @@ Gnss SystemOf(const Constellation* constellation) {
   return constellation != nullptr ? constellation->system : Gnss::unknown;
 }
 
+int NumberBy(int Constellation::*offset, const SatelliteId& satellite) {
+  const Constellation* const row = FindConstellation(satellite.system);
+  const bool is_long = satellite.system == Gnss::sbas && satellite.number > kLastShortSbas;
+  return row == nullptr || is_long ? satellite.number : satellite.number + row->*offset;
+}
+
 }  // namespace
 
 const Constellation* FindConstellation(Gnss system) {
@@ -81,15 +87,11 @@ SatelliteId SatelliteOf(int number, Gnss said) {
 }
 
 int SatelliteId::Prn() const {
-  const Constellation* const row = FindConstellation(system);
-  if (row == nullptr || (system == Gnss::sbas && number > kLastShortSbas)) return number;
-  return number + row->prn;
+  return NumberBy(&Constellation::prn, *this);
 }
 
 int SatelliteId::SentenceNumber() const {
-  const Constellation* const row = FindConstellation(system);
-  if (row == nullptr || (system == Gnss::sbas && number > kLastShortSbas)) return number;
-  return number + row->sentence_number;
+  return NumberBy(&Constellation::sentence_number, *this);
 }
 
 std::string SatelliteId::Name() const {
