@@ -32,6 +32,12 @@ TEST(CString, GrowsAcrossItsOwnRoom) {
   for (int i = 0; i < 6; ++i) doubled += doubled;
   EXPECT_EQ(doubled.GetLength(), 640);
   EXPECT_EQ(doubled.Right(10), CString("0123456789"));
+  for (const auto& [length, kept] : {std::pair(0, ""), {2, "ab"}, {-1, "abc"}}) {
+    CString written("before");
+    std::copy_n(u"abc", 4, written.GetBuffer(4));
+    written.ReleaseBuffer(length);
+    EXPECT_EQ(written, kept);
+  }
 }
 
 TEST(CString, CutsIndexAndCountToWhatIsThere) {

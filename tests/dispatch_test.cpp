@@ -131,8 +131,9 @@ class Derived : public COtherGps {
     m_wNmeaBits |= 1u << GPS_STRING_GGA;
     m_AlternateSignalTable[2] = UDF_SIGNAL_MANUAL;
     m_bAlternateSignalTable = true;
-    CString strBeacon = "$CRMSS,52,21,310.0,100";
-    if (!ProcessCRMSS(strBeacon) || ProcessPASHR_PBN(nullptr)) return false;
+    CString strBeacon = "$CRMSS,52,21,310.0,100", strUnclaimed = "$PGRME,12.0,M";
+    if (!ProcessCRMSS(strBeacon) || !ProcessProprietary(strUnclaimed) || ProcessPASHR_PBN(nullptr))
+      return false;
     {
       const RecordLock lock;
       m_GPSData.m_Status.m_nBeaconSNR *= 2;

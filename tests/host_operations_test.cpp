@@ -39,7 +39,7 @@ TEST_F(HostOperations, CountAWaitForAnAcknowledgementAsAcknowledged) {
 
 TEST_F(HostOperations, RefuseAnIntervalThatTheModelDoesNotHave) {
   const std::pair<const char*, const char*> rows[] = {
-      {"CSI - MAX", "5"}, {"Sokkia Axis3", "0.5"}, {"GSR2650 LB", "0.2"}, {"CSI", "0.2"}, {"Racal", "90000"}};
+      {"CSI - MAX", "5"}, {"Sokkia Axis3", "0.5"}, {"GSR2650 LB", "0.2"}, {"CSI", "0.2"}, {"Racal", "86401"}};
   for (const auto& [model, seconds] : rows) {
     const Operation& operation = FindOperation("raw-interval");
     EXPECT_THROW(Prepare(operation, {{seconds}}, FindModel(model)), gps::Error) << model;

@@ -133,6 +133,7 @@ TEST(HostSky, TellsOneSkyAnEpochAndForgetsWhatIsGone) {
   const std::string gps = "$GPGSV,1,1,01,07,45,120,30", glonass = "$GLGSV,1,1,01,66,45,120,31";
   const std::string both = "G07=7:45/120/30 R02=66:45/120/31\n", one = "G07=7:45/120/30\n";
   EXPECT_EQ(SkiesOf({At("120000"), gps, glonass, At("120001"), gps, glonass, At("120002")}), both + both);
+  EXPECT_EQ(SkiesOf({At("120000"), gps, "$GPVTG,,T,,M,,N,,K", At("120000"), glonass, At("120001")}), both);
   EXPECT_EQ(SkiesOf({gps, glonass, gps, glonass, gps, glonass}), both + both + both) << "without any time";
   EXPECT_EQ(SkiesOf({At("120000"), gps, glonass, At("120001"), gps, At("120002"), gps, At("120003"), gps}),
             both + both + both + one);
@@ -141,6 +142,10 @@ TEST(HostSky, TellsOneSkyAnEpochAndForgetsWhatIsGone) {
           At("120000") + WithChecksum(gps) + WithChecksum(glonass) + At("120001") + WithChecksum(gps));
   EXPECT_TRUE(reader.Read(Fields(WithChecksum(glonass)))) << "nothing more is waited for";
   EXPECT_EQ(reader.Latest().time_of_day, 43201.0);
+  for (int i = 2; i < 9; ++i)
+    ReadAll(reader, At(std::to_string(120000 + i)) + WithChecksum("$GPGSA,A,3,07,,,,,,,,,,,,2.5,1.3,2.1") +
+                        WithChecksum(gps));
+  EXPECT_EQ(Show(reader.Latest()), "G07=7*:45/120/30") << "what goes on coming stays";
 }
 
 TEST(HostSky, KeepsWhatItHasWhenAGroupIsBroken) {

@@ -117,6 +117,11 @@ TEST(RawData, RefusesWhatIsDamagedOrShort) {
         const BlockHead head = ReadHead(WordsOf(block.substr(0, length)));
         EXPECT_EQ(head.family != Family::none, length == 6) << source.command;
       }
+      for (const std::size_t place : {0u, 2u}) {
+        std::string other = block;
+        other[place] = 'x';
+        EXPECT_EQ(ReadHead(WordsOf(other)).family, Family::none) << source.command;
+      }
       for (std::size_t length = 0; length < block.size(); length += 2)
         EXPECT_FALSE(is_taken(block.substr(0, length))) << source.command << ' ' << length;
       for (std::size_t bit = 0; bit < 8 * block.size(); ++bit) {

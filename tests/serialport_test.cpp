@@ -206,7 +206,8 @@ TEST_F(TerminalPort, TalksBothWaysByteForByte) {
   std::string all(256, '\0');
   for (int i = 0; i < 256; ++i) all[static_cast<std::size_t>(i)] = static_cast<char>(i);
   EXPECT_TRUE(port.Write(all.data(), 256));
-  EXPECT_EQ(terminal.Receive(256), all);
+  EXPECT_TRUE(port.Write('!'));
+  EXPECT_EQ(terminal.Receive(257), all + '!');
   terminal.Send(all);
   char got[256] = {};
   int count = 0;
@@ -222,6 +223,7 @@ TEST_F(TerminalPort, SetsAnyBaudRateTheLineTakes) {
     DCB state;
     ASSERT_TRUE(GetCommState(port.GetHandle(), &state));
     EXPECT_EQ(state.BaudRate, static_cast<DWORD>(rate));
+    EXPECT_TRUE(SetCommState(port.GetHandle(), &state));
     EXPECT_EQ(state.ByteSize, 8);
     EXPECT_EQ(state.StopBits, 2);
     if (rate == 123456) port.SetParity(2);  // which a pseudo-terminal refuses: the speed holds all the same

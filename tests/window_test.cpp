@@ -6,6 +6,7 @@
 #include "gpsengine/platform/application.h"
 #include "gpsengine/platform/clock.h"
 #include "gpsengine/platform/event.h"
+#include "gpsengine/platform/file.h"
 #include "gpsengine/platform/rehearsal.h"
 #include "gpsengine/platform/resource.h"
 #include "gpsengine/platform/shared.h"
@@ -166,6 +167,9 @@ TEST(Resources, AreTheTextsThatHostsShow) {
   for (UINT id = 0; id < std::size(texts); ++id)
     EXPECT_EQ(CString(buffer, LoadStringW(id, buffer, 64)).ToUtf8(), texts[id]) << id;
   EXPECT_EQ(CString(buffer, LoadStringW(5, buffer, 4)), "RTK");
+  std::fill_n(buffer, 64, u'x');
+  EXPECT_EQ(FormatMessageW(ENOENT, buffer, 8), 7u);
+  EXPECT_EQ(CString(buffer), "No such");
   const DialogTemplate& dialog = *FindDialogTemplate(129);
   const int sizes[] = {dialog.nWidth, dialog.nHeight,    dialog.nFontSize,  dialog.nTextX,
                        dialog.nTextY, dialog.nTextWidth, dialog.nTextHeight};

@@ -43,50 +43,40 @@ bool HoldsReply(const CString& text, const CString& pattern, const CString& term
   return true;
 }
 
+template <class T>
+void Store(std::mutex& mutex, T& setting, T value) {
+  const std::lock_guard lock(mutex);
+  setting = value;
+}
+
 }  // namespace
 
 void CSerialPort::SetPortNumber(int n) {
-  const std::lock_guard lock(m_Mutex);
-  m_nPort = n;
+  Store(m_Mutex, m_nPort, n);
 }
 
 void CSerialPort::SetBaudRate(int n) {
-  if (n > 0) {
-    const std::lock_guard lock(m_Mutex);
-    m_nBaudRate = n;
-  }
+  if (n > 0) Store(m_Mutex, m_nBaudRate, n);
   ApplySettings();
 }
 
 void CSerialPort::SetFlowControl(BYTE flags) {
-  {
-    const std::lock_guard lock(m_Mutex);
-    m_nFlowControl = flags;
-  }
+  Store(m_Mutex, m_nFlowControl, flags);
   ApplySettings();
 }
 
 void CSerialPort::SetParity(int code) {
-  {
-    const std::lock_guard lock(m_Mutex);
-    m_nParity = code;
-  }
+  Store(m_Mutex, m_nParity, code);
   ApplySettings();
 }
 
 void CSerialPort::SetStopBits(BYTE code) {
-  {
-    const std::lock_guard lock(m_Mutex);
-    m_nStopBits = code;
-  }
+  Store(m_Mutex, m_nStopBits, code);
   ApplySettings();
 }
 
 void CSerialPort::SetDataBits(BYTE n) {
-  {
-    const std::lock_guard lock(m_Mutex);
-    m_nDataBits = n;
-  }
+  Store(m_Mutex, m_nDataBits, n);
   ApplySettings();
 }
 

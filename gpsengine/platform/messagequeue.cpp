@@ -41,9 +41,9 @@ void MessageQueue::SetWaiter(Waiter* waiter) {
 }
 
 // Wakes the queue's thread after a message was added. Releases the lock.
-void MessageQueue::Announce(bool was_empty, std::unique_lock<std::mutex>& lock) {
-  // Only if the queue was empty: one system call per burst instead of per message.
-  if (was_empty && m_WakeUp) m_WakeUp->Set();
+void MessageQueue::Announce(std::unique_lock<std::mutex>& lock) {
+  // Only for the first in the queue: one system call per burst instead of per message.
+  if (m_WakeUp && m_Posted.size() + m_Sent.size() <= 1) m_WakeUp->Set();
   const bool wake = m_pWaiter != nullptr;
   lock.unlock();
   if (!wake) return;
@@ -58,9 +58,8 @@ bool MessageQueue::Post(const MSG& message) {
     m_nLost.fetch_add(1, std::memory_order_relaxed);
     return false;
   }
-  const bool was_empty = m_Posted.empty() && m_Sent.empty();
   m_Posted.push_back(message);
-  Announce(was_empty, lock);
+  Announce(lock);
   return true;
 }
 
@@ -68,9 +67,8 @@ LRESULT MessageQueue::SendAndWait(const MSG& message) {
   SentMessage sent{message, 0, false, {}};
   std::unique_lock lock(m_Mutex);
   if (m_bClosed) return 0;
-  const bool was_empty = m_Posted.empty() && m_Sent.empty();
   m_Sent.push_back(&sent);
-  Announce(was_empty, lock);
+  Announce(lock);
   lock.lock();
   sent.done.wait(lock, [&sent] { return sent.handled; });
   return sent.result;
@@ -136,7 +134,7 @@ void MessageQueue::Forget(HWND wnd) {
 void MessageQueue::PostQuit() {
   std::unique_lock lock(m_Mutex);
   m_bQuit = true;
-  Announce(m_Posted.empty() && m_Sent.empty(), lock);
+  Announce(lock);
 }
 
 int MessageQueue::Descriptor() {

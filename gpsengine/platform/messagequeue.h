@@ -51,7 +51,7 @@ class MessageQueue {
 
  private:
   void HandleSent(std::unique_lock<std::mutex>& lock);
-  void Announce(bool was_empty, std::unique_lock<std::mutex>& lock);
+  void Announce(std::unique_lock<std::mutex>& lock);
   void Close();
 
   std::mutex m_Mutex;

@@ -24,6 +24,15 @@ struct CRehearsal::State {
   int nWriteLimit = -1;
   DCB dcb;
 
+  // Notes a step and tells of it.
+  void Add(Step step) {
+    std::unique_lock lock(mutex);
+    steps.push_back(step);
+    const auto told = handler;
+    lock.unlock();
+    if (told) told(step);
+  }
+
   // Moves what has arrived by now to the input.
   void Arrive() {
     while (!arrivals.empty() && arrivals.front().nTime <= nNow) {
@@ -64,14 +73,9 @@ class CRehearsal::Line : public SerialLine {
     return static_cast<int>(count);
   }
   int Write(const void* data, int length, DWORD) override {
-    std::unique_lock lock(m_pState->mutex);
     const int count = m_pState->nWriteLimit < 0 ? length : std::min(length, m_pState->nWriteLimit);
-    const Step step{StepKind::write,
-                    std::string(static_cast<const char*>(data), static_cast<std::size_t>(count)), 0};
-    m_pState->steps.push_back(step);
-    const auto handler = m_pState->handler;
-    lock.unlock();
-    if (handler) handler(step);
+    m_pState->Add(
+        {StepKind::write, std::string(static_cast<const char*>(data), static_cast<std::size_t>(count)), 0});
     return count;
   }
   void Cancel() override {}
@@ -237,26 +241,16 @@ std::int64_t CRehearsal::UnixSeconds() {
   return m_pState->nUnixStart + static_cast<std::int64_t>(m_pState->nNow / 1000);
 }
 
-void CRehearsal::AddStep(Step step) {
-  std::function<void(const Step&)> handler;
-  {
-    const std::lock_guard lock(m_pState->mutex);
-    m_pState->steps.push_back(step);
-    handler = m_pState->handler;
-  }
-  if (handler) handler(step);
-}
-
 void CRehearsal::Sleep(DWORD ms) {
-  if (ms > 0) AddStep({StepKind::sleep, {}, ms});
+  if (ms > 0) m_pState->Add({StepKind::sleep, {}, ms});
   Advance(ms);
 }
 
 // With no other thread involved, the wait is satisfied already, or by the passing of time, or never.
 bool CRehearsal::Wait(WaitKind kind, DWORD ms, const std::function<bool(DWORD)>& block) {
-  if (kind == WaitKind::message) AddStep({StepKind::waitForMessage, {}, ms});
+  if (kind == WaitKind::message) m_pState->Add({StepKind::waitForMessage, {}, ms});
   if (block(0)) return true;
-  if (kind == WaitKind::event) AddStep({StepKind::sleep, {}, ms});
+  if (kind == WaitKind::event) m_pState->Add({StepKind::sleep, {}, ms});
   if (kind == WaitKind::line) {
     const std::lock_guard lock(m_pState->mutex);
     const std::uint64_t end = m_pState->nNow + ms;

@@ -72,8 +72,6 @@ class CRehearsal : public Clock {
   class Line;
   struct State;
 
-  void AddStep(Step step);
-
   const int m_nPort;
   const SerialLineFactory m_LineBefore;
   Clock* const m_pClockBefore;

@@ -2,6 +2,7 @@
 #include <iterator>
 #include <string_view>
 
+#include "gpsengine/text/words.h"
 #include "host/exports/rinexformat.h"
 #include "host/exports/rinextext.h"
 
@@ -74,14 +75,14 @@ std::string Rinex2::Header(const RinexStation& station) const {
   header += HeaderLine(kind_.more_than_l1_ca ? "     1     1" : "     1     0", "WAVELENGTH FACT L1/2");
   std::string line;
   std::size_t types = 0;
-  AppendFormat(line, "%6zu", frequencies_ * kColumns2[0].size());
+  line += Print("%6zu", frequencies_ * kColumns2[0].size());
   for (std::size_t f = 0; f < frequencies_; ++f) {
     for (const char* type : kColumns2[f]) {
       if (types > 0 && types % kTypesOfLine == 0) {
         header += HeaderLine(line, "# / TYPES OF OBSERV");
         line.assign(6, ' ');
       }
-      AppendFormat(line, "    %s", type);
+      line += Print("    %s", type);
       ++types;
     }
   }
@@ -135,11 +136,11 @@ void Rinex2::Append(std::string& text, const GpsTime& time, const SignalList& si
   const std::vector<Row2> rows = RowsOf(signals);
   if (rows.empty()) return;
   const Calendar c = CalendarOf(time, 7);
-  AppendFormat(text, " %02d %2d %2d %2d %2d%11.7f  0%3zu", c.year % 100, c.month, c.day, c.hour, c.minute,
-               c.second, rows.size());
+  text += Print(" %02d %2d %2d %2d %2d%11.7f  0%3zu", c.year % 100, c.month, c.day, c.hour, c.minute,
+                c.second, rows.size());
   for (std::size_t i = 0; i < rows.size(); ++i) {
-    if (i > 0 && i % kOfLine == 0) AppendFormat(text, "\n%32s", "");
-    AppendFormat(text, "%c%02d", rows[i].first->system, rows[i].first->satellite);
+    if (i > 0 && i % kOfLine == 0) text += Print("\n%32s", "");
+    text += Print("%c%02d", rows[i].first->system, rows[i].first->satellite);
   }
   text += '\n';
   for (const Row2& row : rows) AppendRow(text, row);

@@ -2,6 +2,7 @@
 #include <map>
 #include <string_view>
 
+#include "gpsengine/text/words.h"
 #include "host/exports/rinexformat.h"
 #include "host/exports/rinextext.h"
 
@@ -104,7 +105,7 @@ bool Rinex3::Learn(const SignalList& signals) {
 
 std::string Rinex3::CodeLines(const System3& system) const {
   std::string lines, line;
-  AppendFormat(line, "%c  %3zu", system.letter, system.codes.size() * types_);
+  line += Print("%c  %3zu", system.letter, system.codes.size() * types_);
   std::size_t count = 0;
   for (const std::string& code : system.codes) {
     for (const char type : std::string_view("CLDS").substr(0, types_)) {
@@ -112,7 +113,7 @@ std::string Rinex3::CodeLines(const System3& system) const {
         lines += HeaderLine(line, "SYS / # / OBS TYPES");
         line.assign(6, ' ');
       }
-      AppendFormat(line, " %c%s", type, code.c_str());
+      line += Print(" %c%s", type, code.c_str());
       ++count;
     }
   }
@@ -122,14 +123,14 @@ std::string Rinex3::CodeLines(const System3& system) const {
 std::string Rinex3::GlonassLines() const {
   if (Find('R') == nullptr) return {};
   std::string lines, line;
-  AppendFormat(line, "%3zu ", channels_.size());
+  line += Print("%3zu ", channels_.size());
   std::size_t count = 0;
   for (const auto& [slot, channel] : channels_) {
     if (count > 0 && count % kSlotsOfLine3 == 0) {
       lines += HeaderLine(line, "GLONASS SLOT / FRQ #");
       line.assign(4, ' ');
     }
-    AppendFormat(line, "R%02d %2d ", slot, channel);
+    line += Print("R%02d %2d ", slot, channel);
     ++count;
   }
   // Blank: the receiver does not say how its codes and phases are aligned.
@@ -153,7 +154,7 @@ std::string Rinex3::Header(const RinexStation& station) const {
 
 void Rinex3::AppendRow(std::string& text, const System3& system, const Observed* from,
                        const Observed* to) const {
-  AppendFormat(text, "%c%02d", system.letter, (*from)->satellite);
+  text += Print("%c%02d", system.letter, (*from)->satellite);
   for (const std::string& code : system.codes) {
     const auto* const found =
         std::find_if(from, to, [&](Observed signal) { return std::string_view(signal->code) == code; });
@@ -192,8 +193,8 @@ void Rinex3::Append(std::string& text, const GpsTime& time, const SignalList& si
     from = to;
   }
   const Calendar c = CalendarOf(time, 7);
-  AppendFormat(text, "> %04d %02d %02d %02d %02d%11.7f  0%3zu\n", c.year, c.month, c.day, c.hour, c.minute,
-               c.second, count);
+  text += Print("> %04d %02d %02d %02d %02d%11.7f  0%3zu\n", c.year, c.month, c.day, c.hour, c.minute,
+                c.second, count);
   text += rows;
 }
 

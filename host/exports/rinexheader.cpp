@@ -3,6 +3,7 @@
 #include <tuple>
 #include <utility>
 
+#include "gpsengine/text/words.h"
 #include "host/exports/rinexformat.h"
 #include "host/exports/rinextext.h"
 
@@ -35,20 +36,20 @@ std::string StationLines(const RinexStation& station) {
   std::string lines = HeaderLine(station.marker, "MARKER NAME");
   if (!station.marker_number.empty()) lines += HeaderLine(station.marker_number, "MARKER NUMBER");
   std::string line;
-  AppendFormat(line, "%-20.20s%-40.40s", station.observer.c_str(), station.agency.c_str());
+  line += Print("%-20.20s%-40.40s", station.observer.c_str(), station.agency.c_str());
   lines += HeaderLine(line, "OBSERVER / AGENCY");
   line.clear();
-  AppendFormat(line, "%-20.20s%-20.20s%-20.20s", station.receiver_number.c_str(), station.receiver.c_str(),
-               station.receiver_version.c_str());
+  line += Print("%-20.20s%-20.20s%-20.20s", station.receiver_number.c_str(), station.receiver.c_str(),
+                station.receiver_version.c_str());
   lines += HeaderLine(line, "REC # / TYPE / VERS");
   line.clear();
-  AppendFormat(line, "%-20.20s%-20.20s", station.antenna_number.c_str(), station.antenna.c_str());
+  line += Print("%-20.20s%-20.20s", station.antenna_number.c_str(), station.antenna.c_str());
   lines += HeaderLine(line, "ANT # / TYPE");
   line.clear();
-  for (const double x : station.place) AppendFormat(line, "%14.4f", std::isfinite(x) ? x : 0.0);
+  for (const double x : station.place) line += Print("%14.4f", std::isfinite(x) ? x : 0.0);
   lines += HeaderLine(line, "APPROX POSITION XYZ");
   line.clear();
-  AppendFormat(line, "%14.4f%14.4f%14.4f", station.antenna_height, 0.0, 0.0);
+  line += Print("%14.4f%14.4f%14.4f", station.antenna_height, 0.0, 0.0);
   lines += HeaderLine(line, "ANTENNA: DELTA H/E/N");
   return lines;
 }
@@ -56,13 +57,12 @@ std::string StationLines(const RinexStation& station) {
 std::string TimeLines(const RinexStation& station) {
   std::string lines, line;
   if (station.interval > 0.0) {
-    AppendFormat(line, "%10.3f", station.interval);
+    line += Print("%10.3f", station.interval);
     lines = HeaderLine(line, "INTERVAL");
     line.clear();
   }
   const Calendar c = CalendarOf(station.first, 7);
-  AppendFormat(line, "%6d%6d%6d%6d%6d%13.7f%5s%3s", c.year, c.month, c.day, c.hour, c.minute, c.second, "",
-               "GPS");
+  line += Print("%6d%6d%6d%6d%6d%13.7f%5s%3s", c.year, c.month, c.day, c.hour, c.minute, c.second, "", "GPS");
   return lines + HeaderLine(line, "TIME OF FIRST OBS");
 }
 

@@ -1,5 +1,6 @@
 #include <iterator>
 
+#include "gpsengine/text/words.h"
 #include "host/exports/rinexformat.h"
 #include "host/exports/rinextext.h"
 
@@ -28,11 +29,11 @@ std::string FirstLine(RinexVersion version, const CGPSDataEphemeris& e, const Gp
   const Calendar c = CalendarOf(toc, 1);
   std::string text;
   if (version == RinexVersion::v2_11) {
-    AppendFormat(text, "%2d %02d %2d %2d %2d %2d%5.1f", e.m_nPRN, c.year % 100, c.month, c.day, c.hour,
-                 c.minute, c.second);
+    text += Print("%2d %02d %2d %2d %2d %2d%5.1f", e.m_nPRN, c.year % 100, c.month, c.day, c.hour, c.minute,
+                  c.second);
   } else {
-    AppendFormat(text, "G%02d %04d %02d %02d %02d %02d %02.0f", e.m_nPRN, c.year, c.month, c.day, c.hour,
-                 c.minute, c.second);
+    text += Print("G%02d %04d %02d %02d %02d %02d %02.0f", e.m_nPRN, c.year, c.month, c.day, c.hour, c.minute,
+                  c.second);
   }
   for (const double value : {e.m_dAf0, e.m_dAf1, e.m_dAf2}) AppendTerm(text, value);
   return text + '\n';

@@ -2,25 +2,14 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstdarg>
-#include <cstdio>
 #include <cstdlib>
 #include <ctime>
 
 #include "gpsengine/platform/ctime.h"
+#include "gpsengine/text/words.h"
 #include "host/records/units.h"
 
 namespace host {
-
-void AppendFormat(std::string& text, const char* format, ...) {
-  std::array<char, 128> piece;
-  std::va_list arguments;
-  va_start(arguments, format);
-  const int length = std::vsnprintf(piece.data(), piece.size(), format, arguments);
-  va_end(arguments);
-  text.append(piece.data(),
-              static_cast<std::size_t>(std::clamp(length, 0, static_cast<int>(piece.size()) - 1)));
-}
 
 std::string HeaderLine(std::string content, std::string_view label) {
   content.resize(60, ' ');
@@ -29,15 +18,13 @@ std::string HeaderLine(std::string content, std::string_view label) {
 }
 
 std::string FileBeginning(double version, std::string_view kind) {
-  std::string first;
-  AppendFormat(first, "%9.2f%11s%s", version, "", std::string(kind).c_str());
+  const std::string first = Print("%9.2f%11s%s", version, "", std::string(kind).c_str());
   const std::time_t now = CTime::GetCurrentTime().GetTime();
   std::tm utc{};
   gmtime_r(&now, &utc);
   std::array<char, 32> date{};
   std::strftime(date.data(), date.size(), "%Y%m%d %H%M%S UTC", &utc);
-  std::string program;
-  AppendFormat(program, "%-20s%-20s%-20s", "gpsengine", "", date.data());
+  const std::string program = Print("%-20s%-20s%-20s", "gpsengine", "", date.data());
   return HeaderLine(first, "RINEX VERSION / TYPE") + HeaderLine(program, "PGM / RUN BY / DATE");
 }
 
@@ -63,8 +50,7 @@ void AppendMeasurement(std::string& text, double value) {
 }
 
 void AppendTerm(std::string& text, double value) {
-  std::string number;
-  AppendFormat(number, "%19.12E", std::isfinite(value) ? value : 0.0);
+  std::string number = Print("%19.12E", std::isfinite(value) ? value : 0.0);
   std::replace(number.begin(), number.end(), 'E', 'D');
   text += number;
 }

@@ -8,9 +8,6 @@ namespace host {
 
 // Fields and lines of RINEX, which both versions have alike.
 
-/// Appends what printf would make of it, up to 127 characters.
-__attribute__((format(printf, 2, 3))) void AppendFormat(std::string& text, const char* format, ...);
-
 /// A line of a header: 60 characters, and what they are.
 std::string HeaderLine(std::string content, std::string_view label);
 /// The two first lines of a file; `kind` is what stands after the version.

@@ -5,6 +5,7 @@
 #include <sys/resource.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 
@@ -56,8 +57,10 @@ std::string PrintPlain(const char* format, std::va_list arguments) {
   const locale_t before = uselocale(plain);
   std::va_list again;
   va_copy(again, arguments);
-  std::string text;
-  if (const int length = std::vsnprintf(nullptr, 0, format, arguments); length > 0) {
+  char buffer[128];  // more than nearly all take
+  const int length = std::max(std::vsnprintf(buffer, sizeof buffer, format, arguments), 0);
+  std::string text(buffer, std::min(static_cast<std::size_t>(length), sizeof buffer - 1));
+  if (static_cast<std::size_t>(length) > text.size()) {
     text.resize(static_cast<std::size_t>(length));
     std::vsnprintf(text.data(), text.size() + 1, format, again);
   }
