@@ -37,6 +37,7 @@ TEST(CString, GrowsAcrossItsOwnRoom) {
     std::copy_n(u"abc", 4, written.GetBuffer(4));
     written.ReleaseBuffer(length);
     EXPECT_EQ(written, kept);
+    EXPECT_EQ(written.GetString()[written.GetLength()], 0);
   }
 }
 

@@ -271,10 +271,12 @@ TEST(FaceLive, FitsIntoAnEventLoopAndRecords) {
   EXPECT_EQ(ReadFile(file), sent) << "recorded";
   receiver.emplace(gps::ReceiverOptions{.line = script.Opener(), .record = "/no/such/folder/file"});
   script.Send(sent);
-  const auto report = receiver->reports(kLong).next();
+  auto reports = receiver->reports(kLong);
+  const auto report = reports.next();
   EXPECT_EQ(report->key, "message");
   EXPECT_TRUE(Has(testing::PrintToString(*report), "message Could not open file"));
   receiver.reset();
+  EXPECT_FALSE(reports.next()) << "there is no more";
   testing::internal::CaptureStderr();
   AfxMessageBox("of another one");
   EXPECT_EQ(testing::internal::GetCapturedStderr(), "of another one\n");

@@ -73,6 +73,8 @@ TEST_F(StatusReport, OfAParameterListing) {
       {"PMD:2 ALT:-7.5 PDP:41 HDP:05\r\n", false,
        "dFixedAltitude=-7.5 nHDOPMask=5 nPDOPMask=41 nPositionMode=2"},
       {"PMD:3 ALT:high PDP:42\r\n", false, "nPositionMode=3"},
+      {"PMD:4 ALT:+1 HDP:05 VDP:06\r\n", false, "dFixedAltitude=1 nPositionMode=4"},
+      {"PMD:5 ALT:+2 PDP:43 VDP:06\r\n", false, "dFixedAltitude=2 nPDOPMask=43 nPositionMode=5"},
       {"PER:001.50\r\n", true, "dOutputInterval=1.5"},
       {"PER:abc\r\n", false, ""},
       {"PEM:05 SAV:Y\r\n", true, "bElevationMaskValid=true bMaskSaved=true nElevationMask=5"},
