@@ -142,6 +142,25 @@ class Derived : public COtherGps {
   }
 };
 
+TEST(DerivedReceiver, OpensAPlainLineWhateverThePortWasSetTo) {
+  struct Opening : Derived {
+    DCB Open() {
+      m_Port.SetFlowControl(7);
+      m_Port.SetParity(2);
+      m_Port.SetStopBits(2);
+      SetupReceiver(1, 0, 0.0, "", false);
+      EXPECT_TRUE(OpenPort());
+      DCB state;
+      EXPECT_TRUE(GetCommState(GetPortHandle(), &state));
+      return state;
+    }
+  };
+  const CRehearsal line;
+  const DCB state = Opening().Open();
+  EXPECT_EQ(state.Parity + state.StopBits + state.fOutX + state.fOutxCtsFlow + state.fOutxDsrFlow, 0);
+  EXPECT_EQ(state.ByteSize, 8);
+}
+
 TEST(DerivedReceiver, WorksWithWhatItInherits) {
   const CRehearsal line;
   CWinApp app{"gpsengine-test"};

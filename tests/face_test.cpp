@@ -220,6 +220,10 @@ TEST(Face, RehearsesCommands) {
               gps::rehearse("CSI", "set-beacon", {"325", "150"});
             }),
             "2 \"150\" is not a beacon's bit rate: 25, 50, 100 or 200");
+  EXPECT_TRUE(
+      ErrorOf([] {
+        gps::rehearse("CSI", "rest");
+      }).starts_with("2 no operation is called \"rest\" (did you mean \"reset\"?); the operations are "));
   for (const char* rate : {"25", "50", "100", "200"})
     EXPECT_EQ(ErrorOf([&] { gps::rehearse("CSI", "set-beacon", {"283.5", rate}); }), "none");
   EXPECT_TRUE(Has(ErrorOf([] { gps::rehearse("Trimble", "gga-only"); }),

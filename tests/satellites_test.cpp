@@ -154,26 +154,26 @@ TEST(SpeedEngine, ReadsTheTrueSpeedFromTheFourthFixOn) {
     fix.m_dTimeOfDay = seconds;
     return engine.ComputeMotion(fix);
   };
-  EXPECT_FALSE(move(0, 86397));
+  EXPECT_FALSE(move(0, 86394));
   EXPECT_EQ(fix.m_dLocalNorth, 0.0);
   for (int i = 0; i < 4; ++i) {
-    EXPECT_TRUE(move(3.0 * (i + 1), (86398 + i) % 86400)) << "across midnight";
+    EXPECT_TRUE(move(6.0 * (i + 1), (86396 + 2 * i) % 86400)) << "across midnight";
     EXPECT_NEAR(fix.m_dSpeed, i < 2 ? 1.5 : 3.0, 1e-6);
     EXPECT_NEAR(fix.m_dHeading, std::numbers::pi / 2, 1e-9);
   }
-  EXPECT_FALSE(move(15, 1)) << "no time has passed";
+  EXPECT_FALSE(move(30, 2)) << "no time has passed";
   fix.m_nSignalType = UDF_SIGNAL_NONE;
-  EXPECT_FALSE(move(99, 2)) << "no fix";
+  EXPECT_FALSE(move(99, 4)) << "no fix";
   fix.m_nSignalType = UDF_SIGNAL_GPS;
-  fix.m_dLongitude = 12.0 * kMetre / std::cos(0.5);  // and 12 m to the north
-  EXPECT_TRUE(move(24, 2));
-  EXPECT_NEAR(fix.m_dLocalEast, 12.0, 1e-6);
+  fix.m_dLongitude = 24.0 * kMetre / std::cos(0.5);  // and 24 m to the north
+  EXPECT_TRUE(move(48, 4));
+  EXPECT_NEAR(fix.m_dLocalEast, 24.0, 1e-6);
   EXPECT_NEAR(fix.m_dHeading, 0.9, 0.1) << "between east and north";
   fix.m_dLongitude = 0.0;
   engine.Reset();
-  EXPECT_FALSE(move(50, 3));
+  EXPECT_FALSE(move(50, 5));
   EXPECT_EQ(fix.m_dLocalNorth, 0.0) << "a new reference point";
-  EXPECT_TRUE(move(50, 4));
+  EXPECT_TRUE(move(50, 6));
   EXPECT_EQ(fix.m_dSpeed, 0.0);
   EXPECT_EQ(fix.m_dHeading, 0.0);
 }
