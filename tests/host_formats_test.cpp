@@ -150,6 +150,13 @@ TEST(HostMoment, FindsTheDateOfARecordingHoweverItIsCut) {
     scan.Feed(WithChecksum("$GPZDA,000001.00,15,05,1999,00,00"));
     EXPECT_EQ(scan.Latest(), Moment(std::chrono::milliseconds(926726401000)));
   }
+  for (const auto& [date, iso] : {std::pair("060180", "1980-01-06T00"), {"311279", "2079-12-31T00"}}) {
+    DateScan scan;
+    scan.Feed(WithChecksum(std::string("$GPRMC,000000,A,4807.0,N,01131.0,E,0,0,") + date + ",,"));
+    std::string out;
+    AppendIso(out, scan.Latest().value());
+    EXPECT_TRUE(out.starts_with(iso)) << out;
+  }
 }
 
 TEST(HostRecordFormat, WritesEveryFieldOfAPosition) {

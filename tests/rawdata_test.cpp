@@ -245,6 +245,21 @@ TEST(RawData, KnowsTheSatellitesAndSignalsOfEverySystem) {
   }
 }
 
+TEST(RawData, KnowsGpsAndSbasInABlockOfTwelveChannels) {
+  const std::string block = Blocks(kObservations[0], 1).at(0);
+  const std::pair<char, const char*> rows[] = {{'\x20', "G32:1C "}, {'\x21', ""},        {'\x77', ""},
+                                               {'\x78', "S20:1C "}, {'\x9E', "S58:1C "}, {'\x9F', ""}};
+  for (const auto& [satellite, name] : rows) {
+    std::string changed = block;
+    for (std::size_t channel = 1; channel < 12; ++channel) changed[20 + 24 * channel] = 0;
+    changed[20] = satellite;
+    PhaseHistory history;
+    ObservationEpoch epoch;
+    EXPECT_EQ(DecodeObservations(WordsOf(Summed(changed)), history, epoch), *name != '\0');
+    EXPECT_EQ(NamesOf(epoch), name);
+  }
+}
+
 TEST(RawData, NamesTheSignalsOfAllSystems) {
   PhaseHistory history;
   ObservationEpoch epoch;
