@@ -322,12 +322,12 @@ TEST(FaceLive, CommandsAndEndsWithItsLine) {
       Has(ErrorOf([&] { receiver->command("raw-interval", {"x"}); }), "2 \"x\" is not a number of seconds"));
   std::thread refusing([&] {
     terminal.Receive(std::string("$PASHS,RCI,1.000000\r\n").size());
-    terminal.Send("$PASHR,NAK\r\n");
+    terminal.Send("$PASHR,ACK*3D\r\n$PASHR,NAK\r\n");
   });
   EXPECT_EQ(ErrorOf([&] {
               receiver->command("raw-interval", {"1", "--wait"});
             }),
-            "6 raw-interval: the receiver took 0 lines and refused 1, the last one with $PASHR,NAK");
+            "6 raw-interval: the receiver took 1 line and refused 1, the last one with $PASHR,NAK");
   refusing.join();
   EXPECT_TRUE(Has(ErrorOf([&] { receiver->command("set-lband", {"0", "1200"}); }), "6 the model Ashtech"));
   EXPECT_EQ(ErrorOf([&] { receiver->command("start"); }),
@@ -342,7 +342,7 @@ TEST(FaceLive, CommandsAndEndsWithItsLine) {
   auto skies = receiver->satellites(kLong);
   terminal.Send(Gga("123519") + WithChecksum("$GPGSV,1,1,01,07,45,180,41"));
   EXPECT_EQ(fixes.next()->height_msl, 543.4);
-  EXPECT_TRUE(Soon([&] { return receiver->understood() == 3; })) << "with the refusal, which has one comma";
+  EXPECT_TRUE(Soon([&] { return receiver->understood() == 4; })) << "with the refusal, which has one comma";
   terminal.HangUp();
   EXPECT_EQ(
       ErrorOf([&] { fixes.next(); }),

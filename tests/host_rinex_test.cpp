@@ -67,6 +67,7 @@ TEST(HostGpsTime, CarriesRoundedSecondsOver) {
   EXPECT_EQ(c.month * 100 + c.day, 512);
   EXPECT_EQ(c.hour, 0);
   EXPECT_EQ(c.second, 0.0);
+  EXPECT_EQ(CalendarOf({2313, 59.25}, 2).second, 59.25);
 }
 
 TEST_F(HostRinex, WritesAnEpochUnderACompleteHeader) {
