@@ -62,6 +62,16 @@ TEST(HostGpsTime, ResolvesTheTenBitWeekAroundEachRollOver) {
   for (const auto& [week, resolved, pivot] : cases) EXPECT_EQ(ResolveWeek(week, pivot), resolved) << week;
 }
 
+TEST(HostGpsTime, CountsAWeekFromWhereItWasTold) {
+  const std::tuple<double, double, int> cases[] = {
+      {10.0, 604790.0, 2314}, {604790.0, 10.0, 2312}, {10.0, 20.0, 2313}, {0.0, 302400.0, 2313}};
+  for (const auto& [seconds, told_at, week] : cases) {
+    const GpsTime time = Near(2313, seconds, told_at);
+    EXPECT_EQ(time.week, week) << seconds;
+    EXPECT_EQ(time.seconds, seconds);
+  }
+}
+
 TEST(HostGpsTime, CarriesRoundedSecondsOver) {
   const Calendar c = CalendarOf({2313, 604799.99999999}, 7);
   EXPECT_EQ(c.month * 100 + c.day, 512);
