@@ -57,6 +57,10 @@ TEST(Face, ReadsFixesInDegreesMetresAndUtc) {
             "1994-03-23T12:35:19.000Z 48.1173 -11.5 545.4 - 0.9 - GPS\n"
             "1994-03-23T12:35:21.500Z 48.1173 -11.5 545.4 90 0.9 - RTK fixed\n"
             "1994-03-23T12:35:22.000Z 48.1173 -11.5 545.4 - 0.9 - GPS\n");
+  gps::Fix fix = gps::decode(BytesOf(bytes)).fixes().next().value();
+  EXPECT_EQ(testing::PrintToString(fix), "1994-03-23T12:35:19.000Z 48.1173000 -11.5000000 545.4 m GPS");
+  fix.height_msl.reset();
+  EXPECT_TRUE(testing::PrintToString(fix).ends_with(" -11.5000000 - GPS"));
 }
 
 TEST(Face, NamesEveryKindOfFix) {
@@ -150,7 +154,10 @@ TEST(Face, GivesAnAshtechsRawDataAsTheOthers) {
   EXPECT_EQ(all[1].name, "MBN");
   EXPECT_EQ(all[1].epoch->week + all[1].epoch->time_of_week, 1455.0);
   EXPECT_EQ(all[1].epoch->signals.size(), 4u);
-  EXPECT_EQ(all[1].epoch->signals[3].satellite, 4);
+  const auto& last = all[1].epoch->signals[3];
+  EXPECT_EQ(last.satellite, 4);
+  EXPECT_EQ(std::string(last.code), "1C");
+  EXPECT_FALSE(last.slip) << "which they do not tell";
 }
 
 TEST(Face, IsUsedOnceAtATime) {
