@@ -35,14 +35,6 @@ TEST_F(EngineTest, ReportsWhyItDoesNotStart) {
   EXPECT_EQ(engine.GetLastError(), GPS_ENGINE_INIT_FAILED);
 }
 
-TEST_F(EngineTest, StopsWhenAnotherReceiverIsSelected) {
-  engine.m_bEmulation = true;
-  Select("Other");
-  EXPECT_TRUE(engine.Start());
-  engine.SetReceiver(engine.FindReceiver("CSI"));
-  EXPECT_FALSE(engine.IsActive());
-}
-
 TEST_F(EngineTest, ThrowsAStreamAwayThatGrowsWithoutAMessage) {
   EXPECT_FALSE(Feed("$,," + std::string(16391 - 3, 'x')));
   EXPECT_EQ(engine.GetDroppedBuffers(), 0);
@@ -112,6 +104,12 @@ TEST_F(LiveEngineTest, StopsAtOnceOnASilentLineAndOnALostOne) {
     EXPECT_LT(Took([this] { engine.Stop(); }), 500u);
     EXPECT_TRUE(lost || terminal.Receive(1, std::chrono::milliseconds(20)).empty()) << "no keep-alive";
   }
+}
+
+TEST_F(LiveEngineTest, StopsWhenAnotherReceiverIsSelected) {
+  ASSERT_TRUE(engine.Start());
+  engine.SetReceiver(engine.FindReceiver("CSI"));
+  EXPECT_FALSE(engine.IsActive());
 }
 
 TEST_F(LiveEngineTest, RecordsTheBytesOfThePort) {
