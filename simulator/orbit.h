@@ -16,8 +16,8 @@ inline constexpr double kGpsPi = 3.1415926535898;          ///< the pi of IS-GPS
 /// bit.
 struct Ephemeris {
   int prn = 0;
-  int issue = 0;  ///< of the ephemeris, and the lower bits of the clock's
-  int ClockIssue() const { return issue | 0x200; }
+  int issue = 0;                                    ///< of the ephemeris, and the lower bits of the clock's
+  int ClockIssue() const { return issue | 0x200; }  ///< ten bits, the upper ones not all 0
   int toe = 0, toc = 0;
   float tgd = 0, af2 = 0, af1 = 0, af0 = 0;
   float delta_n = 0;

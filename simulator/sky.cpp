@@ -79,7 +79,6 @@ Sky::Sky(const GpsTime& start, unsigned seed) : start_(start) {
     c.tgd = real(-1.5e-8, 1e-8);
     // Whole steps of af0 in two hours, so that an issue takes over from the last one without a leap of 7 cm.
     c.af1 = std::ldexp(std::nearbyint(real(-1.5, 1.5)), -36);
-    c.af2 = std::ldexp(1.0f, -55);
     c.crc = real(180, 320);
     c.crs = real(-90, 90);
     c.cuc = real(-5e-6, 5e-6);

@@ -178,6 +178,10 @@ TEST(RawData, RefusesASoundBlockOfWhatCannotBe) {
     ASSERT_TRUE(DecodeEphemeris(with(ephemeris, 16 + 40 + 36, word), read));
     EXPECT_EQ(read.long_fit, word == 0x2000);
   }
+  // The clock's second order, which no simulated one has, and its first.
+  ASSERT_TRUE(DecodeEphemeris(with(ephemeris, 16 + 32, std::uint32_t{0x81u << 22 | 3 << 6}), read));
+  EXPECT_EQ(read.orbit.m_dAf2, std::ldexp(-127, -55));
+  EXPECT_EQ(read.orbit.m_dAf1, std::ldexp(3, -43));
 }
 
 struct Channel {

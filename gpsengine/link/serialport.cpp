@@ -43,6 +43,7 @@ bool HoldsReply(const CString& text, const CString& pattern, const CString& term
   return true;
 }
 
+// Changes one of a port's settings under their mutex.
 template <class T>
 void Store(std::mutex& mutex, T& setting, T value) {
   const std::lock_guard lock(mutex);

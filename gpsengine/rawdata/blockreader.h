@@ -19,14 +19,15 @@ class BlockReader {
   std::size_t Size() const { return 2 * m_Words.size(); }
   std::uint8_t Byte(std::size_t at) const { return static_cast<std::uint8_t>(m_Words[at / 2] >> at % 2 * 8); }
 
-  /// The little-endian number at a place: a whole number, or an IEEE 754 float or double.
+  /// The little-endian number at an even place: a whole number, or an IEEE 754 float or double.
   template <class T>
   T At(std::size_t at) const {
     using Bits = std::conditional_t<sizeof(T) == 8, std::uint64_t,
                                     std::conditional_t<sizeof(T) == 4, std::uint32_t, std::uint16_t>>;
     static_assert(sizeof(T) == sizeof(Bits));
     Bits bits = 0;
-    for (std::size_t i = sizeof(T); i-- > 0;) bits = static_cast<Bits>(bits << 8 | Byte(at + i));
+    for (std::size_t i = 0; i < sizeof(T) / 2; ++i)
+      bits = static_cast<Bits>(bits | static_cast<Bits>(m_Words[at / 2 + i]) << 16 * i);
     return std::bit_cast<T>(bits);
   }
 

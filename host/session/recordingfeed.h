@@ -46,7 +46,7 @@ class RecordingFeed : public Feed {
   std::string TakeBytes() override { return std::exchange(played_, {}); }
 
  protected:
-  /// Gives bytes to whoever wants them, and to the engine.
+  /// Takes up bytes, for whoever wants them and then for the engine.
   void Play(std::string_view bytes);
 
   Recording& Current() { return recordings_.front(); }
