@@ -329,7 +329,7 @@ TEST_F(NetworkRun, FindsAndCommandsAReceiverBehindSer2net) {
   options.count = 0;
   host::FoundLine found;
   Do([&](const auto& interrupt, auto&) {
-    found = host::SearchLine({{options.port}, {38400, 9600}, 300ms, 50ms}, interrupt);
+    found = host::SearchLine({{options.port}, {38400, 9600}, 600ms, 50ms}, interrupt);
     return host::ExitCode::done;
   });
   EXPECT_EQ(found.baud, 9600) << errors;

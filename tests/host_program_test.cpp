@@ -152,14 +152,17 @@ TEST(HostProgram, CommandsASimulatedReceiver) {
   EXPECT_EQ(query.code, 0) << query.errors;
   EXPECT_TRUE(Has(query.output, "report: elevation mask 12 deg"));
 
-  Program source({"command", "--port", port, "--model", "Sokkia Axis3", "set-dgps", "lband"});
-  std::this_thread::sleep_for(std::chrono::milliseconds(300));
+  simulate.Signal(SIGTERM);
+  EXPECT_EQ(simulate.Wait(), 130 /* interrupted */);
+}
+
+TEST(HostProgram, StopsInTheMidstOfACommand) {
+  const PseudoTerminal line;
+  Program source({"command", "--port", line.Name(), "--model", "Sokkia Axis3", "set-dgps", "lband"});
+  EXPECT_FALSE(line.Receive(1, std::chrono::seconds(20)).empty());
   source.Signal(SIGINT);
   EXPECT_EQ(source.Wait(), 130 /* interrupted */) << "long before the end of its 12 seconds";
   EXPECT_TRUE(Has(source.Errors(), "has not been sent"));
-
-  simulate.Signal(SIGTERM);
-  EXPECT_EQ(simulate.Wait(), 130 /* interrupted */);
 }
 
 TEST(HostProgram, SaysThatNothingAnswered) {
