@@ -92,6 +92,7 @@ TEST(BinBuffer, TakesEachMessageForWhatItsHeadSays) {
       // A log ends at the next one even without a line end.
       {"#ECUTOFFA,COM1,0;5.0*AB#WAAS1A,COM1,0;X*12\r\n" + kGga,
        {"#ECUTOFFA,COM1,0;5.0*AB\n", "#WAAS1A,COM1,0;X*12\r\n", kGga}},
+      {"##A,1,2\r\n#BIN_,1*12\r\n" + kGga, {"#\n", "#A,1,2\r\n", "#BIN_,1*12\r\n", kGga}},
       {"$PMD\r\n$BINx\r\n", {"$PMD\r\n", "$BINx\r\n"}},  // no number of a block: a text
       {ack, {}},                                         // with one comma it waits for another
       {ack + kGga, {ack, kGga}},
@@ -162,6 +163,9 @@ TEST(BinBuffer, TellsTheTagOfTheMessageAtHand) {
   CBinBuffer oem(message.data(), static_cast<int>(message.size()));
   EXPECT_TRUE(oem.GetTag(tag, subTag));
   EXPECT_EQ(tag, "Axis4OEMBinaryTagPlaceHolder");
+  CBinBuffer block("$BIN_\x42", 6);
+  EXPECT_TRUE(block.GetTag(tag, subTag));
+  EXPECT_EQ(tag, "$BIN");
   CBinBuffer unfinished("$PASHR,MB", 9);
   EXPECT_FALSE(unfinished.GetTag(tag, subTag));
 }

@@ -329,6 +329,7 @@ TEST(FaceLive, CommandsAndEndsWithItsLine) {
       Has(ErrorOf([&] { receiver->command("raw-interval", {"x"}); }), "2 \"x\" is not a number of seconds"));
   std::thread refusing([&] {
     terminal.Receive(std::string("$PASHS,RCI,1.000000\r\n").size());
+    std::this_thread::sleep_for(50ms);  // the command waits
     terminal.Send("$PASHR,ACK*3D\r\n$PASHR,NAK\r\n");
   });
   EXPECT_EQ(ErrorOf([&] {

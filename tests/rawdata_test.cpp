@@ -145,8 +145,12 @@ TEST(RawData, RefusesASoundBlockOfWhatCannotBe) {
   ObservationEpoch epoch;
   for (const double seconds : {-1.0, 604801.0, double(NAN), double(INFINITY)})
     EXPECT_FALSE(DecodeObservations(with(observations, 12, seconds), history, epoch)) << seconds;
-  for (const double metres : {1.0, -2e7, 1e9, double(NAN)})
-    EXPECT_FALSE(DecodeObservations(with(observations, 28, metres), history, epoch)) << metres;
+  constexpr std::size_t kFirstRange = 28, kSecondRange = kFirstRange + 24;
+  for (const double metres : {1.0, -2e7, 1e9, double(NAN)}) {
+    for (const auto place : {kFirstRange, kSecondRange})
+      EXPECT_FALSE(DecodeObservations(with(observations, place, metres), history, epoch)) << metres;
+    EXPECT_TRUE(epoch.signals.empty() && epoch.week == 0) << "the first satellite is not kept";
+  }
   const int week = TheWorld().TimeAt(0).week;
   const std::tuple<double, int, double> ends[] = {
       {604800.25, week + 1, 0.25}, {-0.25, week - 1, 604799.75}, {-1e-15, week, 0.0}};

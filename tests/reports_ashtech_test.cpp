@@ -95,19 +95,20 @@ class AshtechRaw : public ReceiverTest<> {
 
 TEST_F(AshtechRaw, PositionOfAnEpochSendsItsMeasurements) {
   constexpr Mbn kMeasurements[] = {
+      {.prn = 9, .toFollow = 4, .range = 0.0},
       {.prn = 3, .toFollow = 3, .count = 1499, .range = 0.93, .doppler = 12345, .phase = 1000.25},
       {.prn = 17, .toFollow = 2, .count = -1499, .range = 2.5, .doppler = -5, .phase = -7.5},
       {.prn = 5, .toFollow = 1, .range = -0.5},
       {.prn = 32, .toFollow = 0, .range = 1.0 + 1e-9},
   };
   for (const Mbn& mbn : kMeasurements) EXPECT_TRUE(FeedBinary(mbn.Message()));
-  EXPECT_EQ(Published(), 4U);  // a record after each measurement
+  EXPECT_EQ(Published(), 5U);  // a record after each measurement
   line.SetUnixSeconds(1'200'000'000);
   EXPECT_TRUE(
       FeedBinary(Pbn{.milliseconds = 345'600'123, .clockOffset = 299.5F, .clockDrift = -0.25F}.Message()));
 
   ASSERT_EQ(window.epochs.size(), 1U);
-  EXPECT_EQ(Published(), 4U);  // the epoch stands for it
+  EXPECT_EQ(Published(), 5U);  // the epoch stands for it
   std::string shown;
   host::RecordSink(shown).OnRawData(window.epochs.front());
   EXPECT_EQ(
@@ -116,6 +117,8 @@ TEST_F(AshtechRaw, PositionOfAnEpochSendsItsMeasurements) {
       R"("m_dSpare":0,"m_bPositionValid":true,"m_bSpare":false,"m_bEpochComplete":true,)"
       R"("m_dReceiverTime":345600.123,"m_dCorrectedTime":345600.122999001,"m_dClockOffset":299.5,)"
       R"("m_dClockDrift":-0.25,"m_nGPSWeek":1461,"m_Satellites":[)"
+      R"({"m_nPRN":9,"m_nSignalCount":0,"m_dPseudorange":299792458,"m_dCarrierPhase":-0,)"
+      R"("m_dDoppler":-0,"m_dSpare1":0,"m_dSpare2":0,"m_bValid":true},)"
       R"({"m_nPRN":3,"m_nSignalCount":2,"m_dPseudorange":20985472.059999984,"m_dCarrierPhase":-1000.25,)"
       R"("m_dDoppler":-1.2345000000000002,"m_dSpare1":0,"m_dSpare2":0,"m_bValid":true},)"
       R"({"m_nPRN":17,"m_nSignalCount":-2,"m_dPseudorange":149896229,"m_dCarrierPhase":7.5,)"
@@ -123,7 +126,7 @@ TEST_F(AshtechRaw, PositionOfAnEpochSendsItsMeasurements) {
       R"({"m_nPRN":5,"m_nSignalCount":0,"m_dPseudorange":149896229,"m_dCarrierPhase":-0,)"
       R"("m_dDoppler":-0,"m_dSpare1":0,"m_dSpare2":0,"m_bValid":true},)"
       R"({"m_nPRN":32,"m_nSignalCount":0,"m_dPseudorange":-0.2997924828049392,"m_dCarrierPhase":-0,)"
-      R"("m_dDoppler":-0,"m_dSpare1":0,"m_dSpare2":0,"m_bValid":true}],"m_nSatellites":4})"
+      R"("m_dDoppler":-0,"m_dSpare1":0,"m_dSpare2":0,"m_bValid":true}],"m_nSatellites":5})"
       "\n");
 
   FeedMeasurements(3);  // none of the old ones is left to make up four
