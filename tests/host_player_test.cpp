@@ -66,7 +66,7 @@ TEST_F(HostPlayer, TellsTheTimeOfDayOfGoodSentencesAlone) {
     EXPECT_EQ(TimeOfDayOf(WithChecksum(kind + std::string(",000102,4807.038,N"))), 62.0) << kind;
   for (const char* none : {"", "$", "$GPGGA,010203,,*00\r\n", "$GPGGA,010203"})
     EXPECT_FALSE(TimeOfDayOf(none));
-  for (const char* none : {"$GPGGA,,,", "$GPGGA,990203,,", "$GPGGA,01:02:03,,", "$GPGSV,010203,,"})
+  for (const char* none : {"$GPGGA,,,", "$GPGGA,990203,,", "$GPGGA,0:0203,,", "$GPGSV,010203,,"})
     EXPECT_FALSE(TimeOfDayOf(WithChecksum(none))) << none;
 }
 

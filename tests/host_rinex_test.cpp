@@ -24,7 +24,7 @@ CGPSDataRaw Epoch(int week, double seconds) {
   epoch.m_dLongitude = 90.0;
   epoch.m_dHeight = 102.0;
   epoch.m_nSatellites = 4;
-  const int prns[] = {5, 40, 17, 9};
+  const int prns[] = {5, 33, 17, 9};
   for (int i = 0; i < 4; ++i)
     epoch.m_Satellites[i] = {prns[i], 44, 20'000'000.0625 + i, -105'000'000.5, 1234.5678, 0.0, 0.0, i != 3};
   epoch.m_Satellites[2].m_dCarrierPhase = 3e9;  // more than the format has room for
