@@ -7,6 +7,7 @@
 #include "gpsengine/face/receiver.h"
 #include "gpsengine/face/stopclock.h"
 #include "gpsengine/platform/messagebox.h"
+#include "gpsengine/text/words.h"
 #include "tests/support/blocks.h"
 #include "tests/support/pseudoterminal.h"
 #include "tests/support/receivertest.h"
@@ -176,6 +177,7 @@ TEST(Face, IsUsedOnceAtATime) {
   EXPECT_EQ(ErrorOf([&] { gps::decode(BytesOf(bytes)); }), "none");
   EXPECT_TRUE(Has(ErrorOf([&] { gps::decode(BytesOf(bytes), {.model = "Trimbel"}); }),
                   "2 no model is called \"Trimbel\" (did you mean \"Trimble\"?)"));
+  EXPECT_EQ(gps::DidYouMean("monitr", {"monster", "monitor", "monster"}), " (did you mean \"monitor\"?)");
 }
 
 TEST(Face, RehearsesCommands) {

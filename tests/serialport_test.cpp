@@ -155,6 +155,8 @@ TEST_F(RehearsedPort, GivesTheFirstByteOfALineThatKeepsTalking) {
   line.Feed("\xFFrest");
   EXPECT_EQ(port.ReadFirstByte(0, 50), -1);
   port.PurgeInput();
+  line.Feed("k", 40);
+  EXPECT_LT(Took([&] { EXPECT_EQ(port.ReadFirstByte('!', 50), 'k'); }), 100u);
   // A byte every 40 ms extends a wait of 50 ms, but not for ever.
   for (DWORD ms = 0; ms < 20000; ms += 40) line.Feed("k", ms);
   EXPECT_EQ(Took([&] { EXPECT_EQ(port.ReadFirstByte('!', 50), 'k'); }) / 100, 100u) << "ten seconds";
@@ -245,6 +247,12 @@ TEST_F(TerminalPort, StopsAndGoesOnAtTheCharactersOfTheStandard) {
   EXPECT_TRUE(state.c_cc[VSTART] == 0x11 && state.c_cc[VSTOP] == 0x13);
   EXPECT_EQ(state.c_iflag, static_cast<tcflag_t>(IGNBRK | IXON | IXOFF));
   EXPECT_EQ(state.c_oflag | state.c_lflag, 0u);
+  EXPECT_EQ(state.c_cflag & CRTSCTS, 0u);
+  port.SetFlowControl(2);
+  port.SetBaudRate(4800);
+  tcgetattr(terminal.Keeper(), &state);
+  EXPECT_NE(state.c_cflag & CRTSCTS, 0u);
+  EXPECT_EQ(state.c_iflag, static_cast<tcflag_t>(IGNBRK));
 }
 
 TEST_F(TerminalPort, IsForOneProgramAlone) {
