@@ -169,6 +169,9 @@ TEST(SpeedEngine, ReadsTheTrueSpeedFromTheFourthFixOn) {
   EXPECT_TRUE(move(48, 4));
   EXPECT_NEAR(fix.m_dLocalEast, 24.0, 1e-6);
   EXPECT_NEAR(fix.m_dHeading, 0.9, 0.1) << "between east and north";
+  fix.m_dLongitude = -fix.m_dLongitude;
+  EXPECT_TRUE(move(54, 5));
+  EXPECT_GT(fix.m_dHeading, std::numbers::pi / 2) << "between north and west";
   fix.m_dLongitude = 0.0;
   engine.Reset();
   EXPECT_FALSE(move(50, 5));
