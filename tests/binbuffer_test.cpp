@@ -132,6 +132,10 @@ TEST(BinBuffer, MakesBytesTheCurrentMessageAndRefusesNone) {
     EXPECT_EQ(buffer.GetLength(), 0);
     EXPECT_EQ(buffer.GetMessageBin(length), nullptr);
   }
+  CBinBuffer waiting("$GPXXX without a comma", 22);
+  EXPECT_FALSE(waiting.GetCurrentMessage());
+  waiting.Set("$GPXXX,1,2\r\n", 12, 0);
+  EXPECT_TRUE(waiting.GetCurrentMessage());
 }
 
 TEST(BinBuffer, LetsItsBytesBeWritten) {

@@ -114,6 +114,8 @@ TEST_F(OtherDriver, WaitsForTheAcknowledgementOrForItsTime) {
   EXPECT_EQ(Steps(write(false)), R"(write "$PASHS,SAV,Y\r\n"; wait 700; result true)");
   EXPECT_EQ(Steps(write(true)), R"(write "$PASHS,SAV,Y\r\n"; wait-ack 700; result false)");
   EXPECT_EQ(Steps([](auto& r) { return r.WriteAck(CString(u'A', 201), false, 700); }), "result false");
+  line.StopAfter(0);
+  EXPECT_EQ(Steps(write(false)), "result false");
   Close();
   EXPECT_EQ(Steps(write(false)) + Steps(write(true)), "result falseresult false");
 }

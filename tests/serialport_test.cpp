@@ -55,6 +55,9 @@ TEST_F(RehearsedPort, AppliesAChangeOfSettingsAtOnce) {
   EXPECT_EQ(Settings(), (Values{57600, 7, 1, 2, 1, 0, 0, 1, 0}));
   port.SetFlowControl(1 | 4);
   EXPECT_EQ(Settings(), (Values{57600, 7, 1, 2, 2, 1, 0, 1, 1}));
+  DCB state;
+  ASSERT_TRUE(GetCommState(port.GetHandle(), &state));
+  EXPECT_TRUE(state.XonLim == 128 && state.XoffLim == 10);
   port.SetFlowControl(2);
   port.SetDataBits(8);
   EXPECT_EQ(Settings(), (Values{57600, 8, 1, 2, 1, 0, 1, 2, 0}));
