@@ -134,8 +134,8 @@ TEST(BinBuffer, MakesBytesTheCurrentMessageAndRefusesNone) {
   }
   CBinBuffer waiting("$GPXXX without a comma", 22);
   EXPECT_FALSE(waiting.GetCurrentMessage());
-  waiting.Set("$GPXXX,1,2\r\n", 12, 0);
-  EXPECT_TRUE(waiting.GetCurrentMessage());
+  waiting.Set("$PASHR,MBN,half of what\r\n it is", 32, 0);
+  EXPECT_FALSE(waiting.GetCurrentMessage());
 }
 
 TEST(BinBuffer, LetsItsBytesBeWritten) {

@@ -188,7 +188,10 @@ TEST_F(RehearsedPort, FindsAReplyAmongOtherSentences) {
     line.Feed(heard, 20);
     line.Feed(then, 200);
     CString text;
-    EXPECT_EQ(port.ReadReply(text, cancel, "\r\n", pattern, "$>JE"), found) << heard;
+    const auto took =
+        Took([&] { EXPECT_EQ(port.ReadReply(text, cancel, "\r\n", pattern, "$>JE"), found) << heard; });
+    EXPECT_EQ(took < 300, *then != '\0' || *pattern == '\0')
+        << heard << ", and no wait for more than all of it: " << took;
     EXPECT_EQ(text.ToUtf8(), std::string(heard) + then);
   }
 }
@@ -218,6 +221,9 @@ TEST_F(TerminalPort, TalksBothWaysByteForByte) {
   int count = 0;
   EXPECT_TRUE(port.ReadBlock(got, 256, &count, cancel));
   EXPECT_EQ(std::string(got, static_cast<std::size_t>(count)), all);
+  terminal.Send("two");
+  EXPECT_TRUE(port.ReadBlock(got, 2, &count, cancel));
+  EXPECT_EQ(count, 2);
 }
 
 TEST_F(TerminalPort, SetsAnyBaudRateTheLineTakes) {
