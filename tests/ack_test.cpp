@@ -79,12 +79,15 @@ TEST(Ack, LetsTheHostHandleItsMessages) {
 }
 
 TEST(Ack, LeavesTheEndOfTheHostsLoopToTheHost) {
-  CWinApp app("gpsengine-test");
-  PostQuitMessage();
-  CAck ack;
-  ASSERT_TRUE(ack.Create());
-  EXPECT_FALSE(ack.Wait(kShort));
-  MSG message;
-  ASSERT_TRUE(PeekMessageW(&message, PM_REMOVE));
-  EXPECT_EQ(message.message, WM_QUIT);
+  for (const bool bWithApplication : {true, false}) {
+    std::unique_ptr<CWinApp> pApp;
+    if (bWithApplication) pApp = std::make_unique<CWinApp>("gpsengine-test");
+    PostQuitMessage();
+    CAck ack;
+    ASSERT_TRUE(ack.Create());
+    EXPECT_FALSE(ack.Wait(kShort));
+    MSG message;
+    ASSERT_TRUE(PeekMessageW(&message, PM_REMOVE));
+    EXPECT_EQ(message.message, WM_QUIT);
+  }
 }

@@ -57,7 +57,7 @@ TEST_F(RehearsedPort, AppliesAChangeOfSettingsAtOnce) {
   EXPECT_EQ(Settings(), (Values{57600, 7, 1, 2, 2, 1, 0, 1, 1}));
   DCB state;
   ASSERT_TRUE(GetCommState(port.GetHandle(), &state));
-  EXPECT_TRUE(state.XonLim == 128 && state.XoffLim == 10);
+  EXPECT_TRUE(state.XonLim == 128 && state.XonChar == 0x11 && state.XoffLim == 10 && state.XoffChar == 0x13);
   port.SetFlowControl(2);
   port.SetDataBits(8);
   EXPECT_EQ(Settings(), (Values{57600, 8, 1, 2, 1, 0, 1, 2, 0}));
@@ -173,8 +173,10 @@ TEST_F(RehearsedPort, ReadsUntilATerminator) {
   EXPECT_TRUE(port.ReadUntilAny(text, cancel, "\r\n"));
   EXPECT_EQ(text, "OK!\r");
   line.Feed("never ends");
-  EXPECT_FALSE(port.ReadUntilAny(text, cancel, "\r\n"));
+  EXPECT_EQ(Took([&] { EXPECT_FALSE(port.ReadUntilAny(text, cancel, "\r\n")); }) / 100, 11u) << "and 100 ms";
   EXPECT_EQ(text, "never ends");
+  cancel = true;
+  EXPECT_FALSE(port.ReadReply(text, cancel, "\r\n", "$>JI", ""));
 }
 
 TEST_F(RehearsedPort, FindsAReplyAmongOtherSentences) {
@@ -215,6 +217,8 @@ TEST_F(TerminalPort, TalksBothWaysByteForByte) {
   for (int i = 0; i < 256; ++i) all[static_cast<std::size_t>(i)] = static_cast<char>(i);
   EXPECT_TRUE(port.Write(all.data(), 256));
   EXPECT_TRUE(port.Write('!'));
+  EXPECT_TRUE(port.Write("", 0));
+  EXPECT_FALSE(port.Write("", -1));
   EXPECT_EQ(terminal.Receive(257), all + '!');
   terminal.Send(all);
   char got[256] = {};
