@@ -133,6 +133,9 @@ TEST(BinBuffer, MakesBytesTheCurrentMessageAndRefusesNone) {
     EXPECT_EQ(buffer.GetMessageBin(length), nullptr);
   }
   CBinBuffer waiting("$GPXXX without a comma", 22);
+  waiting.Append(nullptr, 3);
+  waiting.Append("x", -1);
+  EXPECT_EQ(waiting.GetLength(), 22);
   EXPECT_FALSE(waiting.GetCurrentMessage());
   waiting.Set("$PASHR,MBN,half of what\r\n it is", 32, 0);
   EXPECT_FALSE(waiting.GetCurrentMessage());

@@ -171,8 +171,11 @@ TEST_F(ThreadsTest, StandAThousandRoundsOfAnything) {
 TEST_F(ThreadsTest, LeaveACallbackBehindThatWaitsForTheHost) {
   struct Question {
     HANDLE hAsked = CreateEventW(false, false), hAnswered = CreateEventW(false, false);
+    CGPSEngine* pEngine = nullptr;
     static void Ask(GPSNotificationType, CGPSNotification*, void* pUser) {
       auto& asked = *static_cast<Question*>(pUser);
+      CBinBuffer more("$", 1);
+      EXPECT_FALSE(asked.pEngine->UpdateGPSBuffer(more)) << "in the midst of an update";
       SetEvent(asked.hAsked);
       WaitForSingleObject(asked.hAnswered, INFINITE);
     }
@@ -181,6 +184,7 @@ TEST_F(ThreadsTest, LeaveACallbackBehindThatWaitsForTheHost) {
     Question& question = questions[destroys ? 0 : 1];
     SCOPED_TRACE(destroys ? "destroyed" : "stopped");
     MakeEngine("");
+    question.pEngine = m_pEngine.get();
     m_pEngine->m_bAttachRawData = true;
     CGPSReceiver& receiver = *m_pEngine->GetReceiver();
     receiver.AddNotificationCallback(GPS_NOTIFY_EPHEMERIS, &Question::Ask, &question);

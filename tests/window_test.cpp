@@ -43,6 +43,7 @@ TEST(Window, ThatIsGoneLosesNoMemory) {
   {
     Recorder window;
     name = window.GetSafeHwnd();
+    EXPECT_FALSE(window.Create()) << "a second time";
     PostMessageW(name, kNumber, 1, 0, CountDisposal);
     EXPECT_EQ(g_nDisposed, 0);
   }

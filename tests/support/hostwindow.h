@@ -1,5 +1,7 @@
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <memory>
 #include <vector>
 
@@ -11,7 +13,8 @@ class HostWindow : public CWnd {
  public:
   HostWindow() { Create(); }
 
-  LRESULT WindowProc(UINT message, WPARAM wParam, LPARAM) override {
+  LRESULT WindowProc(UINT message, WPARAM wParam, LPARAM lParam) override {
+    EXPECT_EQ(lParam, 0);
     if (message == WM_GPS_NEW_DATA) Take(wParam, records);
     if (message == WM_GPS_NEW_STRING) Take(wParam, strings);
     if (message == WM_GPS_NEW_RAW_DATA) Take(wParam, epochs);
