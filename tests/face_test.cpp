@@ -2,6 +2,7 @@
 
 #include <ranges>
 
+#include "gpsengine/face/answerreader.h"
 #include "gpsengine/face/commands.h"
 #include "gpsengine/face/decode.h"
 #include "gpsengine/face/receiver.h"
@@ -178,6 +179,13 @@ TEST(Face, IsUsedOnceAtATime) {
   EXPECT_TRUE(Has(ErrorOf([&] { gps::decode(BytesOf(bytes), {.model = "Trimbel"}); }),
                   "2 no model is called \"Trimbel\" (did you mean \"Trimble\"?)"));
   EXPECT_EQ(gps::DidYouMean("monitr", {"monster", "monitor", "monster"}), " (did you mean \"monitor\"?)");
+}
+
+TEST(Face, TellsWhatAReceiverTookAndWhatItRefused) {
+  gps::AnswerReader answers;
+  answers.Feed("$>\r\n<OK\r\n<ERROR:Invalid Message ID\r\n$PASHR,ACK*3D\r\n$GPGGA,\r\n$PASHR,NAK");
+  EXPECT_TRUE(answers.HasHeard() && answers.Taken() == 3 && answers.Refused() == 1);
+  EXPECT_EQ(answers.Refusal(), "<ERROR:Invalid Message ID");
 }
 
 TEST(Face, RehearsesCommands) {

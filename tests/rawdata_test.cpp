@@ -342,7 +342,9 @@ TEST(RawData, FillsTheRecordOfOlderReceiversWithTheStrongest) {
   ASSERT_TRUE(raw.GetSatelliteData(slot, 3));
   EXPECT_TRUE(slot.m_nPRN == 5 && slot.m_bValid && slot.m_nSignalCount == 40);
   EXPECT_TRUE(slot.m_dPseudorange == 2.1e7 && slot.m_dCarrierPhase == 1.1e8 && slot.m_dDoppler == -1000.0);
-  epoch.signals.resize(2);
+  epoch.signals = {epoch.signals[0], epoch.signals[1], epoch.signals.back()};
+  EXPECT_TRUE(ToDataRaw(epoch, raw)) << "of one satellite";
+  epoch.signals.pop_back();
   EXPECT_FALSE(ToDataRaw(epoch, raw));
 }
 
