@@ -165,15 +165,4 @@ TEST_F(HostOperations, TakeNoArgumentsButTheirOwn) {
   EXPECT_EQ(Refusal({"set-beacon", "304.5"}), "none") << "the bit rate may be left to the receiver";
 }
 
-TEST_F(HostOperations, AreListedWhereTheModelHasThem) {
-  const auto names = [&](const char* model) {
-    std::string list;
-    for (const Offer& offer : OffersOf(FindModel(model))) list += std::string(offer.operation->name) + ' ';
-    return list;
-  };
-  EXPECT_EQ(names("Other"), "start send keep-alive suspend ");
-  // The capability answer for the source of corrections opens more than this make has.
-  EXPECT_EQ(names("SiRF"), "start default-nmea gga-only set-dgps reset send keep-alive suspend ");
-}
-
 }  // namespace

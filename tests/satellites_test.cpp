@@ -58,16 +58,6 @@ TEST_F(SatelliteTest, GivesAnUnusedSlotToANewSatelliteAndNoneWhenAllAreUsed) {
   EXPECT_EQ(Find(101)->m_nSNR, 0) << "the groups after a satellite without a place are dropped";
 }
 
-TEST_F(SatelliteTest, TellsSatellitesApartWhoseNumbersAreMultiplesApart) {
-  Gsa({1, 65, 129, 257});
-  EXPECT_TRUE(FeedSentence("$GPGSV,1,1,04,257,10,083,41,129,20,083,42,65,30,083,43,1,40,083,44"));
-  Table();
-  for (const auto& [number, signal] : {std::pair{257, 41}, {129, 42}, {65, 43}, {1, 44}}) {
-    EXPECT_EQ(Find(number)->m_nSNR, signal) << number;
-    EXPECT_TRUE(Find(number)->m_bUsed) << number;
-  }
-}
-
 TEST_F(SatelliteTest, WantsTheSentencesOfAGroupInOrder) {
   for (const char* sentence : {"1,09,101,41,083,46", "3,09,102,42,083,46", "2,09,103,43,083,46"})
     EXPECT_FALSE(FeedSentence(std::string("$GPGSV,3,") + sentence));

@@ -287,14 +287,6 @@ TEST(Simulator, FallsSilentAtAResetAndComesBackWithWhatItKeeps) {
   }
 }
 
-TEST(Simulator, RefusesADamagedSirfFrameAndGoesOnBehindIt) {
-  const auto receiver = Make("SiRF");
-  receiver->Receive("\xA0\xA2\0\x18\x81\2\0\0\0\0\1"s + std::string(15, '\0') + "\x12\xC0\1\x55\xB0\xB3" +
-                    "$PSRF103,05,00,00,01*21\r\n");
-  EXPECT_EQ(Kinds(receiver->Advance(2)), "GGA GSA GSV");
-  EXPECT_EQ(receiver->TakeComplaints().size(), 1u);
-}
-
 // In real time, at the end of a pseudo-terminal.
 
 TEST(PtyRunner, StopsAtOnceWhenNobodyReadsAndHasNoLineOnceItHasHungUp) {

@@ -179,13 +179,6 @@ TEST(Resources, AreTheTextsThatHostsShow) {
             "Tahoma/Dialog/Please wait while resetting receiver");
 }
 
-TEST(RegisteredMessage, IsTheSameForTheSameText) {
-  const UINT first = RegisterWindowMessageW(u"one");
-  EXPECT_EQ(RegisterWindowMessageW(u"one"), first);
-  EXPECT_NE(RegisterWindowMessageW(u"two"), first);
-  EXPECT_GE(first, 0xC000u);
-}
-
 TEST(Event, OfManualResetEndsEveryWaitAndOfAutomaticResetOne) {
   for (const bool manual : {true, false}) {
     const HANDLE event = CreateEventW(manual, true);
