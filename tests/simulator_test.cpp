@@ -210,12 +210,6 @@ TEST(Simulator, KeepsToItsOptions) {
   EXPECT_EQ(Ask(*silent, "$PASHS,PEM,5|$PASHQ,PAR") + silent->Advance(60), "");
 }
 
-TEST(Simulator, HasNoFixWithUnderFourSatellites) {
-  const auto receiver = Make("CSI");
-  Ask(*receiver, "$PASHS,PEM,80");
-  EXPECT_NE(receiver->Advance(1).find(",,,,,0,"), std::string::npos);
-}
-
 TEST(Simulator, SpreadsABurstOverTheLineWhenPaced) {
   const auto receiver = Make("Other");
   receiver->SetPaced(true);
