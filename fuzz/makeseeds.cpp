@@ -98,8 +98,9 @@ std::string TagOf(const std::string& line) {
 void AddMessages(Seeds& seeds, const std::string& heard, std::map<std::string, int>& known) {
   std::map<std::string, std::string> bundles;
   for (const std::string& line : Split(heard, kLines)) {
+    if (line.find_first_of("$#P") != 0) continue;
     const std::string tag = TagOf(line);
-    if (line.find_first_of("$#P") != 0 || ++known[tag] > 4) continue;
+    if (++known[tag] > 4) continue;
     bundles[tag] += kByTagAttachedRepaired + line + '\n';
     seeds.Add("parser_fuzz", "\x04"s + std::string(20, '\0') + '\n' + line);
   }
