@@ -5,8 +5,6 @@
 
 namespace {
 
-using namespace std::string_literals;
-
 class FilesTest : public EngineTest {
  protected:
   ~FilesTest() override { engine.Stop(); }
