@@ -5,6 +5,8 @@
 
 namespace {
 
+using namespace std::string_literals;
+
 class FilesTest : public EngineTest {
  protected:
   ~FilesTest() override { engine.Stop(); }
@@ -76,6 +78,14 @@ class PlayedFilesTest : public FilesTest {
     ASSERT_TRUE(engine.Start());
   }
 };
+
+TEST_F(PlayedFilesTest, OfAnyBytesAndLinesOfMegabytesAreNoise) {
+  std::string binary;
+  for (int i = 0; i < 20000; ++i) binary += static_cast<char>(i * i >> 3);
+  Play(binary + "\n\n\r\n" + "\0\0$\n"s + FixAt(1) + std::string(5 << 20, '$') + "\n" + FixAt(2) + FixAt(3));
+  EXPECT_TRUE(UntilRecords(2));
+  EXPECT_GT(engine.GetDroppedBuffers(), 0);
+}
 
 TEST_F(PlayedFilesTest, ThatChangeArePlayedAsTheyAreAtTheMoment) {
   int pauses = 0;

@@ -192,4 +192,12 @@ TEST_F(ExtremesTest, OfWhatIsReadStayNumbersAndDoNotLinger) {
   EXPECT_EQ(Last().m_dSpeed, 0.0);
 }
 
+TEST_F(ExtremesTest, OfATextAreCutAndNeverAFormat) {
+  EXPECT_TRUE(Feed("$>JI,%s%n%x%1000000d\r\n"));
+  EXPECT_STREQ(Last().m_Status.m_szText, "$>JI,%s%n%x%1000000d\r\n");
+  EXPECT_TRUE(Feed("$RD1," + std::string(5000, '9') + "\r\n"));
+  EXPECT_EQ(std::strlen(Last().m_Status.m_szText), sizeof Last().m_Status.m_szText - 1);
+  TraceOf([this] { EXPECT_FALSE(Feed("$PASHR,%s%n," + std::string(100, 'n'))); });
+}
+
 }  // namespace
