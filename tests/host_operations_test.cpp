@@ -64,10 +64,9 @@ TEST_F(HostOperations, SayWhatWasSentAndHowTheLineAnswered) {
     const Arguments arguments{{words.begin() + 1, words.end()}, false};
     Outcome outcome(Rehearse(model, operation, Prepare(operation, arguments)));
     for (const char c : std::string_view(bytes)) outcome.Feed({&c, 1});
+    const Outcome::Line line{"/dev/x", model, 4800, bytes[0] == '$', reports};
     std::string told;
-    const auto refusal = ErrorOf([&] {
-      told = outcome.Tell({"/dev/x", model, 4800, bytes[0] == '$', reports});
-    });
+    const auto refusal = ErrorOf([&] { told = outcome.Tell(line); });
     EXPECT_TRUE(Has(told + refusal, text));
   }
 }

@@ -121,7 +121,7 @@ class SearchTest : public testing::Test {
   }
   void ExpectHeard(const std::string& text) const { EXPECT_TRUE(Has(heard, text)); }
 
-  const host::Interrupt interrupt;
+  const host::Interrupt interrupt{};
   std::string heard;
 };
 

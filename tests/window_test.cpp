@@ -193,7 +193,7 @@ TEST(Event, OfManualResetEndsEveryWaitAndOfAutomaticResetOne) {
 TEST(Event, ThatIsSetOrClosedElsewhereReleasesWhoWaits) {
   const HANDLE events[] = {CreateEventW(false, false), CreateEventW(false, false)};
   for (const auto& [act, result] : {std::pair(&SetEvent, WAIT_OBJECT_0 + 1), {&CloseHandle, WAIT_FAILED}}) {
-    const std::jthread other([act, event = events[1]] {
+    const std::jthread other([act = act, event = events[1]] {
       Sleep(kShort);
       act(event);
     });

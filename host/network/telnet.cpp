@@ -17,6 +17,9 @@
 #include "host/run/failure.h"
 
 // The headers for a gensio of one's own are written for C: they have a parameter of that name.
+#ifdef __clang__
+#pragma clang diagnostic ignored "-Wkeyword-macro"
+#endif
 #define typename type_name
 extern "C" {
 #include <gensio/gensio_base.h>

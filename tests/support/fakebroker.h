@@ -5,7 +5,7 @@
 /// An MQTT broker that does what a test says and no more, for one client at a time.
 class FakeBroker : public TcpPeer {
  public:
-  enum Type { none = 0, connect = 1, publish = 3, ping = 12, disconnect = 14 };
+  enum Type { none = 0, publish = 3, ping = 12, disconnect = 14 };
   struct Packet {
     int type = none;  ///< None if the client has gone.
     int flags = 0;
