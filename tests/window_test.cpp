@@ -111,7 +111,7 @@ TEST(Queue, IsPassedOverByWhatIsPostedAtOnce) {
   const HWND name = window.GetSafeHwnd();
   PostMessageW(name, kNumber, 1, 0);
   {
-    const CPostAtOnce at_once;
+    const CPostAtOnce at_once(window);
     EXPECT_TRUE(PostMessageW(name, kNumber, 2, 0));
     EXPECT_TRUE(PostMessageW(name, kNumber, std::make_unique<Loaded>(window.got)));
     std::jthread([name] { PostMessageW(name, kNumber, 3, 0); }).join();

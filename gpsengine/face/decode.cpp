@@ -199,7 +199,7 @@ void Recording::Play::Decode(std::string_view bytes) {
     Date(bytes);
     const std::string_view guarded = guard_.Pass(bytes);
     CBinBuffer chunk(guarded.data(), static_cast<int>(guarded.size()));
-    const CPostAtOnce to_window;
+    const CPostAtOnce to_window(window_);
     engine_.UpdateGPSBuffer(chunk);
   }
   window_.Close();

@@ -200,7 +200,8 @@ bool CBinBuffer::FindHead(Head& head) {
   const char* const start = GetPtr(m_nCurrent);
   const char* const end = GetPtr(m_nLength);
   const char* const first = FirstComma();
-  if (first == nullptr || IsBin(start, first)) {
+  head.bBin = IsBin(start, first != nullptr ? first : end);
+  if (first == nullptr || head.bBin) {
     head.tag = std::string_view(start, end).substr(0, 4);
     return BytesLeft() > 4;
   }
@@ -221,7 +222,7 @@ int CBinBuffer::BinaryLength(const Head& head) const {
     }
   }
   const char* const start = GetPtr(m_nCurrent);
-  if (*start != '$' || !IsBin(start, GetPtr(m_nLength))) return 0;
+  if (!head.bBin || *start != '$') return 0;
   for (const BlockLength& block : kBinBlocks) {
     if (start[4] == block.number) return block.nLength;
   }

@@ -81,6 +81,7 @@ class CBinBuffer {
   // What the current message begins with, as it lies in the buffer.
   struct Head {
     bool bOem = false;
+    bool bBin = false;
     std::string_view tag;
     std::string_view subTag;
   };

@@ -207,11 +207,14 @@ int CString::CompareNoCase(const CString& other) const noexcept {
 }
 
 bool CString::ToBytes(std::string& bytes) const {
-  const auto text = View();
-  if (!textscan::IsNarrow(text)) return false;
-  bytes.resize(text.size());
-  textscan::Narrow(text, bytes.data());
-  return true;
+  bytes.resize(View().size());
+  if (ToBytes(bytes.data())) return true;
+  bytes.clear();
+  return false;
+}
+
+bool CString::ToBytes(char* bytes) const {
+  return textscan::Narrow(View(), bytes);
 }
 
 namespace {

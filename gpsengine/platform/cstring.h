@@ -139,8 +139,10 @@ class CString {
   /// host has made of its own. Texts among the arguments are UTF-8.
   [[gnu::format(printf, 2, 3)]] void Format(const char* pszFormat, ...);
 
-  /// The text as 8-bit bytes for the wire. False, with `bytes` untouched, if a character is above 255.
+  /// The text as 8-bit bytes for the wire. False, with `bytes` empty, if a character is above 255.
   bool ToBytes(std::string& bytes) const;
+  /// The same into room for as many bytes as the text has characters, where anything stands if it is false.
+  bool ToBytes(char* bytes) const;
   std::string ToUtf8() const;  ///< For paths and terminals; a lone surrogate becomes U+FFFD.
   static CString FromUtf8(std::string_view text);  ///< A malformed sequence becomes U+FFFD.
 

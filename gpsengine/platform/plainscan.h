@@ -47,12 +47,13 @@ inline int LengthOf(const char* bytes, int count) {
   return zero == nullptr ? count : static_cast<int>(static_cast<const char*>(zero) - bytes);
 }
 
-inline bool IsNarrow(std::u16string_view text) {
-  return std::all_of(text.begin(), text.end(), [](WCHAR c) { return c <= 0xFF; });
-}
-
-inline void Narrow(std::u16string_view text, char* to) {
-  std::transform(text.begin(), text.end(), to, [](WCHAR c) { return static_cast<char>(c); });
+inline bool Narrow(std::u16string_view text, char* to) {
+  WCHAR all = 0;
+  for (const WCHAR c : text) {
+    all |= c;
+    *to++ = static_cast<char>(c);
+  }
+  return all <= 0xFF;
 }
 
 inline const char* Find(const char* bytes, const char* end, char c) {

@@ -56,12 +56,8 @@ int WidenText(const char* bytes, int count, WCHAR* to) {
   return plain::LengthOf(bytes, count);
 }
 
-bool IsNarrow(std::u16string_view text) {
-  return plain::IsNarrow(text);
-}
-
-void Narrow(std::u16string_view text, char* to) {
-  plain::Narrow(text, to);
+bool Narrow(std::u16string_view text, char* to) {
+  return plain::Narrow(text, to);
 }
 
 const char* FindNear(const char* bytes, const char* end, char c) {

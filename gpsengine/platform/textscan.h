@@ -31,11 +31,8 @@ void Widen(const char* bytes, int count, WCHAR* to);
 /// The same, and gives how many of them stand before the first zero byte.
 int WidenText(const char* bytes, int count, WCHAR* to);
 
-/// Whether each character fits into a byte.
-bool IsNarrow(std::u16string_view text);
-
-/// Makes bytes of characters that fit.
-void Narrow(std::u16string_view text, char* to);
+/// Makes bytes of characters. False, with anything in `to`, if one does not fit into a byte.
+bool Narrow(std::u16string_view text, char* to);
 
 /// The first `c` of some bytes, or null: for one that is likely to be near.
 const char* FindNear(const char* bytes, const char* end, char c);

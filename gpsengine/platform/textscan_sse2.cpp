@@ -41,13 +41,6 @@ unsigned BitsOfTwo(__m128i low, __m128i high) {
   return static_cast<unsigned>(_mm_movemask_epi8(_mm_packs_epi16(low, high)));
 }
 
-// Read from its character kTwoSteps - n on, two registers whose characters from place n on are set.
-constexpr auto kFromPlace = [] {
-  std::array<WCHAR, 2 * kTwoSteps> characters{};
-  std::fill(characters.begin() + kTwoSteps, characters.end(), WCHAR{0xFFFF});
-  return characters;
-}();
-
 unsigned FoldXor(__m128i sums) {
   sums = _mm_xor_si128(sums, _mm_srli_si128(sums, 8));
   sums = _mm_xor_si128(sums, _mm_srli_si128(sums, 4));
@@ -106,37 +99,18 @@ bool Contains(std::u16string_view text, WCHAR c) {
 
 int SumUpTo(std::u16string_view text, WCHAR end, unsigned& sum) {
   const int length = static_cast<int>(text.size());
-  const WCHAR* p = text.data();
-  if (length < kTwoSteps) return plain::SumUpTo(text, end, sum);
   const __m128i all = All(end);
   __m128i sums = _mm_setzero_si128();
-  const auto hits_at = [&](int i) {
-    return BitsOfTwo(_mm_cmpeq_epi16(Load(p + i), all), _mm_cmpeq_epi16(Load(p + i + kStep), all));
-  };
-  // Of the two registers from `i` on, adds what stands from one place on and before another.
-  const auto add = [&](int i, int from, int to) {
-    const auto part = [&](int half) {
-      const __m128i wanted = _mm_andnot_si128(Load(kFromPlace.data() + kTwoSteps - to + half),
-                                              Load(kFromPlace.data() + kTwoSteps - from + half));
-      return _mm_and_si128(wanted, Load(p + i + half));
-    };
-    sums = _mm_xor_si128(sums, _mm_xor_si128(part(0), part(kStep)));
-  };
   int i = 0;
-  unsigned bits = 0;
-  for (; i + kTwoSteps <= length && (bits = hits_at(i)) == 0; i += kTwoSteps)
-    sums = _mm_xor_si128(sums, _mm_xor_si128(Load(p + i), Load(p + i + kStep)));
-  int from = 0;
-  if (bits == 0 && i < length) {
-    from = i + kTwoSteps - length;
-    i = length - kTwoSteps;
-    bits = hits_at(i) >> from << from;
-    if (bits == 0) add(i, from, kTwoSteps);
+  for (; i + kTwoSteps <= length; i += kTwoSteps) {
+    const __m128i low = Load(text.data() + i);
+    const __m128i high = Load(text.data() + i + kStep);
+    if (BitsOfTwo(_mm_cmpeq_epi16(low, all), _mm_cmpeq_epi16(high, all)) != 0) break;
+    sums = _mm_xor_si128(sums, _mm_xor_si128(low, high));
   }
-  const int to = std::countr_zero(bits);
-  if (bits != 0) add(i, from, to);
-  sum = FoldXor(sums);
-  return bits != 0 ? i + to : -1;
+  const int rest = plain::SumUpTo(text.substr(static_cast<std::size_t>(i)), end, sum);
+  sum ^= FoldXor(sums);
+  return rest < 0 ? -1 : i + rest;
 }
 
 namespace {
@@ -174,33 +148,27 @@ int WidenText(const char* from, int count, WCHAR* to) {
   return zero ? plain::LengthOf(from, count) : count;
 }
 
-bool IsNarrow(std::u16string_view text) {
-  const int length = static_cast<int>(text.size());
-  if (length < kTwoSteps) return plain::IsNarrow(text);
-  const auto bits_at = [&](int i) {
-    return _mm_or_si128(Load(text.data() + i), Load(text.data() + i + kStep));
-  };
-  __m128i all = bits_at(length - kTwoSteps);
-  for (int i = 0; i + kTwoSteps <= length; i += kTwoSteps) all = _mm_or_si128(all, bits_at(i));
-  return ByteBits(_mm_cmpeq_epi8(_mm_srli_epi16(all, 8), _mm_setzero_si128())) == 0xFFFF;
-}
-
-void Narrow(std::u16string_view text, char* to) {
+bool Narrow(std::u16string_view text, char* to) {
   const int length = static_cast<int>(text.size());
   if (length < kTwoSteps) return plain::Narrow(text, to);
+  __m128i all = _mm_setzero_si128();
   const auto step = [&](int i) {
-    const __m128i bytes = _mm_packus_epi16(Load(text.data() + i), Load(text.data() + i + kStep));
-    _mm_storeu_si128(reinterpret_cast<__m128i*>(to + i), bytes);
+    const __m128i low = Load(text.data() + i);
+    const __m128i high = Load(text.data() + i + kStep);
+    all = _mm_or_si128(all, _mm_or_si128(low, high));
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(to + i), _mm_packus_epi16(low, high));
   };
   for (int i = 0; i + kTwoSteps <= length; i += kTwoSteps) step(i);
   step(length - kTwoSteps);
+  return ByteBits(_mm_cmpeq_epi8(_mm_srli_epi16(all, 8), _mm_setzero_si128())) == 0xFFFF;
 }
 
 const char* FindNear(const char* from, const char* end, char c) {
   constexpr std::ptrdiff_t kNear = 8 * kBytes;
   const __m128i all = _mm_set1_epi8(c);
+  const char* const near_end = from + std::min(end - from, kNear);
   const char* p = from;
-  for (; end - p >= kBytes && p - from < kNear; p += kBytes) {
+  for (; near_end - p >= kBytes; p += kBytes) {
     if (const unsigned bits = ByteBits(_mm_cmpeq_epi8(LoadBytes(p), all)); bits != 0)
       return p + std::countr_zero(bits);
   }

@@ -2,6 +2,7 @@
 
 #include <map>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "gpsengine/platform/messagequeue.h"
@@ -36,7 +37,7 @@ WindowEntry* FindEntry(WindowTable& table, HWND wnd) {
   return nullptr;
 }
 
-thread_local int t_nPostsAtOnce = 0;  // number of live CPostAtOnce objects
+thread_local CWnd* t_pAtOnce = nullptr;  // of the innermost CPostAtOnce
 
 CWnd* FindWindow(HWND wnd) {
   WindowTable& table = Windows();
@@ -123,34 +124,27 @@ bool IsWindow(HWND wnd) {
 }
 
 static bool Post(const MSG& posted) {
-  CWnd* at_once = nullptr;
+  if (t_pAtOnce != nullptr && t_pAtOnce->GetSafeHwnd() == posted.hwnd) {
+    const std::unique_ptr<MessageFreight> freight(posted.pFreight);
+    if (freight != nullptr) freight->Arrive();
+    t_pAtOnce->WindowProc(posted.message, posted.wParam, posted.lParam);
+    return true;
+  }
   {
     // With the table locked, so that the window cannot be destroyed meanwhile.
     WindowTable& table = Windows();
     const std::lock_guard lock(table.mutex);
     const WindowEntry* const entry = FindEntry(table, posted.hwnd);
-    if (entry != nullptr && t_nPostsAtOnce > 0 && entry->pQueue == MessageQueue::OfThisThread()) {
-      at_once = entry->pWindow;
-    } else if (entry != nullptr && entry->pQueue->Post(posted)) {
-      return true;
-    }
+    if (entry != nullptr && entry->pQueue->Post(posted)) return true;
   }
-  if (at_once == nullptr) {
-    Dispose(posted);
-    return false;
-  }
-  const std::unique_ptr<MessageFreight> freight(posted.pFreight);
-  if (freight != nullptr) freight->Arrive();
-  at_once->WindowProc(posted.message, posted.wParam, posted.lParam);
-  return true;
+  Dispose(posted);
+  return false;
 }
 
-CPostAtOnce::CPostAtOnce() {
-  ++t_nPostsAtOnce;
-}
+CPostAtOnce::CPostAtOnce(CWnd& window) : m_pOuter(std::exchange(t_pAtOnce, &window)) {}
 
 CPostAtOnce::~CPostAtOnce() {
-  --t_nPostsAtOnce;
+  t_pAtOnce = m_pOuter;
 }
 
 bool PostMessageW(HWND wnd, UINT message, WPARAM w_param, LPARAM l_param, MessageDisposer dispose) {

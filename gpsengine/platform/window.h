@@ -92,15 +92,19 @@ bool PostMessageW(HWND hWnd, UINT message, WPARAM wParam, LPARAM lParam,
                   MessageDisposer pfnDispose = nullptr);
 /// The same with both parameters 0 and a freight, which is deleted with the message.
 bool PostMessageW(HWND hWnd, UINT message, std::unique_ptr<MessageFreight> freight);
-/// While it lives, what its thread posts to windows of its own is handled before PostMessageW returns, ahead
-/// of what is in the queue. For a host that feeds the engine by itself, so that nothing piles up: its
+/// While it lives, what its thread posts to that window of its own is handled before PostMessageW returns,
+/// ahead of what is in the queue. For a host that feeds the engine by itself, so that nothing piles up: its
 /// handlers run in the midst of a message's decoding, and may not call the engine.
 class CPostAtOnce {
  public:
-  CPostAtOnce();
+  /// The window outlives it.
+  explicit CPostAtOnce(CWnd& window);
   ~CPostAtOnce();
   CPostAtOnce(const CPostAtOnce&) = delete;
   CPostAtOnce& operator=(const CPostAtOnce&) = delete;
+
+ private:
+  CWnd* const m_pOuter;  // of the scope around it
 };
 /// Blocks until the window's procedure has handled the message, and returns its result; 0 if the window does
 /// not exist or is destroyed meanwhile. From any thread. A window's thread handles sent messages while it

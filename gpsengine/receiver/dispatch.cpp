@@ -76,11 +76,13 @@ GPSStringType CGPSReceiver::GetGPSStringType(const CString& sentence) {
 
 bool CGPSReceiver::IsChecksumOK(const CString& sentence) {
   std::u16string_view message = sentence.View();
-  const auto dollar = message.find(u'$');
-  if (dollar == std::u16string_view::npos) return false;
-  // An asterisk before the "$" is the first one, and no end of what stands after.
-  if (dollar > 0 && message.find(u'*') < dollar) return false;
-  message.remove_prefix(dollar + 1);
+  if (!message.starts_with(u'$')) {
+    const auto dollar = message.find(u'$');
+    // An asterisk before the "$" is the first one, and no end of what stands after.
+    if (dollar == std::u16string_view::npos || message.find(u'*') < dollar) return false;
+    message.remove_prefix(dollar);
+  }
+  message.remove_prefix(1);
   unsigned sum = 0;
   const int star = textscan::SumUpTo(message, u'*', sum);
   if (star < 0) return false;

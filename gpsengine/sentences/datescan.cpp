@@ -1,6 +1,7 @@
 #include "gpsengine/sentences/datescan.h"
 
 #include <chrono>
+#include <utility>
 
 #include "gpsengine/sentences/fields.h"
 
@@ -38,19 +39,31 @@ std::optional<Time> MomentOfZda(const Fields& zda) {
 }  // namespace
 
 void DateScan::Feed(std::string_view bytes) {
+  // Before a date with a fix none counts, and mostly there is one among the last lines.
+  constexpr std::size_t kLastLines = 1024;
+  if (bytes.size() > kLastLines) {
+    std::string head = std::exchange(head_, {});
+    if (Scan(bytes.substr(bytes.size() - kLastLines))) return;
+    head_ = std::move(head);
+  }
   if (!head_.empty()) {
     head_ += bytes.substr(0, kLongestSentence - head_.size());
     const bool is_all = Take(head_);
     ReadTaken();
     if (is_all) head_.clear();
   }
+  Scan(bytes);
+}
+
+/// Whether there is a date with a fix.
+bool DateScan::Scan(std::string_view bytes) {
   for (auto at = bytes.find('$'); at != std::string_view::npos; at = bytes.find('$', 1)) {
     bytes.remove_prefix(at);
     if (Take(bytes)) continue;
     head_ = bytes;
     break;
   }
-  ReadTaken();
+  return ReadTaken();
 }
 
 /// Looks at what begins with a "$". False if that may be a sentence with a date and is not all there yet.
@@ -67,7 +80,7 @@ bool DateScan::Take(std::string_view bytes) {
 }
 
 /// From the last one back to one with a fix, before which none counts.
-void DateScan::ReadTaken() {
+bool DateScan::ReadTaken() {
   bool is_dated = had_fix_;
   while (!taken_.empty()) {
     const Fields sentence(taken_.back());
@@ -81,9 +94,12 @@ void DateScan::ReadTaken() {
     if (!moment) continue;
     latest_ = moment;
     is_dated = true;
-    had_fix_ = has_fix;
-    if (has_fix) taken_.clear();
+    if (!has_fix) continue;
+    had_fix_ = true;
+    taken_.clear();
+    return true;
   }
+  return false;
 }
 
 }  // namespace gps

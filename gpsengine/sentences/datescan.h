@@ -22,8 +22,9 @@ class DateScan {
   std::optional<Time> Latest() const { return latest_; }
 
  private:
+  bool Scan(std::string_view bytes);
   bool Take(std::string_view bytes);
-  void ReadTaken();
+  bool ReadTaken();
 
   std::string head_;                     // a sentence that the end of the piece has cut
   std::vector<std::string_view> taken_;  // of the piece, with dates

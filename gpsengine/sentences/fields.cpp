@@ -51,8 +51,21 @@ int HexDigit(char c) {
   return letter >= 0 && letter < 6 ? letter + 10 : -1;
 }
 
+/// The exclusive or of all bytes, eight at a time.
+int SumOf(std::string_view text) {
+  std::uint64_t sum = 0;
+  for (; text.size() >= sizeof sum; text.remove_prefix(sizeof sum)) {
+    std::uint64_t eight;
+    std::memcpy(&eight, text.data(), sizeof eight);
+    sum ^= eight;
+  }
+  for (const char c : text) sum ^= static_cast<unsigned char>(c);
+  for (const int half : {32, 16, 8}) sum ^= sum >> half;
+  return static_cast<int>(sum & 0xFF);
+}
+
 bool IsChecksum(std::string_view digits, int sum) {
-  return digits.size() == 2 && HexDigit(digits[0]) == sum >> 4 && HexDigit(digits[1]) == (sum & 15);
+  return digits.size() >= 2 && HexDigit(digits[0]) == sum >> 4 && HexDigit(digits[1]) == (sum & 15);
 }
 
 }  // namespace
@@ -72,9 +85,10 @@ std::optional<double> NumberOf(std::string_view field) {
 }
 
 Fields::Fields(std::string_view line) {
-  for (auto start = line.find('$'); start != std::string_view::npos; start = line.find('$', 1))
-    line.remove_prefix(start);
-  if (!line.starts_with('$')) return;
+  if (!line.starts_with('$')) line.remove_prefix(std::min(line.find('$'), line.size()));
+  for (auto next = line.find('$', 1); next != std::string_view::npos; next = line.find('$', 1))
+    line.remove_prefix(next);
+  if (line.empty()) return;
   Split(line.substr(1));
   constexpr std::size_t kTag = 5;
   if (const auto tag = (*this)[0]; tag.size() == kTag) tag_ = tag;
@@ -85,20 +99,17 @@ void Fields::Split(std::string_view sentence) {
   const auto star = sentence.find('*');
   if (star == 0 || star == std::string_view::npos) return;
   auto body = sentence.substr(0, star);
-  unsigned char sum = 0;
-  for (const char c : body) sum ^= static_cast<unsigned char>(c);
-  if (!IsChecksum(sentence.substr(star + 1, 2), sum)) return;
+  if (!IsChecksum(sentence.substr(star + 1), SumOf(body))) return;
   static_assert(kBlock == textscan::kBlock);
-  const char** start = starts_.data();
-  *start++ = body.data();
+  const char** border = borders_.data();
+  *border++ = body.data() - 1;
   for (; !body.empty(); body.remove_prefix(std::min(kBlock, body.size()))) {
-    const char* const second = body.data() + 1;
     for (auto commas = textscan::MatchBits(body, ','); commas != 0; commas &= commas - 1)
-      *start++ = second + static_cast<unsigned>(std::countr_zero(commas));
-    if (start > starts_.data() + kMost) return;
+      *border++ = body.data() + static_cast<unsigned>(std::countr_zero(commas));
+    if (border > borders_.data() + kMost) return;
   }
-  *start = body.data() + 1;  // behind the asterisk
-  size_ = static_cast<int>(start - starts_.data());
+  *border = body.data();
+  size_ = static_cast<int>(border - borders_.data());
 }
 
 std::optional<double> TimeOf(std::string_view field) {

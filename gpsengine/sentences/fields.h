@@ -27,8 +27,8 @@ class Fields {
   /// A field by its number, 0 being the tag; empty if there are fewer.
   std::string_view operator[](int number) const {
     if (number >= size_) return {};
-    const char* const* const start = starts_.data() + number;
-    return {start[0], start[1] - 1};  // before the comma
+    const char* const* const border = borders_.data() + number;
+    return {border[0] + 1, border[1]};
   }
 
  private:
@@ -36,8 +36,8 @@ class Fields {
 
   void Split(std::string_view sentence);
 
-  // Of each field, and where the next one would start. What is split at once has room beyond.
-  std::array<const char*, kMost + kBlock> starts_;
+  // The "$", the commas and the asterisk. What is split at once has room beyond.
+  std::array<const char*, kMost + kBlock> borders_;
   int size_ = 0;
   std::string_view tag_;
 };

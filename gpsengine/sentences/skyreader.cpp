@@ -125,7 +125,9 @@ bool SkyReader::OnGroup(const Source& source) {
   Group& kept = Remember(groups_, source);
   // Some receivers tell of several bands without naming them.
   if (kept.epoch != epoch_) kept.items.clear();
-  if (kept.items.size() < Sky::kMost) {
+  if (kept.items.empty()) {
+    kept.items.swap(coming_);
+  } else if (kept.items.size() < Sky::kMost) {
     kept.items.insert(kept.items.end(), coming_.begin(), coming_.end());
   }
   kept.epoch = epoch_;

@@ -100,17 +100,30 @@ bool CParser::GetNextString(CString& out) {
   return true;
 }
 
+// Most numbers are short and plain. The others are calls of their own at the end, for which these save no
+// registers.
 bool CParser::GetInt(int& out) {
-  if (!HasField()) return Fail();
+  if (m_Marks == 0) return GetBeyondBlock(&CParser::GetInt, out);
   const auto field = TakeField();
-  if (textscan::ReadShortNumber(field, m_pEnd, out)) return true;
-  return ParseInt(field, &out) || Fail();
+  return textscan::ReadShortNumber(field, m_pEnd, out) || IntOf(field, out);
 }
 
 bool CParser::GetDouble(double& out) {
-  if (!HasField()) return Fail();
+  if (m_Marks == 0) return GetBeyondBlock(&CParser::GetDouble, out);
   const auto field = TakeField();
-  if (ParseShortDecimal(field, m_Text.data(), out)) return true;
+  return ParseShortDecimal(field, m_Text.data(), out) || DoubleOf(field, out);
+}
+
+template <class Number>
+bool CParser::GetBeyondBlock(bool (CParser::*get)(Number&), Number& out) {
+  return HasFieldBeyondBlock() ? (this->*get)(out) : Fail();
+}
+
+bool CParser::IntOf(std::u16string_view field, int& out) const {
+  return ParseInt(field, &out) || Fail();
+}
+
+bool CParser::DoubleOf(std::u16string_view field, double& out) const {
   double value = 0.0;
   int remaining = 0;
   if (!ParseDouble(field, value, remaining)) return Fail();

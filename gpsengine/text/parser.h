@@ -53,6 +53,10 @@ class CParser {
   bool HasField() { return m_Marks != 0 || HasFieldBeyondBlock(); }
   std::u16string_view TakeField();
   bool HasFieldBeyondBlock();
+  template <class Number>
+  [[gnu::noinline]] bool GetBeyondBlock(bool (CParser::*get)(Number&), Number& out);
+  [[gnu::noinline]] bool IntOf(std::u16string_view field, int& out) const;
+  [[gnu::noinline]] bool DoubleOf(std::u16string_view field, double& out) const;
   bool Fail() const;
   void SetDelimiters(const char* pszDelimiters);
   void Start(std::u16string_view text);

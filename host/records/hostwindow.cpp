@@ -82,8 +82,10 @@ void HostWindow::OnData(const CGPSData& data) {
 }
 
 void HostWindow::OnString(const CString& text) {
-  const bool is_read = wants_sky_ && text.ToBytes(bytes_);
-  const Fields sentence(is_read ? std::string_view(bytes_) : std::string_view());
+  const auto length = static_cast<std::size_t>(text.GetLength());
+  if (bytes_.size() < length) bytes_.resize(length);
+  const bool is_read = wants_sky_ && text.ToBytes(bytes_.data());
+  const Fields sentence(is_read ? std::string_view(bytes_.data(), length) : std::string_view());
   if (is_read) ShowSky(skies_.OnText(sentence));
   // That of the last record that was shown is told too.
   if (!std::exchange(owes_text_, false) && IsFull()) return;

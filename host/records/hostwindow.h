@@ -82,7 +82,7 @@ class HostWindow : public CWnd {
   long long shown_ = 0;
   bool owes_text_ = false;  // of the last message
   bool wants_sky_ = false;  // when last asked
-  std::string bytes_;       // of the current text, kept for its memory
+  std::string bytes_;       // room for those of a text
   Published published_;
 };
 

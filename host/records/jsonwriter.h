@@ -130,19 +130,19 @@ class JsonWriter {
   }
   /// Room for that many characters, at most kRoom.
   char* Room(std::size_t count) {
-    if (count > kRoom - used_) [[unlikely]] {
+    if (count > static_cast<std::size_t>(gathered_.data() + kRoom - end_)) [[unlikely]] {
       Flush();
     }
-    return gathered_.data() + used_;
+    return end_;
   }
   [[gnu::always_inline]] void Put(char c) {
     *Room(1) = c;
-    ++used_;
+    ++end_;
   }
   [[gnu::always_inline]] void Put(std::string_view text) {
     if (text.size() > kRoom) return PutLong(text);
     std::memcpy(Room(text.size()), text.data(), text.size());
-    used_ += text.size();
+    end_ += text.size();
   }
   /// Writes what stands before a member's value. Gives where that has room.
   [[gnu::always_inline]] char* WriteKey(std::string_view key) {
@@ -156,8 +156,8 @@ class JsonWriter {
     return to;
   }
   /// Takes what was written in Room, up to its end.
-  void PutUpTo(const char* end) {
-    used_ = static_cast<std::size_t>(end - gathered_.data());
+  void PutUpTo(char* end) {
+    end_ = end;
     fresh_ = false;
   }
   /// Write a value and give its end.
@@ -189,8 +189,8 @@ class JsonWriter {
   }
   void PutEscaped(unsigned char byte);
   void Flush() {
-    out_.append(gathered_.data(), used_);
-    used_ = 0;
+    out_.append(gathered_.data(), end_);
+    end_ = gathered_.data();
   }
   /// Hands on what is complete.
   void Pass() {
@@ -199,9 +199,9 @@ class JsonWriter {
 
   std::string& out_;
   std::array<char, kRoom> gathered_;
-  std::size_t used_ = 0;
-  int depth_ = 0;      // brackets that are open
-  bool fresh_ = true;  // nothing stands ahead that a comma has to part from what comes
+  char* end_ = gathered_.data();  // of what has gathered
+  int depth_ = 0;                 // brackets that are open
+  bool fresh_ = true;             // nothing stands ahead that a comma has to part from what comes
 };
 
 /// Appends a finite number with that many decimals, 0 to 9, rounded half away from zero.

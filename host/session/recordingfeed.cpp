@@ -84,7 +84,7 @@ void RecordingFeed::Play(std::string_view bytes) {
 void RecordingFeed::Decode(CGPSEngine& engine, std::string_view bytes) {
   const std::string_view guarded = guard_.Pass(bytes);
   CBinBuffer chunk(guarded.data(), static_cast<int>(guarded.size()));
-  const CPostAtOnce to_window;
+  const CPostAtOnce to_window(*window_);
   engine.UpdateGPSBuffer(chunk);
   if (progress_) progress_->Update(static_cast<double>(done_ + Current().Done()));
 }
