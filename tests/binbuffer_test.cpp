@@ -94,7 +94,8 @@ TEST(BinBuffer, TakesEachMessageForWhatItsHeadSays) {
        {"#ECUTOFFA,COM1,0;5.0*AB\n", "#WAAS1A,COM1,0;X*12\r\n", kGga}},
       {"##A,1,2\r\n#BIN_,1*12\r\n" + kGga, {"#\n", "#A,1,2\r\n", "#BIN_,1*12\r\n", kGga}},
       {"$PMD\r\n$BINx\r\n", {"$PMD\r\n", "$BINx\r\n"}},  // no number of a block: a text
-      {ack, {}},                                         // with one comma it waits for another
+      {"$BIN,\r\n", {"$BIN,\r\n"}},
+      {ack, {}},  // with one comma it waits for another
       {ack + kGga, {ack, kGga}},
       {kGga + Ashtech("PBN", 68) + "\n" + kVtg + Block(95, 140) + "\n" + kGga + Oem(28, 17) + kVtg,
        {kGga, head, kVtg, "$BIN_\n", kGga, oem, kVtg}},

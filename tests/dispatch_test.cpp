@@ -39,7 +39,7 @@ TEST_F(DispatchTest, KnowsEveryTag) {
   EXPECT_EQ(receiver.GetSentencesRecognised(), recognised);
   EXPECT_EQ(TypeOf("\xAA\x44\x12\x1C"), GPS_STRING_AXIS4_BIN);
   for (const char* other :
-       {"", "$", "$GP", "$GPGG", "$gpgga,1,2", "GPGGA,1", "$GLGSV,1", "#LOGLIS", "\xAA\x44"})
+       {"", "$", "$GP", "$GPGG", "$gpgga,1,2", "GPGGA,1", "$GLGSV,1", "#LOGLIS", "$WAAS1A", "\xAA\x44"})
     EXPECT_EQ(TypeOf(other), GPS_STRING_NONE) << other;
   EXPECT_EQ(receiver.GetSentencesRecognised(), recognised) << "none of those";
 }

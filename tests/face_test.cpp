@@ -74,7 +74,7 @@ TEST(Face, NamesEveryKindOfFix) {
 }
 
 TEST(Face, GivesAnAnswerThatNoDecoderKnowsByItsText) {
-  const std::string bytes = "$>FOO,1,2\r\n";
+  const std::string bytes = "$>FO\x7F,1,2\r\n$>FOO,1,2\r\n";
   EXPECT_EQ(testing::PrintToString(gps::decode(BytesOf(bytes)).reports().next().value()), "text $>FOO,1,2");
 }
 
@@ -264,6 +264,7 @@ TEST(FaceLive, ReadsALineOfOnesOwnOnAnyThread) {
   other.join();
   EXPECT_EQ(receiver.reports(kLong).next().value().key, "ack") << "it has waited";
   EXPECT_TRUE(Has(ErrorOf([&] { receiver.fixes(1ms).next(); }), "4 no fix came from the line in 0.001 s"));
+  EXPECT_TRUE(Has(ErrorOf([&] { receiver.raw(1ms).next(); }), "4 no raw data came from the line"));
   std::stop_source stop;
   std::thread stopping([&] { stop.request_stop(); });
   EXPECT_EQ(receiver.fixes({kLong, stop.get_token()}).next(), std::nullopt);

@@ -204,6 +204,7 @@ TEST(HostSky, ComesFromRecordsWhereSentencesHaveNoGroups) {
     data.m_bPositionValid = position;
     data.m_bSatellitesComplete = data.m_bSatellitesChanged = true;
     data.m_nSatellitesInView = 2;
+    data.m_dPDOP = 2.5;
     data.m_Satellites[0] = {0.5, 1.0, 1, true, true, 41};
     data.m_Satellites[3] = {0.0, 0.0, 66, false, true, 0};
     return data;
@@ -213,6 +214,7 @@ TEST(HostSky, ComesFromRecordsWhereSentencesHaveNoGroups) {
   const Sky* sky = source.OnText(Fields("$PASHR,SAT,..."));
   ASSERT_NE(sky, nullptr);
   EXPECT_EQ(Show(*sky), "G01=1*:29/57/41 R02=66:-/-/-");
+  EXPECT_TRUE(sky->pdop == 2.5 && !sky->hdop && !sky->vdop);
   source.OnData(record(true));
   EXPECT_EQ(source.OnText(Fields(At("120000"))), nullptr) << "the same with a position";
   source.OnData(record(false));

@@ -193,6 +193,7 @@ struct Channel {
   std::uint32_t system, signal;
   bool phase = true, parity = true, code = true;
   float lock = 100.0F, signal_strength = 45.0F;
+  double range = 2.1e7;
 };
 
 Words Range(const std::vector<Channel>& channels, double seconds = 0.0) {
@@ -201,7 +202,7 @@ Words Range(const std::vector<Channel>& channels, double seconds = 0.0) {
   for (const Channel& c : channels) {
     simulator::AppendLittle(body, c.satellite);
     simulator::AppendLittle(body, c.frequency);
-    simulator::AppendLittle(body, 2.1e7);
+    simulator::AppendLittle(body, c.range);
     simulator::AppendLittle(body, 0.05F);
     simulator::AppendLittle(body, -1.1e8);
     for (const float value : {0.01F, -1000.0F, c.signal_strength, c.lock})
@@ -251,6 +252,9 @@ TEST(RawData, KnowsTheSatellitesAndSignalsOfEverySystem) {
     }
     EXPECT_EQ(first + " to " + last + ':' + codes, expected);
   }
+  ObservationEpoch epoch;
+  EXPECT_FALSE(
+      DecodeObservations(Range({{1, 0, 0, 0, true, true, true, 100.0F, 45.0F, 1e9}}), history, epoch));
 }
 
 TEST(RawData, KnowsGpsAndSbasInABlockOfTwelveChannels) {

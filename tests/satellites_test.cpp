@@ -100,9 +100,9 @@ TEST_F(SatelliteTest, DeclaresTheTableIncompleteWhenTheHostAsks) {
 }
 
 TEST_F(SatelliteTest, TurnsACourseIntoAMathematicalAngle) {
-  constexpr std::pair<const char*, double> rows[] = {{"0", 90},    {"90", 0},   {"180", 270},
-                                                     {"270", 180}, {"360", 90}, {"450", 0},
-                                                     {"500", 310}, {"-271", 1}, {"-1000", 10}};
+  constexpr std::pair<const char*, double> rows[] = {{"0", 90},   {"90", 0},    {"180", 270}, {"270", 180},
+                                                     {"360", 90}, {"450", 0},   {"810", 0},   {"500", 310},
+                                                     {"-271", 1}, {"-1000", 10}};
   for (const auto& [course, heading] : rows) {
     EXPECT_FALSE(FeedSentence(std::string("$GPVTG,") + course + ",T,,M,019.4,N,36.0,K"));
     EXPECT_NEAR(Table().m_dHeading, heading * kDegree, 1e-12) << course;

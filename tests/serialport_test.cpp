@@ -156,7 +156,7 @@ TEST_F(RehearsedPort, GivesTheFirstByteOfALineThatKeepsTalking) {
   Open();
   EXPECT_EQ(port.ReadFirstByte(0, 50), 0);
   line.Feed("\xFFrest");
-  EXPECT_EQ(port.ReadFirstByte(0, 50), -1);
+  EXPECT_LT(Took([&] { EXPECT_EQ(port.ReadFirstByte(0, 50), -1); }), 50u);
   port.PurgeInput();
   line.Feed("k", 40);
   line.Feed("x", 60);

@@ -58,14 +58,14 @@ TEST(ParseDouble, RefusesWhatIsNoNumberOrTooLarge) {
 TEST(Parser, SplitsAtAnyDelimiterAndKeepsEmptyFields) {
   const std::pair<const char*, std::vector<CString>> rows[] = {
       {"$PEM:05 SAV,,*7F", {"$PEM", "05", "SAV", "", "", "7F"}}, {"a,", {"a", ""}}, {"", {}}, {"b", {"b"}}};
-  CParser parser("", ": ,*", false);
   for (const auto& [text, fields] : rows) {
-    parser.SetString(text);
+    CParser parser(text, ": ,*", false);
     std::vector<CString> found;
     for (CString field; parser.GetNextString(field);) found.push_back(field);
     EXPECT_EQ(found, fields);
   }
   CString field;
+  CParser parser("", ",", false);
   parser.SetString(CString(u'x', 200) + ",");  // more than a text keeps within itself
   EXPECT_TRUE(parser.GetNextString(field));
   EXPECT_EQ(field.GetLength(), 200);

@@ -6,12 +6,6 @@ constexpr UINT kChunk = 65536;
 
 }  // namespace
 
-int CTextFile::Open(const WCHAR* path, UINT flags, CFileException* error) {
-  m_strBuffer.clear();
-  m_nTaken = 0;
-  return CFile::Open(path, flags, error);
-}
-
 void CTextFile::Close() {
   m_strBuffer.clear();
   m_nTaken = 0;

@@ -13,7 +13,6 @@ class CTextFile : public CFile {
   /// Both arguments are kept for hosts that pass them and have no effect.
   CTextFile(bool = false, bool = false) {}
 
-  int Open(const WCHAR* pszPath, UINT nFlags, CFileException* pError) override;
   /// The next line without its line end. False at the end of the file, with `out` untouched.
   virtual bool ReadString(CString& out);
   void Close() override;
