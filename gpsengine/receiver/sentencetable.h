@@ -26,21 +26,22 @@ struct SentenceTable {
   }
 
   using D = CDecoders;
+  // Of those that begin alike, the ones that come most often are looked at first.
   static constexpr Row kRows[] = {
       {GPS_STRING_ALM, u"$GPALM"},
+      {GPS_STRING_GSV, u"$GPGSV", D::GSV},
+      {GPS_STRING_GSA, u"$GPGSA", D::GSA},
       {GPS_STRING_GGA, u"$GPGGA", D::GGA},
       {GPS_STRING_INGGA, u"$INGGA", D::INGGA},
       {GPS_STRING_GLL, u"$GPGLL"},
-      {GPS_STRING_GSA, u"$GPGSA", D::GSA},
-      {GPS_STRING_GSV, u"$GPGSV", D::GSV},
       {GPS_STRING_RMC, u"$GPRMC"},
       {GPS_STRING_VTG, u"$GPVTG", D::VTG},
       {GPS_STRING_ZDA, u"$GPZDA"},
       {GPS_STRING_ALM, u"$GNALM"},
+      {GPS_STRING_GSV, u"$GNGSV", D::GSV},
+      {GPS_STRING_GSA, u"$GNGSA", D::GSA},
       {GPS_STRING_GGA, u"$GNGGA", D::GGA},
       {GPS_STRING_GLL, u"$GNGLL"},
-      {GPS_STRING_GSA, u"$GNGSA", D::GSA},
-      {GPS_STRING_GSV, u"$GNGSV", D::GSV},
       {GPS_STRING_RMC, u"$GNRMC"},
       {GPS_STRING_VTG, u"$GNVTG", D::VTG},
       {GPS_STRING_ZDA, u"$GNZDA"},

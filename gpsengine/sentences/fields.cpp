@@ -25,11 +25,11 @@ constexpr double kPowersOfTen[] = {1e0, 1e1, 1e2,  1e3,  1e4,  1e5,  1e6, 1e7,
                                    1e8, 1e9, 1e10, 1e11, 1e12, 1e13, 1e14};
 
 /// A number of few digits, with or without a point. They and their power of ten are exact in a double, so
-/// that it is the nearest one to their ratio. None for any other.
-std::optional<double> PlainNumberOf(std::string_view field) {
+/// that it is the nearest one to their ratio. False for any other.
+bool ReadPlain(std::string_view field, double& value) {
   constexpr std::size_t kExactDigits = 15;
-  if (field.size() > kExactDigits) return std::nullopt;
-  std::int64_t number = 0;
+  if (field.size() > kExactDigits) return false;
+  std::uint64_t number = 0;
   std::size_t digits = 0, whole = kExactDigits;
   for (const char c : field) {
     if (const auto digit = static_cast<unsigned>(c - '0'); digit < 10) {
@@ -38,11 +38,13 @@ std::optional<double> PlainNumberOf(std::string_view field) {
     } else if (c == '.' && whole == kExactDigits) {
       whole = digits;
     } else {
-      return std::nullopt;
+      return false;
     }
   }
-  if (digits == 0) return std::nullopt;
-  return static_cast<double>(number) / kPowersOfTen[digits - std::min(whole, digits)];
+  if (digits == 0) return false;
+  value =
+      static_cast<double>(static_cast<std::int64_t>(number)) / kPowersOfTen[digits - std::min(whole, digits)];
+  return true;
 }
 
 int HexDigit(char c) {
@@ -64,6 +66,14 @@ int SumOf(std::string_view text) {
   return static_cast<int>(sum & 0xFF);
 }
 
+/// Nothing, if there is none.
+std::string_view FromLastDollar(std::string_view line) {
+  line.remove_prefix(std::min(line.find('$'), line.size()));
+  for (auto next = line.find('$', 1); next != std::string_view::npos; next = line.find('$', 1))
+    line.remove_prefix(next);
+  return line;
+}
+
 bool IsChecksum(std::string_view digits, int sum) {
   return digits.size() >= 2 && HexDigit(digits[0]) == sum >> 4 && HexDigit(digits[1]) == (sum & 15);
 }
@@ -79,37 +89,40 @@ std::optional<int> WholeOf(std::string_view field, int base) {
 }
 
 std::optional<double> NumberOf(std::string_view field) {
-  if (const auto plain = PlainNumberOf(field)) return plain;
+  if (double plain = 0.0; ReadPlain(field, plain)) return plain;
   const auto value = Read<double>(field, std::chars_format::fixed);
   return value && std::isfinite(*value) ? value : std::nullopt;
 }
 
 Fields::Fields(std::string_view line) {
-  if (!line.starts_with('$')) line.remove_prefix(std::min(line.find('$'), line.size()));
-  for (auto next = line.find('$', 1); next != std::string_view::npos; next = line.find('$', 1))
-    line.remove_prefix(next);
-  if (line.empty()) return;
-  Split(line.substr(1));
+  auto sentence = line.starts_with('$') ? line : FromLastDollar(line);
+  while (!Split(sentence)) {
+    const auto last = FromLastDollar(line);
+    if (last.size() == sentence.size()) return;
+    sentence = last;
+  }
   constexpr std::size_t kTag = 5;
   if (const auto tag = (*this)[0]; tag.size() == kTag) tag_ = tag;
 }
 
-/// Takes what stands before the asterisk, if the checksum after that is good.
-void Fields::Split(std::string_view sentence) {
+/// Takes what stands between the "$" that it begins with and the asterisk, if the checksum after that is
+/// good.
+inline bool Fields::Split(std::string_view sentence) {
   const auto star = sentence.find('*');
-  if (star == 0 || star == std::string_view::npos) return;
-  auto body = sentence.substr(0, star);
-  if (!IsChecksum(sentence.substr(star + 1), SumOf(body))) return;
+  if (star == 1 || star == std::string_view::npos) return false;
+  auto body = sentence.substr(1, star - 1);
+  if (!IsChecksum(sentence.substr(star + 1), SumOf(body))) return false;
   static_assert(kBlock == textscan::kBlock);
   const char** border = borders_.data();
-  *border++ = body.data() - 1;
+  *border++ = sentence.data();
   for (; !body.empty(); body.remove_prefix(std::min(kBlock, body.size()))) {
     for (auto commas = textscan::MatchBits(body, ','); commas != 0; commas &= commas - 1)
       *border++ = body.data() + static_cast<unsigned>(std::countr_zero(commas));
-    if (border > borders_.data() + kMost) return;
+    if (border > borders_.data() + kMost) return false;
   }
   *border = body.data();
   size_ = static_cast<int>(border - borders_.data());
+  return true;
 }
 
 std::optional<double> TimeOf(std::string_view field) {

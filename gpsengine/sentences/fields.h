@@ -12,8 +12,8 @@ namespace gps {
 /// A sentence of the standard by its fields, which stand in the text that it was read from.
 class Fields {
  public:
-  /// Takes the sentence of a line of a receiver's output, from its last "$" on. One without a good checksum,
-  /// or with more fields than any has, is none.
+  /// Takes the sentence that a line of a receiver's output begins with, or else the one from its last "$" on.
+  /// One without a good checksum, or with more fields than any has, is none.
   explicit Fields(std::string_view line);
 
   /// Whether it is one.
@@ -34,7 +34,7 @@ class Fields {
  private:
   static constexpr std::size_t kMost = 40, kBlock = 64;
 
-  void Split(std::string_view sentence);
+  bool Split(std::string_view sentence);
 
   // The "$", the commas and the asterisk. What is split at once has room beyond.
   std::array<const char*, kMost + kBlock> borders_;

@@ -118,10 +118,11 @@ bool SkyReader::OnPage(const Fields& gsv) {
 
 bool SkyReader::OnGroup(const Source& source) {
   // Without times an epoch ends where the first group comes again.
-  const bool is_again = std::any_of(groups_.begin(), groups_.end(), [&](const Group& other) {
-    return other.source == source && other.epoch == epoch_;
-  });
-  const bool told = !time_ && is_again && EndEpoch();
+  const auto is_again = [&] {
+    return std::any_of(groups_.begin(), groups_.end(),
+                       [&](const Group& other) { return other.source == source && other.epoch == epoch_; });
+  };
+  const bool told = !time_ && is_again() && EndEpoch();
   Group& kept = Remember(groups_, source);
   // Some receivers tell of several bands without naming them.
   if (kept.epoch != epoch_) kept.items.clear();
@@ -149,9 +150,9 @@ bool SkyReader::OnUsed(const Fields& gsa) {
   used.epoch = epoch_;
   for (int field = kFirst; field < kDilution; ++field) {
     int number = 0;
-    if (Take(gsa[field], 1, 999, number) && used.items.size() < Sky::kMost)
-      used.items.push_back(SatelliteOf(number, said));
+    if (Take(gsa[field], 1, 999, number)) used.items.push_back(SatelliteOf(number, said));
   }
+  if (used.items.size() > Sky::kMost) used.items.resize(Sky::kMost);
   pdop_ = NumberOf(gsa[kDilution]);
   hdop_ = NumberOf(gsa[kDilution + 1]);
   vdop_ = NumberOf(gsa[kDilution + 2]);

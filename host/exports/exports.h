@@ -51,8 +51,11 @@ class Exports : public Sink, public Outlet {
   bool OnSky(const Sky& sky) override;
   void SetReference(std::optional<Moment> reference) override;
 
+  /// With nothing to export or to hold back the other sink's own.
   Sink* Records() override {
-    return exports_.empty() && !inner_.WantsRecords() && !filter_.Ends() ? nullptr : this;
+    if (!exports_.empty() || filter_.Ends()) return this;
+    if (!inner_.WantsRecords()) return nullptr;
+    return filter_.IsNone() ? &inner_ : this;
   }
   bool WantsTexts() const override { return !exports_.empty(); }
   /// Writes what is new. Throws a Failure if a file cannot be written. A sink is called from inside the

@@ -23,6 +23,10 @@ class Filter {
   /// that was held back did.
   void Pass(Record& record);
   bool Passes(Kind kind) const { return !over_ && options_.only.Has(kind); }
+  /// Everything passes.
+  bool IsNone() const {
+    return options_.only == Kinds::All() && options_.min_distance + options_.min_interval == 0.0 && !Ends();
+  }
   /// There is a stated time of the receiver.
   bool Ends() const { return options_.duration > 0.0; }
   /// The stated time of the receiver is over: nothing passes any more.

@@ -89,8 +89,11 @@ void HostWindow::OnString(const CString& text) {
   if (is_read) ShowSky(skies_.OnText(sentence));
   // That of the last record that was shown is told too.
   if (!std::exchange(owes_text_, false) && IsFull()) return;
-  bool shown = sentence && ShowAll(&Sink::OnSentence, sentence);
-  shown |= ShowAll(&Sink::OnString, text);
+  bool shown = false;
+  for (Sink* sink : sinks_) {
+    if (sentence) shown |= sink->OnSentence(sentence);
+    shown |= sink->OnString(text);
+  }
   shown_ += shown ? 1 : 0;
 }
 

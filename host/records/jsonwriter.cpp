@@ -20,9 +20,6 @@ constexpr bool IsPlain(char c) {
   return c >= 0x20 && c < 0x7F && c != '"' && c != '\\';
 }
 
-// The longest number that WriteFixed takes.
-constexpr std::size_t kLongestFixed = 24;
-
 // Whether a number has exactly that many decimals.
 bool Scale(double value, int decimals, std::int64_t& scaled) {
   const double rounded =
@@ -37,10 +34,10 @@ char* WriteScaled(char* to, std::int64_t scaled, int decimals) {
   if (scaled < 0) *to++ = '-';
   const auto power = kPowersOfTen[static_cast<std::size_t>(decimals)];
   const auto parts = std::div(std::abs(scaled), power);
-  to = std::to_chars(to, to + kLongestFixed, parts.quot).ptr;
+  to = WriteWhole(to, parts.quot);
   if (decimals == 0) return to;
   // A leading 1 keeps the zeros that stand before the decimals.
-  char* const last = std::to_chars(to, to + kLongestFixed, parts.rem + power).ptr;
+  char* const last = WriteWhole(to, parts.rem + power);
   *to = '.';
   return last;
 }
@@ -64,7 +61,7 @@ void JsonWriter::Fixed(double value, int decimals) {
   Separate();
   std::int64_t scaled = 0;
   if (Scale(value, decimals, scaled)) {
-    PutUpTo(WriteScaled(Room(2 * kLongestFixed), scaled, decimals));
+    PutUpTo(WriteScaled(Room(2 * kLongestNumber), scaled, decimals));
   } else {
     Flush();
     AppendFixed(out_, value, decimals);

@@ -26,6 +26,19 @@ inline constexpr auto kShortNumbers = [] {
   return numbers;
 }();
 
+/// More characters than any number has with its sign, and any that is escaped.
+inline constexpr std::size_t kLongestNumber = 32;
+
+/// Writes a whole number where there is room for so many. Gives its end.
+template <std::integral T>
+char* WriteWhole(char* to, T value) {
+  if (const auto index = static_cast<std::size_t>(value); index < kShortNumbers.size()) {
+    std::memcpy(to, &kShortNumbers[index], sizeof(ShortNumber));  // more than it has digits, at once
+    return to + kShortNumbers[index].length;
+  }
+  return std::to_chars(to, to + kLongestNumber, value).ptr;
+}
+
 /// Appends JSON to a text, with no blanks. It is for lines that are written thousands of times a second:
 /// nothing is built up first, and its caller sees to it that the nesting is right and that keys need no
 /// escaping. What is written gathers here and is in the text as soon as all that was opened is closed.
@@ -104,16 +117,16 @@ class JsonWriter {
 
  private:
   static constexpr std::size_t kRoom = 512;
-  // More than any number takes with its sign, and any escaped character.
-  static constexpr std::size_t kLongestNumber = 32;
 
   void Separate() {
     if (!fresh_) Put(',');
     fresh_ = false;
   }
   void Open(char bracket) {
-    Separate();
-    Put(bracket);
+    char* to = Room(2);
+    if (!fresh_) *to++ = ',';
+    *to++ = bracket;
+    end_ = to;
     fresh_ = true;
     ++depth_;
   }
@@ -136,8 +149,9 @@ class JsonWriter {
     return end_;
   }
   [[gnu::always_inline]] void Put(char c) {
-    *Room(1) = c;
-    ++end_;
+    char* const to = Room(1);
+    end_ = to + 1;
+    *to = c;
   }
   [[gnu::always_inline]] void Put(std::string_view text) {
     if (text.size() > kRoom) return PutLong(text);
@@ -164,12 +178,7 @@ class JsonWriter {
   ///@{
   template <class T>
   static char* Write(char* to, T value) {
-    if constexpr (std::is_integral_v<T>) {
-      if (const auto index = static_cast<std::size_t>(value); index < kShortNumbers.size()) {
-        std::memcpy(to, &kShortNumbers[index], sizeof(ShortNumber));  // more than it has digits, at once
-        return to + kShortNumbers[index].length;
-      }
-    }
+    if constexpr (std::is_integral_v<T>) return WriteWhole(to, value);
     return std::to_chars(to, to + kLongestNumber, value).ptr;
   }
   static char* Write(char* to, bool value) {
