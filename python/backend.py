@@ -30,11 +30,12 @@ def _digest(data):
     return "sha256=" + base64.urlsafe_b64encode(hashlib.sha256(data).digest()).rstrip(b"=").decode()
 
 
-def _install():
+def _install(build_type):
     """Compiles, and gives the folder that holds the package."""
     folder = BUILD / "wheel-root"
+    options = [f"-DPython_EXECUTABLE={sys.executable}", "-DGPSENGINE_PYTHON_DIR=.", f"-DCMAKE_BUILD_TYPE={build_type}"]
     for command in (
-        ["cmake", "--preset", "python", f"-DPython_EXECUTABLE={sys.executable}", "-DGPSENGINE_PYTHON_DIR=."],
+        ["cmake", "--preset", "python", *options],
         ["cmake", "--build", "--preset", "python"],
         ["cmake", "--install", str(BUILD), "--component", "python", "--strip", "--prefix", str(folder)],
     ):
@@ -43,7 +44,7 @@ def _install():
 
 
 def build_wheel(wheel_directory, config_settings=None, metadata_directory=None):
-    folder = _install()
+    folder = _install((config_settings or {}).get("build-type", "Release"))
     tag = f"cp{sys.version_info.major}{sys.version_info.minor}"
     platform = re.sub(r"[^a-z0-9]", "_", sysconfig.get_platform())
     tags = f"{tag}-{tag}-{platform}"

@@ -265,9 +265,11 @@ TEST(RawData, KnowsGpsAndSbasInABlockOfTwelveChannels) {
     std::string changed = block;
     for (std::size_t channel = 1; channel < 12; ++channel) changed[20 + 24 * channel] = 0;
     changed[20] = satellite;
+    changed[21] = 0;
     PhaseHistory history;
     ObservationEpoch epoch;
     EXPECT_EQ(DecodeObservations(WordsOf(Summed(changed)), history, epoch), *name != '\0');
+    EXPECT_TRUE(epoch.signals.empty() || epoch.signals[0].cn0 == 0.0) << "no strength is told";
     EXPECT_EQ(NamesOf(epoch), name);
   }
 }

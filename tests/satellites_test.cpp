@@ -68,6 +68,8 @@ TEST_F(SatelliteTest, WantsTheSentencesOfAGroupInOrder) {
   EXPECT_TRUE(FeedSentence("$GPGSV,2,2,09,105,45,083,46"));
   EXPECT_TRUE(Last().m_bSatellitesComplete && Find(104)->m_bInView);
   EXPECT_FALSE(Find(101)->m_bInView) << "in view in a group that was broken off";
+  FeedSentence("$GPGGA,123519,4807.038,N,01131.000,E,1,08,0.9,545.4,M,,,,");
+  EXPECT_TRUE(Table().m_bSatellitesComplete) << "until the next group";
 }
 
 TEST_F(SatelliteTest, TakesNothingOnTrustInAGsv) {

@@ -80,8 +80,11 @@ TEST_F(RehearsedPort, WritesTextOfTwoHundredCharactersAndNoMore) {
   line.ForgetSteps();
   EXPECT_TRUE(port.Write(CString(u"\"$JOFF\0\r\n", 8)));
   EXPECT_EQ(line.Transcript(), R"(write "\"$JOFF")") << "a text ends at its zero";
-  line.LimitWrites(3);
-  EXPECT_FALSE(port.Write("$JOFF\r\n"));
+  EXPECT_FALSE(port.Write("x", -1));
+  for (const int limit : {0, 3}) {
+    line.LimitWrites(limit);
+    EXPECT_FALSE(port.Write("$JOFF\r\n"));
+  }
 }
 
 TEST_F(RehearsedPort, KeepsZeroBytesOutOfItsTexts) {

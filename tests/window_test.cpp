@@ -125,6 +125,12 @@ TEST(Queue, IsPassedOverByWhatIsPostedAtOnce) {
   EXPECT_EQ(window.got, (std::vector{2, 7, 0, 8, 1, 3, 4}));
 }
 
+TEST(Window, GivesTheSameNumberForAMessageOfTheSameName) {
+  const UINT number = RegisterWindowMessageW(u"position");
+  EXPECT_EQ(RegisterWindowMessageW(u"position"), number);
+  EXPECT_TRUE(number >= 0xC000 && RegisterWindowMessageW(u"motion") > number);
+}
+
 TEST(Application, PumpsUntilItIsToldToQuit) {
   CWinApp app("gpsengine-test");
   Recorder window;
