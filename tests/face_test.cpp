@@ -84,6 +84,8 @@ TEST(Face, KnowsNothingOfTheRecordingBefore) {
   EXPECT_TRUE(gps::decode(BytesOf(before)).fixes().next()->pdop);
   const auto fix = gps::decode(BytesOf(bytes)).fixes().next();
   EXPECT_FALSE(fix->pdop || fix->vdop || fix->speed || fix->strength);
+  const auto higher = gps::decode(BytesOf(bytes), {.antenna_height = 2.0}).fixes().next();
+  EXPECT_EQ(*fix->height_msl - *higher->height_msl, 2.0);
 }
 
 TEST(Face, TellsEveryKindInOrder) {

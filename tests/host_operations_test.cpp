@@ -38,11 +38,17 @@ TEST_F(HostOperations, CountAWaitForAnAcknowledgementAsAcknowledged) {
 }
 
 TEST_F(HostOperations, RefuseAnIntervalThatTheModelDoesNotHave) {
-  const std::pair<const char*, const char*> rows[] = {
-      {"CSI - MAX", "5"}, {"Sokkia Axis3", "0.5"}, {"GSR2650 LB", "0.2"}, {"CSI", "0.2"}, {"Racal", "86401"}};
-  for (const auto& [model, seconds] : rows) {
-    const Operation& operation = FindOperation("raw-interval");
-    EXPECT_THROW(Prepare(operation, {{seconds}}, FindModel(model)), gps::Error) << model;
+  const std::tuple<const char*, const char*, const char*> rows[] = {
+      {"CSI - MAX", "5", "0.2 or 1"},
+      {"Sokkia Axis3", "0.5", "0.2 or 1"},
+      {"GSR2650 LB", "0.2", "whole numbers from 1 to 86400"},
+      {"CSI", "0.2", "numbers from 0.25 to 86400"},
+      {"Racal", "86401", "numbers from 0.25 to 86400"}};
+  for (const auto& [model, seconds, has] : rows) {
+    const auto prepare = [model = model, seconds = seconds] {
+      Prepare(FindOperation("raw-interval"), {{seconds}}, FindModel(model));
+    };
+    EXPECT_TRUE(ErrorOf(prepare).ends_with(std::string("its intervals in seconds are ") + has)) << model;
     EXPECT_EQ(Steps(model, std::string("raw-interval ") + seconds), "false") << model;
   }
 }

@@ -132,7 +132,7 @@ class AlternateStatus : public ReceiverTest<> {
 
   void Load(std::string_view content) {
     std::ofstream(path, std::ios::binary) << content;
-    receiver.LoadAlternatGPSStatusStrings();
+    receiver.Initialize();
   }
   int SignalType(int quality) {
     FeedSentence("$GPGGA,120000.00,5130.0000,N,00006.0000,W," + std::to_string(quality) +
