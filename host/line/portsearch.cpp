@@ -69,7 +69,12 @@ std::unique_ptr<SerialLine> OpenAt(Port& port, int rate, const Interrupt& interr
   DCB state;
   state.BaudRate = static_cast<DWORD>(rate);
   line->SetState(state);
-  line->PurgeInput();  // what came at another rate
+  // What came at another rate is no sign of this one. Some of it is still on its way: adapters hold bytes
+  // back for 16 ms.
+  constexpr std::chrono::milliseconds kSettling{30};
+  std::vector<pollfd> waits = {{interrupt.Descriptor(), POLLIN, 0}};
+  WaitFor(waits, Deadline::Clock::now() + kSettling);
+  line->PurgeInput();
   return line;
 }
 
