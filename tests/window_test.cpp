@@ -123,6 +123,9 @@ TEST(Queue, IsPassedOverByWhatIsPostedAtOnce) {
   PostMessageW(name, kNumber, 4, 0);
   Drain();
   EXPECT_EQ(window.got, (std::vector{2, 7, 0, 8, 1, 3, 4}));
+  const CPostAtOnce at_once(window);
+  window.DestroyWindow();
+  EXPECT_FALSE(PostMessageW(nullptr, kNumber, 5, 0)) << "to no window";
 }
 
 TEST(Window, GivesTheSameNumberForAMessageOfTheSameName) {

@@ -94,6 +94,7 @@ bool CWnd::DestroyWindow() {
     table.windows.pop_back();
   }
   queue->Forget(m_hWnd);
+  if (t_pAtOnce == this) t_pAtOnce = nullptr;
   m_hWnd = nullptr;
   return true;
 }
