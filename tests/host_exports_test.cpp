@@ -328,9 +328,16 @@ TEST_F(HostExports, FiltersWhatIsShownAndExported) {
   EXPECT_EQ(seconds(), "00/1 01/1 02/1 ");
   filter = {.only = Kinds(Kind::report)};
   EXPECT_EQ(seconds(), "");
-  const std::string shown = OutputOf("decode --only fix --count 2 --format json " + options_.files[0]);
-  EXPECT_EQ(Count(shown, "{\"class\":\"TPV\""), 2) << shown;
-  EXPECT_EQ(Count(shown, "\n"), 2) << shown;
+  // And where nothing is exported.
+  const std::tuple<const char*, const char*, int> rows[] = {{"--only fix", "class", 6},
+                                                            {"--only fix --count 2", "class", 2},
+                                                            {"--min-interval 3", "TPV", 4},
+                                                            {"--min-distance 10", "TPV", 4}};
+  for (const auto& [filters, word, count] : rows) {
+    const std::string shown =
+        OutputOf(std::string("decode ") + filters + " --format json " + options_.files[0]);
+    EXPECT_EQ(Count(shown, word), count) << filters << '\n' << shown;
+  }
 }
 
 TEST_F(HostExports, NameThePathThatCannotBeWritten) {

@@ -150,6 +150,21 @@ TEST(HostMoment, FindsTheDateOfARecordingHoweverItIsCut) {
     scan.Feed(WithChecksum("$GPZDA,000001.00,15,05,1999,00,00"));
     EXPECT_EQ(scan.Latest(), Moment(std::chrono::milliseconds(926726401000)));
   }
+  // In a piece of many lines, most of them without a date: before, after or between those, and cut in two.
+  std::string lines;
+  while (lines.size() < 4000) lines += WithChecksum("$GPGGA,120002,,,,,0,00,,,M,,M,,");
+  const std::string unfixed = WithChecksum("$GPRMC,120001,V,,,,,,,010199,,"), all = lines + stream + lines;
+  const std::pair<std::string, std::size_t> pieces[] = {{stream + lines, 0},
+                                                        {lines + stream, 0},
+                                                        {stream + lines + unfixed, 0},
+                                                        {all, lines.size() + 40},
+                                                        {all, lines.size() + stream.size() - 90}};
+  for (const auto& [bytes, cut] : pieces) {
+    DateScan scan;
+    scan.Feed(bytes.substr(0, cut));
+    scan.Feed(bytes.substr(cut));
+    EXPECT_EQ(scan.Latest(), kMidday) << bytes.size() << ' ' << cut;
+  }
   for (const auto& [date, iso] : {std::pair("060180", "1980-01-06T00"), {"311279", "2079-12-31T00"}}) {
     DateScan scan;
     scan.Feed(WithChecksum(std::string("$GPRMC,000000,A,4807.0,N,01131.0,E,0,0,") + date + ",,"));

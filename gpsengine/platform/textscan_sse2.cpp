@@ -97,6 +97,7 @@ bool Contains(std::u16string_view text, WCHAR c) {
   return _mm_movemask_epi8(_mm_or_si128(hits, hits_at(length - kTwoSteps))) != 0;
 }
 
+// The step with the end, and the rest, go one character at a time: their sum has to stop in the midst of one.
 int SumUpTo(std::u16string_view text, WCHAR end, unsigned& sum) {
   const int length = static_cast<int>(text.size());
   const __m128i all = All(end);

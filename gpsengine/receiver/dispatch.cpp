@@ -65,9 +65,8 @@ bool CGPSReceiver::Parse(CString& sentence) {
 }
 
 GPSStringType CGPSReceiver::GetGPSStringType(const CString& sentence) {
-  if (IsOemBinary(sentence)) return GPS_STRING_AXIS4_BIN;
   const SentenceTable::Row* row = SentenceTable::Find(sentence.View());
-  if (row == nullptr) return GPS_STRING_NONE;
+  if (row == nullptr) return IsOemBinary(sentence) ? GPS_STRING_AXIS4_BIN : GPS_STRING_NONE;
   m_nSentencesRecognised.Count();
   if (!SentenceTable::IsChecksumTested(row->type) || IsChecksumOK(sentence)) return row->type;
   m_nChecksumErrors.Count();
