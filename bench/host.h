@@ -10,16 +10,9 @@
 namespace bench {
 
 /// Takes the records and deletes them, as a host does.
-class Window : public CWnd {
+class Window : public CGPSWindow {
  public:
   Window() { Create(); }
-  LRESULT WindowProc(UINT message, WPARAM wParam, LPARAM) override {
-    if (message == WM_GPS_NEW_DATA) TakePosted<CGPSData>(wParam);
-    return 0;
-  }
-  void Drain() {
-    for (MSG message; PeekMessageW(&message, PM_REMOVE);) DispatchMessageW(message);
-  }
 };
 
 struct Host {

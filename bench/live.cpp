@@ -93,19 +93,14 @@ void Simulate(int master, double seconds) {
   std::_Exit(0);
 }
 
-class Window : public CWnd {
+class Window : public CGPSWindow {
  public:
   Window() { Create(); }
-  LRESULT WindowProc(UINT message, WPARAM wParam, LPARAM) override {
-    if (message != WM_GPS_NEW_DATA) return 0;
-    handled.push_back(Now());
-    TakePosted<CGPSData>(wParam);
-    return 0;
-  }
+  void OnNewData(const CGPSData&) override { handled.push_back(Now()); }
   void HandleUntil(double end) {
     for (double left = end - Now(); left > 0.0; left = end - Now()) {
       MsgWaitForMultipleObjects(0, nullptr, static_cast<DWORD>(left * 1000.0) + 1);
-      for (MSG message; PeekMessageW(&message, PM_REMOVE);) DispatchMessageW(message);
+      Drain();
     }
   }
   std::vector<double> handled;

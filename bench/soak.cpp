@@ -235,22 +235,13 @@ class FarEnd {
 
 // ---- The host ---------------------------------------------------------------------------------------------
 
-class Window : public CWnd {
+class Window : public CGPSWindow {
  public:
   explicit Window(Ledger& ledger) : ledger_(ledger) { Create(); }
 
-  LRESULT WindowProc(UINT message, WPARAM wParam, LPARAM) override {
-    if (message == WM_GPS_NEW_DATA) {
-      const auto data = TakePosted<CGPSData>(wParam);
-      ledger_.Receive(data->m_dTimeOfDay);
-      ++records_;
-    } else if (message == WM_GPS_NEW_STRING) {
-      TakePosted<CString>(wParam);
-    }
-    return 0;
-  }
-  void Drain() {
-    for (MSG message; PeekMessageW(&message, PM_REMOVE);) DispatchMessageW(message);
+  void OnNewData(const CGPSData& data) override {
+    ledger_.Receive(data.m_dTimeOfDay);
+    ++records_;
   }
   long Records() const { return records_; }
 

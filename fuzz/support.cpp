@@ -84,22 +84,6 @@ void CheckRecord(const CGPSData& record) {
   CheckStatus(record.m_Status);
 }
 
-// Its numbers are the receiver's own, and may be anything.
-void CheckEpoch(const CGPSDataRaw& epoch) {
-  Require(epoch.m_bPositionValid, "an epoch leaves with its position");
-  Require(epoch.m_nSatellites >= 4 && epoch.m_nSatellites <= 11, "an epoch has 4 to 11 satellites");
-  CGPSSatelliteDataRaw satellite;
-  for (int i = 0; i < epoch.m_nSatellites; ++i)
-    Require(epoch.GetSatelliteData(satellite, i) && satellite.m_bValid && satellite.m_nPRN > 0,
-            "a used slot has a satellite");
-  Require(!epoch.GetSatelliteData(satellite, epoch.m_nSatellites), "no satellite after the last");
-}
-
-void CheckText(const CString& text) {
-  Require(text.Right(1) == CString("\n") || text.IsEmpty(), "the text of a message ends in a line feed");
-  Require(text.Find(u'\0') < 0, "the text of a message ends at a zero");
-}
-
 void RepairSentence(std::uint8_t* pData, std::size_t nSize) {
   constexpr char kHex[] = "0123456789ABCDEF";
   unsigned sum = 0;
@@ -130,31 +114,29 @@ constexpr RecordKind kRecordKinds[] = {{"$PASHR,MBN,", 42}, {"$PASHR,PBN,", 56},
 
 }  // namespace
 
-LRESULT CheckingWindow::WindowProc(UINT message, WPARAM wParam, LPARAM lParam) {
-  switch (message) {
-    case WM_GPS_NEW_DATA: {
-      const auto record = TakePosted<CGPSData>(wParam);
-      CheckRecord(*record);
-      if (record->m_bPositionValid) m_dLastFix = record->m_dTimeOfDay;
-      return 0;
-    }
-    case WM_GPS_NEW_STRING:
-      CheckText(*TakePosted<CString>(wParam));
-      return 0;
-    case WM_GPS_NEW_RAW_DATA:
-      CheckEpoch(*TakePosted<CGPSDataRaw>(wParam));
-      return 0;
-    case WM_GPS_NEW_EPHEMERIS:
-      Require(TakePosted<CGPSDataEphemeris>(wParam)->m_nWeek > 0, "an ephemeris has a week");
-      return 0;
-    default:
-      return CWnd::WindowProc(message, wParam, lParam);
-  }
+void CheckingWindow::OnNewData(const CGPSData& data) {
+  CheckRecord(data);
+  if (data.m_bPositionValid) m_dLastFix = data.m_dTimeOfDay;
 }
 
-void CheckingWindow::Drain() {
-  m_dLastFix = -1.0;
-  for (MSG message; PeekMessageW(&message, PM_REMOVE);) DispatchMessageW(message);
+void CheckingWindow::OnNewString(const CString& text) {
+  Require(text.Right(1) == CString("\n") || text.IsEmpty(), "the text of a message ends in a line feed");
+  Require(text.Find(u'\0') < 0, "the text of a message ends at a zero");
+}
+
+// Its numbers are the receiver's own, and may be anything.
+void CheckingWindow::OnNewRawData(const CGPSDataRaw& epoch) {
+  Require(epoch.m_bPositionValid, "an epoch leaves with its position");
+  Require(epoch.m_nSatellites >= 4 && epoch.m_nSatellites <= 11, "an epoch has 4 to 11 satellites");
+  CGPSSatelliteDataRaw satellite;
+  for (int i = 0; i < epoch.m_nSatellites; ++i)
+    Require(epoch.GetSatelliteData(satellite, i) && satellite.m_bValid && satellite.m_nPRN > 0,
+            "a used slot has a satellite");
+  Require(!epoch.GetSatelliteData(satellite, epoch.m_nSatellites), "no satellite after the last");
+}
+
+void CheckingWindow::OnNewEphemeris(const CGPSDataEphemeris& ephemeris) {
+  Require(ephemeris.m_nWeek > 0, "an ephemeris has a week");
 }
 
 GrowingCounters::Counts GrowingCounters::Read() const {
@@ -195,6 +177,7 @@ CGPSReceiver& Rig::StartOver(unsigned nModel, int nGeoidMode) {
 void Rig::Feed(std::string_view bytes) {
   CBinBuffer chunk(bytes.data(), static_cast<int>(bytes.size()));
   engine.UpdateGPSBuffer(chunk);
+  window.Forget();
   window.Drain();
 }
 

@@ -38,16 +38,20 @@ class Input {
 CString TextOf(std::string_view bytes, bool bWide = false);
 
 /// A main window that checks what the library posts and frees it.
-class CheckingWindow : public CWnd {
+class CheckingWindow : public CGPSWindow {
  public:
   CheckingWindow() { Create(); }
-  LRESULT WindowProc(UINT message, WPARAM wParam, LPARAM lParam) override;
-  void Drain();
 
-  /// A position at this time of day has come since the last Drain began.
+  /// A position at this time of day has come since Forget.
   bool HasFix(double dTimeOfDay) const { return m_dLastFix == dTimeOfDay; }
+  void Forget() { m_dLastFix = -1.0; }
 
  private:
+  void OnNewData(const CGPSData& data) override;
+  void OnNewString(const CString& text) override;
+  void OnNewRawData(const CGPSDataRaw& epoch) override;
+  void OnNewEphemeris(const CGPSDataEphemeris& ephemeris) override;
+
   double m_dLastFix = -1.0;
 };
 

@@ -276,22 +276,27 @@ TEST(FaceLive, ReadsALineOfOnesOwnOnAnyThread) {
 }
 
 TEST(FaceLive, FitsIntoAnEventLoopAndRecords) {
-  Script script;
+  PseudoTerminal terminal;
   const std::string file = testing::TempDir() + "gpsengine-face-recorded.log";
   std::optional<gps::Receiver> receiver;
-  receiver.emplace(gps::ReceiverOptions{.line = script.Opener(), .record = file});
+  receiver.emplace(gps::ReceiverOptions{.port = terminal.Name(), .record = file});
   pollfd wait{receiver->descriptor(), POLLIN, 0};
   EXPECT_EQ(poll(&wait, 1, 0), 0);
   const std::string sent = Gga("123519") + Gga("123520");
-  script.Send(sent);
+  terminal.Send(sent);
   int fixes = 0;
+  const auto drain = [&] { receiver->drain([&](const gps::Record&) { ++fixes; }); };
   while (fixes < 2) {
     ASSERT_EQ(poll(&wait, 1, 10'000), 1);
-    receiver->drain([&](const gps::Record&) { ++fixes; });
+    drain();
   }
   EXPECT_EQ(poll(&wait, 1, 0), 0);
+  terminal.HangUp();
+  EXPECT_EQ(poll(&wait, 1, 10'000), 1);
+  EXPECT_TRUE(Has(ErrorOf(drain), "5 the port"));
   receiver.reset();
   EXPECT_EQ(ReadFile(file), sent) << "recorded";
+  Script script;
   receiver.emplace(gps::ReceiverOptions{.line = script.Opener(), .record = "/no/such/folder/file"});
   script.Send(sent);
   auto reports = receiver->reports(kLong);
@@ -370,7 +375,6 @@ TEST(FaceLive, CommandsAndEndsWithItsLine) {
           " was lost: it was unplugged, or the other side hung up. Plug it in again and start once more");
   EXPECT_TRUE(skies.next()) << "those that waited for more of their epoch";
   EXPECT_TRUE(Has(ErrorOf([&] { receiver->command("gga-only"); }), "5 the port"));
-  EXPECT_TRUE(Has(ErrorOf([&] { receiver->drain([](const gps::Record&) {}); }), "5 the port"));
   receiver.reset();
   EXPECT_TRUE(Has(ErrorOf([&] { fixes.next(); }), "5 the port")) << "it outlives the receiver";
   EXPECT_EQ(GetComPortDevice(1), "/dev/the-hosts");

@@ -154,7 +154,8 @@ TEST(HostMoment, FindsTheDateOfARecordingHoweverItIsCut) {
   std::string lines;
   while (lines.size() < 4000) lines += WithChecksum("$GPGGA,120002,,,,,0,00,,,M,,M,,");
   const std::string unfixed = WithChecksum("$GPRMC,120001,V,,,,,,,010199,,"), all = lines + stream + lines;
-  const std::pair<std::string, std::size_t> pieces[] = {{stream + lines, 0},
+  const std::string older = WithChecksum("$GPZDA,000001.00,15,05,1999,00,00");
+  const std::pair<std::string, std::size_t> pieces[] = {{older + stream + lines, 0},
                                                         {lines + stream, 0},
                                                         {stream + lines + unfixed, 0},
                                                         {all, lines.size() + 40},

@@ -63,8 +63,11 @@ TEST(HostGpsTime, ResolvesTheTenBitWeekAroundEachRollOver) {
 }
 
 TEST(HostGpsTime, CountsAWeekFromWhereItWasTold) {
-  const std::tuple<double, double, int> cases[] = {
-      {10.0, 604790.0, 2314}, {604790.0, 10.0, 2312}, {10.0, 20.0, 2313}, {0.0, 302400.0, 2313}};
+  const std::tuple<double, double, int> cases[] = {{10.0, 604790.0, 2314},
+                                                   {604790.0, 10.0, 2312},
+                                                   {10.0, 20.0, 2313},
+                                                   {0.0, 302400.0, 2313},
+                                                   {302400.0, 0.0, 2313}};
   for (const auto& [seconds, told_at, week] : cases) {
     const GpsTime time = Near(2313, seconds, told_at);
     EXPECT_EQ(time.week, week) << seconds;

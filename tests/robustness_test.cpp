@@ -39,18 +39,19 @@ class ArrivalTest : public testing::Test {
  private:
   class AnswerWindow : public HostWindow {
    public:
-    LRESULT WindowProc(UINT message, WPARAM wParam, LPARAM lParam) override {
-      HostWindow::WindowProc(message, wParam, lParam);
-      host::RecordSink sink(text);
-      gps::FixReader reader;
-      if (message == WM_GPS_NEW_DATA) sink.OnData(host::ReadRecord(reader, records.back()));
-      if (message == WM_GPS_NEW_RAW_DATA) sink.OnRawData(epochs.back());
-      if (message == WM_GPS_NEW_EPHEMERIS) sink.OnEphemeris(ephemerides.back());
-      if (message == WM_GPS_NEW_BIN) sink.OnBin(host::Block());
-      if (message == WM_GPS_NEW_STRING) text += strings.back().ToUtf8();
-      return 0;
-    }
     std::string text;
+
+   private:
+    void OnNewData(const CGPSData& data) override {
+      gps::FixReader reader;
+      sink_.OnData(host::ReadRecord(reader, data));
+    }
+    void OnNewString(const CString& message) override { text += message.ToUtf8(); }
+    void OnNewRawData(const CGPSDataRaw& epoch) override { sink_.OnRawData(epoch); }
+    void OnNewEphemeris(const CGPSDataEphemeris& ephemeris) override { sink_.OnEphemeris(ephemeris); }
+    void OnNewBin() override { sink_.OnBin(host::Block()); }
+
+    host::RecordSink sink_{text};
   };
 
   // A message whose sync bytes come in two reads is lost, which is known; so no cut goes through them.

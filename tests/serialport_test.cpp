@@ -120,6 +120,7 @@ TEST_F(RehearsedPort, CountsNoBytesWhileTheLineHasAnError) {
   EXPECT_EQ(port.GetBytesAvailable(), 0);
   Open();
   line.Feed("12345");
+  EXPECT_EQ(port.GetBytesAvailable(), 5);
   line.SetLineErrors(8);
   EXPECT_EQ(port.GetBytesAvailable(), 0);
   EXPECT_EQ(port.GetBytesAvailable(), 5);

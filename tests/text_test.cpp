@@ -124,6 +124,8 @@ TEST_F(TextFileTest, ReadsALineWholeWhateverItsLengthAndNoneOnceItIsClosed) {
   file.SeekToBegin();
   CString line = "kept";
   file.Close();
+  CFile other;  // with the descriptor that is free again
+  EXPECT_NE(other.Open(CString::FromUtf8(folder / "text").GetString(), CFile::modeRead, nullptr), 0);
   EXPECT_FALSE(file.ReadString(line));
   EXPECT_EQ(line, "kept");
 }

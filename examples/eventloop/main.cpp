@@ -9,16 +9,12 @@
 #include "gpsengine/engine/gpsengine.h"
 #include "gpsengine/platform/application.h"
 
-class Window : public CWnd {
- public:
-  LRESULT WindowProc(UINT message, WPARAM wParam, LPARAM) override {
-    if (message != WM_GPS_NEW_DATA) return 0;
-    const auto data = TakePosted<CGPSData>(wParam);
-    if (data->m_bPositionValid) std::printf("position, %.0f s after midnight\n", data->m_dTimeOfDay);
-    if (data->m_bVelocityValid) std::printf("velocity, %.1f m/s\n", data->m_dSpeed);
-    if (data->m_bSatellitesComplete) std::printf("%d satellites in view\n", data->m_nSatellitesInView);
+class Window : public CGPSWindow {
+  void OnNewData(const CGPSData& data) override {
+    if (data.m_bPositionValid) std::printf("position, %.0f s after midnight\n", data.m_dTimeOfDay);
+    if (data.m_bVelocityValid) std::printf("velocity, %.1f m/s\n", data.m_dSpeed);
+    if (data.m_bSatellitesComplete) std::printf("%d satellites in view\n", data.m_nSatellitesInView);
     std::fflush(stdout);
-    return 0;
   }
 };
 
@@ -46,10 +42,7 @@ int main(int argc, char** argv) {
   // Readable while messages wait for this thread. Whatever else the host waits on stands beside it.
   pollfd descriptors[] = {{GetQueueDescriptor(), POLLIN, 0}, {STDIN_FILENO, POLLIN, 0}};
   while (poll(descriptors, 2, -1) > 0) {
-    if (descriptors[0].revents != 0) {
-      // Drained to the end, or the descriptor stays readable.
-      for (MSG message; PeekMessageW(&message, PM_REMOVE);) DispatchMessageW(message);
-    }
+    if (descriptors[0].revents != 0) window.Drain();  // to the end, or the descriptor stays readable
     if (descriptors[1].revents != 0 && !GoOnAfterInput()) break;
   }
 }

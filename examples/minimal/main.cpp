@@ -7,20 +7,15 @@
 #include "gpsengine/platform/application.h"
 
 // The library posts what it finds out to the application's main window.
-class Window : public CWnd {
- public:
-  LRESULT WindowProc(UINT message, WPARAM wParam, LPARAM) override {
-    if (message != WM_GPS_NEW_DATA) return 0;
-    const auto data = TakePosted<CGPSData>(wParam);  // ours from here on
-    if (!data->m_bPositionValid) return 0;           // a record of something else, such as satellites
+class Window : public CGPSWindow {
+  void OnNewData(const CGPSData& data) override {
+    if (!data.m_bPositionValid) return;  // a record of something else, such as satellites
     constexpr double kDegree = std::numbers::pi / 180.0;
-    std::printf("%.7f %.7f %.1f m\n", data->m_dLatitude / kDegree, data->m_dLongitude / kDegree,
-                data->m_dAltitude);
+    std::printf("%.7f %.7f %.1f m\n", data.m_dLatitude / kDegree, data.m_dLongitude / kDegree,
+                data.m_dAltitude);
     if (++m_nPositions == 10) PostQuitMessage();
-    return 0;
   }
 
- private:
   int m_nPositions = 0;
 };
 

@@ -66,25 +66,15 @@ class CCsvLog : public CDataLog {
   CString m_strError;
 };
 
-class Window : public CWnd {
+class Window : public CGPSWindow {
  public:
   explicit Window(CDataLog& log) : m_Log(log) {}
   void ReadBlocksOf(const CGPSReceiver& receiver) { m_pReceiver = &receiver; }
 
-  LRESULT WindowProc(UINT message, WPARAM wParam, LPARAM) override {
-    // Every object that comes is ours to delete, the ones that we do not look at too.
-    if (message == WM_GPS_NEW_DATA) TakePosted<CGPSData>(wParam);
-    if (message == WM_GPS_NEW_EPHEMERIS) TakePosted<CGPSDataEphemeris>(wParam);
-    if (message == WM_GPS_NEW_BIN) TakeBlock();
-    if (message != WM_GPS_NEW_RAW_DATA) return 0;
-    const auto epoch = TakePosted<CGPSDataRaw>(wParam);
-    Write(*epoch);
-    return 0;
-  }
-
  private:
+  void OnNewRawData(const CGPSDataRaw& epoch) override { Write(epoch); }
   // Some makes send blocks that the library hands on unread.
-  void TakeBlock() {
+  void OnNewBin() override {
     rawdata::ObservationEpoch signals;
     CGPSDataRaw epoch;
     if (rawdata::DecodeObservations(rawdata::WordsOf(m_pReceiver->m_BinWords), m_History, signals) &&

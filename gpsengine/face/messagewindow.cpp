@@ -1,6 +1,5 @@
 #include "gpsengine/face/messagewindow.h"
 
-#include <memory>
 #include <utility>
 
 #include "gpsengine/face/answerreader.h"
@@ -10,40 +9,12 @@
 
 namespace gps {
 
-namespace {
-
-Raw RawOf(const CGPSDataRaw& data) {
-  Raw raw{"MBN", {}, {}, {}};
-  raw.epoch.emplace();
-  raw.epoch->week = data.m_nGPSWeek;
-  raw.epoch->time_of_week = data.m_dReceiverTime;
-  raw.epoch->signals = SignalsOf(data);
-  return raw;
-}
-
-Raw RawOf(const CGPSDataEphemeris& data) {
-  Raw raw{"SNV", {}, {}, {}};
-  raw.ephemeris.emplace().orbit = data;
-  return raw;
-}
-
-}  // namespace
-
 MessageWindow::MessageWindow(CGPSEngine& engine, std::function<void(Record&&)> tell)
     : engine_(engine), tell_(std::move(tell)) {}
 
 void MessageWindow::Open() {
   Create();
   AfxGetApp()->SetMainWnd(this);
-  KeepCapturing();
-}
-
-void MessageWindow::Drain() {
-  KeepCapturing();
-  for (MSG message; PeekMessageW(&message, PM_REMOVE);) DispatchMessageW(message);
-}
-
-void MessageWindow::KeepCapturing() {
   engine_.m_ComBuffer.KeepCapturing(wants_skies_ || wants_reports_);
 }
 
@@ -51,29 +22,7 @@ void MessageWindow::Finish() {
   Tell(skies_.Finish());
 }
 
-LRESULT MessageWindow::WindowProc(UINT message, WPARAM w_param, LPARAM l_param) {
-  switch (message) {
-    case WM_GPS_NEW_DATA:
-      OnData(*TakePosted<CGPSData>(w_param));
-      return 0;
-    case WM_GPS_NEW_STRING:
-      OnText(*TakePosted<CString>(w_param));
-      return 0;
-    case WM_GPS_NEW_RAW_DATA:
-      tell_(RawOf(*TakePosted<CGPSDataRaw>(w_param)));
-      return 0;
-    case WM_GPS_NEW_EPHEMERIS:
-      tell_(RawOf(*TakePosted<CGPSDataEphemeris>(w_param)));
-      return 0;
-    case WM_GPS_NEW_BIN:
-      OnBlock();
-      return 0;
-    default:
-      return CWnd::WindowProc(message, w_param, l_param);
-  }
-}
-
-void MessageWindow::OnData(const CGPSData& data) {
+void MessageWindow::OnNewData(const CGPSData& data) {
   if (data.m_bPositionValid) tell_(fixes_.Read(data));
   std::vector<Report> news = reports_.NewsIn(data);
   has_told_ = !news.empty();
@@ -81,7 +30,7 @@ void MessageWindow::OnData(const CGPSData& data) {
   if (wants_skies_) Tell(skies_.OnData(data));
 }
 
-void MessageWindow::OnText(const CString& text) {
+void MessageWindow::OnNewString(const CString& text) {
   const bool is_news = !std::exchange(has_told_, false) && wants_reports_ && IsAnswer(text);
   if (!(wants_skies_ || is_news) || !text.ToBytes(bytes_)) return;
   if (wants_skies_) Tell(skies_.OnText(Fields(bytes_)));
@@ -90,7 +39,22 @@ void MessageWindow::OnText(const CString& text) {
   tell_(Report{"text", "text", bytes_});
 }
 
-void MessageWindow::OnBlock() {
+void MessageWindow::OnNewRawData(const CGPSDataRaw& data) {
+  Raw raw{"MBN", {}, {}, {}};
+  raw.epoch.emplace();
+  raw.epoch->week = data.m_nGPSWeek;
+  raw.epoch->time_of_week = data.m_dReceiverTime;
+  raw.epoch->signals = SignalsOf(data);
+  tell_(std::move(raw));
+}
+
+void MessageWindow::OnNewEphemeris(const CGPSDataEphemeris& data) {
+  Raw raw{"SNV", {}, {}, {}};
+  raw.ephemeris.emplace().orbit = data;
+  tell_(std::move(raw));
+}
+
+void MessageWindow::OnNewBin() {
   const auto words = rawdata::WordsOf(engine_.GetReceiver()->m_BinWords);
   const Block block = blocks_.Read(words);
   Raw raw{block.Name(), {words.begin(), words.end()}, {}, {}};

@@ -14,14 +14,14 @@
 namespace gps {
 
 /// The main window of an application in plain C++: makes records of what the library posts.
-class MessageWindow : public CWnd {
+class MessageWindow : public CGPSWindow {
  public:
   /// `tell` takes the records, on the window's thread. The engine outlives the window.
   MessageWindow(CGPSEngine& engine, std::function<void(Record&&)> tell);
 
   /// The moment near which the records to come belong.
   void SetReference(std::optional<Time> reference) { fixes_.SetReference(reference); }
-  /// Satellites and reports are wanted, for which the texts of messages are read.
+  /// Satellites and reports are wanted, for which the texts of messages are read. Before Open.
   ///@{
   void WantSkies(bool wanted) { wants_skies_ = wanted; }
   void WantReports(bool wanted) { wants_reports_ = wanted; }
@@ -29,19 +29,16 @@ class MessageWindow : public CWnd {
   /// Makes this the application's main window, on the calling thread.
   void Open();
   void Close() { DestroyWindow(); }
-  /// Handles what is in the queue.
-  void Drain();
   /// Tells what is left. There are no more messages.
   void Finish();
 
-  LRESULT WindowProc(UINT message, WPARAM w_param, LPARAM l_param) override;
-
  private:
-  void OnData(const CGPSData& data);
-  void OnText(const CString& text);
-  void OnBlock();
+  void OnNewData(const CGPSData& data) override;
+  void OnNewString(const CString& text) override;
+  void OnNewRawData(const CGPSDataRaw& data) override;
+  void OnNewEphemeris(const CGPSDataEphemeris& data) override;
+  void OnNewBin() override;
   void Tell(const Sky* sky);
-  void KeepCapturing();
 
   CGPSEngine& engine_;
   const std::function<void(Record&&)> tell_;

@@ -45,7 +45,6 @@ Transcript Rehearse(const std::string& model, const Operation& operation, const 
   });
   Transcript transcript;
   transcript.result = action(receiver);
-  line.SetStepHandler({});
   transcript.steps = line.GetSteps();
   return transcript;
 }

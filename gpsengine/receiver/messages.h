@@ -2,6 +2,7 @@
 
 #include <memory>
 
+#include "gpsengine/platform/cstring.h"
 #include "gpsengine/platform/window.h"
 #include "gpsengine/records/gpsdata.h"
 #include "gpsengine/records/gpsdataraw.h"
@@ -9,8 +10,8 @@
 #pragma GCC visibility push(default)
 
 // What reaches the host: window messages, posted to the application's main window from the reader thread, and
-// callbacks. The object that a message carries belongs to the host from the moment it is posted; TakePosted
-// has it deleted.
+// callbacks. The object that a message carries belongs to the host from the moment it is posted. CGPSWindow
+// deletes it after its function has returned, TakePosted lets the host keep it.
 
 constexpr UINT WM_GPS_NEW_DATA = WM_APP + 10;       ///< wParam: a new CGPSData.
 constexpr UINT WM_GPS_NEW_STRING = WM_APP + 11;     ///< wParam: a new CString, the text of one message.
@@ -24,6 +25,27 @@ template <class T>
 std::unique_ptr<T> TakePosted(WPARAM wParam) {
   return std::unique_ptr<T>(reinterpret_cast<T*>(wParam));
 }
+
+/// A main window for a host of the framework: calls a function for each kind of message, on the window's
+/// thread. What the functions take is deleted when they return; a kind that the host does not override is
+/// passed over.
+class CGPSWindow : public CWnd {
+ public:
+  LRESULT WindowProc(UINT message, WPARAM wParam, LPARAM lParam) override;
+  /// Handles all that waits in the queue of the calling thread, which is the window's.
+  void Drain();
+
+ protected:
+  /// What has come: a record, the text of a message, raw measurements, an ephemeris, or a block, which stands
+  /// in CGPSReceiver::m_BinWords.
+  ///@{
+  virtual void OnNewData(const CGPSData& /*data*/) {}
+  virtual void OnNewString(const CString& /*text*/) {}
+  virtual void OnNewRawData(const CGPSDataRaw& /*epoch*/) {}
+  virtual void OnNewEphemeris(const CGPSDataEphemeris& /*ephemeris*/) {}
+  virtual void OnNewBin() {}
+  ///@}
+};
 
 /// What a callback can be asked for.
 enum GPSNotificationType : int {

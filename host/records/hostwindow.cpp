@@ -3,8 +3,6 @@
 #include <algorithm>
 #include <utility>
 
-#include "gpsengine/receiver/messages.h"
-
 namespace host {
 
 HostWindow::HostWindow(long long limit) : limit_(limit) {
@@ -36,41 +34,7 @@ void HostWindow::ShowSky(const Sky* sky) {
   if (sky != nullptr && !IsFull()) Show(&Sink::OnSky, *sky);
 }
 
-void HostWindow::ShowBlock() {
-  Block block;
-  if (receiver_ != nullptr) block = blocks_.Read(rawdata::WordsOf(receiver_->m_BinWords));
-  published_.read_bin += block.IsRead() ? 1 : 0;
-  Show(&Sink::OnBin, block);
-}
-
-void HostWindow::Drain() {
-  for (MSG message; PeekMessageW(&message, PM_REMOVE);) DispatchMessageW(message);
-}
-
-LRESULT HostWindow::WindowProc(UINT message, WPARAM wParam, LPARAM lParam) {
-  switch (message) {
-    case WM_GPS_NEW_DATA:
-      OnData(*TakePosted<CGPSData>(wParam));
-      return 0;
-    case WM_GPS_NEW_RAW_DATA:
-      Publish(published_.raw_data, &Sink::OnRawData, *TakePosted<CGPSDataRaw>(wParam));
-      return 0;
-    case WM_GPS_NEW_EPHEMERIS:
-      Publish(published_.ephemeris, &Sink::OnEphemeris, *TakePosted<CGPSDataEphemeris>(wParam));
-      return 0;
-    case WM_GPS_NEW_BIN:
-      ++published_.bin;
-      if (!IsFull()) ShowBlock();
-      return 0;
-    case WM_GPS_NEW_STRING:
-      OnString(*TakePosted<CString>(wParam));
-      return 0;
-    default:
-      return CWnd::WindowProc(message, wParam, lParam);
-  }
-}
-
-void HostWindow::OnData(const CGPSData& data) {
+void HostWindow::OnNewData(const CGPSData& data) {
   published_.unread += data.m_bProprietaryValid ? 1 : 0;
   owes_text_ = !IsFull();
   if (sinks_.empty()) {
@@ -81,7 +45,24 @@ void HostWindow::OnData(const CGPSData& data) {
   if (wants_sky_) ShowSky(skies_.OnData(data));
 }
 
-void HostWindow::OnString(const CString& text) {
+void HostWindow::OnNewRawData(const CGPSDataRaw& epoch) {
+  Publish(published_.raw_data, &Sink::OnRawData, epoch);
+}
+
+void HostWindow::OnNewEphemeris(const CGPSDataEphemeris& ephemeris) {
+  Publish(published_.ephemeris, &Sink::OnEphemeris, ephemeris);
+}
+
+void HostWindow::OnNewBin() {
+  ++published_.bin;
+  if (IsFull()) return;
+  Block block;
+  if (receiver_ != nullptr) block = blocks_.Read(rawdata::WordsOf(receiver_->m_BinWords));
+  published_.read_bin += block.IsRead() ? 1 : 0;
+  Show(&Sink::OnBin, block);
+}
+
+void HostWindow::OnNewString(const CString& text) {
   const auto length = static_cast<std::size_t>(text.GetLength());
   if (bytes_.size() < length) bytes_.resize(length);
   const bool is_read = wants_sky_ && text.ToBytes(bytes_.data());

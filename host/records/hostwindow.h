@@ -26,7 +26,7 @@ struct Published {
 
 /// The host's main window: reads what the library posts once, and hands it to the sinks until enough was
 /// shown.
-class HostWindow : public CWnd {
+class HostWindow : public CGPSWindow {
  public:
   /// `limit` is how many records to show at most, 0 for no limit.
   explicit HostWindow(long long limit = 0);
@@ -42,13 +42,9 @@ class HostWindow : public CWnd {
   bool WantsSky();
   /// Tells of the satellites that are left. What comes after may be from another receiver.
   void EndSky();
-  /// Handles what is in the queue.
-  void Drain();
   bool IsFull() const { return limit_ > 0 && shown_ >= limit_; }
   long long Shown() const { return shown_; }
   const Published& GetPublished() const { return published_; }
-
-  LRESULT WindowProc(UINT message, WPARAM wParam, LPARAM lParam) override;
 
  private:
   /// What several sinks show counts once.
@@ -68,10 +64,12 @@ class HostWindow : public CWnd {
     ++count;
     if (!IsFull()) Show(on, record...);
   }
-  void OnData(const CGPSData& data);
-  void OnString(const CString& text);
+  void OnNewData(const CGPSData& data) override;
+  void OnNewString(const CString& text) override;
+  void OnNewRawData(const CGPSDataRaw& epoch) override;
+  void OnNewEphemeris(const CGPSDataEphemeris& ephemeris) override;
+  void OnNewBin() override;
   void ShowSky(const Sky* sky);
-  void ShowBlock();
 
   std::vector<Sink*> sinks_;
   FixReader epochs_;

@@ -2,31 +2,20 @@
 
 #include <gtest/gtest.h>
 
-#include <memory>
 #include <vector>
 
 #include "gpsengine/platform/application.h"
 #include "gpsengine/receiver/messages.h"
 
 /// A host's main window that keeps what the library posts.
-class HostWindow : public CWnd {
+class HostWindow : public CGPSWindow {
  public:
   HostWindow() { Create(); }
 
   LRESULT WindowProc(UINT message, WPARAM wParam, LPARAM lParam) override {
     EXPECT_EQ(lParam, 0);
-    if (message == WM_GPS_NEW_DATA) Take(wParam, records);
-    if (message == WM_GPS_NEW_STRING) Take(wParam, strings);
-    if (message == WM_GPS_NEW_RAW_DATA) Take(wParam, epochs);
-    if (message == WM_GPS_NEW_EPHEMERIS) Take(wParam, ephemerides);
-    if (message == WM_GPS_NEW_BIN) ++blocks;
     order.push_back(message);
-    return 0;
-  }
-
-  /// Handles what is in the queue.
-  void Drain() {
-    for (MSG message; PeekMessageW(&message, PM_REMOVE);) DispatchMessageW(message);
+    return CGPSWindow::WindowProc(message, wParam, lParam);
   }
 
   std::vector<CGPSData> records;
@@ -36,10 +25,10 @@ class HostWindow : public CWnd {
   int blocks = 0;
   std::vector<UINT> order;  ///< The messages, as they came.
 
- private:
-  template <class T>
-  static void Take(WPARAM wParam, std::vector<T>& into) {
-    const auto object = TakePosted<T>(wParam);
-    into.push_back(*object);
-  }
+ protected:
+  void OnNewData(const CGPSData& data) override { records.push_back(data); }
+  void OnNewString(const CString& text) override { strings.push_back(text); }
+  void OnNewRawData(const CGPSDataRaw& epoch) override { epochs.push_back(epoch); }
+  void OnNewEphemeris(const CGPSDataEphemeris& ephemeris) override { ephemerides.push_back(ephemeris); }
+  void OnNewBin() override { ++blocks; }
 };
