@@ -189,10 +189,11 @@ TEST_F(DispatchTest, RemembersWhichKindsHaveComeWhileItMonitors) {
   EXPECT_TRUE(receiver.MonitoringNmea());
   FeedSentence("$GPRMC,1,2");
   EXPECT_TRUE(receiver.HaveGotNmea(GPS_STRING_RMC));
-  EXPECT_FALSE(receiver.HaveGotNmea(GPS_STRING_WAAS1));
+  EXPECT_FALSE(receiver.HaveGotNmea(GPS_STRING_WAAS1) || receiver.HaveGotNmea(GPS_STRING_ALM));
   Feed("nothing of the kind");
+  Feed("#RTKSOURCEA,COM1");
   EXPECT_TRUE(receiver.HaveGotNmea(GPS_STRING_NONE));
-  EXPECT_TRUE(receiver.HaveGotNmea(GPS_STRING_WAAS1));
+  EXPECT_TRUE(receiver.HaveGotNmea(GPS_STRING_WAAS1) && receiver.HaveGotNmea(GPS_STRING_ALM));
   receiver.MonitorNmea(false);
   EXPECT_FALSE(receiver.HaveGotNmea(GPS_STRING_RMC));
 }

@@ -177,6 +177,8 @@ TEST_F(SirfDriver, NamesItsBaudRateInBothDirections) {
   EXPECT_NE(steps.find(R"(write "$PSRF100,0,115200,8,1,0*04\r\n"; wait 3000)"), std::string::npos) << steps;
   EXPECT_NE(steps.find("C2000145B0B3"), std::string::npos) << steps;
   EXPECT_TRUE(Steps(resetWithAck).ends_with("result true"));
+  Unplug();
+  EXPECT_EQ(Steps(resetWithAck), "result false");
 }
 
 TEST(SirfFrame, ChecksumKeeps15BitsOfTheSum) {
@@ -312,6 +314,9 @@ TEST_F(GsrDriver, SaysWhetherItsResetWasAcknowledged) {
   EXPECT_TRUE(Steps(resetWithAck).ends_with("wait 3000; result false"));
   Acknowledge();
   EXPECT_TRUE(Steps(resetWithAck).ends_with("result true"));
-  Close();
+  line.SetStepHandler([this](const CRehearsal::Step& step) {
+    if (step.kind == CRehearsal::StepKind::write) Unplug();
+  });
+  EXPECT_EQ(Steps(reset), "wait 10000; result false") << "the line goes with the first command";
   EXPECT_EQ(Steps(reset), "result false");
 }

@@ -80,7 +80,9 @@ TEST(HostGpsTime, CarriesRoundedSecondsOver) {
   EXPECT_EQ(c.month * 100 + c.day, 512);
   EXPECT_EQ(c.hour, 0);
   EXPECT_EQ(c.second, 0.0);
-  EXPECT_EQ(CalendarOf({2313, 59.25}, 2).second, 59.25);
+  const Calendar other = CalendarOf({2313, 11279.25}, 2);
+  EXPECT_EQ(other.hour * 100 + other.minute, 307);
+  EXPECT_EQ(other.second, 59.25);
 }
 
 TEST_F(HostRinex, WritesAnEpochUnderACompleteHeader) {

@@ -3,6 +3,7 @@
 #include <pthread.h>
 #include <sys/stat.h>
 
+#include "gpsengine/link/guardedline.h"
 #include "host/line/ports.h"
 #include "tests/support/enginetest.h"
 #include "tests/support/scriptedline.h"
@@ -151,6 +152,15 @@ TEST(Signal, CutsShortNeitherAReadNorAWrite) {
   peer.join();
   EXPECT_EQ(heard, much);
   port.Close();
+}
+
+TEST(GuardedLine, TellsAPeerThatHasGoneFromASilentOne) {
+  PseudoTerminal terminal;
+  gps::GuardedLine line(OpenSerialDevice(CString::FromUtf8(terminal.Name())), {});
+  char byte = 0;
+  EXPECT_EQ(line.Read(&byte, 1, 1), 0);
+  terminal.HangUp();
+  EXPECT_LT(line.Read(&byte, 1, 1), 0);
 }
 
 TEST_F(LiveEngineTest, SaysWhyAPortDoesNotOpenAndStartsOnOneThatDoes) {

@@ -162,15 +162,29 @@ TEST(RawData, RefusesASoundBlockOfWhatCannotBe) {
 
   // Binary messages alone, and not those of a second antenna.
   const std::pair<char, bool> types[] = {{0, true}, {1, false}, {2, true}, {0x20, false}};
-  for (const auto& [type, taken] : types) {
-    std::string message = Blocks(kObservations[1], 1).at(0);
-    message.resize(message.size() - 4);
-    message[6] = type;
+  const auto oem_with = [](std::string message, std::size_t at, auto value) {
+    std::string bytes;
+    simulator::AppendLittle(bytes, value);
+    message.replace(at, bytes.size(), bytes).resize(message.size() - 4);
     simulator::AppendLittle(message, simulator::OemCrc(message));
-    EXPECT_EQ(DecodeObservations(WordsOf(message), history, epoch), taken) << int{type};
-  }
+    return WordsOf(message);
+  };
+  const std::string ranges = Blocks(kObservations[1], 1).at(0), orbit = Blocks(kEphemerides[2], 1).at(0);
+  for (const auto& [type, taken] : types)
+    EXPECT_EQ(DecodeObservations(oem_with(ranges, 6, type), history, epoch), taken) << int{type};
 
   BroadcastEphemeris read;
+  // No GPS satellite, no week, other issues than those of the clock, no number.
+  const std::pair<std::size_t, std::uint64_t> orbits[] = {
+      {28, 0},        {28, 33},       {28 + 28, 0},      {28 + 28, 0x8000},
+      {28 + 16, 300}, {28 + 20, 300}, {28 + 160, 0x500}, {28 + 64, 0x7FF0ULL << 48}};
+  for (const auto& [at, value] : orbits)
+    EXPECT_FALSE(DecodeEphemeris(oem_with(orbit, at, value), read)) << at;
+  for (const double variance : {-1.0, double(INFINITY), double(NAN), 9.0}) {
+    ASSERT_TRUE(DecodeEphemeris(oem_with(orbit, 28 + 216, variance), read));
+    EXPECT_EQ(read.accuracy, variance == 9.0 ? 3.0 : 0.0) << variance;
+  }
+  read = {};
   // No GPS satellite; another preamble, another number of a subframe; orbit and clock of other issues; no
   // square root of an axis.
   const std::pair<std::size_t, std::uint16_t> words[] = {

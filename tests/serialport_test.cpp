@@ -58,6 +58,12 @@ TEST_F(RehearsedPort, AppliesAChangeOfSettingsAtOnce) {
   DCB state;
   ASSERT_TRUE(GetCommState(port.GetHandle(), &state));
   EXPECT_TRUE(state.XonLim == 128 && state.XonChar == 0x11 && state.XoffLim == 10 && state.XoffChar == 0x13);
+  state.fNull = state.fAbortOnError = 1;
+  SetCommState(port.GetHandle(), &state);
+  port.SetFlowControl(1);
+  EXPECT_EQ(Settings(), (Values{57600, 7, 1, 2, 2, 1, 0, 1, 0}));
+  GetCommState(port.GetHandle(), &state);
+  EXPECT_FALSE(state.fNull || state.fAbortOnError);
   port.SetFlowControl(2);
   port.SetDataBits(8);
   EXPECT_EQ(Settings(), (Values{57600, 8, 1, 2, 1, 0, 1, 2, 0}));
@@ -124,6 +130,8 @@ TEST_F(RehearsedPort, CountsNoBytesWhileTheLineHasAnError) {
   line.SetLineErrors(8);
   EXPECT_EQ(port.GetBytesAvailable(), 0);
   EXPECT_EQ(port.GetBytesAvailable(), 5);
+  line.Feed("late", 10);
+  Sleep(20);
   EXPECT_TRUE(port.PurgeInput());
   EXPECT_EQ(port.GetBytesAvailable(), 0);
 }
@@ -285,6 +293,9 @@ TEST_F(TerminalPort, IsForOneProgramAlone) {
   port.Close();
   EXPECT_TRUE(second.Open());
   second.Close();
+  MapComPort(0, CString::FromUtf8(terminal.Name()));
+  second.SetPortNumber(0);
+  EXPECT_FALSE(second.Open()) << "numbers begin at 1";
 }
 
 /// Time that passes only while a line is waited for, and what the peer does meanwhile.

@@ -4,6 +4,7 @@
 #include <random>
 
 #include "gpsengine/engine/gpsengine.h"
+#include "gpsengine/link/precisetimer.h"
 #include "gpsengine/platform/clock.h"
 #include "gpsengine/platform/messagebox.h"
 #include "tests/support/basics.h"
@@ -149,6 +150,8 @@ TEST_F(ThreadsTest, StandAThousandRoundsOfAnything) {
       [this](CGPSEngine&, CGPSReceiver&) { m_pEngine.reset(); },
   };
   {
+    CPreciseTimer timer;
+    timer.Start(&m_Window, 10'000);
     const Feeder feeder(m_Terminal);
     for (int round = 0; round < 1000; ++round) {
       if (m_pEngine == nullptr) MakeEngine(dice() % 3 == 0 ? "/nowhere/at/all" : folder / "record");

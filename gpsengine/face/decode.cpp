@@ -88,7 +88,6 @@ class LineEnds {
 class Recording::Play : public Stream {
  public:
   Play(Reader read, const DecodeOptions& options);
-  ~Play() override;
 
   bool Next(std::size_t alternative, Record& record, const Wait& wait) override;
   void Want(std::size_t alternative) override { shelf_.Want(Shelf::ReaderOf(alternative)); }
@@ -133,11 +132,6 @@ Recording::Play::Play(Reader read, const DecodeOptions& options)
   if (options.date) window_.SetReference(*options.date + kDay / 2);
   Date(piece_);  // it may tell its date some way after its first fix
   if (options.speed > 0.0) pacer_.emplace(options.speed, piece_, receiver.GetCurrentBaudrate());
-}
-
-Recording::Play::~Play() {
-  const UnpacedClock clock;
-  engine_.Stop();
 }
 
 void Recording::Play::Take(Record&& record) {

@@ -49,7 +49,7 @@ DWORD GetFileAttributesW(const WCHAR* pszPath);
 /// The full path of the host's executable, truncated to `nBuffer` - 1 characters. Returns the length, 0 if
 /// unknown.
 DWORD GetModuleFileNameW(WCHAR* pBuffer, DWORD nBuffer);
-/// The error number of the last failed platform call on this thread.
+/// The error number of the last port or handle on this thread that could not be opened or closed.
 ///@{
 DWORD GetLastError();
 void SetLastError(DWORD nError);

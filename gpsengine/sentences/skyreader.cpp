@@ -58,7 +58,7 @@ void ReadSatellites(const Fields& gsv, Gnss said, int end, std::vector<Satellite
     satellite.id = SatelliteOf(number, said);
     Take(gsv[field + 1], -90, 90, satellite.elevation);
     Take(gsv[field + 2], 0, 360, satellite.azimuth);
-    if (field + 3 < end) Take(gsv[field + 3], 1, 99, satellite.signal);  // 0 is none
+    Take(gsv[field + 3], 1, 99, satellite.signal);  // 0 is none
   }
 }
 

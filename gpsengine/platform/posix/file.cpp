@@ -56,7 +56,6 @@ int CFile::Open(const WCHAR* path, UINT flags, CFileException* error) {
     errno = EISDIR;
   }
   if (m_nFile >= 0) return 1;
-  SetLastError(static_cast<DWORD>(errno));
   if (error != nullptr) error->m_strReason = CString::FromUtf8(std::strerror(errno));
   return 0;
 }
@@ -79,10 +78,7 @@ bool CFile::Write(const void* buffer, UINT wanted) {
   while (wanted > 0) {
     const ssize_t count = write(m_nFile, from, wanted);
     if (count < 0 && errno == EINTR) continue;
-    if (count <= 0) {
-      SetLastError(static_cast<DWORD>(count < 0 ? errno : EIO));
-      return false;
-    }
+    if (count <= 0) return false;
     from += count;
     wanted -= static_cast<UINT>(count);
   }
