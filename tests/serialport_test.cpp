@@ -296,6 +296,7 @@ TEST_F(TerminalPort, IsForOneProgramAlone) {
   MapComPort(0, CString::FromUtf8(terminal.Name()));
   second.SetPortNumber(0);
   EXPECT_FALSE(second.Open()) << "numbers begin at 1";
+  MapComPort(0, "");
 }
 
 /// Time that passes only while a line is waited for, and what the peer does meanwhile.
