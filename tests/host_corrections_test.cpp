@@ -379,10 +379,9 @@ TEST(CorrectionsProgram, TakesThemFromStr2str) {
   const int port = 42'000 + getpid() % 10'000;
   const std::string caster = "127.0.0.1:" + std::to_string(port);
   const TemporaryFolder folder;
-  const std::string command = "str2str -in tcpcli://" + base.Address() +
-                              " -out ntripc://me:secret@:" + std::to_string(port) +
-                              "/BASE >/dev/null 2>&1 & echo $! >" + (folder / "pid");
-  std::system(command.c_str());
+  const Program str2str(
+      {"-in", "tcpcli://" + base.Address(), "-out", "ntripc://me:secret@:" + std::to_string(port) + "/BASE"},
+      "", "str2str");
   std::string table;
   for (int i = 0; i < 100 && table.empty(); ++i) {
     table = RunToEnd("ntrip " + caster).output;
@@ -395,5 +394,4 @@ TEST(CorrectionsProgram, TakesThemFromStr2str) {
                       .output,
                   R"("status":3)"));
   over = true;
-  kill(std::stoi(ReadFile(folder / "pid")), SIGTERM);
 }

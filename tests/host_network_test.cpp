@@ -1,6 +1,4 @@
 // Receivers at addresses: what is taken for one, lines to peers that do as they like, and runs on them.
-#include <netinet/in.h>
-
 #include "host/command.h"
 #include "host/line/config.h"
 #include "host/line/port.h"
@@ -10,6 +8,7 @@
 #include "host/network/rfc2217line.h"
 #include "tests/support/conversation.h"
 #include "tests/support/monitorrun.h"
+#include "tests/support/program.h"
 #include "tests/support/tcppeer.h"
 
 using namespace std::chrono_literals;
@@ -231,21 +230,15 @@ TEST_F(NetworkRun, EndsAtOnceWhileNobodyAnswers) {
 TEST_F(NetworkRun, TakesDatagrams) {
   const int port = FreePort();
   options.port = "udp://127.0.0.1:" + std::to_string(port);
-  const int sender = socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0);
-  sockaddr_in address{};
-  address.sin_family = AF_INET;
-  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-  address.sin_port = htons(static_cast<std::uint16_t>(port));
-  connect(sender, reinterpret_cast<sockaddr*>(&address), sizeof address);
+  const auto sender = ConnectTo(port, SOCK_DGRAM);
   EXPECT_EQ(Run([&] {
               UntilShown(1, [&] {
                 for (const std::string& datagram : {FixAt(1), std::string()})
-                  send(sender, datagram.data(), datagram.size(), 0);
+                  send(sender.Get(), datagram.data(), datagram.size(), 0);
               });
               CloseOutput();
             }),
             host::ExitCode::done);
-  close(sender);
 }
 
 TEST_F(NetworkRun, TakesStandardInputAsItComesAndEndsWithIt) {
@@ -290,42 +283,23 @@ TEST_F(NetworkRun, RefusesWhatAnAddressDoesNotTake) {
   EXPECT_THROW(host::SetConfig("port", "tcp://gps.example"), host::Failure);
 }
 
-/// The server, in front of a line, for as long as a test takes.
-class Ser2net {
- public:
-  Ser2net(const std::string& folder, const std::string& connection) : folder_(folder) {
-    WriteFile(folder + "/ser2net.yaml", connection);
-  }
-  ~Ser2net() { Stop(); }
-  void Start() const {
-    ASSERT_EQ(
-        std::system(
-            ("cd " + folder_ + " && { ser2net -n -d -u -c ser2net.yaml >log 2>&1 & echo $! >pid; }").c_str()),
-        0);
-  }
-  void Stop() const {
-    const std::string process = ReadFile(folder_ + "/pid");
-    if (!process.empty()) kill(std::stoi(process), SIGKILL);
-    WriteFile(folder_ + "/pid", "");
-  }
-
- private:
-  const std::string folder_;
-};
-
 // A server that no one here wrote, which gives rubbish where the speed is wrong, as a real line does.
 TEST_F(NetworkRun, FindsAndCommandsAReceiverBehindSer2net) {
   if (!HasTool("ser2net") || host::Rfc2217Version() == "without gensio")
     GTEST_SKIP() << "ser2net is missing, or gensio";
   const auto runner = RunSimulated("CSI", 20);  // at 9600 baud
   const int port = FreePort();
-  const Ser2net server(folder.Path(), "connection: &c\n  accepter: telnet(rfc2217),tcp,127.0.0.1," +
-                                          std::to_string(port) + "\n  connector: serialdev," +
-                                          runner->PortName() + ",4800n81,local\n");
+  WriteFile(folder / "ser2net.yaml", "connection: &c\n  accepter: telnet(rfc2217),tcp,127.0.0.1," +
+                                         std::to_string(port) + "\n  connector: serialdev," +
+                                         runner->PortName() + ",4800n81,local\n");
+  std::optional<Program> server;
+  const auto start = [&] {
+    server.emplace(std::vector<std::string>{"-n", "-d", "-u", "-c", folder / "ser2net.yaml"}, "", "ser2net");
+  };
   options.port = "rfc2217://127.0.0.1:" + std::to_string(port);
   options.model = "CSI";
   options.count = 3;
-  EXPECT_EQ(Run([&] { server.Start(); }), host::ExitCode::done) << errors;
+  EXPECT_EQ(Run(start), host::ExitCode::done) << errors;
   options.count = 0;
   host::FoundLine found;
   Do([&](const auto& interrupt, auto&) {
@@ -340,10 +314,10 @@ TEST_F(NetworkRun, FindsAndCommandsAReceiverBehindSer2net) {
               while (!Shown(0).empty()) {
               }
               EXPECT_NE(Shown(5000), "");
-              server.Stop();
+              server.reset();
               while (!Shown(200).empty()) {
               }
-              server.Start();
+              start();
               EXPECT_NE(Shown(5000), "");
               CloseOutput();
             }),

@@ -1,7 +1,3 @@
-#include <arpa/inet.h>
-#include <netinet/in.h>
-#include <sys/socket.h>
-
 #include "gpsengine/sentences/sentencefinder.h"
 #include "host/run/failure.h"
 #include "host/serve.h"
@@ -11,6 +7,7 @@
 #include "tests/support/browser.h"
 #include "tests/support/monitorrun.h"
 #include "tests/support/program.h"
+#include "tests/support/tcppeer.h"
 
 using namespace host;
 using namespace std::chrono_literals;
@@ -21,14 +18,7 @@ namespace {
 /// A connection of a client, which never blocks.
 class Peer {
  public:
-  explicit Peer(int port, int buffer = 0) : socket_(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
-    if (buffer > 0) setsockopt(socket_.Get(), SOL_SOCKET, SO_RCVBUF, &buffer, sizeof buffer);
-    sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_port = htons(static_cast<std::uint16_t>(port));
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    EXPECT_EQ(connect(socket_.Get(), reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
-  }
+  explicit Peer(int port, int buffer = 0) : socket_(ConnectTo(port, SOCK_STREAM, buffer)) {}
   void Send(std::string_view bytes) const {
     EXPECT_EQ(send(socket_.Get(), bytes.data(), bytes.size(), MSG_NOSIGNAL),
               static_cast<ssize_t>(bytes.size()));

@@ -148,6 +148,8 @@ TEST(HostSky, TellsOneSkyAnEpochAndForgetsWhatIsGone) {
     ReadAll(reader, At(std::to_string(120000 + i)) + WithChecksum("$GPGSA,A,3,07,,,,,,,,,,,,2.5,1.3,2.1") +
                         WithChecksum(gps));
   EXPECT_EQ(Show(reader.Latest()), "G07=7*:45/120/30") << "what goes on coming stays";
+  EXPECT_EQ(Print("%g %g %g", *reader.Latest().pdop, *reader.Latest().hdop, *reader.Latest().vdop),
+            "2.5 1.3 2.1");
 }
 
 TEST(HostSky, KeepsWhatItHasWhenAGroupIsBroken) {
@@ -206,7 +208,7 @@ TEST(HostSky, ComesFromRecordsWhereSentencesHaveNoGroups) {
     data.m_bSatellitesComplete = data.m_bSatellitesChanged = true;
     data.m_nSatellitesInView = 2;
     data.m_dPDOP = 2.5;
-    data.m_Satellites[0] = {0.5, 1.0, 1, true, true, 41};
+    data.m_Satellites[0] = {0.5, 1.0, 1, true, true, 1};
     data.m_Satellites[3] = {0.0, 0.0, 66, false, true, 0};
     return data;
   };
@@ -214,7 +216,7 @@ TEST(HostSky, ComesFromRecordsWhereSentencesHaveNoGroups) {
   EXPECT_EQ(source.OnData(record(false)), nullptr) << "its text may be a sentence that tells more";
   const Sky* sky = source.OnText(Fields("$PASHR,SAT,..."));
   ASSERT_NE(sky, nullptr);
-  EXPECT_EQ(Show(*sky), "G01=1*:29/57/41 R02=66:-/-/-");
+  EXPECT_EQ(Show(*sky), "G01=1*:29/57/1 R02=66:-/-/-");
   EXPECT_TRUE(sky->pdop == 2.5 && !sky->hdop && !sky->vdop);
   source.OnData(record(true));
   EXPECT_EQ(source.OnText(Fields(At("120000"))), nullptr) << "the same with a position";

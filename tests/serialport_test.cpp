@@ -162,6 +162,8 @@ TEST_F(RehearsedPort, ReadsABlockAndWaitsForAByte) {
   EXPECT_TRUE(port.WaitForByte('>', 100));
   EXPECT_FALSE(port.WaitForByte('>', 100)) << "what came before is gone";
   EXPECT_EQ(Took([&] { EXPECT_FALSE(port.ReadBlock(data, 8, &count, cancel)); }), 1010u);
+  cancel = true;
+  EXPECT_FALSE(port.ReadBlock(data, 8, &count, cancel));
 }
 
 TEST_F(RehearsedPort, GivesTheFirstByteOfALineThatKeepsTalking) {

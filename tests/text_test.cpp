@@ -69,6 +69,8 @@ TEST(Parser, SplitsAtAnyDelimiterAndKeepsEmptyFields) {
   parser.SetString(CString(u'x', 200) + ",");  // more than a text keeps within itself
   EXPECT_TRUE(parser.GetNextString(field));
   EXPECT_EQ(field.GetLength(), 200);
+  parser.SetString("");
+  EXPECT_FALSE(parser.GetNextString(field)) << "nothing is left of the text before";
 }
 
 TEST(Parser, MovesOnByOneFieldGoodOrBad) {

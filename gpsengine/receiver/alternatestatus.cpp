@@ -40,7 +40,7 @@ CString StatusFile() {
 }  // namespace
 
 void CGPSReceiver::LoadAlternatGPSStatusStrings() {
-  CTextFile file(false, false);
+  CTextFile file;
   if (file.Open(StatusFile().GetString(), CFile::modeRead, nullptr) == 0) return;
 
   CString line;

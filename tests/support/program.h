@@ -13,11 +13,12 @@
 /// The program as a user runs it, a process of its own, whose profile is not the user's.
 class Program {
  public:
-  /// With the name of a terminal, that is its input and output.
-  explicit Program(std::vector<std::string> arguments, const std::string& strTerminal = "") {
+  /// With the name of a terminal, that is its input and output. With another command, it is that of others.
+  explicit Program(std::vector<std::string> arguments, const std::string& strTerminal = "",
+                   const std::string& strCommand = GPSENGINE_PROGRAM) {
     int out[2], err[2];
     if (pipe2(out, O_CLOEXEC) != 0 || pipe2(err, O_CLOEXEC) != 0) throw std::runtime_error("no pipe");
-    arguments.insert(arguments.begin(), GPSENGINE_PROGRAM);
+    arguments.insert(arguments.begin(), strCommand);
     std::vector<char*> argv;
     for (auto& argument : arguments) argv.push_back(argument.data());
     argv.push_back(nullptr);
@@ -27,7 +28,7 @@ class Program {
       dup2(err[1], STDERR_FILENO);
       if (!strTerminal.empty()) UseTerminal(strTerminal);
       setenv("XDG_CONFIG_HOME", ("/tmp/gpsengine-test-" + std::to_string(getppid())).c_str(), 1);
-      execv(argv[0], argv.data());
+      execvp(argv[0], argv.data());
       _exit(127);
     }
     close(out[1]);

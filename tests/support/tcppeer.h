@@ -1,5 +1,7 @@
 #pragma once
 
+#include <gtest/gtest.h>
+#include <netinet/in.h>
 #include <poll.h>
 #include <sys/socket.h>
 
@@ -49,6 +51,15 @@ class TcpPeer {
   const host::Listener m_Listener;
   host::UniqueDescriptor m_Client;
 };
+
+/// A socket connected to a port of this machine.
+inline host::UniqueDescriptor ConnectTo(int nPort, int nType = SOCK_STREAM, int nBuffer = 0) {
+  host::UniqueDescriptor end(socket(AF_INET, nType | SOCK_CLOEXEC, 0));
+  if (nBuffer > 0) setsockopt(end.Get(), SOL_SOCKET, SO_RCVBUF, &nBuffer, sizeof nBuffer);
+  sockaddr_in address{AF_INET, htons(static_cast<std::uint16_t>(nPort)), {htonl(INADDR_LOOPBACK)}, {}};
+  EXPECT_EQ(connect(end.Get(), reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
+  return end;
+}
 
 /// A port that nobody listens on.
 inline int FreePort() {
