@@ -95,6 +95,7 @@ TEST(BinBuffer, TakesEachMessageForWhatItsHeadSays) {
       {"##A,1,2\r\n#BIN_,1*12\r\n" + kGga, {"#\n", "#A,1,2\r\n", "#BIN_,1*12\r\n", kGga}},
       {"$PMD\r\n$BINx\r\n", {"$PMD\r\n", "$BINx\r\n"}},  // no number of a block: a text
       {"$BIN,\r\n", {"$BIN,\r\n"}},
+      {"noise" + Oem(28, 17) + kVtg, {oem, kVtg}},
       {ack, {}},  // with one comma it waits for another
       {ack + kGga, {ack, kGga}},
       {kGga + Ashtech("PBN", 68) + "\n" + kVtg + Block(95, 140) + "\n" + kGga + Oem(28, 17) + kVtg,
@@ -104,6 +105,7 @@ TEST(BinBuffer, TakesEachMessageForWhatItsHeadSays) {
     Stream stream;
     stream.Feed(bytes);
     EXPECT_EQ(stream.texts, texts);
+    EXPECT_FALSE(stream.buffer.GetCurrentMessage() || stream.buffer.HasMessage());
   }
 }
 

@@ -112,7 +112,9 @@ TEST_F(OtherDriver, WaitsForTheAcknowledgementOrForItsTime) {
     return [bWait](auto& r) { return r.WriteAck("$PASHS,SAV,Y\r\n", bWait, 700); };
   };
   EXPECT_EQ(Steps(write(false)), R"(write "$PASHS,SAV,Y\r\n"; wait 700; result true)");
-  EXPECT_EQ(Steps(write(true)), R"(write "$PASHS,SAV,Y\r\n"; wait-ack 700; result false)");
+  EXPECT_EQ(
+      Took([&] { EXPECT_EQ(Steps(write(true)), R"(write "$PASHS,SAV,Y\r\n"; wait-ack 700; result false)"); }),
+      700u);
   EXPECT_EQ(Steps([](auto& r) { return r.WriteAck(CString(u'A', 201), false, 700); }), "result false");
   line.StopAfter(0);
   EXPECT_EQ(Steps(write(false)), "result false");
@@ -285,6 +287,10 @@ TEST_F(GsrDriver, SendsItsTuningAlongWithAnotherPublication) {
     ASSERT_TRUE(FeedSentence(kPosition));
     EXPECT_EQ(Last().m_Status.m_nLbandMode, mode);
   }
+  receiver.SetLbandFrequency(0.0, 1200);
+  receiver.Initialize();
+  ASSERT_TRUE(FeedSentence(kPosition));
+  EXPECT_FALSE(Last().m_Status.m_bStatusUpdated) << "a start begins anew";
 }
 
 TEST_F(GsrDriver, SwitchesTheRawLogsOnlyWhenTheyChange) {
@@ -302,6 +308,9 @@ TEST_F(GsrDriver, SwitchesTheRawLogsOnlyWhenTheyChange) {
   expect(Interval(1.9), "");
   expect(Interval(2.0), "LOG RANGEB ONTIME 2");
   expect(Interval(2.9), "");
+  expect(Raw(false), off);
+  expect(Raw(false), "");
+  expect(Raw(true), "LOG RANGEB ONTIME 1");
   EXPECT_TRUE(Steps(start).ends_with("result true"));
   expect(Raw(false), "");  // a start takes the logs for off
   expect(Raw(true), "LOG RANGEB ONTIME 1");

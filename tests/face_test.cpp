@@ -189,6 +189,17 @@ TEST(Face, TellsWhatAReceiverTookAndWhatItRefused) {
   answers.Feed("$>\r\n<OK\r\n<ERROR:Invalid Message ID\r\n$PASHR,ACK*3D\r\n$GPGGA,\r\n$PASHR,NAK");
   EXPECT_TRUE(answers.HasHeard() && answers.Taken() == 3 && answers.Refused() == 1);
   EXPECT_EQ(answers.Refusal(), "<ERROR:Invalid Message ID");
+  for (const char* line : {"$PASHS,NME", "$JSAVE", "LOG GPGGA", "UNLOG GPGGA", "SAVECONFIG", "ECUTOFF 5",
+                           "ASSIGNOMNI", "RTKSOURCE NONE", "PSRDIFFSOURCE NONE", "SBASCONTROL ENABLE",
+                           "UNDULATION USER", "DATUM WGS84", "datum user", "USERDATUM 6378137"})
+    EXPECT_TRUE(gps::AnswerReader::IsDueTo(line)) << line;
+  EXPECT_FALSE(gps::AnswerReader::IsDueTo("$PSRF103,00,00,02,01"));
+  for (const auto& [text, is_answer] : {std::pair("$>\r\n", false),
+                                        {"$>JI,1\r\n", true},
+                                        {"#LOGLISTA\r\n", true},
+                                        {"$RD1,1\r\n", true},
+                                        {"$GPGGA,1", false}})
+    EXPECT_EQ(gps::IsAnswer(text), is_answer) << text;
 }
 
 TEST(Face, RehearsesCommands) {
@@ -271,6 +282,8 @@ TEST(FaceLive, ReadsALineOfOnesOwnOnAnyThread) {
   EXPECT_EQ(receiver.reports(kLong).next().value().key, "ack") << "it has waited";
   EXPECT_TRUE(Has(ErrorOf([&] { receiver.fixes(1ms).next(); }), "4 no fix came from the line in 0.001 s"));
   EXPECT_TRUE(Has(ErrorOf([&] { receiver.raw(1ms).next(); }), "4 no raw data came from the line"));
+  EXPECT_TRUE(Has(ErrorOf([&] { receiver.reports(1ms).next(); }), "4 no report came"));
+  EXPECT_TRUE(Has(ErrorOf([&] { receiver.satellites(1ms).next(); }), "4 no satellites came"));
   std::stop_source stop;
   std::thread stopping([&] { stop.request_stop(); });
   EXPECT_EQ(receiver.fixes({kLong, stop.get_token()}).next(), std::nullopt);
@@ -351,7 +364,7 @@ TEST(FaceLive, CommandsAndEndsWithItsLine) {
       Has(ErrorOf([&] { receiver->command("raw-interval", {"x"}); }), "2 \"x\" is not a number of seconds"));
   std::thread refusing([&] {
     terminal.Receive(std::string("$PASHS,RCI,1.000000\r\n").size());
-    std::this_thread::sleep_for(50ms);  // the command waits
+    std::this_thread::sleep_for(300ms);  // the command waits, and then for this
     terminal.Send("$PASHR,ACK*3D\r\n$PASHR,NAK\r\n");
   });
   EXPECT_EQ(ErrorOf([&] {
@@ -393,6 +406,8 @@ TEST(FaceLive, WaitsForTheReportThatAnswersAQuery) {
   const std::jthread answering([&] { std::this_thread::sleep_for(50ms), script.Send("PEM:07 SAV:N\r\n"); });
   EXPECT_EQ(ErrorOf([&] { receiver.command("query-elevation-mask", {"--wait"}); }), "none");
   EXPECT_EQ(testing::PrintToString(reports.next().value()), "elevation mask 7 deg");
+  const std::jthread later([&] { std::this_thread::sleep_for(20ms), script.Send("PEM:08 SAV:N\r\n"); });
+  EXPECT_LT(Took([&] { reports.next(); }), 5000u) << "as it comes";
 }
 
 TEST(FaceLive, StopsACommandInTheMidstOfAWait) {

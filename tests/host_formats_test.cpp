@@ -131,6 +131,15 @@ TEST(HostMoment, GivesATimeOfDayTheNearestDate) {
       "2024-05-14T23:59:59.500Z2024-05-15T00:00:00.250Z2024-05-14T00:00:00.000Z2024-05-15T00:00:00.000Z");
 }
 
+TEST(HostMoment, GoesOnWithTheDaysThatPassWhileAReceiverIsSilent) {
+  FixReader reader;
+  reader.SetReference(kMidday);
+  CGPSData data = FixRecord();
+  const auto first = *reader.Read(data).time;
+  data.m_Time = CTime(data.m_Time.GetTime() + 3 * 86'400);
+  EXPECT_EQ(*reader.Read(data).time - first, 3 * kDay);
+}
+
 TEST(HostMoment, FindsTheDateOfARecordingHoweverItIsCut) {
   const std::string stream =
       "noise$" +  // the first one is longer than the standard allows
@@ -140,7 +149,8 @@ TEST(HostMoment, FindsTheDateOfARecordingHoweverItIsCut) {
   for (const std::size_t cut : {std::size_t{1}, std::size_t{13}, stream.size()}) {
     DateScan scan;
     const std::string unfixed = WithChecksum("$GPRMC,120001,V,,,,,,,010199,,");
-    scan.Feed(std::string_view(unfixed).substr(0, unfixed.size() - 2));  // its line end is not waited for
+    scan.Feed(WithChecksum("$GPRMC,120001,V,,,,,,,010198,,") +
+              unfixed.substr(0, unfixed.size() - 2));  // its line end is not waited for
     EXPECT_EQ(scan.Latest(), Moment(std::chrono::milliseconds(915192001000)))
         << "as long as there is no other";
     for (std::size_t i = 0; i < stream.size(); i += cut) scan.Feed(std::string_view(stream).substr(i, cut));
@@ -412,8 +422,10 @@ TEST(HostFormats, ShowWhatReportsHaveNewsOf) {
   status.m_bStatusUpdated = status.m_bDgpsModeValid = true;
   status.m_nDgpsMode = static_cast<DgpsMode>(6);
   status.m_nLbandMode = 2;
+  status.m_bElevationMaskValid = true;
   data.m_bProprietaryValid = false;
-  EXPECT_EQ(Lines(Format::text).Of(data), "report: differential source unknown, L-band tuning fixed\n");
+  EXPECT_EQ(Lines(Format::text).Of(data),
+            "report: elevation mask 0 deg, differential source unknown, L-band tuning fixed\n");
 }
 
 TEST(HostFormats, TellARepeatedPositionModeOnce) {

@@ -246,7 +246,7 @@ TEST_F(GpsdServerTest, HasFiftyClientsAndRefusesMore) {
 }
 
 TEST(SentenceFinder, FindsSentencesBetweenAnythingElse) {
-  const std::string stream = "47*2D\r\n$GPZDA,1*00\r\n\x81$\x02\xA0$GP\x80$GPVTG,!*11\n\n!AIVDM,1*22\r$" +
+  const std::string stream = "47*2D$GPZDA,1*00\r\n\x81$\x02\xA0$GP\x80$GPVTG,!*11\n\nx!AIVDM,1*22\r$" +
                              std::string(2000, 'x') + "\r\n$GPGLL*33\r\n$GPG";
   const Strings expected = {"$GPZDA,1*00\r\n", "$GPVTG,!*11\r\n", "!AIVDM,1*22\r\n", "$GPGLL*33\r\n"};
   for (const std::size_t size : {std::size_t{1}, std::size_t{7}, stream.size()}) {

@@ -137,6 +137,7 @@ TEST(HostSky, TellsOneSkyAnEpochAndForgetsWhatIsGone) {
   EXPECT_EQ(SkiesOf({At("120000"), gps, "$GPVTG,,T,,M,,N,,K", At("120000"), glonass, At("120001")}), both);
   EXPECT_EQ(SkiesOf({gps, glonass, gps, glonass, gps, glonass}), both + both + both) << "without any time";
   EXPECT_EQ(SkiesOf({gps, gps + ",1"}), one) << "of two bands, one of them unnamed";
+  EXPECT_EQ(SkiesOf({At("120000"), gps, At("120001"), "$GPGSV,1,1,00", At("120002")}), one + "\n");
   EXPECT_EQ(SkiesOf({At("120000"), gps, glonass, At("120001"), gps, At("120002"), gps, At("120003"), gps}),
             both + both + both + one);
   SkyReader reader;

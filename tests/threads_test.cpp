@@ -169,6 +169,29 @@ TEST_F(ThreadsTest, StandAThousandRoundsOfAnything) {
   ExpectNothingLeftBut(m_Before);
 }
 
+TEST_F(ThreadsTest, WaitForACallbackThatEndsInTime) {
+  struct Slow {
+    HANDLE hBegun = CreateEventW(false, false);
+    std::atomic<bool> bEnded = false;
+    static void Call(GPSNotificationType, CGPSNotification*, void* pUser) {
+      auto& slow = *static_cast<Slow*>(pUser);
+      SetEvent(slow.hBegun);
+      std::this_thread::sleep_for(20ms);
+      slow.bEnded = true;
+    }
+  } slow;
+  m_Clock.limit = INFINITE;
+  MakeEngine("");
+  m_pEngine->m_bAttachRawData = true;
+  m_pEngine->GetReceiver()->AddNotificationCallback(GPS_NOTIFY_EPHEMERIS, &Slow::Call, &slow);
+  ASSERT_TRUE(m_pEngine->Start());
+  m_Terminal.Send(Snv().Message() + "\n");
+  WaitForSingleObject(slow.hBegun, INFINITE);
+  m_pEngine.reset();
+  EXPECT_TRUE(slow.bEnded);
+  CloseHandle(slow.hBegun);
+}
+
 // What a callback holds up: it asks the host's thread for something, which that will not give until the
 // engine has gone, or has been started again.
 TEST_F(ThreadsTest, LeaveACallbackBehindThatWaitsForTheHost) {

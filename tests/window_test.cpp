@@ -60,9 +60,12 @@ TEST(Window, OfAnotherThreadAnswersWhatIsSentUntilItGoesAway) {
   const HANDLE made = CreateEventW(true, false), stop = CreateEventW(true, false),
                left = CreateEventW(true, false);
   std::jthread other([&] {
+    auto spare = std::make_unique<Recorder>();
     Recorder window;
     name = window.GetSafeHwnd();
     SetEvent(made);
+    Sleep(20);  // with a message of the other one's on its way
+    spare.reset();
     while (MsgWaitForMultipleObjects(1, &stop, kLong) != WAIT_OBJECT_0) continue;  // the wait delivers
     SetEvent(left);
     Sleep(30);  // with a message that it will never take

@@ -31,8 +31,6 @@ Time FixReader::Date(const CGPSData& data) {
   } else if (last_time_) {
     // Past midnight too, of a recording that has no date, and over a pause of a receiver that has.
     near = *last_time_ + (published - last_published_);
-  } else if (reference_) {
-    near = *reference_;
   }
   last_published_ = published;
   return DateTimeOfDay(data.m_dTimeOfDay, near);

@@ -122,12 +122,8 @@ bool CBinBuffer::Next() {
 bool CBinBuffer::GetCurrentMessage() {
   m_nMessageLength = 0;
   Head head;
-  if (!FindHead(head)) {
-    m_nMessageLength = 0;
-    return false;
-  }
+  if (!FindHead(head)) return false;
   const int binary = head.bOem ? m_nMessageLength : BinaryLength(head);
-  m_nMessageLength = 0;
   const int length = binary > 0 ? binary : TextLength();
   if (length > BytesLeft()) return false;
   m_nMessageLength = length;

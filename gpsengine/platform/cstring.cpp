@@ -75,9 +75,7 @@ void CString::Empty() noexcept {
 
 void CString::SetAt(int at, WCHAR c) {
   if (at < 0 || at >= m_nLength) return;
-  const int length = m_nLength;
-  GetBuffer(length)[at] = c;
-  ReleaseBuffer(length);
+  GetBuffer(m_nLength)[at] = c;
 }
 
 WCHAR* CString::GetBuffer(int least) {
@@ -159,10 +157,8 @@ bool CString::StartsWith(std::string_view text) const noexcept {
 }
 
 void CString::MakeUpper() {
-  const int length = m_nLength;
-  WCHAR* text = GetBuffer(length);
-  std::transform(text, text + length, text, Upper);
-  ReleaseBuffer(length);
+  WCHAR* text = GetBuffer(m_nLength);
+  std::transform(text, text + m_nLength, text, Upper);
 }
 
 int CString::Insert(int at, const CString& text) {

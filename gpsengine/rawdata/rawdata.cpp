@@ -46,8 +46,6 @@ Content ContentOf(const BlockHead& head) {
 }
 
 bool DecodeObservations(std::span<const WORD> block, PhaseHistory& history, ObservationEpoch& epoch) {
-  epoch.week = 0;
-  epoch.time_of_week = 0.0;
   epoch.signals.clear();
   const Kind* kind = FindKind(ReadHead(block));
   EpochBuilder builder(epoch);
