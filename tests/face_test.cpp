@@ -74,8 +74,12 @@ TEST(Face, NamesEveryKindOfFix) {
 }
 
 TEST(Face, GivesAnAnswerThatNoDecoderKnowsByItsText) {
-  const std::string bytes = "$>FO\x7F,1,2\r\n$>FOO,1,2\r\n";
-  EXPECT_EQ(testing::PrintToString(gps::decode(BytesOf(bytes)).reports().next().value()), "text $>FOO,1,2");
+  const std::string bytes = "$>FO\x7F,1,2\r\n$>FOO,1,2\r\n$>JI,1,2\r\n$>BAR,1,2\r\n",
+                    expected = "text $>FOO,1,2;text $>JI,1,2;text $>BAR,1,2;";
+  std::string told;
+  for (const gps::Report& report : gps::decode(BytesOf(bytes)).reports())
+    told += testing::PrintToString(report) + ';';
+  EXPECT_EQ(told, expected) << "once, if a decoder knows it";
 }
 
 TEST(Face, KnowsNothingOfTheRecordingBefore) {
@@ -107,6 +111,8 @@ TEST(Face, DecodesAFileAStreamAndATextLogAlike) {
   EXPECT_EQ(Count(expected, "\n"), 3);
   std::istringstream stream(bytes);
   EXPECT_EQ(Texts(gps::decode(stream)), expected);
+  const std::string late = std::string(70'000, 'x') + "\r\n" + bytes;
+  EXPECT_TRUE(Texts(gps::decode(BytesOf(late))).starts_with("1994-03-23")) << "whatever stands before it";
   const std::string file = testing::TempDir() + "gpsengine-face.log";
   std::string text_log = bytes;
   std::erase(text_log, '\r');
@@ -402,12 +408,12 @@ TEST(FaceLive, CommandsAndEndsWithItsLine) {
 TEST(FaceLive, WaitsForTheReportThatAnswersAQuery) {
   Script script;
   gps::Receiver receiver({.model = "CSI", .line = script.Opener()});
-  auto reports = receiver.reports(kLong);
-  const std::jthread answering([&] { std::this_thread::sleep_for(50ms), script.Send("PEM:07 SAV:N\r\n"); });
+  auto reports = receiver.reports(1ms);
+  const std::jthread answering([&] { std::this_thread::sleep_for(600ms), script.Send("PEM:07 SAV:N\r\n"); });
   EXPECT_EQ(ErrorOf([&] { receiver.command("query-elevation-mask", {"--wait"}); }), "none");
   EXPECT_EQ(testing::PrintToString(reports.next().value()), "elevation mask 7 deg");
   const std::jthread later([&] { std::this_thread::sleep_for(20ms), script.Send("PEM:08 SAV:N\r\n"); });
-  EXPECT_LT(Took([&] { reports.next(); }), 5000u) << "as it comes";
+  EXPECT_LT(Took([&] { receiver.reports(kLong).next(); }), 5000u) << "as it comes";
 }
 
 TEST(FaceLive, StopsACommandInTheMidstOfAWait) {

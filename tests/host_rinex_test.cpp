@@ -75,6 +75,10 @@ TEST(HostGpsTime, CountsAWeekFromWhereItWasTold) {
   }
 }
 
+TEST(HostGpsTime, StandsForAMomentOfTheCalendar) {
+  EXPECT_EQ(MomentOf({2314, 180000.25}), Day(2024, 5, 14) + std::chrono::milliseconds(7'200'250));
+}
+
 TEST(HostGpsTime, CarriesRoundedSecondsOver) {
   const Calendar c = CalendarOf({2313, 604799.99999999}, 7);
   EXPECT_EQ(c.month * 100 + c.day, 512);

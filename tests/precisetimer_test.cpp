@@ -17,8 +17,9 @@ class Clockface : public CWnd {
 
   explicit Clockface(DWORD nSlowness = 0) : m_nSlowness(nSlowness) { Create(); }
 
-  LRESULT WindowProc(UINT message, WPARAM wParam, LPARAM) override {
+  LRESULT WindowProc(UINT message, WPARAM wParam, LPARAM lParam) override {
     if (message != WM_PRECISE_TIMER) return 0;
+    EXPECT_EQ(lParam, 0);
     ticks.push_back({GetTickCount(), wParam});
     if (m_nSlowness > 0) Sleep(m_nSlowness);
     return 0;

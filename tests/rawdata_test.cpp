@@ -52,6 +52,8 @@ TEST(RawData, MeasuresWhatTheReceiverHas) {
                   "G" + std::to_string(truth[i].view.prn) + "1C");
         EXPECT_NEAR(signal.pseudorange, truth[i].pseudorange, source.range);
         EXPECT_NEAR(std::remainder(signal.carrier_phase - truth[i].phase, 8388608), 0, source.phase);
+        const double from_range = signal.carrier_phase - signal.pseudorange / 0.190293672798;
+        EXPECT_TRUE(source.phase < 0.001 || std::fabs(from_range) < 4'194'305);
         EXPECT_NEAR(signal.doppler, truth[i].doppler, source.doppler);
         EXPECT_NEAR(signal.cn0, truth[i].view.snr, 0.2);
         EXPECT_EQ(signal.slip, seconds == 1) << source.command;
@@ -365,7 +367,7 @@ TEST(RawData, FillsTheRecordOfOlderReceiversWithTheStrongest) {
   ObservationEpoch epoch;
   ASSERT_TRUE(DecodeObservations(Range(channels), history, epoch));
   CGPSDataRaw raw;
-  ASSERT_TRUE(ToDataRaw(epoch, raw));
+  ASSERT_TRUE(ToDataRaw(epoch, raw) && raw.m_bEpochComplete);
   EXPECT_EQ(raw.GetNumSV(), 11);
   EXPECT_EQ(raw.m_nGPSWeek, 2314);
   EXPECT_EQ(raw.m_dReceiverTime, 1000.0);

@@ -115,7 +115,7 @@ class TextFileTest : public testing::Test {
 };
 
 TEST_F(TextFileTest, TakesEveryKindOfLineEndAndTheLastLineWithoutOne) {
-  EXPECT_EQ(Lines("one\ntwo\r\n\nfour\xE9"), (std::vector<CString>{"one", "two", "", "four\xE9"}));
+  EXPECT_EQ(Lines("one\ntwo\r\n\n\r\nfive\xE9"), (std::vector<CString>{"one", "two", "", "", "five\xE9"}));
   file.SeekToBegin();
   CString line;
   EXPECT_TRUE(file.ReadString(line));
