@@ -48,6 +48,7 @@ TEST_F(DispatchTest, TestsTheChecksum) {
   for (const char* good : {"*47\r\n", "*FF47\r\n"})
     EXPECT_EQ(TypeOf(kGga + std::string(good)), GPS_STRING_GGA);
   EXPECT_EQ(TypeOf("$GPGGA,-,*7b\r\n"), GPS_STRING_GGA);
+  EXPECT_NE(TypeOf("$GPGGA,,,*7A\r\n"), TypeOf("$GPGGA,,,*7:\r\n"));
   for (const char* bad : {"*47F\r\n", "\r\n", "*\r\n", "*48\r\n"})
     EXPECT_EQ(TypeOf(kGga + std::string(bad)), GPS_STRING_NONE) << bad;
   EXPECT_FALSE(Feed(std::string(kGga) + "*48\r\n"));

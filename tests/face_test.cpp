@@ -188,6 +188,7 @@ TEST(Face, IsUsedOnceAtATime) {
   EXPECT_TRUE(Has(ErrorOf([&] { gps::decode(BytesOf(bytes), {.model = "Trimbel"}); }),
                   "2 no model is called \"Trimbel\" (did you mean \"Trimble\"?)"));
   EXPECT_EQ(gps::DidYouMean("monitr", {"monster", "monitor", "monster"}), " (did you mean \"monitor\"?)");
+  EXPECT_EQ(gps::DidYouMean("sim", {"send", "simulate"}), " (did you mean \"simulate\"?)");
 }
 
 TEST(Face, TellsWhatAReceiverTookAndWhatItRefused) {

@@ -73,7 +73,7 @@ std::string RangesOf(Gnss said, int last) {
 TEST(HostSky, ReadsNoSentenceWithoutAGoodChecksum) {
   for (const char* line : {"$GPGGA,1", "$00,0,0", "$*00", "$GPGGA,1*", "$GPGGA,1*00", "GPGGA,1*4B"})
     EXPECT_FALSE(Fields(line)) << line;
-  for (const char* line : {"noise$GPG$GPGGA,1*4B", "$GPG$GPGGA,1*4B", "$GPGGA,1*4B\r\n$GPG"})
+  for (const char* line : {"noise$GPG$GPGGA,1*4B", "$GPG$GPGGA,1*4B", "$GPGGA,1*4B\r\n$GPG", "$$GPGGA,1*4B"})
     EXPECT_EQ(Fields(line)[1], "1") << line;
 }
 
