@@ -198,8 +198,10 @@ TEST(RawData, RefusesASoundBlockOfWhatCannotBe) {
     ASSERT_TRUE(DecodeEphemeris(with(ephemeris, 16 + 40 + 36, word), read));
     EXPECT_EQ(read.long_fit, word == 0x2000);
   }
-  ASSERT_TRUE(DecodeEphemeris(with(ephemeris, 16 + 12, 1U << 29), read));
-  EXPECT_TRUE(read.l2p_without_data);
+  for (const unsigned bit : {29U, 28U}) {
+    ASSERT_TRUE(DecodeEphemeris(with(ephemeris, 16 + 12, 1U << bit), read));
+    EXPECT_EQ(read.l2p_without_data, bit == 29);
+  }
   // The clock's second order, which no simulated one has, and its first.
   ASSERT_TRUE(DecodeEphemeris(with(ephemeris, 16 + 32, std::uint32_t{0x81u << 22 | 3 << 6}), read));
   EXPECT_EQ(read.orbit.m_dAf2, std::ldexp(-127, -55));
@@ -348,12 +350,15 @@ TEST(RawData, TellsWhetherAPhaseGoesOn) {
     ASSERT_TRUE(DecodeObservations(WordsOf(epoch.week != 0 && slips ? next : block), history, epoch));
     EXPECT_EQ(epoch.signals[0].slip, slips);
   }
-  // Ten seconds later, tracked for half a second or for longer than is counted.
+  // Ten seconds later each time, tracked for half a second or for longer than is counted.
   for (const bool is_long : {false, true}) {
     std::string next = block;
     next[22] = 5;
     next[24] = static_cast<char>(is_long ? next[24] | 2 : next[24] & ~2);
-    next[17] = static_cast<char>(next[17] ^ 1);
+    double seconds = 0.0;
+    std::memcpy(&seconds, &next[12], sizeof seconds);
+    seconds += is_long ? 20.0 : 10.0;
+    std::memcpy(&next[12], &seconds, sizeof seconds);
     ASSERT_TRUE(DecodeObservations(WordsOf(Summed(next)), history, epoch));
     EXPECT_EQ(epoch.signals[0].slip, !is_long);
   }
