@@ -138,6 +138,10 @@ TEST(HostMoment, GoesOnWithTheDaysThatPassWhileAReceiverIsSilent) {
   const auto first = *reader.Read(data).time;
   data.m_Time = CTime(data.m_Time.GetTime() + 3 * 86'400);
   EXPECT_EQ(*reader.Read(data).time - first, 3 * kDay);
+  for (const double none : {-1.0, 86'401.0, std::nan("")}) {
+    data.m_dTimeOfDay = none;
+    EXPECT_FALSE(reader.Read(data).time) << none;
+  }
 }
 
 TEST(HostMoment, FindsTheDateOfARecordingHoweverItIsCut) {

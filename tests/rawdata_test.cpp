@@ -175,6 +175,12 @@ TEST(RawData, RefusesASoundBlockOfWhatCannotBe) {
   for (const auto& [type, taken] : types)
     EXPECT_EQ(DecodeObservations(oem_with(ranges, 6, type), history, epoch), taken) << int{type};
 
+  const std::string compressed = Blocks(kObservations[2], 1).at(0);
+  ASSERT_TRUE(DecodeObservations(WordsOf(compressed), history, epoch));
+  const std::size_t all = epoch.signals.size();
+  ASSERT_TRUE(DecodeObservations(oem_with(compressed, 28 + 4, 30U << 21), history, epoch));
+  EXPECT_EQ(epoch.signals.size(), all - 1) << "without the one that has no name";
+
   BroadcastEphemeris read;
   // No GPS satellite, no week, other issues than those of the clock, no number.
   const std::pair<std::size_t, std::uint64_t> orbits[] = {

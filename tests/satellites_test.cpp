@@ -96,6 +96,10 @@ TEST_F(SatelliteTest, KeepsDilutionsThatAGsaLacks) {
 TEST_F(SatelliteTest, DeclaresTheTableIncompleteWhenTheHostAsks) {
   FeedSentence("$GPGSV,1,1,01,101,40,083,40");
   EXPECT_TRUE(Last().m_bSatellitesComplete);
+  FeedSentence("$GPGSV,2,1,05,101,40,083,40");
+  EXPECT_FALSE(Table().m_bSatellitesComplete) << "until the rest of it is here";
+  FeedSentence("$GPGSV,2,2,05");
+  EXPECT_TRUE(Last().m_bSatellitesComplete);
   receiver.InvalidateSVInfo();
   EXPECT_FALSE(Table().m_bSatellitesComplete);
   EXPECT_NE(Find(101), nullptr);

@@ -63,7 +63,8 @@ TEST(Parser, SplitsAtAnyDelimiterAndKeepsEmptyFields) {
       {"b", {"b"}},
       {"c*,d", {"c", "", "d"}}};
   for (const auto& [text, fields] : rows) {
-    CParser parser(text, CString(text).Find(u':') < 0 ? ",*" : ": ,*", false);
+    const CString delimiters = CString(text).Find(u':') < 0 ? ",*" : ": ,*";
+    CParser parser(text, delimiters, false);
     std::vector<CString> found;
     for (CString field; parser.GetNextString(field);) found.push_back(field);
     EXPECT_EQ(found, fields);
