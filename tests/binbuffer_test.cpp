@@ -109,6 +109,16 @@ TEST(BinBuffer, TakesEachMessageForWhatItsHeadSays) {
   }
 }
 
+TEST(BinBuffer, LooksAgainAtBytesThatAreChanged) {
+  CBinBuffer buffer("$GPGGA;1;2*00\r", 14);
+  CString tag, kind;
+  EXPECT_TRUE(buffer.GetTag(tag, kind));
+  EXPECT_EQ(tag + "/" + kind, "$GPG/");
+  buffer[6] = buffer[8] = ',';
+  EXPECT_TRUE(buffer.GetTag(tag, kind));
+  EXPECT_EQ(tag + "/" + kind, "$GPGGA/1");
+}
+
 TEST(BinBuffer, EndsItsTextAtAZeroByteAndAppendsALineFeed) {
   CBinBuffer buffer("abc\0def", 7);
   EXPECT_EQ(buffer.Mid(0, 7), "abc\n");

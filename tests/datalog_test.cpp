@@ -1,6 +1,7 @@
 #include <ctime>
 
 #include "gpsengine/datalog/datalog.h"
+#include "gpsengine/platform/messagebox.h"
 #include "gpsengine/platform/rehearsal.h"
 #include "tests/support/basics.h"
 
@@ -80,7 +81,9 @@ TEST_F(DataLog, MinutesElapsedPassOverWholeDays) {
     time.SetUnixSeconds(1'000'000'000 + seconds);
     EXPECT_EQ(log.GetMinutesElapsed(), minutes) << seconds;
   }
+  SetMessageBoxHandler([](const CString& text, BoxKind) { ADD_FAILURE() << text.ToUtf8(); });
   EXPECT_EQ(log.GetStatusString(), "Num Epochs: 42, Time: 60 min.");
+  SetMessageBoxHandler(nullptr);
   EXPECT_EQ(NullLog(nullptr).GetMinutesElapsed(), 0);
 }
 

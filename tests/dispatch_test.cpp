@@ -139,8 +139,8 @@ class Derived : public COtherGps {
       const RecordLock lock;
       m_GPSData.m_Status.m_nBeaconSNR *= 2;
     }
-    return IsChecksumOK("$*00") && !IsChecksumOK("*$*00") && !m_bMonitorNmea && m_Notifications.empty() &&
-           PostNewData(true);
+    return IsChecksumOK("$*00") && !IsChecksumOK("*$*00") && IsChecksumOK("x$A*41") && !m_bMonitorNmea &&
+           m_Notifications.empty() && PostNewData(true);
   }
 };
 

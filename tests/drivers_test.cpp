@@ -197,6 +197,8 @@ TEST_F(StarlinkDriver, ResetsWithoutAcknowledgementAndGoesOnIfItDoesNotGoOut) {
   line.LimitWrites(1);
   EXPECT_EQ(Steps(reset), R"(write "$"; wait 5000; write "$"; wait 200; write "$"; wait 200; )"
                           R"(write "$"; wait 200; write "$"; wait 200; write "$"; wait 200; result false)");
+  Unplug();
+  EXPECT_EQ(Steps(reset), "result false");
 }
 
 // The host moves the bytes: nothing is opened, so that the lines are lost, but the start succeeds in its own

@@ -189,6 +189,7 @@ TEST(Face, IsUsedOnceAtATime) {
                   "2 no model is called \"Trimbel\" (did you mean \"Trimble\"?)"));
   EXPECT_EQ(gps::DidYouMean("monitr", {"monster", "monitor", "monster"}), " (did you mean \"monitor\"?)");
   EXPECT_EQ(gps::DidYouMean("sim", {"send", "simulate"}), " (did you mean \"simulate\"?)");
+  EXPECT_EQ(gps::DidYouMean("cap", {"cut"}), "") << "too far off";
 }
 
 TEST(Face, TellsWhatAReceiverTookAndWhatItRefused) {
@@ -202,7 +203,7 @@ TEST(Face, TellsWhatAReceiverTookAndWhatItRefused) {
     EXPECT_TRUE(gps::AnswerReader::IsDueTo(line)) << line;
   EXPECT_FALSE(gps::AnswerReader::IsDueTo("$PSRF103,00,00,02,01"));
   for (const auto& [text, is_answer] : {std::pair("$>\r\n", false),
-                                        {"$>JI,1\r\n", true},
+                                        {"$>JI\r\n", true},
                                         {"#LOGLISTA\r\n", true},
                                         {"$RD1,1\r\n", true},
                                         {"$GPGGA,1", false}})

@@ -177,7 +177,7 @@ TEST(HostSky, KeepsWhatItHasWhenAGroupIsBroken) {
     EXPECT_EQ(Show(reader.Latest()) + '\n', sky) << *broken.begin();
   }
   EXPECT_EQ(SkiesOf({"$GPGSV,1,1,02,07,99,361,30,1000,10,020,30", "$GPGSA,A,3,07,1000,,,,,,,,,,,,,",
-                     "$GLGSV,1,1,01,x,45,120,30"}),
+                     "$GLGSV,1,1,01,a,45,120,30"}),
             "G07=7*:-/-/30\n");
   EXPECT_EQ(SkiesOf({"$GPGSV,1,1,04,01,-90,360,99,02,-91,361,100,03,90,0,1,999,1,2,0"}),
             "999=999:1/2/- G01=1:-90/360/99 G02=2:-/-/- G03=3:90/0/1\n");

@@ -29,6 +29,12 @@ std::string Summed(std::string block) {
   return block;
 }
 
+std::uint32_t WordAt(const std::string& block, std::size_t at) {
+  std::uint32_t word = 0;
+  std::memcpy(&word, &block[at], sizeof word);
+  return word;
+}
+
 simulator::World TheWorld() {
   return simulator::World(simulator::Options());
 }
@@ -188,6 +194,9 @@ TEST(RawData, RefusesASoundBlockOfWhatCannotBe) {
       {28 + 16, 300}, {28 + 20, 300}, {28 + 160, 0x500}, {28 + 64, 0x7FF0ULL << 48}};
   for (const auto& [at, value] : orbits)
     EXPECT_FALSE(DecodeEphemeris(oem_with(orbit, at, value), read)) << at;
+  const std::string raw = Blocks(kEphemerides[1], 1).at(0);
+  EXPECT_FALSE(DecodeEphemeris(oem_with(raw.substr(0, 28 + 100 + 4), 8, std::uint16_t{100}), read))
+      << "short";
   for (const double variance : {-1.0, double(INFINITY), double(NAN), 9.0}) {
     ASSERT_TRUE(DecodeEphemeris(oem_with(orbit, 28 + 216, variance), read));
     EXPECT_EQ(read.accuracy, variance == 9.0 ? 3.0 : 0.0) << variance;
@@ -203,6 +212,12 @@ TEST(RawData, RefusesASoundBlockOfWhatCannotBe) {
        {std::uint16_t{0x2000}, std::uint16_t{0x1F00}}) {  // the fit, and the age that stands behind it
     ASSERT_TRUE(DecodeEphemeris(with(ephemeris, 16 + 40 + 36, word), read));
     EXPECT_EQ(read.long_fit, word == 0x2000);
+  }
+  // Word 3 has the index of the accuracy in the four bits from 14 up.
+  const std::uint32_t third = WordAt(ephemeris, 16 + 8) & ~(15U << 14);
+  for (const auto& [index, metres] : {std::pair(6U, 16.0), {7U, 32.0}, {15U, 8192.0}}) {
+    ASSERT_TRUE(DecodeEphemeris(with(ephemeris, 16 + 8, third | index << 14), read));
+    EXPECT_EQ(read.accuracy, metres);
   }
   for (const unsigned bit : {29U, 28U}) {
     ASSERT_TRUE(DecodeEphemeris(with(ephemeris, 16 + 12, 1U << bit), read));

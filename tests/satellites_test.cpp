@@ -102,6 +102,9 @@ TEST_F(SatelliteTest, DeclaresTheTableIncompleteWhenTheHostAsks) {
   EXPECT_TRUE(Last().m_bSatellitesComplete);
   receiver.InvalidateSVInfo();
   EXPECT_FALSE(Table().m_bSatellitesComplete);
+  FeedSentence("$GPGSV,1,1,01,101,40,083,40");
+  receiver.Initialize();
+  EXPECT_FALSE(Table().m_bSatellitesComplete);
   EXPECT_NE(Find(101), nullptr);
 }
 

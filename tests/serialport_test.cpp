@@ -143,6 +143,10 @@ TEST_F(RehearsedPort, ReadsWhatHasComeWithinTheTimeout) {
   line.Feed("x", 900);
   EXPECT_LT(Took([&] { EXPECT_TRUE(port.Read(text, cancel)); }), 1000u) << "and no wait for more";
   EXPECT_EQ(text, "x");
+  std::vector<BYTE> bytes;
+  line.Feed("ab");
+  EXPECT_TRUE(port.ReadBytes(bytes, cancel));
+  EXPECT_EQ(bytes, (std::vector<BYTE>{'a', 'b'}));
   cancel = true;
   line.Feed("x");
   EXPECT_FALSE(port.Read(text, cancel));
@@ -238,6 +242,7 @@ TEST_F(TerminalPort, TalksBothWaysByteForByte) {
   EXPECT_FALSE(port.Write("", -1));
   EXPECT_EQ(terminal.Receive(257), all + '!');
   terminal.Send(all);
+  EXPECT_TRUE(Soon([this] { return port.GetBytesAvailable() == 256; }));
   char got[256] = {};
   int count = 0;
   EXPECT_TRUE(port.ReadBlock(got, 256, &count, cancel));

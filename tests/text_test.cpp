@@ -123,6 +123,7 @@ TEST_F(TextFileTest, TakesEveryKindOfLineEndAndTheLastLineWithoutOne) {
   file.SeekToBegin();
   EXPECT_TRUE(file.ReadString(line));
   EXPECT_EQ(line, "one");
+  EXPECT_EQ(Lines("x"), std::vector<CString>{"x"}) << "another file, from its beginning";
 }
 
 TEST_F(TextFileTest, ReadsALineWholeWhateverItsLengthAndNoneOnceItIsClosed) {
