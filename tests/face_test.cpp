@@ -5,6 +5,7 @@
 #include "gpsengine/face/answerreader.h"
 #include "gpsengine/face/commands.h"
 #include "gpsengine/face/decode.h"
+#include "gpsengine/face/operations.h"
 #include "gpsengine/face/receiver.h"
 #include "gpsengine/face/stopclock.h"
 #include "gpsengine/platform/messagebox.h"
@@ -269,6 +270,13 @@ TEST(Face, RehearsesCommands) {
                   "6 the model Trimble does not offer gga-only; it offers start"));
   EXPECT_EQ(ErrorOf([] { gps::rehearse("SiRF", "query-dgps"); }),
             "6 the model SiRF has no query-dgps: nothing was sent");
+  const auto fail = [](bool waits) {
+    gps::CheckResult(gps::FindOperation("reset"), {{}, waits}, gps::Result::no);
+  };
+  EXPECT_EQ(ErrorOf([&] { fail(true); }), "6 reset was not acknowledged in time");
+  EXPECT_EQ(ErrorOf([&] { fail(false); }),
+            "6 reset did not work: the receiver's port did not take it, or the model does not take these "
+            "arguments");
 }
 
 TEST(FaceLive, ReadsALineOfOnesOwnOnAnyThread) {

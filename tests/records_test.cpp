@@ -33,7 +33,9 @@ TEST(Records, ClearAndInvalidateLeaveWhatOutlivesAPosition) {
                data.m_bSatellitesChanged);
   EXPECT_TRUE(data.m_bSatellitesComplete);
   EXPECT_EQ(data.m_dLatitude, 1.0);
+  data.m_Time = CTime(1);
   data.Clear();
+  EXPECT_GT(data.m_Time.GetTime(), 1);
   EXPECT_FALSE(data.m_bSatellitesComplete);
   EXPECT_EQ(data.m_dLatitude + data.m_dHeading + data.m_dLocalEast + data.m_nSignalType, 0.0);
   EXPECT_EQ(data.m_Satellites[3].m_nPRN, 17);
