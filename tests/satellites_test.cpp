@@ -148,6 +148,7 @@ TEST(SpeedEngine, ReadsTheTrueSpeedFromTheFourthFixOn) {
   CGPSData fix;
   fix.m_nSignalType = UDF_SIGNAL_GPS;
   fix.m_dLatitude = 0.5;
+  fix.m_dLongitude = 0.25;
   const auto move = [&](double metres, double seconds) {
     fix.m_dLatitude = 0.5 + metres * kMetre;
     fix.m_dTimeOfDay = seconds;
@@ -156,7 +157,7 @@ TEST(SpeedEngine, ReadsTheTrueSpeedFromTheFourthFixOn) {
   EXPECT_FALSE(move(0, 86394));
   EXPECT_EQ(fix.m_dLocalNorth, 0.0);
   for (int i = 0; i < 8; ++i) {
-    fix.m_dLongitude = 8.0 * (i + 1) * kMetre / std::cos(0.5);
+    fix.m_dLongitude = 0.25 + 8.0 * (i + 1) * kMetre / std::cos(0.5);
     EXPECT_TRUE(move(6.0 * (i + 1), (86396 + 2 * i) % 86400)) << "across midnight";
     EXPECT_NEAR(fix.m_dSpeed, i < 2 ? 2.5 : 5.0, 1e-6);
     EXPECT_NEAR(fix.m_dHeading, std::atan2(3.0, 4.0), 1e-9);
@@ -166,7 +167,7 @@ TEST(SpeedEngine, ReadsTheTrueSpeedFromTheFourthFixOn) {
   fix.m_nSignalType = UDF_SIGNAL_NONE;
   EXPECT_FALSE(move(99, 12)) << "no fix";
   fix.m_nSignalType = UDF_SIGNAL_GPS;
-  fix.m_dLongitude = 0.0;
+  fix.m_dLongitude = 0.25;
   EXPECT_TRUE(move(54, 12));
   EXPECT_GT(fix.m_dHeading, std::numbers::pi / 2) << "between north and west";
   engine.Reset();
