@@ -107,6 +107,9 @@ TEST(BinBuffer, TakesEachMessageForWhatItsHeadSays) {
     EXPECT_EQ(stream.texts, texts);
     EXPECT_FALSE(stream.buffer.GetCurrentMessage() || stream.buffer.HasMessage());
   }
+  CBinBuffer two((kGga + kVtg).c_str(), static_cast<int>((kGga + kVtg).size()));
+  EXPECT_TRUE(two.First() && two.Next() && two.First());
+  EXPECT_EQ(two.GetMessageW().ToUtf8(), kGga);
 }
 
 TEST(BinBuffer, LooksAgainAtBytesThatAreChanged) {

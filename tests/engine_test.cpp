@@ -122,8 +122,12 @@ TEST_F(LiveEngineTest, RecordsTheBytesOfThePort) {
   engine.m_bRecordRaw = false;
   terminal.Send(kGga);
   ASSERT_TRUE(UntilRecords(2));
-  engine.Stop();
   EXPECT_EQ(ReadFile(folder / "record"), kGga + "\x01\xFF" + kRmc);
+  engine.m_bRecordRaw = true;
+  terminal.Send(kRmc + kGga);
+  ASSERT_TRUE(UntilRecords(3));
+  engine.Stop();
+  EXPECT_EQ(ReadFile(folder / "record"), kRmc + kGga) << "from its beginning";
   EXPECT_TRUE(boxes.empty());
 }
 

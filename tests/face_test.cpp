@@ -270,6 +270,10 @@ TEST(Face, RehearsesCommands) {
                   "6 the model Trimble does not offer gga-only; it offers start"));
   EXPECT_EQ(ErrorOf([] { gps::rehearse("SiRF", "query-dgps"); }),
             "6 the model SiRF has no query-dgps: nothing was sent");
+  EXPECT_EQ(ErrorOf([] {
+              gps::Prepare(gps::FindOperation("gga-only"), {{}, true});
+            }),
+            "2 --wait belongs to the operation reset");
   const auto fail = [](bool waits) {
     gps::CheckResult(gps::FindOperation("reset"), {{}, waits}, gps::Result::no);
   };
@@ -281,6 +285,10 @@ TEST(Face, RehearsesCommands) {
 
 TEST(FaceLive, ReadsALineOfOnesOwnOnAnyThread) {
   Script script;
+  std::stop_source stopped;
+  stopped.request_stop();
+  EXPECT_EQ(ErrorOf([&] { gps::Receiver({.line = script.Opener()}, stopped.get_token()); }),
+            "130 stopped while the receiver was being set up");
   gps::Receiver receiver({.model = "other", .line = script.Opener()});
   EXPECT_EQ(receiver.model(), "Other");
   EXPECT_TRUE(Has(ErrorOf([] { gps::Receiver({.line = [] { return nullptr; }}); }), "7 "));

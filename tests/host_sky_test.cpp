@@ -77,6 +77,11 @@ TEST(HostSky, ReadsNoSentenceWithoutAGoodChecksum) {
     EXPECT_EQ(Fields(line)[1], "1") << line;
 }
 
+TEST(HostSky, ReadsSentencesOfUpToFortyFields) {
+  EXPECT_TRUE(Fields(WithChecksum("$GPTXT" + std::string(39, ','))));
+  EXPECT_FALSE(Fields(WithChecksum("$GPTXT" + std::string(40, ','))));
+}
+
 TEST(HostSky, TellsASystemByTheRangeOfANumber) {
   EXPECT_EQ(
       RangesOf(Gnss::unknown, 1000),

@@ -37,6 +37,8 @@ TEST(ParseDouble, ReadsDecimalsToTheLastBitAndCountsWhatIsLeft) {
     EXPECT_EQ(value, expected) << text;
     EXPECT_EQ(left, static_cast<int>(std::strlen(end))) << text;
   }
+  EXPECT_TRUE(ParseDouble(CString("0.") + CString(u'0', 400) + "1", value, left));
+  EXPECT_EQ(value, 0.0) << "too small for any other";
   EXPECT_TRUE(ParseDouble("0x10", value, left));
   EXPECT_EQ(value + left, 3.0) << "which is not hexadecimal here";
 }
@@ -64,10 +66,12 @@ TEST(Parser, SplitsAtAnyDelimiterAndKeepsEmptyFields) {
       {"c*,d", {"c", "", "d"}}};
   for (const auto& [text, fields] : rows) {
     const CString delimiters = CString(text).Find(u':') < 0 ? ",*" : ": ,*";
-    CParser parser(text, delimiters, false);
-    std::vector<CString> found;
+    CParser parser(text, delimiters, false), other(text, delimiters.ToUtf8().c_str(), false);
+    std::vector<CString> found, others;
     for (CString field; parser.GetNextString(field);) found.push_back(field);
+    for (CString field; other.GetNextString(field);) others.push_back(field);
     EXPECT_EQ(found, fields);
+    EXPECT_EQ(others, fields) << "with delimiters of the other kind of text";
   }
   CString field;
   CParser parser("", ",", false);
@@ -123,6 +127,9 @@ TEST_F(TextFileTest, TakesEveryKindOfLineEndAndTheLastLineWithoutOne) {
   file.SeekToBegin();
   EXPECT_TRUE(file.ReadString(line));
   EXPECT_EQ(line, "one");
+  int rest = 0;
+  while (file.ReadString(line)) ++rest;
+  EXPECT_EQ(rest, 4);
   EXPECT_EQ(Lines("x"), std::vector<CString>{"x"}) << "another file, from its beginning";
 }
 

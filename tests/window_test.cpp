@@ -98,6 +98,9 @@ TEST(Queue, HasADescriptorThatIsReadableWhileMessagesWait) {
     Drain();
   }
   EXPECT_EQ(window.got, (std::vector{1, 2, 1, 2}));
+  PostQuitMessage();
+  EXPECT_TRUE(isReadable());
+  Drain();
 }
 
 TEST(Queue, IsPassedOverByWhatIsPostedAtOnce) {
