@@ -10,7 +10,7 @@ TEST(ParseInt, ReadsFromTheStartAndStopsAtWhatDoesNotFit) {
   std::istringstream good("12abc +7 -40 0 007 2147483646 -2147483647");
   for (std::string text; good >> text;) {
     int value = 12345;
-    EXPECT_TRUE(ParseInt(CString((" \t" + text).c_str()), &value)) << text;
+    EXPECT_TRUE(ParseInt(CString((" \t " + text).c_str()), &value)) << text;
     EXPECT_EQ(value, std::strtol(text.c_str(), nullptr, 10));
   }
   int literal = 0;
@@ -93,6 +93,8 @@ TEST(Parser, MovesOnByOneFieldGoodOrBad) {
   EXPECT_TRUE(parser.GetInt(number));
   EXPECT_EQ(number, 9);
   EXPECT_FALSE(parser.GetInt(number));
+  parser.SetString("y,8");
+  EXPECT_TRUE(parser.SkipField());
   parser.SetString("x,8");
   parser.SetExceptionThrowing(true);
   EXPECT_THROW(parser.GetInt(number), CUserException);
@@ -138,6 +140,8 @@ TEST_F(TextFileTest, ReadsALineWholeWhateverItsLengthAndNoneOnceItIsClosed) {
   ASSERT_EQ(lines.size(), 3u);
   EXPECT_EQ(lines[0].GetLength(), 100000);
   EXPECT_EQ(lines[1].GetLength(), 3 << 20);
+  // With its end right behind a block of the file.
+  EXPECT_EQ(Lines("a\n" + std::string(65535, 'x') + "\nb").size(), 3u);
   file.SeekToBegin();
   CString line = "kept";
   file.Close();
