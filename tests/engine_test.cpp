@@ -1,6 +1,7 @@
 // The engine with its reader thread on a live line, in real time of tens of milliseconds, and with bytes fed
 // by hand.
 #include "gpsengine/drivers/gsr2650lb.h"
+#include "gpsengine/platform/rehearsal.h"
 #include "tests/support/enginetest.h"
 
 namespace {
@@ -110,6 +111,18 @@ TEST_F(LiveEngineTest, StopsWhenAnotherReceiverIsSelected) {
   ASSERT_TRUE(engine.Start());
   engine.SetReceiver(engine.FindReceiver("CSI"));
   EXPECT_FALSE(engine.IsActive());
+}
+
+TEST_F(EngineTest, SwitchesRawDataOffWhenItGoesWhileItRuns) {
+  CRehearsal line(kPort);
+  auto doomed = std::make_unique<CGPSEngine>();
+  CGPSReceiver* const receiver = doomed->FindReceiver("Ashtech");
+  receiver->SetupReceiver(kPort, 0, 0.0, "", false);
+  doomed->SetReceiver(receiver);
+  ASSERT_TRUE(doomed->Start());
+  line.ForgetSteps();
+  doomed.reset();
+  EXPECT_TRUE(Has(line.Transcript(), "$PASHS,RAW,SNV,A,OFF"));
 }
 
 TEST_F(LiveEngineTest, RecordsTheBytesOfThePort) {
