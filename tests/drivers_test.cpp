@@ -292,7 +292,7 @@ TEST_F(GsrDriver, SendsItsTuningAlongWithAnotherPublication) {
   receiver.SetLbandFrequency(0.0, 1200);
   receiver.Initialize();
   ASSERT_TRUE(FeedSentence(kPosition));
-  EXPECT_FALSE(Last().m_Status.m_bStatusUpdated) << "a start begins anew";
+  EXPECT_EQ(Last().m_Status.m_nLbandMode, 0) << "a start forgets what was to be told";
 }
 
 TEST_F(GsrDriver, SwitchesTheRawLogsOnlyWhenTheyChange) {

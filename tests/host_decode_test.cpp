@@ -115,9 +115,9 @@ TEST_F(HostDecode, BringsBlocksToTheLibraryWholeInAnyPieces) {
     return std::string("$BIN") + number + std::string(length - 7, 'x') + "\r\n";
   };
   const std::string sentence = WithChecksum("$GPZDA,,,,,,"), oem = "\xAA\x44\x12 a_message\xAA\x44 ends";
-  const std::string stream = sentence + block(95, 140) + block(96, 312) + sentence + block(80, 52) + oem +
-                             block(95, 139) + "$BI$BIN" + block(96, 312).substr(4) + oem;
-  const std::string whole = sentence + block(95, 140) + '\n' + block(96, 312) + '\n' + sentence +
+  const std::string stream = sentence + "$BI" + block(95, 140) + block(96, 312) + sentence + block(80, 52) +
+                             oem + block(95, 139) + "$BI$BIN" + block(96, 312).substr(4) + oem;
+  const std::string whole = sentence + "$BI" + block(95, 140) + '\n' + block(96, 312) + '\n' + sentence +
                             block(80, 52) + oem + block(95, 139) + "$BI$BIN" + block(96, 312).substr(4) +
                             '\n' + oem;
   for (const std::size_t piece : {1u, 2u, 3u, 100u, 5000u}) {

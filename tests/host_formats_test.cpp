@@ -180,6 +180,9 @@ TEST(HostMoment, FindsTheDateOfARecordingHoweverItIsCut) {
     scan.Feed(bytes.substr(cut));
     EXPECT_EQ(scan.Latest(), kMidday) << bytes.size() << ' ' << cut;
   }
+  DateScan none;
+  none.Feed(WithChecksum("$GPZDA,120000,31,02,2024,00,00") + WithChecksum("$GPZDA,120000,05,01,1979,00,00"));
+  EXPECT_FALSE(none.Latest()) << "which were no days, or before there was GPS";
   for (const auto& [date, iso] : {std::pair("060180", "1980-01-06T00"), {"311279", "2079-12-31T00"}}) {
     DateScan scan;
     scan.Feed(WithChecksum(std::string("$GPRMC,000000,A,4807.0,N,01131.0,E,0,0,") + date + ",,"));

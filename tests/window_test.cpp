@@ -167,7 +167,8 @@ TEST(Resources, AreTheTextsThatHostsShow) {
             "Satellites|Could not open file to log raw data!|Unable to open the emulation file: '%s'.|Num "
             "Epochs: %d, Time: %d min.|No Error.|No GPS Receiver Is Assigned.|Can't Initialize a Receiver.|"
             "Can't Start GPS Thread.|Unknown GPS Error Code.||");
-  EXPECT_EQ(CString(buffer, LoadStringW(5, buffer, 4)), "RTK");
+  EXPECT_EQ(LoadStringW(5, buffer, 4), 3);
+  EXPECT_EQ(CString(buffer), "RTK");
   std::fill_n(buffer, 64, u'x');
   EXPECT_EQ(FormatMessageW(ENOENT, buffer, 8), 7u);
   EXPECT_EQ(CString(buffer), "No such");
