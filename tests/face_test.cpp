@@ -157,7 +157,7 @@ TEST(Face, GivesRawDataOfBlocks) {
 TEST(Face, GivesAnAshtechsRawDataAsTheOthers) {
   std::string bytes = Snv().Message() + "\n";
   for (int prn = 1; prn <= 4; ++prn)
-    bytes += Mbn{.prn = prn, .toFollow = 4 - prn, .range = 0.07}.Message() + "\n";
+    bytes += Mbn{.prn = prn, .toFollow = 4 - prn, .count = 1499, .range = 0.07}.Message() + "\n";
   bytes += Pbn{.milliseconds = 5000}.Message() + "\n";
   std::vector<gps::Raw> all;
   for (const gps::Raw& raw : gps::decode(BytesOf(bytes), {.model = "Ashtech"}).raw()) all.push_back(raw);
@@ -170,6 +170,8 @@ TEST(Face, GivesAnAshtechsRawDataAsTheOthers) {
   const auto& last = all[1].epoch->signals[3];
   EXPECT_EQ(last.satellite, 4);
   EXPECT_EQ(std::string(last.code), "1C");
+  EXPECT_DOUBLE_EQ(last.pseudorange, 0.93 * 299'792'458.0);
+  EXPECT_EQ(last.cn0, 2.0);
   EXPECT_FALSE(last.slip) << "which they do not tell";
 }
 
