@@ -192,6 +192,14 @@ TEST(SirfFrame, ChecksumKeeps15BitsOfTheSum) {
   EXPECT_EQ(sirf.CheckSum(payload.data(), 130), 252);
 }
 
+TEST(SirfLine, HasAChecksumOfWhatStandsBehindItsDollarSign) {
+  CString line("noise$PSRF"), none("PSRF");
+  EXPECT_TRUE(AppendNmeaChecksum(line));
+  EXPECT_EQ(line, "noise$PSRF*17");
+  EXPECT_FALSE(AppendNmeaChecksum(none));
+  EXPECT_EQ(none, "PSRF");
+}
+
 TEST_F(StarlinkDriver, ResetsWithoutAcknowledgementAndGoesOnIfItDoesNotGoOut) {
   EXPECT_TRUE(Steps(resetWithAck).ends_with("result true"));
   line.LimitWrites(1);
