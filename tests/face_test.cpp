@@ -425,6 +425,14 @@ TEST(FaceLive, CommandsAndEndsWithItsLine) {
   MapComPort(1, "/dev/ttyS0");
 }
 
+TEST(FaceLive, GivesRawDataOfBlocks) {
+  Script script;
+  gps::Receiver receiver({.model = "CSI - MAX", .line = script.Opener()});
+  auto raw = receiver.raw(kLong);
+  script.Send(Blocks(kObservations[0], 1)[0] + "\n" + Gga("123519"));
+  EXPECT_TRUE(raw.next().value().epoch);
+}
+
 TEST(FaceLive, WaitsForTheReportThatAnswersAQuery) {
   Script script;
   gps::Receiver receiver({.model = "CSI", .line = script.Opener()});
