@@ -1,35 +1,22 @@
 #include <ctime>
 
-#include "gpsengine/datalog/datalog.h"
 #include "gpsengine/platform/messagebox.h"
 #include "gpsengine/platform/rehearsal.h"
+#include "host/exports/rinexlog.h"
 #include "tests/support/basics.h"
 
 namespace {
 
-class NullLog : public CDataLog {
+/// A log of a host's own, with what it inherits.
+class Log : public host::RinexLog {
  public:
-  using CDataLog::CDataLog;
-  bool Open() override { return true; }
-  void Close() override {}
-  bool IsOpen() const override { return false; }
-  bool IsEpochDue(const CGPSDataRaw&) const override { return true; }
-  CString GetFileExtension() override { return ".raw"; }
-  bool WriteEpoch(const CGPSDataRaw&) override { return true; }
-  bool WriteEphemeris(const CGPSDataEphemeris&) override { return true; }
-  bool WriteRemark(const CString&) override { return true; }
-  bool Flush() override { return true; }
-  int GetNumEphemerides() override { return 0; }
-  int GetNumEpochs() override { return 42; }
-  CString GetFormatName() override { return "nothing"; }
-  CString GetLastErrorString() override { return ""; }
-  CString Port() const { return m_strPort; }
+  using CDataLog::m_strPort;
 };
 
 class DataLog : public testing::Test {
  protected:
   CRehearsal time;
-  NullLog log{nullptr};
+  Log log;
 };
 
 TEST_F(DataLog, IsReadyWithANameAnIntervalAndTheSwitchOn) {
@@ -47,8 +34,8 @@ TEST_F(DataLog, IsReadyWithANameAnIntervalAndTheSwitchOn) {
 
 TEST_F(DataLog, FilenameEndsAtItsFirstDotAndTakesTheExtension) {
   for (const auto& [name, expected] :
-       {std::pair("line7", "line7.raw"), std::pair("line7.dat.old", "line7.raw"),
-        std::pair("a.d/line7", "a.raw"), std::pair("", ".raw")}) {
+       {std::pair("line7", "line7.obs"), std::pair("line7.dat.old", "line7.obs"),
+        std::pair("a.d/line7", "a.obs"), std::pair("", ".obs")}) {
     EXPECT_TRUE(log.SetFilename(name));
     EXPECT_EQ(log.GetFilename(), expected);
   }
@@ -59,10 +46,10 @@ TEST_F(DataLog, DefaultFilenameHasTheLocalDateAndTimeWithoutZeros) {
   strptime("2009-03-03 09:05:07", "%F %T", &local);
   local.tm_isdst = -1;
   time.SetUnixSeconds(std::mktime(&local));
-  EXPECT_EQ(log.GenerateDefaultFilename("job.txt"), "job_3Mar_9h5m7s.raw");
+  EXPECT_EQ(log.GenerateDefaultFilename("job.txt"), "job_3Mar_9h5m7s.obs");
   EXPECT_EQ(log.GetFilename(), "");
   EXPECT_TRUE(log.SetDefaultFilename("night"));
-  EXPECT_EQ(log.GetFilename(), "night_3Mar_9h5m7s.raw");
+  EXPECT_EQ(log.GetFilename(), "night_3Mar_9h5m7s.obs");
   std::string months;
   for (local.tm_mon = 0; local.tm_mon < 12; ++local.tm_mon) {
     std::tm moment = local;
@@ -82,16 +69,16 @@ TEST_F(DataLog, MinutesElapsedPassOverWholeDays) {
     EXPECT_EQ(log.GetMinutesElapsed(), minutes) << seconds;
   }
   SetMessageBoxHandler([](const CString& text, BoxKind) { ADD_FAILURE() << text.ToUtf8(); });
-  EXPECT_EQ(log.GetStatusString(), "Num Epochs: 42, Time: 60 min.");
+  EXPECT_EQ(log.GetStatusString(), "Num Epochs: 0, Time: 60 min.");
   SetMessageBoxHandler(nullptr);
-  EXPECT_EQ(NullLog(nullptr).GetMinutesElapsed(), 0);
+  EXPECT_EQ(Log().GetMinutesElapsed(), 0);
 }
 
 TEST_F(DataLog, OnlyPortTwoIsNotComOne) {
-  EXPECT_EQ(log.Port(), "COM1");
+  EXPECT_EQ(log.m_strPort, "COM1");
   for (const int port : {2, 0, 1, 3}) {
     log.SetPort(port);
-    EXPECT_EQ(NullLog(log).Port(), port == 2 ? "COM2" : "COM1");
+    EXPECT_EQ(log.m_strPort, port == 2 ? "COM2" : "COM1");
   }
 }
 

@@ -242,14 +242,4 @@ TEST_F(PublicationTest, KeepsNoLastRecordOfAnyKind) {
   EXPECT_EQ(last.m_dLatitude + raw.m_dLatitude, 0.0);
 }
 
-TEST_F(PublicationTest, HasOneCallbackAKindOfItsOwn) {
-  COtherGps other;
-  receiver.AddNotificationCallback(
-      GPS_NOTIFY_EPHEMERIS, [](GPSNotificationType, CGPSNotification*, void*) {}, nullptr);
-  EXPECT_TRUE(receiver.HasNotificationCallback(GPS_NOTIFY_EPHEMERIS));
-  EXPECT_FALSE(other.HasNotificationCallback(GPS_NOTIFY_EPHEMERIS));
-  receiver.AddNotificationCallback(GPS_NOTIFY_EPHEMERIS, nullptr, nullptr);
-  EXPECT_FALSE(receiver.HasNotificationCallback(GPS_NOTIFY_EPHEMERIS));
-}
-
 }  // namespace

@@ -173,15 +173,6 @@ TEST_F(PlaybackTest, PlaysALineAtATimeInALoop) {
   EXPECT_LT(Took([this] { engine.Stop(); }), 400u);
 }
 
-TEST_F(PlaybackTest, ShowsAPauseLineAndGoesOn) {
-  WriteFile(folder / "drive.log", "QRV PAUSE,Turn the key, now\n" + kGga);
-  engine.m_strEmulationFile = CString::FromUtf8(folder / "drive.log");
-  ASSERT_TRUE(engine.Start());
-  ASSERT_TRUE(UntilRecords(1));
-  engine.Stop();
-  EXPECT_EQ(boxes, std::vector<std::string>{"Turn the key, now"});
-}
-
 TEST_F(PlaybackTest, NamesTheFileThatItCannotPlayAndStops) {
   ASSERT_TRUE(engine.Start());
   EXPECT_TRUE(Until([this] { return !engine.IsActive(); }));

@@ -63,12 +63,13 @@ TEST_F(FilesTest, ThatCannotBeRecordedToAreNamedOnceAndTheRunGoesOn) {
 /// its clock.
 class PlayedFilesTest : public FilesTest {
  protected:
-  static constexpr char kPause[] = "QRV PAUSE,now\n";
+  static constexpr char kPause[] = "QRV PAUSE,Turn the key, now\n";
 
   void Play(
       const std::string& content, std::function<void()> atPause = [] {}) {
     WriteFile(folder / "played.log", kPause + content);
-    SetMessageBoxHandler([atPause](const CString&, BoxKind) {
+    SetMessageBoxHandler([atPause](const CString& text, BoxKind) {
+      EXPECT_EQ(text, "Turn the key, now");
       static TestClock clock;
       SetClock(&clock);
       atPause();

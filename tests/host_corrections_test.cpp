@@ -368,30 +368,3 @@ TEST(CorrectionsProgram, TellTheCasterWhatTheRecordSays) {
   ASSERT_TRUE(over);
   EXPECT_TRUE(Has(position, "$GPGGA,123519.000,4807.0380000,N,01131.0000000,E,6,08,0.90,545.400,M,,M,,*"));
 }
-
-// The caster of others: str2str, which gives on what it is sent.
-TEST(CorrectionsProgram, TakesThemFromStr2str) {
-  if (!HasTool("str2str") || NetworkVersion() == "without libcurl") GTEST_SKIP() << "no str2str or libcurl";
-  std::atomic<bool> over{false};
-  Caster base([&](const Caster::Connection& peer, int) {
-    while (!over && peer.Send(Message(1005, 19) + Message(1077, 300))) std::this_thread::sleep_for(100ms);
-  });
-  const int port = 42'000 + getpid() % 10'000;
-  const std::string caster = "127.0.0.1:" + std::to_string(port);
-  const TemporaryFolder folder;
-  const Program str2str(
-      {"-in", "tcpcli://" + base.Address(), "-out", "ntripc://me:secret@:" + std::to_string(port) + "/BASE"},
-      "", "str2str");
-  std::string table;
-  for (int i = 0; i < 100 && table.empty(); ++i) {
-    table = RunToEnd("ntrip " + caster).output;
-    if (table.empty()) std::this_thread::sleep_for(100ms);
-  }
-  EXPECT_TRUE(Has(table, "\nBASE"));
-  WriteFile(folder / "password", "secret\n");
-  EXPECT_TRUE(Has(RunToEnd("monitor --format json --duration 4 --corrections-password-file " +
-                           (folder / "password") + " --corrections ntrip://me@" + caster + "/BASE")
-                      .output,
-                  R"("status":3)"));
-  over = true;
-}

@@ -83,15 +83,6 @@ TEST_F(HostDecode, GivesTheSameRecordsInChunksOfAnySizeWithLineEndsOrWithout) {
   }
 }
 
-TEST_F(HostDecode, TakesHeightsAsTheyAreSetUpAndDatesARecordingByItself) {
-  options_.antenna_height = 2.0;
-  options_.geoid = Geoid::add;
-  options_.format = Format::json;
-  const std::string text = Decoded(Stream() + WithChecksum("$GPZDA,123512,31,12,1998,00,00"));
-  EXPECT_TRUE(Has(text, "\"altHAE\":590.3000"));
-  EXPECT_TRUE(Has(text, "\"time\":\"1998-12-31T12:35:10.000Z\""));
-}
-
 TEST_F(HostDecode, ReadsAPackedRecordingAsWhatItHoldsFromAFileAndFromAPipe) {
   options_.format = Format::json;
   Decoded(Stream());  // for the library's working record, as above

@@ -377,43 +377,30 @@ constexpr std::size_t kLeastPositions = 55;  // of a minute
 
 TEST_F(HostRinex, IsReadByAPostProcessorThatFindsTheAntenna) {
   if (!HasTool("rnx2rtkp")) GTEST_SKIP() << "rnx2rtkp, of the package rtklib, is missing";
+  constexpr const char kAlone[] = "-p 0 -m 15 -sys G rover.obs rover.nav";
+  // By one that rests half a kilometre away: the phases too, but for the first seconds until the cycles are
+  // known.
+  constexpr const char kByAnother[] = "-p 2 -f 1 -m 15 -sys G -l 47.625 9.4 445 rover.obs base.obs rover.nav";
   // At rest, moving, and over the moment at which new ephemerides come into force: a whole multiple of two
   // hours of the week.
-  const std::pair<bool, int> runs[] = {{false, 0}, {true, 0}, {true, 7200 - 201618 % 7200 - 30}};
+  const std::tuple<bool, int, const char*, std::size_t> runs[] = {
+      {false, 0, kAlone, kLeastPositions},
+      {true, 0, kAlone, kLeastPositions},
+      {true, 7200 - 201618 % 7200 - 30, kAlone, kLeastPositions},
+      {true, 0, kByAnother, 40}};
   for (const RawModel& model : kRawModels) {
     for (std::size_t i = 0; i < 2 * std::size(runs); ++i) {
-      const auto& [moving, later] = runs[i / 2];
+      const auto& [moving, later, arguments, good] = runs[i / 2];
       simulator::Options options;
       options.model = model.name;
       options.moving = moving;
       options.start_utc += std::chrono::seconds(later);
-      const auto receiver = simulator::MakeReceiver(options);
-      Log(folder_ / "raw", model, *receiver, kVersions[i % 2]);
-      const auto [positions, worst] =
-          PostProcessed(folder_.Path(), "-p 0 -m 15 -sys G raw.obs raw.nav", *receiver, kLeastPositions);
-      EXPECT_GE(positions, kLeastPositions) << model.name;
-      EXPECT_LT(worst, 0.05) << "metres, " << model.name;
-    }
-  }
-}
-
-// The phases too: a receiver that moves, by one that rests half a kilometre away. The first seconds go by
-// until the cycles are known.
-TEST_F(HostRinex, IsReadByAPostProcessorThatFindsTheWayFromAnotherAntenna) {
-  if (!HasTool("rnx2rtkp")) GTEST_SKIP() << "rnx2rtkp, of the package rtklib, is missing";
-  for (const RawModel& model : kRawModels) {
-    for (const RinexVersion version : kVersions) {
-      simulator::Options options;
-      options.model = model.name;
       const auto rover = simulator::MakeReceiver(options);
       options.moving = false;
       options.latitude += 0.005;
-      const auto base = simulator::MakeReceiver(options);
-      Log(folder_ / "rover", model, *rover, version);
-      Log(folder_ / "base", model, *base, version);
-      const auto [positions, worst] =
-          PostProcessed(folder_.Path(),
-                        "-p 2 -f 1 -m 15 -sys G -l 47.625 9.4 445 rover.obs base.obs rover.nav", *rover, 40);
+      Log(folder_ / "rover", model, *rover, kVersions[i % 2]);
+      Log(folder_ / "base", model, *simulator::MakeReceiver(options), kVersions[i % 2]);
+      const auto [positions, worst] = PostProcessed(folder_.Path(), arguments, *rover, good);
       EXPECT_GE(positions, kLeastPositions) << model.name;
       EXPECT_LT(worst, 0.05) << "metres, " << model.name;
     }

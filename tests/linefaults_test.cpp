@@ -1,4 +1,4 @@
-// What a line and its port may do to a run: hang up, never read, flood, dribble, interrupt, not be there at
+// What a line and its port may do to a run: hang up, never read, flood, interrupt, not be there at
 // all.
 #include <pthread.h>
 #include <sys/stat.h>
@@ -76,13 +76,6 @@ TEST_F(EngineTest, LosesAReadThatFillsTheStreamAndReadsOn) {
   const auto length = static_cast<int>(FixAt(0).size());
   EXPECT_TRUE(UntilRecords(kCount - kRead / length - 1));
   EXPECT_EQ(engine.GetDroppedBuffers(), 1);
-}
-
-TEST_F(EngineTest, ReadsALineThatGivesOneByteAtATime) {
-  Script line(kPort, 1);
-  ASSERT_TRUE(engine.Start());
-  line.Send(FixAt(1) + FixAt(2));
-  EXPECT_TRUE(UntilRecords(2));
 }
 
 // The date is not what tells how long a line has been silent.

@@ -315,17 +315,14 @@ TEST(RawData, KnowsGpsAndSbasInABlockOfTwelveChannels) {
   }
 }
 
-TEST(RawData, NamesTheSignalsOfAllSystems) {
+TEST(RawData, TellsTheChannelsOfGlonassAndPassesOverWhatWasNotMeasured) {
   PhaseHistory history;
   ObservationEpoch epoch;
-  const std::vector<Channel> named = {{5, 0, 0, 9},   {5, 0, 0, 17},  {5, 0, 0, 14}, {38, 1, 1, 0},
-                                      {61, 13, 1, 5}, {122, 0, 2, 0}, {11, 0, 3, 2}, {11, 0, 3, 12},
-                                      {19, 0, 4, 4},  {194, 0, 5, 0}, {3, 0, 6, 0},  {39, 14, 1, 0}};
-  ASSERT_TRUE(DecodeObservations(Range(named), history, epoch));
-  EXPECT_EQ(NamesOf(epoch), "G5:2W G5:2S G5:5Q R1:1C R24:2P S22:1C E11:1C E11:5Q C19:2I J2:1C I3:5A R2:1C ");
-  EXPECT_EQ(epoch.signals[3].glonass_channel, -6);
-  EXPECT_EQ(epoch.signals[4].glonass_channel, 6);
-  EXPECT_FALSE(epoch.signals[0].glonass_channel || epoch.signals.back().glonass_channel);
+  ASSERT_TRUE(DecodeObservations(Range({{38, 1, 1, 0}, {61, 13, 1, 5}, {39, 14, 1, 0}}), history, epoch));
+  EXPECT_EQ(NamesOf(epoch), "R1:1C R24:2P R2:1C ");
+  EXPECT_EQ(epoch.signals[0].glonass_channel, -6);
+  EXPECT_EQ(epoch.signals[1].glonass_channel, 6);
+  EXPECT_FALSE(epoch.signals[2].glonass_channel) << "there is none of that number";
   // What has no name, or was not measured, is passed over; of a signal that comes twice the stronger stays.
   ASSERT_TRUE(DecodeObservations(Range({{5, 0, 0, 30},
                                         {5, 0, 7, 0},

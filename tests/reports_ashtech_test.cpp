@@ -183,6 +183,8 @@ TEST_F(AshtechRaw, EphemerisReachesTheHostWholeWithOneNotification) {
   receiver.AddNotificationCallback(
       GPS_NOTIFY_EPHEMERIS,
       [](GPSNotificationType, CGPSNotification*, void* pCalls) { ++*static_cast<int*>(pCalls); }, &calls);
+  EXPECT_TRUE(receiver.HasNotificationCallback(GPS_NOTIFY_EPHEMERIS));
+  EXPECT_FALSE(COtherGps().HasNotificationCallback(GPS_NOTIFY_EPHEMERIS));
   EXPECT_TRUE(FeedBinary(Snv{.week = 1450, .prnLessOne = 8}.Message()));
   ASSERT_EQ(window.ephemerides.size(), 1U);
   EXPECT_EQ(calls, 1);

@@ -34,8 +34,7 @@ class TestClock : public Clock {
 /// reads it runs by a clock of the test's.
 class Script {
  public:
-  /// The line gives `nMost` bytes a read at most.
-  explicit Script(int nPort, int nMost = 1 << 20);
+  explicit Script(int nPort) { MapComPort(nPort, Opener()); }
   /// One that is nobody's port yet.
   Script() = default;
   SerialLineFactory Opener() const;
@@ -52,7 +51,6 @@ class Script {
     std::mutex mutex;
     std::string bytes;
     TestClock clock;
-    int nMost = 1 << 20;
   };
   class Line;
   std::shared_ptr<State> m_pState = std::make_shared<State>();
@@ -86,8 +84,7 @@ class Script::Line : public SerialLine {
   int Take(char* pData, int nMax) {
     const std::lock_guard lock(m_pState->mutex);
     std::string& bytes = m_pState->bytes;
-    const auto count =
-        std::min({static_cast<std::size_t>(nMax), static_cast<std::size_t>(m_pState->nMost), bytes.size()});
+    const auto count = std::min(static_cast<std::size_t>(nMax), bytes.size());
     std::copy_n(bytes.begin(), count, pData);
     bytes.erase(0, count);
     return static_cast<int>(count);
@@ -99,9 +96,4 @@ class Script::Line : public SerialLine {
 
 inline SerialLineFactory Script::Opener() const {
   return [state = m_pState] { return std::make_unique<Line>(state); };
-}
-
-inline Script::Script(int nPort, int nMost) {
-  m_pState->nMost = nMost;
-  MapComPort(nPort, Opener());
 }
