@@ -7,7 +7,6 @@
 #include <filesystem>
 #include <fstream>
 #include <iomanip>
-#include <map>
 #include <memory>
 #include <set>
 #include <string_view>
@@ -87,24 +86,13 @@ void AddConversation(Seeds& seeds, char model, const Conversation& conversation)
   }
 }
 
-// What tells a message from others: its first word, in a maker's language its second too.
-std::string TagOf(const std::string& line) {
-  const std::vector<std::string> words = Split(line, kWords);
-  const bool makers = line.starts_with("$P") || line.starts_with("$>");
-  return words.size() > 1 && makers ? words[0] + ',' + words[1] : words[0];
-}
-
-// Up to four messages of a kind in a seed, since a group of sentences belongs together.
-void AddMessages(Seeds& seeds, const std::string& heard, std::map<std::string, int>& known) {
-  std::map<std::string, std::string> bundles;
+// Of the thousands of messages the fuzzers keep those that reach something new.
+void AddMessages(Seeds& seeds, const std::string& heard) {
   for (const std::string& line : Split(heard, kLines)) {
     if (line.find_first_of("$#P") != 0) continue;
-    const std::string tag = TagOf(line);
-    if (++known[tag] > 4) continue;
-    bundles[tag] += kByTagAttachedRepaired + line + '\n';
+    seeds.Add("parse_fuzz", "m1" + kByTagAttachedRepaired + line + '\n');
     seeds.Add("parser_fuzz", "\x04"s + std::string(20, '\0') + '\n' + line);
   }
-  for (const auto& [tag, bundle] : bundles) seeds.Add("parse_fuzz", "m1" + bundle);
 }
 
 // Blocks of raw data: each by itself, and all of a receiver in a row.
@@ -151,7 +139,6 @@ int main(int argc, char** argv) {
     dictionary.emplace(number);
 
   CWinApp app("gpsengine-fuzz");
-  std::map<std::string, int> known;
   char model = 0;
   for (const auto& receiver : MakeReceivers()) {
     const Conversation conversation = Talk(*receiver);
@@ -161,7 +148,7 @@ int main(int argc, char** argv) {
         if (std::all_of(word.begin(), word.end(), [](char c) { return c > ' ' && c < 127; }))
           Add(dictionary, word);
     AddConversation(seeds, model++, conversation);
-    AddMessages(seeds, conversation.heard, known);
+    AddMessages(seeds, conversation.heard);
     if (receiver->GetName() == "Other") AddFiles(seeds, conversation.heard);
   }
   AddBlocks(seeds);

@@ -6,6 +6,7 @@
 
 #include "fuzz/support.h"
 #include "gpsengine/rawdata/rawdata.h"
+#include "simulator/oemlog.h"
 
 namespace {
 
@@ -33,11 +34,7 @@ Checksum ChecksumOf(const std::string& block) {
     sum.value &= 0xFFFF;
   } else if (block.size() >= 32 && block.starts_with("\xAA\x44\x12")) {
     sum = {ByteOf(block, 3) + Little(block, 8, 2), 4};
-    for (std::size_t i = 0; i < std::min(sum.at, block.size()); ++i) {
-      sum.value ^= ByteOf(block, i);
-      for (int bit = 0; bit < 8; ++bit)
-        sum.value = sum.value >> 1 ^ ((sum.value & 1) != 0 ? 0xEDB88320U : 0U);
-    }
+    sum.value = simulator::OemCrc(block.substr(0, sum.at));
   }
   if (sum.at + sum.width > block.size()) sum.width = 0;
   return sum;

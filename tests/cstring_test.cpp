@@ -143,26 +143,13 @@ TEST(TextScan, WidensWithoutASignAndTellsWhereAZeroStands) {
   }
 }
 
-TEST(TextScan, ReadsWholeNumbersOfUpToFourDigits) {
-  const std::u16string_view text = u"7,42,065,9999,12345,-1,1x,,/:;<, the end";
-  const int expected[] = {7, 42, 65, 9999, -1, -1, -1, -1, -1};
-  std::size_t from = 0;
-  for (const int number : expected) {
-    const std::size_t end = text.find(u',', from);
-    int value = -1;
-    EXPECT_EQ(textscan::ReadShortNumber(text.substr(from, end - from), text.data() + text.size(), value),
-              number >= 0);
-    EXPECT_EQ(value, number);
-    from = end + 1;
-  }
-}
-
 // The short way of the parser against the one that reads anything, which the tests of the number readers
 // hold.
-TEST(TextScan, ReadsDecimalsAsTheLongWayDoes) {
+TEST(TextScan, ReadsNumbersAsTheLongWayDoes) {
   const std::string numbers =
       "0|7|4737.18624|00923.99740|.5|5.|.|1.2.3|12a|1e3|-4.5|+1| 3.25|9.75 |0.30000000000001|999999999999999|"
-      "9999999999999999|99999999999999.9|123456789.123456|0000000.1|12345678901234567|\xB2.5|1\xFF|1/2|1:2";
+      "9999999999999999|99999999999999.9|123456789.123456|0000000.1|12345678901234567|\xB2.5|1\xFF|1/2|1:2|"
+      "42|065|9999|12345|-1|1x||/|:;<";
   for (const std::string& number : Split(numbers, '|')) {
     for (const char* ahead : {"$GPGGA*080002.00 of a fix,", "$GPVTG,", ","}) {
       const CString field(number.c_str());
@@ -174,6 +161,11 @@ TEST(TextScan, ReadsDecimalsAsTheLongWayDoes) {
       double value = -1.0;
       EXPECT_EQ(parser.GetDouble(value), good) << ahead << number;
       EXPECT_EQ(value, good ? expected : -1.0) << ahead << number;
+      int whole = -1, expected_whole = -1;
+      parser.SetString(ahead + field + ",N*5D");
+      parser.SkipField();
+      EXPECT_EQ(parser.GetInt(whole), ParseInt(field, &expected_whole)) << ahead << number;
+      EXPECT_EQ(whole, expected_whole) << ahead << number;
     }
   }
 }

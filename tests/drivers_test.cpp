@@ -183,16 +183,13 @@ TEST_F(SirfDriver, NamesItsBaudRateInBothDirections) {
   EXPECT_EQ(Steps(resetWithAck), "result false");
 }
 
-TEST(SirfFrame, ChecksumKeeps15BitsOfTheSum) {
+TEST(Sirf, HasAChecksumOf15BitsInAFrameAndOfWhatStandsBehindTheDollarSignInALine) {
   struct Sirf : CSirf {
     using CSirf::CheckSum;
   } sirf;
   std::vector<unsigned char> payload(130, 0xFE);  // 129 x 254 = 32766
   EXPECT_EQ(sirf.CheckSum(payload.data(), 129), 0x7FFE);
   EXPECT_EQ(sirf.CheckSum(payload.data(), 130), 252);
-}
-
-TEST(SirfLine, HasAChecksumOfWhatStandsBehindItsDollarSign) {
   CString line("noise$PSRF"), none("PSRF");
   EXPECT_TRUE(AppendNmeaChecksum(line));
   EXPECT_EQ(line, "noise$PSRF*17");

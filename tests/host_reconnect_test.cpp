@@ -42,16 +42,6 @@ TEST_F(PluggedRun, WaitsForAPortThatIsNotThereYet) {
   ExpectError("the port is there as " + terminal->Name());
 }
 
-TEST_F(PluggedRun, EndsWhileItWaitsWhenItsTimeIsOver) {
-  options.duration = 0.7;
-  EXPECT_EQ(Run([&] {
-              SendUntilShown(1);
-              Unplug();
-            }),
-            host::ExitCode::port_lost);
-  ExpectError("waiting for");
-}
-
 TEST(FixAge, TellsOnceThatThereIsNoFixAndOnceThatThereIsOne) {
   std::string out;
   long long messages = 0;

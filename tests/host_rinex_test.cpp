@@ -73,9 +73,6 @@ TEST(HostGpsTime, CountsAWeekFromWhereItWasTold) {
     EXPECT_EQ(time.week, week) << seconds;
     EXPECT_EQ(time.seconds, seconds);
   }
-}
-
-TEST(HostGpsTime, StandsForAMomentOfTheCalendar) {
   EXPECT_EQ(MomentOf({2314, 180000.25}), Day(2024, 5, 14) + std::chrono::milliseconds(7'200'250));
 }
 

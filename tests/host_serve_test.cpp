@@ -335,10 +335,8 @@ TEST(Serve, ShowsOnThePageHowOldAFixIs) {
     hub.SetStatus(R"({"class":"SERVER","corrections":{"source":"ntrip://caster:2101/BASE","age":2.5,)"
                   R"("messages":7,"types":{"1005":3,"1077":4}},)" +
                   std::string(server) + "}");
-    // The last one comes after a gap, as the files have it.
-    for (const std::string time : {"12:35:19.250", "12:35:20.250", "12:35:21.250", "12:35:32.250"})
-      hub.Publish(R"({"class":"TPV","mode":3,"status":4,"time":"2024-05-14T)" + time +
-                  R"(Z","lat":48.1,"lon":11.5})");
+    hub.Publish(
+        R"({"class":"TPV","mode":3,"status":4,"time":"2024-05-14T12:35:19.250Z","lat":48.1,"lon":11.5})");
     std::unique_ptr<PageServer> page_server;
     try {
       page_server = StartPageServer(hub, sentences, "127.0.0.1", 0);
@@ -349,11 +347,6 @@ TEST(Serve, ShowsOnThePageHowOldAFixIs) {
     if (!page) GTEST_SKIP() << "no chromium to look at the page with";
     EXPECT_TRUE(Has(*page, shows) && Has(*page, "<body class=\"old\">"));
     EXPECT_TRUE(Has(*page, "2.5 s old, 7 messages (1005 1077) from ntrip://caster:2101/BASE"));
-    const auto way = page->find("class=\"fix-float way\" d=\"M");
-    ASSERT_NE(way, std::string::npos) << *page;
-    const std::string line = page->substr(way, page->find('>', way) - way);
-    EXPECT_EQ(std::count(line.begin(), line.end(), 'L'), 2) << line;
-    EXPECT_EQ(std::count(line.begin(), line.end(), 'M'), 2) << line;
   }
 }
 

@@ -31,7 +31,7 @@ TEST_F(EngineTest, FreesWhatNoWindowTakes) {
   EXPECT_TRUE(Feed(OneOfEach())) << "into a window that has gone";
   app.SetMainWnd(nullptr);
   EXPECT_TRUE(Feed(OneOfEach()));
-  EXPECT_TRUE(window.order.empty());
+  EXPECT_TRUE(window.records.empty() && window.epochs.empty() && window.strings.empty());
   app.SetMainWnd(&window);
   EXPECT_TRUE(Feed(OneOfEach()));
   EXPECT_EQ(window.records.size(), 6u);  // of the fix, the ephemeris and each measurement
@@ -145,7 +145,7 @@ TEST_F(FedRunTest, SurvivesACallbackThatDestroysTheEngine) {
   CBinBuffer bytes(sent.data(), static_cast<int>(sent.size()));
   EXPECT_FALSE(doomed->UpdateGPSBuffer(bytes));
   window.Drain();
-  EXPECT_TRUE(window.order.empty());
+  EXPECT_TRUE(window.records.empty() && window.ephemerides.empty());
 }
 
 TEST_F(EngineTest, GoesOnBehindAnExceptionOfTheHosts) {

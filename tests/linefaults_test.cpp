@@ -1,14 +1,11 @@
-// What a line and its port may do to a run: hang up, never read, flood, interrupt, not be there at
-// all.
-#include <pthread.h>
+// What a line and its port may do to a run: hang up, never read, flood, interrupt, not be there at all.
 #include <sys/stat.h>
+#include <sys/time.h>
 
 #include "gpsengine/link/guardedline.h"
 #include "host/line/ports.h"
 #include "tests/support/enginetest.h"
 #include "tests/support/scriptedline.h"
-
-using namespace std::chrono_literals;
 
 namespace {
 
@@ -46,21 +43,6 @@ TEST_F(LiveEngineTest, IsNotHeldUpByAPeerThatNeverReads) {
   terminal.Send(FixAt(2));
   EXPECT_TRUE(
       Until([this] { return !window.records.empty() && window.records.back().m_dTimeOfDay == 12.0; }));
-}
-
-TEST_F(LiveEngineTest, TakesAFloodInOnePassAfterAnother) {
-  ASSERT_TRUE(engine.Start());
-  constexpr std::size_t kCount = 600;  // 40 kB, more than the terminal holds
-  const auto begin = std::chrono::steady_clock::now();
-  for (std::size_t i = 0; i < kCount; ++i) terminal.Send(FixAt(static_cast<int>(i % 50)));
-  // A reader that had no processor for long finds more than a stream may hold, and says so.
-  const std::size_t most = 16393 / FixAt(0).size() + 2;
-  const auto dropped = [this] { return static_cast<std::size_t>(engine.GetDroppedBuffers()); };
-  EXPECT_TRUE(Until([&] { return window.records.size() + dropped() * most >= kCount; }));
-  EXPECT_GE(std::chrono::steady_clock::now() - begin, 200ms) << "between three passes";
-  const std::size_t count = window.records.size();
-  terminal.Send(FixAt(55));
-  EXPECT_TRUE(UntilRecords(count + 1));
 }
 
 // A driver with more room than the reader takes at once: what fills the stream in one read is lost, and
@@ -104,35 +86,31 @@ TEST_F(EngineTest, ForgetsOldFixesAfterASilenceAndNotWhenTheClockIsSet) {
   EXPECT_FALSE(moves()) << "ten seconds without a record";
 }
 
-// Signals of the host's, sent to one thread for as long as the object lives.
+/// Signals of the host's, which come to its main thread twice a millisecond for as long as the object lives.
 class Signals {
  public:
-  explicit Signals(pthread_t thread)
-      : m_Sender([thread](const std::stop_token& stop) {
-          while (!stop.stop_requested()) {
-            pthread_kill(thread, SIGUSR1);
-            std::this_thread::sleep_for(500us);
-          }
-        }) {}
-
-  static void Install() {
+  Signals() {
     struct sigaction action = {};
     action.sa_handler = [](int) {};
-    sigaction(SIGUSR1, &action, nullptr);  // without SA_RESTART
+    sigaction(SIGALRM, &action, nullptr);  // without SA_RESTART
+    SendEvery(500);
   }
+  ~Signals() { SendEvery(0); }
 
  private:
-  std::jthread m_Sender;
+  static void SendEvery(int us) {
+    const itimerval timer{{0, us}, {0, us}};
+    setitimer(ITIMER_REAL, &timer, nullptr);
+  }
 };
 
 TEST(Signal, CutsShortNeitherAReadNorAWrite) {
-  Signals::Install();
   const PseudoTerminal terminal;
   MapComPort(7, CString::FromUtf8(terminal.Name()));
   CSerialPort port;
   port.SetPortNumber(7);
   ASSERT_TRUE(port.Open());
-  const Signals signals(pthread_self());
+  const Signals signals;
   port.SetTimeout(100);
   CString text;
   bool cancel = false;

@@ -179,19 +179,4 @@ TEST_F(StatusReport, OfTheLogsOfAGsr2650) {
   });
 }
 
-TEST_F(StatusReport, ThatCannotBeReadIsNamedInTheTrace) {
-  if (!kTraceBuilt) GTEST_SKIP() << "a release build traces nothing";
-  const std::pair<std::string, const char*> kBad[] = {{WithChecksum("$CRMSS,x"), "CRMSS"},
-                                                      {WithChecksum("$CRMSK"), "CRMSK"},
-                                                      {"PEM:x", "PAR PEM"},
-                                                      {"PRTA: 1", "PAR PRTA"},
-                                                      {WithChecksum("$PMCAG"), "PMCAG"},
-                                                      {"$>JSHOW,DIFF", "JSHOW"},
-                                                      {"$PASHR,SAT,x", "PASHR,SAT"}};
-  for (const auto& [sentence, name] : kBad) {
-    const std::string trace = TraceOf([&, said = sentence] { EXPECT_FALSE(Feed(said)); });
-    EXPECT_TRUE(trace.ends_with(std::string("Invalid ") + name + " string.\n")) << trace;
-  }
-}
-
 }  // namespace

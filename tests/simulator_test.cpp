@@ -210,14 +210,6 @@ TEST(Simulator, KeepsToItsOptions) {
   EXPECT_EQ(Ask(*silent, "$PASHS,PEM,5|$PASHQ,PAR") + silent->Advance(60), "");
 }
 
-TEST(Simulator, SpreadsABurstOverTheLineWhenPaced) {
-  const auto receiver = Make("Other");
-  receiver->SetPaced(true);
-  EXPECT_EQ(Kinds(receiver->Advance(1)), "GGA");
-  EXPECT_EQ(Kinds(receiver->Advance(0.05)), "");  // 70 characters take 73 ms
-  EXPECT_EQ(Kinds(receiver->Advance(0.85)), "GSA GSV VTG");
-}
-
 TEST(Simulator, NamesTheOptionItRefuses) {
   const std::pair<std::function<void(Options&)>, const char*> refused[] = {
       {[](Options& options) { options.rate_hz = 0; }, "rate_hz"},

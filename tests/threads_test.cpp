@@ -97,7 +97,6 @@ class ThreadsTest : public testing::Test {
     m_Window.records.clear();
     m_Window.strings.clear();
     m_Window.ephemerides.clear();
-    m_Window.order.clear();
   }
 
   const bool m_bWarm =

@@ -12,18 +12,11 @@ class HostWindow : public CGPSWindow {
  public:
   HostWindow() { Create(); }
 
-  LRESULT WindowProc(UINT message, WPARAM wParam, LPARAM lParam) override {
-    EXPECT_EQ(lParam, 0);
-    order.push_back(message);
-    return CGPSWindow::WindowProc(message, wParam, lParam);
-  }
-
   std::vector<CGPSData> records;
   std::vector<CString> strings;
   std::vector<CGPSDataRaw> epochs;
   std::vector<CGPSDataEphemeris> ephemerides;
   int blocks = 0;
-  std::vector<UINT> order;  ///< The messages, as they came.
 
  protected:
   void OnNewData(const CGPSData& data) override { records.push_back(data); }
