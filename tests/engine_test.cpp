@@ -36,6 +36,24 @@ TEST_F(EngineTest, ReportsWhyItDoesNotStart) {
   EXPECT_EQ(engine.GetLastError(), GPS_ENGINE_INIT_FAILED);
 }
 
+// No thread gets a stack of 64 TB.
+TEST_F(EngineTest, SaysThatItHasNoThread) {
+  CRehearsal line(kPort);
+  pthread_attr_t usual, huge;
+  pthread_getattr_default_np(&usual);
+  pthread_attr_init(&huge);
+  pthread_attr_setstacksize(&huge, std::size_t{1} << 46);
+  pthread_setattr_default_np(&huge);
+  EXPECT_FALSE(engine.Start());
+  pthread_setattr_default_np(&usual);
+  EXPECT_EQ(engine.GetLastError(), GPS_ENGINE_THREAD_FAILED);
+  EXPECT_EQ(engine.GetLastErrorString(), "Can't Start GPS Thread.");
+  EXPECT_FALSE(engine.IsActive());
+  EXPECT_EQ(engine.GetReceiver()->GetPortHandle(), INVALID_HANDLE_VALUE);
+  EXPECT_TRUE(engine.Start());
+  EXPECT_EQ(engine.GetLastErrorString(), "No Error.");
+}
+
 TEST_F(EngineTest, ThrowsAStreamAwayThatGrowsWithoutAMessage) {
   EXPECT_FALSE(Feed("$,," + std::string(16391 - 3, 'x')));
   EXPECT_EQ(engine.GetDroppedBuffers(), 0);
@@ -56,15 +74,18 @@ TEST_F(EngineTest, ForwardsTheTextOfMessagesWhileTheHostCaptures) {
   ASSERT_EQ(window.strings.size(), 2u);
   EXPECT_EQ(window.strings[0].ToUtf8(), kRmc);
   EXPECT_EQ(engine.m_ComBuffer.m_strData.ToUtf8(), kRmc + "$PMD\r\n");
+  engine.m_ComBuffer.m_strData = CString(u'x', 100000);
+  Feed(kRmc);
+  EXPECT_FALSE(engine.m_ComBuffer.m_bOverflow);
   engine.m_ComBuffer.m_strData = CString(u'x', 100001);
   Feed(kRmc + kRmc);
-  EXPECT_EQ(window.strings.size(), 3u) << "one more, then the capture has stopped itself";
+  EXPECT_EQ(window.strings.size(), 4u) << "one more, then the capture has stopped itself";
   EXPECT_TRUE(engine.m_ComBuffer.m_bOverflow);
   EXPECT_TRUE(engine.m_ComBuffer.m_bPaused);
   EXPECT_EQ(engine.m_ComBuffer.m_strData.GetLength(), 100001 + static_cast<int>(kRmc.size()));
   engine.m_ComBuffer.KeepCapturing(true);
   Feed(kRmc + kRmc);
-  EXPECT_EQ(window.strings.size(), 5u);
+  EXPECT_EQ(window.strings.size(), 6u);
   EXPECT_EQ(engine.m_ComBuffer.m_strData.GetLength(), 100001 + static_cast<int>(kRmc.size()));
 }
 
@@ -174,8 +195,16 @@ TEST_F(PlaybackTest, PlaysALineAtATimeInALoop) {
 }
 
 TEST_F(PlaybackTest, NamesTheFileThatItCannotPlayAndStops) {
+  const PseudoTerminal terminal;
+  MapComPort(kPort, CString::FromUtf8(terminal.Name()));
+  CGPSReceiver& receiver = *engine.GetReceiver();
+  SetMessageBoxHandler([&](const CString& text, BoxKind) {
+    boxes.push_back(text.ToUtf8());
+    EXPECT_TRUE(receiver.Initialize());
+  });
   ASSERT_TRUE(engine.Start());
-  EXPECT_TRUE(Until([this] { return !engine.IsActive(); }));
+  EXPECT_TRUE(Until([&] { return !engine.IsActive() && receiver.GetPortHandle() == INVALID_HANDLE_VALUE; }))
+      << "a port that was opened meanwhile is closed";
   engine.Stop();
   EXPECT_EQ(boxes, std::vector<std::string>{"Unable to open the emulation file: '" + (folder / "") +
                                             "Emulation.log'."});

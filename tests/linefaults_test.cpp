@@ -58,6 +58,7 @@ TEST_F(EngineTest, LosesAReadThatFillsTheStreamAndReadsOn) {
   const auto length = static_cast<int>(FixAt(0).size());
   EXPECT_TRUE(UntilRecords(kCount - kRead / length - 1));
   EXPECT_EQ(engine.GetDroppedBuffers(), 1);
+  EXPECT_EQ(line.ReadersClock().msLongestWait.Get(), 100u) << "between two reads";
 }
 
 // The date is not what tells how long a line has been silent.

@@ -180,14 +180,21 @@ TEST_F(ThreadsTest, WaitForACallbackThatEndsInTime) {
     }
   } slow;
   m_Clock.limit = INFINITE;
-  MakeEngine("");
-  m_pEngine->m_bAttachRawData = true;
-  m_pEngine->GetReceiver()->AddNotificationCallback(GPS_NOTIFY_EPHEMERIS, &Slow::Call, &slow);
-  ASSERT_TRUE(m_pEngine->Start());
-  m_Terminal.Send(Snv().Message() + "\n");
-  WaitForSingleObject(slow.hBegun, INFINITE);
-  m_pEngine.reset();
-  EXPECT_TRUE(slow.bEnded);
+  const std::string ephemeris = Snv().Message() + "\n";
+  for (const bool by_the_host : {false, true}) {
+    slow.bEnded = false;
+    MakeEngine("");
+    m_pEngine->m_bAttachRawData = true;
+    m_pEngine->GetReceiver()->AddNotificationCallback(GPS_NOTIFY_EPHEMERIS, &Slow::Call, &slow);
+    ASSERT_TRUE(by_the_host || m_pEngine->Start());
+    std::jthread host;
+    CBinBuffer bytes(ephemeris.data(), static_cast<int>(ephemeris.size()));
+    if (by_the_host) host = std::jthread([&, engine = m_pEngine.get()] { engine->UpdateGPSBuffer(bytes); });
+    m_Terminal.Send(ephemeris);
+    WaitForSingleObject(slow.hBegun, INFINITE);
+    m_pEngine.reset();
+    EXPECT_TRUE(slow.bEnded) << by_the_host;
+  }
   CloseHandle(slow.hBegun);
 }
 

@@ -34,7 +34,7 @@ void CReaderThread::PlayRecording() {
   CString line;
   while (Pause(kLinePace) && ReadLine(file, line)) {
     if (line.StartsWith(kPauseWord)) {
-      if (!ShowPause(line)) continue;
+      ShowPause(line);
     } else {
       line += "\r\n";
     }
@@ -71,11 +71,9 @@ bool CReaderThread::ReadLine(CTextFile& file, CString& line) {
   return file.ReadString(line);
 }
 
-// Shows the text of a pause line until the user continues. False if the line is malformed.
-bool CReaderThread::ShowPause(const CString& line) {
+// Shows the text of a pause line, which stands after its first field, until the user continues.
+void CReaderThread::ShowPause(const CString& line) {
   CParser parser(line, ",*", false);
-  CString word;
-  if (!parser.GetNextString(word)) return false;
+  parser.SkipField();
   AfxMessageBox(parser.GetRemainingBuffer(), BoxKind::pause);
-  return true;
 }

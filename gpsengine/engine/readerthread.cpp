@@ -100,9 +100,7 @@ bool CReaderThread::KeepAlive() {
 }
 
 void CReaderThread::ResetAfterSilence() {
-  const std::uint64_t now = CurrentClock().Milliseconds();
-  if (now - m_nLastData < kSilenceLimit) return;
-  m_nLastData = now;
+  if (CurrentClock().Milliseconds() - m_nLastData < kSilenceLimit) return;
   const Step step(*this);
   if (CGPSReceiver* const receiver = step.Receiver()) receiver->ResetSpeedEngine();
 }

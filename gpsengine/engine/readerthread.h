@@ -57,7 +57,7 @@ class CReaderThread {
   void StopRun();
   CString FindRecording();
   bool ReadLine(CTextFile& file, CString& line);
-  bool ShowPause(const CString& line);
+  void ShowPause(const CString& line);
 
   const std::shared_ptr<CEngineLease> m_pLease;
   const std::shared_ptr<CRun> m_pRun;

@@ -27,8 +27,8 @@ bool ReadShortNumber(std::u16string_view number, const WCHAR* end, int& value) {
 
 #ifndef __SSE2__
 
-bool ReadShortDecimal(std::u16string_view, const WCHAR*, std::uint64_t&, int&) {
-  return false;
+bool ReadShortDecimal(std::u16string_view number, const WCHAR*, std::uint64_t& digits, int& fraction) {
+  return plain::ReadShortDecimal(number, digits, fraction);
 }
 
 std::uint64_t MatchBits(std::u16string_view text, WCHAR a, WCHAR b) {

@@ -46,9 +46,8 @@ const char* FindAny(const char* bytes, const char* end, char a, char b, char c);
 bool ReadShortNumber(std::u16string_view number, const WCHAR* end, int& value);
 
 /// Reads a number of up to 15 digits, with at most one point among them, and nothing else: its digits as one
-/// whole number, and how many of them stand after the point. False, with both untouched, for anything else;
-/// also, now and then, for such a number near the start of a text. `start` is where the text begins that the
-/// number is a part of.
+/// whole number, and how many of them stand after the point. False, with both untouched, for anything else.
+/// `start` is where the text begins that the number is a part of.
 bool ReadShortDecimal(std::u16string_view number, const WCHAR* start, std::uint64_t& digits, int& fraction);
 
 }  // namespace textscan

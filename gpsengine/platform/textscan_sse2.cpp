@@ -225,7 +225,9 @@ std::uint64_t JoinDigits(__m128i digits) {
 bool ReadShortDecimal(std::u16string_view number, const WCHAR* start, std::uint64_t& digits, int& fraction) {
   constexpr std::size_t kLongest = 16;
   const WCHAR* const end = number.data() + number.size();
-  if (number.size() - 1 >= kLongest || end - start < static_cast<std::ptrdiff_t>(kLongest)) return false;
+  if (number.size() - 1 >= kLongest) return false;
+  if (end - start < static_cast<std::ptrdiff_t>(kLongest))
+    return plain::ReadShortDecimal(number, digits, fraction);
   const int length = static_cast<int>(number.size());
   // A character beyond a byte becomes one that is neither digit nor point.
   const __m128i characters = _mm_packus_epi16(Load(end - 2 * kStep), Load(end - kStep));

@@ -20,11 +20,13 @@ class TestClock : public Clock {
   std::int64_t UnixSeconds() override { return Clock::UnixSeconds() + secondsAhead; }
   void Sleep(DWORD ms) override { Clock::Sleep(std::min(ms, kLongest)); }
   bool Wait(WaitKind, DWORD ms, const std::function<bool(DWORD)>& block) override {
+    msLongestWait = std::max<DWORD>(msLongestWait, ms);
     return block(std::min(ms, kLongest));
   }
 
   CShared<long long> msAhead = 0;
   CShared<long long> secondsAhead = 0;  ///< Of the date and time.
+  CShared<DWORD> msLongestWait = 0;     ///< That was asked for.
 
  private:
   static constexpr DWORD kLongest = 1;
