@@ -358,35 +358,25 @@ TEST(HostFormats, ShowWhatReportsHaveNewsOf) {
   CGPSStatusData& status = data.m_Status;
   data.m_bProprietaryValid = true;
   std::strcpy(data.m_szProprietary, "$PX,1\r\n");
-  status.m_bStatusUpdated = status.m_bAck = status.m_bBeaconStatusValid = status.m_bBeaconTuneValid =
-      status.m_bBeaconAutoTune = status.m_bElevationMaskValid = status.m_bMaskSaveValid =
-          status.m_bMaskSaved = status.m_bNmeaStatusValid = status.m_bPositionModeValid =
-              status.m_bDgpsModeValid = true;
+  status.m_bStatusUpdated = status.m_bAck = status.m_bBeaconStatusValid = status.m_bElevationMaskValid =
+      status.m_bMaskSaveValid = status.m_bMaskSaved = status.m_bNmeaStatusValid = status.m_bDgpsModeValid =
+          true;
   status.m_nBeaconSignalStrength = 41;
   status.m_nBeaconSNR = 22;
   status.m_dBeaconFrequency = 304.5;
-  status.m_nBeaconBitRate = 200;
   status.m_nElevationMask = 5;
-  status.m_nNmeaGGA = status.m_nNmeaGSA = status.m_nNmeaZDA = NMEA_MSG_ON;
-  status.m_nNmeaGLL = status.m_nNmeaVTG = status.m_nNmeaSAT = status.m_nNmeaGSV = NMEA_MSG_OFF;
-  status.m_nPositionMode = 1;
-  status.m_dFixedAltitude = 2.5;
-  status.m_nPDOPMask = 3;
-  status.m_nHDOPMask = 4;
-  status.m_nVDOPMask = 6;
+  status.m_nNmeaGGA = NMEA_MSG_ON;
+  status.m_nNmeaGSV = NMEA_MSG_OFF;
   status.m_dOutputInterval = 0.5;
   status.m_nDgpsMode = DGPS_MODE_WAAS;
   status.m_nLbandMode = 1;
   status.SetText("$>JI,1\x1B\r\n", 9);
-  EXPECT_EQ(
-      Lines(Format::json).Of(data),
-      R"({"class":"STATUS","device":"dev","proprietary":"$PX,1","ack":true,"text":"$>JI,1\u001b",)"
-      R"("beaconSignalStrength":41,"beaconSNR":22,"beaconFrequency":304.5,"beaconBitRate":200,)"
-      R"("beaconAutoTune":true,"elevationMask":5,"maskSaved":true,"nmeaGGA":"on","nmeaGSA":"on",)"
-      R"("nmeaZDA":"on","nmeaGLL":"off","nmeaVTG":"off","nmeaSAT":"off","nmeaGSV":"off","positionMode":1,)"
-      R"("fixedAltitude":2.5,"pdopMask":3,"hdopMask":4,"vdopMask":6,"outputInterval":0.5,)"
-      R"("dgpsMode":"waas","lbandMode":"automatic"})"
-      "\n");
+  EXPECT_EQ(Lines(Format::json).Of(data),
+            R"({"class":"STATUS","device":"dev","proprietary":"$PX,1","ack":true,"text":"$>JI,1\u001b",)"
+            R"("beaconSignalStrength":41,"beaconSNR":22,"beaconFrequency":304.5,"beaconBitRate":0,)"
+            R"("elevationMask":5,"maskSaved":true,"nmeaGGA":"on","nmeaGSV":"off","outputInterval":0.5,)"
+            R"("dgpsMode":"waas","lbandMode":"automatic"})"
+            "\n");
   status.m_nDgpsMode = static_cast<DgpsMode>(6);
   status.m_nLbandMode = 2;
   const std::string text = Lines(Format::text).Of(data);

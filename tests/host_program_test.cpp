@@ -21,7 +21,6 @@ void SendUntilShown(const PseudoTerminal& line, const Program& program, std::str
 TEST(HostProgram, AnswersOrNamesWhatIsWrongAndExitsAccordingly) {
   const std::tuple<const char*, ExitCode, const char*> cases[] = {
       {"--version", ExitCode::done, ""},
-      {"decode --help", ExitCode::done, ""},
       {"", ExitCode::usage, "A subcommand is required"},
       {"decode", ExitCode::usage, "file"},
       {"decode /nonexistent.log", ExitCode::failed,
@@ -62,7 +61,6 @@ TEST(HostProgram, AnswersOrNamesWhatIsWrongAndExitsAccordingly) {
       {"models csi", ExitCode::done, "  set-beacon auto | KHZ [BITRATE]  "},
       {"models --format json", ExitCode::done,
        R"([{"name":"Ashtech","class":"CAshtech","GetDefaultBaudrate":9600,"HasRawData":true,)"},
-      {"help config", ExitCode::done, ""},
       {"help fly", ExitCode::usage, "fly"},
   };
   for (const auto& [arguments, code, text] : cases) {

@@ -251,28 +251,6 @@ TEST(Simulator, UnderstandsLinesThatComeInPieces) {
   EXPECT_GE(receiver->TakeComplaints().size(), 1u);
 }
 
-TEST(Simulator, FallsSilentAtAResetAndComesBackWithWhatItKeeps) {
-  const std::tuple<const char*, const char*, double, const char*, const char*> rows[] = {
-      // Deaf to what follows the reset.
-      {"CSI", "$PASHS,NME,ALL,A,OFF|$PASHS,SAV,Y|$PASHS,RST|$PASHS,PEM,9", 1.9, "$PASHQ,PAR", "PEM:05"},
-      {"CSI", "$PASHS,NME,ALL,A,OFF|$PASHS,SAV,Y|$PASHS,RST", 1.9, "", "$PASHR,SAT"},
-      {"Starlink", "$PSLIS,NME,ALL,A,OFF|$PSLIS,RST,CLR", 2.9, "", "$GPGSV"},
-      {"GSR2650 LB", "ECUTOFF 15|SAVECONFIG|ECUTOFF 25|RESET 0", 4.9, "LOG COM2 ECUTOFFA ONCE", ";15.0"},
-      {"CSI - MAX", "$JMASK,15|$JSAVE|$JMASK,25", 2.9, "$JSHOW", "MASK,15"},  // its power is taken away
-      // Another application starts over, and nothing is lost.
-      {"CSI - MAX", "$JMASK,15|$JSAVE|$JMASK,25|$JAPP,2", 2.9, "$JDIFF,LBAND|$JSHOW", "MASK,25"},
-  };
-  for (const auto& [model, lines, silence, question, expected] : rows) {
-    const auto receiver = Make(model);
-    Ask(*receiver, lines);
-    if (std::string(lines).ends_with("25")) receiver->PowerCycle();
-    EXPECT_EQ(receiver->Advance(silence), "") << lines;
-    receiver->Advance(0.5);
-    const std::string answer = Ask(*receiver, question);
-    EXPECT_NE((answer + receiver->Advance(2)).find(expected), std::string::npos) << lines << answer;
-  }
-}
-
 // In real time, at the end of a pseudo-terminal.
 
 TEST(PtyRunner, StopsAtOnceWhenNobodyReadsAndHasNoLineOnceItHasHungUp) {

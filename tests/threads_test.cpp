@@ -52,23 +52,6 @@ void ExpectNothingLeftBut(const std::pair<std::ptrdiff_t, std::ptrdiff_t>& befor
   EXPECT_EQ(Inventory(), before);
 }
 
-// A receiver that never pauses, and takes what is written.
-class Feeder {
- public:
-  explicit Feeder(const PseudoTerminal& terminal)
-      : m_Thread([&terminal](const std::stop_token& stop) {
-          const std::string some = kFix + "$GPGSV,1,1,01,07,45,180,41*42\r\n" + Snv().Message() + "\n" +
-                                   Mbn().Message() + "\n$>JI,1,2\r\n\xAA\x44\x12 noise $BIN";
-          while (!stop.stop_requested()) {
-            terminal.Exchange(some);
-            std::this_thread::sleep_for(300us);
-          }
-        }) {}
-
- private:
-  std::jthread m_Thread;
-};
-
 class ThreadsTest : public testing::Test {
  protected:
   ThreadsTest() {
@@ -151,7 +134,12 @@ TEST_F(ThreadsTest, StandAThousandRoundsOfAnything) {
   {
     CPreciseTimer timer;
     timer.Start(&m_Window, 10'000);
-    const Feeder feeder(m_Terminal);
+    // A receiver that never pauses, and takes what is written.
+    const std::jthread receiver([this](const std::stop_token& stop) {
+      const std::string some = kFix + "$GPGSV,1,1,01,07,45,180,41*42\r\n" + Snv().Message() + "\n" +
+                               Mbn().Message() + "\n$>JI,1,2\r\n\xAA\x44\x12 noise $BIN";
+      for (; !stop.stop_requested(); std::this_thread::sleep_for(300us)) m_Terminal.Exchange(some);
+    });
     for (int round = 0; round < 1000; ++round) {
       if (m_pEngine == nullptr) MakeEngine(dice() % 3 == 0 ? "/nowhere/at/all" : folder / "record");
       m_Clock.limit = static_cast<DWORD>(dice() % 4);
