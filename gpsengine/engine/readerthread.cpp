@@ -123,8 +123,6 @@ void CReaderThread::Record(const char* data, int length) {
   }
   if (!m_bRecording || m_Recording.Write(data, static_cast<UINT>(length))) return;
   // For example a full disk. What was written is kept; the run continues without recording.
-  m_Recording.Close();
-  m_bRecording = false;
   Trace("The recording cannot be written any further.\n");
   GiveUpRecording();
 }

@@ -146,25 +146,12 @@ bool IsText(std::string_view bytes) {
 }
 
 std::string Escaped(std::string_view bytes) {
+  constexpr std::string_view kEscaped = "\r\n\t\"\\", kNames = "rnt\"\\";
   std::string text;
   for (const char c : bytes) {
-    switch (c) {
-      case '\r':
-        text += "\\r";
-        break;
-      case '\n':
-        text += "\\n";
-        break;
-      case '\t':
-        text += "\\t";
-        break;
-      case '"':
-      case '\\':
-        text += '\\';
-        [[fallthrough]];
-      default:
-        text += c;
-    }
+    const auto at = kEscaped.find(c);
+    if (at != kEscaped.npos) text += '\\';
+    text += at != kEscaped.npos ? kNames[at] : c;
   }
   return text;
 }
