@@ -185,7 +185,7 @@ TEST(Face, IsUsedOnceAtATime) {
                   "2 no model is called \"Trimbel\" (did you mean \"Trimble\"?)"));
   EXPECT_EQ(gps::DidYouMean("monitr", {"monster", "monitor", "monster"}), " (did you mean \"monitor\"?)");
   EXPECT_EQ(gps::DidYouMean("sim", {"send", "simulate"}), " (did you mean \"simulate\"?)");
-  EXPECT_EQ(gps::DidYouMean("sims", {"sim"}), " (did you mean \"sim\"?)");
+  for (const char* word : {"sims", "sin"}) EXPECT_NE(gps::DidYouMean(word, {"sim"}), "") << word;
   for (const char* word : {"cap", "--cap"})
     EXPECT_EQ(gps::DidYouMean(word, {"cut", "--cut"}), "") << "too far off";
 }

@@ -131,6 +131,10 @@ TEST_F(FedRunTest, EndsAtOnceWhenACallbackStopsIt) {
   EXPECT_TRUE(window.ephemerides.empty());
   EXPECT_TRUE(engine.IsActive());
   EXPECT_TRUE(Feed(FixAt(3)));
+  SelectHooked({}, [this](Hooked&, const CString&) { engine.Stop(); });
+  ASSERT_TRUE(engine.Start());
+  EXPECT_FALSE(Feed(FixAt(4) + FixAt(5)));
+  EXPECT_EQ(window.records.size(), 3u) << "the one that was being decoded";
 }
 
 TEST_F(FedRunTest, SurvivesACallbackThatDestroysTheEngine) {

@@ -83,8 +83,12 @@ TEST_F(EngineTest, ForgetsOldFixesAfterASilenceAndNotWhenTheClockIsSet) {
   EXPECT_GE(window.records.back().m_Time.GetTime(), Clock().UnixSeconds() + kDay - 5);
   clock.secondsAhead = -kDay;
   EXPECT_TRUE(moves());
+  engine.Stop();
+  ASSERT_TRUE(engine.Start());
+  EXPECT_TRUE(moves()) << "a new run is no silence";
   clock.msAhead = 10000;
   EXPECT_FALSE(moves()) << "ten seconds without a record";
+  EXPECT_TRUE(moves());
 }
 
 /// Signals of the host's, which come to its main thread twice a millisecond for as long as the object lives.
