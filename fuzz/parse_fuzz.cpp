@@ -39,10 +39,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* pData, std::size_t nSi
   Input input(pData, nSize);
   Rig& rig = Rig::Instance();
   CGPSReceiver& receiver = rig.StartOver(input.Byte(), static_cast<int>(input.Byte() % 3));
-  GrowingCounters counters(rig.engine);
-  while (!input.IsEmpty()) {
-    ParseLine(rig, receiver, input.TakeThrough('\n'));
-    counters.Check();
-  }
+  while (!input.IsEmpty()) ParseLine(rig, receiver, input.TakeThrough('\n'));
   return 0;
 }

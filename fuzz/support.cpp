@@ -7,7 +7,6 @@
 #include <cstring>
 #include <filesystem>
 #include <fstream>
-#include <functional>
 #include <initializer_list>
 #include <iterator>
 
@@ -137,20 +136,6 @@ void CheckingWindow::OnNewRawData(const CGPSDataRaw& epoch) {
 
 void CheckingWindow::OnNewEphemeris(const CGPSDataEphemeris& ephemeris) {
   Require(ephemeris.m_nWeek > 0, "an ephemeris has a week");
-}
-
-GrowingCounters::Counts GrowingCounters::Read() const {
-  const CGPSReceiver& receiver = *m_Engine.GetReceiver();
-  return {m_Engine.GetMessages(),       m_Engine.GetDroppedBuffers(), receiver.GetSentencesRecognised(),
-          receiver.GetChecksumErrors(), receiver.GetBinaryMessages(), receiver.GetBadBinaryMessages()};
-}
-
-void GrowingCounters::Check() {
-  const Counts now = Read();
-  Require(std::equal(now.begin(), now.end(), m_Last.begin(), std::greater_equal()), "every counter grows");
-  Require(now[3] <= now[2], "what has a bad checksum was recognised");
-  Require(now[5] <= now[4], "a bad binary message is a binary message");
-  m_Last = now;
 }
 
 Rig& Rig::Instance() {

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <string>
@@ -53,19 +52,6 @@ class CheckingWindow : public CGPSWindow {
   void OnNewEphemeris(const CGPSDataEphemeris& ephemeris) override;
 
   double m_dLastFix = -1.0;
-};
-
-/// The counters of an engine and its receiver, which only ever grow.
-class GrowingCounters {
- public:
-  explicit GrowingCounters(const CGPSEngine& engine) : m_Engine(engine) {}
-  void Check();
-
- private:
-  using Counts = std::array<long long, 6>;
-  Counts Read() const;
-  const CGPSEngine& m_Engine;
-  Counts m_Last = Read();
 };
 
 /// An engine on one thread in rehearsed time, its receiver's port open. One for the whole process, and each

@@ -132,24 +132,37 @@ TEST_F(FedRunTest, EndsAtOnceWhenACallbackStopsIt) {
   EXPECT_TRUE(engine.IsActive());
   EXPECT_TRUE(Feed(FixAt(3)));
   SelectHooked({}, [this](Hooked&, const CString&) { engine.Stop(); });
+  engine.GetReceiver()->SetupReceiver(kPort, 0, 0.0, "", true);
   ASSERT_TRUE(engine.Start());
   EXPECT_FALSE(Feed(FixAt(4) + FixAt(5)));
   EXPECT_EQ(window.records.size(), 3u) << "the one that was being decoded";
 }
 
+struct Mortal : Hooked {
+  explicit Mortal(bool& bGone) : m_bGone(bGone) {}
+  ~Mortal() override { m_bGone = true; }
+  bool& m_bGone;
+};
+
 TEST_F(FedRunTest, SurvivesACallbackThatDestroysTheEngine) {
-  auto doomed = std::make_unique<CGPSEngine>();
-  CGPSReceiver* const receiver = doomed->FindReceiver("Other");
-  receiver->SetupReceiver(kPort, 0, 0.0, "", true);
-  doomed->SetReceiver(receiver);
-  doomed->m_bAttachRawData = true;
-  std::function<void()> destroy = [&doomed] { doomed.reset(); };
-  OnEphemeris(*receiver, destroy);
-  const std::string sent = Snv().Message() + "\n" + FixAt(1);
-  CBinBuffer bytes(sent.data(), static_cast<int>(sent.size()));
-  EXPECT_FALSE(doomed->UpdateGPSBuffer(bytes));
-  window.Drain();
-  EXPECT_TRUE(window.records.empty() && window.ephemerides.empty());
+  static bool gone;  // outlives a receiver that is kept for its callback to return into
+  for (const bool destroys : {true, false}) {
+    auto doomed = std::make_unique<CGPSEngine>();
+    auto* const receiver = new Mortal(gone);
+    EXPECT_TRUE(doomed->AddReceiver(receiver));
+    receiver->SetupReceiver(kPort, 0, 0.0, "", true);
+    doomed->SetReceiver(receiver);
+    doomed->m_bAttachRawData = true;
+    std::function<void()> destroy = [&] { doomed.reset(); };
+    if (destroys) OnEphemeris(*receiver, destroy);
+    const std::string sent = Snv().Message() + "\n" + FixAt(1);
+    CBinBuffer bytes(sent.data(), static_cast<int>(sent.size()));
+    EXPECT_NE(doomed->UpdateGPSBuffer(bytes), destroys);
+    window.Drain();
+    EXPECT_EQ(window.records.empty(), destroys);
+    doomed.reset();
+    EXPECT_NE(gone, destroys);
+  }
 }
 
 TEST_F(EngineTest, GoesOnBehindAnExceptionOfTheHosts) {

@@ -139,8 +139,6 @@ TEST_F(StatusReport, OfTheJLanguage) {
        {"ASC,GPRMC", "ASC,GPSAT", "ASC,gpgga", "MASK,abc", "FREQ,abc", "FOO,1", "mask,9", "MASK", "FOO"})
     Check({{(std::string("$>JSHOW,") + bad).c_str(), false, ""}});
   Check({{"$>JSHOW", false, ""}});
-  Feed("$>JI," + std::string(100, 'x'));
-  EXPECT_EQ(std::strlen(Last().m_Status.m_szText), 79u);
 }
 
 TEST_F(StatusReport, OfTheLogsOfAGsr2650) {
