@@ -19,7 +19,10 @@ TEST(CString, CopiesOfLongTextAreTextsOfTheirOwn) {
   EXPECT_EQ(taken.GetLength(), 500);
   EXPECT_TRUE(copy.IsEmpty());  // NOLINT(bugprone-use-after-move)
   taken.Empty();
+  EXPECT_EQ(taken.GetString()[0], 0);
   taken += "short";
+  taken.SetAt(5, u'x');
+  EXPECT_EQ(taken.GetString()[5], 0);
   EXPECT_EQ(taken, "short");
 }
 
@@ -34,6 +37,7 @@ TEST(CString, GrowsAcrossItsOwnRoom) {
   EXPECT_EQ(doubled.Right(10), CString("0123456789"));
   CString tailed("0123");
   EXPECT_EQ(tailed.Append(tailed.GetString() + 2, 2), CString("012323"));
+  EXPECT_EQ(tailed.Append(u"x", -1).Append(nullptr, 3), "012323");
   EXPECT_TRUE(CString(static_cast<const char*>(nullptr), 3).IsEmpty());
   for (const auto& [length, kept] : {std::pair(0, ""), {2, "ab"}, {-1, "abc"}}) {
     CString written("before");
@@ -94,6 +98,7 @@ TEST(CString, ConvertsUtf8BothWaysAndMarksWhatIsMalformed) {
     EXPECT_NE(CString::FromUtf8(bad).Find(u'\uFFFD'), -1) << bad;
   EXPECT_EQ(CString(u'\xD800').ToUtf8(), "\xEF\xBF\xBD");
   EXPECT_EQ(CString(u"\xDBFF\xE000").ToUtf8(), "\xEF\xBF\xBD\xEE\x80\x80");
+  EXPECT_EQ(CString(u"\xDC00\xDC00").ToUtf8(), "\xEF\xBF\xBD\xEF\xBF\xBD");
 }
 
 TEST(CString, FormatsAsPrintfDoesWithTextsInUtf8) {

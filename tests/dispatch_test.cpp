@@ -47,7 +47,8 @@ TEST_F(DispatchTest, KnowsEveryTag) {
 TEST_F(DispatchTest, TestsTheChecksum) {
   for (const char* good : {"*47\r\n", "*FF47\r\n"})
     EXPECT_EQ(TypeOf(kGga + std::string(good)), GPS_STRING_GGA);
-  EXPECT_EQ(TypeOf("$GPGGA,-,*7b\r\n"), GPS_STRING_GGA);
+  for (const char* good : {"$GPGGA,-,*7b\r\n", "$GPGGA,-,{*\r\n"})
+    EXPECT_EQ(TypeOf(good), GPS_STRING_GGA) << good;
   EXPECT_NE(TypeOf("$GPGGA,,,*7A\r\n"), TypeOf("$GPGGA,,,*7:\r\n"));
   for (const char* bad : {"*47F\r\n", "\r\n", "*\r\n", "*48\r\n"})
     EXPECT_EQ(TypeOf(kGga + std::string(bad)), GPS_STRING_NONE) << bad;

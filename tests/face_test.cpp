@@ -62,7 +62,11 @@ TEST(Face, ReadsFixesInDegreesMetresAndUtc) {
             "1994-03-23T12:35:22.000Z 48.1173 -11.5 545.4 - 0.9 - GPS\n");
   gps::Fix fix = gps::decode(BytesOf(bytes)).fixes().next().value();
   EXPECT_EQ(testing::PrintToString(fix), "1994-03-23T12:35:19.000Z 48.1173000 -11.5000000 545.4 m GPS");
-  EXPECT_EQ(gps::NameOfSignal(-1), gps::NameOfSignal(11)) << "unknown, as any other number";
+  std::string names;
+  for (int signal = -1; signal <= 11; ++signal) names += std::string(gps::NameOfSignal(signal)) + ',';
+  EXPECT_EQ(names,
+            "unknown,no fix,GPS,DGPS,estimated,manual,RTK code,RTK fixed,RTK "
+            "float,processed,SBAS,unknown,unknown,");
   fix.height_msl.reset();
   EXPECT_TRUE(testing::PrintToString(fix).ends_with(" -11.5000000 - GPS"));
 }

@@ -70,19 +70,6 @@ TEST_F(HostDecode, EndsTheRecordFormatWithASummary) {
       "\n");
 }
 
-TEST_F(HostDecode, GivesTheSameRecordsInChunksOfAnySizeWithLineEndsOrWithout) {
-  options_.format = Format::record;
-  Decoded(Stream());  // leaves in the library's one working record what every further run finds there
-  const std::string whole = Decoded(Stream());
-  std::string log = Stream();
-  std::erase(log, '\r');
-  log.pop_back();  // the last line of a log may lack its end
-  for (const int chunk : {1, 7, 64, 100, 4096}) {
-    options_.chunk = chunk;
-    for (const std::string& recording : {Stream(), log}) EXPECT_EQ(Decoded(recording), whole) << chunk;
-  }
-}
-
 TEST_F(HostDecode, ReadsAPackedRecordingAsWhatItHoldsFromAFileAndFromAPipe) {
   options_.format = Format::json;
   Decoded(Stream());  // for the library's working record, as above

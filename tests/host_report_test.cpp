@@ -175,14 +175,6 @@ TEST(HostReport, TellsWhereAStillReceiverStandsAndInWhichUnits) {
   EXPECT_TRUE(Has(imperial, ">1.640 ft<") && !Has(imperial, " m<"));
   const nlohmann::json data = DataOf(imperial);
   EXPECT_NEAR(data["cloud"]["cep50"], 0.5, 0.001);
-  epoch.latitude = 48.0;
-  for (int i = 200; i < 300; ++i) {
-    epoch.time = At(i * 1000);
-    run.Add(epoch);
-  }
-  const std::string moved = ReportPage(facts, run, Tally());
-  EXPECT_FALSE(Has(moved, "Static survey"));
-  EXPECT_FALSE(DataOf(moved).contains("cloud"));
 }
 
 /// Where a vehicle is after so many seconds, in metres from its start. Circles of 200 m, one in ten minutes,

@@ -71,7 +71,8 @@ std::string RangesOf(Gnss said, int last) {
 }  // namespace
 
 TEST(HostSky, ReadsNoSentenceWithoutAGoodChecksum) {
-  for (const char* line : {"$GPGGA,1", "$00,0,0", "$*00", "$GPGGA,1*", "$GPGGA,1*00", "GPGGA,1*4B"})
+  for (const char* line :
+       {"$GPGGA,1", "$00,0,0", "$*00", "$GPGGA,1*", "$GPGGA,1*00", "GPGGA,1*4B", "$GPGGA,:*3G"})
     EXPECT_FALSE(Fields(line)) << line;
   for (const char* line : {"noise$GPG$GPGGA,1*4B", "$GPG$GPGGA,1*4B", "$GPGGA,1*4B\r\n$GPG", "$$GPGGA,1*4B"})
     EXPECT_EQ(Fields(line)[1], "1") << line;
@@ -130,6 +131,8 @@ TEST(HostSky, JoinsTheBandsAndSystemsOfAnEpoch) {
                      "$GPGSV,1,1,02,07,45,120,30,09,01,02,03", "$GLGSV,1,1,01,66,45,120,31"}),
             "G07=7*:45/120/30 G09=9:1/2/3 R02=66*:45/120/31\n")
       << "used satellites without a system id, by the range of their numbers";
+  EXPECT_EQ(SkiesOf({"$GLGSA,A,3,02,,,,,,,,,,,,2.5,1.3,2.1", "$GLGSV,1,1,01,02,45,120,31"}),
+            "R02=66*:45/120/31\n");
 }
 
 TEST(HostSky, TellsOneSkyAnEpochAndForgetsWhatIsGone) {

@@ -98,6 +98,9 @@ TEST_F(PositionTest, DecodesAnInggaWithGaps) {
   EXPECT_EQ(Last().m_dAltitude, 545.4);
   EXPECT_FALSE(Last().m_bDOPValid);
   EXPECT_FALSE(FeedSentence("$INGGA,123519,,N,01131.000,E,1,01,0.9,545.4,M,46.9,M,,"));
+  EXPECT_FALSE(FeedSentence("$INGGA,123519,,1,01,0.9,545.4,M,46.9,M,,")) << "a number for the hemisphere";
+  FeedSentence("$GPGSA,A,3,04,05,,09,12,,,24,,,,,2.5,1.3,2.1");
+  EXPECT_EQ(Last().m_nSignalType, UDF_SIGNAL_NONE) << "of one that has failed";
   EXPECT_FALSE(FeedSentence("$INGGA,123519,4807.038,N,01131.000,E,1,01,0.9,545.4"));
   SetUpHeights(1.0, 2);
   EXPECT_TRUE(FeedSentence("$INGGA,123519,4807.038,N,01131.000,E,1,01,0.9,545.4,M,46.9,M,,"));

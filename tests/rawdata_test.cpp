@@ -304,9 +304,10 @@ TEST(RawData, KnowsGpsAndSbasInABlockOfTwelveChannels) {
                                                {'\x78', "S20:1C "}, {'\x9E', "S58:1C "}, {'\x9F', ""}};
   for (const auto& [satellite, name] : rows) {
     std::string changed = block;
-    for (std::size_t channel = 1; channel < 12; ++channel) changed[20 + 24 * channel] = 0;
-    changed[20] = satellite;
-    changed[21] = 0;
+    for (std::size_t channel = 0; channel < 11; ++channel) changed[20 + 24 * channel] = 0;
+    changed.replace(20 + 24 * 11, 24, block, 20, 24);
+    changed[20 + 24 * 11] = satellite;
+    changed[21 + 24 * 11] = 0;
     PhaseHistory history;
     ObservationEpoch epoch;
     EXPECT_EQ(DecodeObservations(WordsOf(Summed(changed)), history, epoch), *name != '\0');

@@ -172,7 +172,11 @@ TEST(Resources, AreTheTextsThatHostsShow) {
   std::fill_n(buffer, 64, u'x');
   EXPECT_EQ(FormatMessageW(ENOENT, buffer, 8), 7u);
   EXPECT_EQ(CString(buffer), "No such");
-  EXPECT_STREQ(FindDialogTemplate(129)->pszText, "Please wait while resetting receiver");
+  const auto& [id, width, height, font, size, title, text, x, y, w, h] = *FindDialogTemplate(129);
+  EXPECT_EQ(testing::PrintToString(std::array{width, height, size, x, y, w, h}),
+            "{ 133, 31, 8, 7, 7, 119, 17 }");
+  EXPECT_EQ(font + std::string("/") + title + '/' + text,
+            "Tahoma/Dialog/Please wait while resetting receiver");
 }
 
 TEST(Event, OfManualResetEndsEveryWaitAndOfAutomaticResetOne) {
