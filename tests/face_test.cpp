@@ -380,6 +380,7 @@ TEST(FaceLive, CommandsAndEndsWithItsLine) {
       .model = "Ashtech", .port = terminal.Name(), .baud = 19200, .antenna_height = 2.0});
   terminal.Receive(1000, 50ms);
   EXPECT_EQ(terminal.Speed(), 19200);
+  EXPECT_EQ(receiver->baud(), 19200);
   receiver->command("send", {"$PASHQ,PRT"});
   EXPECT_EQ(terminal.Receive(12), "$PASHQ,PRT\r\n");
   EXPECT_TRUE(
