@@ -91,7 +91,8 @@ TEST(CString, WidensBytesWithoutASign) {
 
 TEST(CString, ConvertsUtf8BothWaysAndMarksWhatIsMalformed) {
   // The last two are the first and the last of two characters each.
-  const std::string good = "caf\xC3\xA9 \xE2\x82\xAC \xF0\x9F\x9B\xB0 \xF0\x90\x80\x80 \xF4\x8F\xBF\xBF";
+  const std::string good =
+      "caf\xC3\xA9 \xE0\xA0\x80 \xE2\x82\xAC \xF0\x9F\x9B\xB0 \xF0\x90\x80\x80 \xF4\x8F\xBF\xBF";
   EXPECT_EQ(CString::FromUtf8(good).ToUtf8(), good);
   EXPECT_EQ(CString::FromUtf8("\xF0\x9F\x9B\xB0").GetLength(), 2);
   for (const char* bad : {"\x80", "\xC0\xAF", "\xE2\x82", "\xED\xA0\x80", "\xF5\x80\x80\x80"})

@@ -288,7 +288,7 @@ TEST(FaceLive, ReadsALineOfOnesOwnOnAnyThread) {
   EXPECT_EQ(ErrorOf([&] { gps::Receiver({.line = script.Opener()}, stopped.get_token()); }),
             "130 stopped while the receiver was being set up");
   gps::Receiver receiver({.model = "other", .line = script.Opener()});
-  EXPECT_EQ(receiver.model(), "Other");
+  EXPECT_EQ(receiver.model() + std::to_string(receiver.baud()), "Other9600");
   EXPECT_TRUE(Has(ErrorOf([] { gps::Receiver({.line = [] { return nullptr; }}); }), "7 "));
   script.Send(Recorded());
   std::thread other([&] {
@@ -456,4 +456,6 @@ TEST(FaceLive, StopsACommandInTheMidstOfAWait) {
   EXPECT_FALSE(clock.Wait(WaitKind::message, 5000, block));
   EXPECT_EQ(pieces, 2);
   EXPECT_TRUE(clock.Wait(WaitKind::message, 5000, [](DWORD ms) { return ms <= 50; }));
+  EXPECT_FALSE(gps::StopClock({}).Wait(WaitKind::message, 5000, [](DWORD) { return false; }))
+      << "it has an end";
 }

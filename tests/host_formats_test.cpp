@@ -379,10 +379,11 @@ TEST(HostFormats, ShowWhatReportsHaveNewsOf) {
             "\n");
   status.m_nDgpsMode = static_cast<DgpsMode>(6);
   status.m_nLbandMode = 2;
-  const std::string text = Lines(Format::text).Of(data);
-  EXPECT_TRUE(
-      text.starts_with("report: sentence $PX,1, acknowledged yes, text $>JI,1?, beacon signal strength 41"));
-  EXPECT_TRUE(text.ends_with("interval 0.5 s, differential source unknown, L-band tuning fixed\n")) << text;
+  EXPECT_EQ(
+      Lines(Format::text).Of(data),
+      "report: sentence $PX,1, acknowledged yes, text $>JI,1?, beacon signal strength 41, beacon SNR 22, "
+      "beacon frequency 304.5 kHz, beacon bit rate 0, elevation mask 5 deg, mask saved yes, GGA on, GSV off, "
+      "output interval 0.5 s, differential source unknown, L-band tuning fixed\n");
 }
 
 TEST(HostFormats, TellARepeatedPositionModeOnce) {

@@ -130,7 +130,8 @@ TEST(Queue, IsPassedOverByWhatIsPostedAtOnce) {
   Drain();
   EXPECT_EQ(window.got, (std::vector{2, 7, 0, 8, 1, 3, 4}));
   const CPostAtOnce at_once(window);
-  window.DestroyWindow();
+  EXPECT_TRUE(window.DestroyWindow());
+  EXPECT_FALSE(window.DestroyWindow());
   EXPECT_FALSE(PostMessageW(nullptr, kNumber, 5, 0)) << "to no window";
 }
 
@@ -145,11 +146,11 @@ TEST(Application, PumpsUntilItIsToldToQuit) {
   Recorder window;
   CRehearsal time;
   time.SetStepHandler([&](const CRehearsal::Step&) {
-    PostMessageW(window.GetSafeHwnd(), kNumber, 1, 0);
+    for (const int number : {1, 2}) PostMessageW(window.GetSafeHwnd(), kNumber, number, 0);
     PostQuitMessage();
   });
   app.Run();
-  EXPECT_EQ(window.got, std::vector{1});
+  EXPECT_EQ(window.got, (std::vector{1, 2}));
 }
 
 TEST(Application, ForgetsAMainWindowThatIsDestroyed) {
