@@ -179,7 +179,11 @@ TEST_F(ExtremesTest, OfWhatIsReadStayNumbersAndDoNotLinger) {
   receiver.ResetSpeedEngine();
   for (const auto& [time, latitude] : {std::pair("1e-320", "4807.038"), {"2e-320", "4807.738"}})
     EXPECT_TRUE(FeedFix(time, latitude));
-  FeedSentence("$GPVTG,-1e308,T,,M,,N,1e308,K");
+  for (const std::string course : {"1e308", "-1e308"}) {
+    FeedSentence("$GPVTG," + course + ",T,,M,,N,1e308,K");
+    EXPECT_TRUE(FeedFix("000000", "4807.038"));
+    EXPECT_EQ(Last().m_dSpeed, 1e308 / 3.6);
+  }
   for (const CGPSData& data : window.records)
     for (const double number :
          {data.m_dLatitude, data.m_dLongitude, data.m_dAltitude, data.m_dTimeOfDay, data.m_dSpeed,
