@@ -1,7 +1,6 @@
 // makeseeds FOLDER: writes what the fuzzers begin with. FOLDER/<target>/ gets its seeds: the conversation of
-// every model with its simulated receiver, a message of each kind, and a few files. FOLDER/gps.dict is the
-// dictionary: every tag of the library, every command that a driver writes and every word that a receiver
-// answers.
+// every model with its simulated receiver, its messages by themselves, and a few files. FOLDER/gps.dict is
+// the dictionary: every tag of the library and every command that a driver writes.
 #include <algorithm>
 #include <cstdio>
 #include <filesystem>
@@ -21,17 +20,15 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// What stands between delimiters, but for what is empty.
-std::vector<std::string> Split(std::string_view text, std::string_view delimiters) {
-  std::vector<std::string> pieces;
+std::vector<std::string> LinesOf(std::string_view text) {
+  std::vector<std::string> lines;
   while (true) {
-    text.remove_prefix(std::min(text.find_first_not_of(delimiters), text.size()));
-    if (text.empty()) return pieces;
-    pieces.emplace_back(text.substr(0, text.find_first_of(delimiters)));
-    text.remove_prefix(pieces.back().size());
+    text.remove_prefix(std::min(text.find_first_not_of("\r\n"), text.size()));
+    if (text.empty()) return lines;
+    lines.emplace_back(text.substr(0, text.find_first_of("\r\n")));
+    text.remove_prefix(lines.back().size());
   }
 }
-constexpr std::string_view kLines = "\r\n", kWords = ",*;:= ";
 
 class Seeds {
  public:
@@ -86,9 +83,9 @@ void AddConversation(Seeds& seeds, char model, const Conversation& conversation)
   }
 }
 
-// Of the thousands of messages the fuzzers keep those that reach something new.
+// Of all these messages the fuzzers keep those that reach something new.
 void AddMessages(Seeds& seeds, const std::string& heard) {
-  for (const std::string& line : Split(heard, kLines)) {
+  for (const std::string& line : LinesOf(heard)) {
     if (line.find_first_of("$#P") != 0) continue;
     seeds.Add("parse_fuzz", "m1" + kByTagAttachedRepaired + line + '\n');
     seeds.Add("parser_fuzz", "\x04"s + std::string(20, '\0') + '\n' + line);
@@ -142,11 +139,7 @@ int main(int argc, char** argv) {
   char model = 0;
   for (const auto& receiver : MakeReceivers()) {
     const Conversation conversation = Talk(*receiver);
-    for (const std::string& line : Split(conversation.said, kLines)) Add(dictionary, line);
-    for (const std::string& line : Split(conversation.heard, kLines))
-      for (const std::string& word : Split(line, kWords))
-        if (std::all_of(word.begin(), word.end(), [](char c) { return c > ' ' && c < 127; }))
-          Add(dictionary, word);
+    for (const std::string& line : LinesOf(conversation.said)) Add(dictionary, line);
     AddConversation(seeds, model++, conversation);
     AddMessages(seeds, conversation.heard);
     if (receiver->GetName() == "Other") AddFiles(seeds, conversation.heard);

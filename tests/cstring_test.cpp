@@ -21,6 +21,9 @@ TEST(CString, CopiesOfLongTextAreTextsOfTheirOwn) {
   taken.Empty();
   EXPECT_EQ(taken.GetString()[0], 0);
   taken += "short";
+  for (int i = 0; i < 2; ++i) taken.Assign(kLong.View());
+  EXPECT_EQ(taken, kLong);
+  taken = "short";
   taken.SetAt(5, u'x');
   EXPECT_EQ(taken.GetString()[5], 0);
   EXPECT_EQ(taken, "short");
@@ -68,6 +71,8 @@ TEST(CString, FindsAndEdits) {
   EXPECT_EQ(text, "abc");
   EXPECT_EQ(text.Insert(1, "--"), 5);
   EXPECT_EQ(text, "a--bc");
+  EXPECT_EQ(text.Replace("", "x"), 0);
+  EXPECT_EQ(CString("a-a").Replace("a", "bc"), 2);
   CString head("bc");
   EXPECT_EQ(head.Insert(-1, "a"), 3);
   EXPECT_EQ(head, "abc");
@@ -92,7 +97,7 @@ TEST(CString, WidensBytesWithoutASign) {
 TEST(CString, ConvertsUtf8BothWaysAndMarksWhatIsMalformed) {
   // The last two are the first and the last of two characters each.
   const std::string good =
-      "caf\xC3\xA9 \xE0\xA0\x80 \xE2\x82\xAC \xF0\x9F\x9B\xB0 \xF0\x90\x80\x80 \xF4\x8F\xBF\xBF";
+      "\xF0\x9F\x9B\xB0 caf\xC3\xA9 \xE0\xA0\x80 \xE2\x82\xAC \xF0\x90\x80\x80 \xF4\x8F\xBF\xBF";
   EXPECT_EQ(CString::FromUtf8(good).ToUtf8(), good);
   EXPECT_EQ(CString::FromUtf8("\xF0\x9F\x9B\xB0").GetLength(), 2);
   for (const char* bad : {"\x80", "\xC0\xAF", "\xE2\x82", "\xED\xA0\x80", "\xF5\x80\x80\x80"})

@@ -210,19 +210,6 @@ TEST(Simulator, KeepsToItsOptions) {
   EXPECT_EQ(Ask(*silent, "$PASHS,PEM,5|$PASHQ,PAR") + silent->Advance(60), "");
 }
 
-TEST(Simulator, NamesTheOptionItRefuses) {
-  const std::pair<std::function<void(Options&)>, const char*> refused[] = {
-      {[](Options& options) { options.rate_hz = 0; }, "rate_hz"},
-      {[](Options& options) { options.latitude = 91; }, "latitude"},
-      {[](Options& options) { options.longitude = std::nan(""); }, "longitude"},
-      {[](Options& options) { options.model = "csi"; }, R"("Ashtech" "CSI" "CSI - MAX")"}};
-  for (const auto& [change, name] : refused) {
-    Options options;
-    change(options);
-    EXPECT_TRUE(Has(ErrorOf([&] { MakeReceiver(options); }), name));
-  }
-}
-
 TEST(Simulator, ComplainsAboutWhatItsLanguageDoesNotKnow) {
   for (const std::string& model : Models()) {
     const auto receiver = Make(model);

@@ -198,7 +198,7 @@ TEST(Event, ThatIsSetOrClosedElsewhereReleasesWhoWaits) {
       Sleep(kShort);
       act(event);
     });
-    EXPECT_EQ(WaitForMultipleObjects(2, events, kLong), result);
+    EXPECT_EQ(WaitForMultipleObjects(2, events, INFINITE), result);
   }
   CloseHandle(events[0]);
 }
