@@ -34,7 +34,7 @@ double HeadingOfCourse(double course) {
   const double turned = (450.0 - course) * std::numbers::pi / 180.0;
   // Within two turns the remainder is a difference, which is exact as well.
   if (turned >= 0.0 && turned < 2.0 * kTwoPi) return turned < kTwoPi ? turned : turned - kTwoPi;
-  // At the end of what a double holds the product with π would be none.
+  // Near the largest double the product with π overflows.
   const double all = std::isfinite(turned) ? turned : (450.0 - course) / 180.0 * std::numbers::pi;
   const double angle = std::fmod(all, kTwoPi);
   return angle < 0.0 ? angle + kTwoPi : angle;
