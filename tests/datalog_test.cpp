@@ -11,6 +11,7 @@ namespace {
 class Log : public host::RinexLog {
  public:
   using CDataLog::m_strPort;
+  int GetNumEpochs() override { return 42; }
 };
 
 class DataLog : public testing::Test {
@@ -69,7 +70,7 @@ TEST_F(DataLog, MinutesElapsedPassOverWholeDays) {
     EXPECT_EQ(log.GetMinutesElapsed(), minutes) << seconds;
   }
   SetMessageBoxHandler([](const CString& text, BoxKind) { ADD_FAILURE() << text.ToUtf8(); });
-  EXPECT_EQ(log.GetStatusString(), "Num Epochs: 0, Time: 60 min.");
+  EXPECT_EQ(log.GetStatusString(), "Num Epochs: 42, Time: 60 min.");
   SetMessageBoxHandler(nullptr);
   EXPECT_EQ(Log().GetMinutesElapsed(), 0);
 }

@@ -147,6 +147,7 @@ struct Mortal : Hooked {
 TEST_F(FedRunTest, SurvivesACallbackThatDestroysTheEngine) {
   static bool gone;  // outlives a receiver that is kept for its callback to return into
   for (const bool destroys : {true, false}) {
+    gone = false;
     auto doomed = std::make_unique<CGPSEngine>();
     auto* const receiver = new Mortal(gone);
     EXPECT_TRUE(doomed->AddReceiver(receiver));

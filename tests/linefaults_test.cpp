@@ -89,6 +89,9 @@ TEST_F(EngineTest, ForgetsOldFixesAfterASilenceAndNotWhenTheClockIsSet) {
   clock.msAhead = 10000;
   EXPECT_FALSE(moves()) << "ten seconds without a record";
   EXPECT_TRUE(moves());
+  clock.msAhead = 30000;
+  for (const int second : {20, 21}) Sleep(20), Feed(FixAt(second));
+  EXPECT_TRUE(window.records.back().m_bVelocityValid) << "the host's bytes, once every ten seconds";
 }
 
 /// Signals of the host's, which come to its main thread twice a millisecond for as long as the object lives.

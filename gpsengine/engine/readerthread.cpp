@@ -100,7 +100,9 @@ bool CReaderThread::KeepAlive() {
 }
 
 void CReaderThread::ResetAfterSilence() {
-  if (CurrentClock().Milliseconds() - m_nLastData < kSilenceLimit) return;
+  const std::uint64_t now = CurrentClock().Milliseconds();
+  if (now - m_nLastData < kSilenceLimit) return;
+  m_nLastData = now;
   const Step step(*this);
   if (CGPSReceiver* const receiver = step.Receiver()) receiver->ResetSpeedEngine();
 }
