@@ -66,23 +66,26 @@ inline const char* FindAny(const char* bytes, const char* end, char a, char b, c
   return found == end ? nullptr : found;
 }
 
-inline bool ReadShortDecimal(std::u16string_view number, std::uint64_t& digits, int& fraction) {
+/// As `textscan::ReadShortDecimal`, of wide or of narrow text, in up to 16 characters.
+template <class View>
+bool ReadShortDecimal(View number, std::uint64_t& digits, int& fraction) {
   constexpr std::size_t kMost = 15;
+  if (number.size() > kMost + 1) return false;
   std::uint64_t all = 0;
-  std::size_t count = 0, before = number.size();
-  for (std::size_t i = 0; i < number.size() && count <= kMost; ++i) {
-    if (number[i] == u'.' && before == number.size()) {
-      before = i;
-    } else if (number[i] >= u'0' && number[i] <= u'9') {
-      all = all * 10 + (number[i] - u'0');
+  std::size_t count = 0, whole = kMost + 1;
+  for (const auto c : number) {
+    if (const auto digit = static_cast<unsigned>(c - '0'); digit < 10) {
+      all = all * 10 + digit;
       ++count;
+    } else if (c == '.' && whole > kMost) {
+      whole = count;
     } else {
       return false;
     }
   }
   if (count == 0 || count > kMost) return false;
   digits = all;
-  fraction = static_cast<int>(count - std::min(before, count));
+  fraction = static_cast<int>(count - std::min(whole, count));
   return true;
 }
 

@@ -50,4 +50,12 @@ bool ReadShortNumber(std::u16string_view number, const WCHAR* end, int& value);
 /// `start` is where the text begins that the number is a part of.
 bool ReadShortDecimal(std::u16string_view number, const WCHAR* start, std::uint64_t& digits, int& fraction);
 
+/// The number that it has read. The digits and their power of ten are exact in a double, so that it is the
+/// nearest one to their ratio.
+inline double ToDouble(std::uint64_t digits, int fraction) {
+  static constexpr double kPowersOfTen[] = {1e0, 1e1, 1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
+                                            1e8, 1e9, 1e10, 1e11, 1e12, 1e13, 1e14, 1e15};
+  return static_cast<double>(static_cast<std::int64_t>(digits)) / kPowersOfTen[fraction];
+}
+
 }  // namespace textscan

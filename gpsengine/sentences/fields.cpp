@@ -6,6 +6,7 @@
 #include <cmath>
 #include <cstdint>
 
+#include "gpsengine/platform/plainscan.h"
 #include "gpsengine/platform/textscan.h"
 
 namespace gps {
@@ -19,32 +20,6 @@ std::optional<T> Read(std::string_view field, Form... form) {
   const auto [stop, error] = std::from_chars(field.data(), end, value, form...);
   if (error != std::errc() || stop != end) return std::nullopt;
   return value;
-}
-
-constexpr double kPowersOfTen[] = {1e0, 1e1, 1e2,  1e3,  1e4,  1e5,  1e6, 1e7,
-                                   1e8, 1e9, 1e10, 1e11, 1e12, 1e13, 1e14};
-
-/// A number of few digits, with or without a point. They and their power of ten are exact in a double, so
-/// that it is the nearest one to their ratio. False for any other.
-bool ReadPlain(std::string_view field, double& value) {
-  constexpr std::size_t kExactDigits = 15;
-  if (field.size() > kExactDigits) return false;
-  std::uint64_t number = 0;
-  std::size_t digits = 0, whole = kExactDigits;
-  for (const char c : field) {
-    if (const auto digit = static_cast<unsigned>(c - '0'); digit < 10) {
-      number = number * 10 + digit;
-      ++digits;
-    } else if (c == '.' && whole == kExactDigits) {
-      whole = digits;
-    } else {
-      return false;
-    }
-  }
-  if (digits == 0) return false;
-  value =
-      static_cast<double>(static_cast<std::int64_t>(number)) / kPowersOfTen[digits - std::min(whole, digits)];
-  return true;
 }
 
 int HexDigit(char c) {
@@ -89,7 +64,9 @@ std::optional<int> WholeOf(std::string_view field, int base) {
 }
 
 std::optional<double> NumberOf(std::string_view field) {
-  if (double plain = 0.0; ReadPlain(field, plain)) return plain;
+  std::uint64_t digits = 0;
+  int fraction = 0;
+  if (textscan::plain::ReadShortDecimal(field, digits, fraction)) return textscan::ToDouble(digits, fraction);
   const auto value = Read<double>(field, std::chars_format::fixed);
   return value && std::isfinite(*value) ? value : std::nullopt;
 }

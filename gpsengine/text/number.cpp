@@ -41,9 +41,6 @@ bool IsTooLarge(const std::string& number) {
   return exponent > -digits;
 }
 
-constexpr double kPowersOfTen[] = {1e0, 1e1, 1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
-                                   1e8, 1e9, 1e10, 1e11, 1e12, 1e13, 1e14, 1e15};
-
 }  // namespace
 
 bool ParseInt(std::u16string_view text, int* result) {
@@ -78,8 +75,7 @@ bool ParseShortDecimal(std::u16string_view number, const WCHAR* start, double& v
   std::uint64_t digits = 0;
   int fraction = 0;
   if (!textscan::ReadShortDecimal(number, start, digits, fraction)) return false;
-  // Both are exact in a double, as in the long way.
-  value = static_cast<double>(static_cast<std::int64_t>(digits)) / kPowersOfTen[fraction];
+  value = textscan::ToDouble(digits, fraction);
   return true;
 }
 
