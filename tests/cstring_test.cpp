@@ -135,7 +135,7 @@ TEST(TextScan, FindsACharacterWhereverItStandsAndNoneBeyondTheEnd) {
       const std::string bytes(text.begin(), text.end());
       const char* const start = bytes.data();
       const char* const found = place < length ? start + place : nullptr;
-      EXPECT_EQ(textscan::FindNear(start, start + length, '*'), found) << length << ' ' << place;
+      EXPECT_EQ(textscan::Find(start, start + length, '*'), found) << length << ' ' << place;
       EXPECT_EQ(textscan::FindAny(start, start + length, '-', '*', '-'), found) << length << ' ' << place;
     }
   }

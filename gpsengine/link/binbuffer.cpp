@@ -180,7 +180,7 @@ bool CBinBuffer::FindOem() {
 const char* CBinBuffer::FirstComma() {
   const bool known = m_nCurrent >= m_nNoComma && m_nCurrent < m_nNoCommaEnd;
   const int from = known ? m_nNoCommaEnd : m_nCurrent;
-  const char* const comma = textscan::FindNear(GetPtr(from), GetPtr(m_nLength), ',');
+  const char* const comma = textscan::Find(GetPtr(from), GetPtr(m_nLength), ',');
   m_nNoComma = m_nCurrent;
   m_nNoCommaEnd = comma == nullptr ? m_nLength : static_cast<int>(comma - m_Bytes.data());
   return comma;
@@ -203,7 +203,7 @@ bool CBinBuffer::FindHead(Head& head) {
   }
   // A sentence with a single comma waits for the next one, be it that of a later sentence: only then can it
   // be told from a binary record, whose kind is its second field.
-  const char* const second = textscan::FindNear(first + 1, end, ',');
+  const char* const second = textscan::Find(first + 1, end, ',');
   if (second == nullptr) return false;
   head.tag = {start, first};
   head.subTag = {first + 1, second};
@@ -231,7 +231,7 @@ int CBinBuffer::TextLength() const {
   const char* const start = GetPtr(m_nCurrent);
   const char* const buffer_end = GetPtr(m_nLength);
   const char* const end = *start == '#' ? textscan::FindAny(start + 1, buffer_end, '#', kTextEnd, kTextEnd)
-                                        : textscan::FindNear(start, buffer_end, kTextEnd);
+                                        : textscan::Find(start, buffer_end, kTextEnd);
   if (end == nullptr) return 0;
   return static_cast<int>(end - start) + (*end == kTextEnd);
 }
@@ -268,6 +268,6 @@ CString* CBinBuffer::Mid2(int start, int wanted) const {
 
 int CBinBuffer::Find(char c, int start) const {
   if (start < 0 || start >= m_nLength) return -1;
-  const char* found = textscan::FindNear(GetPtr(start), GetPtr(m_nLength), c);
+  const char* found = textscan::Find(GetPtr(start), GetPtr(m_nLength), c);
   return found == nullptr ? -1 : static_cast<int>(found - m_Bytes.data());
 }

@@ -30,7 +30,7 @@ CString::CString(const WCHAR* psz) : CString(psz, Length(psz)) {}
 CString::CString(const char* p, int length) : CString() {
   if (p == nullptr || length <= 0) return;
   WCHAR* text = GetBuffer(length);
-  textscan::Widen(p, length, text);
+  textscan::WidenText(p, length, text);
   ReleaseBuffer(length);
 }
 

@@ -6,7 +6,6 @@
 #include <cmath>
 #include <cstdint>
 
-#include "gpsengine/platform/plainscan.h"
 #include "gpsengine/platform/textscan.h"
 
 namespace gps {
@@ -66,7 +65,7 @@ std::optional<int> WholeOf(std::string_view field, int base) {
 std::optional<double> NumberOf(std::string_view field) {
   std::uint64_t digits = 0;
   int fraction = 0;
-  if (textscan::plain::ReadShortDecimal(field, digits, fraction)) return textscan::ToDouble(digits, fraction);
+  if (textscan::ReadPlainDecimal(field, digits, fraction)) return textscan::ToDouble(digits, fraction);
   const auto value = Read<double>(field, std::chars_format::fixed);
   return value && std::isfinite(*value) ? value : std::nullopt;
 }
