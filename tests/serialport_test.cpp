@@ -321,7 +321,11 @@ class PeerClock : public Clock {
     if (block(0)) return true;
     m_nNow += std::min(ms, m_nPace);
     m_Peer();
-    return block(ms > m_nPace ? ms : 0);
+    // In short pieces: a pseudo-terminal may become writable without waking who waits for that.
+    for (DWORD waited = 0; ms > m_nPace && waited < ms; ++waited) {
+      if (block(1)) return true;
+    }
+    return block(0);
   }
 
  private:
