@@ -20,14 +20,13 @@ namespace {
 
 namespace fs = std::filesystem;
 
-std::vector<std::string> LinesOf(std::string_view text) {
+std::vector<std::string> LinesOf(std::string text) {
+  std::replace(text.begin(), text.end(), '\r', '\n');
+  std::istringstream stream(text);
   std::vector<std::string> lines;
-  while (true) {
-    text.remove_prefix(std::min(text.find_first_not_of("\r\n"), text.size()));
-    if (text.empty()) return lines;
-    lines.emplace_back(text.substr(0, text.find_first_of("\r\n")));
-    text.remove_prefix(lines.back().size());
-  }
+  for (std::string line; std::getline(stream, line);)
+    if (!line.empty()) lines.push_back(line);
+  return lines;
 }
 
 class Seeds {

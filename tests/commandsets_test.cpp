@@ -205,23 +205,16 @@ constexpr CommandRow kCommands[] = {
     {kGsr, "beacon", "RTKSOURCE AUTO ANY 100; PSRDIFFSOURCE AUTO ANY 100; SBASCONTROL ENABLE AUTO 100"},
     {kGsr, "beacon auto|beacon rate", "@beacon"},
     {kGsr, "datum lines", "UNDULATION TABLE 100; DATUM WGS84 100"},
-    {kGsr, "none",
-     "@datum lines; RTKSOURCE NONE 100; PSRDIFFSOURCE NONE 100; SBASCONTROL DISABLE AUTO 100; SAVECONFIG "
-     "2000"},
-    {kGsr, "beacons", "@datum lines; @beacon; SAVECONFIG 2000"},
-    {kGsr, "lband",
-     "@datum lines; RTKSOURCE OMNISTAR 100; PSRDIFFSOURCE NONE 100; SBASCONTROL DISABLE AUTO 100; SAVECONFIG "
-     "2000"},
+    {kGsr, "save", "SAVECONFIG 2000"},
+    {kGsr, "no sbas", "SBASCONTROL DISABLE AUTO 100; @save"},
+    {kGsr, "none", "@datum lines; RTKSOURCE NONE 100; PSRDIFFSOURCE NONE 100; @no sbas"},
+    {kGsr, "beacons", "@datum lines; @beacon; @save"},
+    {kGsr, "lband", "@datum lines; RTKSOURCE OMNISTAR 100; PSRDIFFSOURCE NONE 100; @no sbas"},
     {kGsr, "waas",
-     "@datum lines; RTKSOURCE NONE 100; PSRDIFFSOURCE NONE 100; SBASCONTROL ENABLE AUTO 100; SAVECONFIG "
-     "2000"},
-    {kGsr, "cdgps",
-     "@datum lines; PSRDIFFSOURCE CDGPS 100; RTKSOURCE NONE 100; SBASCONTROL DISABLE AUTO 100; SAVECONFIG "
-     "2000"},
-    {kGsr, "omnistar",
-     "@datum lines; PSRDIFFSOURCE OMNISTAR 100; RTKSOURCE NONE 100; SBASCONTROL DISABLE AUTO 100; SAVECONFIG "
-     "2000"},
-    {kGsr, "unknown", "@datum lines; SAVECONFIG 2000"},
+     "@datum lines; RTKSOURCE NONE 100; PSRDIFFSOURCE NONE 100; SBASCONTROL ENABLE AUTO 100; @save"},
+    {kGsr, "cdgps", "@datum lines; PSRDIFFSOURCE CDGPS 100; RTKSOURCE NONE 100; @no sbas"},
+    {kGsr, "omnistar", "@datum lines; PSRDIFFSOURCE OMNISTAR 100; RTKSOURCE NONE 100; @no sbas"},
+    {kGsr, "unknown", "@datum lines; @save"},
     {kGsr, "datum",
      "USERDATUM 6378137 298.257222101 -.9910 1.9072 .5129 .000000125033 .0000000467845 .0000000565292 0  "
      "100; datum user 100; UNDULATION USER -1.09 100; SAVECONFIG 1000"},

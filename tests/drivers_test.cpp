@@ -151,14 +151,6 @@ TEST_F(CsiDriver, GoesOnWithAResetThatIsNotAcknowledgedAndSaysSo) {
   EXPECT_EQ(Steps(resetWithAck), refused.substr(0, refused.size() - 5) + "true");
 }
 
-TEST_F(CsiDriver, AsksForItsParameters) {
-  EXPECT_EQ(Steps(&CCSI::QueryPAR), R"(write "$PASHQ,PAR\r\n"; wait 500)");
-}
-
-TEST_F(StarlinkDriver, AsksForItsParameters) {
-  EXPECT_EQ(Steps(&CStarlink::QueryPAR), R"(write "$PSLIQ,PAR\r\n"; wait 500)");
-}
-
 TEST_F(CsiDriver, OpensThePortForAResetAndFailsIfItCannot) {
   const std::string whole = Steps(reset);
   EXPECT_TRUE(whole.ends_with("result true")) << whole;

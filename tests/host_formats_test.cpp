@@ -101,19 +101,19 @@ TEST(HostText, WritesInTheUnitsAndAnglesThatAreAskedFor) {
 }
 
 TEST(HostJsonWriter, RoundsFixedDecimals) {
-  constexpr std::tuple<double, int, const char*> cases[] = {{1.0049, 2, "1.00"},
-                                                            {-1.005, 1, "-1.0"},
-                                                            {-0.0004, 3, "0.000"},
-                                                            {0.05, 1, "0.1"},
-                                                            {-0.96, 1, "-1.0"},
-                                                            {7.0, 0, "7"},
-                                                            {1e20, 1, "100000000000000000000.0"},
-                                                            {-87.06808, 9, "-87.068080000"}};
-  for (const auto& [value, decimals, text] : cases) {
-    std::string out;
+  std::string out;
+  for (const auto& [value, decimals] : {std::pair(1.0049, 2),
+                                        {-1.005, 1},
+                                        {-0.0004, 3},
+                                        {0.05, 1},
+                                        {-0.96, 1},
+                                        {7.0, 0},
+                                        {1e20, 1},
+                                        {-87.06808, 9}}) {
     AppendFixed(out, value, decimals);
-    EXPECT_EQ(out, text);
+    out += ' ';
   }
+  EXPECT_EQ(out, "1.00 -1.0 0.000 0.1 -1.0 7 100000000000000000000.0 -87.068080000 ");
 }
 
 TEST(HostMoment, GivesATimeOfDayTheNearestDate) {

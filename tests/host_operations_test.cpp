@@ -1,3 +1,4 @@
+#include "gpsengine/face/commands.h"
 #include "gpsengine/face/models.h"
 #include "gpsengine/face/rawoutput.h"
 #include "gpsengine/face/rehearse.h"
@@ -11,17 +12,7 @@ using namespace host;
 namespace {
 
 class HostOperations : public testing::Test {
- protected:
-  /// The steps and the result of an operation, its words as a user writes them.
-  static std::string Steps(const std::string& model, const std::string& call) {
-    std::vector<std::string> words = Split(call, ' ');
-    const Operation& operation = FindOperation(words[0]);
-    words.erase(words.begin());
-    const auto transcript =
-        Rehearse(model, operation, Prepare(operation, Arguments{std::move(words), false}));
-    return transcript.Text() + NameOf(transcript.result);
-  }
-
+ private:
   CWinApp app_{"gpsengine-test"};
 };
 
@@ -121,10 +112,10 @@ TEST_F(HostOperations, SayWhyALogOfRawDataIsEmptyByTheModel) {
 }
 
 TEST_F(HostOperations, LeaveNothingBehindWhenTheyAreRehearsed) {
-  const std::string before = Steps("Sokkia Axis3", "gga-only");
+  const std::string before = gps::rehearse("Sokkia Axis3", "gga-only").Text();
   for (const char* seconds : {"0.2", "1"}) {
-    EXPECT_NE(Steps("CSI - MAX", std::string("raw-interval ") + seconds), "false");
-    EXPECT_EQ(Steps("Sokkia Axis3", "gga-only"), before) << seconds;
+    EXPECT_EQ(gps::rehearse("CSI - MAX", "raw-interval", {seconds}).result, Result::yes);
+    EXPECT_EQ(gps::rehearse("Sokkia Axis3", "gga-only").Text(), before) << seconds;
   }
 }
 

@@ -163,16 +163,8 @@ TEST_F(HostRinex, WritesAnEphemerisOnceAndInRadians) {
 }
 
 rawdata::SignalObservation Signal(char system, int satellite, const char* code, double cn0) {
-  return {system,
-          satellite,
-          {code[0], code[1]},
-          2e7 + satellite,
-          1e8 + satellite,
-          -1000.0 - satellite,
-          cn0,
-          false,
-          false,
-          {}};
+  const double range = 2e7 + satellite, phase = 1e8 + satellite, doppler = -1000.0 - satellite;
+  return {system, satellite, {code[0], code[1]}, range, phase, doppler, cn0, false, false, {}};
 }
 
 constexpr RinexKind kManySignals{.in_decibels = true, .systems = 7, .more_than_l1_ca = true};

@@ -29,12 +29,6 @@ std::string Summed(std::string block) {
   return block;
 }
 
-std::uint32_t WordAt(const std::string& block, std::size_t at) {
-  std::uint32_t word = 0;
-  std::memcpy(&word, &block[at], sizeof word);
-  return word;
-}
-
 simulator::World TheWorld() {
   return simulator::World(simulator::Options());
 }
@@ -214,9 +208,10 @@ TEST(RawData, RefusesASoundBlockOfWhatCannotBe) {
     EXPECT_EQ(read.long_fit, word == 0x2000);
   }
   // Word 3 has the index of the accuracy in the four bits from 14 up.
-  const std::uint32_t third = WordAt(ephemeris, 16 + 8) & ~(15U << 14);
+  std::uint32_t third = 0;
+  std::memcpy(&third, &ephemeris[16 + 8], sizeof third);
   for (const auto& [index, metres] : {std::pair(6U, 16.0), {7U, 32.0}, {15U, 8192.0}}) {
-    ASSERT_TRUE(DecodeEphemeris(with(ephemeris, 16 + 8, third | index << 14), read));
+    ASSERT_TRUE(DecodeEphemeris(with(ephemeris, 16 + 8, (third & ~(15U << 14)) | index << 14), read));
     EXPECT_EQ(read.accuracy, metres);
   }
   for (const unsigned bit : {29U, 28U}) {

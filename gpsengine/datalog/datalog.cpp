@@ -1,9 +1,7 @@
 #include "gpsengine/datalog/datalog.h"
 
 #include <ctime>
-#include <iterator>
 
-#include "gpsengine/platform/messagebox.h"
 #include "gpsengine/platform/resource.h"
 
 namespace {
@@ -16,13 +14,6 @@ constexpr const char* kMonths[] = {"Jan", "Feb", "Mar", "Apr", "May", "Jun",
 CString UpToFirstDot(const CString& name) {
   const int dot = name.Find(u'.');
   return dot < 0 ? name : name.Left(dot);
-}
-
-CString LoadText(UINT id) {
-  WCHAR text[128];
-  const int length = LoadStringW(id, text, static_cast<int>(std::size(text)));
-  if (length == 0) AfxMessageBox("Error loading resource string.");
-  return CString(text, length);
 }
 
 }  // namespace

@@ -48,10 +48,6 @@ constinit const CGPSDriver CCSI::s_Driver = {
     .setElevMask = kElevMask,
 };
 
-void CCSI::QueryPAR() {
-  Write(kQueryPar);
-}
-
 bool CCSI::ResetAll(bool wait_for_ack) {
   return Initialize() && m_Port.IsOpen() && WriteAck(kReset, wait_for_ack);
 }

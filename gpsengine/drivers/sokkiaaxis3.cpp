@@ -125,7 +125,3 @@ void CSokkiaAxis3::SetDgpsMode(DgpsMode mode) {
   if (mode >= 0 && mode < static_cast<int>(std::size(kSources))) WriteRegardless(kSources[mode]);
   WriteRegardless(kSave);
 }
-
-void CSokkiaAxis3::QueryJSHOW() {
-  Write(kQuerySettings);
-}

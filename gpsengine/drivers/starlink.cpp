@@ -33,10 +33,6 @@ constinit const CGPSDriver CStarlink::s_Driver = {
     .setElevMask = kElevMask,
 };
 
-void CStarlink::QueryPAR() {
-  Write(kQueryPar);
-}
-
 bool CStarlink::ResetAll(bool) {
   if (!Initialize() || !m_Port.IsOpen() || IsStopping()) return false;
   const CNoStop until_sentences_are_on;

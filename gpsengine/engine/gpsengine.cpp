@@ -9,7 +9,6 @@
 #include "gpsengine/engine/readerthread.h"
 #include "gpsengine/engine/run.h"
 #include "gpsengine/platform/clock.h"
-#include "gpsengine/platform/messagebox.h"
 #include "gpsengine/platform/resource.h"
 #include "gpsengine/platform/trace.h"
 #include "gpsengine/receiver/post.h"
@@ -23,7 +22,6 @@ constexpr DWORD kLongestStop = 1000;
 
 constexpr UINT kFirstErrorText = 14;
 constexpr UINT kUnknownErrorText = 18;
-constexpr int kTextBuffer = 128;
 
 // Receivers that a host callback still has to return into, at an unknown time: never deleted.
 void KeepForGood(std::vector<std::unique_ptr<CGPSReceiver>> receivers) {
@@ -136,11 +134,7 @@ void CGPSEngine::EndRun() {
 
 CString CGPSEngine::GetLastErrorString() const {
   const bool known = m_nLastError >= GPS_ENGINE_OK && m_nLastError <= GPS_ENGINE_THREAD_FAILED;
-  WCHAR text[kTextBuffer];
-  const int length = LoadStringW(
-      known ? kFirstErrorText + static_cast<UINT>(m_nLastError) : kUnknownErrorText, text, kTextBuffer);
-  if (length == 0) AfxMessageBox("Error loading resource string.");
-  return CString(text, length);
+  return LoadText(known ? kFirstErrorText + static_cast<UINT>(m_nLastError) : kUnknownErrorText);
 }
 
 // The scope of an update: prevents nested updates, and leaves the stream ready for the next bytes on every

@@ -16,8 +16,7 @@ bool IsFile(const CString& path) {
 }
 
 CString CannotPlay(const CString& path) {
-  WCHAR buffer[128];
-  CString text(buffer, LoadStringW(kCannotPlayText, buffer, 128));
+  CString text = LoadText(kCannotPlayText);
   text.Replace("%s", path);
   return text;
 }

@@ -16,13 +16,8 @@ constexpr DWORD kPace = 100;  // so that a burst of sentences is read in one go
 constexpr std::uint64_t kSilenceLimit = 10000;
 constexpr UINT kCannotRecordText = 11;
 
-void SetReadTimeouts(HANDLE port, DWORD ms_first_byte) {
-  const COMMTIMEOUTS timeouts{MAXDWORD, MAXDWORD, ms_first_byte, 0, 0};
-  SetCommTimeouts(port, &timeouts);
-}
-
 int ReadWithin(HANDLE port, char* data, int max, DWORD ms) {
-  SetReadTimeouts(port, ms);
+  SetFirstByteTimeout(port, ms);
   DWORD count = 0;
   ReadFile(port, data, static_cast<DWORD>(max), &count);
   return static_cast<int>(count);
@@ -134,8 +129,7 @@ void CReaderThread::OpenRecording() {
   if (const Step step(*this); step) path = step->m_strRecordFile;
   m_bRecording = m_Recording.Open(path.GetString(), CFile::modeCreate | CFile::modeWrite) != 0;
   if (m_bRecording) return;
-  WCHAR text[128];
-  AfxMessageBox(CString(text, LoadStringW(kCannotRecordText, text, 128)));
+  AfxMessageBox(LoadText(kCannotRecordText));
   GiveUpRecording();
 }
 

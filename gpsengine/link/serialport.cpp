@@ -217,12 +217,6 @@ bool CSerialPort::Write(const void* bytes, int length) {
   return written == static_cast<DWORD>(length);
 }
 
-// Later reads return at once with what is available, or wait this long for a first byte.
-void CSerialPort::SetReadTimeouts(DWORD ms_first_byte) {
-  const COMMTIMEOUTS timeouts{MAXDWORD, MAXDWORD, ms_first_byte, 0, 0};
-  SetCommTimeouts(m_hPort, &timeouts);
-}
-
 int CSerialPort::ReadSome(char* bytes, int max) {
   DWORD count = 0;
   ReadFile(m_hPort, bytes, static_cast<DWORD>(max), &count);
@@ -240,10 +234,10 @@ bool CSerialPort::ReadBytes(std::vector<BYTE>& bytes, bool& cancel) {
   if (cancel) return false;
   bytes.assign(1 + kReadMax, 0);
   char* data = reinterpret_cast<char*>(bytes.data());
-  SetReadTimeouts(static_cast<DWORD>(m_nTimeout.Get()));
+  SetFirstByteTimeout(m_hPort, static_cast<DWORD>(m_nTimeout.Get()));
   int count = ReadSome(data, 1);
   if (count > 0) {
-    SetReadTimeouts(kFollowTime);
+    SetFirstByteTimeout(m_hPort, kFollowTime);
     count += ReadSome(data + 1, kReadMax);
   }
   bytes.resize(static_cast<std::size_t>(count));
@@ -251,7 +245,7 @@ bool CSerialPort::ReadBytes(std::vector<BYTE>& bytes, bool& cancel) {
 }
 
 bool CSerialPort::ReadByte(char* byte) {
-  SetReadTimeouts(kFollowTime);
+  SetFirstByteTimeout(m_hPort, kFollowTime);
   return ReadSome(byte, 1) == 1;
 }
 
@@ -310,7 +304,7 @@ bool CSerialPort::ReadUntilAny(CString& text, bool& cancel, CString terminators)
   constexpr DWORD kNextByteTime = 100;
   text.Empty();
   const auto timeout = static_cast<DWORD>(m_nTimeout.Get());
-  SetReadTimeouts(timeout);
+  SetFirstByteTimeout(m_hPort, timeout);
   CTicks ticks;
   const DWORD start = ticks.GetTicks();
   for (bool first = true; !cancel;) {
@@ -323,7 +317,7 @@ bool CSerialPort::ReadUntilAny(CString& text, bool& cancel, CString terminators)
     }
     text += TextOf(&byte, 1);
     if (text.FindOneOf(terminators) >= 0) return true;
-    if (std::exchange(first, false)) SetReadTimeouts(kNextByteTime);
+    if (std::exchange(first, false)) SetFirstByteTimeout(m_hPort, kNextByteTime);
   }
   return false;
 }
@@ -337,9 +331,9 @@ bool CSerialPort::ReadReply(CString& text, bool& cancel, CString terminators, CS
   constexpr DWORD kGrace = 500;
   char piece[kPiece];
   const auto timeout = static_cast<DWORD>(m_nTimeout.Get());
-  SetReadTimeouts(timeout);
+  SetFirstByteTimeout(m_hPort, timeout);
   if (ReadSome(piece, 1) != 1) return false;
-  SetReadTimeouts(kFollowTime);
+  SetFirstByteTimeout(m_hPort, kFollowTime);
   text = TextOf(piece, 1);
   CTicks ticks;
   const DWORD start = ticks.GetTicks();

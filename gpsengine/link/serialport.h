@@ -91,9 +91,7 @@ class CSerialPort {
   bool ReadReply(CString& text, bool& bCancel, CString terminators, CString pattern, CString altPattern);
 
  private:
-  void SetReadTimeouts(DWORD msFirstByte);
   int ReadSome(char* pData, int nMax);
-  DCB Settings(const DCB& base) const;
 
   mutable std::mutex m_Mutex;  // the settings and the name; not held during I/O or waits
   DCB m_DCB;

@@ -4,6 +4,8 @@
 #include <iterator>
 #include <string_view>
 
+#include "gpsengine/platform/messagebox.h"
+
 namespace {
 
 struct StringResource {
@@ -46,6 +48,13 @@ int LoadStringW(UINT id, WCHAR* buffer, int size) {
   std::copy_n(entry->text.data(), length, buffer);
   buffer[length] = 0;
   return length;
+}
+
+CString LoadText(UINT id) {
+  WCHAR text[128];
+  const int length = LoadStringW(id, text, static_cast<int>(std::size(text)));
+  if (length == 0) AfxMessageBox("Error loading resource string.");
+  return CString(text, length);
 }
 
 const DialogTemplate* FindDialogTemplate(UINT id) {

@@ -1,12 +1,14 @@
 #pragma once
 
-#include "gpsengine/platform/types.h"
+#include "gpsengine/platform/cstring.h"
 
 #pragma GCC visibility push(default)
 
 /// Copies entry `nId` of the library's string table, truncated to `nBuffer` - 1 characters. Returns the
 /// length, 0 if there is no such entry.
 int LoadStringW(UINT nId, WCHAR* pBuffer, int nBuffer);
+/// The same as a text. A message box tells of an entry that is missing.
+CString LoadText(UINT nId);
 
 /// The contents of a dialog template, for a host that wants to show it.
 struct DialogTemplate {

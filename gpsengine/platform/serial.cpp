@@ -154,6 +154,11 @@ bool SetCommTimeouts(HANDLE handle, const COMMTIMEOUTS* timeouts) {
   return port != nullptr;
 }
 
+void SetFirstByteTimeout(HANDLE handle, DWORD ms) {
+  const COMMTIMEOUTS timeouts{MAXDWORD, MAXDWORD, ms, 0, 0};
+  SetCommTimeouts(handle, &timeouts);
+}
+
 bool ClearCommError(HANDLE handle, DWORD* errors, COMSTAT* stat) {
   const auto port = FindObject<OpenPort>(handle);
   if (!port) return false;

@@ -120,6 +120,8 @@ bool SetupComm(HANDLE hPort, DWORD nInQueue,
 bool PurgeComm(HANDLE hPort, DWORD nFlags);
 /// Applies to later reads. False if the handle is not an open port.
 bool SetCommTimeouts(HANDLE hPort, const COMMTIMEOUTS* pTimeouts);
+/// Later reads return at once with what has arrived, or else wait up to `ms` for a first byte.
+void SetFirstByteTimeout(HANDLE hPort, DWORD ms);
 /// Reports unread bytes, and the line errors since the last call. False if the handle is not an open port.
 bool ClearCommError(HANDLE hPort, DWORD* pErrors, COMSTAT* pStat);
 /// Switches the break condition. False if not supported.
