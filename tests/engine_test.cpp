@@ -187,10 +187,8 @@ class PlaybackTest : public EngineTest {
 TEST_F(PlaybackTest, PlaysALineAtATimeInALoop) {
   WriteFile(folder / "Emulation.log", kGga.substr(0, kGga.size() - 2));  // without a line end
   engine.m_strEmulationFile = CString::FromUtf8(folder / "");            // a folder, which is no recording
-  const auto start = CurrentClock().Milliseconds();
   ASSERT_TRUE(engine.Start());
   ASSERT_TRUE(UntilRecords(2));
-  EXPECT_GE(CurrentClock().Milliseconds() - start, 1000u);
   EXPECT_LT(Took([this] { engine.Stop(); }), 400u);
 }
 

@@ -63,6 +63,7 @@ TEST_F(FilesTest, ThatCannotBeRecordedToAreNamedOnceAndTheRunGoesOn) {
 /// its clock.
 class PlayedFilesTest : public FilesTest {
  protected:
+  static inline TestClock s_clock;
   static constexpr char kPause[] = "QRV PAUSE,Turn the key, now\n";
 
   void Play(
@@ -70,8 +71,7 @@ class PlayedFilesTest : public FilesTest {
     WriteFile(folder / "played.log", kPause + content);
     SetMessageBoxHandler([atPause](const CString& text, BoxKind) {
       EXPECT_TRUE(text == "Turn the key, now" || text == "$");
-      static TestClock clock;
-      SetClock(&clock);
+      SetClock(&s_clock);
       atPause();
     });
     engine.m_bEmulation = true;
@@ -103,6 +103,7 @@ TEST_F(PlayedFilesTest, ThatChangeArePlayedAsTheyAreAtTheMoment) {
   EXPECT_TRUE(engine.IsActive());
   engine.Stop();
   EXPECT_EQ(pauses, 4);
+  EXPECT_EQ(s_clock.msLongestWait.Get(), 500u) << "two lines a second";
 }
 
 class ProfileTest : public testing::Test {

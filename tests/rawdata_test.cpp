@@ -174,6 +174,7 @@ TEST(RawData, RefusesASoundBlockOfWhatCannotBe) {
   const std::string ranges = Blocks(kObservations[1], 1).at(0), orbit = Blocks(kEphemerides[2], 1).at(0);
   for (const auto& [type, taken] : types)
     EXPECT_EQ(DecodeObservations(oem_with(ranges, 6, type), history, epoch), taken) << int{type};
+  EXPECT_FALSE(DecodeObservations(oem_with(ranges, 14, std::uint16_t{0}), history, epoch)) << "no week";
 
   const std::string compressed = Blocks(kObservations[2], 1).at(0);
   ASSERT_TRUE(DecodeObservations(WordsOf(compressed), history, epoch));
@@ -302,11 +303,11 @@ TEST(RawData, KnowsGpsAndSbasInABlockOfTwelveChannels) {
     for (std::size_t channel = 0; channel < 11; ++channel) changed[20 + 24 * channel] = 0;
     changed.replace(20 + 24 * 11, 24, block, 20, 24);
     changed[20 + 24 * 11] = satellite;
-    changed[21 + 24 * 11] = 0;
+    changed[21 + 24 * 11] = *name == 'G';  // the strength
     PhaseHistory history;
     ObservationEpoch epoch;
     EXPECT_EQ(DecodeObservations(WordsOf(Summed(changed)), history, epoch), *name != '\0');
-    EXPECT_TRUE(epoch.signals.empty() || epoch.signals[0].cn0 == 0.0) << "no strength is told";
+    EXPECT_TRUE(epoch.signals.empty() || (epoch.signals[0].cn0 == 0.0) == (*name != 'G'));
     EXPECT_EQ(NamesOf(epoch), name);
   }
 }

@@ -77,8 +77,9 @@ TEST_F(SatelliteTest, TakesNothingOnTrustInAGsv) {
                                "$GPGSV,-1,-1,-5,1,1,1,1", "$GPGSV,2147483646,1,12,01,40,083,46", "$GPGSV",
                                "$GPGSV,,,,", "$GPGSV,1,1"})
     FeedSentence(sentence);
-  EXPECT_TRUE(FeedSentence("$GPGSV,1,1,03,41,40,083,,42,,090,45,43,45,090,45"));
+  EXPECT_TRUE(FeedSentence("$GPGSV,1,1,03,41,40,361,,42,,090,45,43,45,090,45"));
   EXPECT_EQ(Find(41)->m_nSNR, 0);
+  EXPECT_DOUBLE_EQ(Find(41)->m_dAzimuth, 361 * kDegree);
   EXPECT_EQ(Find(42), nullptr) << "an empty elevation ends the sentence";
   EXPECT_EQ(Find(43), nullptr);
   EXPECT_FALSE(FeedSentence("$GPGSA,A,1,,,,")) << "short but valid";
