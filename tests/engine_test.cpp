@@ -98,7 +98,7 @@ TEST_F(LiveEngineTest, BringsALiveReceiversRecordsToTheWindow) {
   ASSERT_TRUE(UntilRecords(2));
   EXPECT_DOUBLE_EQ(window.records[0].m_dLatitude, 0.8398053121698675);
   EXPECT_TRUE(Until([this] { return engine.m_bGotData.Get(); }));
-  engine.Stop();
+  engine.SetReceiver(engine.GetReceiver());
   EXPECT_FALSE(engine.IsActive());
   terminal.Send(kGga);
   ASSERT_TRUE(engine.Resume());
@@ -126,12 +126,6 @@ TEST_F(LiveEngineTest, StopsAtOnceOnASilentLineAndOnALostOne) {
     EXPECT_LT(Took([this] { engine.Stop(); }), 500u);
     EXPECT_TRUE(lost || terminal.Receive(1, std::chrono::milliseconds(20)).empty()) << "no keep-alive";
   }
-}
-
-TEST_F(LiveEngineTest, StopsWhenAnotherReceiverIsSelected) {
-  ASSERT_TRUE(engine.Start());
-  engine.SetReceiver(engine.FindReceiver("CSI"));
-  EXPECT_FALSE(engine.IsActive());
 }
 
 TEST_F(EngineTest, SwitchesRawDataOffWhenItGoesWhileItRuns) {
@@ -171,41 +165,6 @@ TEST_F(LiveEngineTest, MayBeStoppedAndCommandedFromACallback) {
   terminal.Send(kGga);
   ASSERT_TRUE(UntilRecords(1));
   EXPECT_TRUE(Until([this] { return !engine.IsActive(); }));
-}
-
-class PlaybackTest : public EngineTest {
- protected:
-  PlaybackTest() {
-    engine.m_bEmulation = true;
-    engine.m_strEmulationDir = CString::FromUtf8(folder / "");
-  }
-  ~PlaybackTest() override { engine.Stop(); }
-
-  const TemporaryFolder folder;
-};
-
-TEST_F(PlaybackTest, PlaysALineAtATimeInALoop) {
-  WriteFile(folder / "Emulation.log", kGga.substr(0, kGga.size() - 2));  // without a line end
-  engine.m_strEmulationFile = CString::FromUtf8(folder / "");            // a folder, which is no recording
-  ASSERT_TRUE(engine.Start());
-  ASSERT_TRUE(UntilRecords(2));
-  EXPECT_LT(Took([this] { engine.Stop(); }), 400u);
-}
-
-TEST_F(PlaybackTest, NamesTheFileThatItCannotPlayAndStops) {
-  const PseudoTerminal terminal;
-  MapComPort(kPort, CString::FromUtf8(terminal.Name()));
-  CGPSReceiver& receiver = *engine.GetReceiver();
-  SetMessageBoxHandler([&](const CString& text, BoxKind) {
-    boxes.push_back(text.ToUtf8());
-    EXPECT_TRUE(receiver.Initialize());
-  });
-  ASSERT_TRUE(engine.Start());
-  EXPECT_TRUE(Until([&] { return !engine.IsActive() && receiver.GetPortHandle() == INVALID_HANDLE_VALUE; }))
-      << "a port that was opened meanwhile is closed";
-  engine.Stop();
-  EXPECT_EQ(boxes, std::vector<std::string>{"Unable to open the emulation file: '" + (folder / "") +
-                                            "Emulation.log'."});
 }
 
 TEST_F(LiveEngineTest, CommandsWhileItReadsAndKeepsTheLineAlive) {

@@ -59,6 +59,23 @@ TEST_F(FilesTest, ThatCannotBeRecordedToAreNamedOnceAndTheRunGoesOn) {
   }
 }
 
+TEST_F(FilesTest, ThatCannotBePlayedAreNamedAndTheRunStops) {
+  Script line(kPort);
+  CGPSReceiver& receiver = *engine.GetReceiver();
+  SetMessageBoxHandler([&](const CString& text, BoxKind) {
+    boxes.push_back(text.ToUtf8());
+    EXPECT_TRUE(receiver.Initialize());
+  });
+  engine.m_bEmulation = true;
+  engine.m_strEmulationFile = engine.m_strEmulationDir = CString::FromUtf8(folder / "");  // no recording
+  ASSERT_TRUE(engine.Start());
+  EXPECT_TRUE(Until([&] { return !engine.IsActive() && receiver.GetPortHandle() == INVALID_HANDLE_VALUE; }))
+      << "a port that was opened meanwhile is closed";
+  engine.Stop();
+  EXPECT_EQ(boxes, std::vector<std::string>{"Unable to open the emulation file: '" + (folder / "") +
+                                            "Emulation.log'."});
+}
+
 /// Plays files faster than a line every half second: their first line is a pause, whose box gives the thread
 /// its clock.
 class PlayedFilesTest : public FilesTest {

@@ -45,12 +45,13 @@ TEST_F(PluggedRun, WaitsForAPortThatIsNotThereYet) {
 TEST(FixAge, TellsOnceThatThereIsNoFixAndOnceThatThereIsOne) {
   std::string out;
   long long messages = 0;
+  host::Deadline::Moment now;
   host::FixAge age(
-      out, [&] { return messages; }, 0.04);
-  const auto wait = [&](int new_messages) {
+      out, [&] { return messages; }, [&] { return now; });
+  const auto wait = [&](int new_messages, std::chrono::milliseconds half) {
     out.clear();
     for (int i = 0; i < 3; ++i) {
-      std::this_thread::sleep_for(25ms);
+      now += half;
       messages += new_messages;
       age.Step();
     }
@@ -60,19 +61,20 @@ TEST(FixAge, TellsOnceThatThereIsNoFixAndOnceThatThereIsOne) {
   fix.m_bPositionValid = no_fix.m_bPositionValid = true;
   fix.m_nSignalType = UDF_SIGNAL_GPS;
   no_fix.m_nSignalType = UDF_SIGNAL_NONE;
-  wait(0);
-  EXPECT_EQ(out, "no fix yet after 0 s: nothing comes\n");
+  wait(0, 2499ms);
+  EXPECT_EQ(out, "no fix yet after 7 s: nothing comes\n");
   age.OnData(host::ReadRecord(epochs, no_fix));
   age.OnData(host::ReadRecord(epochs, fix));
-  EXPECT_TRUE(out.ends_with("comes\na first fix after 0 s\n")) << out;
-  age.Step();
+  EXPECT_TRUE(out.ends_with("comes\na first fix after 7 s\n")) << out;
+  now += 4s;
   age.OnData(host::ReadRecord(epochs, fix));
-  wait(1);
-  EXPECT_EQ(out, "no fix for 0 s: messages come, but no position\n");
+  EXPECT_EQ(age.NextAt(), now + 5s) << "half of two and a half intervals";
+  wait(1, 5s);
+  EXPECT_EQ(out, "no fix for 10 s: messages come, but no position\n");
   age.OnData(host::ReadRecord(epochs, fix));
   age.OnData(host::ReadRecord(epochs, fix));
-  EXPECT_TRUE(out.ends_with("position\na fix again after 0 s\n")) << out;
-  EXPECT_GT(age.NextAt(), host::Deadline::Clock::now());
+  EXPECT_TRUE(out.ends_with("position\na fix again after 15 s\n")) << out;
+  EXPECT_EQ(age.NextAt(), now + 2500ms);
 }
 
 }  // namespace

@@ -13,34 +13,31 @@ namespace host {
 /// of whoever shows them.
 class FixAge : public Sink, public Outlet {
  public:
-  /// The age at which a fix is old, in seconds.
-  static constexpr double kOld = 5.0;
+  using Clock = Deadline::Clock;
 
   /// Its lines go to `out`. `messages` tells how many messages have come from the receiver, fixes or not.
-  FixAge(std::string& out, std::function<long long()> messages, double old = kOld);
+  FixAge(std::string& out, std::function<long long()> messages,
+         std::function<Clock::time_point()> now = &Clock::now);
 
   Sink* Records() override { return this; }
   bool OnData(const Record& record) override;
   /// Says that the fix is old, if it has become so.
   void Step() override;
-  Deadline::Moment NextAt() const override { return due_.Earlier(Deadline::kNever); }
+  Deadline::Moment NextAt() const override { return due_; }
 
  private:
-  using Clock = Deadline::Clock;
-
-  void Await(double age);
-  double Age() const { return std::chrono::duration<double>(Clock::now() - last_).count(); }
+  void Await(Clock::duration age);
 
   std::string& out_;
   const std::function<long long()> messages_;
-  const double old_;
-  Clock::time_point last_ = Clock::now();  // the last fix, or the start
-  double half_ = 0.0;                      // of the age at which the next fix is late
-  int halves_ = 0;                         // that have passed
-  long long messages_then_ = 0;            // after the first of them
+  const std::function<Clock::time_point()> now_;
+  Clock::time_point last_;       // the last fix, or the start
+  Clock::duration half_{};       // of the age at which the next fix is late
+  int halves_ = 0;               // that have passed
+  long long messages_then_ = 0;  // after the first of them
   bool had_fix_ = false;
   bool told_ = false;
-  Deadline due_;
+  Deadline::Moment due_;
 };
 
 }  // namespace host
