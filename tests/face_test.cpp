@@ -199,7 +199,9 @@ TEST(Face, TellsWhatAReceiverTookAndWhatItRefused) {
   answers.Feed("$>\r\n<OK\r\n<ERROR:Invalid Message ID\r\n$PASHR,ACK*3D\r\n$GPGGA,\r\n$PASHR,NAK");
   EXPECT_TRUE(answers.HasHeard() && answers.Taken() == 3 && answers.Refused() == 1);
   EXPECT_EQ(answers.Refusal(), "<ERROR:Invalid Message ID");
-  for (const char* line : {"$PASHS,NME", "$JSAVE", "LOG GPGGA", "datum user", "USERDATUM 6378137"})
+  for (const char* line : {"$PASHS,NME", "$JSAVE", "LOG GPGGA", "UNLOG GPGGA", "SAVECONFIG", "ECUTOFF 5",
+                           "ASSIGNOMNI", "RTKSOURCE", "PSRDIFFSOURCE", "SBASCONTROL ENABLE",
+                           "UNDULATION USER", "DATUM WGS84", "datum user", "USERDATUM 6378137"})
     EXPECT_TRUE(gps::AnswerReader::IsDueTo(line)) << line;
   EXPECT_FALSE(gps::AnswerReader::IsDueTo("$PSRF103,00,00,02,01"));
   for (const auto& [text, is_answer] : {std::pair("$>\r\n", false),
