@@ -8,8 +8,8 @@
 
 #include "gpsengine/face/models.h"
 #include "gpsengine/face/rehearse.h"
+#include "gpsengine/face/words.h"
 #include "gpsengine/sentences/sentencefinder.h"
-#include "gpsengine/text/words.h"
 #include "host/commands/outcome.h"
 #include "host/line/port.h"
 #include "host/records/textsink.h"

@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "gpsengine/text/words.h"
+#include "gpsengine/face/words.h"
 #include "host/exports/gga.h"
 #include "host/line/port.h"
 #include "host/run/face.h"

@@ -1,6 +1,6 @@
 #include <fcntl.h>
 
-#include "gpsengine/link/blockguard.h"
+#include "gpsengine/face/blockguard.h"
 #include "host/decode.h"
 #include "host/run/recording.h"
 #include "tests/support/receivertest.h"

@@ -1,7 +1,7 @@
 #include "gpsengine/face/skysource.h"
+#include "gpsengine/face/words.h"
 #include "gpsengine/sentences/positiontail.h"
 #include "gpsengine/sentences/skyreader.h"
-#include "gpsengine/text/words.h"
 #include "tests/support/receivertest.h"
 
 using namespace gps;

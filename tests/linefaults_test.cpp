@@ -2,7 +2,7 @@
 #include <sys/stat.h>
 #include <sys/time.h>
 
-#include "gpsengine/link/guardedline.h"
+#include "gpsengine/face/guardedline.h"
 #include "host/line/ports.h"
 #include "tests/support/enginetest.h"
 #include "tests/support/scriptedline.h"

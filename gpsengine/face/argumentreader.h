@@ -6,7 +6,7 @@
 
 #include "gpsengine/face/error.h"
 #include "gpsengine/face/operations.h"
-#include "gpsengine/text/words.h"
+#include "gpsengine/face/words.h"
 
 namespace gps {
 

@@ -8,6 +8,7 @@
 #include <system_error>
 #include <utility>
 
+#include "gpsengine/face/blockguard.h"
 #include "gpsengine/face/engineuse.h"
 #include "gpsengine/face/messagewindow.h"
 #include "gpsengine/face/models.h"
@@ -16,7 +17,6 @@
 #include "gpsengine/face/shelf.h"
 #include "gpsengine/face/tally.h"
 #include "gpsengine/face/unpacedclock.h"
-#include "gpsengine/link/blockguard.h"
 #include "gpsengine/platform/monitor.h"
 #include "gpsengine/sentences/datescan.h"
 

@@ -2,7 +2,7 @@
 
 #include <iterator>
 
-#include "gpsengine/text/words.h"
+#include "gpsengine/face/words.h"
 
 namespace gps {
 

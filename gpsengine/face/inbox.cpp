@@ -1,6 +1,6 @@
 #include "gpsengine/face/inbox.h"
 
-#include "gpsengine/text/words.h"
+#include "gpsengine/face/words.h"
 
 namespace gps {
 

@@ -6,7 +6,7 @@
 
 #include "gpsengine/engine/gpsengine.h"
 #include "gpsengine/face/error.h"
-#include "gpsengine/text/words.h"
+#include "gpsengine/face/words.h"
 
 namespace gps {
 

@@ -6,7 +6,7 @@
 #include "gpsengine/drivers/sokkiaaxis3.h"
 #include "gpsengine/face/error.h"
 #include "gpsengine/face/models.h"
-#include "gpsengine/text/words.h"
+#include "gpsengine/face/words.h"
 
 namespace gps {
 

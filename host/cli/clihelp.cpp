@@ -1,6 +1,6 @@
 #include "host/cli/clihelp.h"
 
-#include "gpsengine/text/words.h"
+#include "gpsengine/face/words.h"
 #include "host/run/face.h"
 
 namespace host {

@@ -7,7 +7,7 @@
 #include "gpsengine/engine/gpsengine.h"
 #include "gpsengine/face/models.h"
 #include "gpsengine/face/operations.h"
-#include "gpsengine/text/words.h"
+#include "gpsengine/face/words.h"
 #include "host/cli/clihelp.h"
 #include "host/run/face.h"
 

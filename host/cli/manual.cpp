@@ -2,7 +2,7 @@
 #include <cctype>
 #include <string_view>
 
-#include "gpsengine/text/words.h"
+#include "gpsengine/face/words.h"
 #include "host/cli/clihelp.h"
 #include "host/run/face.h"
 

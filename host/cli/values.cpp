@@ -9,7 +9,7 @@
 
 #include "gpsengine/engine/gpsengine.h"
 #include "gpsengine/face/models.h"
-#include "gpsengine/text/words.h"
+#include "gpsengine/face/words.h"
 #include "host/line/portsearch.h"
 #include "host/run/face.h"
 #include "host/run/failure.h"

@@ -4,7 +4,7 @@
 #include <map>
 
 #include "gpsengine/face/models.h"
-#include "gpsengine/text/words.h"
+#include "gpsengine/face/words.h"
 #include "host/records/jsonwriter.h"
 #include "host/run/face.h"
 

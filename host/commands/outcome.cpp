@@ -5,7 +5,7 @@
 #include <utility>
 #include <vector>
 
-#include "gpsengine/text/words.h"
+#include "gpsengine/face/words.h"
 #include "host/run/face.h"
 #include "host/run/failure.h"
 

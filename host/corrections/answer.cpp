@@ -4,7 +4,7 @@
 #include <iterator>
 #include <utility>
 
-#include "gpsengine/text/words.h"
+#include "gpsengine/face/words.h"
 #include "host/run/face.h"
 
 namespace host {

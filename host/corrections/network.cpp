@@ -5,7 +5,7 @@
 #include <memory>
 #include <vector>
 
-#include "gpsengine/text/words.h"
+#include "gpsengine/face/words.h"
 #include "host/corrections/answer.h"
 #include "host/corrections/source.h"
 #include "host/run/deadline.h"

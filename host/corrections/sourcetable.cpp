@@ -4,7 +4,7 @@
 #include <cmath>
 #include <numbers>
 
-#include "gpsengine/text/words.h"
+#include "gpsengine/face/words.h"
 #include "host/records/jsonwriter.h"
 #include "host/run/face.h"
 

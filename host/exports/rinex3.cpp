@@ -2,7 +2,7 @@
 #include <map>
 #include <string_view>
 
-#include "gpsengine/text/words.h"
+#include "gpsengine/face/words.h"
 #include "host/exports/rinexformat.h"
 #include "host/exports/rinextext.h"
 

@@ -3,7 +3,7 @@
 #include <tuple>
 #include <utility>
 
-#include "gpsengine/text/words.h"
+#include "gpsengine/face/words.h"
 #include "host/exports/rinexformat.h"
 #include "host/exports/rinextext.h"
 

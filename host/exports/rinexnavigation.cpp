@@ -1,6 +1,6 @@
 #include <iterator>
 
-#include "gpsengine/text/words.h"
+#include "gpsengine/face/words.h"
 #include "host/exports/rinexformat.h"
 #include "host/exports/rinextext.h"
 

@@ -5,8 +5,8 @@
 #include <cstdlib>
 #include <ctime>
 
+#include "gpsengine/face/words.h"
 #include "gpsengine/platform/ctime.h"
-#include "gpsengine/text/words.h"
 #include "host/records/units.h"
 
 namespace host {

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "gpsengine/text/words.h"
+#include "gpsengine/face/words.h"
 #include "host/run/face.h"
 #include "host/run/failure.h"
 

@@ -5,7 +5,7 @@
 #include <string_view>
 #include <utility>
 
-#include "gpsengine/link/guardedline.h"
+#include "gpsengine/face/guardedline.h"
 #include "host/run/event.h"
 #include "host/run/face.h"
 

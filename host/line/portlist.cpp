@@ -2,7 +2,7 @@
 #include <array>
 #include <utility>
 
-#include "gpsengine/text/words.h"
+#include "gpsengine/face/words.h"
 #include "host/line/ports.h"
 #include "host/records/jsonwriter.h"
 #include "host/run/face.h"

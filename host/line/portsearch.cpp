@@ -6,8 +6,8 @@
 #include <utility>
 
 #include "gpsengine/face/models.h"
+#include "gpsengine/face/words.h"
 #include "gpsengine/platform/serial.h"
-#include "gpsengine/text/words.h"
 #include "host/line/config.h"
 #include "host/line/kindlistener.h"
 #include "host/line/port.h"

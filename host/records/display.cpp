@@ -2,7 +2,7 @@
 
 #include <cmath>
 
-#include "gpsengine/text/words.h"
+#include "gpsengine/face/words.h"
 #include "host/records/jsonwriter.h"
 #include "host/run/face.h"
 

@@ -7,7 +7,7 @@
 #include <utility>
 
 #include "gpsengine/face/answerreader.h"
-#include "gpsengine/text/words.h"
+#include "gpsengine/face/words.h"
 #include "host/records/fixkind.h"
 #include "host/records/jsonwriter.h"
 #include "host/run/face.h"

@@ -7,7 +7,7 @@
 #include <fstream>
 #include <string_view>
 
-#include "gpsengine/text/words.h"
+#include "gpsengine/face/words.h"
 #include "host/run/face.h"
 
 namespace host {

@@ -7,9 +7,9 @@
 #include <string_view>
 #include <vector>
 
+#include "gpsengine/face/blockguard.h"
 #include "gpsengine/face/pacer.h"
 #include "gpsengine/face/unpacedclock.h"
-#include "gpsengine/link/blockguard.h"
 #include "gpsengine/sentences/datescan.h"
 #include "host/run/face.h"
 #include "host/run/progress.h"

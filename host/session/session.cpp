@@ -6,7 +6,7 @@
 #include "gpsengine/face/models.h"
 #include "gpsengine/face/port.h"
 #include "gpsengine/face/tally.h"
-#include "gpsengine/text/words.h"
+#include "gpsengine/face/words.h"
 #include "host/line/config.h"
 #include "host/run/face.h"
 

@@ -4,7 +4,7 @@
 #include <string_view>
 #include <vector>
 
-#include "gpsengine/text/words.h"
+#include "gpsengine/face/words.h"
 #include "host/run/face.h"
 
 namespace host {

@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-#include "gpsengine/link/blockguard.h"
+#include "gpsengine/face/blockguard.h"
 #include "gpsengine/platform/serial.h"
 
 #pragma GCC visibility push(default)

@@ -1,4 +1,4 @@
-#include "gpsengine/link/guardedline.h"
+#include "gpsengine/face/guardedline.h"
 
 namespace gps {
 

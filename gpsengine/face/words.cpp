@@ -1,4 +1,4 @@
-#include "gpsengine/text/words.h"
+#include "gpsengine/face/words.h"
 
 #include <algorithm>
 #include <cctype>

@@ -1,4 +1,4 @@
-#include "gpsengine/link/blockguard.h"
+#include "gpsengine/face/blockguard.h"
 
 #include <algorithm>
 #include <utility>
