@@ -36,7 +36,7 @@ TEST(Ack, IsEndedByATickButWinsOverOne) {
     CAck ack;
     ASSERT_TRUE(ack.Create());
     EXPECT_EQ(SendMessageW(ack.GetSafeHwnd(), WM_GPS_NEW_BIN, 0, 0), 0) << "which is no tick";
-    SendMessageW(ack.GetSafeHwnd(), WM_PRECISE_TIMER, 1, 0);
+    EXPECT_EQ(SendMessageW(ack.GetSafeHwnd(), WM_PRECISE_TIMER, 1, 0), 0);
     Publish(bAck);
     EXPECT_LT(Took([&] { EXPECT_EQ(ack.Wait(kLong), bAck); }), kSoon);
   }

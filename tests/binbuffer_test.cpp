@@ -180,8 +180,8 @@ TEST(BinBuffer, TellsTheTagOfTheMessageAtHand) {
   CBinBuffer block("$BIN_\x42", 6);
   EXPECT_TRUE(block.GetTag(tag, subTag));
   EXPECT_EQ(tag, "$BIN");
-  CBinBuffer unfinished("$PASHR,MB", 9);
-  EXPECT_FALSE(unfinished.GetTag(tag, subTag));
+  for (const char* unfinished : {"$PASHR,MB", "$BIN"})
+    EXPECT_FALSE(CBinBuffer(CString(unfinished)).GetTag(tag, subTag));
 }
 
 }  // namespace

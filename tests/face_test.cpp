@@ -264,6 +264,7 @@ TEST(Face, RehearsesCommands) {
       ErrorOf([] {
         gps::rehearse("CSI", "rest");
       }).starts_with("2 no operation is called \"rest\" (did you mean \"reset\"?); the operations are "));
+  EXPECT_EQ(ErrorOf([] { gps::rehearse("CSI", "send", {std::string(198, 'x')}); }), "none");
   for (const char* rate : {"25", "50", "100", "200"})
     EXPECT_EQ(ErrorOf([&] { gps::rehearse("CSI", "set-beacon", {"283.5", rate}); }), "none");
   EXPECT_TRUE(Has(ErrorOf([] { gps::rehearse("Trimble", "gga-only"); }),

@@ -68,6 +68,7 @@ TEST_F(AshtechReport, ThirteenthSatelliteTakesAnUnusedSlotOrNone) {
 }
 
 TEST_F(AshtechReport, CountsBinaryMessagesAndThoseItRefuses) {
+  const auto bare = [](const std::string& message) { return message.substr(0, message.size() - 1); };
   // What comes, whether its bytes are attached, whether it is taken, and the two counts from then on.
   const std::tuple<std::string, bool, bool, int, int> rows[] = {
       {"$PASHR,PBN,\n", false, false, 1, 0},  // no bytes attached
@@ -77,7 +78,10 @@ TEST_F(AshtechReport, CountsBinaryMessagesAndThoseItRefuses) {
       {Mbn{}.Message().replace(7, 3, "mbn"), true, true, 5, 2},
       {"$PASHR,MCA,\n", false, false, 5, 2},
       {"$PASHR,SAL,\n", false, false, 5, 2},
-      {"$PASHR,POS,1,2,3*00\r\n", false, false, 5, 2}};
+      {"$PASHR,POS,1,2,3*00\r\n", false, false, 5, 2},
+      {bare(Mbn{.prn = 2}.Message()), true, true, 6, 2},  // what stands after it is not waited for
+      {bare(Snv().Message()), true, true, 7, 2},
+      {bare(Pbn().Message()), true, true, 8, 2}};
   for (const auto& [message, attached, taken, binary, bad] : rows) {
     receiver.AttachRawData(nullptr, 0);
     EXPECT_EQ(attached ? FeedBinary(message) : Feed(message), taken) << message;

@@ -4,22 +4,23 @@ LRESULT CGPSWindow::WindowProc(UINT message, WPARAM w_param, LPARAM l_param) {
   switch (message) {
     case WM_GPS_NEW_DATA:
       OnNewData(*TakePosted<CGPSData>(w_param));
-      return 0;
+      break;
     case WM_GPS_NEW_STRING:
       OnNewString(*TakePosted<CString>(w_param));
-      return 0;
+      break;
     case WM_GPS_NEW_RAW_DATA:
       OnNewRawData(*TakePosted<CGPSDataRaw>(w_param));
-      return 0;
+      break;
     case WM_GPS_NEW_EPHEMERIS:
       OnNewEphemeris(*TakePosted<CGPSDataEphemeris>(w_param));
-      return 0;
+      break;
     case WM_GPS_NEW_BIN:
       OnNewBin();
-      return 0;
+      break;
     default:
       return CWnd::WindowProc(message, w_param, l_param);
   }
+  return 0;
 }
 
 void CGPSWindow::Drain() {
