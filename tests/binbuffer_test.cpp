@@ -66,7 +66,7 @@ TEST(BinBuffer, TakesSentencesOutOfNoiseAndKeepsAnUnfinishedOne) {
 TEST(BinBuffer, HoldsBackABinaryMessageUntilItsLastByte) {
   const std::string rows[] = {Ashtech("MBN", 54), Ashtech("mca", 49),  Ashtech("PBN", 68),
                               Ashtech("SAL", 82), Ashtech("SNV", 144), Block(95, 140),
-                              Block(96, 312),     Oem(28, 0),          Oem(28, 1000)};
+                              Block(96, 312),     Oem(25, 0),          Oem(28, 1000)};
   for (const std::string& message : rows) {
     Stream stream;
     for (std::size_t i = 0; i + 1 < message.size(); ++i) {

@@ -90,7 +90,7 @@ TEST_F(HostDecode, ReadsAPackedRecordingAsWhatItHoldsFromAFileAndFromAPipe) {
 
 TEST_F(HostDecode, BringsBlocksToTheLibraryWholeInAnyPieces) {
   const auto block = [](char number, std::size_t length) {
-    return std::string("$BIN") + number + std::string(length - 7, 'x') + "\r\n";
+    return std::string("$BIN") + number + std::string(length - 7, '_') + "\r\n";
   };
   const std::string sentence = WithChecksum("$GPZDA,,,,,,"), oem = "\xAA\x44\x12 a_message\xAA\x44 ends";
   const std::string stream = sentence + "$BI" + block(95, 140) + block(96, 312) + sentence + block(80, 52) +
