@@ -76,11 +76,9 @@ TEST_F(DataLog, MinutesElapsedPassOverWholeDays) {
 }
 
 TEST_F(DataLog, OnlyPortTwoIsNotComOne) {
-  EXPECT_EQ(log.m_strPort, "COM1");
-  for (const int port : {2, 0, 1, 3}) {
-    log.SetPort(port);
-    EXPECT_EQ(log.m_strPort, port == 2 ? "COM2" : "COM1");
-  }
+  std::string ports = log.m_strPort.ToUtf8();
+  for (const int port : {2, 0, 2, 1, 2, 3}) log.SetPort(port), ports += log.m_strPort.ToUtf8();
+  EXPECT_EQ(ports, "COM1COM2COM1COM2COM1COM2COM1");
 }
 
 }  // namespace

@@ -212,8 +212,10 @@ TEST(RawData, RefusesASoundBlockOfWhatCannotBe) {
   std::uint32_t third = 0;
   std::memcpy(&third, &ephemeris[16 + 8], sizeof third);
   for (const auto& [index, metres] : {std::pair(6U, 16.0), {7U, 32.0}, {15U, 8192.0}}) {
-    ASSERT_TRUE(DecodeEphemeris(with(ephemeris, 16 + 8, (third & ~(15U << 14)) | index << 14), read));
+    ASSERT_TRUE(
+        DecodeEphemeris(with(ephemeris, 16 + 8, (third & ~(15U << 14)) | index << 14 | 5U << 8), read));
     EXPECT_EQ(read.accuracy, metres);
+    EXPECT_EQ(read.health, 5);
   }
   for (const unsigned bit : {29U, 28U}) {
     ASSERT_TRUE(DecodeEphemeris(with(ephemeris, 16 + 12, 1U << bit), read));
@@ -290,8 +292,8 @@ TEST(RawData, KnowsTheSatellitesAndSignalsOfEverySystem) {
     EXPECT_EQ(first + " to " + last + ':' + codes, expected);
   }
   ObservationEpoch epoch;
-  EXPECT_FALSE(
-      DecodeObservations(Range({{1, 0, 0, 0, true, true, true, 100.0F, 45.0F, 1e9}}), history, epoch));
+  EXPECT_FALSE(DecodeObservations(Range({{2, 0, 0, 0}, {1, 0, 0, 0, true, true, true, 100.0F, 45.0F, 1e9}}),
+                                  history, epoch));
 }
 
 TEST(RawData, KnowsGpsAndSbasInABlockOfTwelveChannels) {

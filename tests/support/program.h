@@ -83,9 +83,8 @@ class Program {
   static std::string Rest(int nDescriptor) {
     std::string text;
     char piece[4096];
-    for (ssize_t count; (count = read(nDescriptor, piece, sizeof piece)) > 0;) {
+    for (ssize_t count; (count = read(nDescriptor, piece, sizeof piece)) > 0;)
       text.append(piece, static_cast<std::size_t>(count));
-    }
     return text;
   }
 

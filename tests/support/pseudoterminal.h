@@ -7,6 +7,7 @@
 #include <termios.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <chrono>
 #include <stdexcept>
 #include <string>
@@ -37,13 +38,10 @@ class PseudoTerminal {
 
   void Send(std::string_view bytes) const {
     while (!bytes.empty()) {
+      pollfd source{m_Master.Get(), POLLOUT, 0};
+      if (poll(&source, 1, 5000) <= 0) throw std::runtime_error("nobody reads the line");
       const ssize_t count = write(m_Master.Get(), bytes.data(), bytes.size());
-      if (count > 0) {
-        bytes.remove_prefix(static_cast<std::size_t>(count));
-      } else {
-        pollfd source{m_Master.Get(), POLLOUT, 0};
-        if (poll(&source, 1, 5000) <= 0) throw std::runtime_error("nobody reads the line");
-      }
+      bytes.remove_prefix(static_cast<std::size_t>(std::max<ssize_t>(count, 0)));
     }
   }
 
