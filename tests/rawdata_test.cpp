@@ -367,6 +367,7 @@ TEST(RawData, TellsWhetherAPhaseGoesOn) {
     ASSERT_TRUE(DecodeObservations(WordsOf(epoch.week != 0 && slips ? next : block), history, epoch));
     EXPECT_EQ(epoch.signals[0].slip, slips);
   }
+  ASSERT_TRUE(DecodeObservations(WordsOf(block), history, epoch));
   // Ten seconds later each time, tracked for half a second or for longer than is counted.
   for (const bool is_long : {false, true}) {
     std::string next = block;
