@@ -50,7 +50,7 @@ TEST_F(DispatchTest, TestsTheChecksum) {
   for (const char* good : {"$GPGGA,-,*7b\r\n", "$GPGGA,-,{*\r\n"})
     EXPECT_EQ(TypeOf(good), GPS_STRING_GGA) << good;
   EXPECT_NE(TypeOf("$GPGGA,,,*7A\r\n"), TypeOf("$GPGGA,,,*7:\r\n"));
-  for (const char* bad : {"*47F\r\n", "\r\n", "*\r\n", "*48\r\n"})
+  for (const char* bad : {"*47F\r\n", "\r\n", "*\r\n", "*48\r\n", "*\x80\r\n"})
     EXPECT_EQ(TypeOf(kGga + std::string(bad)), GPS_STRING_NONE) << bad;
   EXPECT_FALSE(Feed(std::string(kGga) + "*48\r\n"));
   EXPECT_EQ(Published(), 0u);
