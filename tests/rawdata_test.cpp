@@ -200,11 +200,12 @@ TEST(RawData, RefusesASoundBlockOfWhatCannotBe) {
   // No GPS satellite; another preamble, another number of a subframe; orbit and clock of other issues; no
   // square root of an axis.
   const std::pair<std::size_t, std::uint16_t> words[] = {
-      {8, 33}, {8, 0}, {16 + 2, 0x1D00}, {16 + 4, 0xFFFF}, {16 + 40 + 10, 0x0010}, {16 + 40 + 28, 0}};
+      {8, 33},           {8, 0},           {16 + 2, 0x1D00}, {16 + 4, 0xFFFF}, {16 + 40 + 10, 0x0010},
+      {16 + 40 + 28, 0}, {16 + 80 + 38, 0}};
   for (const auto& [at, value] : words) EXPECT_FALSE(DecodeEphemeris(with(ephemeris, at, value), read)) << at;
   EXPECT_EQ(read.orbit.m_nPRN, 0);
-  for (const auto word :
-       {std::uint16_t{0x2000}, std::uint16_t{0x1F00}}) {  // the fit, and the age that stands behind it
+  // The fit, and the age that stands behind it.
+  for (const auto word : {std::uint16_t{0x2000}, std::uint16_t{0x1F00}}) {
     ASSERT_TRUE(DecodeEphemeris(with(ephemeris, 16 + 40 + 36, word), read));
     EXPECT_EQ(read.long_fit, word == 0x2000);
   }

@@ -110,17 +110,16 @@ class TextFileTest : public testing::Test {
  protected:
   std::vector<CString> Lines(const std::string& content) {
     CFile written;
-    EXPECT_NE(written.Open(CString::FromUtf8(folder / "text").GetString(),
-                           CFile::modeCreate | CFile::modeWrite, nullptr),
-              0);
+    EXPECT_NE(written.Open(path.GetString(), CFile::modeCreate | CFile::modeWrite, nullptr), 0);
     EXPECT_TRUE(written.Write(content.data(), 1));
     EXPECT_TRUE(written.Write(content.data() + 1, static_cast<UINT>(content.size() - 1)));
-    EXPECT_NE(file.Open(CString::FromUtf8(folder / "text").GetString(), CFile::typeText, nullptr), 0);
+    EXPECT_NE(file.Open(path.GetString(), CFile::typeText, nullptr), 0);
     std::vector<CString> lines;
     for (CString line; file.ReadString(line);) lines.push_back(line);
     return lines;
   }
   const TemporaryFolder folder;
+  const CString path = CString::FromUtf8(folder / "text");
   CTextFile file;
 };
 
@@ -149,8 +148,9 @@ TEST_F(TextFileTest, ReadsALineWholeWhateverItsLengthAndNoneOnceItIsClosed) {
   CString line = "kept";
   file.Close();
   CFile other;  // with the descriptor that is free again
-  EXPECT_NE(other.Open(CString::FromUtf8(folder / "text").GetString(), CFile::modeRead, nullptr), 0);
+  EXPECT_NE(other.Open(path.GetString(), CFile::modeRead, nullptr), 0);
   EXPECT_FALSE(file.ReadString(line));
+  EXPECT_EQ(other.Open(path.Left(path.GetLength() - 4).GetString(), CFile::modeRead), 0) << "a folder";
   EXPECT_EQ(line, "kept");
 }
 
