@@ -152,6 +152,7 @@ TEST_F(CsiDriver, GoesOnWithAResetThatIsNotAcknowledgedAndSaysSo) {
 }
 
 TEST_F(CsiDriver, OpensThePortForAResetAndFailsIfItCannot) {
+  EXPECT_EQ(Steps(&CCSI::QueryPAR), R"(write "$PASHQ,PAR\r\n"; wait 500)");
   const std::string whole = Steps(reset);
   EXPECT_TRUE(whole.ends_with("result true")) << whole;
   Close();
@@ -190,6 +191,7 @@ TEST(Sirf, HasAChecksumOf15BitsInAFrameAndOfWhatStandsBehindTheDollarSignInALine
 }
 
 TEST_F(StarlinkDriver, ResetsWithoutAcknowledgementAndGoesOnIfItDoesNotGoOut) {
+  EXPECT_EQ(Steps(&CStarlink::QueryPAR), R"(write "$PSLIQ,PAR\r\n"; wait 500)");
   EXPECT_TRUE(Steps(resetWithAck).ends_with("result true"));
   line.LimitWrites(1);
   EXPECT_EQ(Steps(reset), R"(write "$"; wait 5000; write "$"; wait 200; write "$"; wait 200; )"
@@ -218,6 +220,7 @@ class JDriver : public DriverTest<CSokkiaAxis3> {
 };
 
 TEST_F(JDriver, SwitchesRawOutputAtOneOfTwoRates) {
+  EXPECT_EQ(Steps(&CSokkiaAxis3::QueryJSHOW), R"(write "$JSHOW\r\n"; wait 200)");
   for (const auto& [interval, rate] : {std::pair(5.0, "0.2"), {5.9, "0.2"}, {0.2, "1"}, {6.0, "1"}})
     EXPECT_TRUE(Steps(Interval(interval)).starts_with("write \"$JBIN,96,"s + rate + "\\r")) << interval;
 }

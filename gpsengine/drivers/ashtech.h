@@ -26,7 +26,7 @@ class CCSI : public CAshtech {
   bool ResetAll(bool bWaitForAck) override;
 
   /// Asks for the receiver's parameters: one report has the NMEA output, the masks and the rest.
-  void QueryPAR() { QueryGpsSettings(); }
+  void QueryPAR() { CGPSReceiver::QueryGpsSettings(); }
 };
 
 #pragma GCC visibility pop

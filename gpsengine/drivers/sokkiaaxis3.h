@@ -22,7 +22,7 @@ class CSokkiaAxis3 : public CGPSReceiver {
   /// Switches raw blocks on, at 5 Hz (rate 5) or 1 Hz (any other rate), or off.
   void SetRawDataOutput(bool bOn, int nRate);
   /// Asks for the settings: one report has the NMEA output, the mask and the differential source.
-  void QueryJSHOW() { QueryNmeaActive(); }
+  void QueryJSHOW() { CGPSReceiver::QueryNmeaActive(); }
 
  private:
   void WriteClosingLine();

@@ -14,7 +14,7 @@ class CStarlink : public CGPSReceiver {
   bool ResetAll(bool bWaitForAck) override;
 
   /// Asks for the receiver's parameters: the NMEA output and the elevation mask.
-  void QueryPAR() { QueryNmeaActive(); }
+  void QueryPAR() { CGPSReceiver::QueryNmeaActive(); }
 };
 
 #pragma GCC visibility pop

@@ -48,7 +48,7 @@ void FixAge::Step() {
   if (now_() < due_) return;
   if (halves_++ == 0) {
     messages_then_ = messages_();
-    due_ += half_;
+    due_ = now_() + half_;
     return;
   }
   due_ = Deadline::kNever;
