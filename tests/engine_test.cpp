@@ -29,7 +29,6 @@ TEST_F(EngineTest, ReportsWhyItDoesNotStart) {
   Select("Other");
   EXPECT_FALSE(engine.Start());
   EXPECT_EQ(engine.GetLastErrorString(), "Can't Initialize a Receiver.");
-  EXPECT_FALSE(engine.IsActive());
   engine.Stop();
   EXPECT_EQ(engine.GetLastError(), GPS_ENGINE_INIT_FAILED);
 }
@@ -151,9 +150,8 @@ TEST_F(LiveEngineTest, RecordsTheBytesOfThePort) {
   engine.m_bRecordRaw = true;
   terminal.Send(kRmc + kGga);
   ASSERT_TRUE(UntilRecords(3));
-  engine.Pause();
+  engine.Stop();
   EXPECT_EQ(ReadFile(folder / "record"), kRmc + kGga) << "from its beginning";
-  EXPECT_TRUE(boxes.empty());
 }
 
 TEST_F(LiveEngineTest, MayBeStoppedAndCommandedFromACallback) {

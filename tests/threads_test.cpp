@@ -104,7 +104,9 @@ TEST_F(ThreadsTest, StandAThousandRoundsOfAnything) {
   std::minstd_rand dice(1U + static_cast<unsigned>(testing::UnitTest::GetInstance()->random_seed()));
   const std::function<void(CGPSEngine&, CGPSReceiver&)> actions[] = {
       [](CGPSEngine& engine, CGPSReceiver&) { EXPECT_TRUE(engine.Start()); },
+      [](CGPSEngine& engine, CGPSReceiver&) { EXPECT_TRUE(engine.Resume()); },
       [](CGPSEngine& engine, CGPSReceiver&) { engine.Stop(); },
+      [](CGPSEngine& engine, CGPSReceiver&) { engine.Pause(); },
       [&](CGPSEngine&, CGPSReceiver&) { Select(kModels[dice() % std::size(kModels)]); },
       [](CGPSEngine&, CGPSReceiver& receiver) { receiver.Send("$COMMAND"); },
       [](CGPSEngine&, CGPSReceiver& receiver) { receiver.SetGgaOnlyNMEA(); },
