@@ -17,7 +17,7 @@ TEST(CString, CopiesOfLongTextAreTextsOfTheirOwn) {
   EXPECT_EQ(copy, CString("y") + kLong.Mid(1));
   CString taken = std::move(copy);
   EXPECT_EQ(taken.GetLength(), 500);
-  EXPECT_TRUE(copy.IsEmpty());  // NOLINT(bugprone-use-after-move)
+  EXPECT_TRUE(copy.IsEmpty() && copy.GetString()[0] == 0);  // NOLINT(bugprone-use-after-move)
   taken.Empty();
   EXPECT_EQ(taken.GetString()[0], 0);
   taken += "short";

@@ -36,7 +36,7 @@ TEST_F(DataLog, IsReadyWithANameAnIntervalAndTheSwitchOn) {
 TEST_F(DataLog, FilenameEndsAtItsFirstDotAndTakesTheExtension) {
   for (const auto& [name, expected] :
        {std::pair("line7", "line7.obs"), std::pair("line7.dat.old", "line7.obs"),
-        std::pair("a.d/line7", "a.obs"), std::pair("", ".obs")}) {
+        std::pair("a.d/line7", "a.obs"), std::pair("", ".obs"), std::pair(".line7", ".obs")}) {
     EXPECT_TRUE(log.SetFilename(name));
     EXPECT_EQ(log.GetFilename(), expected);
   }

@@ -1,7 +1,6 @@
 // The engine with its reader thread on a live line, in real time of tens of milliseconds, and with bytes fed
 // by hand.
 #include "gpsengine/drivers/gsr2650lb.h"
-#include "gpsengine/platform/rehearsal.h"
 #include "tests/support/enginetest.h"
 
 namespace {

@@ -1,7 +1,7 @@
 #include <condition_variable>
-#include <mutex>
 #include <nlohmann/json.hpp>
 
+#include "gpsengine/face/words.h"
 #include "host/corrections/link.h"
 #include "host/corrections/sourcetable.h"
 #include "host/line/observer.h"
@@ -29,9 +29,7 @@ std::string Message(int type, std::size_t size) {
 }
 
 std::string Chunk(const std::string& bytes) {
-  char size[16];
-  std::snprintf(size, sizeof size, "%zx\r\n", bytes.size());
-  return size + bytes + "\r\n";
+  return gps::Print("%zx\r\n", bytes.size()) + bytes + "\r\n";
 }
 
 /// A link to a line that the test has in hand.
@@ -158,11 +156,9 @@ TEST_F(CorrectionsTest, OfTheFirstVersionPassAndThePositionGoesUp) {
       std::this_thread::sleep_for(20ms);  // for the position
       link_.reset();
     }
-    EXPECT_TRUE(Has(request, "GET /BASE HTTP/1.1\r\n"));
-    EXPECT_TRUE(Has(request, "User-Agent: NTRIP gpsengine/"));
-    EXPECT_TRUE(Has(request, "Ntrip-Version: Ntrip/2.0\r\n"));
-    EXPECT_TRUE(Has(request, "Authorization: Basic bWU6c2VjcmV0\r\n"));
-    EXPECT_TRUE(Has(request, "Ntrip-GGA: " + kGga));
+    EXPECT_TRUE(Has(request, "GET /BASE HTTP/1.1\r\n", "User-Agent: NTRIP gpsengine/",
+                    "Ntrip-Version: Ntrip/2.0\r\n", "Authorization: Basic bWU6c2VjcmV0\r\n",
+                    "Ntrip-GGA: " + kGga));
     EXPECT_EQ(Count(request, "Transfer-Encoding") + Count(request, "Expect"), 0);
     EXPECT_EQ(position, kGga);
   }
@@ -298,13 +294,11 @@ TEST(LineObserver, WritesBetweenWholeCommands) {
   const auto line = observer.Opener([&] { return OpenSerialDevice(CString::FromUtf8(terminal.Name())); })();
   ASSERT_NE(line, nullptr);
   const std::string command(60'000, 'c'), corrections(60'000, 'r');
-  std::thread other([&] { observer.Write(corrections); });
+  const std::jthread other([&] { observer.Write(corrections); });
   std::this_thread::sleep_for(20ms);  // until it waits for room
-  std::thread host([&] { line->Write(command.data(), static_cast<int>(command.size()), 2000); });
+  const std::jthread host([&] { line->Write(command.data(), static_cast<int>(command.size()), 2000); });
   std::this_thread::sleep_for(20ms);
   const std::string all = terminal.Receive(120'000);
-  other.join();
-  host.join();
   EXPECT_TRUE(all == command + corrections || all == corrections + command);
 }
 

@@ -94,17 +94,13 @@ TEST(HostReport, TellsWhatTheRunWasLikeInOneFile) {
   Tally tally;
   tally.checksum_errors = 12'345;
   const std::string page = ReportPage({"a<b>.log", "Other", Geoid::none}, run, tally);
-  for (const char* text : {"<title>a&lt;b&gt;.log</title>", ">2023-11-14 22:13:20 UTC<", ">2 min 29 s<",
-                           ">120 (80.0 %)<", ">30 (20.0 %)<", ">118 m<", ">3.6 / 3.6 / 3.6<",
-                           ">12\xE2\x80\xAF"
-                           "345<"}) {
-    EXPECT_TRUE(Has(page, text)) << text;
-  }
+  EXPECT_TRUE(Has(page, "<title>a&lt;b&gt;.log</title>", ">2023-11-14 22:13:20 UTC<", ">2 min 29 s<",
+                  ">120 (80.0 %)<", ">30 (20.0 %)<", ">118 m<", ">3.6 / 3.6 / 3.6<", ">12\u202F345<",
+                  "default-src 'none'"));
   for (const char* fetch :
        {"https:", "url(", "@import", "<link", " src=", "fetch(", "XMLHttp", "EventSource", "<!--"}) {
     EXPECT_FALSE(Has(page, fetch)) << fetch;
   }
-  EXPECT_TRUE(Has(page, "default-src 'none'"));
   for (int signal = UDF_SIGNAL_NONE; signal <= UDF_SIGNAL_UNKNOWN; ++signal)
     EXPECT_TRUE(Has(page, ".fix-" + std::string(FixKindOf(signal).style))) << "no colour for it";
   EXPECT_EQ(DataOf(page)["courses"].size(), 3u) << "no strength was told";
@@ -130,13 +126,12 @@ TEST(HostReport, DrawsTheRunInABrowser) {
   const auto page = LookAtPage("file://" + file);
   std::filesystem::remove(file);
   if (!page) GTEST_SKIP() << "no chromium to look at the page with";
-  for (const char* text : {"<h1>a&lt;b&gt;&amp;\"</h1>", "class=\"fix-gps way\" d=\"M",
-                           "class=\"fix-fixed way\" d=\"M", ">60 min<", ">22:13:20<", ">north of the start<",
-                           ">95 %<", "class=\"fix-gps dots\" d=\"M", "class=\"course-speed curve\" d=\"M",
-                           "<title>satellite E17, mean 41 dB-Hz, used 100 % of the time</title>",
-                           "class=\"signal sys-galileo used\"", "class=\"sat sys-glonass\"",
-                           "<li><i class=\"fix-fixed\"></i>RTK fixed</li>"})
-    EXPECT_TRUE(Has(*page, text));
+  EXPECT_TRUE(Has(*page, "<h1>a&lt;b&gt;&amp;\"</h1>", "class=\"fix-gps way\" d=\"M",
+                  "class=\"fix-fixed way\" d=\"M", ">60 min<", ">22:13:20<", ">north of the start<", ">95 %<",
+                  "class=\"fix-gps dots\" d=\"M", "class=\"course-speed curve\" d=\"M",
+                  "<title>satellite E17, mean 41 dB-Hz, used 100 % of the time</title>",
+                  "class=\"signal sys-galileo used\"", "class=\"sat sys-glonass\"",
+                  "<li><i class=\"fix-fixed\"></i>RTK fixed</li>"));
   EXPECT_FALSE(Has(*page, "NaN"));
   const std::string mark = "data-plane=\"";
   const auto start = page->find(mark) + mark.size();

@@ -212,6 +212,7 @@ TEST(HostSky, ComesFromRecordsWhereSentencesHaveNoGroups) {
     data.m_nSatellitesInView = 2;
     data.m_dPDOP = 2.5;
     data.m_Satellites[0] = {0.5, 1.0, 1, true, true, 1};
+    data.m_Satellites[1].m_bInView = true;  // an empty slot
     data.m_Satellites[3] = {0.0, 0.0, 66, false, true, 0};
     return data;
   };

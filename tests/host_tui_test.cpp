@@ -1,5 +1,3 @@
-#include <sys/ioctl.h>
-
 #include <cstdio>
 
 #include "gpsengine/engine/gpsengine.h"
@@ -53,7 +51,10 @@ class HostScreen : public testing::Test {
     DrawDashboard(canvas, view_);
     return {canvas.At(19, 3).style, canvas.At(7, 60).style};
   }
-  testing::AssertionResult Shows(const std::string& text) const { return Has(Screen(), text); }
+  template <class... Parts>
+  testing::AssertionResult Shows(const Parts&... parts) const {
+    return Has(Screen(), parts...);
+  }
 
   bool Take(const CGPSData& data) { return readings_.OnData(ReadRecord(epochs_, data)); }
 
@@ -100,11 +101,9 @@ TEST_F(HostScreen, MakesRoomForManySatellites) {
   }
   readings_.OnSky(sky);
   const std::string bars = std::string(14, ':') + ' ' + std::string(6, ':');
-  EXPECT_TRUE(Shows("| " + bars));
-  EXPECT_TRUE(Shows("| G              E"));
+  EXPECT_TRUE(Shows("| " + bars, "| G              E"));
   const std::string tall = Screen(40, 100);
-  EXPECT_TRUE(Has(tall, "*  E30        45        -        -")) << "used ones first" << tall;
-  EXPECT_TRUE(Has(tall, "and 19 more"));
+  EXPECT_TRUE(Has(tall, "*  E30        45        -        -", "and 19 more")) << "used ones first";
 }
 
 TEST_F(HostScreen, TellsBothHeightsAndTheDateWhereTheyAreKnown) {
@@ -132,8 +131,7 @@ TEST_F(HostScreen, ShowsWhereAStillReceiverStands) {
     Take(data);
     Take(data);  // another sentence of the same epoch
   }
-  EXPECT_TRUE(Shows("Fixes                       10"));
-  EXPECT_TRUE(Shows("RTK fixed      0.000   1.4"));
+  EXPECT_TRUE(Shows("Fixes                       10", "RTK fixed      0.000   1.4"));
   readings_.survey.Clear();
   EXPECT_TRUE(Shows("no fix so far"));
 }
@@ -153,8 +151,7 @@ TEST_F(HostScreen, TellsAnOldFixFromAFreshOne) {
   none.m_nSignalType = UDF_SIGNAL_NONE;
   none.m_dLatitude = 0.0;
   Take(none);
-  EXPECT_TRUE(Shows("no fix")) << "the kind of fix is news";
-  EXPECT_TRUE(Shows("48.1173000")) << "the place is the last that was known";
+  EXPECT_TRUE(Shows("no fix", "48.1173000")) << "the kind of fix is news, the place is the last known";
   now_ += std::chrono::seconds(200);
   EXPECT_TRUE(Shows("STALE 3 min"));
 }
@@ -166,8 +163,7 @@ TEST_F(HostScreen, KeepsReportsAndSentences) {
   EXPECT_TRUE(Take(data));
   EXPECT_TRUE(Shows(" elevation mask 12 deg"));
   readings_.Log("a complaint of the program that is too long for one row", Style::warn);
-  EXPECT_TRUE(Shows(" a complaint of the program")) << "broken at a blank";
-  EXPECT_TRUE(Shows("          that is too long for one"));
+  EXPECT_TRUE(Shows(" a complaint of the program", "          that is too long for one"));
   readings_.OnString("$GPGSV,1\x1B[2J\r\n");
   EXPECT_FALSE(Shows("$GPGSV"));
   view_.sentences = true;

@@ -136,7 +136,9 @@ TEST(GuardedLine, TellsAPeerThatHasGoneFromASilentOne) {
   PseudoTerminal terminal;
   gps::GuardedLine line(OpenSerialDevice(CString::FromUtf8(terminal.Name())), {});
   char byte = 0;
-  EXPECT_EQ(line.Read(&byte, 1, 1), 0);
+  line.WakeReader();
+  EXPECT_LT(Took([&] { EXPECT_EQ(line.Read(&byte, 1, 5000), 0); }), 5000u);
+  EXPECT_GE(Took([&] { EXPECT_EQ(line.Read(&byte, 1, 10), 0); }), 10u) << "one read is woken";
   terminal.HangUp();
   EXPECT_LT(line.Read(&byte, 1, 1), 0);
 }

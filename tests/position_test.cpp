@@ -1,3 +1,5 @@
+#include "gpsengine/drivers/gsr2650lb.h"
+#include "gpsengine/face/decode.h"
 #include "tests/support/receivertest.h"
 
 namespace {
@@ -123,8 +125,13 @@ TEST_F(PositionTest, NamesAUnitThatIsNoMetreInTheTrace) {
     EXPECT_EQ(TraceOf([&, said = sentence] { FeedSentence(said); }), trace) << sentence;
 }
 
+template <class Receiver>
+struct Open : Receiver {
+  using Receiver::m_bAlternateSignalTable;
+};
+
 // The user's table of quality indicators.
-class AlternateStatus : public ReceiverTest<> {
+class AlternateStatus : public ReceiverTest<Open<COtherGps>> {
  protected:
   ~AlternateStatus() override { std::filesystem::remove(path); }
 
@@ -165,6 +172,10 @@ TEST_F(AlternateStatus, KnowsAllElevenNamesAndTheLastLineCounts) {
 }
 
 TEST_F(AlternateStatus, TableOutlivesItsFileAndGrowsButForTheDefaultLine) {
+  Load("Number,UDF_SIGNAL_MANUAL\n");
+  EXPECT_FALSE(receiver.m_bAlternateSignalTable);
+  Load("Default,UDF_SIGNAL_MANUAL\n");
+  EXPECT_TRUE(receiver.m_bAlternateSignalTable && Open<Cgsr2650lb>().m_bAlternateSignalTable) << "or made";
   Load("4,UDF_SIGNAL_WAAS\nDefault,UDF_SIGNAL_MANUAL\n");
   std::filesystem::remove(path);
   receiver.Initialize();
@@ -172,6 +183,8 @@ TEST_F(AlternateStatus, TableOutlivesItsFileAndGrowsButForTheDefaultLine) {
   EXPECT_EQ(SignalType(4), UDF_SIGNAL_WAAS);
   EXPECT_EQ(SignalType(5), UDF_SIGNAL_WAAS);
   EXPECT_EQ(SignalType(0), UDF_SIGNAL_NONE);
+  const std::string fix = WithChecksum("$GPGGA,120000,5130.0,N,00006.0,W,5,08,1.0,45.0,M,47.0,M,,");
+  EXPECT_EQ(gps::decode(std::as_bytes(std::span(fix))).fixes().next()->signal, UDF_SIGNAL_WAAS);
 }
 
 }  // namespace

@@ -1,7 +1,6 @@
 #include "gpsengine/link/precisetimer.h"
 
 #include "gpsengine/link/ticks.h"
-#include "gpsengine/platform/clock.h"
 #include "gpsengine/platform/event.h"
 #include "tests/support/basics.h"
 

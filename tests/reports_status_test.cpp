@@ -99,6 +99,7 @@ TEST_F(StatusReport, OfStarlinkAndAxis) {
       {"$PSLIR,PAR,NMEA,GGA:1.0,GSA:0,VTG:5,GLL:-1*", true,
        "bNmeaStatusValid=true nNmeaGGA=0 nNmeaGLL=1 nNmeaGSA=1 nNmeaVTG=0"},
       {"$PSLIR,PAR,NMEA,GGA:1.0,GSA:x,VTG:5*", false, "nNmeaGGA=0"},
+      {"$PSLIR,PAR,NMEA*", true, "bNmeaStatusValid=true"},
       {"$PSLIR,PAR,MODE,ELM:10*", true, "bElevationMaskValid=true nElevationMask=10"},
       {"$PSLIR,PAR,MODE*", true, "bElevationMaskValid=true"},
       {"$PSLIR,PAR,MODE,ELM:x*", false, ""},

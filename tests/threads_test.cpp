@@ -5,7 +5,6 @@
 
 #include "gpsengine/engine/gpsengine.h"
 #include "gpsengine/link/precisetimer.h"
-#include "gpsengine/platform/clock.h"
 #include "gpsengine/platform/messagebox.h"
 #include "tests/support/basics.h"
 #include "tests/support/hostwindow.h"

@@ -131,10 +131,6 @@ void CWinApp::SetMainWnd(const CWnd* wnd) {
   g_hMainWnd = wnd == nullptr ? nullptr : wnd->GetSafeHwnd();
 }
 
-HWND CWinApp::GetMainWnd() const {
-  return g_hMainWnd;
-}
-
 void CWinApp::SetProfilePath(const CString& path) {
   const std::lock_guard lock(g_ProfileMutex);
   m_strProfilePath = path;

@@ -20,8 +20,6 @@ class CWinApp {
 
   /// The window that gets the library's messages; null for none. Destroying the window resets this to none.
   void SetMainWnd(const CWnd* pWnd);
-  /// The window that SetMainWnd named, or null.
-  HWND GetMainWnd() const;
 
   /// A whole number of the profile, or `nDefault` if there is none or the file cannot be read.
   int GetProfileInt(const CString& section, const CString& entry, int nDefault);

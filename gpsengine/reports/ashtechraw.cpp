@@ -115,7 +115,6 @@ bool CGPSReceiver::ProcessPASHR_PBN(const void* payload) {
   in.Skip(2);
   const auto received = in.Take<std::uint16_t>();
 
-  state->epoch.m_bPositionValid = false;
   if (computed != received) {
     Trace("Bad PBN checksum: %d : %d\n", computed, received);
     state->epoch.Clear();

@@ -208,7 +208,6 @@ void SkyReader::Tell() {
     sky_.used = static_cast<int>(std::count_if(sky_.satellites.begin(), sky_.satellites.end(),
                                                [](const auto& satellite) { return satellite.used; }));
   }
-  is_new_ = false;
   is_told_ = true;
 }
 

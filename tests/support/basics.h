@@ -24,9 +24,13 @@
 #include "gpsengine/face/error.h"
 #include "gpsengine/platform/clock.h"
 
-/// Whether the text has that part. What it is instead stands in the message.
-inline testing::AssertionResult Has(std::string_view text, std::string_view part) {
+/// Whether the text has those parts, in any order. What it is instead stands in the message.
+template <class... Parts>
+testing::AssertionResult Has(std::string_view text, std::string_view part, const Parts&... more) {
   const bool has = text.find(part) != text.npos;
+  if constexpr (sizeof...(more) > 0) {
+    if (has) return Has(text, more...);
+  }
   return (has ? testing::AssertionSuccess() : testing::AssertionFailure())
          << '"' << part << (has ? "\" is in " : "\" is not in ") << text;
 }

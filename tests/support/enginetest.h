@@ -2,7 +2,6 @@
 
 #include "gpsengine/engine/gpsengine.h"
 #include "gpsengine/platform/messagebox.h"
-#include "tests/support/hostwindow.h"
 #include "tests/support/pseudoterminal.h"
 #include "tests/support/receivertest.h"
 

@@ -1,9 +1,5 @@
 #pragma once
 
-#include <fcntl.h>
-#include <poll.h>
-
-#include "gpsengine/platform/application.h"
 #include "host/monitor.h"
 #include "tests/support/pseudoterminal.h"
 #include "tests/support/receivertest.h"
