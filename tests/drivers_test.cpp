@@ -55,6 +55,7 @@ class DriverTest : public ReceiverTest<Receiver> {
 
 class AcknowledgedReceiver : public COtherGps {
  public:
+  using CGPSReceiver::Write;
   using CGPSReceiver::WriteAck;
 };
 
@@ -120,6 +121,7 @@ TEST_F(OtherDriver, WaitsForTheAcknowledgementOrForItsTime) {
   EXPECT_EQ(Steps(write(false)), "result false");
   Close();
   EXPECT_EQ(Steps(write(false)) + Steps(write(true)), "result falseresult false");
+  EXPECT_EQ(Steps([](auto& r) { return r.Write("$JSAVE\r\n", 200); }), "result false");
 }
 
 TEST_F(OtherDriver, HasItsWaitArmedForTheQuickestAnswer) {

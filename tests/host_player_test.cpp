@@ -50,7 +50,7 @@ TEST_F(HostPlayer, WaitsAsLongAsTheRecordingDid) {
 }
 
 TEST_F(HostPlayer, PacesARecordingWithoutTimesByItsLine) {
-  Record(std::string(480, '.') + '\n');
+  Record(std::string(481, '.'));
   const auto slow = Play(1.0, 4810);
   EXPECT_GT(slow->NextAt(), Deadline::Clock::now() + std::chrono::milliseconds(900));
   const auto quick = Play(PacedFeed::kMax, 4810);

@@ -19,8 +19,7 @@ TEST_F(PluggedRun, GoesOnUnderTheSameNameAndInTheSameRecording) {
     CloseOutput();
   });
   EXPECT_EQ(code, host::ExitCode::done);
-  ExpectError("the port was lost; waiting for " + options.port);
-  ExpectError("the port is back as " + second);
+  EXPECT_TRUE(Has(errors, "the port was lost; waiting for " + options.port, "the port is back as " + second));
   const std::string recorded = ReadFile(options.record);
   EXPECT_TRUE(recorded.starts_with(FixAt(1)) && recorded.ends_with(FixAt(2))) << recorded;
   EXPECT_EQ(host::ReadConfig().port, options.port) << "remembered, since it was understood";
@@ -38,8 +37,8 @@ TEST_F(PluggedRun, WaitsForAPortThatIsNotThereYet) {
               CloseOutput();
             }),
             host::ExitCode::done);
-  ExpectError("waiting for " + options.port + " to be plugged in");
-  ExpectError("the port is there as " + terminal->Name());
+  EXPECT_TRUE(Has(errors, "waiting for " + options.port + " to be plugged in",
+                  "the port is there as " + terminal->Name()));
 }
 
 TEST(FixAge, TellsOnceThatThereIsNoFixAndOnceThatThereIsOne) {

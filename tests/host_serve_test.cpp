@@ -247,8 +247,9 @@ TEST_F(GpsdServerTest, HasFiftyClientsAndRefusesMore) {
 
 TEST(SentenceFinder, FindsSentencesBetweenAnythingElse) {
   const std::string stream = "47*2D$GPZDA,1*00\r\n\x81$\x02\xA0$GP\x80$GPVTG,!*11\n\nx!AIVDM,1*22\r$" +
-                             std::string(2000, 'x') + "\r\n$GPGLL*33\r\n$GPG";
-  const Strings expected = {"$GPZDA,1*00\r\n", "$GPVTG,!*11\r\n", "!AIVDM,1*22\r\n", "$GPGLL*33\r\n"};
+                             std::string(2000, 'x') + "\r\n$GPGLL*33\r\nPMD:1\rPER:2\nPEM:3\r\nPRTA: 4\r$GPG";
+  const Strings expected = {"$GPZDA,1*00\r\n", "$GPVTG,!*11\r\n", "!AIVDM,1*22\r\n", "$GPGLL*33\r\n",
+                            "PMD:1\r\n",       "PER:2\r\n",       "PEM:3\r\n",       "PRTA: 4\r\n"};
   for (const std::size_t size : {std::size_t{1}, std::size_t{7}, stream.size()}) {
     SentenceFinder finder;
     Strings found;

@@ -242,7 +242,7 @@ TEST(HostSky, ReadsTheTailOfAPosition) {
       {"$GPGGA,120000,,,,,2,08,0.9,25,M,46.9,M,1.5,0031", "46.9 1.5 0031"},
       {"$GPGGA,120000,,,,,2,08,0.9,25,M,46.9,m,,", "46.9  "},
       {"$GPGGA,120000,,,,,2,08,0.9,25,F,46.9,F,-1,a.B", "none -1 a.B"},
-      {"$GPGGA,120000,,,,,2,08,0.9,25,M,x,M,1;2,\xE9", "none  "},  // for others to read again
+      {"$GPGGA,120000,,,,,2,08,0.9,25,M,inf,M,1;2,\xE9", "none  "},  // for others to read again
       {"$GPRMC,120000", "no position"},
   };
   for (const auto& [sentence, expected] : rows) {

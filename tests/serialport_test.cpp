@@ -167,6 +167,9 @@ TEST_F(RehearsedPort, ReadsABlockAndWaitsForAByte) {
   EXPECT_TRUE(port.WaitForByte('>', 100));
   EXPECT_FALSE(port.WaitForByte('>', 100)) << "what came before is gone";
   EXPECT_EQ(Took([&] { EXPECT_FALSE(port.ReadBlock(data, 8, &count, cancel)); }), 1010u);
+  line.Feed("a");
+  line.Feed("b", 500);
+  EXPECT_EQ(Took([&] { EXPECT_TRUE(port.ReadBlock(data, 8, &count, cancel)); }), 1070u);
   cancel = true;
   EXPECT_FALSE(port.ReadBlock(data, 8, &count, cancel));
 }

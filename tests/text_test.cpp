@@ -61,7 +61,9 @@ TEST(ParseDouble, RefusesWhatIsNoNumberOrTooLarge) {
 }
 
 TEST(Parser, SplitsAtAnyDelimiterAndKeepsEmptyFields) {
-  const std::tuple<const char*, CString, std::vector<CString>> rows[] = {
+  const CString zero("a\0b", 3);
+  const std::tuple<CString, CString, std::vector<CString>> rows[] = {
+      {zero, ",", {zero}},
       {"$PEM:05 SAV,,*7F", ": ,*", {"$PEM", "05", "SAV", "", "", "7F"}},
       {"$PEM:05 SAV,*", ": ,", {"$PEM", "05", "SAV", "*"}},
       {"a,", ",*", {"a", ""}},

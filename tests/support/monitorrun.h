@@ -60,7 +60,6 @@ class MonitorRun : public testing::Test {
         [this](const auto& interrupt, auto& output) { return host::Monitor(options, interrupt, output); },
         story);
   }
-  void ExpectError(const std::string& text) const { EXPECT_TRUE(Has(errors, text)); }
 
   const TemporaryFolder folder;
   CWinApp app{"gpsengine-test"};
