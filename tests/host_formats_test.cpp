@@ -144,30 +144,29 @@ TEST(HostMoment, GoesOnWithTheDaysThatPassWhileAReceiverIsSilent) {
 }
 
 TEST(HostMoment, FindsTheDateOfARecordingHoweverItIsCut) {
+  const std::string unfixed = WithChecksum("$GPRMC,120001,V,,,,,,,010199,,"),  // its clock may tell anything
+      older = WithChecksum("$GPZDA,000001.00,15,05,1999,00,00");
   const std::string stream =
       "noise$" +  // the first one is longer than the standard allows
       WithChecksum("$GNRMC,120000.00,A,4807.00000000,N,01131.00000000,E,0.000,000.000,140524,11.5982,E,D") +
-      WithChecksum("$GPRMC,120001,V,,,,,,,010199,,") +  // no fix: its clock may tell anything
-      "$GPZDA,120000,15,05,2031,00,00*00\r\n";          // broken
+      unfixed + "$GPZDA,120000,15,05,2031,00,00*00\r\n";  // broken
   for (const std::size_t cut : {std::size_t{1}, std::size_t{13}, stream.size()}) {
     DateScan scan;
-    const std::string unfixed = WithChecksum("$GPRMC,120001,V,,,,,,,010199,,");
     scan.Feed(WithChecksum("$GPRMC,120001,V,,,,,,,010198,,") +
               unfixed.substr(0, unfixed.size() - 2));  // its line end is not waited for
     EXPECT_EQ(scan.Latest(), Moment(std::chrono::milliseconds(915192001000)))
         << "as long as there is no other";
     for (std::size_t i = 0; i < stream.size(); i += cut) scan.Feed(std::string_view(stream).substr(i, cut));
     EXPECT_EQ(scan.Latest(), kMidday) << "after a stray dollar sign";
-    scan.Feed(WithChecksum("$GPRMC,120001,V,,,,,,,010199,,"));
+    scan.Feed(unfixed);
     EXPECT_EQ(scan.Latest(), kMidday) << "a date with a fix is better than one without";
-    scan.Feed(WithChecksum("$GPZDA,000001.00,15,05,1999,00,00"));
+    scan.Feed(older);
     EXPECT_EQ(scan.Latest(), Moment(std::chrono::milliseconds(926726401000)));
   }
   // In a piece of many lines, most of them without a date: before, after or between those, and cut in two.
   std::string lines;
   while (lines.size() < 4000) lines += WithChecksum("$GPGGA,120002,,,,,0,00,,,M,,M,,");
-  const std::string unfixed = WithChecksum("$GPRMC,120001,V,,,,,,,010199,,"), all = lines + stream + lines;
-  const std::string older = WithChecksum("$GPZDA,000001.00,15,05,1999,00,00");
+  const std::string all = lines + stream + lines;
   const std::pair<std::string, std::size_t> pieces[] = {{older + stream + lines, 0},
                                                         {lines + stream, 0},
                                                         {stream + lines + unfixed, 0},

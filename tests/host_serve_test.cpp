@@ -266,25 +266,24 @@ TEST(PageHub, KeepsSoMuchForSoMany) {
   hub.SetStatus("S");
   for (const char* line : {"0123456789", "1123456789", "2123456789", "3123456789"}) hub.Publish(line);
   EXPECT_EQ(hub.History(), "S\n1123456789\n2123456789\n3123456789\n");
+  const auto taken = [](auto& reader) {
+    std::string events;
+    return reader->Take(events, 0ms) ? events : "none";
+  };
   auto reader = hub.Join(-1);
-  std::string events;
-  EXPECT_TRUE(reader->Take(events, 0ms));
-  EXPECT_EQ(events,
+  EXPECT_EQ(taken(reader),
             "data: S\n\nid: 2\ndata: 1123456789\n\nid: 3\ndata: 2123456789\n\nid: 4\ndata: 3123456789\n\n");
   for (int i = 0; i < 5; ++i) hub.Publish(std::to_string(i) + "abcdefghi");  // two of which it misses
-  events.clear();
-  EXPECT_TRUE(reader->Take(events, 0ms));
-  EXPECT_TRUE(events.starts_with("id: 7\ndata: 2abc")) << events;
+  EXPECT_TRUE(taken(reader).starts_with("id: 7\ndata: 2abc"));
   EXPECT_EQ(hub.GetCounts().dropped, 2);
 
   const auto back = hub.Join(8);
-  events.clear();
-  EXPECT_TRUE(back->Take(events, 0ms));
-  EXPECT_EQ(events, "data: S\n\nid: 9\ndata: 4abcdefghi\n\n");
+  EXPECT_EQ(taken(back), "data: S\n\nid: 9\ndata: 4abcdefghi\n\n");
   EXPECT_EQ(hub.Join(-1), nullptr);
   reader.reset();
   EXPECT_NE(hub.Join(1000), nullptr);
   const std::jthread closing([&] { hub.Close(); });
+  std::string events;
   EXPECT_FALSE(back->Take(events, 1h));
 }
 

@@ -134,6 +134,8 @@ TEST(Signal, CutsShortNeitherAReadNorAWrite) {
 
 TEST(GuardedLine, TellsAPeerThatHasGoneFromASilentOne) {
   PseudoTerminal terminal;
+  OpenSerialDevice(CString::FromUtf8(terminal.Name())).reset();
+  EXPECT_FALSE(terminal.IsExclusive()) << "a line that goes leaves its device to others";
   gps::GuardedLine line(OpenSerialDevice(CString::FromUtf8(terminal.Name())), {});
   char byte = 0;
   line.WakeReader();

@@ -29,9 +29,7 @@ TEST_F(SatelliteTest, KeepsWhatGsaSaidOfAnUsedSatelliteThroughGsv) {
   EXPECT_TRUE(FeedSentence("$GPGSV,1,1,02,103,40,083,40,20,17,308,30"));
   const CGPSData& data = Table();
   const auto* third = Find(103);
-  ASSERT_NE(third, nullptr);
-  EXPECT_TRUE(third->m_bUsed);
-  EXPECT_TRUE(third->m_bInView);
+  ASSERT_TRUE(third != nullptr && third->m_bUsed && third->m_bInView);
   EXPECT_EQ(third->m_nSNR, 40);
   EXPECT_DOUBLE_EQ(third->m_dElevation, 40 * kDegree);
   EXPECT_DOUBLE_EQ(third->m_dAzimuth, 83 * kDegree);
@@ -82,6 +80,8 @@ TEST_F(SatelliteTest, TakesNothingOnTrustInAGsv) {
   EXPECT_DOUBLE_EQ(Find(41)->m_dAzimuth, 361 * kDegree);
   EXPECT_EQ(Find(42), nullptr) << "an empty elevation ends the sentence";
   EXPECT_EQ(Find(43), nullptr);
+  FeedSentence("$GPGSV,1,1,05,51,1,1,1,52,1,1,1,53,1,1,1,54,1,1,1,55,1,1,1");
+  EXPECT_TRUE(Find(54) != nullptr && Find(55) == nullptr) << "four a sentence";
   EXPECT_FALSE(FeedSentence("$GPGSA,A,1,,,,")) << "short but valid";
 }
 
