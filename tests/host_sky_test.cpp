@@ -48,11 +48,8 @@ std::string PagesOf(const std::string& talker, int satellites, const std::string
   return text;
 }
 
-/// Reads text line by line; true if some line told a sky.
-bool ReadAll(SkyReader& reader, const std::string& text) {
-  bool told = false;
-  for (const std::string& line : Split(text, '\n')) told |= reader.Read(Fields(line));
-  return told;
+void ReadAll(SkyReader& reader, const std::string& text) {
+  for (const std::string& line : Split(text, '\n')) reader.Read(Fields(line));
 }
 
 /// The first satellites of ranges of numbers that follow each other, up to a last number: "G01=1 S20=33".
@@ -142,6 +139,10 @@ TEST(HostSky, TellsOneSkyAnEpochAndForgetsWhatIsGone) {
   EXPECT_EQ(SkiesOf({At("120000"), gps, At("120001"), "$GPGSV,1,1,00", At("120002")}), one + "\n");
   EXPECT_EQ(SkiesOf({At("120000"), gps, glonass, At("120001"), gps, At("120002"), gps, At("120003"), gps}),
             both + both + both + one);
+  SkyReader other;
+  ReadAll(other,
+          WithChecksum("$GNGNS,120000,4807.038,N,01131.000,E,RR,13,0.9,25.63,-11.24,,") + WithChecksum(gps));
+  EXPECT_TRUE(other.Finish() && other.Latest().used == 13 && other.Latest().hdop == 0.9);
   SkyReader reader;
   ReadAll(reader,
           At("120000") + WithChecksum(gps) + WithChecksum(glonass) + At("120001") + WithChecksum(gps));

@@ -130,6 +130,7 @@ TEST(PreciseTimer, TakesUpANewStartRightBehindAStop) {
 
 TEST(Ticks, GoOnOverAWrapOfThePlatformsTick) {
   constexpr std::tuple<DWORD, DWORD, DWORD> steps[] = {{1000, 1010, 10},
+                                                       {1000, 990, 0u - 10},   // set back
                                                        {0x7FFFFFF0, 5, 0x14},  // a tick of 31 bits
                                                        {0x7FFFFFF0, 0x80000005, 0x15},
                                                        {0xFFFFFFF0, 5, 0x13}};  // of 32, 2 ms short

@@ -61,9 +61,8 @@ TEST(ParseDouble, RefusesWhatIsNoNumberOrTooLarge) {
 }
 
 TEST(Parser, SplitsAtAnyDelimiterAndKeepsEmptyFields) {
-  const CString zero("a\0b", 3);
   const std::tuple<CString, CString, std::vector<CString>> rows[] = {
-      {zero, ",", {zero}},
+      {CString("a\0b", 3), ",", {CString("a\0b", 3)}},
       {"$PEM:05 SAV,,*7F", ": ,*", {"$PEM", "05", "SAV", "", "", "7F"}},
       {"$PEM:05 SAV,*", ": ,", {"$PEM", "05", "SAV", "*"}},
       {"a,", ",*", {"a", ""}},
