@@ -1,4 +1,6 @@
 // Files that fail a run: a disk that fills up, a folder in place of a file, a recording that is no recording.
+#include <sys/stat.h>
+
 #include "gpsengine/drivers/sirf.h"
 #include "tests/support/enginetest.h"
 #include "tests/support/scriptedline.h"
@@ -174,13 +176,11 @@ TEST_F(ProfileTest, KeepsTextsAndForgetsThem) {
 
 TEST_F(ProfileTest, GivesTheDefaultForWhatItCannotRead) {
   EXPECT_EQ(app.GetProfileInt("SiRF", "Baud", 7), 7);
-  Write("[SiRF]\nBaud=fast\n[Half");
-  EXPECT_EQ(app.GetProfileInt("SiRF", "Baud", 7), 7);
-  EXPECT_EQ(app.GetProfileInt("SiRF", "Speed", 7), 7);
-  Write("[SiRF]\nSpeed=1\n[Other]\nBaud=1\n");
-  EXPECT_EQ(app.GetProfileInt("SiRF", "Baud", 7), 7) << "that is another section's";
-  Write(std::string(100, '\0') + "\xFF\xFE[=\n==\n");
-  EXPECT_EQ(app.GetProfileInt("SiRF", "Baud", 7), 7);
+  for (const char* content :
+       {"[SiRF]\nBaud=fast\n[Half", "[SiRF]\nSpeed=1\n[Other]\nBaud=1\n", "\x01\xFF\xFE[=\n==\n"}) {
+    Write(content);
+    EXPECT_EQ(app.GetProfileInt("SiRF", "Baud", 7), 7) << content;
+  }
 }
 
 TEST_F(ProfileTest, KeepsWhatItHadIfTheDiskIsFull) {
@@ -198,8 +198,10 @@ TEST_F(ProfileTest, KeepsWhatItHadIfTheDiskIsFull) {
 
 TEST_F(ProfileTest, InPlaceOfWhichAFolderStandsOrNothingCanIsNone) {
   std::filesystem::create_directories(path);
-  for (const CString& place : {CString::FromUtf8(path), CString("/proc/nowhere/host.ini")}) {
-    app.SetProfilePath(place);
+  const std::string socket = path + ".socket";  // which nobody can read, not even the superuser
+  ASSERT_EQ(mknod(socket.c_str(), S_IFSOCK | 0600, 0), 0);
+  for (const std::string& place : {path, socket, "/proc/nowhere/host.ini"s}) {
+    app.SetProfilePath(CString::FromUtf8(place));
     EXPECT_EQ(app.GetProfileInt("SiRF", "Baud", 7), 7);
     EXPECT_FALSE(app.WriteProfileInt("SiRF", "Baud", 1));
   }
