@@ -160,7 +160,7 @@ ExitCode Command(const CommandOptions& options, const Interrupt& interrupt, Outp
   if (options.port.empty() && !options.dry_run)
     throw Failure(ExitCode::usage, "--port or --dry-run is needed");
   if (!options.force) CheckOffer(operation, FindModel(options.model), ". --force sends it all the same");
-  const Transcript transcript = Rehearse(options.model, operation, action, !options.closed);
+  const Transcript transcript = Rehearse(options.model, action, !options.closed);
   if (options.dry_run) return PrintTranscript(transcript, output);
   if (!Port::Of(options.port)->TakesCommands()) throw OnlyListenedTo(options.port);
   if (HasNoEffect(operation, transcript)) throw NothingSent(operation, options.arguments, options.model);
@@ -171,7 +171,7 @@ ExitCode Command(const CommandOptions& options, const Interrupt& interrupt, Outp
   if (ending.code == ExitCode::interrupted) {
     // With the engine gone, what has been sent can be rehearsed.
     Transcript sent;
-    if (ending.waited >= 0) sent = Rehearse(options.model, operation, action, true, ending.waited);
+    if (ending.waited >= 0) sent = Rehearse(options.model, action, true, ending.waited);
     Complain(outcome.TellInterrupted(operation.name, sent));
   }
   return ending.code;

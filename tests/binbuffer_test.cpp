@@ -156,14 +156,17 @@ TEST(BinBuffer, LetsItsBytesBeWritten) {
   buffer.SetSize(12);
   buffer[10] = buffer[11] = ',';
   EXPECT_TRUE(buffer.GetTag(tag, subTag));
-  EXPECT_EQ(tag, "$GPXXX");
-  EXPECT_EQ(subTag, "1\r\n");
+  EXPECT_EQ(tag + "/" + subTag, "$GPXXX/1\r\n");
   buffer.First();
   buffer.SetSize(4);
   int length = 0;
   ASSERT_NE(buffer.GetMessageBin(length), nullptr);
   EXPECT_EQ(length, 4);
   EXPECT_THROW(buffer[4], std::out_of_range);
+  buffer.Set("$A,1,2\r\n$B,1,2\r\n", 16, 0);
+  EXPECT_TRUE(buffer.First() && buffer.Next());
+  buffer.SetSize(4);
+  EXPECT_FALSE(buffer.HasMessage()) << "before which it was cut";
 }
 
 TEST(BinBuffer, TellsTheTagOfTheMessageAtHand) {

@@ -140,7 +140,8 @@ class Derived : public COtherGps {
       const RecordLock lock;
       m_GPSData.m_Status.m_nBeaconSNR *= 2;
     }
-    return IsChecksumOK("$*00") && !IsChecksumOK("*$*00") && IsChecksumOK("x$A*41") && !m_bMonitorNmea &&
+    return IsChecksumOK("$*00") && !IsChecksumOK("*$*00") && IsChecksumOK("x$A*41") &&
+           IsChecksumOK("$A*0041") && !IsChecksumOK("$A*00041") && !m_bMonitorNmea &&
            m_Notifications.empty() && PostNewData(true);
   }
   /// Opens a port that was set to anything but a plain line.

@@ -311,12 +311,10 @@ TEST_F(NetworkRun, FindsAndCommandsAReceiverBehindSer2net) {
   Command(options.port);
   EXPECT_TRUE(Has(errors, "the receiver acknowledged"));
   EXPECT_EQ(Run([&] {
-              while (!Shown(0).empty()) {
-              }
+              while (!Shown(0).empty()) continue;
               EXPECT_NE(Shown(5000), "");
               server.reset();
-              while (!Shown(200).empty()) {
-              }
+              while (!Shown(200).empty()) continue;
               start();
               EXPECT_NE(Shown(5000), "");
               CloseOutput();

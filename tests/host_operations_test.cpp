@@ -29,9 +29,8 @@ TEST_F(HostOperations, SayWhatWasSentAndHowTheLineAnswered) {
       {"CSI", "keep-alive", "", 0, "nothing was sent"}};
   for (const auto& [model, call, bytes, reports, text] : rows) {
     const auto words = Split(call, ' ');
-    const Operation& operation = FindOperation(words[0]);
     const Arguments arguments{{words.begin() + 1, words.end()}, false};
-    Outcome outcome(Rehearse(model, operation, Prepare(operation, arguments)));
+    Outcome outcome(Rehearse(model, Prepare(FindOperation(words[0]), arguments)));
     for (const char c : std::string_view(bytes)) outcome.Feed({&c, 1});
     const Outcome::Line line{"/dev/x", model, 4800, bytes[0] == '$', reports};
     std::string told;
@@ -41,16 +40,15 @@ TEST_F(HostOperations, SayWhatWasSentAndHowTheLineAnswered) {
 }
 
 TEST_F(HostOperations, SayWhatAnInterruptionHasLeftUndone) {
-  const Operation& operation = FindOperation("set-dgps");
-  const Action action = Prepare(operation, {{"none"}, false});
-  const Outcome outcome(Rehearse("SiRF", operation, action));
+  const Action action = Prepare(FindOperation("set-dgps"), {{"none"}, false});
+  const Outcome outcome(Rehearse("SiRF", action));
   const std::pair<long long, const char*> rows[] = {
       {0, "has not been sent 9 messages"},
       {2999, "has not been sent a binary message. Give"},  // what leads back to its text protocol was sent
       {3001, "all of set-dgps had been sent"},
   };
   for (const auto& [passed, text] : rows) {
-    const Transcript sent = Rehearse("SiRF", operation, action, true, passed);
+    const Transcript sent = Rehearse("SiRF", action, true, passed);
     const std::string told = outcome.TellInterrupted("set-dgps", sent);
     EXPECT_TRUE(Has(told, text)) << passed << ": " << told;
   }
@@ -69,7 +67,7 @@ std::string RawRun(const std::string& model, double interval, const std::vector<
     return Result::none;  // whose destructor finds nothing to do
   };
   std::string text;
-  for (const auto& step : Rehearse(model, FindOperation("post-processing"), run).steps)
+  for (const auto& step : Rehearse(model, run).steps)
     text += step.bytes.substr(0, step.bytes.find('\r')) + (step.bytes.empty() ? "" : ";");
   return text;
 }

@@ -263,9 +263,9 @@ TEST_F(TerminalPort, SetsAnyBaudRateTheLineTakes) {
   DCB state;
   GetCommState(port.GetHandle(), &state);
   EXPECT_EQ(state.StopBits, 0);
-  port.SetStopBits(2);
   for (const int rate : {4800, 123456, 38400}) {
     port.SetBaudRate(rate);
+    port.SetStopBits(2);
     ASSERT_TRUE(GetCommState(port.GetHandle(), &state));
     EXPECT_EQ(state.BaudRate, static_cast<DWORD>(rate));
     EXPECT_TRUE(SetCommState(port.GetHandle(), &state));

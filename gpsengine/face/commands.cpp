@@ -45,7 +45,7 @@ Transcript rehearse(const std::string& model, const std::string& operation,
   const Operation& found = FindOperation(operation);
   Arguments read = ArgumentsOf(arguments);
   const bool waits = TakeWait(found, read);
-  Transcript transcript = Rehearse(model, found, PrepareOffered(found, read, FindModel(model)));
+  Transcript transcript = Rehearse(model, PrepareOffered(found, read, FindModel(model)));
   if (waits) AddWait(found, transcript);
   return transcript;
 }

@@ -52,7 +52,7 @@ std::vector<Offer> FindOffers(CGPSReceiver& receiver) {
     for (const Arguments& arguments : ExamplesOf(operation)) {
       const auto action = PrepareFor(receiver, operation, arguments);
       if (!action) continue;
-      offer.examples.push_back({CallText(operation, arguments), Rehearse(model, operation, *action)});
+      offer.examples.push_back({CallText(operation, arguments), Rehearse(model, *action)});
       has_effect = has_effect || !HasNoEffect(operation, offer.examples.back().transcript);
     }
     if (has_effect) offers.push_back(std::move(offer));

@@ -29,15 +29,15 @@ std::string Transcript::Text() const {
   return text;
 }
 
-Transcript Rehearse(const std::string& model, const Operation& operation, const Action& action,
-                    bool port_opens, std::optional<long long> stop_after) {
+Transcript Rehearse(const std::string& model, const Action& action, bool port_opens,
+                    std::optional<long long> stop_after) {
   const CGPSReceiver::SharedState shared;
   CRehearsal line(kPort, port_opens);
   CGPSEngine engine;  // whose receivers are as new
   CGPSReceiver& receiver = *engine.FindReceiver(FindModel(model).GetName());
   receiver.SetProperties();  // some commands carry the baud rate
   receiver.SetupReceiver(kPort, 0, 0.0, "", false);
-  if (port_opens) operation.kind == Operation::Kind::starts ? receiver.OpenPort() : receiver.Initialize();
+  if (port_opens) receiver.OpenPort();
   line.ForgetSteps();
   if (stop_after) line.StopAfter(static_cast<DWORD>(*stop_after));
   line.SetStepHandler([](const CRehearsal::Step& step) {

@@ -22,11 +22,11 @@ struct Transcript {
   std::string Text() const;
 };
 
-/// Rehearses an operation on a receiver of that model, whose port is open when the operation begins, or is
+/// Rehearses an action on a receiver of that model, whose port is open when the action begins, or is
 /// closed and does not open. A wait for an acknowledgement counts as acknowledged. With `stop_after` the
-/// operation is stopped when it has waited that many milliseconds. No engine may run meanwhile.
-Transcript Rehearse(const std::string& model, const Operation& operation, const Action& action,
-                    bool port_opens = true, std::optional<long long> stop_after = {});
+/// action is stopped when it has waited that many milliseconds. No engine may run meanwhile.
+Transcript Rehearse(const std::string& model, const Action& action, bool port_opens = true,
+                    std::optional<long long> stop_after = {});
 
 /// Whether a call does nothing: the capability answer opens the operation, but the model leaves it empty.
 bool HasNoEffect(const Operation& operation, const Transcript& transcript);

@@ -88,7 +88,7 @@ void RawOutput::PutBack() {
 std::string RawOutput::Explain(const std::string& model, double interval) {
   std::size_t begun = 0;
   const auto rehearse = [&](bool ends) {
-    return Rehearse(model, FindOperation("post-processing"), [&](CGPSReceiver& receiver) {
+    return Rehearse(model, [&](CGPSReceiver& receiver) {
       RawOutput output(receiver, interval);
       output.Start();
       for (Hiding& sentence : output.hiding_) sentence.has_come = ends;
