@@ -102,8 +102,7 @@ TEST(NetworkLine, GivesUpOnAPeerThatTakesNothing) {
   peer.Accept();
   const std::string much(16 << 20, 'x');
   const int taken = line->Write(much.data(), static_cast<int>(much.size()), 30);
-  EXPECT_GT(taken, 0);
-  EXPECT_LT(taken, static_cast<int>(much.size()));
+  EXPECT_TRUE(taken > 0 && taken < static_cast<int>(much.size())) << taken;
   const std::jthread canceller([&] {
     std::this_thread::sleep_for(10ms);
     line->Cancel();

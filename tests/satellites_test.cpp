@@ -89,9 +89,7 @@ TEST_F(SatelliteTest, KeepsDilutionsThatAGsaLacks) {
   Gsa({101}, "4.0,3.0,2.0");
   EXPECT_FALSE(FeedSentence("$GPGSA,A,3,101"));
   FeedSentence("$GPGSV,1,1,01,101,40,083,40");
-  EXPECT_EQ(Last().m_dPDOP, 4.0);
-  EXPECT_EQ(Last().m_dHDOP, 3.0);
-  EXPECT_TRUE(Last().m_bDOPValid);
+  EXPECT_TRUE(Last().m_dPDOP == 4.0 && Last().m_dHDOP == 3.0 && Last().m_bDOPValid);
 }
 
 TEST_F(SatelliteTest, DeclaresTheTableIncompleteWhenTheHostAsks) {

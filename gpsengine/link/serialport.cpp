@@ -21,9 +21,7 @@ constexpr DWORD kFollowTime = 10;  // the rest of a burst follows a byte within 
 
 std::string LastErrorText() {
   WCHAR text[256];
-  if (const DWORD length = FormatMessageW(GetLastError(), text, 256); length > 0)
-    return CString(text, static_cast<int>(length)).ToUtf8();
-  return std::to_string(GetLastError());
+  return CString(text, static_cast<int>(FormatMessageW(GetLastError(), text, 256))).ToUtf8();
 }
 
 // The bytes as text, which ends at the first zero.
