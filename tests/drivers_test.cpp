@@ -320,6 +320,8 @@ TEST_F(GsrDriver, SwitchesTheRawLogsOnlyWhenTheyChange) {
   expect(Raw(true), "LOG RANGEB ONTIME 1");
   Close();
   expect(Raw(true), "");
+  ASSERT_TRUE(receiver.OpenPort()) << "whose receiver has heard nothing of it";
+  expect(Raw(true), "LOG RANGEB ONTIME 1");
 }
 
 TEST_F(GsrDriver, SaysWhetherItsResetWasAcknowledged) {

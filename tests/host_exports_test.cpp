@@ -154,7 +154,7 @@ TEST_F(HostExports, TellOfSatellitesOfEverySystem) {
            WithChecksum("$GPGSV,4,2,13,05,10,020,30,06,10,020,30,07,10,020,30,08,10,020,30,1") +
            WithChecksum("$GPGSV,4,3,13,09,10,020,30,10,10,020,30,11,10,020,30,12,10,020,30,1") +
            WithChecksum("$GPGSV,4,4,13,13,10,020,30,1") +
-           WithChecksum("$GAGSV,1,1,02,33,05,010,44,08,-3,,,7");
+           WithChecksum("$GAGSV,1,1,02,33,05,010,44,08,-3,,20,7");
   };
   Decode(kDate + epoch("000000") + epoch("000001"));
   const auto row = Table(Export("csv")).back();
@@ -163,7 +163,7 @@ TEST_F(HostExports, TellOfSatellitesOfEverySystem) {
   for (const std::string& sentence :
        {"$GNGSA,A,3,01,02,03,04,05,06,07,08,09,10,11,12," + dilution + "1",
         "$GNGSA,A,3,13,,,,,,,,,,,," + dilution + "1", "$GNGSA,A,3,33,,,,,,,,,,,," + dilution + "3",
-        std::string("$GPGSV,4,4,13,13,10,020,30"), std::string("$GAGSV,1,1,02,08,-3,,,33,05,010,44")}) {
+        std::string("$GPGSV,4,4,13,13,10,020,30"), std::string("$GAGSV,1,1,02,08,-3,,20,33,05,010,44")}) {
     EXPECT_EQ(Count(Export("nmea"), WithChecksum(sentence)), 1) << sentence;
   }
 }

@@ -172,8 +172,6 @@ TEST_F(AlternateStatus, KnowsAllElevenNamesAndTheLastLineCounts) {
 }
 
 TEST_F(AlternateStatus, TableOutlivesItsFileAndGrowsButForTheDefaultLine) {
-  Load("Number,UDF_SIGNAL_MANUAL\n");
-  EXPECT_FALSE(receiver.m_bAlternateSignalTable);
   Load("Default,UDF_SIGNAL_MANUAL\n");
   EXPECT_TRUE(receiver.m_bAlternateSignalTable && Open<Cgsr2650lb>().m_bAlternateSignalTable) << "or made";
   Load("4,UDF_SIGNAL_WAAS\nDefault,UDF_SIGNAL_MANUAL\n");
