@@ -109,8 +109,8 @@ TEST(CString, ConvertsUtf8BothWaysAndMarksWhatIsMalformed) {
 
 TEST(CString, FormatsAsPrintfDoesWithTextsInUtf8) {
   CString text = "before";
-  text.Format("%s|%5s|%-5s|%c|%%|%u|%02X|%200.0f", "\xC3\xA9", "b", "c", 'd', 7u, 8, 1557845.0);
-  EXPECT_EQ(text, CString(u"\u00E9|    b|c    |d|%|7|08|") + CString(u' ', 193) + "1557845");
+  text.Format("%s|%5s|%-5s|%c|%%|%u|%02X|%104.0f", "\xC3\xA9", "b", "c", 'd', 7u, 8, 1557845.0);
+  EXPECT_EQ(text, CString(u"\u00E9|    b|c    |d|%|7|08|") + CString(u' ', 97) + "1557845");
 }
 
 // Texts of every length up to some registers, with what is looked for at every place and what stands outside
