@@ -413,8 +413,9 @@ TEST(FaceLive, CommandsAndEndsWithItsLine) {
   terminal.Send(Gga("123519") + WithChecksum("$GPGSV,1,1,01,07,45,180,41"));
   EXPECT_EQ(fixes.next()->height_msl, 543.4);
   EXPECT_TRUE(Soon([&] { return receiver->understood() == 4; })) << "with the refusal, which has one comma";
-  const std::jthread pulling([&] { std::this_thread::sleep_for(600ms), terminal.HangUp(); });
+  std::jthread pulling([&] { std::this_thread::sleep_for(600ms), terminal.HangUp(); });
   EXPECT_LT(Took([&] { EXPECT_TRUE(Has(ErrorOf(command), "5 the port")); }), 1650u) << "while it waits";
+  pulling.join();
   EXPECT_EQ(
       ErrorOf([&] { fixes.next(); }),
       "5 the port " + terminal.Name() +
