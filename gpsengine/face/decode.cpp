@@ -61,6 +61,7 @@ Reader ReaderOf(const std::filesystem::path& file) {
   if (head[0] == '\x1F' && head[1] == '\x8B') {
     throw Error(ErrorCode::failed, cannot + "it is packed: unpack it first, with gunzip");
   }
+  stream->clear();  // a file of one byte has ended by now
   stream->seekg(0);
   return [stream, read = ReaderOf(*stream)] { return read(); };
 }
