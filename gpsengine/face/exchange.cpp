@@ -1,8 +1,7 @@
 #include "gpsengine/face/exchange.h"
 
-#include <chrono>
-
 #include "gpsengine/face/error.h"
+#include "gpsengine/platform/clock.h"
 
 namespace gps {
 
@@ -11,8 +10,8 @@ namespace {
 // So long a silence ends an answer of several reports.
 constexpr double kPause = 0.3;
 
-std::chrono::milliseconds Time(double seconds) {
-  return std::chrono::ceil<std::chrono::milliseconds>(std::chrono::duration<double>(seconds));
+DWORD Milliseconds(double seconds) {
+  return static_cast<DWORD>(seconds * 1000.0);
 }
 
 std::string Lines(int count) {
@@ -64,13 +63,22 @@ void Exchange::Await(const Operation& operation, const std::string& model, const
   }
 }
 
+// By the clock of this thread, as all that blocks on it.
+template <class Ready>
+bool Exchange::Wait(Monitor::Lock& lock, const std::stop_token& stop, double seconds, Ready ready) {
+  return CurrentClock().Wait(WaitKind::line, Milliseconds(seconds), [&](DWORD ms) {
+    return monitor_.Wait(lock, stop, std::chrono::milliseconds(ms),
+                         [&] { return ready() || receiver_ == nullptr; });
+  });
+}
+
 void Exchange::AwaitReports(Monitor::Lock& lock, const std::string& name, const std::string& model,
                             const std::stop_token& stop) {
-  const auto end = std::chrono::steady_clock::now() + Time(AnswerReader::kForReports);
+  Clock& clock = CurrentClock();
+  const auto end = clock.Milliseconds() + Milliseconds(AnswerReader::kForReports);
   int seen = 0;
-  const auto is_more = [&] { return reports_ > seen || receiver_ == nullptr; };
-  const auto wait = [&] { return Time(seen == 0 ? AnswerReader::kForReports : kPause); };
-  while (std::chrono::steady_clock::now() < end && monitor_.Wait(lock, stop, wait(), is_more) &&
+  while (clock.Milliseconds() < end &&
+         Wait(lock, stop, seen == 0 ? AnswerReader::kForReports : kPause, [&] { return reports_ > seen; }) &&
          receiver_ != nullptr)
     seen = reports_;
   if (seen > 0 || receiver_ == nullptr || stop.stop_requested()) return;
@@ -81,8 +89,7 @@ void Exchange::AwaitReports(Monitor::Lock& lock, const std::string& name, const 
 void Exchange::AwaitWords(Monitor::Lock& lock, const std::string& name, const std::string& model,
                           const std::stop_token& stop) {
   const auto said = [&] { return answers_.Taken() + answers_.Refused(); };
-  monitor_.Wait(lock, stop, Time(AnswerReader::kForWord),
-                [&] { return said() >= asked_ || receiver_ == nullptr; });
+  Wait(lock, stop, AnswerReader::kForWord, [&] { return said() >= asked_; });
   if (receiver_ == nullptr || stop.stop_requested()) return;
   if (answers_.Refused() > 0) {
     throw Error(ErrorCode::refused, name + ": the receiver took " + Lines(answers_.Taken()) +

@@ -35,6 +35,8 @@ class Exchange {
                     const std::stop_token& stop);
   void AwaitWords(Monitor::Lock& lock, const std::string& name, const std::string& model,
                   const std::stop_token& stop);
+  template <class Ready>
+  bool Wait(Monitor::Lock& lock, const std::stop_token& stop, double seconds, Ready ready);
 
   Monitor monitor_;         // for what follows
   CGPSReceiver* receiver_;  // null at the end
