@@ -192,8 +192,9 @@ TEST_F(DispatchTest, RemembersWhichKindsHaveComeWhileItMonitors) {
   Feed("#RTKSOURCEA,COM1");
   EXPECT_TRUE(receiver.HaveGotNmea(GPS_STRING_NONE));
   EXPECT_TRUE(receiver.HaveGotNmea(GPS_STRING_WAAS1) && receiver.HaveGotNmea(GPS_STRING_ALM));
-  receiver.MonitorNmea(false);
+  receiver.MonitorNmea(true);
   EXPECT_FALSE(receiver.HaveGotNmea(GPS_STRING_RMC));
+  EXPECT_FALSE(COtherGps().MonitoringNmea());
 }
 
 // What goes out, and with what.

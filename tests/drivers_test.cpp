@@ -122,6 +122,7 @@ TEST_F(OtherDriver, WaitsForTheAcknowledgementOrForItsTime) {
   Close();
   EXPECT_EQ(Steps(write(false)) + Steps(write(true)), "result falseresult false");
   EXPECT_EQ(Steps([](auto& r) { return r.Write("$JSAVE\r\n", 200); }), "result false");
+  EXPECT_EQ(Steps([](auto&) { Sleep(0), Sleep(1); }), "wait 1");
 }
 
 TEST_F(OtherDriver, HasItsWaitArmedForTheQuickestAnswer) {

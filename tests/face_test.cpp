@@ -3,6 +3,7 @@
 #include "gpsengine/face/answerreader.h"
 #include "gpsengine/face/commands.h"
 #include "gpsengine/face/decode.h"
+#include "gpsengine/face/exchange.h"
 #include "gpsengine/face/operations.h"
 #include "gpsengine/face/receiver.h"
 #include "gpsengine/face/stopclock.h"
@@ -21,18 +22,13 @@ using gps::ErrorCode;
 
 constexpr std::chrono::seconds kLong(10);
 
-std::string Gga(const std::string& time, int quality = 1) {
-  return WithChecksum("$GPGGA," + time + ",4807.038,N,01130.000,W," + std::to_string(quality) +
-                      ",08,0.9,545.4,M,46.9,M,,");
-}
-
 /// Two fixes of a day, a sentence without one, satellites of two systems and a setting.
 std::string Recorded() {
-  return WithChecksum("$GPRMC,123518.00,A,4807.038,N,01130.000,W,022.4,084.4,230394,,") + Gga("123519") +
+  return WithChecksum("$GPRMC,123518.00,A,4807.038,N,01131.000,E,022.4,084.4,230394,,") + GgaAt("123519") +
          WithChecksum("$GPGSV,1,1,02,03,42,111,40,19,20,300,35") +
-         WithChecksum("$GLGSV,1,1,01,70,33,250,38") + Gga("123520", 0) +
-         WithChecksum("$GPVTG,090.0,T,,M,010.0,N,018.5,K") + Gga("123521.5", 4) + "$PASHR,ACK*3D\r\n" +
-         Gga("123522");
+         WithChecksum("$GLGSV,1,1,01,70,33,250,38") + GgaAt("123520", 0) +
+         WithChecksum("$GPVTG,090.0,T,,M,010.0,N,018.5,K") + GgaAt("123521.5", 4) + "$PASHR,ACK*3D\r\n" +
+         GgaAt("123522");
 }
 
 std::span<const std::byte> BytesOf(const std::string& text) {
@@ -56,18 +52,18 @@ TEST(Face, ReadsFixesInDegreesMetresAndUtc) {
         << gps::NameOfSignal(fix.signal) << '\n';
   }
   EXPECT_EQ(out.str(),
-            "1994-03-23T12:35:19.000Z 48.1173 -11.5 545.4 - 0.9 - 1 GPS\n"
-            "1994-03-23T12:35:21.500Z 48.1173 -11.5 545.4 90 0.9 - 1 RTK fixed\n"
-            "1994-03-23T12:35:22.000Z 48.1173 -11.5 545.4 - 0.9 - 0 GPS\n");
+            "1994-03-23T12:35:19.000Z 48.1173 11.5167 545.4 - 0.9 - 1 GPS\n"
+            "1994-03-23T12:35:21.500Z 48.1173 11.5167 545.4 90 0.9 - 1 RTK fixed\n"
+            "1994-03-23T12:35:22.000Z 48.1173 11.5167 545.4 - 0.9 - 0 GPS\n");
   gps::Fix fix = gps::decode(BytesOf(bytes)).fixes().next().value();
-  EXPECT_EQ(testing::PrintToString(fix), "1994-03-23T12:35:19.000Z 48.1173000 -11.5000000 545.4 m GPS");
+  EXPECT_EQ(testing::PrintToString(fix), "1994-03-23T12:35:19.000Z 48.1173000 11.5166667 545.4 m GPS");
   std::string names;
   for (int signal = -1; signal <= 11; ++signal) names += std::string(gps::NameOfSignal(signal)) + ',';
   EXPECT_EQ(names,
             "unknown,no fix,GPS,DGPS,estimated,manual,RTK code,RTK fixed,RTK "
             "float,processed,SBAS,unknown,unknown,");
   fix.height_msl.reset();
-  EXPECT_TRUE(testing::PrintToString(fix).ends_with(" -11.5000000 - GPS"));
+  EXPECT_TRUE(testing::PrintToString(fix).ends_with(" 11.5166667 - GPS"));
 }
 
 TEST(Face, GivesAnAnswerThatNoDecoderKnowsByItsText) {
@@ -80,8 +76,8 @@ TEST(Face, GivesAnAnswerThatNoDecoderKnowsByItsText) {
 }
 
 TEST(Face, KnowsNothingOfTheRecordingBefore) {
-  const std::string bytes = Gga("123519");
-  const std::string before = WithChecksum("$GPGSA,A,3,03,,,,,,,,,,,,3.4,1.6,3.0") + Gga("123517");
+  const std::string bytes = GgaAt("123519");
+  const std::string before = WithChecksum("$GPGSA,A,3,03,,,,,,,,,,,,3.4,1.6,3.0") + GgaAt("123517");
   EXPECT_TRUE(gps::decode(BytesOf(before)).fixes().next()->pdop);
   const auto fix = gps::decode(BytesOf(bytes)).fixes().next();
   EXPECT_FALSE(fix->pdop || fix->vdop || fix->speed || fix->strength);
@@ -108,7 +104,7 @@ TEST(Face, DecodesAFileAStreamAndATextLogAlike) {
   EXPECT_EQ(Count(expected, "\n"), 3);
   std::istringstream stream(bytes);
   EXPECT_EQ(Texts(gps::decode(stream)), expected);
-  const std::string late = std::string(70'000, 'x') + "\r\n" + bytes, night = Gga("235959");
+  const std::string late = std::string(70'000, 'x') + "\r\n" + bytes, night = GgaAt("235959");
   EXPECT_TRUE(Texts(gps::decode(BytesOf(late))).starts_with("1994-03-23")) << "whatever stands before it";
   const std::string file = testing::TempDir() + "gpsengine-face.log";
   std::string text_log = bytes;
@@ -129,7 +125,7 @@ TEST(Face, DecodesAFileAStreamAndATextLogAlike) {
   EXPECT_EQ(ErrorOf([&] { gps::decode(BytesOf(bytes), {.speed = -1}); }),
             "2 the speed of a recording is 0 or more");
   std::stop_source stop;
-  WriteFile(file, Gga("123519") + Gga("123521"));
+  WriteFile(file, GgaAt("123519") + GgaAt("123521"));
   auto slow = gps::decode(file, {.speed = 0.001}).fixes({kLong, stop.get_token()});
   EXPECT_TRUE(slow.next());
   const std::jthread stopping([&] { stop.request_stop(); });
@@ -151,8 +147,8 @@ TEST(Face, GivesRawDataOfBlocks) {
 
 TEST(Face, GivesAnAshtechsRawDataAsTheOthers) {
   std::string bytes = Snv().Message() + "\n";
-  for (int prn = 1; prn <= 4; ++prn)
-    bytes += Mbn{.prn = prn, .toFollow = 4 - prn, .count = 1499, .range = 0.07}.Message() + "\n";
+  for (int prn = 29; prn <= 33; ++prn)
+    bytes += Mbn{.prn = prn, .toFollow = 33 - prn, .count = 1499, .range = 0.07}.Message() + "\n";
   bytes += Pbn{.milliseconds = 5000}.Message() + "\n";
   std::vector<gps::Raw> all;
   for (const gps::Raw& raw : gps::decode(BytesOf(bytes), {.model = "Ashtech"}).raw()) all.push_back(raw);
@@ -163,7 +159,7 @@ TEST(Face, GivesAnAshtechsRawDataAsTheOthers) {
   EXPECT_EQ(all[1].epoch->week + all[1].epoch->time_of_week, 1455.0);
   EXPECT_EQ(all[1].epoch->signals.size(), 4u);
   const auto& last = all[1].epoch->signals[3];
-  EXPECT_EQ(last.satellite, 4);
+  EXPECT_EQ(last.satellite, 32) << "the last one of GPS";
   EXPECT_EQ(std::string(last.code), "1C");
   EXPECT_DOUBLE_EQ(last.pseudorange, 0.93 * 299'792'458.0);
   EXPECT_EQ(last.cn0, 2.0);
@@ -323,7 +319,7 @@ TEST(FaceLive, FitsIntoAnEventLoopAndRecords) {
   receiver.emplace(gps::ReceiverOptions{.port = terminal.Name(), .record = file});
   pollfd wait{receiver->descriptor(), POLLIN, 0};
   EXPECT_EQ(poll(&wait, 1, 0), 0);
-  const std::string sent = Gga("123519") + Gga("123520");
+  const std::string sent = GgaAt("123519") + GgaAt("123520");
   terminal.Send(sent);
   int fixes = 0;
   const auto drain = [&] { receiver->drain([&](const gps::Record&) { ++fixes; }); };
@@ -360,7 +356,7 @@ TEST(FaceLive, LosesTheOldestWhereNobodyReads) {
   std::string bytes;
   for (int i = 0; i < kSent; ++i) {
     const std::string digits = std::to_string(1'000'000 + i / 60 % 60 * 100 + i % 60 + i / 3600 * 10'000);
-    bytes += Gga(digits.substr(1));
+    bytes += GgaAt(digits.substr(1));
   }
   script.Send(bytes);
   while (receiver.understood() < kSent || receiver.lost() == 0) std::this_thread::sleep_for(1ms);
@@ -410,7 +406,7 @@ TEST(FaceLive, CommandsAndEndsWithItsLine) {
 
   auto fixes = receiver->fixes(kLong);
   auto skies = receiver->satellites(kLong);
-  terminal.Send(Gga("123519") + WithChecksum("$GPGSV,1,1,01,07,45,180,41"));
+  terminal.Send(GgaAt("123519") + WithChecksum("$GPGSV,1,1,01,07,45,180,41"));
   EXPECT_EQ(fixes.next()->height_msl, 543.4);
   EXPECT_TRUE(Soon([&] { return receiver->understood() == 4; })) << "with the refusal, which has one comma";
   std::jthread pulling([&] { std::this_thread::sleep_for(600ms), terminal.HangUp(); });
@@ -432,8 +428,28 @@ TEST(FaceLive, GivesRawDataOfBlocks) {
   Script script;
   gps::Receiver receiver({.model = "CSI - MAX", .line = script.Opener()});
   auto raw = receiver.raw(kLong);
-  script.Send(Blocks(kObservations[0], 1)[0] + "\n" + Gga("123519"));
+  script.Send(Blocks(kObservations[0], 1)[0] + "\n" + GgaAt("123519"));
   EXPECT_TRUE(raw.next().value().epoch);
+}
+
+TEST(Face, WaitsForTheAnswersToACommand) {
+  CRehearsal line;
+  COtherGps receiver;
+  const std::tuple<const char*, std::string, std::string, std::uint64_t> rows[] = {
+      {"gga-only", "$PASHR,ACK*3D\r\n$PASHR,ACK*3D\r\n", "none", 0},
+      {"gga-only", "$PASHR,ACK*3D\r\n",
+       "6 gga-only: the receiver answered 1 of 2 lines: is it the model CSI, and its baud rate right?", 1500},
+      {"query-dgps", "$PASHR,ACK*3D\r\n",
+       "6 no report answered query-dgps: is it the model CSI, and its baud rate right?", 5000}};
+  for (const auto& [name, answers, error, waited] : rows) {
+    gps::Exchange exchange(receiver);
+    for (int i = 0; i < 2; ++i) exchange.OnWritten("$PASHS,X\r\n");
+    exchange.OnRead(answers);
+    const auto await = [&] { exchange.Await(gps::FindOperation(name), "CSI", {}); };
+    EXPECT_EQ(Took([&] { EXPECT_EQ(ErrorOf(await), error); }), waited);
+    exchange.OnReport();
+    EXPECT_EQ(Took([&] { ErrorOf(await); }), name[0] == 'q' ? 300u : waited) << "after its last one";
+  }
 }
 
 TEST(FaceLive, WaitsForTheReportThatAnswersAQuery) {

@@ -184,10 +184,10 @@ TEST_F(ProfileTest, GivesTheDefaultForWhatItCannotRead) {
 }
 
 TEST_F(ProfileTest, KeepsWhatItHadIfTheDiskIsFull) {
-  const std::string before = "[SiRF]\nBaud=4800\n" + std::string(3000, ';') + '\n';
+  const std::string before = "[SiRF]\nBaud=4800\n" + std::string(700, ';') + '\n';
   Write(before);
   {
-    const SmallDisk disk(1000);
+    const SmallDisk disk(500);
     EXPECT_FALSE(app.WriteProfileInt("SiRF", "Baud", 38400));
   }
   EXPECT_EQ(Text(), before);

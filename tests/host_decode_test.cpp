@@ -14,9 +14,7 @@ namespace {
 std::string Stream() {
   std::string stream = "\x01\x02";
   for (int i = 0; i < 4; ++i) {
-    stream += WithChecksum("$GPGGA,12351" + std::to_string(i) +
-                           ",4807.038,N,01131.000,E,1,08,0.9,545.4,M,46.9,M,,");
-    stream += WithChecksum("$GPGSV,1,1,01,07,45,180,41");
+    stream += GgaAt("12351" + std::to_string(i)) + WithChecksum("$GPGSV,1,1,01,07,45,180,41");
     stream += WithChecksum("$PGRME,15.0,M,45.0,M,25.0,M");
   }
   return stream + "$GPGGA,1,2*00\r\n";

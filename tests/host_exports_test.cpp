@@ -55,11 +55,6 @@ class HostExports : public testing::Test {
   DecodeOptions options_;
 };
 
-std::string FixOf(const std::string& time, const std::string& latitude = "4807.038", int quality = 1) {
-  return WithChecksum("$GPGGA," + time + ',' + latitude + ",N,01131.000,E," + std::to_string(quality) +
-                      ",08,0.9,545.4,M,46.9,M,,");
-}
-
 const std::string kDate = WithChecksum("$GPZDA,235958,31,12,2023,00,00");
 
 }  // namespace
@@ -75,17 +70,17 @@ TEST_F(HostExports, WritesWholeFilesOfNothing) {
 }
 
 TEST_F(HostExports, JoinsTheSentencesOfAnEpochAndSplitsATrackAtAGap) {
-  Decode(kDate + FixOf("235959") +
-         WithChecksum("$INGGA,235959,4807.038,N,01131.000,E,1,08,0.9,545.4,M,46.9,M,,") + FixOf("000000.50") +
-         FixOf("000001", "4807.038", 0) + FixOf("000002") + FixOf("000100") + FixOf("000101", "9907.038") +
-         WithChecksum("$GPGGA,000102,4807.038,N,01131.000,E,1,08,0.9,1e9,M,46.9,M,,") + FixOf("000059") +
-         FixOf("000104") + FixOf("000119") + FixOf("000220"));
+  Decode(kDate + GgaAt("235959") +
+         WithChecksum("$INGGA,235959,4807.038,N,01131.000,E,1,08,0.9,545.4,M,46.9,M,,") + GgaAt("000000.50") +
+         GgaAt("000001", 0) + GgaAt("000002") + GgaAt("000100") + GgaAt("000101", 1, "9907.038") +
+         WithChecksum("$GPGGA,000102,4807.038,N,01131.000,E,1,08,0.9,1e9,M,46.9,M,,") + GgaAt("000059") +
+         GgaAt("000104") + GgaAt("000124") + GgaAt("000245"));
   ExpectWellFormed();
   const auto rows = Table(Export("csv"));
   ASSERT_EQ(rows.size(), 8u);
   const char* times[] = {"2023-12-31T23:59:59.000Z", "2024-01-01T00:00:00.500Z", "2024-01-01T00:00:02.000Z",
                          "2024-01-01T00:01:00.000Z", "2024-01-01T00:00:59.000Z", "2024-01-01T00:01:04.000Z",
-                         "2024-01-01T00:01:19.000Z", "2024-01-01T00:02:20.000Z"};
+                         "2024-01-01T00:01:24.000Z", "2024-01-01T00:02:45.000Z"};
   const char* segments[] = {"1", "1", "2", "3", "4", "4", "4", "5"};
   for (std::size_t i = 0; i < rows.size(); ++i) {
     EXPECT_EQ(rows[i].at("time"), times[i]);
@@ -111,7 +106,7 @@ TEST_F(HostExports, TellsEastingsAndNorthingsInMetres) {
       {"EPSG:2263", 18'859'192.593 * 1200 / 3937, 12'396'973.520 * 1200 / 3937, "EPSG:2263"}};
   for (const auto& [code, easting, northing, name] : rows) {
     options_.display.projection = std::make_shared<Projection>(code);
-    Decode(kDate + FixOf("235959"));
+    Decode(kDate + GgaAt("235959"));
     const auto table = Table(Export("csv"));
     ASSERT_EQ(table.size(), 1u);
     EXPECT_NEAR(std::stod(table[0].at("easting_m")), easting, 0.002) << code;
@@ -131,8 +126,8 @@ TEST_F(HostExports, TellsEastingsAndNorthingsInMetres) {
 TEST_F(HostExports, MakesNmeaOfWhatAReceiverSaid) {
   Decode(WithChecksum("$GPRMC,123518,A,4807.038,N,01131.000,E,022.4,084.4,230394,,") +
          WithChecksum("$GPGSA,A,3,07,,,,,,,,,,,,2.5,1.3,2.1") + WithChecksum("$GPGSV,1,1,01,07,45,180,41") +
-         WithChecksum("$GPVTG,084.4,T,,M,022.4,N,041.5,K") + FixOf("123519", "4807.0381234", 4) +
-         FixOf("123520", "4807.038", 0));
+         WithChecksum("$GPVTG,084.4,T,,M,022.4,N,041.5,K") + GgaAt("123519", 4, "4807.0381234") +
+         GgaAt("123520", 0));
   EXPECT_EQ(Export("nmea"),
             WithChecksum("$GPGGA,123519.000,4807.0381234,N,01131.0000000,E,4,08,0.90,545.400,M,46.900,M,,") +
                 WithChecksum("$GPRMC,123519.000,A,4807.0381234,N,01131.0000000,E,22.408,84.40,230394,,,R") +
@@ -201,7 +196,7 @@ TEST_F(HostExports, TellHeightsForWhatTheyAre) {
 
 TEST_F(HostExports, WriteWhatRtklibAndMapsRead) {
   Decode(kDate + WithChecksum("$GPGGA,235959.5,4807.038,S,01131.000,W,4,08,0.9,545.4,M,46.9,M,2.5,0120") +
-         FixOf("000001", "4807.038", 5));
+         GgaAt("000001", 5));
   EXPECT_TRUE(Has(Export("pos"),
                   "\n2023/12/31 23:59:59.500  -48.117300000  -11.516666667   592.3000   1   8   0.0000 ",
                   "\n2024/01/01 00:00:01.000   48.117300000   11.516666667   592.3000   2   8   0.0000 ",
@@ -219,9 +214,9 @@ TEST_F(HostExports, SayWhereNoDateIsKnown) {
   const std::string rmc = "000000,V,,,,,,,311223,,";
   // No date is that of today.
   const std::pair<std::string, const char*> cases[] = {
-      {FixOf("000001"), ""},
-      {WithChecksum("$GPRMC," + rmc) + FixOf("000001"), "2023-12-31"},
-      {WithChecksum("$GPRMC,000000,A,,,,,,,010124,,") + WithChecksum("$GPRMC," + rmc) + FixOf("000001"),
+      {GgaAt("000001"), ""},
+      {WithChecksum("$GPRMC," + rmc) + GgaAt("000001"), "2023-12-31"},
+      {WithChecksum("$GPRMC,000000,A,,,,,,,010124,,") + WithChecksum("$GPRMC," + rmc) + GgaAt("000001"),
        "2024-01-01"}};
   options_.exports.report = Path("html");
   for (const auto& [stream, date] : cases) {
@@ -238,10 +233,10 @@ TEST_F(HostExports, SayWhereNoDateIsKnown) {
 TEST_F(HostExports, MakeOneFileOfSeveralRecordings) {
   const std::string second = folder_ / "second.log";
   std::ofstream(second, std::ios::binary)
-      << WithChecksum("$GPZDA,060000,05,01,2024,00,00") << FixOf("060001") << FixOf("060002");
+      << WithChecksum("$GPZDA,060000,05,01,2024,00,00") << GgaAt("060001") << GgaAt("060002");
   options_.files.push_back(second);
-  const std::string cut = FixOf("000001");
-  Decode(kDate + FixOf("235959") + FixOf("000000") + cut.substr(0, cut.size() / 2));
+  const std::string cut = GgaAt("000001");
+  Decode(kDate + GgaAt("235959") + GgaAt("000000") + cut.substr(0, cut.size() / 2));
   std::string times;
   for (auto& row : Table(Export("csv"))) times += row["time"].substr(0, 19) + '/' + row["segment"] + ' ';
   EXPECT_EQ(times,
@@ -287,10 +282,10 @@ TEST_F(HostExports, AreReadByAConverterAsTheSamePoints) {
 
 TEST_F(HostExports, FiltersWhatIsShownAndExported) {
   // A hundredth of a minute of latitude is 18.5 m.
-  const std::string stream = kDate + FixOf("000000", "4807.000") + FixOf("000001", "4807.002") +
-                             FixOf("000002", "4807.010") + WithChecksum("$PGRME,15.0,M,45.0,M,25.0,M") +
-                             FixOf("000003", "4807.010", 0) + FixOf("000004", "4807.010") +
-                             FixOf("000010", "4807.011");
+  const std::string stream = kDate + GgaAt("000000", 1, "4807.000") + GgaAt("000001", 1, "4807.002") +
+                             GgaAt("000002", 1, "4807.010") + WithChecksum("$PGRME,15.0,M,45.0,M,25.0,M") +
+                             GgaAt("000003", 0, "4807.010") + GgaAt("000004", 1, "4807.010") +
+                             GgaAt("000010", 1, "4807.011");
   const auto seconds = [&] {
     Decode(stream);
     std::string text;
@@ -319,14 +314,14 @@ TEST_F(HostExports, FiltersWhatIsShownAndExported) {
 }
 
 TEST_F(HostExports, NameThePathThatCannotBeWritten) {
-  const auto failure = [this] { return ErrorOf([&] { Decode(FixOf("000000")); }); };
+  const auto failure = [this] { return ErrorOf([&] { Decode(GgaAt("000000")); }); };
   options_.exports.kml = "/nonexistent/x.kml";
   EXPECT_EQ(failure(), "1 cannot write /nonexistent/x.kml (--kml): No such file or directory");
   options_.exports.kml = Path("gpx");
   EXPECT_EQ(failure(), "2 --gpx and --kml both name " + Path("gpx"));
   options_.exports.kml = options_.files[0];
   EXPECT_EQ(failure(), "2 --kml " + options_.files[0] + " is the recording itself");
-  EXPECT_EQ(ReadFile(options_.files[0]), FixOf("000000"));
+  EXPECT_EQ(ReadFile(options_.files[0]), GgaAt("000000"));
   options_.exports.kml.clear();
   options_.exports.report = "/nonexistent/x.html";
   EXPECT_EQ(failure(), "1 cannot write /nonexistent/x.html (--report): No such file or directory");
@@ -336,7 +331,7 @@ TEST_F(HostExports, LeaveWholeFilesOnAFullDisk) {
   std::string stream;
   for (int i = 0; i < 6000; ++i) {
     const std::string time = std::to_string(1'000'000 + i / 3600 * 10000 + i / 60 % 60 * 100 + i % 60);
-    stream += FixOf(time.substr(1));
+    stream += GgaAt(time.substr(1));
   }
   WriteFile(options_.files[0], stream);
   options_.exports.report = Path("html");

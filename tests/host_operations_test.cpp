@@ -105,7 +105,8 @@ TEST_F(HostOperations, BringAReceiverToSendRawDataAndPutBackWhatWasThere) {
 TEST_F(HostOperations, SayWhyALogOfRawDataIsEmptyByTheModel) {
   const std::string beside = "beside GSA and GSV sentences raw data are passed over";
   EXPECT_EQ(WhyNoRawData("CSI"), beside + ": the operation gga-only ends them");
-  EXPECT_TRUE(Has(WhyNoRawData("Sokkia Axis3"), "in blocks once \"post-processing on\" asks for them"));
+  EXPECT_TRUE(Has(WhyNoRawData("Sokkia Axis3"),
+                  "in blocks once \"post-processing on\" asks for them, and no good one came"));
   EXPECT_EQ(WhyNoRawData("Other"), "the model has no raw data that could be logged; with others, " + beside);
 }
 

@@ -7,7 +7,7 @@ using host::ExitCode;
 
 namespace {
 
-const std::string kFix = WithChecksum("$GPGGA,123519,4807.038,N,01131.000,E,1,08,0.9,545.4,M,46.9,M,,");
+const std::string kFix = GgaAt("123519");
 
 /// Sends the bytes again and again, since a port that is opened forgets what came before, until the program
 /// shows something or has ended.

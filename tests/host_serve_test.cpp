@@ -109,8 +109,7 @@ std::optional<std::string> LookAtServer(int port) {
   return LookAtPage("http://127.0.0.1:" + std::to_string(port) + "/?once");
 }
 
-const std::string kEpoch = WithChecksum("$GPGGA,123519,4807.038,N,01131.000,E,1,08,0.9,545.4,M,46.9,M,,") +
-                           WithChecksum("$GPGSA,A,3,07,,,,,,,,,,,,1.9,0.9,1.7") +
+const std::string kEpoch = GgaAt("123519") + WithChecksum("$GPGSA,A,3,07,,,,,,,,,,,,1.9,0.9,1.7") +
                            WithChecksum("$GPGSV,1,1,02,07,45,180,41,40,05,359,33") + "$PXYZ,<b id=x>&\"\r\n" +
                            WithChecksum("$GPGLL,4807.038,N,01131.000,E,123520,A");  // the next epoch
 

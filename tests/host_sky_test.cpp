@@ -8,10 +8,6 @@ using namespace gps;
 
 namespace {
 
-std::string At(const std::string& time) {
-  return WithChecksum("$GNGGA," + time + ",4807.038,N,01131.000,E,1,12,0.9,545.4,M,46.9,M,,");
-}
-
 /// A satellite a word: its name, its number for all systems, "*" if it is used, elevation, azimuth and
 /// signal.
 std::string Show(const Sky& sky) {
@@ -116,7 +112,7 @@ TEST(HostSky, NumbersTheSatellitesOfEverySystem) {
 }
 
 TEST(HostSky, JoinsTheBandsAndSystemsOfAnEpoch) {
-  EXPECT_EQ(SkiesOf({At("120000"), "$GNGSA,A,3,07,,,,,,,,,,,,2.5,1.3,2.1,1",
+  EXPECT_EQ(SkiesOf({GgaAt("120000"), "$GNGSA,A,3,07,,,,,,,,,,,,2.5,1.3,2.1,1",
                      "$GNGSA,A,3,33,,,,,,,,,,,,2.5,1.3,2.1,3", "$GPGSV,1,1,02,07,45,120,30,33,,,00,1",
                      "$GPGSV,1,1,01,07,45,120,35,8", "$GAGSV,1,1,02,33,05,010,,08,-3,,,7",
                      "$GBGSV,1,1,01,07,10,020,22", "$GBGSV,1,1,01,07,,,25"}),
@@ -132,12 +128,15 @@ TEST(HostSky, JoinsTheBandsAndSystemsOfAnEpoch) {
 TEST(HostSky, TellsOneSkyAnEpochAndForgetsWhatIsGone) {
   const std::string gps = "$GPGSV,1,1,01,07,45,120,30", glonass = "$GLGSV,1,1,01,66,45,120,31";
   const std::string both = "G07=7:45/120/30 R02=66:45/120/31\n", one = "G07=7:45/120/30\n";
-  EXPECT_EQ(SkiesOf({At("120000"), gps, glonass, At("120001"), gps, glonass, At("120002")}), both + both);
-  EXPECT_EQ(SkiesOf({At("120000"), gps, "$GPVTG,,T,,M,,N,,K", At("120000"), glonass, At("120001")}), both);
+  EXPECT_EQ(SkiesOf({GgaAt("120000"), gps, glonass, GgaAt("120001"), gps, glonass, GgaAt("120002")}),
+            both + both);
+  EXPECT_EQ(SkiesOf({GgaAt("120000"), gps, "$GPVTG,,T,,M,,N,,K", GgaAt("120000"), glonass, GgaAt("120001")}),
+            both);
   EXPECT_EQ(SkiesOf({gps, glonass, gps, glonass, gps, glonass}), both + both + both) << "without any time";
   EXPECT_EQ(SkiesOf({gps, gps + ",1"}), one) << "of two bands, one of them unnamed";
-  EXPECT_EQ(SkiesOf({At("120000"), gps, At("120001"), "$GPGSV,1,1,00", At("120002")}), one + "\n");
-  EXPECT_EQ(SkiesOf({At("120000"), gps, glonass, At("120001"), gps, At("120002"), gps, At("120003"), gps}),
+  EXPECT_EQ(SkiesOf({GgaAt("120000"), gps, GgaAt("120001"), "$GPGSV,1,1,00", GgaAt("120002")}), one + "\n");
+  EXPECT_EQ(SkiesOf({GgaAt("120000"), gps, glonass, GgaAt("120001"), gps, GgaAt("120002"), gps,
+                     GgaAt("120003"), gps}),
             both + both + both + one);
   SkyReader other;
   ReadAll(other,
@@ -145,11 +144,11 @@ TEST(HostSky, TellsOneSkyAnEpochAndForgetsWhatIsGone) {
   EXPECT_TRUE(other.Finish() && other.Latest().used == 13 && other.Latest().hdop == 0.9);
   SkyReader reader;
   ReadAll(reader,
-          At("120000") + WithChecksum(gps) + WithChecksum(glonass) + At("120001") + WithChecksum(gps));
+          GgaAt("120000") + WithChecksum(gps) + WithChecksum(glonass) + GgaAt("120001") + WithChecksum(gps));
   EXPECT_TRUE(reader.Read(Fields(WithChecksum(glonass)))) << "nothing more is waited for";
   EXPECT_EQ(reader.Latest().time_of_day, 43201.0);
   for (int i = 2; i < 9; ++i)
-    ReadAll(reader, At(std::to_string(120000 + i)) + WithChecksum("$GPGSA,A,3,07,,,,,,,,,,,,2.5,1.3,2.1") +
+    ReadAll(reader, GgaAt(std::to_string(120000 + i)) + WithChecksum("$GPGSA,A,3,07,,,,,,,,,,,,2.5,1.3,2.1") +
                         WithChecksum(gps));
   EXPECT_EQ(Show(reader.Latest()), "G07=7*:45/120/30") << "what goes on coming stays";
   EXPECT_EQ(Print("%g %g %g", *reader.Latest().pdop, *reader.Latest().hdop, *reader.Latest().vdop),
@@ -173,7 +172,7 @@ TEST(HostSky, KeepsWhatItHasWhenAGroupIsBroken) {
       {"$GPGSV,1,1,05,01,10,020,30,02,10,020,30,03,10,020,30,04,10,020,30,05,10,020,30"}};
   for (const auto& broken : cases) {
     SkyReader reader;
-    ReadAll(reader, At("120000") + WithChecksum(good));
+    ReadAll(reader, GgaAt("120000") + WithChecksum(good));
     for (const std::string line : broken)
       EXPECT_FALSE(reader.Read(Fields(line.ends_with('\n') ? line : WithChecksum(line)))) << line;
     EXPECT_TRUE(reader.Finish());
@@ -199,7 +198,7 @@ TEST(HostSky, HoldsAHundredAndTwentyEightSatellitesHoweverManyCome) {
   EXPECT_EQ(reader.Latest().in_view, 128);
   for (int i = 0; i < 100; ++i) {
     const std::string talker = {static_cast<char>('A' + i % 26), static_cast<char>('A' + i / 26 % 26)};
-    ReadAll(reader, At(std::to_string(120000 + i % 60)) + PagesOf(talker, 128, ",1"));
+    ReadAll(reader, GgaAt(std::to_string(120000 + i % 60)) + PagesOf(talker, 128, ",1"));
   }
   reader.Finish();
   EXPECT_LE(reader.Latest().satellites.size(), Sky::kMost);
@@ -222,15 +221,15 @@ TEST(HostSky, ComesFromRecordsWhereSentencesHaveNoGroups) {
   const Sky* sky = source.OnText(Fields("$PASHR,SAT,..."));
   ASSERT_NE(sky, nullptr);
   EXPECT_EQ(Show(*sky), "G01=1*:29/57/1 R02=66:-/-/-");
-  EXPECT_TRUE(sky->pdop == 2.5 && !sky->hdop && !sky->vdop);
+  EXPECT_TRUE(sky->pdop == 2.5 && !sky->hdop && !sky->vdop && !sky->used);
   source.OnData(record(true));
-  EXPECT_EQ(source.OnText(Fields(At("120000"))), nullptr) << "the same with a position";
+  EXPECT_EQ(source.OnText(Fields(GgaAt("120000"))), nullptr) << "the same with a position";
   source.OnData(record(false));
   source.OnText(Fields(WithChecksum("$GPGSV,1,1,01,07,45,120,30")));
   sky = source.Finish();
   ASSERT_NE(sky, nullptr);
   EXPECT_EQ(Show(*sky), "G07=7:45/120/30");
-  for (int i = 0; i < 300; ++i) source.OnText(Fields(At(std::to_string(120000 + i % 60))));
+  for (int i = 0; i < 300; ++i) source.OnText(Fields(GgaAt(std::to_string(120000 + i % 60))));
   source.OnData(record(false));
   EXPECT_NE(source.OnText(Fields("$PASHR,SAT,...")), nullptr) << "the receiver sends no groups any more";
 }

@@ -276,9 +276,7 @@ class OnTerminal {
 TEST(HostLiveScreen, HoldsThePauseOfARecordingAndGivesTheTerminalBack) {
   const TemporaryFolder folder;
   const std::string path = folder / "pause.log";
-  WriteFile(path, WithChecksum("$GPGGA,123519,4807.038,N,01131.000,E,4,08,0.9,545.4,M,46.9,M,,") +
-                      "QRV PAUSE,turn the antenna\r\n" +
-                      WithChecksum("$GPGGA,123520,4807.038,N,01131.000,E,5,08,0.9,545.4,M,46.9,M,,"));
+  WriteFile(path, GgaAt("123519", 4) + "QRV PAUSE,turn the antenna\r\n" + GgaAt("123520", 5));
   OnTerminal terminal({"monitor", "--play", path, "--speed", "engine"});
   EXPECT_TRUE(terminal.Writes("turn the antenna"));
   EXPECT_FALSE(terminal.IsAsItWas());

@@ -161,6 +161,7 @@ TEST(RawData, RefusesASoundBlockOfWhatCannotBe) {
     EXPECT_EQ(epoch.time_of_week, seconds);
     EXPECT_EQ(epoch.week, in_week);
   }
+  EXPECT_TRUE(DecodeObservations(with(observations, 10, std::uint16_t{0}), history, epoch)) << "the first";
 
   // Binary messages alone, and not those of a second antenna.
   const std::pair<char, bool> types[] = {{0, true}, {1, false}, {2, true}, {0x20, false}};
@@ -189,6 +190,7 @@ TEST(RawData, RefusesASoundBlockOfWhatCannotBe) {
       {28 + 16, 300}, {28 + 20, 300}, {28 + 160, 0x500}, {28 + 64, 0x7FF0ULL << 48}};
   for (const auto& [at, value] : orbits)
     EXPECT_FALSE(DecodeEphemeris(oem_with(orbit, at, value), read)) << at;
+  EXPECT_TRUE(DecodeEphemeris(oem_with(orbit, 28 + 28, 0x7FFF), read)) << "the last week";
   const std::string raw = Blocks(kEphemerides[1], 1).at(0);
   EXPECT_FALSE(DecodeEphemeris(oem_with(raw.substr(0, 28 + 100 + 4), 8, std::uint16_t{100}), read))
       << "short";

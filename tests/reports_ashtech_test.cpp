@@ -207,7 +207,7 @@ TEST_F(AshtechRaw, EphemerisReachesTheHostWholeWithOneNotification) {
   EXPECT_FALSE(FeedBinary(Snv{.checksumError = -1}.Message()));
   EXPECT_EQ(window.ephemerides.size(), 1U);
   EXPECT_EQ(calls, 1);
-  EXPECT_TRUE(FeedBinary(Snv{.prnLessOne = 0}.Message()));
+  EXPECT_TRUE(FeedBinary(Snv{.prnLessOne = 0}.Message().substr(0, 11 + 132)));
   EXPECT_EQ(window.ephemerides.back().m_nPRN, 1);
 }
 

@@ -106,6 +106,7 @@ TEST_F(StatusReport, OfStarlinkAndAxis) {
       {"$PMCAG,908,1,2,3,4,7.9*", true, "bElevationMaskValid=true nElevationMask=7"},
       {"$PMCAG,908,15,,,,12,,,,,,,,,,,*", true, "bElevationMaskValid=true nElevationMask=12"},
       {"$PMCAG,907,1,2,3,4,9.9*", false, ""},
+      {"$PMCAG,907,1,2,3,4,7.9*", false, ""},
       {"$PMCAG,908,1,2,3,4*", false, ""},
       {"$PMCAG,908,1,2,3,4,1e300*", false, ""},
   });

@@ -19,7 +19,7 @@ struct SatelliteTest : ReceiverTest<> {
     return FeedSentence(sentence + ',' + dilutions);
   }
   const CGPSData& Table() {
-    EXPECT_TRUE(FeedSentence("$GPGGA,123519,4807.038,N,01131.000,E,1,08,0.9,545.4,M,46.9,M,,"));
+    EXPECT_TRUE(Feed(GgaAt("123519")));
     return Last();
   }
 };
@@ -168,6 +168,8 @@ TEST(SpeedEngine, ReadsTheTrueSpeedFromTheFourthFixOn) {
   fix.m_nSignalType = UDF_SIGNAL_NONE;
   EXPECT_FALSE(move(99, 12)) << "no fix";
   fix.m_nSignalType = UDF_SIGNAL_GPS;
+  fix.m_dLongitude = 1e305;
+  EXPECT_FALSE(move(54, 12)) << "no place";
   fix.m_dLongitude = 0.25;
   EXPECT_TRUE(move(54, 12));
   EXPECT_GT(fix.m_dHeading, std::numbers::pi / 2) << "between north and west";

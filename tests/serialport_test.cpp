@@ -413,13 +413,14 @@ TEST_F(TerminalPort, ReleasesABlockedReadWhenItIsClosed) {
 }
 
 TEST(ComPort, OfAnyNumberAboveZeroStandsForADeviceOfTheSystemUntilItIsMapped) {
-  for (const int number : {0, -1, 10000}) {
-    const CRehearsal line(number);
+  for (const int number : {0, -1, 10000, 7}) {
+    const CRehearsal line(number, number != 7);
     CSerialPort port;
     port.SetPortNumber(number);
-    EXPECT_EQ(port.Open(), number > 0) << number;
+    EXPECT_EQ(port.Open(), number == 10000) << number;
     port.Close();
   }
+  EXPECT_EQ(GetLastError(), DWORD{ENODEV});
   EXPECT_EQ(GetComPortDevice(41), "/dev/ttyS40");
   MapComPort(41, "/dev/ttyUSB0");
   EXPECT_EQ(GetComPortDevice(41), "/dev/ttyUSB0");

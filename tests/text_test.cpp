@@ -2,6 +2,7 @@
 #include "gpsengine/text/number.h"
 #include "gpsengine/text/parser.h"
 #include "gpsengine/text/textfile.h"
+#include "host/run/descriptor.h"
 #include "tests/support/basics.h"
 
 namespace {
@@ -133,6 +134,7 @@ TEST_F(TextFileTest, TakesEveryKindOfLineEndAndTheLastLineWithoutOne) {
   EXPECT_TRUE(file.ReadString(line));
   EXPECT_EQ(line, "one");
   int rest = 0;
+  errno = EINTR;  // of an earlier call
   while (file.ReadString(line)) ++rest;
   EXPECT_EQ(rest, 4);
   EXPECT_EQ(Lines("x"), std::vector<CString>{"x"}) << "another file, from its beginning";
@@ -153,6 +155,10 @@ TEST_F(TextFileTest, ReadsALineWholeWhateverItsLengthAndNoneOnceItIsClosed) {
   EXPECT_FALSE(file.ReadString(line));
   EXPECT_EQ(other.Open(path.Left(path.GetLength() - 4).GetString(), CFile::modeRead), 0) << "a folder";
   EXPECT_EQ(line, "kept");
+  const auto next = [] { return host::UniqueDescriptor(dup(STDERR_FILENO)).Get(); };
+  const int before = next();
+  EXPECT_NE(CFile().Open(path.GetString(), CFile::modeRead), 0);
+  EXPECT_EQ(next(), before) << "what goes open is closed";
 }
 
 }  // namespace

@@ -10,16 +10,18 @@
 #include "gpsengine/receiver/gpsreceiver.h"
 #include "simulator/simulator.h"
 
-/// Does what users write, one operation after another between semicolons.
-inline void Do(CGPSReceiver& receiver, const std::string& operations) {
+/// Does what users write, one operation after another between semicolons. Gives the result of the last one.
+inline gps::Result Do(CGPSReceiver& receiver, const std::string& operations) {
   std::istringstream calls(operations);
+  auto result = gps::Result::none;
   for (std::string call; std::getline(calls, call, ';');) {
     std::istringstream stream(call);
     std::vector<std::string> words{std::istream_iterator<std::string>(stream), {}};
     const gps::Operation& operation = gps::FindOperation(words[0]);
     words.erase(words.begin());
-    gps::Prepare(operation, {words})(receiver);
+    result = gps::Prepare(operation, {words})(receiver);
   }
+  return result;
 }
 
 /// All that a model can be asked, in an order that leaves its raw data on.

@@ -17,10 +17,15 @@ inline std::string WithChecksum(std::string_view sentence) {
   return std::string(sentence) + '*' + kHex[sum >> 4 & 15] + kHex[sum & 15] + "\r\n";
 }
 
-/// A position at ten seconds past midnight plus up to 49, which tells it from others.
+/// A position of eight satellites at a time of day, "123519" say.
+inline std::string GgaAt(const std::string& time, int nQuality = 1,
+                         const std::string& latitude = "4807.038") {
+  return WithChecksum("$GPGGA," + time + ',' + latitude + ",N,01131.000,E," + std::to_string(nQuality) +
+                      ",08,0.9,545.4,M,46.9,M,,");
+}
+/// One at ten seconds past midnight plus up to 49, which tells it from others.
 inline std::string FixAt(int nSecond) {
-  return WithChecksum("$GPGGA,0000" + std::to_string(10 + nSecond % 50) +
-                      ",4807.038,N,01131.000,E,1,08,0.9,545.4,M,46.9,M,,");
+  return GgaAt("0000" + std::to_string(10 + nSecond % 50));
 }
 
 constexpr double kDegree = std::numbers::pi / 180.0;
