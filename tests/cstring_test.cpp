@@ -63,9 +63,10 @@ TEST(CString, CutsIndexAndCountToWhatIsThere) {
 
 TEST(CString, FindsAndEdits) {
   CString text("a,b,,c");
-  EXPECT_EQ((std::vector{text.Find(u','), text.Find(u',', 2), text.Find(u',', 99), text.Find(",,"),
-                         text.Find(";"), text.FindOneOf("cb"), text.FindOneOf("xyz")}),
-            (std::vector{1, 3, -1, 3, -1, 2, -1}));
+  EXPECT_EQ((std::vector{text.Find(u','), text.Find(u',', 2), text.Find(u',', 99), text.Find(u',', -1),
+                         text.Find(",,"), text.Find(",,", -1), text.Find(";"), text.FindOneOf("cb"),
+                         text.FindOneOf("xyz")}),
+            (std::vector{1, 3, -1, -1, 3, -1, -1, 2, -1}));
   EXPECT_TRUE(text.StartsWith("a,b") && !text.StartsWith("a,b,,c,"));
   EXPECT_EQ(text.Remove(u','), 3);
   EXPECT_EQ(text, "abc");
@@ -111,6 +112,8 @@ TEST(CString, FormatsAsPrintfDoesWithTextsInUtf8) {
   CString text = "before";
   text.Format("%s|%5s|%-5s|%c|%%|%u|%02X|%104.0f", "\xC3\xA9", "b", "c", 'd', 7u, 8, 1557845.0);
   EXPECT_EQ(text, CString(u"\u00E9|    b|c    |d|%|7|08|") + CString(u' ', 97) + "1557845");
+  text.Format("%s", "");
+  EXPECT_EQ(text.GetLength(), 0);
 }
 
 // Texts of every length up to some registers, with what is looked for at every place and what stands outside

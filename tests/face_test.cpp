@@ -456,8 +456,12 @@ TEST(FaceLive, WaitsForTheReportThatAnswersAQuery) {
   Script script;
   gps::Receiver receiver({.model = "CSI", .line = script.Opener()});
   auto reports = receiver.reports(1ms);
-  const std::jthread answering([&] { std::this_thread::sleep_for(600ms), script.Send("PEM:07 SAV:N\r\n"); });
+  const std::jthread answering([&] {
+    script.Send("$PASHR,ACK*3D\r\n" + GgaAt("123519"));
+    std::this_thread::sleep_for(600ms), script.Send("PEM:07 SAV:N\r\n");
+  });
   EXPECT_EQ(ErrorOf([&] { receiver.command("query-elevation-mask", {"--wait"}); }), "none");
+  EXPECT_EQ(reports.next()->key, "ack") << "which is no answer";
   EXPECT_EQ(testing::PrintToString(reports.next().value()), "elevation mask 7 deg");
   const std::jthread later([&] { std::this_thread::sleep_for(20ms), script.Send("PEM:08 SAV:N\r\n"); });
   EXPECT_LT(Took([&] { receiver.reports(kLong).next(); }), 5000u) << "as it comes";

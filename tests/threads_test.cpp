@@ -101,40 +101,35 @@ TEST_F(ThreadsTest, StandAThousandRoundsOfAnything) {
   const TemporaryFolder folder;
   const auto dawdle = [](GPSNotificationType, CGPSNotification*, void*) { std::this_thread::sleep_for(3ms); };
   std::minstd_rand dice(1U + static_cast<unsigned>(testing::UnitTest::GetInstance()->random_seed()));
-  const std::function<void(CGPSEngine&, CGPSReceiver&)> actions[] = {
-      [](CGPSEngine& engine, CGPSReceiver&) { EXPECT_TRUE(engine.Start()); },
-      [](CGPSEngine& engine, CGPSReceiver&) { EXPECT_TRUE(engine.Resume()); },
-      [](CGPSEngine& engine, CGPSReceiver&) { engine.Stop(); },
-      [](CGPSEngine& engine, CGPSReceiver&) { engine.Pause(); },
-      [&](CGPSEngine&, CGPSReceiver&) { Select(kModels[dice() % std::size(kModels)]); },
-      [](CGPSEngine&, CGPSReceiver& receiver) { receiver.Send("$COMMAND"); },
-      [](CGPSEngine&, CGPSReceiver& receiver) { receiver.SetGgaOnlyNMEA(); },
-      [&](CGPSEngine&, CGPSReceiver& receiver) {
-        receiver.SetupReceiver(kPort, static_cast<int>(dice() % 3), 2.0, "", false);
-      },
-      [](CGPSEngine&, CGPSReceiver& receiver) { receiver.ResetSpeedEngine(); },
-      [&](CGPSEngine&, CGPSReceiver& receiver) {
-        receiver.AddNotificationCallback(GPS_NOTIFY_EPHEMERIS, dawdle, nullptr);
-      },
-      [](CGPSEngine&, CGPSReceiver& receiver) {
-        receiver.MonitorNmea(!receiver.HaveGotNmea(GPS_STRING_GGA));
-      },
-      [](CGPSEngine& engine, CGPSReceiver&) { engine.m_bRecordRaw = !engine.m_bRecordRaw; },
-      [](CGPSEngine& engine, CGPSReceiver&) { engine.m_bAttachRawData = !engine.m_bAttachRawData; },
-      [](CGPSEngine& engine, CGPSReceiver&) { engine.m_ComBuffer.m_bPaused = !engine.m_ComBuffer.m_bPaused; },
-      [](CGPSEngine& engine, CGPSReceiver& receiver) {
+  const auto receiver = [this]() -> CGPSReceiver& { return *m_pEngine->GetReceiver(); };
+  const std::function<void()> actions[] = {
+      [&] { EXPECT_TRUE(m_pEngine->Start()); },
+      [&] { EXPECT_TRUE(m_pEngine->Resume()); },
+      [&] { m_pEngine->Stop(); },
+      [&] { m_pEngine->Pause(); },
+      [&] { Select(kModels[dice() % std::size(kModels)]); },
+      [&] { receiver().Send("$COMMAND"); },
+      [&] { receiver().SetGgaOnlyNMEA(); },
+      [&] { receiver().SetupReceiver(kPort, static_cast<int>(dice() % 3), 2.0, "", false); },
+      [&] { receiver().ResetSpeedEngine(); },
+      [&] { receiver().AddNotificationCallback(GPS_NOTIFY_EPHEMERIS, dawdle, nullptr); },
+      [&] { receiver().MonitorNmea(!receiver().HaveGotNmea(GPS_STRING_GGA)); },
+      [&] { m_pEngine->m_bRecordRaw = !m_pEngine->m_bRecordRaw; },
+      [&] { m_pEngine->m_bAttachRawData = !m_pEngine->m_bAttachRawData; },
+      [&] { m_pEngine->m_ComBuffer.m_bPaused = !m_pEngine->m_ComBuffer.m_bPaused; },
+      [&] {
         CWordArray words;
-        receiver.GetBinWords(words);
-        EXPECT_LE(receiver.GetChecksumErrors(), receiver.GetSentencesRecognised());
-        EXPECT_GE(engine.GetMessages(), 0);
+        receiver().GetBinWords(words);
+        EXPECT_LE(receiver().GetChecksumErrors(), receiver().GetSentencesRecognised());
+        EXPECT_GE(m_pEngine->GetMessages(), 0);
       },
-      [this](CGPSEngine&, CGPSReceiver&) { m_pEngine.reset(); },
+      [&] { m_pEngine.reset(); },
   };
   {
     CPreciseTimer timer;
     timer.Start(&m_Window, 10'000);
     // A receiver that never pauses, and takes what is written.
-    const std::jthread receiver([this](const std::stop_token& stop) {
+    const std::jthread talker([this](const std::stop_token& stop) {
       const std::string some = kFix + "$GPGSV,1,1,01,07,45,180,41*42\r\n" + Snv().Message() + "\n" +
                                Mbn().Message() + "\n$>JI,1,2\r\n\xAA\x44\x12 noise $BIN";
       for (; !stop.stop_requested(); std::this_thread::sleep_for(300us)) m_Terminal.Exchange(some);
@@ -142,8 +137,7 @@ TEST_F(ThreadsTest, StandAThousandRoundsOfAnything) {
     for (int round = 0; round < 1000; ++round) {
       if (m_pEngine == nullptr) MakeEngine(dice() % 3 == 0 ? "/nowhere/at/all" : folder / "record");
       m_Clock.limit = static_cast<DWORD>(dice() % 4);
-      for (int i = 0; i < 4 && m_pEngine != nullptr; ++i)
-        actions[dice() % std::size(actions)](*m_pEngine, *m_pEngine->GetReceiver());
+      for (int i = 0; i < 4 && m_pEngine != nullptr; ++i) actions[dice() % std::size(actions)]();
       std::this_thread::sleep_for(500us);
       Drain();
     }

@@ -133,13 +133,12 @@ CString CString::Mid(int from, int wanted) const {
 }
 
 int CString::Find(WCHAR c, int start) const noexcept {
-  if (start < 0) return -1;
+  // From before the beginning is from behind the end.
   const auto index = View().find(c, static_cast<std::size_t>(start));
   return index == std::u16string_view::npos ? -1 : static_cast<int>(index);
 }
 
 int CString::Find(const CString& text, int start) const noexcept {
-  if (start < 0) return -1;
   const auto index = View().find(text.View(), static_cast<std::size_t>(start));
   return index == std::u16string_view::npos ? -1 : static_cast<int>(index);
 }
