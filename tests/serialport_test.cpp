@@ -417,6 +417,7 @@ TEST(ComPort, OfAnyNumberAboveZeroStandsForADeviceOfTheSystemUntilItIsMapped) {
     const CRehearsal line(number, number != 7);
     CSerialPort port;
     port.SetPortNumber(number);
+    SetLastError(0);
     EXPECT_EQ(port.Open(), number == 10000) << number;
     port.Close();
   }

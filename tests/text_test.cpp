@@ -2,7 +2,6 @@
 #include "gpsengine/text/number.h"
 #include "gpsengine/text/parser.h"
 #include "gpsengine/text/textfile.h"
-#include "host/run/descriptor.h"
 #include "tests/support/basics.h"
 
 namespace {
@@ -155,11 +154,10 @@ TEST_F(TextFileTest, ReadsALineWholeWhateverItsLengthAndNoneOnceItIsClosed) {
   EXPECT_FALSE(file.ReadString(line));
   EXPECT_EQ(other.Open(path.Left(path.GetLength() - 4).GetString(), CFile::modeRead), 0) << "a folder";
   EXPECT_EQ(line, "kept");
-  const auto next = [] { return host::UniqueDescriptor(dup(STDERR_FILENO)).Get(); };
-  const int before = next();
+  const auto before = Entries("/proc/self/fd");
   for (int i = 0; i < 2; ++i) EXPECT_NE(other.Open(path.GetString(), CFile::modeRead), 0);
   EXPECT_NE(CFile().Open(path.GetString(), CFile::modeRead), 0);
-  EXPECT_EQ(next(), before + 1) << "what opens again or goes open is closed";
+  EXPECT_EQ(Entries("/proc/self/fd"), before + 1) << "what opens again or goes open is closed";
 }
 
 }  // namespace

@@ -36,10 +36,6 @@ class Impatience : public Clock {
 
 const std::string kFix = "$GPGGA,123519,4807.038,N,01131.000,E,1,08,0.9,545.4,M,46.9,M,,*47\r\n";
 
-std::ptrdiff_t Entries(const char* folder) {
-  return std::distance(std::filesystem::directory_iterator(folder), std::filesystem::directory_iterator());
-}
-
 // Descriptors and threads.
 auto Inventory() {
   return std::pair(Entries("/proc/self/fd"), Entries("/proc/self/task"));

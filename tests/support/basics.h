@@ -87,6 +87,10 @@ inline void WriteFile(const std::string& path, std::string_view bytes) {
   std::ofstream(path, std::ios::binary) << bytes;
 }
 
+inline std::ptrdiff_t Entries(const char* folder) {
+  return std::distance(std::filesystem::directory_iterator(folder), std::filesystem::directory_iterator());
+}
+
 /// A folder of the test's own, which goes with all that is in it.
 class TemporaryFolder {
  public:
