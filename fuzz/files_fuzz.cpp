@@ -62,15 +62,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* pData, std::size_t nSi
   Input input(pData, nSize);
   Rig& rig = Rig::Instance();
   const unsigned choice = input.Byte();
-  switch (choice % 3) {
-    case 0:
-      TryStatusTable(rig, input.Rest());
-      break;
-    case 1:
-      TryRecording(rig, input.Rest(), choice < 240 ? 0 : choice);
-      break;
-    default:
-      TryProfile(rig, input.Rest(), static_cast<int>(choice) * 1000);
-  }
+  const unsigned kind = choice % 3;
+  if (kind == 0) TryStatusTable(rig, input.Rest());
+  if (kind == 1) TryRecording(rig, input.Rest(), choice < 240 ? 0 : choice);
+  if (kind == 2) TryProfile(rig, input.Rest(), static_cast<int>(choice) * 1000);
   return 0;
 }

@@ -24,11 +24,7 @@ void ParseLine(Rig& rig, CGPSReceiver& receiver, std::string_view line) {
     if ((text[i] & 0xFF) == 0) text.SetAt(i, u' ');
   text += "\r\n";
   const int length = text.GetLength();
-  if ((choice & kClaimed) != 0) {
-    receiver.Parse(text, type);
-  } else {
-    receiver.Parse(text);
-  }
+  (choice & kClaimed) != 0 ? receiver.Parse(text, type) : receiver.Parse(text);
   Require(text.GetLength() <= length, "a message is shortened at the most");
   rig.window.Drain();
 }

@@ -105,11 +105,9 @@ void RepairRecord(std::uint8_t* pPayload, std::size_t nPayload) {
   pPayload[nPayload - 1] = static_cast<std::uint8_t>(sum);
 }
 
-struct RecordKind {
-  std::string_view head;
-  std::size_t nPayload;
-};
-constexpr RecordKind kRecordKinds[] = {{"$PASHR,MBN,", 42}, {"$PASHR,PBN,", 56}, {"$PASHR,SNV,", 132}};
+// How they begin, and how many bytes of payload follow.
+constexpr std::pair<std::string_view, std::size_t> kRecordKinds[] = {
+    {"$PASHR,MBN,", 42}, {"$PASHR,PBN,", 56}, {"$PASHR,SNV,", 132}};
 
 }  // namespace
 
@@ -176,15 +174,14 @@ void RepairChecksums(std::uint8_t* pData, std::size_t nSize) {
   for (std::size_t i = 0; i < nSize; ++i) {
     if (pData[i] != '$') continue;
     const std::string_view rest(reinterpret_cast<const char*>(pData + i), nSize - i);
-    const auto kind =
-        std::find_if(std::begin(kRecordKinds), std::end(kRecordKinds), [rest](const RecordKind& k) {
-          return rest.starts_with(k.head) && rest.size() >= k.head.size() + k.nPayload;
-        });
+    const auto* const kind = std::ranges::find_if(kRecordKinds, [rest](const auto& known) {
+      return rest.starts_with(known.first) && rest.size() >= known.first.size() + known.second;
+    });
     if (kind == std::end(kRecordKinds)) {
       RepairSentence(pData + i, nSize - i);
     } else {
-      RepairRecord(pData + i + kind->head.size(), kind->nPayload);
-      i += kind->head.size() + kind->nPayload;
+      RepairRecord(pData + i + kind->first.size(), kind->second);
+      i += kind->first.size() + kind->second;
     }
   }
 }

@@ -133,6 +133,8 @@ class Derived : public COtherGps {
     m_wNmeaBits |= 1u << GPS_STRING_GGA;
     m_AlternateSignalTable[2] = UDF_SIGNAL_MANUAL;
     m_bAlternateSignalTable = true;
+    m_Notification.m_LastPosition.m_bPositionValid = true;
+    CGPSData last;
     CString strBeacon = "$CRMSS,52,21,310.0,100", strUnclaimed = "$PGRME,12.0,M";
     if (!ProcessCRMSS(strBeacon) || !ProcessProprietary(strUnclaimed) || ProcessPASHR_PBN(nullptr))
       return false;
@@ -142,7 +144,7 @@ class Derived : public COtherGps {
     }
     return IsChecksumOK("$*00") && !IsChecksumOK("*$*00") && IsChecksumOK("x$A*41") &&
            IsChecksumOK("$A*0041") && !IsChecksumOK("$A*00041") && !m_bMonitorNmea &&
-           m_Notifications.empty() && PostNewData(true);
+           GetLastGPSPositionData(last) && m_Notifications.empty() && PostNewData(true);
   }
   /// Opens a port that was set to anything but a plain line.
   DCB Open() {

@@ -205,9 +205,20 @@ TEST(Face, TellsWhatAReceiverTookAndWhatItRefused) {
     EXPECT_EQ(gps::IsAnswer(text), is_answer) << text;
 }
 
+TEST(MessageBox, IsAPauseUntilEnterOnATerminal) {
+  const PseudoTerminal terminal;
+  const int before = dup(STDIN_FILENO);
+  dup2(terminal.Keeper(), STDIN_FILENO);
+  terminal.Send("yes\nx");
+  AfxMessageBox("Turn the key", BoxKind::pause);
+  char next = 0;
+  EXPECT_TRUE(read(STDIN_FILENO, &next, 1) == 1 && next == 'x') << "and no key behind it is taken";
+  dup2(before, STDIN_FILENO);
+  close(before);
+}
+
 TEST(Face, RehearsesCommands) {
-  const auto models = gps::models();
-  EXPECT_EQ(models.size(), 19u);
+  EXPECT_EQ(gps::models().size(), 19u);
   const std::string calls = testing::PrintToString(gps::commands("CSI"));
   EXPECT_TRUE(Has(calls, "\"set-elevation-mask 10\""));
   EXPECT_FALSE(Has(calls, "set-lband"));

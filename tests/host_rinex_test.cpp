@@ -309,12 +309,6 @@ constexpr RawModel kRawModels[] = {
     {"GSR2650 LB", "LOG RANGEB ONTIME 1\r\nLOG RAWEPHEMB ONCHANGED\r\n"},
 };
 
-/// A minute of raw data of a simulated receiver, as it comes over the line.
-std::string RawMinute(simulator::Receiver& receiver, const RawModel& model) {
-  receiver.Receive(model.raw_on);
-  return receiver.Advance(60.0);
-}
-
 /// Decodes what a simulated receiver sends in a minute to a log of that name, with the program's own means.
 void Log(const std::string& base, const RawModel& model, simulator::Receiver& receiver,
          RinexVersion version) {
@@ -325,7 +319,8 @@ void Log(const std::string& base, const RawModel& model, simulator::Receiver& re
   decode.rinex.base = base;
   decode.rinex.version = version;
   decode.date = Day(2024, 5, 1);
-  WriteFile(decode.files[0], RawMinute(receiver, model));
+  receiver.Receive(model.raw_on);
+  WriteFile(decode.files[0], receiver.Advance(60.0));
   const UniqueDescriptor nowhere(open("/dev/null", O_WRONLY));
   Output output(nowhere.Get());
   ASSERT_EQ(Decode(decode, Interrupt(), output), ExitCode::done);
@@ -410,7 +405,8 @@ TEST_F(HostRinex, SaysWhatAConverterMakesOfTheSameBytes) {
 TEST_F(HostRinex, AndExportsAreTheSameWhicheverCommandWritesThem) {
   const auto receiver = simulator::MakeReceiver({.model = "CSI - MAX"});
   const std::string recording = folder_ / "drive";
-  WriteFile(recording, RawMinute(*receiver, kRawModels[1]));
+  receiver->Receive(kRawModels[1].raw_on);
+  WriteFile(recording, receiver->Advance(60.0));
   const std::vector<std::string> files = {"obs", "nav", "gpx", "kml", "csv", "nmea", "pos", "geojson"};
   const auto run = [&](std::vector<std::string> arguments, const std::string& base) {
     arguments.insert(arguments.end(), {"--model", "CSI - MAX", "--crs", "utm", "--rinex", base});

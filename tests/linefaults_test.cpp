@@ -134,15 +134,20 @@ TEST(Signal, CutsShortNeitherAReadNorAWrite) {
 
 TEST(GuardedLine, TellsAPeerThatHasGoneFromASilentOne) {
   PseudoTerminal terminal;
+  char byte = 0;
   OpenSerialDevice(CString::FromUtf8(terminal.Name())).reset();
   EXPECT_FALSE(terminal.IsExclusive()) << "a line that goes leaves its device to others";
+  const auto closing = OpenSerialDevice(CString::FromUtf8(terminal.Name()));
+  closing->Cancel();
+  EXPECT_LT(Took([&] { closing->Read(&byte, 1, 5000), closing->Read(&byte, 1, 5000); }), 5000u);
   gps::GuardedLine line(OpenSerialDevice(CString::FromUtf8(terminal.Name())), {});
-  char byte = 0;
   line.WakeReader();
   EXPECT_LT(Took([&] { EXPECT_EQ(line.Read(&byte, 1, 5000), 0); }), 5000u);
   EXPECT_GE(Took([&] { EXPECT_EQ(line.Read(&byte, 1, 10), 0); }), 10u) << "one read is woken";
   terminal.HangUp();
   EXPECT_LT(line.Read(&byte, 1, 1), 0);
+  DCB state;
+  EXPECT_FALSE(line.GetState(state) || line.SetState(state));
 }
 
 TEST_F(LiveEngineTest, SaysWhyAPortDoesNotOpenAndStartsOnOneThatDoes) {

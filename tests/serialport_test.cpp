@@ -256,8 +256,7 @@ TEST_F(TerminalPort, TalksBothWaysByteForByte) {
   EXPECT_TRUE(port.ReadBlock(got, 256, &count, cancel));
   EXPECT_EQ(std::string(got, static_cast<std::size_t>(count)), all);
   terminal.Send("two");
-  EXPECT_TRUE(port.ReadBlock(got, 2, &count, cancel));
-  EXPECT_EQ(count, 2);
+  for (const int most : {1, 2}) EXPECT_TRUE(port.ReadBlock(got, most, &count, cancel) && count == most);
 }
 
 TEST_F(TerminalPort, SetsAnyBaudRateTheLineTakes) {

@@ -140,8 +140,10 @@ TEST(Window, GivesTheSameNumberForAMessageOfTheSameName) {
   EXPECT_TRUE(number >= 0xC000 && RegisterWindowMessageW(u"motion") > number);
 }
 
-TEST(Application, PumpsUntilItIsToldToQuit) {
+TEST(Application, PumpsUntilItIsToldToQuitAndForgetsAWindowThatIsDestroyed) {
   CWinApp app("gpsengine-test");
+  app.SetMainWnd(std::make_unique<Recorder>().get());
+  EXPECT_FALSE(IsWindow(AfxGetMainWnd()));
   Recorder window;
   CRehearsal time;
   time.SetStepHandler([&](const CRehearsal::Step&) {
@@ -150,12 +152,6 @@ TEST(Application, PumpsUntilItIsToldToQuit) {
   });
   app.Run();
   EXPECT_EQ(window.got, (std::vector{1, 2}));
-}
-
-TEST(Application, ForgetsAMainWindowThatIsDestroyed) {
-  CWinApp app("gpsengine-test");
-  app.SetMainWnd(std::make_unique<Recorder>().get());
-  EXPECT_FALSE(IsWindow(AfxGetMainWnd()));
 }
 
 TEST(Resources, AreTheTextsThatHostsShow) {
