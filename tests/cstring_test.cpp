@@ -101,7 +101,7 @@ TEST(CString, ConvertsUtf8BothWaysAndMarksWhatIsMalformed) {
       "\xF0\x9F\x9B\xB0 caf\xC3\xA9 \xE0\xA0\x80 \xE2\x82\xAC \xF0\x90\x80\x80 \xF4\x8F\xBF\xBF";
   EXPECT_EQ(CString::FromUtf8(good).ToUtf8(), good);
   EXPECT_EQ(CString::FromUtf8("\xF0\x9F\x9B\xB0").GetLength(), 2);
-  for (const char* bad : {"\x80", "\xC0\xAF", "\xE2\x82", "\xED\xA0\x80", "\xF5\x80\x80\x80"})
+  for (const char* bad : {"\x80", "\x9F\x9B", "\xC0\xAF", "\xE2\x82", "\xED\xA0\x80", "\xF5\x80\x80\x80"})
     EXPECT_NE(CString::FromUtf8(bad).Find(u'\uFFFD'), -1) << bad;
   EXPECT_EQ(CString(u'\xD800').ToUtf8(), "\xEF\xBF\xBD");
   EXPECT_EQ(CString(u"\xDBFF\xE000").ToUtf8(), "\xEF\xBF\xBD\xEE\x80\x80");
