@@ -40,7 +40,6 @@ class Seeds {
     std::ofstream(folder / std::to_string(m_nCount++), std::ios::binary)
         .write(seed.data(), static_cast<std::streamsize>(seed.size()));
   }
-  int Count() const { return m_nCount; }
 
  private:
   const fs::path m_Folder;
@@ -145,6 +144,5 @@ int main(int argc, char** argv) {
   }
   AddBlocks(seeds);
   Write(dictionary, folder / "gps.dict");
-  std::printf("%d seeds in %s\n", seeds.Count(), argv[1]);
   return 0;
 }

@@ -435,9 +435,15 @@ TEST(FaceLive, CommandsAndEndsWithItsLine) {
   MapComPort(1, "/dev/ttyS0");
 }
 
-TEST(FaceLive, GivesRawDataOfBlocks) {
+TEST(FaceLive, GivesRawDataOfBlocksAtTheRateThatTheProgramHasFound) {
   Script script;
+  const TemporaryFolder folder;
+  std::filesystem::create_directories(folder / "gpsengine");
+  WriteFile(folder / "gpsengine/gpsengine.ini", "[CSI - MAX]\nBaud=1200\n");
+  setenv("XDG_CONFIG_HOME", folder.Path().c_str(), 1);
   gps::Receiver receiver({.model = "CSI - MAX", .line = script.Opener()});
+  unsetenv("XDG_CONFIG_HOME");
+  EXPECT_EQ(receiver.baud(), 1200);
   auto raw = receiver.raw(kLong);
   script.Send(Blocks(kObservations[0], 1)[0] + "\n" + GgaAt("123519"));
   EXPECT_TRUE(raw.next().value().epoch);

@@ -175,6 +175,7 @@ TEST(HostSky, KeepsWhatItHasWhenAGroupIsBroken) {
     ReadAll(reader, GgaAt("120000") + WithChecksum(good));
     for (const std::string line : broken)
       EXPECT_FALSE(reader.Read(Fields(line.ends_with('\n') ? line : WithChecksum(line)))) << line;
+    ReadAll(reader, WithChecksum(good));
     EXPECT_TRUE(reader.Finish());
     EXPECT_EQ(Show(reader.Latest()) + '\n', sky) << *broken.begin();
   }

@@ -163,8 +163,9 @@ TEST(RawData, RefusesASoundBlockOfWhatCannotBe) {
   }
   EXPECT_TRUE(DecodeObservations(with(observations, 10, std::uint16_t{0}), history, epoch)) << "the first";
 
-  // Binary messages alone, and not those of a second antenna.
-  const std::pair<char, bool> types[] = {{0, true}, {1, false}, {2, true}, {0x20, false}};
+  // Binary messages alone, not those of a second antenna, nor ahead of a clock that is set.
+  const std::tuple<std::size_t, char, bool> heads[] = {{6, 0, true},     {6, 1, false},   {6, 2, true},
+                                                       {6, 0x20, false}, {13, 79, false}, {13, 80, true}};
   const auto oem_with = [](std::string message, std::size_t at, auto value) {
     std::string bytes;
     simulator::AppendLittle(bytes, value);
@@ -173,8 +174,8 @@ TEST(RawData, RefusesASoundBlockOfWhatCannotBe) {
     return WordsOf(message);
   };
   const std::string ranges = Blocks(kObservations[1], 1).at(0), orbit = Blocks(kEphemerides[2], 1).at(0);
-  for (const auto& [type, taken] : types)
-    EXPECT_EQ(DecodeObservations(oem_with(ranges, 6, type), history, epoch), taken) << int{type};
+  for (const auto& [at, byte, taken] : heads)
+    EXPECT_EQ(DecodeObservations(oem_with(ranges, at, byte), history, epoch), taken) << int{byte};
   EXPECT_FALSE(DecodeObservations(oem_with(ranges, 14, std::uint16_t{0}), history, epoch)) << "no week";
 
   const std::string compressed = Blocks(kObservations[2], 1).at(0);

@@ -6,6 +6,7 @@ namespace {
 
 TEST(Records, StatusForgetsItsFlagsAndTheValuesWithoutOne) {
   CGPSStatusData status;
+  EXPECT_STREQ(status.m_szText, "");
   status.m_bAck = status.m_bPositionModeValid = true;
   status.m_bMaskSaveValid = false;
   status.m_nLbandMode = 2;
