@@ -212,7 +212,8 @@ TEST_F(PublicationTest, ClearsTheFlagsOfAPublishedPositionAndKeepsItsValues) {
   EXPECT_TRUE(FeedSentence(kFix));
   EXPECT_EQ(Last().m_Time.GetTime(), 1'800'000'000);
   EXPECT_TRUE(Last().m_bVelocityValid);
-  EXPECT_TRUE(FeedSentence("$GPGSV,1,1,05,04,40,083,46"));
+  EXPECT_TRUE(FeedSentence("$GPGSV,1,1,05,04,40,083,46,12,07,344,39"));
+  EXPECT_TRUE(Find(4) != nullptr && Find(12) != nullptr) << "each in a place of its own";
   EXPECT_FALSE(Last().m_bPositionValid);
   EXPECT_TRUE(Last().m_bSatellitesComplete);
   EXPECT_EQ(Last().m_dAltitude, 545.4);

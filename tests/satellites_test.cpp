@@ -12,10 +12,8 @@ struct SatelliteTest : ReceiverTest<> {
   }
   bool Gsa(std::vector<int> numbers, const char* dilutions = "2.5,1.3,2.1") {
     std::string sentence = "$GPGSA,A,3";
-    for (std::size_t i = 0; i < 12; ++i) {
-      sentence += ',';
-      if (i < numbers.size()) sentence += std::to_string(numbers[i]);
-    }
+    for (std::size_t i = 0; i < 12; ++i)
+      sentence += ',' + (i < numbers.size() ? std::to_string(numbers[i]) : "");
     return FeedSentence(sentence + ',' + dilutions);
   }
   const CGPSData& Table() {
