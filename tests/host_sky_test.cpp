@@ -121,8 +121,8 @@ TEST(HostSky, JoinsTheBandsAndSystemsOfAnEpoch) {
                      "$GPGSV,1,1,02,07,45,120,30,09,01,02,03", "$GLGSV,1,1,01,66,45,120,31"}),
             "G07=7*:45/120/30 G09=9:1/2/3 R02=66*:45/120/31\n")
       << "used satellites without a system id, by the range of their numbers";
-  EXPECT_EQ(SkiesOf({"$GPGSA,A,3,07,,,,,,,,,,,,2.5,1.3,2.1", "$GLGSA,A,3,02,,,,,,,,,,,,2.5,1.3,2.1",
-                     "$GPGSV,1,1,01,07,45,120,30", "$GLGSV,1,1,01,02,45,120,31"}),
+  EXPECT_EQ(SkiesOf({"$GPGSA,A,3,07,,,,,,,,,,,,2.5,1.3,2.1", "$GPGSV,1,1,01,07,45,120,30",
+                     "$GLGSA,A,3,02,,,,,,,,,,,,2.5,1.3,2.1", "$GLGSV,1,1,01,02,45,120,31"}),
             "G07=7*:45/120/30 R02=66*:45/120/31\n");
 }
 

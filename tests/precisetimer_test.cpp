@@ -9,11 +9,6 @@ namespace {
 // A window that notes when its ticks come, and may be slow to handle them.
 class Clockface : public CWnd {
  public:
-  struct Tick {
-    DWORD nBegin;
-    WPARAM wParam;
-  };
-
   explicit Clockface(DWORD nSlowness = 0) : m_nSlowness(nSlowness) { Create(); }
 
   LRESULT WindowProc(UINT message, WPARAM wParam, LPARAM lParam) override {
@@ -33,7 +28,7 @@ class Clockface : public CWnd {
     return ticks.size();
   }
 
-  std::vector<Tick> ticks;
+  std::vector<std::pair<DWORD, WPARAM>> ticks;  ///< When, and of which timer.
 
  private:
   DWORD m_nSlowness;
@@ -61,7 +56,7 @@ TEST(PreciseTimer, TicksUnderItsNumberUntilItIsStopped) {
   EXPECT_EQ(second.Start(&window, 10), nFirst + 1);
   window.ticks.clear();
   EXPECT_EQ(window.Run(3, kLong), 3u);
-  for (const Clockface::Tick& tick : window.ticks) EXPECT_EQ(tick.wParam, static_cast<WPARAM>(nFirst) + 1);
+  for (const auto& [time, number] : window.ticks) EXPECT_EQ(number, static_cast<WPARAM>(nFirst) + 1);
   EXPECT_EQ(first.Start(&window, 10), nFirst) << "a stopped timer starts again";
   second.Stop();
   window.ticks.clear();
@@ -85,11 +80,11 @@ TEST(PreciseTimer, AllowsForTheTimeThatTheWindowTakes) {
     // On a busy machine most come late. One that comes in time is enough.
     for (std::size_t i = 1; i < 4 || (i < 50 && shortest > most); ++i) {
       ASSERT_EQ(window.Run(i + 1, kLong), i + 1);
-      shortest = std::min(shortest, window.ticks[i].nBegin - window.ticks[i - 1].nBegin);
+      shortest = std::min(shortest, window.ticks[i].first - window.ticks[i - 1].first);
     }
     timer.Stop();
     // From the start: a tick that comes late to the window is nearer to the next one.
-    EXPECT_GE(window.ticks.back().nBegin - start,
+    EXPECT_GE(window.ticks.back().first - start,
               static_cast<DWORD>(period) + least * (window.ticks.size() - 1));
     EXPECT_LE(shortest, most);
   }

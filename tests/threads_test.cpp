@@ -26,10 +26,12 @@ class Impatience : public Clock {
   std::uint64_t Milliseconds() override { return Clock::Milliseconds() + ahead; }
   void Sleep(DWORD) override { std::this_thread::yield(); }
   bool Wait(WaitKind, DWORD ms, const std::function<bool(DWORD)>& block) override {
+    ++waits;
     const bool come = block(std::min(ms, limit));
     if (!come && ms > limit) ahead += ms - limit;
     return come;
   }
+  int waits = 0;
   DWORD limit = 2;
   std::uint64_t ahead = 0;
 };
@@ -169,8 +171,9 @@ TEST_F(ThreadsTest, WaitForACallbackThatEndsInTime) {
     if (by_the_host) host = std::jthread([&, engine = m_pEngine.get()] { engine->UpdateGPSBuffer(bytes); });
     if (!by_the_host) m_Terminal.Send(ephemeris);
     WaitForSingleObject(slow.hBegun, INFINITE);
+    m_Clock.waits = 0;
     m_pEngine.reset();
-    EXPECT_TRUE(slow.bEnded) << by_the_host;
+    EXPECT_TRUE(slow.bEnded && m_Clock.waits > 0) << by_the_host;
   }
   CloseHandle(slow.hBegun);
 }
