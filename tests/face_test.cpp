@@ -471,11 +471,11 @@ TEST(Face, WaitsForTheAnswersToACommand) {
 
 TEST(FaceLive, WaitsForTheReportThatAnswersAQuery) {
   Script script;
-  gps::Receiver receiver({.model = "CSI", .line = script.Opener()});
+  gps::Receiver receiver({.model = "Sokkia Axis", .line = script.Opener()});
   auto reports = receiver.reports(1ms);
   const std::jthread answering([&] {
     script.Send("$PASHR,ACK*3D\r\n" + GgaAt("123519"));
-    std::this_thread::sleep_for(1s), script.Send("PEM:07 SAV:N\r\n");
+    std::this_thread::sleep_for(600ms), script.Send("PEM:07 SAV:N\r\n");
   });
   EXPECT_EQ(ErrorOf([&] { receiver.command("query-elevation-mask", {"--wait"}); }), "none");
   EXPECT_EQ(reports.next()->key, "ack") << "which is no answer";
