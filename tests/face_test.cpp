@@ -225,6 +225,7 @@ TEST(Face, RehearsesCommands) {
   EXPECT_TRUE(Has(gps::rehearse("CSI", "set-elevation-mask", {"7"}).Text(), "$PASHS,PEM,7"));
   EXPECT_EQ(gps::rehearse("CSI", "set-elevation-mask", {"7", "--wait"}).Text(),
             "write \"$PASHS,PEM,7\\r\\n\"\nwait 200\nwait-ack 1500\n");
+  EXPECT_EQ(gps::rehearse("CSI", "reset", {"--wait"}).result, gps::Result::yes) << "as if acknowledged";
   const struct {
     std::string call, error;
   } refused[] = {

@@ -101,8 +101,7 @@ const std::string kLongName(5000, 'x');
 
 /// The port of an address that the server has told of.
 int PortOf(const std::string& line) {
-  const auto colon = line.rfind(':');
-  return colon == std::string::npos ? 0 : std::atoi(line.c_str() + colon + 1);
+  return std::atoi(line.substr(line.rfind(':') + 1).c_str());
 }
 
 std::optional<std::string> LookAtServer(int port) {

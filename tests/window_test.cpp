@@ -168,6 +168,7 @@ TEST(Resources, AreTheTextsThatHostsShow) {
   std::fill_n(buffer, 64, u'x');
   EXPECT_EQ(FormatMessageW(ENOENT, buffer, 8), 7u);
   EXPECT_EQ(CString(buffer), "No such");
+  EXPECT_EQ(FormatMessageW(ENOENT, buffer, 0) + FormatMessageW(ENOENT, nullptr, 8), 0u) << "no room";
   EXPECT_TRUE(FormatMessageW(ENOENT, buffer, 1) == 0 && buffer[0] == 0) << "room for the end alone";
   const auto& [id, width, height, font, size, title, text, x, y, w, h] = *FindDialogTemplate(129);
   EXPECT_EQ(testing::PrintToString(std::array{width, height, size, x, y, w, h}),
