@@ -67,7 +67,6 @@ using LeicaDriver = DriverTest<CLeica>;
 using StarlinkDriver = DriverTest<CStarlink>;
 using GsrDriver = DriverTest<Cgsr2650lb>;
 
-constexpr auto kPosition = "$GPGGA,120000.00,4807.0380,N,01131.0000,E,1,08,0.9,545.4,M,47.0,M,,";
 constexpr auto kMotion = "$GPVTG,84.4,T,,M,22.4,N,41.5,K";
 const auto reset = [](auto& r) { return r.ResetAll(false); };
 const auto resetWithAck = [](auto& r) { return r.ResetAll(true); };
@@ -276,7 +275,7 @@ TEST_F(GsrDriver, TellsTheHostItsNewSourceAndForgetsWhatItAsksForAgain) {
     receiver.SetDgpsMode(DGPS_MODE_CDGPS);
     (receiver.*query)();
     EXPECT_FALSE(FeedSentence(kMotion));
-    ASSERT_TRUE(FeedSentence(kPosition));
+    ASSERT_TRUE(Feed(GgaAt("120000")));
     EXPECT_EQ(Last().m_Status.m_nDgpsMode, mode);
   }
   receiver.SetDgpsMode(DGPS_MODE_CDGPS);
@@ -289,12 +288,12 @@ TEST_F(GsrDriver, SendsItsTuningAlongWithAnotherPublication) {
   for (const auto& [frequency, mode] : {std::pair(0.0, 1), std::pair(1535.1, 2)}) {
     receiver.SetLbandFrequency(frequency, 1200);
     EXPECT_FALSE(FeedSentence(kMotion));
-    ASSERT_TRUE(FeedSentence(kPosition));
+    ASSERT_TRUE(Feed(GgaAt("120000")));
     EXPECT_EQ(Last().m_Status.m_nLbandMode, mode);
   }
   receiver.SetLbandFrequency(0.0, 1200);
   receiver.Initialize();
-  ASSERT_TRUE(FeedSentence(kPosition));
+  ASSERT_TRUE(Feed(GgaAt("120000")));
   EXPECT_EQ(Last().m_Status.m_nLbandMode, 0) << "a start forgets what was to be told";
 }
 

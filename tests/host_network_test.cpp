@@ -216,9 +216,7 @@ TEST_F(NetworkRun, EndsAtOnceWhileNobodyAnswers) {
     poll(&over, 1, 100);
   }
   options.port = "tcp://" + peer.Host();
-  const auto interrupt = [self = pthread_self()] {
-    std::this_thread::sleep_for(30ms), pthread_kill(self, SIGINT);
-  };
+  const auto interrupt = [self = pthread_self()] { Sleep(30), pthread_kill(self, SIGINT); };
   EXPECT_LT(Took([&] { EXPECT_EQ(Run(interrupt), host::ExitCode::interrupted); }), 3000u);
 }
 

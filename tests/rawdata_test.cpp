@@ -178,11 +178,13 @@ TEST(RawData, RefusesASoundBlockOfWhatCannotBe) {
     EXPECT_EQ(DecodeObservations(oem_with(ranges, at, byte), history, epoch), taken) << int{byte};
   EXPECT_FALSE(DecodeObservations(oem_with(ranges, 14, std::uint16_t{0}), history, epoch)) << "no week";
 
-  const std::string compressed = Blocks(kObservations[2], 1).at(0);
-  ASSERT_TRUE(DecodeObservations(WordsOf(compressed), history, epoch));
+  const auto compressed = Blocks(kObservations[2], 2);
+  ASSERT_TRUE(DecodeObservations(WordsOf(compressed[0]), history, epoch));
   const std::size_t all = epoch.signals.size();
-  ASSERT_TRUE(DecodeObservations(oem_with(compressed, 28 + 4, 30U << 21), history, epoch));
+  ASSERT_TRUE(DecodeObservations(oem_with(compressed[0], 28 + 4, 30U << 21), history, epoch));
   EXPECT_EQ(epoch.signals.size(), all - 1) << "without the one that has no name";
+  ASSERT_TRUE(DecodeObservations(oem_with(compressed[1], 28 + 4 + 18, 20U << 21 | 16), history, epoch));
+  EXPECT_TRUE(epoch.signals[0].slip && !epoch.signals[1].slip) << "locked for half a second";
 
   BroadcastEphemeris read;
   // No GPS satellite, no week, other issues than those of the clock, no number.
@@ -192,9 +194,9 @@ TEST(RawData, RefusesASoundBlockOfWhatCannotBe) {
   for (const auto& [at, value] : orbits)
     EXPECT_FALSE(DecodeEphemeris(oem_with(orbit, at, value), read)) << at;
   EXPECT_TRUE(DecodeEphemeris(oem_with(orbit, 28 + 28, 0x7FFF), read)) << "the last week";
-  const std::string raw = Blocks(kEphemerides[1], 1).at(0);
-  EXPECT_FALSE(DecodeEphemeris(oem_with(raw.substr(0, 28 + 100 + 4), 8, std::uint16_t{100}), read))
-      << "short";
+  for (const auto& [message, length] :
+       {std::pair(Blocks(kEphemerides[1], 1).at(0), std::uint16_t{100}), {orbit, std::uint16_t{220}}})
+    EXPECT_FALSE(DecodeEphemeris(oem_with(message.substr(0, 28 + length + 4), 8, length), read)) << "short";
   for (const double variance : {-1.0, double(INFINITY), double(NAN), 9.0}) {
     ASSERT_TRUE(DecodeEphemeris(oem_with(orbit, 28 + 216, variance), read));
     EXPECT_EQ(read.accuracy, variance == 9.0 ? 3.0 : 0.0) << variance;
