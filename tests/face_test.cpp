@@ -459,8 +459,9 @@ TEST(Face, WaitsForTheAnswersToACommand) {
        "6 gga-only: the receiver answered 1 of 2 lines: is it the model CSI, and its baud rate right?", 1500},
       {"query-dgps", "$PASHR,ACK*3D\r\n",
        "6 no report answered query-dgps: is it the model CSI, and its baud rate right?", 5000}};
+  gps::Exchange exchange(receiver);
   for (const auto& [name, answers, error, waited] : rows) {
-    gps::Exchange exchange(receiver);
+    exchange.Begin();
     for (int i = 0; i < 2; ++i) exchange.OnWritten("$PASHS,X\r\n");
     exchange.OnRead(answers);
     const auto await = [&] { exchange.Await(gps::FindOperation(name), "CSI", {}); };
