@@ -48,7 +48,8 @@ std::string AnswersOf(CGPSReceiver& r) {
   return answers;
 }
 
-// Every operation by the name that it has in the rows below, and as users give it. Three of them no user can.
+// Every operation by the name that it has in the rows below, and as users give it. Those without words are
+// for hosts alone.
 const std::vector<std::string> kOperations = Split(
     "start=start;full=default-nmea;gga=gga-only;nmea?=query-nmea;settings?=query-settings;"
     "beacon?=query-beacon;beacon auto=set-beacon auto;beacon=set-beacon 290.5 100;beacon rate=;mask=;"
