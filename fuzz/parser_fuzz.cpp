@@ -116,8 +116,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* pData, std::size_t nSi
       Require(next == 0 || parser.GetRemainingBuffer() == fields[next - 1].behind,
               "what remains after a field");
     } else {
-      Read(parser, kind, throwing, next < fields.size() ? &fields[next] : nullptr);
-      if (next < fields.size()) ++next;
+      Read(parser, kind, throwing, next < fields.size() ? &fields[next++] : nullptr);
     }
   }
   return 0;

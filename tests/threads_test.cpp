@@ -31,7 +31,7 @@ class Impatience : public Clock {
     if (!come && ms > limit) ahead += ms - limit;
     return come;
   }
-  int waits = 0;
+  std::atomic<int> waits = 0;
   DWORD limit = 2;
   std::uint64_t ahead = 0;
 };
@@ -149,19 +149,20 @@ TEST_F(ThreadsTest, StandAThousandRoundsOfAnything) {
 
 TEST_F(ThreadsTest, WaitForACallbackThatEndsInTime) {
   struct Slow {
+    std::atomic<int>& nWaits;  // of the host
     HANDLE hBegun = CreateEventW(false, false);
-    std::atomic<bool> bEnded = false;
+    std::atomic<bool> bHostLeaves = false, bEnded = false;
     static void Call(GPSNotificationType, CGPSNotification*, void* pUser) {
       auto& slow = *static_cast<Slow*>(pUser);
       SetEvent(slow.hBegun);
-      std::this_thread::sleep_for(20ms);
+      Soon([&] { return slow.bHostLeaves && slow.nWaits > 0; });
       slow.bEnded = true;
     }
-  } slow;
+  } slow{m_Clock.waits};
   m_Clock.limit = INFINITE;
   const std::string ephemeris = Snv().Message() + "\n";
   for (const bool by_the_host : {false, true}) {
-    slow.bEnded = false;
+    slow.bHostLeaves = slow.bEnded = false;
     MakeEngine("");
     m_pEngine->m_bAttachRawData = true;
     m_pEngine->GetReceiver()->AddNotificationCallback(GPS_NOTIFY_EPHEMERIS, &Slow::Call, &slow);
@@ -171,7 +172,7 @@ TEST_F(ThreadsTest, WaitForACallbackThatEndsInTime) {
     if (by_the_host) host = std::jthread([&, engine = m_pEngine.get()] { engine->UpdateGPSBuffer(bytes); });
     if (!by_the_host) m_Terminal.Send(ephemeris);
     WaitForSingleObject(slow.hBegun, INFINITE);
-    m_Clock.waits = 0;
+    m_Clock.waits = 0, slow.bHostLeaves = true;
     m_pEngine.reset();
     EXPECT_TRUE(slow.bEnded && m_Clock.waits > 0) << by_the_host;
   }
