@@ -464,8 +464,8 @@ TEST(Face, WaitsForTheAnswersToACommand) {
     exchange.Begin();
     for (int i = 0; i < 2; ++i) exchange.OnWritten("$PASHS,X\r\n");
     exchange.OnRead(answers);
-    const auto await = [&] { exchange.Await(gps::FindOperation(name), "CSI", {}); };
-    EXPECT_EQ(Took([&] { EXPECT_EQ(ErrorOf(await), error); }), waited);
+    const auto await = [&, name = name] { exchange.Await(gps::FindOperation(name), "CSI", {}); };
+    EXPECT_EQ(Took([&, expected = error] { EXPECT_EQ(ErrorOf(await), expected); }), waited);
     exchange.OnReport();
     EXPECT_EQ(Took([&] { ErrorOf(await); }), name[0] == 'q' ? 300u : waited) << "after its last one";
   }
