@@ -329,7 +329,8 @@ TEST(RawData, TellsTheChannelsOfGlonassAndPassesOverWhatWasNotMeasured) {
   EXPECT_EQ(epoch.signals[1].glonass_channel, 6);
   EXPECT_FALSE(epoch.signals[2].glonass_channel) << "there is none of that number";
   // What has no name, or was not measured, is passed over; of a signal that comes twice the stronger stays.
-  ASSERT_TRUE(DecodeObservations(Range({{5, 0, 0, 30},
+  ASSERT_TRUE(DecodeObservations(Range({{7, 0, 0, 0, true, true, true, 100.0F, 30.0F},
+                                        {5, 0, 0, 30},
                                         {5, 0, 7, 0},
                                         {33, 0, 0, 0},
                                         {6, 0, 0, 0, false, true, false},

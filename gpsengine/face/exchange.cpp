@@ -1,5 +1,7 @@
 #include "gpsengine/face/exchange.h"
 
+#include <chrono>
+
 #include "gpsengine/face/error.h"
 #include "gpsengine/platform/clock.h"
 

@@ -133,7 +133,7 @@ CString CString::Mid(int from, int wanted) const {
 }
 
 int CString::Find(WCHAR c, int start) const noexcept {
-  // From before the beginning is from behind the end.
+  // A negative start becomes one beyond any end, where nothing is found.
   const auto index = View().find(c, static_cast<std::size_t>(start));
   return index == std::u16string_view::npos ? -1 : static_cast<int>(index);
 }
